@@ -1,0 +1,55 @@
+#include "foundation/text.h"
+
+#include <array>
+#include <charconv>
+#include <cstddef>
+
+#include "foundation/encodings.h"
+
+namespace tmw {
+
+std::vector<std::string> Split(std::string_view text, std::string_view separator) {
+  std::vector<std::string> pieces;
+  std::size_t start = 0;
+  for (;;) {
+    const std::size_t end =
+        separator.empty() ? std::string_view::npos : text.find(separator, start);
+    if (end == std::string_view::npos) {
+      pieces.emplace_back(text.substr(start));
+      return pieces;
+    }
+    pieces.emplace_back(text.substr(start, end - start));
+    start = end + separator.size();
+  }
+}
+
+std::string Trim(std::string_view text) {
+  return TrimCharacters(text, " ");
+}
+
+std::string TrimCharacters(std::string_view text, std::string_view characters) {
+  const std::size_t first = text.find_first_not_of(characters);
+  if (first == std::string_view::npos) return {};
+  return std::string(text.substr(first, text.find_last_not_of(characters) - first + 1));
+}
+
+bool EqualIgnoringCase(std::string_view a, std::string_view b) {
+  return LowerCase(a) == LowerCase(b);
+}
+
+std::string ToHex(std::int32_t value) {
+  std::array<char, 8> digits{};
+  const auto result = std::to_chars(digits.data(), digits.data() + digits.size(),
+                                    static_cast<std::uint32_t>(value), 16);
+  std::string text(digits.data(), result.ptr);
+  for (char& digit : text) {
+    if (digit >= 'a') digit = static_cast<char>(digit - 'a' + 'A');
+  }
+  return text;
+}
+
+std::string Quoted(std::string_view text) {
+  return "\"" + std::string(text) + "\"";
+}
+
+}  // namespace tmw

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace platform {
+
+enum class MessageKind { kWarning, kInformation };
+
+// Everything that is said to the user and asked of him, and the events of his windows. All calls
+// come from the one thread of the updater; boxes are modal.
+class FrontEnd {
+ public:
+  virtual ~FrontEnd() = default;
+
+  // A box with an OK button. Where nobody can answer it is printed, not awaited.
+  virtual void ShowMessage(MessageKind kind, const std::string& title, const std::string& text) = 0;
+
+  // A question with the buttons yes and no; true is yes. Where nobody can answer: no.
+  virtual bool AskYesNo(const std::string& title, const std::string& question) = 0;
+
+  // A line of text from the user; nothing when he declined.
+  virtual std::optional<std::string> AskText(const std::string& title,
+                                             const std::string& prompt) = 0;
+
+  // Lets pending events of the windows run; returns at once when there are none.
+  virtual void RunPendingEvents() = 0;
+
+  // Gives the mouse cursor its default shape.
+  virtual void ResetCursor() = 0;
+};
+
+std::unique_ptr<FrontEnd> MakeFrontEnd();
+
+}  // namespace platform

@@ -1,0 +1,83 @@
+#include "platform/system_info.h"
+
+#include <sys/resource.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <map>
+
+namespace platform {
+namespace {
+
+using Amounts = std::map<std::string, std::uint64_t>;
+
+// The amounts of /proc/meminfo or /proc/self/status ("Name:   123 kB"), in bytes.
+Amounts ReadAmounts(const char* path) {
+  Amounts amounts;
+  std::ifstream file(path);
+  for (std::string line; std::getline(file, line);) {
+    const std::size_t colon = line.find(':');
+    unsigned long long kilobytes = 0;
+    if (colon == std::string::npos) continue;
+    if (std::sscanf(line.c_str() + colon + 1, "%llu kB", &kilobytes) != 1)
+      continue;  // NOLINT(cert-err34-c): the kernel's own figures
+    amounts[line.substr(0, colon)] = std::uint64_t{kilobytes} * 1024;
+  }
+  return amounts;
+}
+
+// What a process may address: its limit, else the 47 bits that user space has.
+std::uint64_t AddressSpace() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) return limit.rlim_cur;
+  return sizeof(void*) > 4 ? (std::uint64_t{1} << 47U) - 1 : 0xBFFFFFFFU;
+}
+
+class LinuxSystemInfo final : public SystemInfo {
+ public:
+  std::optional<OsFacts> Os() override {
+    utsname name{};
+    if (uname(&name) != 0) return std::nullopt;
+    unsigned major = 0;
+    unsigned minor = 0;
+    unsigned patch = 0;
+    const int read = std::sscanf(name.release, "%u.%u.%u", &major, &minor,
+                                 &patch);  // NOLINT(cert-err34-c): checked by the count
+    if (read < 2) return std::nullopt;
+    OsFacts facts;
+    facts.major = major;
+    facts.minor = minor;
+    facts.build = patch;
+    facts.service_pack = std::string(name.sysname) + " " + name.release;
+    return facts;
+  }
+
+  HardwareFacts Hardware() override {
+    const Amounts machine = ReadAmounts("/proc/meminfo");
+    const Amounts process = ReadAmounts("/proc/self/status");
+    const auto amount = [](const Amounts& amounts, const char* name) {
+      const auto found = amounts.find(name);
+      return found == amounts.end() ? 0 : found->second;
+    };
+    const std::uint64_t space = AddressSpace();
+    const std::uint64_t used = amount(process, "VmSize");
+    const long processors = sysconf(_SC_NPROCESSORS_ONLN);
+    HardwareFacts facts;
+    facts.total_physical = static_cast<std::uint32_t>(amount(machine, "MemTotal"));
+    facts.available_physical = static_cast<std::uint32_t>(amount(machine, "MemAvailable"));
+    facts.total_virtual = static_cast<std::uint32_t>(space);
+    facts.available_virtual = static_cast<std::uint32_t>(space > used ? space - used : 0);
+    facts.processors = processors > 0 ? static_cast<std::uint32_t>(processors) : 1;
+    return facts;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<SystemInfo> MakeSystemInfo() {
+  return std::make_unique<LinuxSystemInfo>();
+}
+
+}  // namespace platform

@@ -1,0 +1,35 @@
+#pragma once
+
+namespace platform {
+
+class Clock;
+class ErrorTexts;
+class FileSystem;
+class FrontEnd;
+class NamedMutexes;
+class Processes;
+class SettingsStore;
+class SystemInfo;
+class XmlParser;
+
+// The services of the system that this process runs on. main puts the real ones here before
+// anything else runs; a test puts its fakes here. None is owned.
+struct Ports {
+  Clock* clock = nullptr;
+  ErrorTexts* error_texts = nullptr;
+  FileSystem* files = nullptr;
+  FrontEnd* front_end = nullptr;
+  NamedMutexes* mutexes = nullptr;
+  Processes* processes = nullptr;
+  SettingsStore* settings = nullptr;
+  SystemInfo* system_info = nullptr;
+  XmlParser* xml = nullptr;
+};
+
+// The process-wide set. Written by main (or a test) only.
+inline Ports& CurrentPorts() {
+  static Ports ports;
+  return ports;
+}
+
+}  // namespace platform

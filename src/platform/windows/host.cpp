@@ -1,0 +1,37 @@
+#include "platform/host.h"
+
+#include "platform/clock.h"
+#include "platform/error_texts.h"
+#include "platform/front_end.h"
+#include "platform/system_info.h"
+
+namespace platform {
+namespace {
+
+class WindowsHost final : public Host {
+ public:
+  WindowsHost(int /*argc*/, char** /*argv*/) {}
+
+  Ports MakePorts() override {
+    Ports ports;
+    ports.clock = clock_.get();
+    ports.error_texts = error_texts_.get();
+    ports.front_end = front_end_.get();
+    ports.system_info = system_info_.get();
+    return ports;
+  }
+
+ private:
+  std::unique_ptr<Clock> clock_ = MakeClock();
+  std::unique_ptr<ErrorTexts> error_texts_ = MakeErrorTexts();
+  std::unique_ptr<FrontEnd> front_end_ = MakeFrontEnd();
+  std::unique_ptr<SystemInfo> system_info_ = MakeSystemInfo();
+};
+
+}  // namespace
+
+std::unique_ptr<Host> MakeHost(int argc, char** argv) {
+  return std::make_unique<WindowsHost>(argc, argv);
+}
+
+}  // namespace platform

@@ -1,0 +1,50 @@
+#include "platform/system_info.h"
+
+#include "platform/windows/windows_headers.h"
+
+namespace platform {
+namespace {
+
+static_assert(sizeof(OSVERSIONINFOA) == 148, "the system's ANSI version record");
+#ifndef _WIN64
+static_assert(sizeof(MEMORYSTATUS) == 32, "the system's memory record");
+#endif
+
+class WindowsSystemInfo final : public SystemInfo {
+ public:
+  std::optional<OsFacts> Os() override {
+    OSVERSIONINFOA record{};
+    record.dwOSVersionInfoSize = sizeof(record);
+    if (GetVersionExA(&record) == FALSE) return std::nullopt;
+    OsFacts facts;
+    facts.major = record.dwMajorVersion;
+    facts.minor = record.dwMinorVersion;
+    facts.build = record.dwBuildNumber;
+    facts.platform = record.dwPlatformId;
+    facts.service_pack.assign(record.szCSDVersion, sizeof(record.szCSDVersion));
+    return facts;
+  }
+
+  HardwareFacts Hardware() override {
+    SYSTEM_INFO system{};
+    GetSystemInfo(&system);
+    MEMORYSTATUS memory{};
+    memory.dwLength = sizeof(memory);
+    GlobalMemoryStatus(&memory);
+    HardwareFacts facts;
+    facts.total_physical = static_cast<std::uint32_t>(memory.dwTotalPhys);
+    facts.available_physical = static_cast<std::uint32_t>(memory.dwAvailPhys);
+    facts.total_virtual = static_cast<std::uint32_t>(memory.dwTotalVirtual);
+    facts.available_virtual = static_cast<std::uint32_t>(memory.dwAvailVirtual);
+    facts.processors = system.dwNumberOfProcessors;
+    return facts;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<SystemInfo> MakeSystemInfo() {
+  return std::make_unique<WindowsSystemInfo>();
+}
+
+}  // namespace platform

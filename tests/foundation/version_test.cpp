@@ -1,0 +1,89 @@
+#include "foundation/version.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "platform/system_info.h"
+#include "tests/support/scoped_ports.h"
+
+namespace tmw {
+namespace {
+
+TEST(Version, Comparison) {
+  struct Case {
+    const char* a;
+    const char* b;
+    std::int32_t result;
+  };
+  const Case cases[] = {
+      {"1.2.3.0", "1.2.3.5", 0},   // a fourth number 0 counts as absent
+      {"1.2.3.4", "1.2.3.5", -1},  //
+      {"1.10", "1.9", 1},          // numbers, not texts
+      {"2.0", "2", 0},             //
+      {"1.2.3.4.9", "1.2.3.4.1", 0},
+      {"1.0.0.10", "1.0.0.9", 1},
+      {"", "1", -2},
+      {"1", "", -2},
+      {"1.99999999999", "1.2", -2},
+      {"x.1", "0.1", 0},
+      {" 7beta.1", "7.1", 0},
+      {"-1", "1", -1},
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(CompareVersionStrings(c.a, c.b, -2), c.result) << c.a;
+}
+
+TEST(Version, ParsingLeavesOutputsOfMissingPiecesAlone) {
+  std::int32_t n[5] = {-7, -7, -7, -7, -7};
+  EXPECT_FALSE(ParseVersionString("", n[0], n[1], n[2], n[3], n[4]));
+  EXPECT_EQ(n[4], -7);
+  EXPECT_TRUE(ParseVersionString("3.5", n[0], n[1], n[2], n[3], n[4]));
+  EXPECT_EQ((std::vector<std::int32_t>(n, n + 5)), (std::vector<std::int32_t>{3, 5, -7, -7, 2}));
+  EXPECT_TRUE(ParseVersionString("1.2.3.4.5.6", n[0], n[1], n[2], n[3], n[4]));
+  EXPECT_EQ((std::vector<std::int32_t>(n, n + 5)), (std::vector<std::int32_t>{1, 2, 3, 4, 6}));
+}
+
+TEST(Version, TheProgramsOwnVersionHasATwoDigitMinorNumber) {
+  const std::string text = GetAppVersionString();
+  EXPECT_TRUE(std::regex_match(text, std::regex(R"(\d+\.\d\d+\.\d+)"))) << text;
+}
+
+TEST(Version, ZeroCharacterEndsAText) {
+  EXPECT_EQ(TrimZString(std::string("ab\0cd", 5)), "ab");
+  EXPECT_EQ(TrimZString("ab"), "ab");
+}
+
+class FixedSystem final : public platform::SystemInfo {
+ public:
+  std::optional<platform::OsFacts> os;
+  platform::HardwareFacts hardware;
+  std::optional<platform::OsFacts> Os() override { return os; }
+  platform::HardwareFacts Hardware() override { return hardware; }
+};
+
+TEST(SystemDescription, NamesSystemAndMachine) {
+  tests::ScopedPorts ports;
+  FixedSystem system;
+  ports->system_info = &system;
+  EXPECT_EQ(GetOSInfoString(), "");
+  system.os = platform::OsFacts{6, 1, 7601, 2, std::string("Service Pack 1\0\0x", 17)};
+  EXPECT_EQ(GetOSInfoString(), "6.1.7601 (NT), Service Pack 1");
+  system.os = platform::OsFacts{4, 10, 1998, 1, ""};
+  EXPECT_EQ(GetOSInfoString(), "4.10.1998 (9x)");
+  system.os = platform::OsFacts{6, 1, 0, 0, ""};
+  EXPECT_EQ(GetOSInfoString(), "6.1.0");
+  // 3 GiB read negative; half a megabyte rounds to the even number.
+  system.hardware = {0xC0000000U, 0x00180000U, 0x7FFE0000U, 0x00080000U, 4};
+  EXPECT_EQ(GetHardwareInfoString(),
+            "RAM: -1024 Mb, free: 2 Mb; VM: 2048 Mb, free VM: 0 Mb; processors: 4");
+  EXPECT_EQ(GetOSVersionString(), GetOSInfoString() + "\r\n" + GetHardwareInfoString());
+}
+
+TEST(SystemDescription, TheRealSystemTellsItsVersion) {
+  EXPECT_TRUE(std::regex_search(GetOSInfoString(), std::regex(R"(^\d+\.\d+\.\d+)")));
+  EXPECT_FALSE(GetHardwareInfoString().find("processors: 0") != std::string::npos);
+}
+
+}  // namespace
+}  // namespace tmw
