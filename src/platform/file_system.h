@@ -31,7 +31,8 @@ struct FolderEntry {
 enum class FileMode {
   kRead,       // an existing file, for reading
   kWriteNew,   // for writing, created anew; an old content is dropped
-  kCreateNew,  // for writing; fails when something of that name exists
+  kCreateNew,  // the beginning of a copy: fails when something of that name exists; on Linux only
+               // the owner may read it until CopyAttributes gives it its rights
 };
 
 // One open file. Closed when destroyed; a writer that cares calls Flush and Close first.
@@ -53,7 +54,8 @@ class File {
 };
 
 // Files and folders. Paths are UTF-8; both systems take absolute and relative ones, Windows takes
-// "/" and "\" alike and paths longer than 260 characters.
+// "/" and "\" alike and paths longer than 260 characters. An empty path, or one with a zero
+// character in it, names nothing and is reported as missing.
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
@@ -75,30 +77,37 @@ class FileSystem {
   // An empty folder; Linux: a link to a folder is not followed and fails.
   virtual Status RemoveFolder(const std::string& path) = 0;
 
-  // A missing file is a failure whose code MeansMissing.
+  // A read-only file is removed like any other. A missing file is a failure whose code
+  // MeansMissing.
   virtual Status RemoveFile(const std::string& path) = 0;
 
-  // Renames within one file system, replacing an existing file atomically. A move to another file
-  // system fails with a code for which MeansOtherDevice is true.
+  // Renames within one file system, replacing an existing file, a read-only one too, atomically. A
+  // move to another file system fails with a code for which MeansOtherDevice is true.
   virtual Status Rename(const std::string& from, const std::string& to) = 0;
 
   virtual Status SetReadOnly(const std::string& path, bool read_only) = 0;
 
-  // Gives target the permission bits and the last-write time of source.
+  // Gives target the permission bits (Windows: the attributes) and the last-write time of source;
+  // what the target's file system cannot hold is left out.
   virtual Status CopyAttributes(const std::string& source, const std::string& target) = 0;
 
   // Makes a path absolute against the current folder and takes "." and ".." out; nothing is read
   // from the disk.
   virtual Outcome<std::string> MakeAbsolute(const std::string& path) = 0;
 
-  // The user's folder for temporary files, without a separator at its end.
+  // The user's folder for temporary files, without a separator at its end; it need not exist yet.
+  // Linux: $TMPDIR, else a folder of the user's cache, which no other user can prepare and which
+  // outlives a restart of the machine, so that an interrupted update can go on.
   virtual Outcome<std::string> TemporaryFolder() = 0;
+
+  // Makes a rename or a creation in that folder durable. Windows: nothing to do.
+  virtual Status FlushFolder(const std::string& folder) = 0;
 
   virtual bool MeansMissing(SystemCode code) const = 0;
   virtual bool MeansOtherDevice(SystemCode code) const = 0;
 
-  // Makes a rename or a creation in that folder durable. Windows: nothing to do.
-  virtual Status FlushFolder(const std::string& folder) = 0;
+  // Another program (a virus scanner, an indexer) may be holding the file for a moment.
+  virtual bool MeansBusy(SystemCode code) const = 0;
 };
 
 std::unique_ptr<FileSystem> MakeFileSystem();

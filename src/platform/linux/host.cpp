@@ -2,6 +2,7 @@
 
 #include "platform/clock.h"
 #include "platform/error_texts.h"
+#include "platform/file_system.h"
 #include "platform/front_end.h"
 #include "platform/system_info.h"
 
@@ -16,6 +17,7 @@ class LinuxHost final : public Host {
     Ports ports;
     ports.clock = clock_.get();
     ports.error_texts = error_texts_.get();
+    ports.files = files_.get();
     ports.front_end = front_end_.get();
     ports.system_info = system_info_.get();
     return ports;
@@ -24,6 +26,7 @@ class LinuxHost final : public Host {
  private:
   std::unique_ptr<Clock> clock_ = MakeClock();
   std::unique_ptr<ErrorTexts> error_texts_ = MakeErrorTexts();
+  std::unique_ptr<FileSystem> files_ = MakeFileSystem();
   std::unique_ptr<FrontEnd> front_end_ = MakeFrontEnd();
   std::unique_ptr<SystemInfo> system_info_ = MakeSystemInfo();
 };

@@ -1,0 +1,147 @@
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "foundation/api_errors.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+#include "foundation/text.h"
+#include "platform/clock.h"
+#include "platform/file_system.h"
+#include "platform/ports.h"
+
+// Copying and moving, whose one aim is that a name never bears half a file.
+namespace tmw {
+namespace {
+
+using platform::Status;
+
+constexpr const char* kModule = "mTmFilesOld";
+constexpr std::size_t kCopyBytes = std::size_t{256} << 10;
+
+constexpr const char* kGrowingEnding = ".copying";
+// Bytes of the target's name that the growing copy's name takes over, so that it fits wherever the
+// target's own name does.
+constexpr std::size_t kLongestNameTaken = 200;
+
+// A file that has just been written is often opened by a virus scanner at once.
+constexpr int kRenameAttempts = 10;
+constexpr std::int32_t kRenameIntervalMs = 100;
+
+platform::FileSystem& Files() {
+  return *platform::CurrentPorts().files;
+}
+
+bool ContinuesCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+// The same for every copy to that target, so that what a killed process left is found and replaced.
+std::string NameOfGrowingCopy(const std::string& target) {
+  const SplitName split = SplitFileName(target);
+  std::string name = split.FileName();
+  if (name.size() > kLongestNameTaken) {
+    std::size_t length = kLongestNameTaken;
+    while (ContinuesCharacter(name[length]))
+      --length;
+    name.resize(length);
+  }
+  return target.substr(0, target.size() - split.FileName().size()) + name + kGrowingEnding;
+}
+
+// A file that goes away unless it has been given its final name.
+class GrowingCopy {
+ public:
+  explicit GrowingCopy(std::string path) : path_(std::move(path)) {}
+  GrowingCopy(const GrowingCopy&) = delete;
+  GrowingCopy& operator=(const GrowingCopy&) = delete;
+  ~GrowingCopy() {
+    if (!is_kept_) static_cast<void>(Files().RemoveFile(path_));
+  }
+
+  const std::string& Path() const { return path_; }
+  void Keep() { is_kept_ = true; }
+
+ private:
+  std::string path_;
+  bool is_kept_ = false;
+};
+
+Status CopyBytes(platform::File& source, platform::File& target) {
+  std::vector<char> buffer(kCopyBytes);
+  for (;;) {
+    const auto count = source.Read(buffer.data(), buffer.size());
+    if (!count) return Status::Failure(count.code);
+    if (count.value == 0) return Status::Success();
+    if (const Status written = target.Write(buffer.data(), count.value); !written) return written;
+  }
+}
+
+Status CopyContent(platform::File& source, const std::string& target) {
+  const auto opened = Files().Open(target, platform::FileMode::kCreateNew);
+  if (!opened) return Status::Failure(opened.code);
+  platform::File& file = *opened.value;
+  if (const Status copied = CopyBytes(source, file); !copied) return copied;
+  if (const Status flushed = file.Flush(); !flushed) return flushed;
+  return file.Close();
+}
+
+Status RenamePatiently(const std::string& from, const std::string& to) {
+  for (int attempt = 1;; ++attempt) {
+    const Status status = Files().Rename(from, to);
+    if (status || !Files().MeansBusy(status.code) || attempt == kRenameAttempts) return status;
+    platform::CurrentPorts().clock->Sleep(kRenameIntervalMs);
+  }
+}
+
+Status FlushFolderOf(const std::string& path) {
+  const std::string folder = SplitFileName(path).Folder;
+  return Files().FlushFolder(folder.empty() ? "." : folder);
+}
+
+Status CopySafely(platform::File& source, const std::string& source_path,
+                  const std::string& target) {
+  GrowingCopy copy(NameOfGrowingCopy(target));
+  static_cast<void>(Files().RemoveFile(copy.Path()));
+  if (const Status status = CopyContent(source, copy.Path()); !status) return status;
+  if (const Status status = Files().CopyAttributes(source_path, copy.Path()); !status)
+    return status;
+  if (const Status status = RenamePatiently(copy.Path(), target); !status) return status;
+  copy.Keep();
+  return FlushFolderOf(target);
+}
+
+}  // namespace
+
+void CopyFile(const std::string& source, const std::string& target) try {
+  const auto opened = Files().Open(source, platform::FileMode::kRead);
+  if (!opened)
+    RaiseApiErrorWithMessage("Ошибка открытия файла " + Quoted(source) + ":", opened.code);
+  const Status status = CopySafely(*opened.value, source, target);
+  if (!status) {
+    RaiseApiErrorWithMessage(
+        "Ошибка копирования файла " + Quoted(source) + " в файл " + Quoted(target) + ":",
+        status.code);
+  }
+} catch (...) {
+  ReRaiseError(kModule, "CopyFile");
+}
+
+void MoveFile(const std::string& source, const std::string& target) try {
+  Status status = RenamePatiently(source, target);
+  if (!status && Files().MeansOtherDevice(status.code)) {
+    CopyFile(source, target);
+    DeleteFile(source);
+    return;
+  }
+  if (status) status = FlushFolderOf(target);
+  if (!status) {
+    RaiseApiErrorWithMessage(
+        "Ошибка переноса файла " + Quoted(source) + " в файл " + Quoted(target) + ":", status.code);
+  }
+} catch (...) {
+  ReRaiseError(kModule, "MoveFile");
+}
+
+}  // namespace tmw

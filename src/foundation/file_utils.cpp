@@ -1,0 +1,234 @@
+#include "foundation/file_utils.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "foundation/api_errors.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/text.h"
+#include "platform/clock.h"
+#include "platform/file_system.h"
+#include "platform/ports.h"
+
+namespace tmw {
+namespace {
+
+using platform::FileKind;
+
+constexpr const char* kModule = "mTmFilesOld";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr char16_t kUtf16Mark = 0xFEFF;
+constexpr std::size_t kReadBytes = std::size_t{64} << 10;
+
+constexpr int kDeleteAttempts = 40;
+constexpr std::int32_t kDeleteIntervalMs = 100;
+constexpr std::int32_t kLastDeleteIntervalMs = 1000;
+
+platform::FileSystem& Files() {
+  return *platform::CurrentPorts().files;
+}
+
+platform::FileFacts Examine(const std::string& path) {
+  const auto facts = Files().Examine(path);
+  if (!facts)
+    RaiseApiErrorWithMessage("Ошибка обращения к файлу " + Quoted(path) + ":", facts.code);
+  return facts.value;
+}
+
+[[noreturn]] void RaiseReadError(const std::string& path, platform::SystemCode code) {
+  RaiseApiErrorWithMessage("Ошибка чтения файла " + Quoted(path) + ":", code);
+}
+
+[[noreturn]] void RaiseDeleteError(const std::string& path, platform::SystemCode code) {
+  RaiseApiErrorWithMessage("Ошибка удаления файла " + Quoted(path) + ":", code);
+}
+
+platform::Status RemoveIfThere(const std::string& path) {
+  const platform::Status status = Files().RemoveFile(path);
+  return !status && Files().MeansMissing(status.code) ? platform::Status::Success() : status;
+}
+
+// Entries that are no folders: files, and links that lead nowhere.
+std::vector<std::string> ListFiles(const std::string& folder, const std::string& mask) {
+  const auto entries = Files().List(folder);
+  if (!entries) {
+    if (Files().MeansMissing(entries.code)) return {};
+    RaiseApiErrorWithMessage("Ошибка чтения списка файлов папки " + Quoted(folder) + ":",
+                             entries.code);
+  }
+  std::vector<std::pair<std::string, std::string>> found;  // the key of the order, the name
+  for (const platform::FolderEntry& entry : entries.value) {
+    if (entry.kind != FileKind::kFolder && MatchesMask(entry.name, mask))
+      found.emplace_back(LowerCase(entry.name), entry.name);
+  }
+  std::sort(found.begin(), found.end());
+  std::vector<std::string> names;
+  names.reserve(found.size());
+  for (auto& entry : found)
+    names.push_back(std::move(entry.second));
+  return names;
+}
+
+// Another process may create the folder between the look and the creation.
+void CreateMissingFolder(const std::string& path) {
+  if (Examine(path).kind == FileKind::kFolder) return;
+  const std::string parent = SplitFileName(path).Folder;
+  if (!parent.empty() && parent.size() < path.size()) CreateMissingFolder(parent);
+  const platform::Status status = Files().CreateFolder(path);
+  if (!status && Examine(path).kind != FileKind::kFolder)
+    RaiseApiErrorWithMessage("Ошибка создания папки " + Quoted(path) + ":", status.code);
+}
+
+}  // namespace
+
+bool IsFileExists(const std::string& path) try {
+  return Examine(path).kind == FileKind::kFile;
+} catch (...) {
+  ReRaiseError(kModule, "IsFileExists");
+}
+
+bool IsFolderExists(const std::string& path) try {
+  return Examine(path).kind == FileKind::kFolder;
+} catch (...) {
+  ReRaiseError(kModule, "IsFolderExists");
+}
+
+std::int64_t GetFileLength(const std::string& path) try {
+  const platform::FileFacts facts = Examine(path);
+  if (facts.kind != FileKind::kFile) {
+    const auto opened = Files().Open(path, platform::FileMode::kRead);
+    RaiseApiErrorWithMessage("Ошибка определения длины файла " + Quoted(path) + ":", opened.code);
+  }
+  return facts.length;
+} catch (...) {
+  ReRaiseError(kModule, "GetFileLength");
+}
+
+std::string ReadFileBytes(const std::string& path) try {
+  const auto opened = Files().Open(path, platform::FileMode::kRead);
+  if (!opened) RaiseApiErrorWithMessage("Ошибка открытия файла " + Quoted(path) + ":", opened.code);
+  std::string bytes;
+  for (;;) {
+    const std::size_t length = bytes.size();
+    bytes.resize(length + std::max(kReadBytes, length / 2));
+    const auto count = opened.value->Read(bytes.data() + length, bytes.size() - length);
+    if (!count) RaiseReadError(path, count.code);
+    bytes.resize(length + count.value);
+    if (count.value == 0) return bytes;
+  }
+} catch (...) {
+  ReRaiseError(kModule, "ReadFileBytes");
+}
+
+std::string ReadFileToString(const std::string& path) try {
+  const std::string bytes = ReadFileBytes(path);
+  if (!bytes.starts_with(kUtf8Mark)) return CodePageToUtf8(CodePage::k1251, bytes);
+  // Through UTF-16, so that the text is well-formed whatever the file holds.
+  return Utf16ToUtf8(Utf8ToUtf16(std::string_view(bytes).substr(kUtf8Mark.size())));
+} catch (...) {
+  ReRaiseError(kModule, "ReadFileToString");
+}
+
+std::string ReadUnicodeFileToString(const std::string& path) try {
+  const std::u16string units = BytesToUtf16(ReadFileBytes(path));
+  const bool has_mark = !units.empty() && units.front() == kUtf16Mark;
+  return Utf16ToUtf8(std::u16string_view(units).substr(has_mark ? 1 : 0));
+} catch (...) {
+  ReRaiseError(kModule, "ReadUnicodeFileToString");
+}
+
+void CreateFolderIfAbsent(const std::string& path) try { CreateMissingFolder(path); } catch (...) {
+  ReRaiseError(kModule, "CreateFolderIfAbsent");
+}
+
+bool TryCreateFolderIfAbsent(const std::string& path, std::string& error_text) {
+  try {
+    CreateMissingFolder(path);
+    return true;
+  } catch (...) {
+    error_text = CurrentError().Description;
+    return false;
+  }
+}
+
+void CreateEmptyFile(const std::string& path) try {
+  const auto opened = Files().Open(path, platform::FileMode::kWriteNew);
+  const platform::Status closed =
+      opened ? opened.value->Close() : platform::Status::Failure(opened.code);
+  if (!closed) RaiseApiErrorWithMessage("Ошибка создания файла " + Quoted(path) + ":", closed.code);
+} catch (...) {
+  ReRaiseError(kModule, "CreateEmptyFile");
+}
+
+bool DeleteFile(const std::string& path, bool is_quiet) try {
+  const platform::Status status = RemoveIfThere(path);
+  if (!status && !is_quiet) RaiseDeleteError(path, status.code);
+  return status.ok;
+} catch (...) {
+  ReRaiseError(kModule, "DeleteFile");
+}
+
+bool DeleteFiles(const std::string& mask_path, bool is_quiet) {
+  try {
+    const SplitName split = SplitFileName(mask_path);
+    const std::string folder = split.Folder.empty() ? "." : split.Folder;
+    platform::Status first_failure;
+    std::string first_failed;
+    for (const std::string& name : ListFiles(folder, split.FileName())) {
+      // Not JoinPath: a name from the disk is taken as it stands.
+      const std::string path = folder + Files().Separator() + name;
+      const platform::Status status = RemoveIfThere(path);
+      if (status || !first_failure) continue;
+      first_failure = status;
+      first_failed = path;
+    }
+    if (!first_failure && !is_quiet) RaiseDeleteError(first_failed, first_failure.code);
+    return first_failure.ok;
+  } catch (...) {
+    if (is_quiet) return false;
+    ReRaiseError(kModule, "DeleteFiles");
+  }
+}
+
+void DeleteFileRepeatedly(const std::string& path) try {
+  platform::Clock& clock = *platform::CurrentPorts().clock;
+  for (int attempt = 0; attempt < kDeleteAttempts; ++attempt) {
+    if (attempt > 0) clock.Sleep(kDeleteIntervalMs);
+    if (DeleteFile(path, true)) return;
+  }
+  clock.Sleep(kLastDeleteIntervalMs);
+  DeleteFile(path);
+} catch (...) {
+  ReRaiseError(kModule, "DeleteFileRepeatedly");
+}
+
+void ClearReadOnlyAttributeFromFile(const std::string& path) try {
+  const platform::Status status = Files().SetReadOnly(path, false);
+  if (!status) {
+    RaiseApiErrorWithMessage(
+        "Ошибка снятия атрибута \"только чтение\" с файла " + Quoted(path) + ":", status.code);
+  }
+} catch (...) {
+  ReRaiseError(kModule, "ClearReadOnlyAttributeFromFile");
+}
+
+std::vector<std::string> CollectFileNamesInFolder(const std::string& folder,
+                                                  const std::string& mask) try {
+  return ListFiles(folder, mask);
+} catch (...) {
+  ReRaiseError(kModule, "CollectFileNamesInFolder");
+}
+
+std::string GetTemporaryFolder() try {
+  const auto folder = Files().TemporaryFolder();
+  if (!folder) RaiseApiErrorWithMessage("Ошибка определения временной папки:", folder.code);
+  return folder.value;
+} catch (...) {
+  ReRaiseError(kModule, "GetTemporaryFolder");
+}
+
+}  // namespace tmw

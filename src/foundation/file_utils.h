@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "foundation/file_names.h"
+
+// Files and folders (module mTmFilesOld). Every failure is a ProgramError whose message names the
+// file in double quotes and ends with the system's words; its number is the system's code.
+namespace tmw {
+
+// Something that is there but of another kind (a folder, a device) is no file, and the reverse.
+// A place that cannot be looked at raises: "not there" is never guessed.
+bool IsFileExists(const std::string& path);
+bool IsFolderExists(const std::string& path);
+
+// Bytes.
+std::int64_t GetFileLength(const std::string& path);
+
+// The whole file, byte for byte.
+std::string ReadFileBytes(const std::string& path);
+
+// The whole file as text: UTF-8 when it begins with that mark (which is dropped), else code page
+// 1251.
+std::string ReadFileToString(const std::string& path);
+
+// The whole file as text: UTF-16LE code units, a mark at the beginning is dropped.
+std::string ReadUnicodeFileToString(const std::string& path);
+
+// Creates the folder and all that is missing above it.
+void CreateFolderIfAbsent(const std::string& path);
+
+// The same; false and the error's text when it cannot be done.
+[[nodiscard]] bool TryCreateFolderIfAbsent(const std::string& path, std::string& error_text);
+
+// Creates a file of length 0; an old one is emptied.
+void CreateEmptyFile(const std::string& path);
+
+// Copies with rights and time, replacing the target. The copy grows under another name beside the
+// target, is brought to the disk and then renamed: under the target's name there is at any moment
+// the old file or the whole new one. A failed copy leaves nothing behind.
+void CopyFile(const std::string& source, const std::string& target);
+
+// Renames, replacing the target. To another file system: a CopyFile, then the source is deleted.
+void MoveFile(const std::string& source, const std::string& target);
+
+// A missing file counts as deleted. Quiet: a failure is the result false instead of an error.
+bool DeleteFile(const std::string& path, bool is_quiet = false);
+
+// Deletes the files of a folder (no folders) that match the mask, the last part of the path. All
+// are tried; then the first failure is raised, or the result false when quiet.
+bool DeleteFiles(const std::string& mask_path, bool is_quiet = false);
+
+// Gives whoever holds the file about 5 seconds to let it go: 40 quiet attempts 100 ms apart, one
+// more after another second, whose failure is raised.
+void DeleteFileRepeatedly(const std::string& path);
+
+void ClearReadOnlyAttributeFromFile(const std::string& path);
+
+// The names of the folder's files that match the mask, in the order of names without regard to
+// letter case. A missing folder has none.
+std::vector<std::string> CollectFileNamesInFolder(const std::string& folder,
+                                                  const std::string& mask);
+
+// The user's folder for temporary files; it need not exist yet.
+std::string GetTemporaryFolder();
+
+}  // namespace tmw

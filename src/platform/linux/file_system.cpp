@@ -1,0 +1,248 @@
+#include "platform/file_system.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <string_view>
+
+#include "platform/unique_handle.h"
+
+namespace platform {
+namespace {
+
+constexpr mode_t kPermissionBits = 0777;
+constexpr mode_t kNewFileMode = 0666;
+constexpr mode_t kNewCopyMode = 0600;
+constexpr mode_t kAllWriteBits = S_IWUSR | S_IWGRP | S_IWOTH;
+
+struct DescriptorTraits {
+  using Type = int;
+  static Type Invalid() { return -1; }
+  static void Close(Type descriptor) { close(descriptor); }
+};
+using Descriptor = UniqueHandle<DescriptorTraits>;
+
+struct FolderStreamTraits {
+  using Type = DIR*;
+  static Type Invalid() { return nullptr; }
+  static void Close(Type folder) { closedir(folder); }
+};
+using FolderStream = UniqueHandle<FolderStreamTraits>;
+
+// A system call would take a path with a zero character for its beginning; the empty name makes it
+// answer that nothing is there.
+const char* Name(const std::string& path) {
+  return path.find('\0') == std::string::npos ? path.c_str() : "";
+}
+
+Status Result(int returned) {
+  return returned == 0 ? Status::Success() : Status::Failure(errno);
+}
+
+FileKind KindOf(mode_t mode) {
+  if (S_ISREG(mode)) return FileKind::kFile;
+  if (S_ISDIR(mode)) return FileKind::kFolder;
+  return FileKind::kOther;
+}
+
+class LinuxFile final : public File {
+ public:
+  explicit LinuxFile(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
+
+  Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
+    for (;;) {
+      const ssize_t count = read(descriptor_.Get(), buffer, length);
+      if (count >= 0) return Outcome<std::size_t>::Success(static_cast<std::size_t>(count));
+      if (errno != EINTR) return Outcome<std::size_t>::Failure(errno);
+    }
+  }
+
+  Status Write(const void* buffer, std::size_t length) override {
+    const char* next = static_cast<const char*>(buffer);
+    while (length > 0) {
+      const ssize_t count = write(descriptor_.Get(), next, length);
+      if (count < 0) {
+        if (errno == EINTR) continue;
+        return Status::Failure(errno);
+      }
+      next += count;
+      length -= static_cast<std::size_t>(count);
+    }
+    return Status::Success();
+  }
+
+  Status Flush() override { return Result(fsync(descriptor_.Get())); }
+
+  Status Close() override {
+    // The descriptor is gone even when the call was interrupted.
+    const Status status = Result(close(descriptor_.Release()));
+    return status.code == EINTR ? Status::Success() : status;
+  }
+
+ private:
+  Descriptor descriptor_;
+};
+
+// Takes "." and ".." out of an absolute path by its words alone.
+std::string WithoutDots(std::string_view path) {
+  std::string result;
+  std::size_t start = 0;
+  while (start < path.size()) {
+    std::size_t end = path.find('/', start);
+    if (end == std::string_view::npos) end = path.size();
+    const std::string_view part = path.substr(start, end - start);
+    if (part == "..") {
+      result.erase(result.empty() ? 0 : result.rfind('/'));
+    } else if (!part.empty() && part != ".") {
+      result.append("/").append(part);
+    }
+    start = end + 1;
+  }
+  return result.empty() ? "/" : result;
+}
+
+std::string AbsoluteVariable(const char* name) {
+  const char* const value = std::getenv(name);
+  if (value == nullptr || *value != '/') return {};
+  return WithoutDots(value);
+}
+
+class LinuxFileSystem final : public FileSystem {
+ public:
+  char Separator() const override { return '/'; }
+
+  Outcome<FileFacts> Examine(const std::string& path) override {
+    FileFacts facts;
+    struct stat status {};
+    if (stat(Name(path), &status) != 0) {
+      const SystemCode code = errno;
+      if (!MeansMissing(code) && code != ELOOP) return Outcome<FileFacts>::Failure(code);
+      const bool is_dead_link = lstat(Name(path), &status) == 0;
+      facts.kind = is_dead_link ? FileKind::kOther : FileKind::kNone;
+      return Outcome<FileFacts>::Success(facts);
+    }
+    facts.kind = KindOf(status.st_mode);
+    if (facts.kind == FileKind::kFile) facts.length = status.st_size;
+    facts.read_only = (status.st_mode & S_IWUSR) == 0;
+    return Outcome<FileFacts>::Success(facts);
+  }
+
+  Outcome<std::unique_ptr<File>> Open(const std::string& path, FileMode mode) override {
+    int flags = O_RDONLY;
+    if (mode == FileMode::kWriteNew) flags = O_WRONLY | O_CREAT | O_TRUNC;
+    if (mode == FileMode::kCreateNew) flags = O_WRONLY | O_CREAT | O_EXCL;
+    const mode_t rights = mode == FileMode::kCreateNew ? kNewCopyMode : kNewFileMode;
+    Descriptor descriptor(open(Name(path), flags | O_CLOEXEC | O_NOCTTY, rights));
+    if (!descriptor) return Outcome<std::unique_ptr<File>>::Failure(errno);
+    return Outcome<std::unique_ptr<File>>::Success(
+        std::make_unique<LinuxFile>(std::move(descriptor)));
+  }
+
+  Outcome<std::vector<FolderEntry>> List(const std::string& folder) override {
+    using Result = Outcome<std::vector<FolderEntry>>;
+    const FolderStream stream(opendir(Name(folder)));
+    if (!stream) return Result::Failure(errno);
+    std::vector<FolderEntry> entries;
+    for (;;) {
+      errno = 0;
+      const dirent* const entry = readdir(stream.Get());
+      if (entry == nullptr) break;
+      const std::string_view name = static_cast<const char*>(entry->d_name);
+      if (name == "." || name == "..") continue;
+      struct stat status {};
+      const bool is_known = fstatat(dirfd(stream.Get()), entry->d_name, &status, 0) == 0;
+      entries.push_back({std::string(name), is_known ? KindOf(status.st_mode) : FileKind::kOther});
+    }
+    if (errno != 0) return Result::Failure(errno);
+    return Result::Success(std::move(entries));
+  }
+
+  Status CreateFolder(const std::string& path) override {
+    return Result(mkdir(Name(path), kPermissionBits));
+  }
+
+  Status RemoveFolder(const std::string& path) override { return Result(rmdir(Name(path))); }
+
+  Status RemoveFile(const std::string& path) override { return Result(unlink(Name(path))); }
+
+  Status Rename(const std::string& from, const std::string& to) override {
+    return Result(rename(Name(from), Name(to)));
+  }
+
+  Status SetReadOnly(const std::string& path, bool read_only) override {
+    struct stat status {};
+    if (stat(Name(path), &status) != 0) return Status::Failure(errno);
+    const mode_t old_mode = status.st_mode & kPermissionBits;
+    const mode_t mode = read_only ? old_mode & ~kAllWriteBits : old_mode | S_IWUSR;
+    return mode == old_mode ? Status::Success() : Result(chmod(Name(path), mode));
+  }
+
+  Status CopyAttributes(const std::string& source, const std::string& target) override {
+    struct stat status {};
+    if (stat(Name(source), &status) != 0) return Status::Failure(errno);
+    const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
+    const Status timed = Result(utimensat(AT_FDCWD, Name(target), times, 0));
+    const Status allowed = Result(chmod(Name(target), status.st_mode & kPermissionBits));
+    for (const Status& step : {timed, allowed}) {
+      if (!step && step.code != EPERM && step.code != EOPNOTSUPP && step.code != EINVAL)
+        return step;
+    }
+    return Status::Success();
+  }
+
+  Outcome<std::string> MakeAbsolute(const std::string& path) override {
+    if (path.empty() || path.find('\0') != std::string::npos)
+      return Outcome<std::string>::Failure(ENOENT);
+    if (path.front() == '/') return Outcome<std::string>::Success(WithoutDots(path));
+    char folder[PATH_MAX];
+    if (getcwd(folder, sizeof folder) == nullptr) return Outcome<std::string>::Failure(errno);
+    return Outcome<std::string>::Success(WithoutDots(std::string(folder) + "/" + path));
+  }
+
+  Outcome<std::string> TemporaryFolder() override {
+    std::string folder = AbsoluteVariable("TMPDIR");
+    if (!folder.empty()) return Outcome<std::string>::Success(std::move(folder));
+    folder = AbsoluteVariable("XDG_CACHE_HOME");
+    if (folder.empty()) {
+      folder = AbsoluteVariable("HOME");
+      if (folder.empty()) {
+        errno = 0;
+        const passwd* const user = getpwuid(getuid());
+        if (user == nullptr || user->pw_dir == nullptr)
+          return Outcome<std::string>::Failure(errno != 0 ? errno : ENOENT);
+        folder = WithoutDots(user->pw_dir);
+      }
+      folder += "/.cache";
+    }
+    return Outcome<std::string>::Success(folder + "/tamrin");
+  }
+
+  Status FlushFolder(const std::string& folder) override {
+    const Descriptor descriptor(
+        open(folder.empty() ? "." : Name(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // A folder that may be written but not read (EACCES) cannot be flushed; the rename stands.
+    if (!descriptor) return errno == EACCES ? Status::Success() : Status::Failure(errno);
+    const Status status = Result(fsync(descriptor.Get()));
+    // File systems that do not flush folders say so with these.
+    const bool is_unable = status.code == EINVAL || status.code == EROFS;
+    return is_unable ? Status::Success() : status;
+  }
+
+  bool MeansMissing(SystemCode code) const override { return code == ENOENT || code == ENOTDIR; }
+  bool MeansOtherDevice(SystemCode code) const override { return code == EXDEV; }
+  bool MeansBusy(SystemCode code) const override { return code == EBUSY || code == ETXTBSY; }
+};
+
+}  // namespace
+
+std::unique_ptr<FileSystem> MakeFileSystem() {
+  return std::make_unique<LinuxFileSystem>();
+}
+
+}  // namespace platform

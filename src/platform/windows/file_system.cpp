@@ -1,0 +1,311 @@
+#include "platform/file_system.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "platform/unique_handle.h"
+#include "platform/windows/wide.h"
+#include "platform/windows/windows_headers.h"
+
+namespace platform {
+namespace {
+
+// Folders get no names beyond this length through an ordinary path (a file of 8.3 must still fit).
+constexpr std::size_t kLongPath = 240;
+
+constexpr DWORD kReadOnly = FILE_ATTRIBUTE_READONLY;
+
+// What a copy takes over from its source.
+constexpr DWORD kCopiedAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
+                                    FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
+
+struct FileHandleTraits {
+  using Type = HANDLE;
+  static Type Invalid() { return INVALID_HANDLE_VALUE; }
+  static void Close(Type handle) { ::CloseHandle(handle); }
+};
+using FileHandle = UniqueHandle<FileHandleTraits>;
+
+struct SearchTraits {
+  using Type = HANDLE;
+  static Type Invalid() { return INVALID_HANDLE_VALUE; }
+  static void Close(Type handle) { FindClose(handle); }
+};
+using Search = UniqueHandle<SearchTraits>;
+
+SystemCode LastError() {
+  return static_cast<SystemCode>(GetLastError());
+}
+
+Status Result(BOOL succeeded) {
+  return succeeded ? Status::Success() : Status::Failure(LastError());
+}
+
+// Empty on failure; the last error then says why.
+std::wstring FullPath(const std::string& path) {
+  if (path.empty() || path.find('\0') != std::string::npos) {
+    SetLastError(ERROR_PATH_NOT_FOUND);
+    return {};
+  }
+  const std::wstring wide = ToWide(path);
+  std::wstring full(MAX_PATH, L'\0');
+  for (;;) {
+    const DWORD length =
+        GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+    const bool fits = length < full.size();
+    full.resize(length);
+    if (fits) return full;
+  }
+}
+
+// A set without any attribute would leave the file as it is.
+BOOL SetAttributes(const std::wstring& path, DWORD attributes) {
+  return SetFileAttributesW(path.c_str(), attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL);
+}
+
+// The form that system calls take. Only a long path gets the prefix that lifts the limit: not every
+// network file system knows it.
+std::wstring Native(const std::string& path) {
+  std::wstring full = FullPath(path);
+  if (full.size() < kLongPath || full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\"))
+    return full;
+  if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC" + full.substr(1);
+  return L"\\\\?\\" + full;
+}
+
+FileKind KindOf(DWORD attributes) {
+  if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0) return FileKind::kOther;
+  return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FileKind::kFolder : FileKind::kFile;
+}
+
+FileFacts MakeFacts(DWORD attributes, DWORD size_high, DWORD size_low) {
+  FileFacts facts;
+  facts.kind = KindOf(attributes);
+  if (facts.kind == FileKind::kFile)
+    facts.length = static_cast<std::int64_t>((std::uint64_t{size_high} << 32) | size_low);
+  facts.read_only = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+  return facts;
+}
+
+// What a link leads to; kOther when it leads nowhere.
+FileFacts FactsOfLinkTarget(const std::wstring& path) {
+  const FileHandle handle(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  BY_HANDLE_FILE_INFORMATION found{};
+  if (!handle || !GetFileInformationByHandle(handle.Get(), &found)) {
+    FileFacts facts;
+    facts.kind = FileKind::kOther;
+    return facts;
+  }
+  return MakeFacts(found.dwFileAttributes, found.nFileSizeHigh, found.nFileSizeLow);
+}
+
+class WindowsFile final : public File {
+ public:
+  explicit WindowsFile(FileHandle handle) : handle_(std::move(handle)) {}
+
+  Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
+    DWORD count = 0;
+    if (!ReadFile(handle_.Get(), buffer, OneCall(length), &count, nullptr))
+      return Outcome<std::size_t>::Failure(LastError());
+    return Outcome<std::size_t>::Success(count);
+  }
+
+  Status Write(const void* buffer, std::size_t length) override {
+    const char* next = static_cast<const char*>(buffer);
+    while (length > 0) {
+      DWORD count = 0;
+      if (!WriteFile(handle_.Get(), next, OneCall(length), &count, nullptr))
+        return Status::Failure(LastError());
+      if (count == 0) return Status::Failure(ERROR_WRITE_FAULT);
+      next += count;
+      length -= count;
+    }
+    return Status::Success();
+  }
+
+  Status Flush() override { return Result(FlushFileBuffers(handle_.Get())); }
+
+  Status Close() override { return Result(::CloseHandle(handle_.Release())); }
+
+ private:
+  // Larger requests fail on some network file systems.
+  static DWORD OneCall(std::size_t length) {
+    constexpr std::size_t kLimit = std::size_t{16} << 20;
+    return static_cast<DWORD>(std::min(length, kLimit));
+  }
+
+  FileHandle handle_;
+};
+
+// Takes the read-only attribute off for as long as it lives, unless Keep is called.
+class WritableForNow {
+ public:
+  explicit WritableForNow(std::wstring path) : path_(std::move(path)) {
+    const DWORD attributes = GetFileAttributesW(path_.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & kReadOnly) == 0) return;
+    if (SetAttributes(path_, attributes & ~kReadOnly)) old_attributes_ = attributes;
+  }
+  WritableForNow(const WritableForNow&) = delete;
+  WritableForNow& operator=(const WritableForNow&) = delete;
+  ~WritableForNow() {
+    if (old_attributes_ != 0) SetAttributes(path_, old_attributes_);
+  }
+
+  bool HasChanged() const { return old_attributes_ != 0; }
+  void Keep() { old_attributes_ = 0; }
+
+ private:
+  std::wstring path_;
+  DWORD old_attributes_ = 0;
+};
+
+// Runs an action on a file that the system refuses to touch while it is read-only.
+template <typename Action>
+Status DespiteReadOnly(const std::wstring& path, Action action) {
+  const Status status = Result(action());
+  if (status || status.code != ERROR_ACCESS_DENIED) return status;
+  WritableForNow writable(path);
+  if (!writable.HasChanged()) return status;
+  const Status second = Result(action());
+  if (second) writable.Keep();
+  return second;
+}
+
+class WindowsFileSystem final : public FileSystem {
+ public:
+  char Separator() const override { return '\\'; }
+
+  Outcome<FileFacts> Examine(const std::string& path) override {
+    const std::wstring native = Native(path);
+    WIN32_FILE_ATTRIBUTE_DATA found{};
+    if (!GetFileAttributesExW(native.c_str(), GetFileExInfoStandard, &found)) {
+      const SystemCode code = LastError();
+      if (MeansMissing(code)) return Outcome<FileFacts>::Success({});
+      return Outcome<FileFacts>::Failure(code);
+    }
+    if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
+      return Outcome<FileFacts>::Success(FactsOfLinkTarget(native));
+    return Outcome<FileFacts>::Success(
+        MakeFacts(found.dwFileAttributes, found.nFileSizeHigh, found.nFileSizeLow));
+  }
+
+  Outcome<std::unique_ptr<File>> Open(const std::string& path, FileMode mode) override {
+    const DWORD access = mode == FileMode::kRead ? GENERIC_READ : GENERIC_WRITE;
+    DWORD disposition = OPEN_EXISTING;
+    if (mode == FileMode::kWriteNew) disposition = CREATE_ALWAYS;
+    if (mode == FileMode::kCreateNew) disposition = CREATE_NEW;
+    // A file that somebody is writing is not read: what would be read is no whole file.
+    FileHandle handle(CreateFileW(Native(path).c_str(), access, FILE_SHARE_READ, nullptr,
+                                  disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!handle) return Outcome<std::unique_ptr<File>>::Failure(LastError());
+    return Outcome<std::unique_ptr<File>>::Success(
+        std::make_unique<WindowsFile>(std::move(handle)));
+  }
+
+  Outcome<std::vector<FolderEntry>> List(const std::string& folder) override {
+    using Result = Outcome<std::vector<FolderEntry>>;
+    if (folder.empty()) return Result::Failure(ERROR_PATH_NOT_FOUND);
+    const std::wstring all = Native(folder + "\\*");
+    WIN32_FIND_DATAW found{};
+    const Search search(FindFirstFileW(all.c_str(), &found));
+    if (!search) {
+      // The root of an empty drive has not even "." in it.
+      const SystemCode code = LastError();
+      if (code == ERROR_FILE_NOT_FOUND) return Result::Success({});
+      return Result::Failure(code);
+    }
+    std::vector<FolderEntry> entries;
+    do {
+      const std::wstring_view name = static_cast<const wchar_t*>(found.cFileName);
+      if (name == L"." || name == L"..") continue;
+      entries.push_back({FromWide(name), KindOf(found.dwFileAttributes)});
+    } while (FindNextFileW(search.Get(), &found));
+    const SystemCode code = LastError();
+    if (code != ERROR_NO_MORE_FILES) return Result::Failure(code);
+    return Result::Success(std::move(entries));
+  }
+
+  Status CreateFolder(const std::string& path) override {
+    return Result(CreateDirectoryW(Native(path).c_str(), nullptr));
+  }
+
+  Status RemoveFolder(const std::string& path) override {
+    return Result(RemoveDirectoryW(Native(path).c_str()));
+  }
+
+  Status RemoveFile(const std::string& path) override {
+    const std::wstring native = Native(path);
+    return DespiteReadOnly(native, [&] { return ::DeleteFileW(native.c_str()); });
+  }
+
+  Status Rename(const std::string& from, const std::string& to) override {
+    const std::wstring source = Native(from);
+    const std::wstring target = Native(to);
+    return DespiteReadOnly(target, [&] {
+      return ::MoveFileExW(source.c_str(), target.c_str(),
+                           MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    });
+  }
+
+  Status SetReadOnly(const std::string& path, bool read_only) override {
+    const std::wstring native = Native(path);
+    const DWORD old = GetFileAttributesW(native.c_str());
+    if (old == INVALID_FILE_ATTRIBUTES) return Status::Failure(LastError());
+    const DWORD attributes = read_only ? old | kReadOnly : old & ~kReadOnly;
+    return attributes == old ? Status::Success() : Result(SetAttributes(native, attributes));
+  }
+
+  Status CopyAttributes(const std::string& source, const std::string& target) override {
+    WIN32_FILE_ATTRIBUTE_DATA found{};
+    if (!GetFileAttributesExW(Native(source).c_str(), GetFileExInfoStandard, &found))
+      return Status::Failure(LastError());
+    const std::wstring native = Native(target);
+    FileHandle handle(CreateFileW(native.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ, nullptr,
+                                  OPEN_EXISTING, 0, nullptr));
+    if (!handle) return Status::Failure(LastError());
+    if (!SetFileTime(handle.Get(), nullptr, nullptr, &found.ftLastWriteTime))
+      return Status::Failure(LastError());
+    handle.Reset();
+    return Result(SetAttributes(native, found.dwFileAttributes & kCopiedAttributes));
+  }
+
+  Outcome<std::string> MakeAbsolute(const std::string& path) override {
+    const std::wstring full = FullPath(path);
+    if (full.empty()) return Outcome<std::string>::Failure(LastError());
+    return Outcome<std::string>::Success(FromWide(full));
+  }
+
+  Outcome<std::string> TemporaryFolder() override {
+    wchar_t folder[MAX_PATH + 2];
+    const DWORD length = GetTempPathW(static_cast<DWORD>(std::size(folder)), folder);
+    if (length == 0) return Outcome<std::string>::Failure(LastError());
+    std::wstring_view path(folder, length);
+    if (path.ends_with(L'\\') && !path.ends_with(L":\\")) path.remove_suffix(1);
+    return Outcome<std::string>::Success(FromWide(path));
+  }
+
+  Status FlushFolder(const std::string& /*folder*/) override { return Status::Success(); }
+
+  bool MeansMissing(SystemCode code) const override {
+    return code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND ||
+           code == ERROR_INVALID_NAME || code == ERROR_BAD_PATHNAME ||
+           code == ERROR_INVALID_DRIVE || code == ERROR_DIRECTORY;
+  }
+
+  bool MeansOtherDevice(SystemCode code) const override { return code == ERROR_NOT_SAME_DEVICE; }
+
+  bool MeansBusy(SystemCode code) const override {
+    return code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION ||
+           code == ERROR_ACCESS_DENIED;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<FileSystem> MakeFileSystem() {
+  return std::make_unique<WindowsFileSystem>();
+}
+
+}  // namespace platform
