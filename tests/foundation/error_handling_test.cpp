@@ -7,10 +7,13 @@
 #include "foundation/api_errors.h"
 #include "platform/processes.h"
 #include "tests/fakes/scripted_front_end.h"
+#include "tests/support/caught.h"
 #include "tests/support/scoped_ports.h"
 
 namespace tmw {
 namespace {
+
+using tests::Caught;
 
 class NamedProgram final : public platform::Processes {
  public:
@@ -41,18 +44,6 @@ class ErrorHandling : public testing::Test {
   NamedProgram processes_;
   tests::ScriptedFrontEnd front_end_;
 };
-
-// The error that the given action leaves behind.
-template <typename Action>
-ProgramError Caught(Action action) {
-  try {
-    action();
-  } catch (const ProgramError& error) {
-    return error;
-  }
-  ADD_FAILURE() << "nothing was raised";
-  return {0, ""};
-}
 
 TEST_F(ErrorHandling, FramesNameProgramModuleAndProcedure) {
   EXPECT_EQ(MakeFrame("BinaryFile", "OpenFile", 0, ""), "[TmWebUpdate::BinaryFile.OpenFile]");
