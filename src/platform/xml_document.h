@@ -2,13 +2,46 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace platform {
 
-enum class XmlNodeKind { kElement, kDeclaration, kComment, kText, kOther };
+enum class XmlNodeKind {
+  kDocument,
+  kElement,
+  kDeclaration,  // <?xml ...?>; its name is "xml"
+  kComment,
+  kText,   // text or a CDATA section
+  kOther,  // a processing instruction, a document type
+};
+
+struct XmlAttribute {
+  std::string name;  // qualified
+  std::string value;
+};
+
+// A node of a document, and everything in it. A parser fills the tree, nobody changes it
+// afterwards.
+struct XmlNode {
+  explicit XmlNode(XmlNodeKind node_kind, XmlNode* node_parent = nullptr)
+      : kind(node_kind), parent(node_parent) {}
+  XmlNode(const XmlNode&) = delete;
+  XmlNode& operator=(const XmlNode&) = delete;
+
+  XmlNode& Append(XmlNodeKind child_kind) {
+    return *children.emplace_back(std::make_unique<XmlNode>(child_kind, this));
+  }
+
+  XmlNodeKind kind;
+  const XmlNode* parent;                           // none for the document itself
+  std::string name;                                // qualified; elements and the declaration only
+  std::string value;                               // texts and comments only
+  std::vector<XmlAttribute> attributes;            // elements only, without namespace declarations
+  std::vector<std::unique_ptr<XmlNode>> children;  // in document order
+};
 
 // Why a document could not be read.
 struct XmlParseError {
@@ -17,41 +50,16 @@ struct XmlParseError {
   std::int32_t line = 0;    // 1-based; 0 when unknown
 };
 
-// A node of a loaded document. Lives as long as its document.
-class XmlNode {
- public:
-  virtual ~XmlNode() = default;
-
-  virtual XmlNodeKind Kind() const = 0;
-
-  // The qualified name of an element; "xml" for the declaration.
-  virtual std::string Name() const = 0;
-
-  // The text of the node and all that is in it, put together.
-  virtual std::string Text() const = 0;
-
-  virtual std::optional<std::string> Attribute(const std::string& name) const = 0;
-
-  // All children in document order; white space between elements is not listed.
-  virtual std::vector<const XmlNode*> Children() const = 0;
-};
-
-class XmlDocument {
- public:
-  virtual ~XmlDocument() = default;
-
-  // The document's own children: the XML declaration first when the text has one, then comments and
-  // the root element in document order.
-  virtual std::vector<const XmlNode*> Children() const = 0;
-};
-
-struct XmlLoadResult {
-  std::unique_ptr<XmlDocument> document;  // none on failure
+struct XmlParseResult {
+  std::unique_ptr<XmlNode> document;  // of kind kDocument; none on failure
   XmlParseError error;
 };
 
-// The system's XML parser: MSXML 4.0 on Windows, libxml2 on Linux. UTF-8, UTF-16 and windows-1251
-// documents; no network, no external entities, entity expansion and depth are limited.
+// Elements nested deeper than this are refused.
+inline constexpr int kXmlMaxDepth = 256;
+
+// The system's XML parser: MSXML 4.0 on Windows, libxml2 on Linux. Nothing but the given bytes is
+// ever read: no network, no external entities, no external document type.
 class XmlParser {
  public:
   virtual ~XmlParser() = default;
@@ -59,7 +67,11 @@ class XmlParser {
   // False when the system's XML component is not there; reason says why.
   virtual bool IsAvailable(std::string& reason) = 0;
 
-  virtual XmlLoadResult LoadFile(const std::string& path) = 0;
+  // Parses a whole document in UTF-8, UTF-16 with its mark or windows-1251, as its own declaration
+  // says. The document's children are the XML declaration, when the text has one, then comments,
+  // the document type and the root element in document order. Text of nothing but white space is
+  // left out, CDATA sections never are.
+  virtual XmlParseResult Parse(std::string_view bytes) = 0;
 };
 
 std::unique_ptr<XmlParser> MakeXmlParser();

@@ -5,6 +5,7 @@
 #include "platform/file_system.h"
 #include "platform/front_end.h"
 #include "platform/system_info.h"
+#include "platform/xml_document.h"
 
 namespace platform {
 namespace {
@@ -20,6 +21,7 @@ class WindowsHost final : public Host {
     ports.files = files_.get();
     ports.front_end = front_end_.get();
     ports.system_info = system_info_.get();
+    ports.xml = xml_.get();
     return ports;
   }
 
@@ -29,6 +31,7 @@ class WindowsHost final : public Host {
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();
   std::unique_ptr<FrontEnd> front_end_ = MakeFrontEnd();
   std::unique_ptr<SystemInfo> system_info_ = MakeSystemInfo();
+  std::unique_ptr<XmlParser> xml_ = MakeXmlParser();
 };
 
 }  // namespace

@@ -1,0 +1,151 @@
+#include "platform/xml_document.h"
+
+#include <libxml/SAX2.h>
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+
+#include <limits>
+
+#include "foundation/encodings.h"
+#include "foundation/text.h"
+
+namespace platform {
+namespace {
+
+struct FreeContext {
+  void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+};
+
+struct FreeDocument {
+  void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+
+struct FreeText {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+
+std::string ToString(const xmlChar* text) {
+  return text == nullptr ? std::string() : reinterpret_cast<const char*>(text);
+}
+
+std::string QualifiedName(const xmlNs* space, const xmlChar* name) {
+  const bool has_prefix = space != nullptr && space->prefix != nullptr;
+  return has_prefix ? ToString(space->prefix) + ":" + ToString(name) : ToString(name);
+}
+
+bool IsWhiteSpace(const std::string& text) {
+  return text.find_first_not_of(" \t\r\n") == std::string::npos;
+}
+
+void CopyAttributes(const xmlNode* source, XmlNode& element) {
+  for (const xmlAttr* a = source->properties; a != nullptr; a = a->next) {
+    const std::unique_ptr<xmlChar, FreeText> value(
+        xmlNodeListGetString(source->doc, a->children, 1));
+    element.attributes.push_back({QualifiedName(a->ns, a->name), ToString(value.get())});
+  }
+}
+
+// Copies the chain of siblings into parent. False at a reference to an entity that the document
+// itself does not explain: its text is not known. The parser has bounded the depth.
+bool CopySiblings(const xmlNode* first, XmlNode& parent) {
+  for (const xmlNode* node = first; node != nullptr; node = node->next) {
+    switch (node->type) {
+      case XML_ELEMENT_NODE: {
+        XmlNode& element = parent.Append(XmlNodeKind::kElement);
+        element.name = QualifiedName(node->ns, node->name);
+        CopyAttributes(node, element);
+        if (!CopySiblings(node->children, element)) return false;
+        break;
+      }
+      case XML_TEXT_NODE:
+      case XML_CDATA_SECTION_NODE: {
+        std::string text = ToString(node->content);
+        if (node->type == XML_TEXT_NODE && IsWhiteSpace(text)) break;
+        parent.Append(XmlNodeKind::kText).value = std::move(text);
+        break;
+      }
+      case XML_COMMENT_NODE:
+        parent.Append(XmlNodeKind::kComment).value = ToString(node->content);
+        break;
+      case XML_ENTITY_REF_NODE:
+        return false;
+      default:
+        parent.Append(XmlNodeKind::kOther);
+        break;
+    }
+  }
+  return true;
+}
+
+// A line of the document as UTF-8, for the explanation of an error.
+std::string SourceLine(std::string_view bytes, std::int32_t line) {
+  std::string text;
+  if (bytes.starts_with("\xFF\xFE")) {
+    text = tmw::Utf16ToUtf8(tmw::BytesToUtf16(bytes.substr(2)));
+  } else if (bytes.starts_with("\xFE\xFF")) {
+    std::string swapped(bytes.substr(2));
+    for (std::size_t i = 0; i + 1 < swapped.size(); i += 2)
+      std::swap(swapped[i], swapped[i + 1]);
+    text = tmw::Utf16ToUtf8(tmw::BytesToUtf16(swapped));
+  } else if (tmw::TryUtf8ToUtf16(bytes)) {
+    text = bytes;
+  } else {
+    text = tmw::CodePageToUtf8(tmw::CodePage::k1251, bytes);
+  }
+  std::size_t start = 0;
+  for (std::int32_t i = 1; i < line && start != std::string::npos; ++i) {
+    const std::size_t end = text.find('\n', start);
+    start = end == std::string::npos ? end : end + 1;
+  }
+  if (start == std::string::npos) return {};
+  return tmw::TrimCharacters(std::string_view(text).substr(start, text.find('\n', start) - start),
+                             " \t\r");
+}
+
+class LibXmlParser final : public XmlParser {
+ public:
+  LibXmlParser() { xmlInitParser(); }
+
+  bool IsAvailable(std::string& /*reason*/) override { return true; }
+
+  XmlParseResult Parse(std::string_view bytes) override {
+    XmlParseResult result;
+    if (bytes.empty() || bytes.size() > std::numeric_limits<int>::max()) {
+      result.error.reason = bytes.empty() ? "Document is empty" : "Document is too large";
+      return result;
+    }
+    const std::unique_ptr<xmlParserCtxt, FreeContext> context(xmlNewParserCtxt());
+    if (!context) throw std::bad_alloc();
+    // Without the options for huge documents the library bounds depth, entity growth and the length
+    // of a single text; without those for document types it opens nothing.
+    const std::unique_ptr<xmlDoc, FreeDocument> document(
+        xmlCtxtReadMemory(context.get(), bytes.data(), static_cast<int>(bytes.size()), nullptr,
+                          nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+    if (!document || context->wellFormed == 0 || context->nsWellFormed == 0) {
+      const xmlError* const error = xmlCtxtGetLastError(context.get());
+      const char* const reason = error == nullptr ? nullptr : error->message;
+      result.error.reason =
+          reason == nullptr ? "Unknown error" : tmw::TrimCharacters(reason, " \r\n");
+      if (error != nullptr && error->line > 0) result.error.line = error->line;
+      if (result.error.line > 0) result.error.source_line = SourceLine(bytes, result.error.line);
+      return result;
+    }
+    auto tree = std::make_unique<XmlNode>(XmlNodeKind::kDocument);
+    // The library does not list the declaration but remembers that there was one: -1 is none.
+    if (document->standalone != -1) tree->Append(XmlNodeKind::kDeclaration).name = "xml";
+    if (CopySiblings(document->children, *tree)) {
+      result.document = std::move(tree);
+    } else {
+      result.error.reason = "Reference to an undefined entity";
+    }
+    return result;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<XmlParser> MakeXmlParser() {
+  return std::make_unique<LibXmlParser>();
+}
+
+}  // namespace platform

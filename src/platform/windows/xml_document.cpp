@@ -1,0 +1,220 @@
+#include "platform/xml_document.h"
+
+#include <cstring>
+#include <limits>
+
+#include "foundation/text.h"
+#include "platform/windows/com.h"
+// The system's headers come first: this one builds on them.
+#include <msxml2.h>
+
+namespace platform {
+namespace {
+
+// This version and no other: later ones behave differently.
+constexpr const wchar_t* kProgId = L"Msxml2.DOMDocument.4.0";
+
+// IXMLDOMDocument2; the cross compiler's libraries lack it.
+constexpr IID kDocumentInterface = {
+    0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+std::string InHex(HRESULT code) {
+  return "0x" + tmw::ToHex(static_cast<std::int32_t>(code));
+}
+
+std::string WhyNotCreated(HRESULT code) {
+  const std::string component = tmw::Quoted(FromWide(kProgId));
+  const bool is_missing = code == CO_E_CLASSSTRING || code == REGDB_E_CLASSNOTREG;
+  if (is_missing) return "компонента " + component + " не зарегистрирована (" + InHex(code) + ").";
+  return "не удалось создать компоненту " + component + " (" + InHex(code) + ").";
+}
+
+HRESULT CreateDocument(ComPointer<IXMLDOMDocument2>& document) {
+  CLSID class_id{};
+  const HRESULT found = CLSIDFromProgID(kProgId, &class_id);
+  if (FAILED(found)) return found;
+  return CoCreateInstance(class_id, nullptr, CLSCTX_INPROC_SERVER, kDocumentInterface,
+                          reinterpret_cast<void**>(document.Out()));
+}
+
+// White space is kept here and judged by CopyText, alike on both systems.
+HRESULT Configure(IXMLDOMDocument2& document) {
+  HRESULT result = document.put_async(VARIANT_FALSE);
+  if (SUCCEEDED(result)) result = document.put_validateOnParse(VARIANT_FALSE);
+  if (SUCCEEDED(result)) result = document.put_resolveExternals(VARIANT_FALSE);
+  if (SUCCEEDED(result)) result = document.put_preserveWhiteSpace(VARIANT_TRUE);
+  return result;
+}
+
+// The component finds the encoding out by itself only when it is given bytes.
+HRESULT MakeByteArray(std::string_view bytes, ComValue& value) {
+  SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
+  if (array == nullptr) return E_OUTOFMEMORY;
+  value.Out()->vt = VT_ARRAY | VT_UI1;
+  value.Get().parray = array;
+  void* data = nullptr;
+  const HRESULT result = SafeArrayAccessData(array, &data);
+  if (FAILED(result)) return result;
+  std::memcpy(data, bytes.data(), bytes.size());
+  return SafeArrayUnaccessData(array);
+}
+
+bool IsWhiteSpace(const std::string& text) {
+  return text.find_first_not_of(" \t\r\n") == std::string::npos;
+}
+
+HRESULT NameOf(IXMLDOMNode& node, std::string& name) {
+  ComText text;
+  const HRESULT result = node.get_nodeName(text.Out());
+  if (SUCCEEDED(result)) name = text.ToString();
+  return result;
+}
+
+HRESULT ValueOf(IXMLDOMNode& node, std::string& value) {
+  ComValue text;
+  const HRESULT result = node.get_nodeValue(text.Out());
+  if (SUCCEEDED(result)) value = text.ToString();
+  return result;
+}
+
+HRESULT CopyAttributes(IXMLDOMNode& source, XmlNode& element) {
+  ComPointer<IXMLDOMNamedNodeMap> map;
+  HRESULT result = source.get_attributes(map.Out());
+  while (SUCCEEDED(result) && map) {
+    ComPointer<IXMLDOMNode> node;
+    XmlAttribute attribute;
+    result = map->nextNode(node.Out());
+    if (FAILED(result) || !node) break;
+    result = NameOf(*node.Get(), attribute.name);
+    if (SUCCEEDED(result)) result = ValueOf(*node.Get(), attribute.value);
+    const bool is_namespace = attribute.name == "xmlns" || attribute.name.starts_with("xmlns:");
+    if (!is_namespace) element.attributes.push_back(std::move(attribute));
+  }
+  return result;
+}
+
+HRESULT CopyChildren(IXMLDOMNode& source, XmlNode& parent, int depth);
+
+HRESULT CopyNode(IXMLDOMNode& node, XmlNode& parent, int depth) {
+  DOMNodeType type = NODE_INVALID;
+  HRESULT result = node.get_nodeType(&type);
+  if (FAILED(result)) return result;
+  switch (type) {
+    case NODE_ELEMENT: {
+      if (depth > kXmlMaxDepth) return HRESULT_FROM_WIN32(ERROR_STACK_OVERFLOW);
+      XmlNode& element = parent.Append(XmlNodeKind::kElement);
+      result = NameOf(node, element.name);
+      if (SUCCEEDED(result)) result = CopyAttributes(node, element);
+      if (SUCCEEDED(result)) result = CopyChildren(node, element, depth + 1);
+      return result;
+    }
+    case NODE_TEXT:
+    case NODE_CDATA_SECTION: {
+      std::string text;
+      result = ValueOf(node, text);
+      if (FAILED(result) || (type == NODE_TEXT && IsWhiteSpace(text))) return result;
+      parent.Append(XmlNodeKind::kText).value = std::move(text);
+      return result;
+    }
+    case NODE_COMMENT:
+      return ValueOf(node, parent.Append(XmlNodeKind::kComment).value);
+    case NODE_PROCESSING_INSTRUCTION: {
+      std::string name;
+      result = NameOf(node, name);
+      if (name == "xml") {
+        parent.Append(XmlNodeKind::kDeclaration).name = name;
+      } else {
+        parent.Append(XmlNodeKind::kOther);
+      }
+      return result;
+    }
+    case NODE_ENTITY_REFERENCE:  // its text is not known
+      return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+    default:
+      parent.Append(XmlNodeKind::kOther);
+      return result;
+  }
+}
+
+HRESULT CopyChildren(IXMLDOMNode& source, XmlNode& parent, int depth) {
+  ComPointer<IXMLDOMNodeList> children;
+  HRESULT result = source.get_childNodes(children.Out());
+  while (SUCCEEDED(result)) {
+    ComPointer<IXMLDOMNode> child;
+    result = children->nextNode(child.Out());
+    if (FAILED(result) || !child) break;
+    result = CopyNode(*child.Get(), parent, depth);
+  }
+  return result;
+}
+
+// What the component says about a document that it has refused.
+XmlParseError ExplainRefusal(IXMLDOMDocument2& document) {
+  XmlParseError explanation;
+  ComPointer<IXMLDOMParseError> error;
+  if (FAILED(document.get_parseError(error.Out())) || !error) return explanation;
+  ComText text;
+  if (SUCCEEDED(error->get_reason(text.Out())))
+    explanation.reason = tmw::TrimCharacters(text.ToString(), " \r\n");
+  if (SUCCEEDED(error->get_srcText(text.Out())))
+    explanation.source_line = tmw::TrimCharacters(text.ToString(), " \t\r\n");
+  long line = 0;
+  if (SUCCEEDED(error->get_line(&line))) explanation.line = static_cast<std::int32_t>(line);
+  return explanation;
+}
+
+XmlParseResult Refused(HRESULT code) {
+  XmlParseResult result;
+  if (code == HRESULT_FROM_WIN32(ERROR_STACK_OVERFLOW)) {
+    result.error.reason = "Слишком большая вложенность элементов.";
+  } else {
+    result.error.reason = "Ошибка компоненты XML (" + InHex(code) + ").";
+  }
+  return result;
+}
+
+class MsXmlParser final : public XmlParser {
+ public:
+  bool IsAvailable(std::string& reason) override {
+    const ComScope scope;
+    ComPointer<IXMLDOMDocument2> document;
+    const HRESULT created = CreateDocument(document);
+    if (FAILED(created)) reason = WhyNotCreated(created);
+    return SUCCEEDED(created);
+  }
+
+  XmlParseResult Parse(std::string_view bytes) override {
+    XmlParseResult result;
+    if (bytes.size() > std::numeric_limits<std::int32_t>::max()) return Refused(E_OUTOFMEMORY);
+    const ComScope scope;
+    ComPointer<IXMLDOMDocument2> document;
+    HRESULT code = CreateDocument(document);
+    if (FAILED(code)) {
+      result.error.reason = WhyNotCreated(code);
+      return result;
+    }
+    ComValue array;
+    code = Configure(*document.Get());
+    if (SUCCEEDED(code)) code = MakeByteArray(bytes, array);
+    VARIANT_BOOL is_loaded = VARIANT_FALSE;
+    if (SUCCEEDED(code)) code = document->load(array.Get(), &is_loaded);
+    if (FAILED(code)) return Refused(code);
+    if (is_loaded == VARIANT_FALSE) {
+      result.error = ExplainRefusal(*document.Get());
+      return result;
+    }
+    auto tree = std::make_unique<XmlNode>(XmlNodeKind::kDocument);
+    code = CopyChildren(*document.Get(), *tree, 1);
+    if (FAILED(code)) return Refused(code);
+    result.document = std::move(tree);
+    return result;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<XmlParser> MakeXmlParser() {
+  return std::make_unique<MsXmlParser>();
+}
+
+}  // namespace platform
