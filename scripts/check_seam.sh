@@ -43,8 +43,9 @@ expect_none "the companion library knows more than zlib" < <(
   sources_of companion | find_code '#include <(curl/|libxml/|Q[A-Z]|sqlite3)')
 expect_none "src/platform itself holds header files only" < <(
   find src/platform -maxdepth 1 -name '*.cpp')
-expect_none "a header includes the system's headers" < <(
-  grep -rlE 'windows_headers\.h"' src --include='*.h')
+expect_none "an implementation of a port is included from outside its folder" < <(
+  sources_of . | grep -vE '^src/\.?/?platform/(linux|windows)/' |
+    find_code '#include "platform/(linux|windows)/')
 expect_none "a contractual ending is spelled outside its header" < <(
   sources_of . | grep -v contract_names.h | find_code '"\.(part|packing|tmz|table|tablestruct)"')
 
