@@ -22,9 +22,10 @@ struct StartRequest {
 };
 
 struct ElevatedStartRequest {
-  std::string program;
-  std::string parameters;
+  std::string program;         // may stand in double quotes
+  std::string parameters;      // without the program
   std::string working_folder;  // empty: none
+  bool continues_chain = false;
 };
 
 // A started process. Destroying it does not end the process.
@@ -41,14 +42,17 @@ class Process {
   virtual Outcome<std::int32_t> ExitCode() = 0;
 };
 
-// Programs and this process itself.
+// Programs and this process itself. A program inherits the environment and, on Linux, the standard
+// streams, but no other handle. A program that is given is taken as a path; the first word of a
+// command line is searched for as the system does.
 class Processes {
  public:
   virtual ~Processes() = default;
 
   virtual Outcome<std::unique_ptr<Process>> Start(const StartRequest& request) = 0;
 
-  // Through the shell's "runas" on Windows, pkexec on Linux.
+  // Through the shell's "runas" on Windows, pkexec on Linux; returns when the user has decided. A
+  // refusal is a failure.
   virtual Outcome<std::unique_ptr<Process>> StartElevated(const ElevatedStartRequest& request) = 0;
 
   // True for the code of a start that was refused because the program needs administrator rights.

@@ -4,6 +4,9 @@
 #include "platform/error_texts.h"
 #include "platform/file_system.h"
 #include "platform/front_end.h"
+#include "platform/named_mutex.h"
+#include "platform/processes.h"
+#include "platform/settings_store.h"
 #include "platform/system_info.h"
 #include "platform/xml_document.h"
 
@@ -12,7 +15,7 @@ namespace {
 
 class LinuxHost final : public Host {
  public:
-  LinuxHost(int /*argc*/, char** /*argv*/) {}
+  LinuxHost(int argc, char** argv) : processes_(MakeProcesses(argc, argv)) {}
 
   Ports MakePorts() override {
     Ports ports;
@@ -20,6 +23,9 @@ class LinuxHost final : public Host {
     ports.error_texts = error_texts_.get();
     ports.files = files_.get();
     ports.front_end = front_end_.get();
+    ports.mutexes = mutexes_.get();
+    ports.processes = processes_.get();
+    ports.settings = settings_.get();
     ports.system_info = system_info_.get();
     ports.xml = xml_.get();
     return ports;
@@ -30,6 +36,9 @@ class LinuxHost final : public Host {
   std::unique_ptr<ErrorTexts> error_texts_ = MakeErrorTexts();
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();
   std::unique_ptr<FrontEnd> front_end_ = MakeFrontEnd();
+  std::unique_ptr<NamedMutexes> mutexes_ = MakeNamedMutexes();
+  std::unique_ptr<Processes> processes_;
+  std::unique_ptr<SettingsStore> settings_ = MakeSettingsStore();
   std::unique_ptr<SystemInfo> system_info_ = MakeSystemInfo();
   std::unique_ptr<XmlParser> xml_ = MakeXmlParser();
 };

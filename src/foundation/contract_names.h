@@ -1,0 +1,91 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+
+// Names that others rely on: the product, its siblings, the maker's servers, updaters of other
+// releases. No other file spells them.
+namespace tmw::names {
+
+// Products and the titles they bear in questions.
+inline constexpr std::string_view kProductCode = "TMW";
+inline constexpr std::string_view kProductTitle = "Tamrin";
+inline constexpr std::string_view kFskTitle = "Tamrin: Fsk";
+inline constexpr std::string_view kDocLensTitle = "Tamrin: DocLens";
+
+// Named mutexes that each application holds while it runs.
+inline constexpr std::string_view kProductMutex = "Local\\Tamrin_Mutex";
+inline constexpr std::string_view kFskMutex = "Local\\Fsk_Mutex";
+inline constexpr std::string_view kDocLensMutex = "Local\\DocLens_Mutex";
+inline constexpr std::string_view kUpdaterMutex = "Local\\TMW_WebUpdate_Mutex";
+
+struct GuardedApplication {
+  std::string_view title;
+  std::string_view mutex;
+};
+
+// What has to be closed before the updater works, in the order of asking.
+inline constexpr std::array<GuardedApplication, 3> kGuardedApplications = {{
+    {kProductTitle, kProductMutex},
+    {kFskTitle, kFskMutex},
+    {kDocLensTitle, kDocLensMutex},
+}};
+
+// Command-line options; compared without regard to case.
+inline constexpr std::string_view kOptionNoFinalMessage = "-y";
+inline constexpr std::string_view kOptionRestarted = "-r";
+inline constexpr std::string_view kOptionNormalExit = "-d";
+inline constexpr std::string_view kOptionTempCopy = "-t";
+inline constexpr std::string_view kOptionUrl = "-w";
+inline constexpr std::string_view kOptionOldVersion = "-v";
+inline constexpr std::string_view kOptionMainExe = "-e";
+inline constexpr std::string_view kOptionMainParams = "-p";
+
+// Settings: key, sections, values.
+inline constexpr std::string_view kProductKey = "SOFTWARE\\Kestrel Soft\\Tamrin";
+inline constexpr std::string_view kDevelopmentKey = "SOFTWARE\\Kestrel Soft Development\\Tamrin";
+inline constexpr std::string_view kGeneralSection = "General";
+inline constexpr std::string_view kAutoUpdateSection = "AutoUpdate";
+inline constexpr std::string_view kInstallationTypeSetting = "InstallationType";
+inline constexpr std::string_view kClientInstallation = "client";  // lower-cased
+inline constexpr std::string_view kRootPathSetting = "RootPath";
+inline constexpr std::string_view kDataBasePathSetting = "DataBasePath";
+inline constexpr std::string_view kProxyTypeSetting = "ProxyType";
+inline constexpr std::string_view kProxyServerSetting = "ProxyServer";
+inline constexpr std::string_view kIsCustomUrlSetting = "IsCustomUrl";
+inline constexpr std::string_view kCustomUrlSetting = "CustomUrl";
+inline constexpr std::string_view kNoFtpSetting = "NoFtp";
+inline constexpr std::string_view kNoRegisteringSetting = "NoRegistering";
+
+// Where the product stands on Windows when no setting says so.
+inline constexpr std::string_view kDefaultRootPath = "c:\\Program Files\\Kestrel Soft\\TMW\\";
+
+// The installation.
+inline constexpr std::string_view kProgramFolder = "tm";
+inline constexpr std::string_view kNetworkMarkMask = "client*.cln";
+inline constexpr std::string_view kUserDatabase = "Tamrin.mdb";
+
+// The maker's server.
+inline constexpr std::string_view kDigestFile = "TMW_version.dat";
+inline constexpr std::string_view kServerListFile = "TMW_links.dat";
+inline constexpr std::string_view kManifestPackage = "_PackageManifest.tmz";
+inline constexpr std::string_view kManifestFile = "_manifest.xml";
+
+// Working folders: behind the product code in the temporary folder, then one a release.
+inline constexpr std::string_view kTempFolderEnding = "_WebUpdate";
+inline constexpr std::string_view kPartsFolder = "Parts";
+inline constexpr std::string_view kLoadedFolder = "Loaded";
+inline constexpr std::string_view kScriptsFolder = "DBUpdates";
+inline constexpr std::string_view kStructuresFolder = "DBStruct";
+
+// Endings of file names.
+inline constexpr std::string_view kPackageEnding = ".tmz";
+inline constexpr std::string_view kTableEnding = ".table";
+inline constexpr std::string_view kTableStructureEnding = ".tablestruct";
+inline constexpr std::string_view kPackedTableEnding = ".table.tmz";
+inline constexpr std::string_view kPackingEnding = ".packing";
+inline constexpr std::string_view kReferenceDatabaseEnding = "_LastVer.mdb";
+inline constexpr std::string_view kBackupEnding = ".zip";
+inline constexpr std::string_view kPartEnding = ".part";
+
+}  // namespace tmw::names

@@ -1,0 +1,305 @@
+#include "platform/processes.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/pidfd.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "foundation/command_line.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/exit_codes.h"
+#include "platform/linux/terminal_parent.h"
+
+extern char** environ;  // NOLINT(readability-redundant-declaration)
+
+namespace platform {
+namespace {
+
+constexpr int kFirstOwnDescriptor = 3;
+constexpr int kPollWithoutPidfdMilliseconds = 10;
+constexpr const char* kElevator = "pkexec";
+// What pkexec ends with when the user declines, and when he may not or no agent could ask him.
+constexpr int kElevationDeclined = 126;
+constexpr int kElevationRefused = 127;
+
+// How posix_spawn is to set the child up: folder, signals, descriptors, environment.
+class SpawnPlan {
+ public:
+  SpawnPlan() {
+    posix_spawn_file_actions_init(&actions_);
+    posix_spawnattr_init(&attributes_);
+  }
+  SpawnPlan(const SpawnPlan&) = delete;
+  SpawnPlan& operator=(const SpawnPlan&) = delete;
+  ~SpawnPlan() {
+    posix_spawn_file_actions_destroy(&actions_);
+    posix_spawnattr_destroy(&attributes_);
+  }
+
+  void SetFolder(const std::string& folder) {
+    if (!folder.empty()) posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str());
+  }
+
+  // Signals that this program ignores for itself; its children start with the usual handling.
+  void ResetSignals(const sigset_t& signals) {
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_setsigdefault(&attributes_, &signals);
+    posix_spawnattr_setsigmask(&attributes_, &none);
+    posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+  }
+
+  // The child inherits this one descriptor, as kFirstOwnDescriptor.
+  void PassDescriptor(int descriptor) {
+    posix_spawn_file_actions_adddup2(&actions_, descriptor, kFirstOwnDescriptor);
+    first_closed_ = kFirstOwnDescriptor + 1;
+  }
+
+  void AddVariable(std::string variable) { variables_.push_back(std::move(variable)); }
+
+  // With search: a program without "/" is looked for in PATH. Hands back the system's code of
+  // whatever failed: the folder, or the program itself.
+  Outcome<pid_t> Spawn(const std::string& program, const std::vector<std::string>& arguments,
+                       bool search) {
+    posix_spawn_file_actions_addclosefrom_np(&actions_, first_closed_);
+    std::vector<char*> environment;
+    for (char** variable = environ; *variable != nullptr; ++variable)
+      environment.push_back(*variable);
+    for (std::string& variable : variables_)
+      environment.push_back(variable.data());
+    environment.push_back(nullptr);
+    std::vector<char*> argv;
+    for (const std::string& argument : arguments)
+      argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    pid_t child = 0;
+    const auto spawn = search ? posix_spawnp : posix_spawn;
+    const int code =
+        spawn(&child, program.c_str(), &actions_, &attributes_, argv.data(), environment.data());
+    return code == 0 ? Outcome<pid_t>::Success(child) : Outcome<pid_t>::Failure(code);
+  }
+
+ private:
+  posix_spawn_file_actions_t actions_{};
+  posix_spawnattr_t attributes_{};
+  int first_closed_ = kFirstOwnDescriptor;
+  std::vector<std::string> variables_;
+};
+
+class LinuxProcess final : public Process {
+ public:
+  explicit LinuxProcess(pid_t id) : id_(id), handle_(pidfd_open(id, 0)) {}
+  LinuxProcess(const LinuxProcess&) = delete;
+  LinuxProcess& operator=(const LinuxProcess&) = delete;
+  // Takes the exit status of a process that has ended meanwhile, so that no zombie stays.
+  ~LinuxProcess() override {
+    if (!is_reaped_) waitpid(id_, nullptr, WNOHANG);
+  }
+
+  std::int32_t Id() const override { return id_; }
+
+  Outcome<bool> Wait(std::int32_t milliseconds) override {
+    if (!handle_) return WaitWithoutHandle(milliseconds);
+    pollfd ended{handle_.Get(), POLLIN, 0};
+    const int count = poll(&ended, 1, milliseconds);
+    if (count < 0 && errno != EINTR) return Outcome<bool>::Failure(errno);
+    return Outcome<bool>::Success(count > 0);
+  }
+
+  Outcome<std::int32_t> ExitCode() override {
+    using Result = Outcome<std::int32_t>;
+    if (is_reaped_) return Result::Success(exit_code_);
+    int status = 0;
+    const pid_t reaped = waitpid(id_, &status, WNOHANG);
+    if (reaped < 0) return Result::Failure(errno);
+    if (reaped == 0) return Result::Failure(EBUSY);
+    is_reaped_ = true;
+    exit_code_ = ExitCodeOf(status);
+    return Result::Success(exit_code_);
+  }
+
+ private:
+  // For kernels before 5.3 and for sandboxes that forbid the call.
+  Outcome<bool> WaitWithoutHandle(std::int32_t milliseconds) const {
+    for (std::int32_t waited = 0;; waited += kPollWithoutPidfdMilliseconds) {
+      siginfo_t facts{};
+      if (waitid(P_PID, static_cast<id_t>(id_), &facts, WEXITED | WNOHANG | WNOWAIT) != 0)
+        return Outcome<bool>::Failure(errno);
+      if (facts.si_pid != 0) return Outcome<bool>::Success(true);
+      if (waited >= milliseconds) return Outcome<bool>::Success(false);
+      poll(nullptr, 0, kPollWithoutPidfdMilliseconds);
+    }
+  }
+
+  pid_t id_;
+  UniqueDescriptor handle_;
+  bool is_reaped_ = false;
+  std::int32_t exit_code_ = 0;
+};
+
+// A relative path means the caller's folder, not the one the program is to work in.
+std::string AbsoluteProgram(const std::string& program) {
+  std::error_code ignored;
+  const std::filesystem::path absolute = std::filesystem::absolute(program, ignored);
+  return ignored ? program : absolute.string();
+}
+
+// Without the quotes of a command line; a bare name that is no file here is searched by pkexec.
+std::string ElevatedProgram(std::string program) {
+  if (program.size() >= 2 && program.front() == '"' && program.back() == '"')
+    program = program.substr(1, program.size() - 2);
+  std::error_code ignored;
+  const bool is_path = program.find('/') != std::string::npos;
+  return is_path || std::filesystem::exists(program, ignored) ? AbsoluteProgram(program) : program;
+}
+
+// Whether the file is a program for somebody, but not for this user.
+bool IsProgramOfOthers(const std::string& path) {
+  struct stat facts {};
+  if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return false;
+  const bool is_program = (facts.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
+  return is_program && faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) != 0;
+}
+
+// Once pkexec has given its place to the program, the process bears the program's name.
+bool IsStillElevator(pid_t id) {
+  std::ifstream file("/proc/" + std::to_string(id) + "/comm");
+  std::string name;
+  std::getline(file, name);
+  return name == kElevator;
+}
+
+class LinuxProcesses final : public Processes {
+ public:
+  LinuxProcesses(int argc, char** argv)
+      : own_arguments_(argv + std::min(argc, 1), argv + argc), own_program_(ReadOwnProgram()) {
+    sigemptyset(&resettable_signals_);
+    // Ignored children would leave no exit codes.
+    if (IsIgnored(SIGCHLD)) std::signal(SIGCHLD, SIG_DFL);
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
+      // What the caller had ignored (nohup) stays so.
+      if (!IsIgnored(number)) sigaddset(&resettable_signals_, number);
+    }
+    ChainPipe();  // takes the chain's variable out of the environment of other programs
+  }
+
+  Outcome<std::unique_ptr<Process>> Start(const StartRequest& request) override {
+    using Result = Outcome<std::unique_ptr<Process>>;
+    std::vector<std::string> arguments = tmw::SplitCommandLine(request.command_line);
+    const bool is_given = !request.program.empty();
+    if (!is_given && arguments.empty()) return Result::Failure(ENOENT);
+    std::string program = is_given ? request.program : arguments.front();
+    if (arguments.empty()) arguments.push_back(program);
+    if (is_given || program.find('/') != std::string::npos) program = AbsoluteProgram(program);
+
+    SpawnPlan plan;
+    plan.ResetSignals(resettable_signals_);
+    plan.SetFolder(request.working_folder);
+    const bool continues_chain = request.continues_chain && ChainPipe() >= 0;
+    if (continues_chain) PassChain(plan);
+    const auto child = plan.Spawn(program, arguments, true);
+    if (!child.ok) return Result::Failure(child.code);
+    if (continues_chain) AnnounceChainMember(child.value);
+    return Result::Success(std::make_unique<LinuxProcess>(child.value));
+  }
+
+  Outcome<std::unique_ptr<Process>> StartElevated(const ElevatedStartRequest& request) override {
+    using Result = Outcome<std::unique_ptr<Process>>;
+    std::vector<std::string> arguments = {kElevator};
+    if (!request.working_folder.empty()) arguments.emplace_back("--keep-cwd");
+    arguments.push_back(ElevatedProgram(request.program));
+    for (std::string& parameter : tmw::SplitCommandLine(request.parameters))
+      arguments.push_back(std::move(parameter));
+
+    // pkexec closes every descriptor when it ends or gives its place to the program.
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return Result::Failure(errno);
+    const UniqueDescriptor read_end(ends[0]);
+    UniqueDescriptor write_end(ends[1]);
+    SpawnPlan plan;
+    plan.ResetSignals(resettable_signals_);
+    plan.SetFolder(request.working_folder);
+    plan.PassDescriptor(write_end.Get());
+    const auto child = plan.Spawn(kElevator, arguments, true);
+    if (!child.ok) return Result::Failure(child.code);
+    write_end.Reset();
+    auto process = std::make_unique<LinuxProcess>(child.value);
+    const Status decision = AwaitDecision(*process, read_end.Get());
+    if (!decision.ok) return Result::Failure(decision.code);
+    if (request.continues_chain) AnnounceChainMember(child.value);
+    return Result::Success(std::move(process));
+  }
+
+  bool NeedsElevation(SystemCode code, const StartRequest& request) const override {
+    if ((code != EACCES && code != EPERM) || geteuid() == 0) return false;
+    const auto words = tmw::SplitCommandLine(request.command_line);
+    if (request.program.empty() && words.empty()) return false;
+    return IsProgramOfOthers(request.program.empty() ? words.front() : request.program);
+  }
+
+  std::string OwnArguments() const override { return tmw::JoinCommandLine(own_arguments_); }
+  std::string OwnProgram() const override { return own_program_; }
+
+  Status Terminate(std::int32_t exit_code) override { _exit(exit_code); }
+
+ private:
+  static bool IsIgnored(int number) {
+    struct sigaction action {};
+    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+  }
+
+  // Read at the start: an update may replace the file.
+  static std::string ReadOwnProgram() {
+    std::error_code ignored;
+    return std::filesystem::read_symlink("/proc/self/exe", ignored).string();
+  }
+
+  static void PassChain(SpawnPlan& plan) {
+    static_assert(kChainDescriptor == kFirstOwnDescriptor);
+    plan.PassDescriptor(ChainPipe());
+    plan.AddVariable(kChainVariable + ("=" + std::to_string(kChainDescriptor)));
+  }
+
+  // Waits until the user has answered pkexec.
+  static Status AwaitDecision(LinuxProcess& process, int pipe) {
+    char nothing = 0;
+    while (read(pipe, &nothing, 1) < 0 && errno == EINTR) {
+    }
+    while (IsStillElevator(process.Id())) {
+      const auto ended = process.Wait(kPollWithoutPidfdMilliseconds);
+      if (!ended.ok) return Status::Failure(ended.code);
+      if (!ended.value) continue;
+      const auto exit_code = process.ExitCode();
+      if (!exit_code.ok) return Status::Failure(exit_code.code);
+      if (exit_code.value == kElevationDeclined) return Status::Failure(ECANCELED);
+      return Status::Failure(exit_code.value == kElevationRefused ? EACCES : EPERM);
+    }
+    return Status::Success();
+  }
+
+  std::vector<std::string> own_arguments_;
+  std::string own_program_;
+  sigset_t resettable_signals_{};
+};
+
+}  // namespace
+
+std::unique_ptr<Processes> MakeProcesses(int argc, char** argv) {
+  return std::make_unique<LinuxProcesses>(argc, argv);
+}
+
+}  // namespace platform

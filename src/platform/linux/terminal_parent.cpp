@@ -1,0 +1,134 @@
+#include "platform/linux/terminal_parent.h"
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "platform/host.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/exit_codes.h"
+
+namespace platform {
+namespace {
+
+// A member becomes this process's child only when its starter is quite gone.
+constexpr int kAdoptionAttempts = 400;
+constexpr long kAdoptionPauseNanoseconds = 5'000'000;
+
+UniqueDescriptor TakeOverPipe() {
+  const char* const variable = std::getenv(kChainVariable);
+  if (variable == nullptr) return {};
+  const std::string_view text = variable;
+  int number = -1;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+  unsetenv(kChainVariable);
+  struct stat facts {};
+  if (read.ec != std::errc{} || number <= STDERR_FILENO || fstat(number, &facts) != 0 ||
+      !S_ISFIFO(facts.st_mode))
+    return {};
+  fcntl(number, F_SETFD, FD_CLOEXEC);
+  return UniqueDescriptor(number);
+}
+
+UniqueDescriptor& PipeSlot() {
+  static UniqueDescriptor pipe = TakeOverPipe();
+  return pipe;
+}
+
+bool IsStartedFromTerminal() {
+  return isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0 || isatty(STDERR_FILENO) != 0;
+}
+
+// Reads the ids of all members until the chain is over.
+std::vector<pid_t> ReadMembers(int pipe, pid_t first) {
+  std::vector<pid_t> members = {first};
+  for (;;) {
+    pid_t member = 0;
+    const ssize_t count = read(pipe, &member, sizeof(member));
+    if (count == static_cast<ssize_t>(sizeof(member))) {
+      members.push_back(member);
+    } else if (count >= 0 || errno != EINTR) {
+      return members;
+    }
+  }
+}
+
+// Nothing for a member that its own starter has waited for.
+std::optional<int> WaitForMember(pid_t member) {
+  for (int attempt = 0; attempt < kAdoptionAttempts; ++attempt) {
+    int status = 0;
+    if (waitpid(member, &status, 0) == member) return ExitCodeOf(status);
+    if (errno == EINTR) continue;
+    if (kill(member, 0) != 0 && errno == ESRCH) return std::nullopt;
+    const timespec pause{0, kAdoptionPauseNanoseconds};
+    nanosleep(&pause, nullptr);
+  }
+  return std::nullopt;
+}
+
+int WaitForChain(int pipe, pid_t first) {
+  // Keys of the terminal reach the members by themselves; it is for them to obey or not.
+  std::signal(SIGINT, SIG_IGN);
+  std::signal(SIGQUIT, SIG_IGN);
+  const std::vector<pid_t> members = ReadMembers(pipe, first);
+  for (auto member = members.rbegin(); member != members.rend(); ++member) {
+    const std::optional<int> exit_code = WaitForMember(*member);
+    if (exit_code) return *exit_code;
+  }
+  return EXIT_FAILURE;
+}
+
+}  // namespace
+
+int ChainPipe() {
+  return PipeSlot().Get();
+}
+
+void AnnounceChainMember(pid_t member) {
+  const int pipe = ChainPipe();
+  if (pipe < 0) return;
+  // Where the waiting parent has been killed nobody reads; that must not end the updater too.
+  struct sigaction ignore {};
+  struct sigaction saved {};
+  ignore.sa_handler = SIG_IGN;
+  sigaction(SIGPIPE, &ignore, &saved);
+  // So short a write is never divided.
+  while (write(pipe, &member, sizeof(member)) < 0 && errno == EINTR) {
+  }
+  sigaction(SIGPIPE, &saved, nullptr);
+}
+
+std::optional<int> WaitForUpdaterChain() {
+  if (ChainPipe() >= 0 || !IsStartedFromTerminal()) return std::nullopt;
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
+  UniqueDescriptor read_end(ends[0]);
+  UniqueDescriptor write_end(ends[1]);
+  // Members whose starter has ended become children of this process.
+  if (prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) != 0) return std::nullopt;
+  const pid_t first = fork();
+  if (first == 0) {
+    PipeSlot() = std::move(write_end);
+    return std::nullopt;
+  }
+  if (first < 0) {
+    // The run itself matters more than the wait for it.
+    prctl(PR_SET_CHILD_SUBREAPER, 0, 0, 0, 0);
+    return std::nullopt;
+  }
+  write_end.Reset();
+  return WaitForChain(read_end.Get(), first);
+}
+
+}  // namespace platform

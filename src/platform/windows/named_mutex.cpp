@@ -1,0 +1,47 @@
+#include "platform/named_mutex.h"
+
+#include <utility>
+
+#include "platform/windows/unique_kernel_handle.h"
+#include "platform/windows/wide.h"
+#include "platform/windows/windows_headers.h"
+
+namespace platform {
+namespace {
+
+static_assert(ERROR_ALREADY_EXISTS == 183);
+
+class WindowsNamedMutex final : public NamedMutex {
+ public:
+  explicit WindowsNamedMutex(UniqueKernelHandle handle) : handle_(std::move(handle)) {}
+  WindowsNamedMutex(const WindowsNamedMutex&) = delete;
+  WindowsNamedMutex& operator=(const WindowsNamedMutex&) = delete;
+  // Releasing a mutex that this thread does not own fails and does nothing.
+  ~WindowsNamedMutex() override { ReleaseMutex(handle_.Get()); }
+
+ private:
+  UniqueKernelHandle handle_;
+};
+
+class WindowsNamedMutexes final : public NamedMutexes {
+ public:
+  Outcome<CreatedMutex> Create(const std::string& name, bool initial_owner) override {
+    const std::string ansi_name = ToAnsi(name);
+    UniqueKernelHandle handle(
+        CreateMutexA(nullptr, initial_owner ? TRUE : FALSE, ansi_name.c_str()));
+    const DWORD code = GetLastError();
+    if (!handle) return Outcome<CreatedMutex>::Failure(static_cast<SystemCode>(code));
+    CreatedMutex created;
+    created.mutex = std::make_unique<WindowsNamedMutex>(std::move(handle));
+    created.already_existed = code == ERROR_ALREADY_EXISTS;
+    return Outcome<CreatedMutex>::Success(std::move(created));
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<NamedMutexes> MakeNamedMutexes() {
+  return std::make_unique<WindowsNamedMutexes>();
+}
+
+}  // namespace platform

@@ -1,0 +1,148 @@
+#include "platform/processes.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "platform/windows/unique_kernel_handle.h"
+#include "platform/windows/wide.h"
+#include "platform/windows/windows_headers.h"
+// The shell's header needs the system's before it.
+#include <shellapi.h>
+
+namespace platform {
+namespace {
+
+constexpr SystemCode kElevationRequired = 740;  // the cross compiler's headers do not name it
+
+#ifndef _WIN64
+static_assert(sizeof(STARTUPINFOA) == 68, "the start-up record");
+static_assert(sizeof(SHELLEXECUTEINFOW) == 60, "the shell's execution record");
+#endif
+static_assert(STARTF_FORCEONFEEDBACK == 0x40 && STARTF_FORCEOFFFEEDBACK == 0x80);
+static_assert(STARTF_USESHOWWINDOW == 0x1 && CREATE_DEFAULT_ERROR_MODE == 0x4000000);
+static_assert(SEE_MASK_NOCLOSEPROCESS == 0x40 && SW_SHOWMAXIMIZED == 3);
+static_assert(WAIT_TIMEOUT == 258);
+
+SystemCode LastCode() {
+  return static_cast<SystemCode>(GetLastError());
+}
+
+class WindowsProcess final : public Process {
+ public:
+  // The shell may have started something without a process of its own: handle none, id 0.
+  WindowsProcess(UniqueKernelHandle handle, DWORD id) : handle_(std::move(handle)), id_(id) {}
+
+  std::int32_t Id() const override { return static_cast<std::int32_t>(id_); }
+
+  Outcome<bool> Wait(std::int32_t milliseconds) override {
+    using Result = Outcome<bool>;
+    if (!handle_) return Result::Success(true);
+    const DWORD result = WaitForSingleObject(handle_.Get(), static_cast<DWORD>(milliseconds));
+    if (result == WAIT_FAILED) return Result::Failure(LastCode());
+    return Result::Success(result != WAIT_TIMEOUT);
+  }
+
+  Outcome<std::int32_t> ExitCode() override {
+    using Result = Outcome<std::int32_t>;
+    DWORD exit_code = 0;
+    if (GetExitCodeProcess(handle_.Get(), &exit_code) == FALSE) return Result::Failure(LastCode());
+    return Result::Success(static_cast<std::int32_t>(exit_code));
+  }
+
+ private:
+  UniqueKernelHandle handle_;
+  DWORD id_;
+};
+
+// An empty text is passed as none.
+const char* OrNone(const std::string& text) {
+  return text.empty() ? nullptr : text.c_str();
+}
+
+STARTUPINFOA StartUpRecord(const StartRequest& request) {
+  STARTUPINFOA record{};
+  record.cb = sizeof(record);
+  if (request.feedback_on) record.dwFlags |= STARTF_FORCEONFEEDBACK;
+  if (request.feedback_off) record.dwFlags |= STARTF_FORCEOFFFEEDBACK;
+  if (request.show_window) {
+    record.dwFlags |= STARTF_USESHOWWINDOW;
+    record.wShowWindow = *request.show_window;
+  }
+  return record;
+}
+
+class WindowsProcesses final : public Processes {
+ public:
+  Outcome<std::unique_ptr<Process>> Start(const StartRequest& request) override {
+    using Result = Outcome<std::unique_ptr<Process>>;
+    STARTUPINFOA record = StartUpRecord(request);
+    PROCESS_INFORMATION started{};
+    const std::string program = ToAnsi(request.program);
+    std::string command_line = ToAnsi(request.command_line);
+    const std::string folder = ToAnsi(request.working_folder);
+    if (CreateProcessA(OrNone(program), command_line.empty() ? nullptr : command_line.data(),
+                       nullptr, nullptr, FALSE, CREATE_DEFAULT_ERROR_MODE, nullptr, OrNone(folder),
+                       &record, &started) == FALSE)
+      return Result::Failure(LastCode());
+    const UniqueKernelHandle thread(started.hThread);
+    return Result::Success(std::make_unique<WindowsProcess>(UniqueKernelHandle(started.hProcess),
+                                                            started.dwProcessId));
+  }
+
+  Outcome<std::unique_ptr<Process>> StartElevated(const ElevatedStartRequest& request) override {
+    using Result = Outcome<std::unique_ptr<Process>>;
+    const std::wstring program = ToWide(request.program);
+    const std::wstring parameters = ToWide(request.parameters);
+    const std::wstring folder = ToWide(request.working_folder);
+    SHELLEXECUTEINFOW record{};
+    record.cbSize = sizeof(record);
+    record.fMask = SEE_MASK_NOCLOSEPROCESS;
+    record.lpVerb = L"runas";
+    record.lpFile = program.c_str();
+    record.lpParameters = parameters.c_str();
+    record.lpDirectory = folder.empty() ? nullptr : folder.c_str();
+    record.nShow = SW_SHOWMAXIMIZED;
+    if (ShellExecuteExW(&record) == FALSE) return Result::Failure(LastCode());
+    UniqueKernelHandle handle(record.hProcess);
+    const DWORD id = GetProcessId(handle.Get());
+    return Result::Success(std::make_unique<WindowsProcess>(std::move(handle), id));
+  }
+
+  bool NeedsElevation(SystemCode code, const StartRequest& /*request*/) const override {
+    return code == kElevationRequired;
+  }
+
+  // Behind the program's name, which ends at a blank outside quotes.
+  std::string OwnArguments() const override {
+    const std::wstring line = GetCommandLineW();
+    bool is_inside_quotes = false;
+    const auto name_end = std::find_if(line.begin(), line.end(), [&](wchar_t c) {
+      if (c == L'"') is_inside_quotes = !is_inside_quotes;
+      return (c == L' ' || c == L'\t') && !is_inside_quotes;
+    });
+    const auto start =
+        std::find_if(name_end, line.end(), [](wchar_t c) { return c != L' ' && c != L'\t'; });
+    return FromWide(std::wstring(start, line.end()));
+  }
+
+  std::string OwnProgram() const override {
+    static constexpr std::size_t kLongestPath = 32768;
+    std::wstring path(kLongestPath, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return FromWide(path);
+  }
+
+  Status Terminate(std::int32_t exit_code) override {
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exit_code));
+    return Status::Failure(LastCode());
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Processes> MakeProcesses(int /*argc*/, char** /*argv*/) {
+  return std::make_unique<WindowsProcesses>();
+}
+
+}  // namespace platform

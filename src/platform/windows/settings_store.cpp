@@ -1,0 +1,86 @@
+#include "platform/settings_store.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "platform/unique_handle.h"
+#include "platform/windows/wide.h"
+#include "platform/windows/windows_headers.h"
+
+namespace platform {
+namespace {
+
+struct RegistryKeyTraits {
+  using Type = HKEY;
+  static Type Invalid() { return nullptr; }
+  static void Close(Type key) { RegCloseKey(key); }
+};
+using RegistryKey = UniqueHandle<RegistryKeyTraits>;
+
+struct RawValue {
+  DWORD type = REG_NONE;
+  std::vector<BYTE> bytes;
+};
+
+SettingsResult<RawValue> FromCode(LSTATUS code) {
+  if (code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND) return {};
+  return {std::nullopt, SettingsError{static_cast<SystemCode>(code), {}}};
+}
+
+SettingsResult<RawValue> ReadRaw(SettingsRoot root, const std::string& key,
+                                 const std::string& name) {
+  HKEY opened = nullptr;
+  LSTATUS code =
+      RegOpenKeyExW(root == SettingsRoot::kMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
+                    ToWide(key).c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &opened);
+  if (code != ERROR_SUCCESS) return FromCode(code);
+  const RegistryKey owner(opened);
+  const std::wstring wide_name = ToWide(name);
+  RawValue value;
+  DWORD length = 0;
+  do {  // another program may lengthen the value between the two calls
+    value.bytes.resize(length);
+    code = RegQueryValueExW(opened, wide_name.c_str(), nullptr, &value.type,
+                            length == 0 ? nullptr : value.bytes.data(), &length);
+  } while (code == ERROR_MORE_DATA || (code == ERROR_SUCCESS && value.bytes.size() < length));
+  if (code != ERROR_SUCCESS) return FromCode(code);
+  value.bytes.resize(length);
+  return {std::move(value), std::nullopt};
+}
+
+class WindowsSettingsStore final : public SettingsStore {
+ public:
+  SettingsResult<std::string> ReadString(SettingsRoot root, const std::string& key,
+                                         const std::string& name) override {
+    const auto raw = ReadRaw(root, key, name);
+    if (!raw.value || (raw.value->type != REG_SZ && raw.value->type != REG_EXPAND_SZ))
+      return {std::nullopt, raw.error};
+    const auto& bytes = raw.value->bytes;
+    std::string text = tmw::Utf16ToUtf8(
+        tmw::BytesToUtf16({reinterpret_cast<const char*>(bytes.data()), bytes.size()}));
+    text.erase(std::min(text.find('\0'), text.size()));
+    return {std::move(text), std::nullopt};
+  }
+
+  SettingsResult<std::int32_t> ReadLong(SettingsRoot root, const std::string& key,
+                                        const std::string& name) override {
+    const auto raw = ReadRaw(root, key, name);
+    if (!raw.value || raw.value->type != REG_DWORD ||
+        raw.value->bytes.size() != sizeof(std::int32_t))
+      return {std::nullopt, raw.error};
+    std::int32_t number = 0;
+    std::memcpy(&number, raw.value->bytes.data(), sizeof(number));
+    return {number, std::nullopt};
+  }
+
+  bool HasFolderDefaults() const override { return true; }
+};
+
+}  // namespace
+
+std::unique_ptr<SettingsStore> MakeSettingsStore() {
+  return std::make_unique<WindowsSettingsStore>();
+}
+
+}  // namespace platform

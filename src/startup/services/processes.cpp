@@ -1,0 +1,97 @@
+#include "startup/services/processes.h"
+
+#include <cstddef>
+#include <memory>
+
+#include "foundation/api_errors.h"
+#include "foundation/error_handling.h"
+#include "foundation/text.h"
+#include "platform/front_end.h"
+#include "platform/ports.h"
+#include "platform/processes.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "mProcesses";
+constexpr std::int32_t kWaitSliceMilliseconds = 500;
+
+platform::StartRequest MakeRequest(const std::string& exe_name, const std::string& cmd_line,
+                                   const std::string& work_dir, std::int32_t flags) {
+  platform::StartRequest request;
+  request.program = exe_name;
+  request.command_line = cmd_line;
+  request.working_folder = work_dir;
+  request.feedback_on = (flags & kForceFeedbackOn) != 0;
+  request.feedback_off = (flags & kForceFeedbackOff) != 0;
+  const std::int32_t show = (flags & kShowWindowMask) / kShowWindowUnit;
+  if (show != 0) request.show_window = static_cast<std::uint16_t>(show);
+  request.continues_chain = (flags & kContinuesChain) != 0;
+  return request;
+}
+
+std::int32_t WaitForExitCode(platform::Process& process) {
+  for (;;) {
+    const auto ended = process.Wait(kWaitSliceMilliseconds);
+    if (!ended.ok) RaiseApiError(ended.code);
+    if (ended.value) break;
+    platform::CurrentPorts().front_end->RunPendingEvents();
+  }
+  const auto exit_code = process.ExitCode();
+  return exit_code.ok ? exit_code.value : 0;
+}
+
+std::int32_t RunElevated(std::string exe_name, std::string cmd_line, const std::string& work_dir,
+                         bool wait, bool continues_chain) try {
+  NormalizeExeNameAndCmdLine(exe_name, cmd_line);
+  platform::ElevatedStartRequest request;
+  request.program = exe_name;
+  request.parameters = cmd_line;
+  request.working_folder = work_dir;
+  request.continues_chain = continues_chain;
+  const auto started = platform::CurrentPorts().processes->StartElevated(request);
+  if (!started.ok) RaiseApiError(started.code);
+  return wait ? WaitForExitCode(*started.value) : started.value->Id();
+} catch (...) {
+  ReRaiseError(kModule, "RunProcessInElevationMode", exe_name);
+}
+
+}  // namespace
+
+// The frames' extra text names the program: the description is the system's text alone.
+std::int32_t RunProcess(const std::string& exeName, const std::string& cmdLine,
+                        const std::string& workDir, bool wait, std::int32_t flags) try {
+  platform::Processes& processes = *platform::CurrentPorts().processes;
+  const platform::StartRequest request = MakeRequest(exeName, cmdLine, workDir, flags);
+  const auto started = processes.Start(request);
+  if (!started.ok) {
+    if (processes.NeedsElevation(started.code, request))
+      return RunElevated(exeName, cmdLine, workDir, wait, request.continues_chain);
+    RaiseApiError(started.code);
+  }
+  return wait ? WaitForExitCode(*started.value) : started.value->Id();
+} catch (...) {
+  ReRaiseError(kModule, "RunProcess", exeName.empty() ? cmdLine : exeName);
+}
+
+std::int32_t RunProcessInElevationMode(const std::string& exeName, const std::string& cmdLine,
+                                       const std::string& workDir, bool wait) {
+  return RunElevated(exeName, cmdLine, workDir, wait, false);
+}
+
+void NormalizeExeNameAndCmdLine(std::string& exeName, std::string& cmdLine) try {
+  cmdLine = Trim(cmdLine);
+  bool is_inside_quotes = false;
+  std::size_t blank = 0;
+  for (; blank < cmdLine.size(); ++blank) {
+    if (cmdLine[blank] == '"') is_inside_quotes = !is_inside_quotes;
+    if (cmdLine[blank] == ' ' && !is_inside_quotes) break;
+  }
+  if (exeName.empty()) exeName = cmdLine.substr(0, blank);
+  // A line without parameters is handed on whole, as a parameter: programs rely on it.
+  if (blank < cmdLine.size()) cmdLine = Trim(cmdLine.substr(blank));
+} catch (...) {
+  ReRaiseError(kModule, "NormalizeExeNameAndCmdLine");
+}
+
+}  // namespace tmw

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "foundation/command_line.h"  // SplitCommandLine belongs to this module
+
+// Starting other programs (module mProcesses).
+namespace tmw {
+
+// Flags of RunProcess: bit 0 forces the feedback cursor on, bit 1 off, bits 8 to 11 are a
+// show-window command (1 to 11; 0 is none).
+inline constexpr std::int32_t kForceFeedbackOn = 0x1;
+inline constexpr std::int32_t kForceFeedbackOff = 0x2;
+inline constexpr std::int32_t kShowWindowMask = 0xF00;
+inline constexpr std::int32_t kShowWindowUnit = 0x100;
+
+// A bit of our own: the started program is the next updater in this one's place. On Linux the
+// process that waits on the terminal then waits for it too; Windows has no such process.
+inline constexpr std::int32_t kContinuesChain = 0x10000;
+
+// Starts a program. Empty texts are not given; without exeName the first word of cmdLine is the
+// program. With wait: pending window events run until it ends, the result is its exit code (0 when
+// that cannot be read); otherwise its process id. A start that needs administrator rights goes
+// through RunProcessInElevationMode; other refusals raise.
+std::int32_t RunProcess(const std::string& exeName, const std::string& cmdLine,
+                        const std::string& workDir, bool wait, std::int32_t flags);
+
+// The same after asking the user for administrator rights; raises when he declines.
+std::int32_t RunProcessInElevationMode(const std::string& exeName, const std::string& cmdLine,
+                                       const std::string& workDir, bool wait);
+
+// Splits the program off a full command line at its first blank outside quotes. exeName is filled
+// only when empty, and keeps its quotes; cmdLine becomes the parameters. A line without such a
+// blank stays whole in cmdLine.
+void NormalizeExeNameAndCmdLine(std::string& exeName, std::string& cmdLine);
+
+}  // namespace tmw
