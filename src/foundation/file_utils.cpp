@@ -180,7 +180,7 @@ bool DeleteFiles(const std::string& mask_path, bool is_quiet) {
     std::string first_failed;
     for (const std::string& name : ListFiles(folder, split.FileName())) {
       // Not JoinPath: a name from the disk is taken as it stands.
-      const std::string path = folder + Files().Separator() + name;
+      const std::string path = std::string(folder).append(1, Files().Separator()).append(name);
       const platform::Status status = RemoveIfThere(path);
       if (status || !first_failure) continue;
       first_failure = status;

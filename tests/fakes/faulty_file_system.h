@@ -18,6 +18,12 @@ namespace tests {
 class FaultyFileSystem final : public platform::FileSystem {
  public:
   using Code = platform::SystemCode;
+  using Status = platform::Status;
+  template <typename T>
+  using Outcome = platform::Outcome<T>;
+  using Path = std::string;
+  using FilePointer = std::unique_ptr<platform::File>;
+  using Entries = std::vector<platform::FolderEntry>;
 
   // Codes of its own, which no system gives.
   static constexpr Code kDiskFull = 70001;
@@ -37,49 +43,29 @@ class FaultyFileSystem final : public platform::FileSystem {
   explicit FaultyFileSystem(platform::FileSystem& real) : real_(real) {}
 
   char Separator() const override { return real_.Separator(); }
-  platform::Outcome<platform::FileFacts> Examine(const std::string& path) override {
-    return real_.Examine(path);
-  }
-  platform::Outcome<std::unique_ptr<platform::File>> Open(const std::string& path,
-                                                          platform::FileMode mode) override {
+  Outcome<platform::FileFacts> Examine(const Path& path) override { return real_.Examine(path); }
+  Outcome<FilePointer> Open(const Path& path, platform::FileMode mode) override {
     auto opened = real_.Open(path, mode);
     if (opened) opened.value = std::make_unique<FaultyFile>(*this, std::move(opened.value));
     return opened;
   }
-  platform::Outcome<std::vector<platform::FolderEntry>> List(const std::string& folder) override {
-    return real_.List(folder);
+  Outcome<Entries> List(const Path& folder) override { return real_.List(folder); }
+  Status CreateFolder(const Path& path) override { return real_.CreateFolder(path); }
+  Status RemoveFolder(const Path& path) override { return real_.RemoveFolder(path); }
+  Status RemoveFile(const Path& path) override {
+    return Do("remove", Next(remove_codes), [&] { return real_.RemoveFile(path); });
   }
-  platform::Status CreateFolder(const std::string& path) override {
-    return real_.CreateFolder(path);
+  Status Rename(const Path& from, const Path& to) override {
+    return Do("rename", Next(rename_codes), [&] { return real_.Rename(from, to); });
   }
-  platform::Status RemoveFolder(const std::string& path) override {
-    return real_.RemoveFolder(path);
+  Status SetReadOnly(const Path& path, bool on) override { return real_.SetReadOnly(path, on); }
+  Status CopyAttributes(const Path& source, const Path& target) override {
+    return Do("attributes", attributes_code, [&] { return real_.CopyAttributes(source, target); });
   }
-  platform::Status RemoveFile(const std::string& path) override {
-    log.push_back("remove");
-    const Code code = Next(remove_codes);
-    return code != 0 ? platform::Status::Failure(code) : real_.RemoveFile(path);
-  }
-  platform::Status Rename(const std::string& from, const std::string& to) override {
-    log.push_back("rename");
-    const Code code = Next(rename_codes);
-    return code != 0 ? platform::Status::Failure(code) : real_.Rename(from, to);
-  }
-  platform::Status SetReadOnly(const std::string& path, bool read_only) override {
-    return real_.SetReadOnly(path, read_only);
-  }
-  platform::Status CopyAttributes(const std::string& source, const std::string& target) override {
-    log.push_back("attributes");
-    if (attributes_code != 0) return platform::Status::Failure(attributes_code);
-    return real_.CopyAttributes(source, target);
-  }
-  platform::Outcome<std::string> MakeAbsolute(const std::string& path) override {
-    return real_.MakeAbsolute(path);
-  }
-  platform::Outcome<std::string> TemporaryFolder() override { return real_.TemporaryFolder(); }
-  platform::Status FlushFolder(const std::string& folder) override {
-    log.push_back("flush folder");
-    return real_.FlushFolder(folder);
+  Outcome<Path> MakeAbsolute(const Path& path) override { return real_.MakeAbsolute(path); }
+  Outcome<Path> TemporaryFolder() override { return real_.TemporaryFolder(); }
+  Status FlushFolder(const Path& folder) override {
+    return Do("flush folder", 0, [&] { return real_.FlushFolder(folder); });
   }
   bool MeansMissing(Code code) const override { return real_.MeansMissing(code); }
   bool MeansOtherDevice(Code code) const override {
@@ -90,30 +76,33 @@ class FaultyFileSystem final : public platform::FileSystem {
  private:
   class FaultyFile final : public platform::File {
    public:
-    FaultyFile(FaultyFileSystem& owner, std::unique_ptr<platform::File> real)
-        : owner_(owner), real_(std::move(real)) {}
+    FaultyFile(FaultyFileSystem& owner, FilePointer real) : owner_(owner), real_(std::move(real)) {}
 
-    platform::Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
+    Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
       return real_->Read(buffer, length);
     }
-    platform::Status Write(const void* buffer, std::size_t length) override {
+    Status Write(const void* buffer, std::size_t length) override {
       auto& budget = owner_.write_budget;
       const std::size_t allowed = budget ? std::min(*budget, length) : length;
       if (budget) *budget -= allowed;
-      const platform::Status status = real_->Write(buffer, allowed);
-      return status && allowed < length ? platform::Status::Failure(kDiskFull) : status;
+      const Status status = real_->Write(buffer, allowed);
+      return status && allowed < length ? Status::Failure(kDiskFull) : status;
     }
-    platform::Status Flush() override {
-      owner_.log.push_back("flush");
-      if (owner_.flush_code != 0) return platform::Status::Failure(owner_.flush_code);
-      return real_->Flush();
+    Status Flush() override {
+      return owner_.Do("flush", owner_.flush_code, [&] { return real_->Flush(); });
     }
-    platform::Status Close() override { return real_->Close(); }
+    Status Close() override { return real_->Close(); }
 
    private:
     FaultyFileSystem& owner_;
-    std::unique_ptr<platform::File> real_;
+    FilePointer real_;
   };
+
+  template <typename Call>
+  Status Do(const char* name, Code code, Call call) {
+    log.emplace_back(name);
+    return code != 0 ? Status::Failure(code) : call();
+  }
 
   static Code Next(std::deque<Code>& codes) {
     if (codes.empty()) return 0;
