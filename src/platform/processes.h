@@ -65,6 +65,9 @@ class Processes {
   // The path of this program's file, absolute.
   virtual std::string OwnProgram() const = 0;
 
+  // What the file name of a program ends with: ".exe" on Windows, nothing on Linux.
+  virtual std::string ProgramEnding() const = 0;
+
   // Ends this process at once, without any clean-up. Returns only when that failed.
   virtual Status Terminate(std::int32_t exit_code) = 0;
 };

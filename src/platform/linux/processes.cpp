@@ -3,8 +3,8 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -100,9 +100,14 @@ class SpawnPlan {
   std::vector<std::string> variables_;
 };
 
+// By number: the C library's declaration of pidfd_open is of no use to C++ in every version.
+int OpenProcess(pid_t id) {
+  return static_cast<int>(syscall(SYS_pidfd_open, id, 0));
+}
+
 class LinuxProcess final : public Process {
  public:
-  explicit LinuxProcess(pid_t id) : id_(id), handle_(pidfd_open(id, 0)) {}
+  explicit LinuxProcess(pid_t id) : id_(id), handle_(OpenProcess(id)) {}
   LinuxProcess(const LinuxProcess&) = delete;
   LinuxProcess& operator=(const LinuxProcess&) = delete;
   // Takes the exit status of a process that has ended meanwhile, so that no zombie stays.
@@ -253,6 +258,8 @@ class LinuxProcesses final : public Processes {
 
   std::string OwnArguments() const override { return tmw::JoinCommandLine(own_arguments_); }
   std::string OwnProgram() const override { return own_program_; }
+
+  std::string ProgramEnding() const override { return ""; }
 
   Status Terminate(std::int32_t exit_code) override { _exit(exit_code); }
 

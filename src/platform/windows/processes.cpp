@@ -133,6 +133,8 @@ class WindowsProcesses final : public Processes {
     return FromWide(path);
   }
 
+  std::string ProgramEnding() const override { return ".exe"; }
+
   Status Terminate(std::int32_t exit_code) override {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exit_code));
     return Status::Failure(LastCode());

@@ -1,0 +1,207 @@
+#include "startup/main_procedure.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "foundation/api_errors.h"
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+#include "platform/front_end.h"
+#include "platform/ports.h"
+#include "platform/processes.h"
+#include "startup/default_urls.h"
+#include "startup/services/mutexes.h"
+#include "startup/services/processes.h"
+#include "startup/services/product_settings.h"
+#include "startup/services/updater_settings.h"
+#include "startup/start_up_texts.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "miMain";
+
+constexpr std::int32_t kNamedProxy = 3;
+constexpr std::int32_t kLastProxyType = 4;
+
+void ShowMessage(platform::MessageKind kind, const char* title, const std::string& text) {
+  platform::CurrentPorts().front_end->ShowMessage(kind, title, text);
+}
+
+bool HasClientLists(const std::string& root_path) {
+  const std::string folder = JoinPath(root_path, names::kProgramFolder);
+  return !CollectFileNamesInFolder(folder, std::string(names::kNetworkMarkMask)).empty();
+}
+
+std::string MachineSetting(std::string_view name) {
+  return GetProductSetting_String(true, std::string(names::kGeneralSection), std::string(name), "");
+}
+
+void ReadUpdateSettings(UpdaterSettings& settings) {
+  const std::string section(names::kAutoUpdateSection);
+  settings.ProxyType = GetProductSetting_LongRanged(
+      false, section, std::string(names::kProxyTypeSetting), 0, kLastProxyType, 0);
+  if (settings.ProxyType == kNamedProxy) {
+    settings.ProxyServer =
+        GetProductSetting_String(false, section, std::string(names::kProxyServerSetting), "");
+  }
+  if (GetProductSetting_Boolean(false, section, std::string(names::kIsCustomUrlSetting), false)) {
+    settings.Url =
+        GetProductSetting_String(false, section, std::string(names::kCustomUrlSetting), "");
+  }
+  settings.NoFtp =
+      GetProductSetting_Boolean(false, section, std::string(names::kNoFtpSetting), false);
+}
+
+UpdaterSettings ReadProductSettings() {
+  UpdaterSettings settings;
+  const std::string installation = MachineSetting(names::kInstallationTypeSetting);
+  settings.IsClientInstallation = LowerCase(installation) == names::kClientInstallation;
+  const std::string root_path = MachineSetting(names::kRootPathSetting);
+  if (!root_path.empty()) settings.IsNetworkInstallation = HasClientLists(root_path);
+  ReadUpdateSettings(settings);
+  settings.IsDefaultUrl = settings.Url.empty();
+  if (settings.IsDefaultUrl) settings.Url = kPrimaryUrl;
+  return settings;
+}
+
+// Walks the arguments; nothing when all were understood, else the one that was not. An option whose
+// value is missing at the end of the line is ignored.
+std::optional<std::string> ApplyArguments(const std::vector<std::string>& arguments,
+                                          UpdaterSettings& settings) {
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string option = LowerCase(arguments[i]);
+    const auto take_value = [&](std::string& target) {
+      if (i + 1 >= arguments.size()) return false;
+      target = arguments[++i];
+      return true;
+    };
+    if (option == names::kOptionNoFinalMessage) {
+      settings.NoFinalMessage = true;
+    } else if (option == names::kOptionRestarted) {
+      settings.IsRestartedAfterSelfUpdate = true;
+    } else if (option == names::kOptionNormalExit) {
+      settings.UseNormalExit = true;
+    } else if (option == names::kOptionTempCopy) {
+      settings.IsTempCopy = true;
+    } else if (option == names::kOptionUrl) {
+      if (take_value(settings.Url)) settings.IsDefaultUrl = false;
+    } else if (option == names::kOptionOldVersion) {
+      take_value(settings.OldProductVersion);
+    } else if (option == names::kOptionMainExe) {
+      take_value(settings.MainExeFile);
+    } else if (option == names::kOptionMainParams) {
+      take_value(settings.MainExeParams);
+    } else {
+      return arguments[i];
+    }
+  }
+  return std::nullopt;
+}
+
+void RefuseNetworkInstallation() {
+  ShowMessage(platform::MessageKind::kInformation, start_up_texts::kWebUpdateTitle,
+              start_up_texts::kNetworkInstallation);
+  RunMainExeFile();
+}
+
+bool WaitForOthersAndLock() {
+  for (const names::GuardedApplication& application : names::kGuardedApplications) {
+    if (!WaitUntilAppMutexClosed(std::string(application.mutex), std::string(application.title))) {
+      return false;
+    }
+  }
+  return LockUpdaterMutex(std::string(names::kUpdaterMutex));
+}
+
+// Shows the progress window, which performs the run, and tells the result.
+void RunUpdate(const ProgressWindowFactory& make_progress_window) {
+  const UpdaterSettings& settings = GetUpdaterSettings();
+  bool updated = false;
+  std::string new_version;
+  {
+    const std::unique_ptr<ProgressWindow> window = make_progress_window();
+    window->Execute(std::string(names::kProductCode), settings.Url,
+                    settings.IsDefaultUrl ? kFallbackUrl : "");
+    updated = window->Updated();
+    new_version = window->NewVersion();
+  }
+  if (!settings.NoFinalMessage && updated) {
+    ShowMessage(platform::MessageKind::kInformation, start_up_texts::kUpdaterTitle,
+                start_up_texts::Updated(new_version));
+  }
+}
+
+}  // namespace
+
+void Main(const ProgressWindowFactory& make_progress_window) try {
+  if (!ParseCmdLine()) return;
+  if (GetUpdaterSettings().IsNetworkInstallation) {
+    RefuseNetworkInstallation();
+    return;
+  }
+  if (!WaitForOthersAndLock()) return;
+  if (make_progress_window) RunUpdate(make_progress_window);
+  ReleaseUpdaterLock();
+  RunMainExeFile();
+} catch (...) {
+  ReportError(kModule, "Main");
+}
+
+bool ParseCmdLine() try {
+  UpdaterSettings settings = ReadProductSettings();
+  const std::string line = platform::CurrentPorts().processes->OwnArguments();
+  const auto unknown = ApplyArguments(SplitCommandLine(line), settings);
+  if (unknown) {
+    CmdLineError(start_up_texts::UnknownOption(*unknown));
+    return false;
+  }
+  SetUpdaterSettings(std::move(settings));
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "ParseCmdLine");
+}
+
+void CmdLineError(const std::string& message) try {
+  ShowMessage(platform::MessageKind::kWarning, start_up_texts::kUpdaterTitle,
+              start_up_texts::CommandLineError(message));
+} catch (...) {
+  ReRaiseError(kModule, "CmdLineError");
+}
+
+void RunMainExeFile() try {
+  std::string program = GetUpdaterSettings().MainExeFile;
+  if (program.empty()) return;
+  const SplitName parts = SplitFileName(program);
+  if (parts.Extension.empty()) program += platform::CurrentPorts().processes->ProgramEnding();
+  if (!IsFileExists(program)) return;
+  const std::string& parameters = GetUpdaterSettings().MainExeParams;
+  const std::string line = parameters.empty() ? "" : Quoted(program) + " " + parameters;
+  RunProcess(program, line, parts.Folder, false, 0);
+} catch (...) {
+  ReRaiseError(kModule, "RunMainExeFile");
+}
+
+void ExitUpdater() try {
+  ReleaseUpdaterLock();
+  if (GetUpdaterSettings().UseNormalExit) std::exit(0);
+  UnconditionallyTerminateApplication();
+} catch (...) {
+  ReRaiseError(kModule, "ExitUpdater");
+}
+
+void UnconditionallyTerminateApplication() try {
+  const platform::Status status = platform::CurrentPorts().processes->Terminate(0);
+  RaiseApiError(status.code);
+} catch (...) {
+  ReRaiseError(kModule, "UnconditionallyTerminateApplication");
+}
+
+}  // namespace tmw

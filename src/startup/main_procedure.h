@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+// Entry, command line and start-up sequence (module miMain).
+namespace tmw {
+
+// The window that performs the update run; the user-interface floor implements it.
+class ProgressWindow {
+ public:
+  virtual ~ProgressWindow() = default;
+
+  // Modal: returns when the run has ended. The fallback address may be empty.
+  virtual void Execute(const std::string& product_code, const std::string& url,
+                       const std::string& fallback_url) = 0;
+
+  virtual bool Updated() const = 0;
+  virtual std::string NewVersion() const = 0;
+};
+
+using ProgressWindowFactory = std::function<std::unique_ptr<ProgressWindow>()>;
+
+// The start-up sequence: settings and command line, the refusal on a network installation, waiting
+// for the product and its siblings, the updater's lock, the run, the final message, the product's
+// start. An error is shown, never thrown.
+void Main(const ProgressWindowFactory& make_progress_window);
+
+// Fills the settings record from the product's settings and this process's command line. False when
+// the command line was not understood, which has been told to the user.
+bool ParseCmdLine();
+
+void CmdLineError(const std::string& message);
+
+// Starts the product again when the command line named it and the file exists.
+void RunMainExeFile();
+
+// Releases the updater's lock and ends the process; called once the next updater has been started.
+[[noreturn]] void ExitUpdater();
+
+// Ends the process with exit code 0 without any clean-up.
+[[noreturn]] void UnconditionallyTerminateApplication();
+
+}  // namespace tmw

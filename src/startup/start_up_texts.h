@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+#include "foundation/text.h"
+
+// What start-up says to the user.
+namespace tmw::start_up_texts {
+
+inline constexpr const char* kUpdaterTitle = "Программа обновления";
+inline constexpr const char* kWebUpdateTitle = "Web-обновление";
+
+inline constexpr const char* kNetworkInstallation =
+    "Программа \"Tamrin\" установлена в режиме, когда программные компоненты располагаются на "
+    "сетевом диске и используются несколькими пользовательскими компьютерами. "
+    "\r\n\r\n"
+    "Утилиту Web-обновления в этом случае использовать нельзя.";
+
+inline std::string CommandLineError(const std::string& message) {
+  return "Ошибка параметров командной строки:" + std::string(kCrLf) + message;
+}
+
+inline std::string UnknownOption(const std::string& option) {
+  return "Неизвестный параметр \"" + option + "\".";
+}
+
+inline std::string Updated(const std::string& version) {
+  return "Программа \"Tamrin\" обновлена до версии " + version + ".";
+}
+
+}  // namespace tmw::start_up_texts

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "foundation/encodings.h"
+#include "platform/settings_store.h"
+
+namespace tests {
+
+// The registry as two maps; keys are written "key\\name" and compare without case.
+class MemorySettings final : public platform::SettingsStore {
+ public:
+  void Set(platform::SettingsRoot root, const std::string& path, const std::string& value) {
+    strings_[{root, tmw::LowerCase(path)}] = value;
+  }
+  void Set(platform::SettingsRoot root, const std::string& path, std::int32_t value) {
+    longs_[{root, tmw::LowerCase(path)}] = value;
+  }
+
+  platform::SettingsResult<std::string> ReadString(platform::SettingsRoot root,
+                                                   const std::string& key,
+                                                   const std::string& name) override {
+    return Find(strings_, root, key, name);
+  }
+  bool HasFolderDefaults() const override { return false; }
+  platform::SettingsResult<std::int32_t> ReadLong(platform::SettingsRoot root,
+                                                  const std::string& key,
+                                                  const std::string& name) override {
+    return Find(longs_, root, key, name);
+  }
+
+ private:
+  using Key = std::pair<platform::SettingsRoot, std::string>;
+
+  template <typename T>
+  static platform::SettingsResult<T> Find(const std::map<Key, T>& values,
+                                          platform::SettingsRoot root, const std::string& key,
+                                          const std::string& name) {
+    const auto found = values.find({root, tmw::LowerCase(key + "\\" + name)});
+    if (found == values.end()) return {};
+    return {found->second, std::nullopt};
+  }
+
+  std::map<Key, std::string> strings_;
+  std::map<Key, std::int32_t> longs_;
+};
+
+}  // namespace tests

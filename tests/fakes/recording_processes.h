@@ -1,0 +1,59 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/processes.h"
+
+namespace tests {
+
+// Thrown where the real port would end the process.
+struct ProcessEnded : std::runtime_error {
+  ProcessEnded() : std::runtime_error("the process ended") {}
+};
+
+// Starts nothing: writes down every start as "program|command line|folder" and hands back a process
+// that has ended with exit_code.
+class RecordingProcesses final : public platform::Processes {
+ public:
+  std::vector<std::string> starts;
+  std::string own_arguments;
+  std::string own_program = "TmWebUpdate";
+  std::int32_t exit_code = 0;
+
+  platform::Outcome<std::unique_ptr<platform::Process>> Start(
+      const platform::StartRequest& request) override {
+    starts.push_back(request.program + "|" + request.command_line + "|" + request.working_folder);
+    return {true, 0, std::make_unique<EndedProcess>(exit_code)};
+  }
+
+  platform::Outcome<std::unique_ptr<platform::Process>> StartElevated(
+      const platform::ElevatedStartRequest& request) override {
+    starts.push_back("elevated " + request.program + "|" + request.parameters + "|" +
+                     request.working_folder);
+    return {true, 0, std::make_unique<EndedProcess>(exit_code)};
+  }
+
+  bool NeedsElevation(platform::SystemCode, const platform::StartRequest&) const override {
+    return false;
+  }
+  std::string OwnArguments() const override { return own_arguments; }
+  std::string OwnProgram() const override { return own_program; }
+  std::string ProgramEnding() const override { return ".exe"; }
+  platform::Status Terminate(std::int32_t) override { throw ProcessEnded(); }
+
+ private:
+  class EndedProcess final : public platform::Process {
+   public:
+    explicit EndedProcess(std::int32_t exit_code) : exit_code_(exit_code) {}
+    std::int32_t Id() const override { return 4711; }
+    platform::Outcome<bool> Wait(std::int32_t) override { return {true, 0, true}; }
+    platform::Outcome<std::int32_t> ExitCode() override { return {true, 0, exit_code_}; }
+
+   private:
+    std::int32_t exit_code_;
+  };
+};
+
+}  // namespace tests
