@@ -20,9 +20,10 @@ class FrontEnd {
   // A question with the buttons yes and no; true is yes. Where nobody can answer: no.
   virtual bool AskYesNo(const std::string& title, const std::string& question) = 0;
 
-  // A line of text from the user; nothing when he declined.
-  virtual std::optional<std::string> AskText(const std::string& title,
-                                             const std::string& prompt) = 0;
+  // A line of text from the user, possibly empty; nothing when he declined or nobody can answer. A
+  // secret (a password) is not shown while it is typed.
+  virtual std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
+                                             bool is_secret) = 0;
 
   // Lets pending events of the windows run; returns at once when there are none.
   virtual void RunPendingEvents() = 0;

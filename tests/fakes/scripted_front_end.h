@@ -32,8 +32,9 @@ class ScriptedFrontEnd final : public platform::FrontEnd {
     return Next(answers).value_or(false);
   }
 
-  std::optional<std::string> AskText(const std::string& title, const std::string& prompt) override {
-    log.push_back("input|" + title + "|" + prompt);
+  std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
+                                     bool is_secret) override {
+    log.push_back((is_secret ? "secret|" : "input|") + title + "|" + prompt);
     return Next(texts).value_or(std::nullopt);
   }
 

@@ -1,41 +1,42 @@
 #include "platform/front_end.h"
 
-#include <unistd.h>
-
-#include <iostream>
-
 #include "foundation/encodings.h"
 #include "foundation/text.h"
+#include "platform/linux/terminal.h"
 
 namespace platform {
 namespace {
 
-// Boxes as lines of a terminal. Texts go to the error stream, so that a redirected output stays
-// clean.
+// Boxes as lines of a terminal.
 class TerminalFrontEnd final : public FrontEnd {
  public:
   void ShowMessage(MessageKind kind, const std::string& title, const std::string& text) override {
-    std::cerr << (kind == MessageKind::kWarning ? "[!] " : "[i] ") << title << "\n"
-              << WithPlainBreaks(text) << std::endl;
+    terminal_.Write((kind == MessageKind::kWarning ? "[!] " : "[i] ") + title + "\n" + text + "\n");
   }
 
   bool AskYesNo(const std::string& title, const std::string& question) override {
-    std::cerr << "[?] " << title << "\n" << WithPlainBreaks(question) << std::endl;
-    if (!CanAnswer()) return false;
+    terminal_.Write("[?] " + title + "\n" + question + "\n");
+    if (!terminal_.CanAnswer()) return false;
     for (;;) {
-      std::cerr << "[д/н] " << std::flush;
-      std::string answer;
-      if (!std::getline(std::cin, answer)) return false;
-      answer = tmw::LowerCase(tmw::TrimCharacters(answer, " \t\r"));
+      terminal_.Write("[д/н] ");
+      const std::optional<std::string> line = terminal_.ReadLine(false);
+      if (!line) break;
+      const std::string answer = tmw::LowerCase(tmw::TrimCharacters(*line, " \t\r"));
       if (answer == "д" || answer == "да" || answer == "y" || answer == "yes") return true;
       if (answer == "н" || answer == "нет" || answer == "n" || answer == "no") return false;
+      terminal_.Write("Введите \"д\" (да) или \"н\" (нет).\n");
     }
+    terminal_.Write("\n");
+    return false;
   }
 
-  std::optional<std::string> AskText(const std::string& title, const std::string& prompt) override {
-    std::cerr << "[?] " << title << "\n" << WithPlainBreaks(prompt) << " " << std::flush;
-    std::string answer;
-    if (!CanAnswer() || !std::getline(std::cin, answer)) return std::nullopt;
+  std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
+                                     bool is_secret) override {
+    terminal_.Write("[?] " + title + "\n" + prompt + "\n");
+    if (!terminal_.CanAnswer()) return std::nullopt;
+    terminal_.Write("> ");
+    std::optional<std::string> answer = terminal_.ReadLine(is_secret);
+    if (is_secret || !answer) terminal_.Write("\n");
     return answer;
   }
 
@@ -43,15 +44,7 @@ class TerminalFrontEnd final : public FrontEnd {
   void ResetCursor() override {}
 
  private:
-  static bool CanAnswer() { return isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0; }
-
-  static std::string WithPlainBreaks(const std::string& text) {
-    std::string plain;
-    for (const char c : text) {
-      if (c != '\r') plain.push_back(c);
-    }
-    return plain;
-  }
+  Terminal terminal_;
 };
 
 }  // namespace

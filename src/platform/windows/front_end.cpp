@@ -1,5 +1,6 @@
 #include "platform/front_end.h"
 
+#include "platform/windows/input_box.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -17,9 +18,9 @@ class WindowsFrontEnd final : public FrontEnd {
     return Show(title, question, MB_YESNO | MB_ICONQUESTION) == IDYES;
   }
 
-  std::optional<std::string> AskText(const std::string& /*title*/,
-                                     const std::string& /*prompt*/) override {
-    return std::nullopt;
+  std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
+                                     bool is_secret) override {
+    return ShowInputBox(title, prompt, is_secret);
   }
 
   void RunPendingEvents() override {
