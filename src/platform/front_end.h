@@ -14,6 +14,9 @@ class FrontEnd {
  public:
   virtual ~FrontEnd() = default;
 
+  // False where nobody can answer: the program runs without a terminal, or in its background.
+  virtual bool CanAsk() = 0;
+
   // A box with an OK button. Where nobody can answer it is printed, not awaited.
   virtual void ShowMessage(MessageKind kind, const std::string& title, const std::string& text) = 0;
 

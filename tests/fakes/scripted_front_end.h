@@ -18,8 +18,11 @@ class ScriptedFrontEnd final : public platform::FrontEnd {
   std::deque<bool> answers;
   std::deque<std::optional<std::string>> texts;
   std::function<void()> on_events;
+  bool can_ask = true;
   int event_rounds = 0;
   int cursor_resets = 0;
+
+  bool CanAsk() override { return can_ask; }
 
   void ShowMessage(platform::MessageKind kind, const std::string& title,
                    const std::string& text) override {

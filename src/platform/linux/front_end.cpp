@@ -10,13 +10,15 @@ namespace {
 // Boxes as lines of a terminal.
 class TerminalFrontEnd final : public FrontEnd {
  public:
+  bool CanAsk() override { return terminal_.CanAnswer(); }
+
   void ShowMessage(MessageKind kind, const std::string& title, const std::string& text) override {
     terminal_.Write((kind == MessageKind::kWarning ? "[!] " : "[i] ") + title + "\n" + text + "\n");
   }
 
   bool AskYesNo(const std::string& title, const std::string& question) override {
     terminal_.Write("[?] " + title + "\n" + question + "\n");
-    if (!terminal_.CanAnswer()) return false;
+    if (!CanAsk()) return false;
     for (;;) {
       terminal_.Write("[д/н] ");
       const std::optional<std::string> line = terminal_.ReadLine(false);
@@ -33,7 +35,7 @@ class TerminalFrontEnd final : public FrontEnd {
   std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
                                      bool is_secret) override {
     terminal_.Write("[?] " + title + "\n" + prompt + "\n");
-    if (!terminal_.CanAnswer()) return std::nullopt;
+    if (!CanAsk()) return std::nullopt;
     terminal_.Write("> ");
     std::optional<std::string> answer = terminal_.ReadLine(is_secret);
     if (is_secret || !answer) terminal_.Write("\n");

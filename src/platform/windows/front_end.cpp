@@ -9,6 +9,8 @@ namespace {
 
 class WindowsFrontEnd final : public FrontEnd {
  public:
+  bool CanAsk() override { return true; }
+
   void ShowMessage(MessageKind kind, const std::string& title, const std::string& text) override {
     const UINT icon = kind == MessageKind::kWarning ? MB_ICONEXCLAMATION : MB_ICONINFORMATION;
     Show(title, text, MB_OK | icon);
