@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "platform/clock.h"
@@ -11,10 +12,12 @@ class HandClock final : public platform::Clock {
  public:
   std::vector<std::int32_t> sleeps;
   std::int64_t now = 0;
+  std::function<void()> on_sleep;
 
   void Sleep(std::int32_t milliseconds) override {
     sleeps.push_back(milliseconds);
     now += milliseconds;
+    if (on_sleep) on_sleep();
   }
 
   std::int64_t TickCount() override { return now; }

@@ -76,6 +76,8 @@ class WindowsProcesses final : public Processes {
  public:
   Outcome<std::unique_ptr<Process>> Start(const StartRequest& request) override {
     using Result = Outcome<std::unique_ptr<Process>>;
+    if (request.program.empty() && request.command_line.empty())
+      return Result::Failure(ERROR_INVALID_PARAMETER);  // not every system survives the question
     STARTUPINFOA record = StartUpRecord(request);
     PROCESS_INFORMATION started{};
     const std::string program = ToAnsi(request.program);

@@ -1,0 +1,136 @@
+#include "startup/services/product_settings.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "platform/settings_store.h"
+#include "tests/support/caught.h"
+#include "tests/support/environment.h"
+#include "tests/support/scoped_ports.h"
+
+namespace tmw {
+namespace {
+
+// Values in memory by "machine|key|name"; error, when set, is the answer to every question.
+class MapSettings final : public platform::SettingsStore {
+ public:
+  std::map<std::string, std::string> texts;
+  std::map<std::string, std::int32_t> longs;
+  std::optional<platform::SettingsError> error;
+  bool has_folder_defaults = false;
+
+  platform::SettingsResult<std::string> ReadString(platform::SettingsRoot root,
+                                                   const std::string& key,
+                                                   const std::string& name) override {
+    return Find(texts, root, key, name);
+  }
+  platform::SettingsResult<std::int32_t> ReadLong(platform::SettingsRoot root,
+                                                  const std::string& key,
+                                                  const std::string& name) override {
+    return Find(longs, root, key, name);
+  }
+  bool HasFolderDefaults() const override { return has_folder_defaults; }
+
+ private:
+  template <typename T>
+  platform::SettingsResult<T> Find(const std::map<std::string, T>& values,
+                                   platform::SettingsRoot root, const std::string& key,
+                                   const std::string& name) const {
+    const bool is_machine = root == platform::SettingsRoot::kMachine;
+    const auto found = values.find((is_machine ? "machine|" : "user|") + key + "|" + name);
+    if (error || found == values.end()) return {std::nullopt, error};
+    return {found->second, std::nullopt};
+  }
+};
+
+const std::string kGeneral = "machine|SOFTWARE\\Kestrel Soft\\Tamrin\\General|";
+const std::string kAutoUpdate = "user|SOFTWARE\\Kestrel Soft\\Tamrin\\AutoUpdate|";
+
+class ProductSettings : public testing::Test {
+ protected:
+  ProductSettings() {
+    ForgetProductPaths();
+    ports_->settings = &store_;
+  }
+  ~ProductSettings() override { ForgetProductPaths(); }
+
+  tests::ScopedPorts ports_;
+  MapSettings store_;
+};
+
+TEST_F(ProductSettings, KeysAreJoinedWithOneBackslash) {
+  const char* const cases[][3] = {
+      {"A\\", "\\B", "A\\B"}, {"A", "B", "A\\B"}, {"A\\\\", "\\\\B", "A\\\\\\B"},
+      {"A\\", "", "A\\"},     {"", "B", "\\B"},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(ConcatenateRegistryKeys(c[0], c[1]), c[2]) << c[0] << " " << c[1];
+}
+
+TEST_F(ProductSettings, NumbersOutOfRangeGiveTheDefault) {
+  for (const auto& [stored, read] :
+       std::map<std::int32_t, std::int32_t>{{-1, 2}, {0, 0}, {4, 4}, {5, 2}, {7, 2}}) {
+    store_.longs[kAutoUpdate + "ProxyType"] = stored;
+    EXPECT_EQ(GetProductSetting_LongRanged(false, "AutoUpdate", "ProxyType", 0, 4, 2), read);
+  }
+  EXPECT_EQ(GetProductSetting_Long(true, "AutoUpdate", "ProxyType", 3), 3);
+}
+
+TEST_F(ProductSettings, BooleansAreWords) {
+  const struct {
+    const char* words;
+    int value;  // -1: the default
+  } cases[] = {{"true 1 -1 yes y TRUE Yes", 1}, {"false 0 no n No", 0}, {"maybe * да 2", -1}};
+  for (const auto& c : cases) {
+    std::istringstream words(c.words);
+    for (std::string word; words >> word;) {
+      store_.texts[kAutoUpdate + "NoFtp"] = word;
+      for (const bool fallback : {false, true}) {
+        EXPECT_EQ(GetProductSetting_Boolean(false, "AutoUpdate", "NoFtp", fallback),
+                  c.value == -1 ? fallback : c.value == 1)
+            << word;
+      }
+    }
+  }
+  EXPECT_TRUE(GetProductSetting_Boolean(false, "AutoUpdate", "IsCustomUrl", true));
+}
+
+TEST_F(ProductSettings, FoldersEndWithASeparatorAndAreReadOnce) {
+  const std::string separator(1, tests::kOnWindows ? '\\' : '/');
+  store_.texts[kGeneral + "RootPath"] = "root";
+  store_.texts[kGeneral + "DataBasePath"] = "base" + separator;
+  EXPECT_EQ(GetProductRootPath(), "root" + separator);
+  EXPECT_EQ(GetDataBasePath(), "base" + separator);
+  store_.texts.clear();
+  EXPECT_EQ(GetProductRootPath(), "root" + separator);
+  EXPECT_EQ(GetDataBasePath(), "base" + separator);
+}
+
+TEST_F(ProductSettings, AMissingFolderHasItsDefaultOrIsAnErrorThatNamesIt) {
+  const auto root = tests::Caught([] { GetProductRootPath(); });
+  EXPECT_EQ(root.Number, 1001);
+  EXPECT_EQ(root.Description,
+            "В настройках программы \"Tamrin\" не задан параметр "
+            "\"SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath\".");
+  EXPECT_NE(tests::Caught([] { GetDataBasePath(); }).Description.find("General\\DataBasePath\""),
+            std::string::npos);
+  store_.has_folder_defaults = true;
+  EXPECT_TRUE(GetProductRootPath().starts_with("c:\\Program Files\\Kestrel Soft\\TMW\\"));
+}
+
+TEST_F(ProductSettings, AFailingStoreIsNotTakenForAMissingValue) {
+  store_.error = platform::SettingsError{5, ""};
+  auto error = tests::Caught([] { GetProductSetting_String(true, "General", "RootPath", "x"); });
+  EXPECT_EQ(error.Number, 5);
+  EXPECT_TRUE(error.Description.starts_with(
+      "Ошибка чтения параметра \"SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath\":\r\n"));
+  EXPECT_NE(error.Source.find("::mTmRegistryParams.GetProductSetting_String]"), std::string::npos);
+  store_.error = platform::SettingsError{0, "Сломан."};
+  error = tests::Caught([] { GetProductSetting_Boolean(false, "AutoUpdate", "NoFtp", false); });
+  EXPECT_EQ(error.Number, 1001);
+  EXPECT_EQ(error.Description, "Сломан.");
+}
+
+}  // namespace
+}  // namespace tmw

@@ -1,0 +1,22 @@
+#include <gtest/gtest.h>
+
+#include "startup/services/processes.h"
+#include "tests/support/caught.h"
+#include "tests/support/processes.h"
+
+namespace tmw {
+namespace {
+
+TEST(Elevation, TheShellStartsTheProgramInItsFolderAndGivesItsExitCode) {
+  const tests::Sandbox sandbox;
+  const std::string program = "\"" + tests::ChildProgram() + "\" ";
+  const std::string report = "report \"" + sandbox.Path("out") + "\" \"а б\"";
+  EXPECT_EQ(RunProcessInElevationMode("", program + report, sandbox.Path(), true), 0);
+  EXPECT_EQ(sandbox.Read("out"), sandbox.Path() + "\n\nа б\n");
+  EXPECT_EQ(RunProcessInElevationMode("", program + "sleep 700 exit 7", "", true), 7);
+  EXPECT_EQ(tests::Caught([] { RunProcessInElevationMode("", "c:\\none.exe x", "", true); }).Number,
+            2);
+}
+
+}  // namespace
+}  // namespace tmw

@@ -1,0 +1,92 @@
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/command_line.h"
+#include "platform/clock.h"
+#include "platform/host.h"
+#include "platform/named_mutex.h"
+#include "platform/processes.h"
+#include "startup/services/processes.h"
+#include "tests/support/sandbox.h"
+
+// A small program to start. Its arguments are a script, done in order:
+//   report FILE ...    writes folder, variable TMW_TEST_VARIABLE and all arguments behind FILE, one
+//                      a line, and ends the script
+//   hold MUTEX FILE    takes the mutex, then writes FILE ("held" or "exists"); keeps it to the end
+//   mark FILE TEXT     appends a line
+//   sleep MS, exit CODE
+//   crash CODE         ends at once, without any clean-up
+//   chain MS CODE FILE starts this program as the chain's next member: sleep MS mark FILE exit CODE
+//   product MS CODE FILE   the same as a program that is no member
+//   wait-for-chain     what an updater does first
+namespace {
+
+std::string Variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+void Append(const std::string& path, const std::string& text) {
+  std::ofstream(tests::ToPath(path), std::ios::binary | std::ios::app) << text << "\n";
+}
+
+void Hold(const std::string& name, const std::string& path) {
+  auto created = platform::CurrentPorts().mutexes->Create(name, true);
+  static std::unique_ptr<platform::NamedMutex> held;
+  if (!created.value.already_existed) held = std::move(created.value.mutex);
+  Append(path, !created.ok ? "failed" : created.value.already_existed ? "exists" : "held");
+}
+
+int Run(const std::vector<std::string>& words) {
+  platform::Ports& ports = platform::CurrentPorts();
+  for (std::size_t i = 0; i < words.size();) {
+    const std::string& verb = words[i++];
+    if (verb == "report") {
+      const std::string& path = words.at(i++);
+      std::string text =
+          tests::FromPath(std::filesystem::current_path()) + "\n" + Variable("TMW_TEST_VARIABLE");
+      for (; i < words.size(); ++i)
+        text += "\n" + words[i];
+      Append(path, text);
+    } else if (verb == "hold") {
+      Hold(words.at(i), words.at(i + 1));
+      i += 2;
+    } else if (verb == "mark") {
+      Append(words.at(i), words.at(i + 1));
+      i += 2;
+    } else if (verb == "sleep") {
+      ports.clock->Sleep(std::stoi(words.at(i++)));
+    } else if (verb == "exit") {
+      return std::stoi(words.at(i));
+    } else if (verb == "crash") {
+      static_cast<void>(ports.processes->Terminate(std::stoi(words.at(i))));
+    } else if (verb == "chain" || verb == "product") {
+      const std::string own = ports.processes->OwnProgram();
+      tmw::RunProcess(own,
+                      "\"" + own + "\" sleep " + words.at(i) + " mark \"" + words.at(i + 2) +
+                          "\" " + verb + " exit " + words.at(i + 1),
+                      "", false, verb == "chain" ? tmw::kContinuesChain : 0);
+      i += 3;
+    } else {
+      return 99;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc > 1 && std::string(argv[1]) == "wait-for-chain") {
+    if (const auto exit_code = platform::WaitForUpdaterChain()) return *exit_code;
+    --argc;
+    ++argv;
+  }
+  const auto host = platform::MakeHost(argc, argv);
+  platform::CurrentPorts() = host->MakePorts();
+  return Run(tmw::SplitCommandLine(platform::CurrentPorts().processes->OwnArguments()));
+}
