@@ -72,6 +72,7 @@ class RefusingProcesses final : public platform::Processes {
   }
   std::string OwnArguments() const override { return ""; }
   std::string OwnProgram() const override { return "/TmWebUpdate"; }
+  std::string ProgramEnding() const override { return ""; }
   platform::Status Terminate(std::int32_t) override { return platform::Status::Success(); }
 };
 
