@@ -17,8 +17,9 @@ namespace tmw {
 using platform::XmlNode;
 using platform::XmlNodeKind;
 
-// Longer documents are refused before they are parsed.
-inline constexpr std::int64_t kMaxXmlLength = std::int64_t{64} * 1024 * 1024;
+// Longer files are refused before they are read. Ours have a few megabytes at most; a parsed
+// document takes about twenty times its length in memory.
+inline constexpr std::int64_t kMaxXmlLength = std::int64_t{16} * 1024 * 1024;
 
 // A loaded document, or an empty one. Nodes live as long as it does.
 class XmlDocument {

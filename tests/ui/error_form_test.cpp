@@ -22,7 +22,7 @@ class BrokenSystemInfo final : public platform::SystemInfo {
 
 TEST(ErrorForm, TheFullTextGathersWhatSupportNeeds) {
   const std::string build = "Сборка программы обновления: " + GetAppVersionString() + "\r\n";
-  const std::string system = "Версия Windows: " + GetOSVersionString() + "\r\n";
+  const std::string tail = build + "Версия Windows: " + GetOSVersionString() + "\r\n";
   const struct {
     const char* message;
     const char* chain;
@@ -44,7 +44,7 @@ TEST(ErrorForm, TheFullTextGathersWhatSupportNeeds) {
     ErrorForm form;
     form.Compose(c.message, c.chain, c.code);
     EXPECT_EQ(form.ShortText(), c.short_text);
-    EXPECT_EQ(form.FullText(), c.full_text + build + system);
+    EXPECT_EQ(form.FullText(), c.full_text + tail);
   }
   const tests::ScopedPorts ports;
   BrokenSystemInfo broken;

@@ -4,8 +4,6 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
-#include <limits>
-
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 
@@ -102,6 +100,15 @@ std::string SourceLine(std::string_view bytes, std::int32_t line) {
                              " \t\r");
 }
 
+// Hands the document over piece by piece: the library looks no further than ten megabytes ahead and
+// would stumble over a longer one in a single piece.
+int GiveBytes(void* source, char* buffer, int length) {
+  auto& rest = *static_cast<std::string_view*>(source);
+  const std::size_t count = rest.copy(buffer, static_cast<std::size_t>(length));
+  rest.remove_prefix(count);
+  return static_cast<int>(count);
+}
+
 class LibXmlParser final : public XmlParser {
  public:
   LibXmlParser() { xmlInitParser(); }
@@ -110,17 +117,18 @@ class LibXmlParser final : public XmlParser {
 
   XmlParseResult Parse(std::string_view bytes) override {
     XmlParseResult result;
-    if (bytes.empty() || bytes.size() > std::numeric_limits<int>::max()) {
-      result.error.reason = bytes.empty() ? "Document is empty" : "Document is too large";
+    if (bytes.empty()) {
+      result.error.reason = "Document is empty";
       return result;
     }
     const std::unique_ptr<xmlParserCtxt, FreeContext> context(xmlNewParserCtxt());
     if (!context) throw std::bad_alloc();
+    std::string_view rest = bytes;
     // Without the options for huge documents the library bounds depth, entity growth and the length
     // of a single text; without those for document types it opens nothing.
     const std::unique_ptr<xmlDoc, FreeDocument> document(
-        xmlCtxtReadMemory(context.get(), bytes.data(), static_cast<int>(bytes.size()), nullptr,
-                          nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+        xmlCtxtReadIO(context.get(), GiveBytes, nullptr, &rest, nullptr, nullptr,
+                      XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
     if (!document || context->wellFormed == 0 || context->nsWellFormed == 0) {
       const xmlError* const error = xmlCtxtGetLastError(context.get());
       const char* const reason = error == nullptr ? nullptr : error->message;
