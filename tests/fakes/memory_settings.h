@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 
 #include "foundation/encodings.h"
@@ -8,9 +9,13 @@
 
 namespace tests {
 
-// The registry as two maps; keys are written "key\\name" and compare without case.
+// The registry as two maps; keys are written "key\\name" and compare without case. An error, when
+// set, is the answer to every question.
 class MemorySettings final : public platform::SettingsStore {
  public:
+  std::optional<platform::SettingsError> error;
+  bool has_folder_defaults = false;
+
   void Set(platform::SettingsRoot root, const std::string& path, const std::string& value) {
     strings_[{root, tmw::LowerCase(path)}] = value;
   }
@@ -23,7 +28,7 @@ class MemorySettings final : public platform::SettingsStore {
                                                    const std::string& name) override {
     return Find(strings_, root, key, name);
   }
-  bool HasFolderDefaults() const override { return false; }
+  bool HasFolderDefaults() const override { return has_folder_defaults; }
   platform::SettingsResult<std::int32_t> ReadLong(platform::SettingsRoot root,
                                                   const std::string& key,
                                                   const std::string& name) override {
@@ -34,11 +39,10 @@ class MemorySettings final : public platform::SettingsStore {
   using Key = std::pair<platform::SettingsRoot, std::string>;
 
   template <typename T>
-  static platform::SettingsResult<T> Find(const std::map<Key, T>& values,
-                                          platform::SettingsRoot root, const std::string& key,
-                                          const std::string& name) {
+  platform::SettingsResult<T> Find(const std::map<Key, T>& values, platform::SettingsRoot root,
+                                   const std::string& key, const std::string& name) const {
     const auto found = values.find({root, tmw::LowerCase(key + "\\" + name)});
-    if (found == values.end()) return {};
+    if (error || found == values.end()) return {std::nullopt, error};
     return {found->second, std::nullopt};
   }
 

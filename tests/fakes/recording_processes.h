@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/processes.h"
@@ -21,10 +23,17 @@ class RecordingProcesses final : public platform::Processes {
   std::string own_arguments;
   std::string own_program = "TmWebUpdate";
   std::int32_t exit_code = 0;
+  // When set, plain starts are refused with the first code for want of rights, elevated ones with
+  // the second.
+  std::optional<std::pair<platform::SystemCode, platform::SystemCode>> refusals;
+  platform::StartRequest last_start;
+  platform::ElevatedStartRequest last_elevated_start;
 
   platform::Outcome<std::unique_ptr<platform::Process>> Start(
       const platform::StartRequest& request) override {
     starts.push_back(request.program + "|" + request.command_line + "|" + request.working_folder);
+    last_start = request;
+    if (refusals) return {false, refusals->first, nullptr};
     return {true, 0, std::make_unique<EndedProcess>(exit_code)};
   }
 
@@ -32,11 +41,13 @@ class RecordingProcesses final : public platform::Processes {
       const platform::ElevatedStartRequest& request) override {
     starts.push_back("elevated " + request.program + "|" + request.parameters + "|" +
                      request.working_folder);
+    last_elevated_start = request;
+    if (refusals) return {false, refusals->second, nullptr};
     return {true, 0, std::make_unique<EndedProcess>(exit_code)};
   }
 
-  bool NeedsElevation(platform::SystemCode, const platform::StartRequest&) const override {
-    return false;
+  bool NeedsElevation(platform::SystemCode code, const platform::StartRequest&) const override {
+    return refusals && code == refusals->first;
   }
   std::string OwnArguments() const override { return own_arguments; }
   std::string OwnProgram() const override { return own_program; }

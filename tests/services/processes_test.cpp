@@ -5,6 +5,7 @@
 #include "foundation/api_errors.h"
 #include "foundation/text.h"
 #include "platform/processes.h"
+#include "tests/fakes/recording_processes.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/caught.h"
 #include "tests/support/environment.h"
@@ -51,34 +52,10 @@ TEST(Processes, WhatCannotBeStartedRaisesTheSystemsError) {
   tests::Caught([&] { RunProcess(tests::ChildProgram(), "", missing, true, 0); });
 }
 
-// Refuses every start for want of rights and writes down what it was asked.
-class RefusingProcesses final : public platform::Processes {
- public:
-  platform::StartRequest request;
-  platform::ElevatedStartRequest elevated;
-
-  platform::Outcome<std::unique_ptr<platform::Process>> Start(
-      const platform::StartRequest& asked) override {
-    request = asked;
-    return platform::Outcome<std::unique_ptr<platform::Process>>::Failure(740);
-  }
-  platform::Outcome<std::unique_ptr<platform::Process>> StartElevated(
-      const platform::ElevatedStartRequest& asked) override {
-    elevated = asked;
-    return platform::Outcome<std::unique_ptr<platform::Process>>::Failure(1223);
-  }
-  bool NeedsElevation(platform::SystemCode code, const platform::StartRequest&) const override {
-    return code == 740;
-  }
-  std::string OwnArguments() const override { return ""; }
-  std::string OwnProgram() const override { return "/TmWebUpdate"; }
-  std::string ProgramEnding() const override { return ""; }
-  platform::Status Terminate(std::int32_t) override { return platform::Status::Success(); }
-};
-
 TEST(Processes, AProgramThatNeedsRightsIsStartedElevatedAndMayBeDeclined) {
   const tests::ScopedPorts ports;
-  RefusingProcesses processes;
+  tests::RecordingProcesses processes;
+  processes.refusals = {740, 1223};
   ports->processes = &processes;
   const auto error = tests::Caught(
       [] { RunProcess("", " \"a b.exe\"  -x \"1 2\" ", "folder", true, kContinuesChain | 0x302); });
@@ -86,13 +63,13 @@ TEST(Processes, AProgramThatNeedsRightsIsStartedElevatedAndMayBeDeclined) {
   EXPECT_EQ(error.Source,
             "[TmWebUpdate::mProcesses.RunProcess] { \"a b.exe\"  -x \"1 2\" }\r\n"
             "[TmWebUpdate::mProcesses.RunProcessInElevationMode] {\"a b.exe\"}");
-  EXPECT_FALSE(processes.request.feedback_on);
-  EXPECT_TRUE(processes.request.feedback_off);
-  EXPECT_EQ(processes.request.show_window, std::uint16_t{3});
-  EXPECT_EQ(processes.elevated.program, "\"a b.exe\"");
-  EXPECT_EQ(processes.elevated.parameters, "-x \"1 2\"");
-  EXPECT_EQ(processes.elevated.working_folder, "folder");
-  EXPECT_TRUE(processes.elevated.continues_chain);
+  EXPECT_FALSE(processes.last_start.feedback_on);
+  EXPECT_TRUE(processes.last_start.feedback_off);
+  EXPECT_EQ(processes.last_start.show_window, std::uint16_t{3});
+  EXPECT_EQ(processes.last_elevated_start.program, "\"a b.exe\"");
+  EXPECT_EQ(processes.last_elevated_start.parameters, "-x \"1 2\"");
+  EXPECT_EQ(processes.last_elevated_start.working_folder, "folder");
+  EXPECT_TRUE(processes.last_elevated_start.continues_chain);
 }
 
 TEST(Processes, TheProgramIsSplitOffAFullCommandLine) {

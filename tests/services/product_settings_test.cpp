@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "platform/settings_store.h"
+#include "tests/fakes/memory_settings.h"
 #include "tests/support/caught.h"
 #include "tests/support/environment.h"
 #include "tests/support/scoped_ports.h"
@@ -12,40 +12,10 @@
 namespace tmw {
 namespace {
 
-// Values in memory by "machine|key|name"; error, when set, is the answer to every question.
-class MapSettings final : public platform::SettingsStore {
- public:
-  std::map<std::string, std::string> texts;
-  std::map<std::string, std::int32_t> longs;
-  std::optional<platform::SettingsError> error;
-  bool has_folder_defaults = false;
+using enum platform::SettingsRoot;
 
-  platform::SettingsResult<std::string> ReadString(platform::SettingsRoot root,
-                                                   const std::string& key,
-                                                   const std::string& name) override {
-    return Find(texts, root, key, name);
-  }
-  platform::SettingsResult<std::int32_t> ReadLong(platform::SettingsRoot root,
-                                                  const std::string& key,
-                                                  const std::string& name) override {
-    return Find(longs, root, key, name);
-  }
-  bool HasFolderDefaults() const override { return has_folder_defaults; }
-
- private:
-  template <typename T>
-  platform::SettingsResult<T> Find(const std::map<std::string, T>& values,
-                                   platform::SettingsRoot root, const std::string& key,
-                                   const std::string& name) const {
-    const bool is_machine = root == platform::SettingsRoot::kMachine;
-    const auto found = values.find((is_machine ? "machine|" : "user|") + key + "|" + name);
-    if (error || found == values.end()) return {std::nullopt, error};
-    return {found->second, std::nullopt};
-  }
-};
-
-const std::string kGeneral = "machine|SOFTWARE\\Kestrel Soft\\Tamrin\\General|";
-const std::string kAutoUpdate = "user|SOFTWARE\\Kestrel Soft\\Tamrin\\AutoUpdate|";
+const std::string kGeneral = "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\";
+const std::string kAutoUpdate = "SOFTWARE\\Kestrel Soft\\Tamrin\\AutoUpdate\\";
 
 class ProductSettings : public testing::Test {
  protected:
@@ -56,7 +26,7 @@ class ProductSettings : public testing::Test {
   ~ProductSettings() override { ForgetProductPaths(); }
 
   tests::ScopedPorts ports_;
-  MapSettings store_;
+  tests::MemorySettings store_;
 };
 
 TEST_F(ProductSettings, KeysAreJoinedWithOneBackslash) {
@@ -71,7 +41,7 @@ TEST_F(ProductSettings, KeysAreJoinedWithOneBackslash) {
 TEST_F(ProductSettings, NumbersOutOfRangeGiveTheDefault) {
   for (const auto& [stored, read] :
        std::map<std::int32_t, std::int32_t>{{-1, 2}, {0, 0}, {4, 4}, {5, 2}, {7, 2}}) {
-    store_.longs[kAutoUpdate + "ProxyType"] = stored;
+    store_.Set(kUser, kAutoUpdate + "ProxyType", stored);
     EXPECT_EQ(GetProductSetting_LongRanged(false, "AutoUpdate", "ProxyType", 0, 4, 2), read);
   }
   EXPECT_EQ(GetProductSetting_Long(true, "AutoUpdate", "ProxyType", 3), 3);
@@ -85,7 +55,7 @@ TEST_F(ProductSettings, BooleansAreWords) {
   for (const auto& c : cases) {
     std::istringstream words(c.words);
     for (std::string word; words >> word;) {
-      store_.texts[kAutoUpdate + "NoFtp"] = word;
+      store_.Set(kUser, kAutoUpdate + "NoFtp", word);
       for (const bool fallback : {false, true}) {
         EXPECT_EQ(GetProductSetting_Boolean(false, "AutoUpdate", "NoFtp", fallback),
                   c.value == -1 ? fallback : c.value == 1)
@@ -98,11 +68,11 @@ TEST_F(ProductSettings, BooleansAreWords) {
 
 TEST_F(ProductSettings, FoldersEndWithASeparatorAndAreReadOnce) {
   const std::string separator(1, tests::kOnWindows ? '\\' : '/');
-  store_.texts[kGeneral + "RootPath"] = "root";
-  store_.texts[kGeneral + "DataBasePath"] = "base" + separator;
+  store_.Set(kMachine, kGeneral + "RootPath", "root");
+  store_.Set(kMachine, kGeneral + "DataBasePath", "base" + separator);
   EXPECT_EQ(GetProductRootPath(), "root" + separator);
   EXPECT_EQ(GetDataBasePath(), "base" + separator);
-  store_.texts.clear();
+  store_ = {};
   EXPECT_EQ(GetProductRootPath(), "root" + separator);
   EXPECT_EQ(GetDataBasePath(), "base" + separator);
 }

@@ -76,9 +76,10 @@ class SpawnPlan {
   Outcome<pid_t> Spawn(const std::string& program, const std::vector<std::string>& arguments,
                        bool search) {
     posix_spawn_file_actions_addclosefrom_np(&actions_, first_closed_);
-    std::vector<char*> environment;
-    for (char** variable = environ; *variable != nullptr; ++variable)
-      environment.push_back(*variable);
+    char** end = environ;
+    while (*end != nullptr)
+      ++end;
+    std::vector<char*> environment(environ, end);
     for (std::string& variable : variables_)
       environment.push_back(variable.data());
     environment.push_back(nullptr);
@@ -194,7 +195,7 @@ class LinuxProcesses final : public Processes {
       : own_arguments_(argv + std::min(argc, 1), argv + argc), own_program_(ReadOwnProgram()) {
     sigemptyset(&resettable_signals_);
     // Ignored children would leave no exit codes.
-    if (IsIgnored(SIGCHLD)) std::signal(SIGCHLD, SIG_DFL);
+    if (IsIgnored(SIGCHLD)) static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
     for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
       // What the caller had ignored (nohup) stays so.
       if (!IsIgnored(number)) sigaddset(&resettable_signals_, number);

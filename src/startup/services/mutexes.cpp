@@ -39,23 +39,23 @@ void SleepOnePoll() {
 
 }  // namespace
 
-bool WaitUntilAppMutexClosed(const std::string& mutexName, const std::string& appTitle) try {
+bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& app_title) try {
   for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
     for (; attempts > 0; --attempts) {
-      if (!IsRunning(mutexName)) return true;
+      if (!IsRunning(mutex_name)) return true;
       SleepOnePoll();
     }
-    if (!AskToGoOnWaiting(mutex_texts::ApplicationIsOpen(appTitle))) return false;
+    if (!AskToGoOnWaiting(mutex_texts::ApplicationIsOpen(app_title))) return false;
   }
 } catch (...) {
   ReRaiseError(kModule, "WaitUntilAppMutexClosed");
 }
 
-bool LockUpdaterMutex(const std::string& mutexName) try {
+bool LockUpdaterMutex(const std::string& mutex_name) try {
   ReleaseUpdaterLock();
   for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
     for (; attempts > 0; --attempts) {
-      auto created = platform::CurrentPorts().mutexes->Create(mutexName, true);
+      auto created = platform::CurrentPorts().mutexes->Create(mutex_name, true);
       if (!created.ok) RaiseApiError(created.code);
       if (!created.value.already_existed) {
         auto keeper = std::make_unique<MutexKeeper>();

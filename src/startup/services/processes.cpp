@@ -59,37 +59,37 @@ std::int32_t RunElevated(std::string exe_name, std::string cmd_line, const std::
 }  // namespace
 
 // The frames' extra text names the program: the description is the system's text alone.
-std::int32_t RunProcess(const std::string& exeName, const std::string& cmdLine,
-                        const std::string& workDir, bool wait, std::int32_t flags) try {
+std::int32_t RunProcess(const std::string& exe_name, const std::string& cmd_line,
+                        const std::string& work_dir, bool wait, std::int32_t flags) try {
   platform::Processes& processes = *platform::CurrentPorts().processes;
-  const platform::StartRequest request = MakeRequest(exeName, cmdLine, workDir, flags);
+  const platform::StartRequest request = MakeRequest(exe_name, cmd_line, work_dir, flags);
   const auto started = processes.Start(request);
   if (!started.ok) {
     if (processes.NeedsElevation(started.code, request))
-      return RunElevated(exeName, cmdLine, workDir, wait, request.continues_chain);
+      return RunElevated(exe_name, cmd_line, work_dir, wait, request.continues_chain);
     RaiseApiError(started.code);
   }
   return wait ? WaitForExitCode(*started.value) : started.value->Id();
 } catch (...) {
-  ReRaiseError(kModule, "RunProcess", exeName.empty() ? cmdLine : exeName);
+  ReRaiseError(kModule, "RunProcess", exe_name.empty() ? cmd_line : exe_name);
 }
 
-std::int32_t RunProcessInElevationMode(const std::string& exeName, const std::string& cmdLine,
-                                       const std::string& workDir, bool wait) {
-  return RunElevated(exeName, cmdLine, workDir, wait, false);
+std::int32_t RunProcessInElevationMode(const std::string& exe_name, const std::string& cmd_line,
+                                       const std::string& work_dir, bool wait) {
+  return RunElevated(exe_name, cmd_line, work_dir, wait, false);
 }
 
-void NormalizeExeNameAndCmdLine(std::string& exeName, std::string& cmdLine) try {
-  cmdLine = Trim(cmdLine);
+void NormalizeExeNameAndCmdLine(std::string& exe_name, std::string& cmd_line) try {
+  cmd_line = Trim(cmd_line);
   bool is_inside_quotes = false;
   std::size_t blank = 0;
-  for (; blank < cmdLine.size(); ++blank) {
-    if (cmdLine[blank] == '"') is_inside_quotes = !is_inside_quotes;
-    if (cmdLine[blank] == ' ' && !is_inside_quotes) break;
+  for (; blank < cmd_line.size(); ++blank) {
+    if (cmd_line[blank] == '"') is_inside_quotes = !is_inside_quotes;
+    if (cmd_line[blank] == ' ' && !is_inside_quotes) break;
   }
-  if (exeName.empty()) exeName = cmdLine.substr(0, blank);
+  if (exe_name.empty()) exe_name = cmd_line.substr(0, blank);
   // A line without parameters is handed on whole, as a parameter: programs rely on it.
-  if (blank < cmdLine.size()) cmdLine = Trim(cmdLine.substr(blank));
+  if (blank < cmd_line.size()) cmd_line = Trim(cmd_line.substr(blank));
 } catch (...) {
   ReRaiseError(kModule, "NormalizeExeNameAndCmdLine");
 }

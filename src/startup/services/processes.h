@@ -19,20 +19,20 @@ inline constexpr std::int32_t kShowWindowUnit = 0x100;
 // process that waits on the terminal then waits for it too; Windows has no such process.
 inline constexpr std::int32_t kContinuesChain = 0x10000;
 
-// Starts a program. Empty texts are not given; without exeName the first word of cmdLine is the
+// Starts a program. Empty texts are not given; without exe_name the first word of cmd_line is the
 // program. With wait: pending window events run until it ends, the result is its exit code (0 when
 // that cannot be read); otherwise its process id. A start that needs administrator rights goes
 // through RunProcessInElevationMode; other refusals raise.
-std::int32_t RunProcess(const std::string& exeName, const std::string& cmdLine,
-                        const std::string& workDir, bool wait, std::int32_t flags);
+std::int32_t RunProcess(const std::string& exe_name, const std::string& cmd_line,
+                        const std::string& work_dir, bool wait, std::int32_t flags);
 
 // The same after asking the user for administrator rights; raises when he declines.
-std::int32_t RunProcessInElevationMode(const std::string& exeName, const std::string& cmdLine,
-                                       const std::string& workDir, bool wait);
+std::int32_t RunProcessInElevationMode(const std::string& exe_name, const std::string& cmd_line,
+                                       const std::string& work_dir, bool wait);
 
-// Splits the program off a full command line at its first blank outside quotes. exeName is filled
-// only when empty, and keeps its quotes; cmdLine becomes the parameters. A line without such a
-// blank stays whole in cmdLine.
-void NormalizeExeNameAndCmdLine(std::string& exeName, std::string& cmdLine);
+// Splits the program off a full command line at its first blank outside quotes. exe_name is filled
+// only when empty, and keeps its quotes; cmd_line becomes the parameters. A line without such a
+// blank stays whole in cmd_line.
+void NormalizeExeNameAndCmdLine(std::string& exe_name, std::string& cmd_line);
 
 }  // namespace tmw

@@ -74,10 +74,10 @@ std::string ReadFolder(std::string_view setting, std::string_view default_value)
 
 }  // namespace
 
-std::string ConcatenateRegistryKeys(const std::string& key, const std::string& subKey) try {
-  if (subKey.empty()) return key;
+std::string ConcatenateRegistryKeys(const std::string& key, const std::string& sub_key) try {
+  if (sub_key.empty()) return key;
   std::string_view front = key;
-  std::string_view back = subKey;
+  std::string_view back = sub_key;
   if (front.ends_with('\\')) front.remove_suffix(1);
   if (back.starts_with('\\')) back.remove_prefix(1);
   return std::string(front) + "\\" + std::string(back);
@@ -85,41 +85,41 @@ std::string ConcatenateRegistryKeys(const std::string& key, const std::string& s
   ReRaiseError(kModule, "ConcatenateRegistryKeys");
 }
 
-std::string GetProductSetting_String(bool machineWide, const std::string& section,
+std::string GetProductSetting_String(bool machine_wide, const std::string& section,
                                      const std::string& name,
                                      const std::string& default_value) try {
-  return ReadString(machineWide, SectionKey(section), name, default_value);
+  return ReadString(machine_wide, SectionKey(section), name, default_value);
 } catch (...) {
   ReRaiseError(kModule, "GetProductSetting_String");
 }
 
-std::int32_t GetProductSetting_Long(bool machineWide, const std::string& section,
+std::int32_t GetProductSetting_Long(bool machine_wide, const std::string& section,
                                     const std::string& name, std::int32_t default_value) try {
   const std::string key = SectionKey(section);
-  return ValueOr(Store().ReadLong(RootOf(machineWide), key, name), key, name, default_value);
+  return ValueOr(Store().ReadLong(RootOf(machine_wide), key, name), key, name, default_value);
 } catch (...) {
   ReRaiseError(kModule, "GetProductSetting_Long");
 }
 
-std::int32_t GetProductSetting_LongRanged(bool machineWide, const std::string& section,
+std::int32_t GetProductSetting_LongRanged(bool machine_wide, const std::string& section,
                                           const std::string& name, std::int32_t min,
                                           std::int32_t max, std::int32_t default_value) try {
-  const std::int32_t value = GetProductSetting_Long(machineWide, section, name, default_value);
+  const std::int32_t value = GetProductSetting_Long(machine_wide, section, name, default_value);
   return min <= value && value <= max ? value : default_value;
 } catch (...) {
   ReRaiseError(kModule, "GetProductSetting_LongRanged");
 }
 
-bool GetProductSetting_Boolean(bool machineWide, const std::string& section,
+bool GetProductSetting_Boolean(bool machine_wide, const std::string& section,
                                const std::string& name, bool default_value) try {
-  return ReadRegistryBoolean(machineWide, SectionKey(section), name, default_value);
+  return ReadRegistryBoolean(machine_wide, SectionKey(section), name, default_value);
 } catch (...) {
   ReRaiseError(kModule, "GetProductSetting_Boolean");
 }
 
-bool ReadRegistryBoolean(bool machineWide, const std::string& key, const std::string& name,
+bool ReadRegistryBoolean(bool machine_wide, const std::string& key, const std::string& name,
                          bool default_value) {
-  const std::string word = LowerCase(ReadString(machineWide, key, name, kMissingMark));
+  const std::string word = LowerCase(ReadString(machine_wide, key, name, kMissingMark));
   for (const std::string_view yes : {"true", "1", "-1", "yes", "y"}) {
     if (word == yes) return true;
   }

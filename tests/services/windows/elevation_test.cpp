@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "startup/services/processes.h"
-#include "tests/support/caught.h"
 #include "tests/support/processes.h"
 
 namespace tmw {
@@ -14,8 +13,6 @@ TEST(Elevation, TheShellStartsTheProgramInItsFolderAndGivesItsExitCode) {
   EXPECT_EQ(RunProcessInElevationMode("", program + report, sandbox.Path(), true), 0);
   EXPECT_EQ(sandbox.Read("out"), sandbox.Path() + "\n\nа б\n");
   EXPECT_EQ(RunProcessInElevationMode("", program + "sleep 700 exit 7", "", true), 7);
-  EXPECT_EQ(tests::Caught([] { RunProcessInElevationMode("", "c:\\none.exe x", "", true); }).Number,
-            2);
 }
 
 }  // namespace
