@@ -2,10 +2,12 @@
 
 namespace platform {
 
+class BinaryFiles;
 class Clock;
 class ErrorTexts;
 class FileSystem;
 class FrontEnd;
+class Internet;
 class NamedMutexes;
 class Processes;
 class SettingsStore;
@@ -15,10 +17,12 @@ class XmlParser;
 // The services of the system that this process runs on. main puts the real ones here before
 // anything else runs; a test puts its fakes here. None is owned.
 struct Ports {
+  BinaryFiles* binary_files = nullptr;
   Clock* clock = nullptr;
   ErrorTexts* error_texts = nullptr;
   FileSystem* files = nullptr;
   FrontEnd* front_end = nullptr;
+  Internet* internet = nullptr;
   NamedMutexes* mutexes = nullptr;
   Processes* processes = nullptr;
   SettingsStore* settings = nullptr;

@@ -1,9 +1,11 @@
 #include "platform/host.h"
 
+#include "platform/binary_file.h"
 #include "platform/clock.h"
 #include "platform/error_texts.h"
 #include "platform/file_system.h"
 #include "platform/front_end.h"
+#include "platform/internet.h"
 #include "platform/named_mutex.h"
 #include "platform/processes.h"
 #include "platform/settings_store.h"
@@ -19,10 +21,12 @@ class LinuxHost final : public Host {
 
   Ports MakePorts() override {
     Ports ports;
+    ports.binary_files = binary_files_.get();
     ports.clock = clock_.get();
     ports.error_texts = error_texts_.get();
     ports.files = files_.get();
     ports.front_end = front_end_.get();
+    ports.internet = internet_.get();
     ports.mutexes = mutexes_.get();
     ports.processes = processes_.get();
     ports.settings = settings_.get();
@@ -32,10 +36,12 @@ class LinuxHost final : public Host {
   }
 
  private:
+  std::unique_ptr<BinaryFiles> binary_files_ = MakeBinaryFiles();
   std::unique_ptr<Clock> clock_ = MakeClock();
   std::unique_ptr<ErrorTexts> error_texts_ = MakeErrorTexts();
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();
   std::unique_ptr<FrontEnd> front_end_ = MakeFrontEnd();
+  std::unique_ptr<Internet> internet_ = MakeInternet();
   std::unique_ptr<NamedMutexes> mutexes_ = MakeNamedMutexes();
   std::unique_ptr<Processes> processes_;
   std::unique_ptr<SettingsStore> settings_ = MakeSettingsStore();

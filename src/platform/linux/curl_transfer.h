@@ -1,0 +1,105 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/internet.h"
+#include "platform/unique_handle.h"
+
+namespace platform {
+
+struct MultiTraits {
+  using Type = CURLM*;
+  static Type Invalid() { return nullptr; }
+  static void Close(Type multi) { curl_multi_cleanup(multi); }
+};
+struct EasyTraits {
+  using Type = CURL*;
+  static Type Invalid() { return nullptr; }
+  static void Close(Type easy) { curl_easy_cleanup(easy); }
+};
+
+// What a session and its transfers share. The multi handle keeps the connections, so that one
+// request follows another on the same connection.
+struct CurlCore {
+  InternetSessionOptions options;
+  std::chrono::milliseconds stall_limit{};
+  UniqueHandle<MultiTraits> multi;
+};
+
+// One request to one URL and its answer, without redirects, read by pulling: nothing runs between
+// the calls, and a call drives the transfer only until it has brought something new. Can be started
+// again and again. Failures are codes of the internet layer.
+class CurlTransfer {
+ public:
+  explicit CurlTransfer(std::shared_ptr<CurlCore> core);
+  CurlTransfer(const CurlTransfer&) = delete;
+  CurlTransfer& operator=(const CurlTransfer&) = delete;
+  ~CurlTransfer();
+
+  // Asks for the body from that position on: HTTP with a range, FTP with REST. A transfer that runs
+  // is ended, its bytes are dropped.
+  Status Start(const std::string& url, std::int64_t position);
+  void Stop();
+
+  // Waits until the answer's headers are complete or, without headers, for its first byte.
+  Status AwaitAnswer(const WaitHandler& on_wait);
+
+  // Lets the transfer run until it has brought its answer, bytes or its end, or until a slice has
+  // passed. False: the server has been silent for the stall limit.
+  bool Pump();
+
+  // The answer. An FTP file that came through an HTTP proxy has an HTTP answer too.
+  bool IsHttp() const { return is_http_; }
+  std::int32_t StatusCode() const { return status_code_; }
+  const std::string& StatusText() const { return status_text_; }  // the server's bytes
+  std::string Header(const char* name) const;                     // "" when there is none
+  std::int64_t AnnouncedLength() const;  // -1 when the server does not tell
+
+  // The body.
+  bool HasBytes() const { return taken_ < buffer_.size(); }
+  std::uint32_t Take(void* buffer, std::uint32_t length);
+  bool IsDone() const { return is_done_; }
+  SystemCode EndCode() const { return end_code_; }  // 0: the whole body has come
+
+ private:
+  template <typename T>
+  void Set(CURLoption option, T value) {
+    curl_easy_setopt(easy_.Get(), option, value);
+  }
+  void SetOptions(const std::string& url, std::int64_t position);
+  void SetCertificates();
+  void SetProxy(const std::string& url);
+  void Resume();
+  void CollectEnded();
+  void NoteEnd(CURLcode result);
+  void NoteStatusLine(std::string_view line);
+  static std::size_t OnBody(char* data, std::size_t size, std::size_t count, void* owner);
+  static std::size_t OnHeader(char* data, std::size_t size, std::size_t count, void* owner);
+
+  std::shared_ptr<CurlCore> core_;
+  UniqueHandle<EasyTraits> easy_;
+  bool is_added_ = false;
+  std::vector<char> buffer_;  // received, the first taken_ bytes already given out
+  std::size_t taken_ = 0;
+  std::size_t header_bytes_ = 0;
+  bool is_http_ = false;
+  bool is_answered_ = false;
+  bool is_done_ = false;
+  bool is_paused_ = false;
+  bool is_alive_ = false;  // something has come since the slice began
+  std::int32_t status_code_ = 0;
+  std::string status_text_;
+  SystemCode end_code_ = 0;
+  SystemCode abort_code_ = 0;            // why a callback of ours ended the transfer
+  std::chrono::milliseconds silence_{};  // waited without a byte
+};
+
+}  // namespace platform

@@ -1,0 +1,78 @@
+#include "platform/binary_file.h"
+
+#include "platform/unique_handle.h"
+#include "platform/windows/wide.h"
+#include "platform/windows/windows_headers.h"
+
+namespace platform {
+namespace {
+
+SystemCode LastError() {
+  return static_cast<SystemCode>(GetLastError());
+}
+
+struct FileTraits {
+  using Type = HANDLE;
+  static Type Invalid() { return INVALID_HANDLE_VALUE; }
+  static void Close(Type handle) { CloseHandle(handle); }
+};
+using FileHandle = UniqueHandle<FileTraits>;
+
+class WindowsBinaryFile final : public BinaryFileHandle {
+ public:
+  explicit WindowsBinaryFile(FileHandle handle) : handle_(std::move(handle)) {}
+
+  std::uint32_t Size() override {
+    DWORD high = 0;
+    return GetFileSize(handle_.Get(), &high);
+  }
+
+  Status Seek(std::int32_t position, std::uint32_t move_method) override {
+    const DWORD result = SetFilePointer(handle_.Get(), position, nullptr, move_method);
+    if (result == INVALID_SET_FILE_POINTER) return Status::Failure(LastError());
+    return Status::Success();
+  }
+
+  Outcome<std::uint32_t> Write(const void* data, std::uint32_t length) override {
+    DWORD written = 0;
+    if (WriteFile(handle_.Get(), data, length, &written, nullptr) == FALSE)
+      return Outcome<std::uint32_t>::Failure(LastError());
+    return Outcome<std::uint32_t>::Success(written);
+  }
+
+  Status Flush() override {
+    return FlushFileBuffers(handle_.Get()) != FALSE ? Status::Success()
+                                                    : Status::Failure(LastError());
+  }
+
+  Status Close() override {
+    if (CloseHandle(handle_.Get()) == FALSE) return Status::Failure(LastError());
+    handle_.Release();
+    return Status::Success();
+  }
+
+ private:
+  FileHandle handle_;
+};
+
+class WindowsBinaryFiles final : public BinaryFiles {
+ public:
+  Outcome<std::unique_ptr<BinaryFileHandle>> Open(const std::string& path, std::uint32_t access,
+                                                  std::uint32_t share_mode,
+                                                  std::uint32_t disposition,
+                                                  std::uint32_t flags) override {
+    using Result = Outcome<std::unique_ptr<BinaryFileHandle>>;
+    FileHandle handle(CreateFileA(ToAnsi(path).c_str(), access, share_mode, nullptr, disposition,
+                                  flags, nullptr));
+    if (!handle) return Result::Failure(LastError());
+    return Result::Success(std::make_unique<WindowsBinaryFile>(std::move(handle)));
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<BinaryFiles> MakeBinaryFiles() {
+  return std::make_unique<WindowsBinaryFiles>();
+}
+
+}  // namespace platform

@@ -1,0 +1,160 @@
+#include "platform/internet.h"
+
+#include <cstdlib>
+#include <vector>
+
+#include "platform/unique_handle.h"
+#include "platform/windows/wide.h"
+#include "platform/windows/windows_headers.h"
+
+#include <wininet.h>
+
+namespace platform {
+namespace {
+
+// From the last error of the failed call, to be asked at once.
+SystemCode LastError() {
+  return static_cast<SystemCode>(GetLastError());
+}
+
+struct InternetTraits {
+  using Type = HINTERNET;
+  static Type Invalid() { return nullptr; }
+  static void Close(Type handle) { InternetCloseHandle(handle); }
+};
+using InternetHandle = UniqueHandle<InternetTraits>;
+
+Status CloseInternetHandle(InternetHandle& handle) {
+  if (InternetCloseHandle(handle.Get()) == FALSE) return Status::Failure(LastError());
+  handle.Release();
+  return Status::Success();
+}
+
+class WinInetRequest final : public InternetRequest {
+ public:
+  explicit WinInetRequest(InternetHandle handle)
+      : handle_(std::move(handle)), whole_length_(AnnouncedLength()) {}
+
+  Outcome<InternetChunk> Read(void* buffer, std::uint32_t length) override {
+    using Result = Outcome<InternetChunk>;
+    DWORD read = 0;
+    if (InternetReadFile(handle_.Get(), buffer, length, &read) == FALSE)
+      return Result::Failure(LastError());
+    position_ += read;
+    if (read > 0) return Result::Success({read, false});
+    // WinINet takes a connection that was cut for the end of the body.
+    if (whole_length_ >= 0 && position_ < whole_length_)
+      return Result::Failure(ERROR_INTERNET_CONNECTION_ABORTED);
+    return Result::Success({0, true});
+  }
+
+  Status Seek(std::int32_t position, const WaitHandler& /*on_wait*/) override {
+    if (position == position_) return Status::Success();
+    const DWORD result = InternetSetFilePointer(handle_.Get(), position, nullptr, FILE_BEGIN, 0);
+    if (result == INVALID_SET_FILE_POINTER) return Status::Failure(LastError());
+    position_ = position;
+    return Status::Success();
+  }
+
+  Outcome<std::int32_t> HttpStatusCode() override {
+    using Result = Outcome<std::int32_t>;
+    DWORD code = 0;
+    DWORD size = sizeof(code);
+    if (HttpQueryInfoA(handle_.Get(), HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &code, &size,
+                       nullptr) == FALSE)
+      return Result::Failure(LastError());
+    return Result::Success(static_cast<std::int32_t>(code));
+  }
+
+  Outcome<std::string> HttpStatusText() override {
+    using Result = Outcome<std::string>;
+    char nothing = 0;
+    DWORD length = 0;
+    if (HttpQueryInfoA(handle_.Get(), HTTP_QUERY_STATUS_TEXT, &nothing, &length, nullptr) ==
+        FALSE) {
+      const SystemCode code = LastError();
+      if (code != ERROR_INSUFFICIENT_BUFFER) return Result::Failure(code);
+    }
+    if (length == 0) return Result::Success({});
+    std::vector<char> text(std::size_t{length} + 1);
+    length = static_cast<DWORD>(text.size());
+    if (HttpQueryInfoA(handle_.Get(), HTTP_QUERY_STATUS_TEXT, text.data(), &length, nullptr) ==
+        FALSE)
+      return Result::Failure(LastError());
+    return Result::Success(FromAnsi({text.data(), length}));
+  }
+
+  Status Close() override { return CloseInternetHandle(handle_); }
+
+ private:
+  // As text, since the numeric query is 32 bits wide. -1 when the server does not tell.
+  std::int64_t AnnouncedLength() const {
+    char text[32] = {};
+    DWORD size = sizeof(text) - 1;
+    if (HttpQueryInfoA(handle_.Get(), HTTP_QUERY_CONTENT_LENGTH, text, &size, nullptr) == FALSE)
+      return -1;
+    char* end = nullptr;
+    const long long length = std::strtoll(text, &end, 10);
+    return end == text || length < 0 ? -1 : length;
+  }
+
+  InternetHandle handle_;
+  std::int64_t position_ = 0;  // of the next byte to be read
+  std::int64_t whole_length_ = -1;
+};
+
+class WinInetSession final : public InternetSession {
+ public:
+  explicit WinInetSession(InternetHandle handle) : handle_(std::move(handle)) {}
+
+  Outcome<std::unique_ptr<InternetRequest>> OpenUrl(const std::string& url, std::uint32_t flags,
+                                                    std::uintptr_t context,
+                                                    const WaitHandler& /*on_wait*/) override {
+    using Result = Outcome<std::unique_ptr<InternetRequest>>;
+    InternetHandle request(
+        InternetOpenUrlA(handle_.Get(), ToAnsi(url).c_str(), "", 0, flags, context));
+    if (!request) return Result::Failure(LastError());
+    return Result::Success(std::make_unique<WinInetRequest>(std::move(request)));
+  }
+
+  Status Close() override { return CloseInternetHandle(handle_); }
+
+ private:
+  InternetHandle handle_;
+};
+
+class WinInet final : public Internet {
+ public:
+  explicit WinInet(std::chrono::milliseconds stall_limit)
+      : stall_limit_(static_cast<DWORD>(stall_limit.count())) {}
+
+  Outcome<std::unique_ptr<InternetSession>> OpenSession(
+      const InternetSessionOptions& options) override {
+    using Result = Outcome<std::unique_ptr<InternetSession>>;
+    const bool is_proxied = options.access_type == kAccessProxy;
+    const std::string proxy = ToAnsi(options.proxy);
+    const std::string bypass = ToAnsi(options.proxy_bypass);
+    InternetHandle session(InternetOpenA(ToAnsi(options.agent).c_str(),
+                                         static_cast<DWORD>(options.access_type),
+                                         is_proxied ? proxy.c_str() : nullptr,
+                                         is_proxied ? bypass.c_str() : nullptr, options.flags));
+    if (!session) return Result::Failure(LastError());
+    // Where an option is not known WinINet's own limits remain.
+    DWORD limit = stall_limit_;
+    for (const DWORD option : {INTERNET_OPTION_CONNECT_TIMEOUT, INTERNET_OPTION_SEND_TIMEOUT,
+                               INTERNET_OPTION_RECEIVE_TIMEOUT})
+      InternetSetOptionA(session.Get(), option, &limit, sizeof(limit));
+    return Result::Success(std::make_unique<WinInetSession>(std::move(session)));
+  }
+
+ private:
+  DWORD stall_limit_;
+};
+
+}  // namespace
+
+std::unique_ptr<Internet> MakeInternet(std::chrono::milliseconds stall_limit) {
+  return std::make_unique<WinInet>(stall_limit);
+}
+
+}  // namespace platform
