@@ -1,0 +1,122 @@
+#include "transfer/inet.h"
+
+#include <array>
+
+#include "foundation/error_handling.h"
+#include "foundation/version.h"
+#include "transfer/binary_file.h"
+#include "transfer/inet_opened_url.h"
+#include "transfer/transfer_texts.h"
+
+namespace tmw {
+namespace {
+
+namespace win32 = platform::win32;
+
+constexpr const char* kModule = "miInet";
+constexpr std::uint32_t kReadSize = 16384;
+
+void OpenLocalFile(BinaryFile& file, const std::string& name) {
+  file.OpenFile(name, win32::kGenericWrite, win32::kShareRead, win32::kCreateAlways, 0);
+}
+
+// Writes the whole body to the file, chunk by chunk.
+void CopyBody(InetOpenedUrl& url, BinaryFile& file, std::int64_t max_bytes) {
+  std::array<char, kReadSize + 1> buffer{};
+  std::int64_t total = 0;
+  std::int32_t count = 0;
+  while (url.ReadChunk(buffer.data(), kReadSize, count)) {
+    if (count < 1) continue;
+    total += count;
+    if (total > max_bytes) RaiseProgramError(transfer_texts::TooLong(max_bytes));
+    file.WriteBuffer(buffer.data(), static_cast<std::uint32_t>(count), true);
+  }
+}
+
+}  // namespace
+
+std::shared_ptr<InetConnection> GetInetConnection() try {
+  static std::shared_ptr<InetConnection> shared;
+  if (shared == nullptr) shared = MakeInetConnection(GetUpdaterSettings());
+  return shared;
+} catch (...) {
+  ReRaiseError(kModule, "GetInetConnection");
+}
+
+std::shared_ptr<InetConnection> MakeInetConnection(const UpdaterSettings& settings) {
+  auto connection = std::make_shared<InetConnection>();
+  connection->AccessType = settings.ProxyType;
+  if (settings.ProxyType == platform::kAccessProxy) {
+    if (settings.ProxyServer.empty()) {
+      connection->AccessType = platform::kAccessDirect;
+    } else {
+      connection->Proxy = settings.ProxyServer;
+    }
+  }
+  const AppVersion version = GetAppVersion();
+  connection->Agent =
+      "Tamrin Web Updater/" + std::to_string(version.Major) + "." + std::to_string(version.Minor);
+  connection->OpenInternet();
+  return connection;
+}
+
+std::string JoinUrl(std::string_view base, std::string_view tail) try {
+  if (base.empty()) return std::string(tail);
+  if (base.ends_with('/')) base.remove_suffix(1);
+  if (tail.starts_with('/')) tail.remove_prefix(1);
+  return std::string(base) + "/" + std::string(tail);
+} catch (...) {
+  ReRaiseError(kModule, "JoinUrl");
+}
+
+void DownloadFile(const std::string& url, const std::string& local_name,
+                  std::int64_t max_bytes) try {
+  InetOpenedUrl opened_url;
+  opened_url.OpenUrl(GetInetConnection(), url, 0);
+  BinaryFile file;
+  OpenLocalFile(file, local_name);
+  CopyBody(opened_url, file, max_bytes);
+  opened_url.CloseHandle();
+  file.CloseHandle();
+} catch (...) {
+  ReRaiseError(kModule, "DownloadFile");
+}
+
+bool TryDownloadFile(const std::string& url, const std::string& local_name, std::string& error_text,
+                     std::int64_t max_bytes) try {
+  error_text.clear();
+  InetOpenedUrl opened_url;
+  if (!opened_url.TryOpenUrl(GetInetConnection(), url, 0, error_text)) return false;
+  BinaryFile file;
+  OpenLocalFile(file, local_name);
+  try {
+    CopyBody(opened_url, file, max_bytes);
+  } catch (...) {
+    std::string frames;
+    SplitErrorText(CurrentError().Description, error_text, frames);
+    return false;
+  }
+  opened_url.CloseHandle();
+  file.CloseHandle();
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "TryDownloadFile");
+}
+
+bool TryDownloadFileFromTwoUrls(const std::string& first_url, const std::string& second_url,
+                                const std::string& local_name, std::string& error_text,
+                                std::int64_t max_bytes) try {
+  error_text.clear();
+  std::string first_text;
+  if (TryDownloadFile(first_url, local_name, first_text, max_bytes)) return true;
+  std::string second_text;
+  if (!second_url.empty() && TryDownloadFile(second_url, local_name, second_text, max_bytes))
+    return true;
+  const bool has_both = !first_text.empty() && !second_text.empty();
+  error_text = first_text + (has_both ? std::string(kCrLf) : "") + second_text;
+  return false;
+} catch (...) {
+  ReRaiseError(kModule, "TryDownloadFileFromTwoUrls");
+}
+
+}  // namespace tmw

@@ -1,0 +1,42 @@
+#include "transfer/inet_connection.h"
+
+#include "foundation/api_errors.h"
+#include "foundation/error_handling.h"
+#include "platform/ports.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "InetConnection";
+
+}  // namespace
+
+// Destroying the port's session closes it; a failure of that is nobody's any more.
+InetConnection::~InetConnection() = default;
+
+void InetConnection::OpenInternet() try {
+  CloseHandle();
+  platform::InternetSessionOptions options;
+  options.agent = Agent;
+  options.access_type = AccessType;
+  options.flags = Flags;
+  if (AccessType == platform::kAccessProxy) {
+    options.proxy = Proxy;
+    options.proxy_bypass = ProxyBypass;
+  }
+  auto opened = platform::CurrentPorts().internet->OpenSession(options);
+  if (!opened) RaiseApiError(opened.code);
+  session_ = std::move(opened.value);
+} catch (...) {
+  ReRaiseError(kModule, "OpenInternet");
+}
+
+void InetConnection::CloseHandle() try {
+  if (session_ == nullptr) return;
+  if (const platform::Status closed = session_->Close(); !closed) RaiseApiError(closed.code);
+  session_.reset();
+} catch (...) {
+  ReRaiseError(kModule, "CloseHandle");
+}
+
+}  // namespace tmw

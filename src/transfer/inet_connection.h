@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/internet.h"
+
+namespace tmw {
+
+// A session with the internet: who we are and how we get there. The settings are read by
+// OpenInternet.
+class InetConnection {
+ public:
+  std::string Agent = "Tamrin";
+  std::int32_t AccessType = platform::kAccessPreconfigured;
+  std::string Proxy;        // access type 3 only
+  std::string ProxyBypass;  // access type 3 only
+  std::uint32_t Flags = 0;
+
+  InetConnection() = default;
+  InetConnection(const InetConnection&) = delete;
+  InetConnection& operator=(const InetConnection&) = delete;
+  ~InetConnection();
+
+  void OpenInternet();
+  void CloseHandle();
+
+  // nullptr while closed.
+  platform::InternetSession* Handle() const { return session_.get(); }
+
+ private:
+  std::unique_ptr<platform::InternetSession> session_;
+};
+
+}  // namespace tmw

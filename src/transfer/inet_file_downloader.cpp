@@ -1,0 +1,169 @@
+#include "transfer/inet_file_downloader.h"
+
+#include <limits>
+
+#include "foundation/contract_names.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+#include "platform/clock.h"
+#include "platform/ports.h"
+#include "transfer/inet.h"
+#include "transfer/transfer_texts.h"
+
+namespace tmw {
+namespace {
+
+namespace win32 = platform::win32;
+
+constexpr const char* kModule = "InetFileDownloader";
+
+// Positions have 32 bits, signed.
+std::int32_t ToPosition(std::int64_t value) {
+  if (value > std::numeric_limits<std::int32_t>::max())
+    throw ProgramError(kOverflowErrorNumber, transfer_texts::kOverflow);
+  return static_cast<std::int32_t>(value);
+}
+
+void OpenForAppending(BinaryFile& file, const std::string& name) {
+  file.OpenFile(name, win32::kGenericWrite, win32::kShareRead, win32::kOpenExisting, 0);
+}
+
+}  // namespace
+
+bool InetFileDownloader::DownloadFile(const std::string& url, const std::string& local_name,
+                                      bool check_for_continue) try {
+  part_file_.reset();
+  cancelled_ = false;
+  url_ = std::make_unique<InetOpenedUrl>([this] { return !IsCancelPressed(); });
+  IgnoreWhenCancelled([&] { url_->OpenUrl(GetInetConnection(), url, 0); });
+  if (IsCancelPressed()) {
+    url_.reset();
+    return false;
+  }
+  const std::string target_name = GetAbsoluteFileName(local_name);
+  part_file_name_ = target_name + std::string(names::kPartEnding);
+  pos_ = 0;
+  DetectOrCreatePartFile(part_file_name_, check_for_continue);
+  if (IsCancelPressed()) {
+    url_.reset();
+    return false;
+  }
+  PerformDownloading();
+  url_.reset();
+  part_file_.reset();
+  if (IsCancelPressed()) return false;
+  CommitPartFile(part_file_name_, target_name);
+  return true;
+} catch (...) {
+  url_.reset();
+  part_file_.reset();
+  ReRaiseError(kModule, "DownloadFile");
+}
+
+// A wait for the server that the user gave up is no failure; IsCancelPressed tells of it next.
+template <typename Action>
+void InetFileDownloader::IgnoreWhenCancelled(Action action) {
+  try {
+    action();
+  } catch (...) {
+    if (!cancelled_) throw;
+  }
+}
+
+void InetFileDownloader::DetectOrCreatePartFile(const std::string& name,
+                                                bool check_for_continue) try {
+  if (check_for_continue && IsFileExists(name)) {
+    const std::int32_t size = ToPosition(GetFileLength(name));
+    std::string error_text;
+    if (url_->SetFilePosSafe(size, error_text)) {
+      url_->SetFilePos(size);
+      pos_ = size;
+      events_.OnChunkLoaded(true, size);
+      return;
+    }
+    // A seek that was given up says nothing about the server: the side file stays.
+    if (!cancelled_) IgnoreWhenCancelled([this] { url_->Reopen(); });
+    if (cancelled_) return;
+    DeleteFile(name);
+  }
+  CreateEmptyFile(name);
+  pos_ = 0;
+} catch (...) {
+  ReRaiseError(kModule, "DetectOrCreatePartFile");
+}
+
+void InetFileDownloader::PerformDownloading() try {
+  for (;;) {
+    if (IsCancelPressed()) break;
+    std::int32_t count = 0;
+    if (!url_->ReadChunk(buffer_.data(), kChunkSize, count)) break;
+    if (count <= 0) {
+      platform::CurrentPorts().clock->Sleep(kIdleWait);
+      continue;
+    }
+    AppendDataToFile(buffer_.data(), count);
+    pos_ = ToPosition(std::int64_t{pos_} + count);
+    events_.OnChunkLoaded(false, count);
+  }
+  SyncPartFileIfNeed(true);
+} catch (...) {
+  ReRaiseError(kModule, "PerformDownloading");
+}
+
+void InetFileDownloader::AppendDataToFile(const void* data, std::int32_t count) try {
+  if (count <= 0) return;
+  OpenPartFileIfNeed();
+  part_file_->WriteBuffer(data, static_cast<std::uint32_t>(count), true);
+  bytes_since_open_ += count;
+  SyncPartFileIfNeed(false);
+} catch (...) {
+  ReRaiseError(kModule, "AppendDataToFile");
+}
+
+void InetFileDownloader::OpenPartFileIfNeed() try {
+  if (part_file_ != nullptr) return;
+  auto part_file = std::make_unique<BinaryFile>();
+  OpenForAppending(*part_file, part_file_name_);
+  const std::int32_t size = part_file->GetSize();
+  if (size > 0) part_file->SetFilePos(size, win32::kMoveFromBegin);
+  part_file_ = std::move(part_file);
+  bytes_since_open_ = 0;
+  last_open_tick_ = platform::CurrentPorts().clock->TickCount();
+} catch (...) {
+  ReRaiseError(kModule, "OpenPartFileIfNeed");
+}
+
+void InetFileDownloader::SyncPartFileIfNeed(bool is_forced) try {
+  if (part_file_ == nullptr) return;
+  const std::int64_t open_for = platform::CurrentPorts().clock->TickCount() - last_open_tick_;
+  if (!is_forced && open_for < kSyncPeriod && bytes_since_open_ < kSyncVolume) return;
+  part_file_->CloseHandle();
+  part_file_.reset();
+} catch (...) {
+  ReRaiseError(kModule, "SyncPartFileIfNeed");
+}
+
+void InetFileDownloader::CommitPartFile(const std::string& part_name,
+                                        const std::string& target_name) try {
+  // The old target goes only when the new bytes are on the disk itself.
+  BinaryFile part_file;
+  OpenForAppending(part_file, part_name);
+  part_file.Flush();
+  part_file.CloseHandle();
+  DeleteFile(target_name);
+  MoveFile(part_name, target_name);
+} catch (...) {
+  ReRaiseError(kModule, "CommitPartFile");
+}
+
+bool InetFileDownloader::IsCancelPressed() try {
+  if (cancelled_) return true;
+  bool is_cancelled = false;
+  events_.OnCheckCancel(is_cancelled);
+  if (is_cancelled) cancelled_ = true;
+  return cancelled_;
+} catch (...) {
+  ReRaiseError(kModule, "IsCancelPressed");
+}
+
+}  // namespace tmw

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "transfer/binary_file.h"
+#include "transfer/inet_opened_url.h"
+
+namespace tmw {
+
+// Raised by a download, on its thread. The listener keeps the window alive.
+class DownloaderEvents {
+ public:
+  virtual ~DownloaderEvents() = default;
+
+  // A chunk has been written; or, once and with is_skipped, a download has resumed behind that many
+  // bytes of an earlier one.
+  virtual void OnChunkLoaded(bool is_skipped, std::int32_t byte_count) = 0;
+
+  // Passed in as false; true cancels.
+  virtual void OnCheckCancel(bool& is_cancelled) = 0;
+};
+
+// Fetches one URL into one file. The bytes go into a side file, the target's name + ".part", which
+// takes the target's name when all have come. A download that breaks off or is cancelled leaves the
+// side file for the next one to continue.
+//
+// The side file is closed every 2 seconds or 1 MiB, and brought to the disk before it gets the
+// target's name.
+class InetFileDownloader {
+ public:
+  explicit InetFileDownloader(DownloaderEvents& events) : events_(events) {}
+  InetFileDownloader(const InetFileDownloader&) = delete;
+  InetFileDownloader& operator=(const InetFileDownloader&) = delete;
+
+  // True: the target now holds the whole body. False: it was cancelled. Without
+  // check_for_continue an earlier side file is emptied.
+  bool DownloadFile(const std::string& url, const std::string& local_name, bool check_for_continue);
+
+  // Bytes of the body that are in the side file, those of an earlier download included.
+  std::int32_t Pos() const { return pos_; }
+  bool Cancelled() const { return cancelled_; }
+
+ private:
+  static constexpr std::int32_t kChunkSize = 16384;
+  static constexpr std::int32_t kSyncPeriod = 2000;  // milliseconds
+  static constexpr std::int32_t kSyncVolume = 0x100000;
+  static constexpr std::int32_t kIdleWait = 50;  // milliseconds
+
+  template <typename Action>
+  void IgnoreWhenCancelled(Action action);
+  void DetectOrCreatePartFile(const std::string& name, bool check_for_continue);
+  void PerformDownloading();
+  void AppendDataToFile(const void* data, std::int32_t count);
+  void OpenPartFileIfNeed();
+  void SyncPartFileIfNeed(bool is_forced);
+  void CommitPartFile(const std::string& part_name, const std::string& target_name);
+  bool IsCancelPressed();
+
+  DownloaderEvents& events_;
+  std::int32_t pos_ = 0;
+  bool cancelled_ = false;
+  std::unique_ptr<InetOpenedUrl> url_;
+  std::string part_file_name_;
+  std::unique_ptr<BinaryFile> part_file_;  // open between two syncs only
+  std::int64_t last_open_tick_ = 0;
+  std::int32_t bytes_since_open_ = 0;
+  std::array<char, kChunkSize> buffer_{};
+};
+
+}  // namespace tmw

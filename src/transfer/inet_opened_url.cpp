@@ -1,0 +1,189 @@
+#include "transfer/inet_opened_url.h"
+
+#include <utility>
+
+#include "foundation/api_errors.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "platform/front_end.h"
+#include "platform/ports.h"
+#include "transfer/inet_errors.h"
+#include "transfer/transfer_texts.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "InetOpenedUrl";
+constexpr std::int32_t kFirstErrorStatus = 400;
+constexpr std::int32_t kLastErrorStatus = 599;
+
+bool IsErrorStatus(std::int32_t code) {
+  return code >= kFirstErrorStatus && code <= kLastErrorStatus;
+}
+
+std::string JoinMessage(const std::string& message, const std::string& text) {
+  return message.empty() ? text : message + std::string(kCrLf) + text;
+}
+
+}  // namespace
+
+InetProtocol ClassifyUrl(std::string_view url) {
+  constexpr std::size_t kCheckedLength = 10;
+  const std::string beginning = LowerCase(url.substr(0, kCheckedLength));
+  if (beginning.starts_with("http://")) return InetProtocol::kHttp;
+  if (beginning.starts_with("https://")) return InetProtocol::kHttps;
+  if (beginning.starts_with("ftp://")) return InetProtocol::kFtp;
+  if (beginning.starts_with("www.")) return InetProtocol::kHttp;
+  return InetProtocol::kUnknown;
+}
+
+InetOpenedUrl::InetOpenedUrl(platform::WaitHandler may_wait) : may_wait_(std::move(may_wait)) {}
+
+// Destroying the port's request closes it; a failure of that is nobody's any more.
+InetOpenedUrl::~InetOpenedUrl() = default;
+
+void InetOpenedUrl::OpenUrl(std::shared_ptr<InetConnection> connection, const std::string& url,
+                            std::uint32_t flags) try {
+  CloseHandle();
+  protocol_ = ClassifyUrl(url);
+  const std::string message = transfer_texts::LoadingFailed(url);
+  auto sent = Send(connection, url, flags);
+  if (!sent) RaiseInetError(sent.code, message);
+  request_ = std::move(sent.value);
+  if (IsHttp()) CheckForHttpSuccess(message);
+  Keep(std::move(connection), url);
+} catch (...) {
+  ReRaiseError(kModule, "OpenUrl");
+}
+
+bool InetOpenedUrl::TryOpenUrl(std::shared_ptr<InetConnection> connection, const std::string& url,
+                               std::uint32_t flags, std::string& error_text) try {
+  error_text.clear();
+  CloseHandle();
+  protocol_ = ClassifyUrl(url);
+  const std::string message = transfer_texts::LoadingFailed(url);
+  auto sent = Send(connection, url, flags);
+  if (!sent) {
+    error_text = GetInetErrorText(sent.code, message);
+    return false;
+  }
+  request_ = std::move(sent.value);
+  if (IsHttp() && !TryCheckForHttpSuccess(message, error_text)) return false;
+  Keep(std::move(connection), url);
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "TryOpenUrl");
+}
+
+void InetOpenedUrl::Reopen() try {
+  // Copies: an opening closes first, and closing lets the connection go.
+  OpenUrl(std::shared_ptr<InetConnection>(connection_), std::string(url_), open_flags_);
+} catch (...) {
+  ReRaiseError(kModule, "Reopen");
+}
+
+void InetOpenedUrl::SetFilePos(std::int32_t position) try {
+  if (request_ == nullptr) return;
+  if (const platform::Status moved = Seek(position); !moved)
+    RaiseInetError(moved.code, transfer_texts::SeekingUrlFailed(url_));
+} catch (...) {
+  ReRaiseError(kModule, "SetFilePos");
+}
+
+bool InetOpenedUrl::SetFilePosSafe(std::int32_t position, std::string& error_text) try {
+  if (request_ == nullptr) return true;
+  const platform::Status moved = Seek(position);
+  if (!moved) error_text = GetApiErrorText(moved.code, "");
+  return moved.ok;
+} catch (...) {
+  ReRaiseError(kModule, "SetFilePosSafe");
+}
+
+bool InetOpenedUrl::ReadChunk(void* buffer, std::uint32_t length, std::int32_t& loaded) try {
+  if (request_ == nullptr) return false;
+  const auto chunk = request_->Read(buffer, length);
+  if (!chunk) RaiseInetError(chunk.code, "");
+  loaded = static_cast<std::int32_t>(chunk.value.length);
+  if (loaded == 0 && !chunk.value.is_end) platform::CurrentPorts().front_end->RunPendingEvents();
+  return !chunk.value.is_end;
+} catch (...) {
+  ReRaiseError(kModule, "ReadChunk");
+}
+
+std::int32_t InetOpenedUrl::GetHttpStatusCode() try {
+  if (request_ == nullptr) return 0;
+  const auto code = request_->HttpStatusCode();
+  if (!code) RaiseApiError(code.code);
+  return code.value;
+} catch (...) {
+  ReRaiseError(kModule, "GetHttpStatusCode");
+}
+
+std::string InetOpenedUrl::GetHttpStatusText() try {
+  if (request_ == nullptr) return {};
+  auto text = request_->HttpStatusText();
+  if (!text) RaiseApiError(text.code);
+  return std::move(text.value);
+} catch (...) {
+  ReRaiseError(kModule, "GetHttpStatusText");
+}
+
+void InetOpenedUrl::CheckForHttpSuccess(const std::string& message) try {
+  const std::int32_t code = GetHttpStatusCode();
+  if (!IsErrorStatus(code)) return;
+  const std::string text = transfer_texts::HttpError(code, GetHttpStatusText());
+  CloseHandle();
+  RaiseProgramError(JoinMessage(message, text));
+} catch (...) {
+  ReRaiseError(kModule, "CheckForHttpSuccess");
+}
+
+bool InetOpenedUrl::TryCheckForHttpSuccess(const std::string& message,
+                                           std::string& error_text) try {
+  const std::int32_t code = GetHttpStatusCode();
+  if (!IsErrorStatus(code)) return true;
+  error_text = JoinMessage(message, transfer_texts::HttpError(code, GetHttpStatusText()));
+  CloseHandle();
+  return false;
+} catch (...) {
+  ReRaiseError(kModule, "TryCheckForHttpSuccess");
+}
+
+void InetOpenedUrl::CloseHandle() try {
+  if (request_ == nullptr) return;
+  if (const platform::Status closed = request_->Close(); !closed) RaiseInetError(closed.code, "");
+  request_.reset();
+  connection_.reset();
+} catch (...) {
+  ReRaiseError(kModule, "CloseHandle");
+}
+
+platform::Outcome<std::unique_ptr<platform::InternetRequest>> InetOpenedUrl::Send(
+    const std::shared_ptr<InetConnection>& connection, const std::string& url,
+    std::uint32_t flags) {
+  using Result = platform::Outcome<std::unique_ptr<platform::InternetRequest>>;
+  if (connection == nullptr || connection->Handle() == nullptr)
+    return Result::Failure(platform::kInternetWrongState);
+  return connection->Handle()->OpenUrl(url, flags, reinterpret_cast<std::uintptr_t>(&context_),
+                                       [this] { return LetEventsRun(); });
+}
+
+platform::Status InetOpenedUrl::Seek(std::int32_t position) {
+  return request_->Seek(position, [this] { return LetEventsRun(); });
+}
+
+bool InetOpenedUrl::IsHttp() const {
+  return protocol_ == InetProtocol::kHttp || protocol_ == InetProtocol::kHttps;
+}
+
+void InetOpenedUrl::Keep(std::shared_ptr<InetConnection> connection, const std::string& url) {
+  connection_ = std::move(connection);
+  url_ = url;
+}
+
+bool InetOpenedUrl::LetEventsRun() const {
+  platform::CurrentPorts().front_end->RunPendingEvents();
+  return !may_wait_ || may_wait_();
+}
+
+}  // namespace tmw

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/internet.h"
+#include "transfer/inet_connection.h"
+
+namespace tmw {
+
+enum class InetProtocol : std::int32_t { kUnknown = 0, kHttp = 1, kFtp = 2, kHttps = 3 };
+
+// By the URL's first characters, whatever their case; "www." is HTTP.
+InetProtocol ClassifyUrl(std::string_view url);
+
+// One opened URL, read from its beginning or from a position. While it waits for the server the
+// pending events of the windows run.
+class InetOpenedUrl {
+ public:
+  InetOpenedUrl() = default;
+  // Asked about every tenth of a second while an opening or a seek waits (on Linux); false gives up
+  // the wait, and the operation fails.
+  explicit InetOpenedUrl(platform::WaitHandler may_wait);
+  InetOpenedUrl(const InetOpenedUrl&) = delete;
+  InetOpenedUrl& operator=(const InetOpenedUrl&) = delete;
+  ~InetOpenedUrl();
+
+  // HTTP statuses from 400 to 599 are failures, raised with the status and its phrase.
+  void OpenUrl(std::shared_ptr<InetConnection> connection, const std::string& url,
+               std::uint32_t flags);
+  [[nodiscard]] bool TryOpenUrl(std::shared_ptr<InetConnection> connection, const std::string& url,
+                                std::uint32_t flags, std::string& error_text);
+
+  // Opens the last URL on the last connection again.
+  void Reopen();
+
+  // Nothing happens while closed.
+  void SetFilePos(std::int32_t position);
+  // A failed seek spoils the request; only Reopen helps.
+  [[nodiscard]] bool SetFilePosSafe(std::int32_t position, std::string& error_text);
+
+  // False at the end of the body. True with loaded 0: nothing has come yet. While closed: false,
+  // and loaded is left alone.
+  bool ReadChunk(void* buffer, std::uint32_t length, std::int32_t& loaded);
+
+  std::int32_t GetHttpStatusCode();  // 0 while closed
+  std::string GetHttpStatusText();   // "" while closed
+  void CheckForHttpSuccess(const std::string& message);
+  [[nodiscard]] bool TryCheckForHttpSuccess(const std::string& message, std::string& error_text);
+
+  void CloseHandle();
+
+  // nullptr while closed.
+  platform::InternetRequest* Handle() const { return request_.get(); }
+
+ private:
+  platform::Outcome<std::unique_ptr<platform::InternetRequest>> Send(
+      const std::shared_ptr<InetConnection>& connection, const std::string& url,
+      std::uint32_t flags);
+  platform::Status Seek(std::int32_t position);
+  bool IsHttp() const;
+  void Keep(std::shared_ptr<InetConnection> connection, const std::string& url);
+  bool LetEventsRun() const;
+
+  platform::WaitHandler may_wait_;
+  std::string url_;  // of the last successful opening
+  std::uint32_t open_flags_ = 0;
+  InetProtocol protocol_ = InetProtocol::kUnknown;
+  std::int32_t context_ = 0;  // its address is the request's context value
+  // Declared before the request: a request is closed before its session.
+  std::shared_ptr<InetConnection> connection_;
+  std::unique_ptr<platform::InternetRequest> request_;
+};
+
+}  // namespace tmw
