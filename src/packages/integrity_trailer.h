@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "packages/sha256.h"
+
+// Embedded integrity data (pack method 2).
+//
+// A file or a package may carry a trailer of 64 bytes as its very end. A program, a library or a
+// RAR archive with bytes behind its end stays what it was, so both the unpacked file and the
+// package that it came in can be checked without any list.
+//
+//   offset  length  content
+//        0       8  "TMZ-SHA2"
+//        8       4  1, the version of this layout
+//       12       4  64, the length of the trailer
+//       16       8  length of the content in front of the trailer
+//       24      32  SHA-256 of that content
+//       56       8  the first eight bytes once more, backwards ("2AHS-ZMT")
+//
+// Numbers are little-endian. A reader knows from the file's length where the content ends, hashes
+// it on its way to the trailer and compares: one pass.
+namespace tmw {
+
+inline constexpr std::size_t kIntegrityTrailerLength = 64;
+using IntegrityTrailer = std::array<std::uint8_t, kIntegrityTrailerLength>;
+
+struct IntegrityFacts {
+  std::uint64_t content_length = 0;
+  Sha256Digest digest{};
+};
+
+IntegrityTrailer MakeIntegrityTrailer(const IntegrityFacts& facts);
+
+// Nothing when the bytes are not a trailer of this layout.
+std::optional<IntegrityFacts> ParseIntegrityTrailer(
+    std::span<const std::uint8_t, kIntegrityTrailerLength> bytes);
+
+}  // namespace tmw

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+// SHA-256 (FIPS 180-4), self-contained: the check of a new updater rests on nothing else, and the
+// companion library is built from the same source.
+namespace tmw {
+
+inline constexpr std::size_t kSha256Length = 32;
+using Sha256Digest = std::array<std::uint8_t, kSha256Length>;
+
+// Which code hashes the blocks.
+enum class Sha256Path {
+  kPortable,
+  kProcessor,  // the SHA instructions of x86 processors
+};
+
+// Whether this machine can run that path.
+bool IsSha256PathAvailable(Sha256Path path);
+
+// The fastest path that this machine can run.
+Sha256Path BestSha256Path();
+
+// A digest over bytes that come in pieces.
+class Sha256Stream {
+ public:
+  Sha256Stream() : Sha256Stream(BestSha256Path()) {}
+  // The path must be available.
+  explicit Sha256Stream(Sha256Path path);
+
+  void Update(const void* data, std::size_t length);
+
+  // Ends the message. The stream takes no more bytes afterwards.
+  Sha256Digest Finish();
+
+ private:
+  using Compress = void (*)(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count);
+
+  Compress compress_;
+  std::array<std::uint32_t, 8> state_;
+  std::array<std::uint8_t, 64> pending_{};
+  std::size_t pending_length_ = 0;
+  std::uint64_t total_ = 0;
+};
+
+// The digest of a byte array as text.
+class CSHA256 {
+ public:
+  // 64 lower-case hexadecimal digits.
+  std::string SHA256(std::span<const std::uint8_t> bytes) const;
+};
+
+}  // namespace tmw
