@@ -1,0 +1,300 @@
+#include "companion/rar/archive.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <new>
+
+#include "companion/rar/checksum.h"
+#include "companion/rar/failure.h"
+#include "companion/rar/limits.h"
+#include "companion/rar/names.h"
+
+namespace companion::rar {
+
+// The packed bytes of the current entry, volume after volume.
+class Archive::PartSource final : public PackedSource {
+ public:
+  explicit PartSource(Archive& archive) : archive_(archive) {}
+
+  std::size_t Read(std::uint8_t* buffer, std::size_t length) override {
+    while (position_ == archive_.part_.data_size) {
+      if (!archive_.part_.entry.split_after) return 0;
+      archive_.NextPart();
+      position_ = 0;
+    }
+    const auto wanted = static_cast<std::size_t>(
+        std::min<std::uint64_t>(length, archive_.part_.data_size - position_));
+    const auto got = archive_.file_->ReadAt(archive_.part_.data_offset + position_, buffer, wanted);
+    if (!got || *got == 0) throw Failure{kRarReadFailed};
+    position_ += *got;
+    return *got;
+  }
+
+ private:
+  Archive& archive_;
+  std::uint64_t position_ = 0;
+};
+
+class Archive::Sink final : public ContentSink {
+ public:
+  Sink(Archive& archive, os::WritableFile* file)
+      : archive_(archive),
+        file_(file),
+        checksum_(archive.entry_),
+        limit_(std::min(archive.entry_.unpacked_size.value_or(kMaxEntrySize),
+                        kMaxTotalSize - archive.total_written_)) {}
+
+  void Write(const std::uint8_t* data, std::size_t length) override {
+    if (length > Left()) throw Failure{kRarBadData};
+    checksum_.Update(data, length);
+    written_ += length;
+    archive_.total_written_ += length;
+    if (archive_.listener_ && !archive_.listener_(data, length)) throw Failure{kRarUnknown};
+    if (file_ != nullptr && !file_->Write(data, length)) throw Failure{kRarWriteFailed};
+  }
+
+  std::uint64_t Left() const override { return limit_ - written_; }
+
+  // entry: as its last part describes it, whose checksum is the whole entry's.
+  void CheckWhole(const Entry& last_part) {
+    const auto& declared = archive_.entry_.unpacked_size;
+    if (declared && written_ != *declared) throw Failure{kRarBadData};
+    if (!checksum_.Matches(last_part)) throw Failure{kRarBadData};
+  }
+
+ private:
+  Archive& archive_;
+  os::WritableFile* file_;
+  Checksum checksum_;
+  std::uint64_t limit_;
+  std::uint64_t written_ = 0;
+};
+
+Archive::Archive(std::string path, bool for_extraction, VolumeOpener opener)
+    : path_(std::move(path)), for_extraction_(for_extraction), opener_(std::move(opener)) {
+  file_ = opener_(path_);
+  if (!file_) throw Failure{kRarOpenFailed};
+  reader_ = RecogniseFormat(*file_);
+  if (!reader_) throw Failure{kRarBadArchive};
+  offset_ = reader_->FirstOffset();
+  ReadBeginning();
+}
+
+// The main header, for the flags. What is wrong with it shows again when the entries are read.
+void Archive::ReadBeginning() {
+  Block block;
+  if (reader_->Read(*file_, offset_, block) != kRarOk) return;
+  if (block.kind == BlockKind::kEncryption) flags_ |= kRarArchiveEncryptedHeaders;
+  if (block.kind == BlockKind::kMain) flags_ |= block.archive_flags;
+  headers_encrypted_ = (flags_ & kRarArchiveEncryptedHeaders) != 0;
+}
+
+RarResult Archive::ReadHeader() {
+  if (pending_) {
+    const RarResult result = Skip();
+    if (result != kRarOk) return ended_ = result;
+  }
+  if (ended_ != kRarOk) return ended_;
+  const RarResult result = FindEntry();
+  if (result != kRarOk) ended_ = result;
+  return result;
+}
+
+RarResult Archive::FindEntry() {
+  if (headers_encrypted_) return kRarMissingPassword;
+  for (;;) {
+    Block block;
+    const RarResult result = reader_->Read(*file_, offset_, block);
+    if (result != kRarOk) return result;
+    if (block.kind == BlockKind::kFile) {
+      entry_ = block.entry;
+      part_ = std::move(block);
+      pending_ = true;
+      return kRarOk;
+    }
+    if (block.kind == BlockKind::kEncryption) return kRarMissingPassword;
+    if (block.kind == BlockKind::kEnd) {
+      if (!block.more_volumes) return kRarEndOfArchive;
+      const RarResult opened = OpenNextVolume();
+      if (opened != kRarOk) return opened;
+      continue;
+    }
+    if (block.data_size > 0 && block.NextOffset() > file_->Size()) return kRarReadFailed;
+    offset_ = block.NextOffset();
+  }
+}
+
+RarResult Archive::OpenNextVolume() {
+  const bool new_names = reader_->IsRar5() || (flags_ & kRarArchiveNewNames) != 0;
+  const auto next = NextVolumeName(path_, new_names);
+  if (!next || ++volumes_ > kMaxVolumes) return kRarOpenFailed;
+  std::unique_ptr<os::ReadableFile> file = opener_(*next);
+  if (!file) return kRarOpenFailed;
+  std::unique_ptr<BlockReader> reader = RecogniseFormat(*file);
+  if (!reader || reader->IsRar5() != reader_->IsRar5()) return kRarBadData;
+  path_ = *next;
+  file_ = std::move(file);
+  reader_ = std::move(reader);
+  offset_ = reader_->FirstOffset();
+  return kRarOk;
+}
+
+void Archive::NextPart() {
+  const RarResult opened = OpenNextVolume();
+  if (opened != kRarOk) throw Failure{opened};
+  for (;;) {
+    Block block;
+    const RarResult result = reader_->Read(*file_, offset_, block);
+    if (result == kRarEndOfArchive) throw Failure{kRarBadData};
+    if (result != kRarOk) throw Failure{result};
+    if (block.kind == BlockKind::kEncryption) throw Failure{kRarMissingPassword};
+    if (block.kind == BlockKind::kEnd) throw Failure{kRarBadData};
+    offset_ = block.NextOffset();
+    if (block.kind != BlockKind::kFile) continue;
+    if (!block.entry.split_before || block.entry.name != entry_.name) throw Failure{kRarBadData};
+    part_ = std::move(block);
+    return;
+  }
+}
+
+void Archive::CheckPresent(const Block& block) const {
+  if (block.NextOffset() > file_->Size()) throw Failure{kRarReadFailed};
+}
+
+void Archive::PassOver() {
+  CheckPresent(part_);
+  while (part_.entry.split_after) {
+    NextPart();
+    CheckPresent(part_);
+  }
+}
+
+// Whatever became of the entry, the next header is looked for behind the part reached last.
+template <typename Action>
+RarResult Archive::Process(Action action) {
+  if (!pending_) return ended_ == kRarOk ? kRarEndOfArchive : ended_;
+  pending_ = false;
+  RarResult result = kRarOk;
+  try {
+    action();
+  } catch (const Failure& failure) {
+    result = failure.code;
+  } catch (const std::bad_alloc&) {
+    result = kRarNoMemory;
+  }
+  try {
+    PassOver();
+  } catch (const Failure& failure) {
+    if (result == kRarOk) result = failure.code;
+    ended_ = failure.code;
+  }
+  offset_ = part_.NextOffset();
+  return result;
+}
+
+RarResult Archive::Skip() {
+  return Process([&] {
+    if (!NeedsDecodingForLaterEntries()) return;
+    try {
+      Decode(nullptr);
+    } catch (const Failure&) {
+      // The entry is not wanted. A later solid one reports that the chain is broken.
+    }
+  });
+}
+
+RarResult Archive::Test() {
+  return Process([&] {
+    if (!for_extraction_) return;
+    CheckExtractable();
+    if (!entry_.directory) Decode(nullptr);
+  });
+}
+
+RarResult Archive::Extract(const std::string& folder, const std::string& target) {
+  return Process([&] {
+    if (for_extraction_) ExtractTo(folder, target);
+  });
+}
+
+bool Archive::NeedsDecodingForLaterEntries() const {
+  const bool in_solid_archive = for_extraction_ && (flags_ & kRarArchiveSolid) != 0;
+  return in_solid_archive && entry_.method != 0 && !entry_.directory && !entry_.encrypted &&
+         !entry_.split_before;
+}
+
+// What stands against extraction, before anything is created.
+void Archive::CheckExtractable() const {
+  const bool known_version = reader_->IsRar5() ? entry_.version == 50 : entry_.version <= 36;
+  if (entry_.encrypted) throw Failure{kRarMissingPassword};
+  if (entry_.split_before) throw Failure{kRarBadData};
+  if (!known_version || entry_.method > 5) throw Failure{kRarUnknownFormat};
+  if (entry_.unpacked_size.value_or(0) > kMaxEntrySize) throw Failure{kRarBadData};
+  if (entry_.dictionary_kib > kMaxDictionaryKib && entry_.method != 0) {
+    throw Failure{kRarUnknownFormat};
+  }
+  if (entry_.directory && (entry_.packed_size > 0 || entry_.unpacked_size.value_or(0) > 0)) {
+    throw Failure{kRarBadData};
+  }
+}
+
+Decoder& Archive::DecoderForEntry() {
+  if (entry_.method == 0) {
+    if (!stored_decoder_) stored_decoder_ = MakeStoredDecoder();
+    return *stored_decoder_;
+  }
+  if (!entry_.solid) {
+    decompressor_ = nullptr;
+    solid_chain_is_whole_ = true;
+  }
+  if (!decompressor_) decompressor_ = MakeDecompressor(entry_);
+  if (!decompressor_) throw Failure{kRarUnknownFormat};
+  if (!solid_chain_is_whole_) throw Failure{kRarBadData};
+  return *decompressor_;
+}
+
+void Archive::Decode(os::WritableFile* file) {
+  Decoder& decoder = DecoderForEntry();
+  const bool in_chain = entry_.method != 0;
+  PartSource source(*this);
+  Sink sink(*this, file);
+  if (in_chain) solid_chain_is_whole_ = false;
+  decoder.Decode(entry_, source, sink);
+  if (in_chain) solid_chain_is_whole_ = true;
+  PassOver();
+  sink.CheckWhole(part_.entry);
+}
+
+void Archive::ExtractTo(const std::string& folder, const std::string& target) {
+  CheckExtractable();
+  const auto parts = SafeNameParts({entry_.name, entry_.name_is_sound});
+  if (!parts || entry_.special) throw Failure{kRarCreateFailed};
+  std::string root = folder.empty() ? "." : folder;
+  std::vector<std::string> beneath = *parts;
+  if (!target.empty()) {
+    root = os::FolderOf(target);
+    const std::size_t name = target.find_last_of("/\\");
+    beneath = {name == std::string::npos ? target : target.substr(name + 1)};
+  }
+  os::Attributes attributes;
+  attributes.modified = entry_.modified;
+  if (entry_.host_os == 3) {
+    if (entry_.attributes != 0) attributes.unix_mode = entry_.attributes & 0777U;
+  } else {
+    attributes.dos_attributes = entry_.attributes;
+  }
+  if (entry_.directory) {
+    if (!os::MakeFolderBeneath(root, beneath, attributes)) throw Failure{kRarCreateFailed};
+    return;
+  }
+  // An entry that no decoder knows leaves no file.
+  DecoderForEntry();
+  const std::unique_ptr<os::WritableFile> file = os::CreateBeneath(root, beneath);
+  if (!file) throw Failure{kRarCreateFailed};
+  Decode(file.get());
+  file->Apply(attributes);
+  if (!file->Close()) throw Failure{kRarWriteFailed};
+}
+
+}  // namespace companion::rar

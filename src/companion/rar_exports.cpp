@@ -1,0 +1,211 @@
+#include <algorithm>
+#include <exception>
+
+#include "companion/exports.h"
+#include "companion/os.h"
+#include "companion/rar/archive.h"
+#include "companion/rar/failure.h"
+#include "companion/texts.h"
+
+namespace companion {
+namespace {
+
+// What a handle stands for.
+struct OpenedArchive {
+  rar::Archive archive;
+  RarCallback callback = nullptr;
+  std::intptr_t user_data = 0;
+};
+
+std::unique_ptr<os::ReadableFile> OpenVolume(const std::string& path) {
+  os::ErrorCode error = 0;
+  return os::OpenForReading(path, error);
+}
+
+// No exception crosses the interface.
+template <typename Action>
+std::int32_t Guarded(Action action) noexcept {
+  try {
+    return action();
+  } catch (const rar::Failure& failure) {
+    return failure.code;
+  } catch (const std::bad_alloc&) {
+    return kRarNoMemory;
+  } catch (const std::exception&) {
+    return kRarUnknown;
+  }
+}
+
+void SetCallback(OpenedArchive& opened, RarCallback callback, std::intptr_t user_data) {
+  opened.callback = callback;
+  opened.user_data = user_data;
+  if (callback == nullptr) {
+    opened.archive.SetListener(nullptr);
+    return;
+  }
+  opened.archive.SetListener([callback, user_data](const std::uint8_t* data, std::size_t length) {
+    return callback(kRarProcessData, user_data, reinterpret_cast<std::intptr_t>(data),
+                    static_cast<std::intptr_t>(length)) != -1;
+  });
+}
+
+OpenedArchive* Open(const std::string& path, std::uint32_t mode, std::uint32_t& result) {
+  std::unique_ptr<OpenedArchive> opened;
+  result = static_cast<std::uint32_t>(Guarded([&] {
+    opened = std::make_unique<OpenedArchive>(
+        OpenedArchive{rar::Archive(path, mode == kRarExtract, OpenVolume)});
+    return kRarOk;
+  }));
+  return opened.release();
+}
+
+OpenedArchive* FromHandle(RarHandle handle) {
+  return static_cast<OpenedArchive*>(handle);
+}
+
+std::uint32_t HeaderFlags(const rar::Entry& entry) {
+  return (entry.split_before ? kRarSplitBefore : 0U) | (entry.split_after ? kRarSplitAfter : 0U) |
+         (entry.encrypted ? kRarEncrypted : 0U) | (entry.solid ? kRarSolid : 0U) |
+         (entry.directory ? kRarDirectory : 0U);
+}
+
+std::uint32_t Low(std::uint64_t value) {
+  return static_cast<std::uint32_t>(value);
+}
+std::uint32_t High(std::uint64_t value) {
+  return static_cast<std::uint32_t>(value >> 32U);
+}
+
+// The fields that both header records have.
+template <typename Record>
+void FillCommon(const rar::Archive& archive, Record& record) {
+  const rar::Entry& entry = archive.Current();
+  PutOem(record.ArcName, archive.VolumePath());
+  PutOem(record.FileName, entry.name);
+  record.Flags = HeaderFlags(entry);
+  record.PackSize = Low(entry.packed_size);
+  record.UnpSize = Low(entry.unpacked_size.value_or(0));
+  record.HostOS = entry.host_os;
+  record.FileCRC = entry.crc.value_or(0);
+  record.FileTime = entry.dos_time;
+  record.UnpVer = entry.version;
+  record.Method = entry.method + 0x30U;
+  record.FileAttr = entry.attributes;
+  record.CmtSize = 0;
+  record.CmtState = 0;
+}
+
+void FillExtended(const rar::Archive& archive, RARHeaderDataEx& record) {
+  const rar::Entry& entry = archive.Current();
+  PutUnits(record.ArcNameW, archive.VolumePath());
+  PutUnits(record.FileNameW, entry.name);
+  record.PackSizeHigh = High(entry.packed_size);
+  record.UnpSizeHigh = High(entry.unpacked_size.value_or(0));
+  record.DictSize = entry.dictionary_kib;
+  record.HashType = entry.blake2sp ? 2 : entry.crc ? 1 : 0;
+  if (entry.blake2sp) std::copy(entry.blake2sp->begin(), entry.blake2sp->end(), record.Hash);
+  record.RedirType = entry.redirection;
+  if (entry.redirection != 0 && record.RedirName != nullptr && record.RedirNameSize > 0) {
+    const std::u16string target = tmw::Utf8ToUtf16(entry.redirection_target);
+    const std::size_t length = std::min<std::size_t>(target.size(), record.RedirNameSize - 1);
+    std::copy_n(target.begin(), length, record.RedirName);
+    record.RedirName[length] = 0;
+  }
+  if (!entry.modified) return;
+  constexpr std::int64_t kUnixEpoch = 11644473600;
+  const auto ticks = static_cast<std::uint64_t>((*entry.modified + kUnixEpoch) * 10000000);
+  record.MtimeLow = Low(ticks);
+  record.MtimeHigh = High(ticks);
+}
+
+int Process(RarHandle handle, int operation, const std::string& folder, const std::string& name) {
+  if (handle == nullptr) return kRarUnknown;
+  rar::Archive& archive = FromHandle(handle)->archive;
+  return Guarded([&] {
+    switch (operation) {
+      case kRarSkip:
+        return archive.Skip();
+      case kRarTest:
+        return archive.Test();
+      default:
+        return archive.Extract(folder, name);
+    }
+  });
+}
+
+}  // namespace
+}  // namespace companion
+
+using companion::FromHandle;
+using companion::RarHandle;
+
+RarHandle COMPANION_CALL RAROpenArchive(companion::RAROpenArchiveData* record) {
+  if (record == nullptr) return nullptr;
+  record->CmtSize = 0;
+  record->CmtState = 0;
+  return companion::Open(companion::FromOem(record->ArcName), record->OpenMode, record->OpenResult);
+}
+
+RarHandle COMPANION_CALL RAROpenArchiveEx(companion::RAROpenArchiveDataEx* record) {
+  if (record == nullptr) return nullptr;
+  const bool has_wide_name = record->ArcNameW != nullptr && record->ArcNameW[0] != 0;
+  const std::string path =
+      has_wide_name ? companion::FromUnits(record->ArcNameW) : companion::FromOem(record->ArcName);
+  record->CmtSize = 0;
+  record->CmtState = 0;
+  auto* const opened = companion::Open(path, record->OpenMode, record->OpenResult);
+  if (opened == nullptr) return nullptr;
+  record->Flags = opened->archive.Flags();
+  companion::SetCallback(*opened, record->Callback, record->UserData);
+  return opened;
+}
+
+int COMPANION_CALL RARReadHeader(RarHandle handle, companion::RARHeaderData* header) {
+  if (handle == nullptr || header == nullptr) return companion::kRarUnknown;
+  return companion::Guarded([&] {
+    const auto result = FromHandle(handle)->archive.ReadHeader();
+    if (result == companion::kRarOk) companion::FillCommon(FromHandle(handle)->archive, *header);
+    return result;
+  });
+}
+
+int COMPANION_CALL RARReadHeaderEx(RarHandle handle, companion::RARHeaderDataEx* header) {
+  if (handle == nullptr || header == nullptr) return companion::kRarUnknown;
+  return companion::Guarded([&] {
+    const auto result = FromHandle(handle)->archive.ReadHeader();
+    if (result == companion::kRarOk) {
+      companion::FillCommon(FromHandle(handle)->archive, *header);
+      companion::FillExtended(FromHandle(handle)->archive, *header);
+    }
+    return result;
+  });
+}
+
+int COMPANION_CALL RARProcessFile(RarHandle handle, int operation, const char* folder,
+                                  const char* name) {
+  return companion::Process(handle, operation, companion::FromOem(folder),
+                            companion::FromOem(name));
+}
+
+int COMPANION_CALL RARProcessFileW(RarHandle handle, int operation, const char16_t* folder,
+                                   const char16_t* name) {
+  return companion::Process(handle, operation, companion::FromUnits(folder),
+                            companion::FromUnits(name));
+}
+
+void COMPANION_CALL RARSetCallback(RarHandle handle, companion::RarCallback callback,
+                                   std::intptr_t user_data) {
+  if (handle != nullptr) companion::SetCallback(*FromHandle(handle), callback, user_data);
+}
+
+void COMPANION_CALL RARSetPassword(RarHandle /*handle*/, const char* /*password*/) {}
+
+int COMPANION_CALL RARGetDllVersion() {
+  return 6;
+}
+
+int COMPANION_CALL RARCloseArchive(RarHandle handle) {
+  if (handle == nullptr) return companion::kRarCloseFailed;
+  delete FromHandle(handle);
+  return companion::kRarOk;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "foundation/encodings.h"
+
+// The three text forms of the interface, to UTF-8 and back. A missing text is an empty one.
+namespace companion {
+
+inline std::string FromAnsi(const char* text) {
+  return text == nullptr ? "" : tmw::CodePageToUtf8(tmw::CodePage::k1251, text);
+}
+
+inline std::string FromOem(const char* text) {
+  return text == nullptr ? "" : tmw::CodePageToUtf8(tmw::CodePage::k866, text);
+}
+
+inline std::string FromUnits(const char16_t* text) {
+  return text == nullptr ? "" : tmw::Utf16ToUtf8(text);
+}
+
+// Copies what fits, with a terminating zero.
+template <typename Character, std::size_t kSize>
+void PutText(Character (&field)[kSize], std::basic_string_view<Character> text) {
+  const std::size_t length = std::min(text.size(), kSize - 1);
+  std::copy_n(text.begin(), length, field);
+  field[length] = 0;
+}
+
+template <std::size_t kSize>
+void PutOem(char (&field)[kSize], const std::string& text) {
+  PutText<char>(field, tmw::Utf8ToCodePage(tmw::CodePage::k866, text));
+}
+
+template <std::size_t kSize>
+void PutUnits(char16_t (&field)[kSize], const std::string& text) {
+  PutText<char16_t>(field, tmw::Utf8ToUtf16(text));
+}
+
+}  // namespace companion

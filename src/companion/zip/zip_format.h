@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "companion/os.h"
+
+// Records of a zip file (APPNOTE 6.3), with Zip64 where a number needs it.
+namespace companion::zip {
+
+inline constexpr std::uint16_t kFlagEncrypted = 1;
+inline constexpr std::uint16_t kFlagDescriptor = 8;
+inline constexpr std::uint16_t kFlagUtf8 = 0x800;
+inline constexpr std::uint16_t kMethodStored = 0;
+inline constexpr std::uint16_t kMethodDeflated = 8;
+
+struct ZipEntry {
+  std::string name;  // bytes as stored; a folder's ends in "/"
+  std::uint16_t made_by = 0;
+  std::uint16_t flags = 0;
+  std::uint16_t method = kMethodStored;
+  std::uint32_t dos_time = 0;
+  std::uint32_t crc = 0;
+  std::uint64_t packed_size = 0;
+  std::uint64_t size = 0;
+  std::uint32_t external_attributes = 0;
+  std::uint64_t offset = 0;  // of the local header
+  std::string extra;         // without the Zip64 field
+  std::string comment;
+  bool has_local_zip64 = false;  // the local header keeps room for 64-bit sizes
+};
+
+struct ZipDirectory {
+  std::vector<ZipEntry> entries;
+  std::string comment;
+};
+
+// Extra field with the time in seconds, UTC.
+std::string MakeTimeExtra(std::int64_t modified);
+
+std::string MakeLocalHeader(const ZipEntry& entry);
+// Central directory and end records for a directory that begins at that offset.
+std::string MakeDirectory(const ZipDirectory& directory, std::uint64_t offset);
+
+// Reads the central directory. Throws Failure kZipBadStructure, kZipReadFailed.
+ZipDirectory ReadDirectory(os::ReadableFile& file);
+
+// Where an entry's data begins, by its local header. Throws likewise.
+std::uint64_t DataOffset(os::ReadableFile& file, const ZipEntry& entry);
+
+// Unpacks an entry to nowhere and compares length and CRC; entries that are encrypted or of another
+// method are only looked at for their place. Throws likewise.
+void CheckEntry(os::ReadableFile& file, const ZipEntry& entry);
+
+}  // namespace companion::zip
