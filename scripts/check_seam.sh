@@ -58,7 +58,7 @@ floor() {
 ground='platform|foundation'
 services="$ground|startup/services"
 floor foundation platform
-floor platform foundation -maxdepth 1
+floor platform 'foundation|companion/abi' -maxdepth 1 # the interface that both sides speak
 floor startup/services "$ground"
 floor transfer "$services"
 floor packages "$services"

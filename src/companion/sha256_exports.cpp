@@ -7,7 +7,7 @@
 #include "companion/exports.h"
 #include "companion/os.h"
 #include "companion/texts.h"
-#include "packages/integrity_trailer.h"
+#include "packages/sha256/integrity_trailer.h"
 
 namespace companion {
 namespace {

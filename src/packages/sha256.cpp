@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "packages/sha256_blocks.h"
+#include "packages/sha256/blocks.h"
 
 namespace tmw {
 namespace sha256_blocks {

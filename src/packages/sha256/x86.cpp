@@ -1,4 +1,4 @@
-#include "packages/sha256_blocks.h"
+#include "packages/sha256/blocks.h"
 
 #if defined(__x86_64__) || defined(__i386__)
 

@@ -1,4 +1,4 @@
-#include "packages/integrity_trailer.h"
+#include "packages/sha256/integrity_trailer.h"
 
 #include <algorithm>
 #include <string_view>
