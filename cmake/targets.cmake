@@ -42,13 +42,17 @@ function(tmw_program name)
   target_link_libraries(${name} PRIVATE tmw_settings ${ARG_LIBS})
 endfunction()
 
-# tmw_test(NAME SOURCES ... [LIBS ...] [TIMEOUT seconds] [MAY_SKIP]): one test program of one room.
-# A skipped case fails the run unless the test is marked MAY_SKIP.
+# tmw_test(NAME SOURCES ... [LIBS ...] [TIMEOUT seconds] [MAY_SKIP] [COMPANION]): one test program of
+# one room. A skipped case fails the run unless the test is marked MAY_SKIP. COMPANION: the companion
+# library lies beside the program, as it does in an installation.
 function(tmw_test name)
-  cmake_parse_arguments(ARG "MAY_SKIP" "TIMEOUT" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "MAY_SKIP;COMPANION" "TIMEOUT" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE tmw_settings test_support ${ARG_LIBS})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  if(ARG_COMPANION)
+    add_dependencies(${name} companion_for_tests)
+  endif()
   add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 300)

@@ -4,6 +4,7 @@ namespace platform {
 
 class BinaryFiles;
 class Clock;
+class CompanionLibrary;
 class ErrorTexts;
 class FileSystem;
 class FrontEnd;
@@ -19,6 +20,7 @@ class XmlParser;
 struct Ports {
   BinaryFiles* binary_files = nullptr;
   Clock* clock = nullptr;
+  CompanionLibrary* companion = nullptr;
   ErrorTexts* error_texts = nullptr;
   FileSystem* files = nullptr;
   FrontEnd* front_end = nullptr;

@@ -2,6 +2,7 @@
 
 #include "platform/binary_file.h"
 #include "platform/clock.h"
+#include "platform/companion_library.h"
 #include "platform/error_texts.h"
 #include "platform/file_system.h"
 #include "platform/front_end.h"
@@ -23,6 +24,7 @@ class WindowsHost final : public Host {
     Ports ports;
     ports.binary_files = binary_files_.get();
     ports.clock = clock_.get();
+    ports.companion = companion_.get();
     ports.error_texts = error_texts_.get();
     ports.files = files_.get();
     ports.front_end = front_end_.get();
@@ -38,6 +40,7 @@ class WindowsHost final : public Host {
  private:
   std::unique_ptr<BinaryFiles> binary_files_ = MakeBinaryFiles();
   std::unique_ptr<Clock> clock_ = MakeClock();
+  std::unique_ptr<CompanionLibrary> companion_ = MakeCompanionLibrary();
   std::unique_ptr<ErrorTexts> error_texts_ = MakeErrorTexts();
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();
   std::unique_ptr<FrontEnd> front_end_ = MakeFrontEnd();

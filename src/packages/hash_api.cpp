@@ -1,0 +1,59 @@
+#include "packages/hash_api.h"
+
+#include <vector>
+
+#include "foundation/api_errors.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/text.h"
+#include "packages/companion_functions.h"
+#include "platform/ports.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "miHashApi";
+
+}  // namespace
+
+std::string GetFileHash(const std::string& file_name) try {
+  const companion::EntryPoints& functions = CompanionFunctions();
+  const std::int32_t length = functions.Sha256_GetHashLength();
+  if (length <= 0) return {};
+  std::vector<std::uint8_t> digest(static_cast<std::size_t>(length));
+  const std::string ansi_name = Utf8ToCodePage(CodePage::k1251, file_name);
+  const std::int32_t result = functions.Sha256_GetFileHash(ansi_name.c_str(), digest.data());
+  const platform::SystemCode code = platform::CurrentPorts().companion->LastError();
+  if (result != 1) {
+    RaiseApiErrorWithMessage("Ошибка подсчета контрольной суммы файла " + file_name + ": ", code);
+  }
+  return GetHashString(digest);
+} catch (...) {
+  ReRaiseError(kModule, "GetFileHash");
+}
+
+std::string GetStringHash(const std::string& text) try {
+  const companion::EntryPoints& functions = CompanionFunctions();
+  const std::int32_t length = functions.Sha256_GetHashLength();
+  if (length <= 0) return {};
+  std::vector<std::uint8_t> digest(static_cast<std::size_t>(length));
+  const std::string bytes = Utf16ToBytes(Utf8ToUtf16(text));
+  functions.Sha256_GetMemoryHash(bytes.data(), static_cast<std::int32_t>(bytes.size()),
+                                 digest.data());
+  return GetHashString(digest);
+} catch (...) {
+  ReRaiseError(kModule, "GetStringHash");
+}
+
+std::string GetHashString(std::span<const std::uint8_t> bytes) try {
+  std::string text;
+  for (const std::uint8_t byte : bytes) {
+    if (byte < 16) text += '0';
+    text += ToHex(byte);
+  }
+  return LowerCase(text);
+} catch (...) {
+  ReRaiseError(kModule, "GetHashString");
+}
+
+}  // namespace tmw

@@ -1,0 +1,197 @@
+#include "packages/rar_archive.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+#include "foundation/path_guard.h"
+#include "packages/companion_functions.h"
+#include "packages/rar_texts.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "RarArchive";
+
+// Entry names separate with either; for comparing and guarding it is "/".
+std::string WithSlashes(std::string name) {
+  std::replace(name.begin(), name.end(), '\\', '/');
+  return name;
+}
+
+std::string Folded(const std::string& name) {
+  return LowerCase(WithSlashes(name));
+}
+
+template <std::size_t kSize>
+std::string UpToZero(const char16_t (&units)[kSize]) {
+  return Utf16ToUtf8(std::u16string(units, std::find(units, units + kSize, u'\0')));
+}
+
+}  // namespace
+
+RarArchive::~RarArchive() {
+  try {
+    CloseHandle();
+  } catch (const ProgramError&) {
+    // An object that goes has nobody left to report to.
+  }
+}
+
+void RarArchive::OpenArchive(const std::string& archive_name, std::uint32_t open_mode) try {
+  CloseHandle();
+  ArchiveName = archive_name;
+  const std::string oem_name = Utf8ToCodePage(CodePage::k866, archive_name);
+  const std::u16string wide_name = Utf8ToUtf16(archive_name);
+  companion::RAROpenArchiveDataEx record{};
+  record.ArcName = oem_name.c_str();
+  record.ArcNameW = wide_name.c_str();
+  record.OpenMode = open_mode;
+  handle_ = CompanionFunctions().RAROpenArchiveEx(&record);
+  if (handle_ == nullptr) RaiseRarError(static_cast<std::int32_t>(record.OpenResult));
+  ApplyPassword();
+} catch (...) {
+  ReRaiseError(kModule, "OpenArchive");
+}
+
+void RarArchive::SetPassword(const std::string& password) try {
+  password_ = password;
+  if (handle_ != nullptr) ApplyPassword();
+} catch (...) {
+  ReRaiseError(kModule, "SetPassword");
+}
+
+void RarArchive::ApplyPassword() const {
+  if (password_.empty()) return;
+  const std::string ansi = Utf8ToCodePage(CodePage::k1251, password_);
+  CompanionFunctions().RARSetPassword(handle_, ansi.c_str());
+}
+
+bool RarArchive::ReadHeader(std::string& file_name, std::uint32_t& flags,
+                            std::uint32_t& packed_size, std::uint32_t& unpacked_size) try {
+  const auto record = std::make_unique<companion::RARHeaderDataEx>();
+  current_name_.clear();
+  const int result = CompanionFunctions().RARReadHeaderEx(handle_, record.get());
+  if (result == companion::kRarEndOfArchive) return false;
+  if (result != companion::kRarOk) RaiseRarError(result);
+  current_name_ = UpToZero(record->FileNameW);
+  file_name = current_name_;
+  flags = record->Flags;
+  packed_size = record->PackSize;
+  unpacked_size = record->UnpSize;
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "ReadHeader");
+}
+
+void RarArchive::ProcessFile(std::int32_t operation, const std::string& folder,
+                             const std::string& name) try {
+  RequireOpen();
+  if (operation == companion::kRarExtractFile &&
+      !CheckRelativeName(WithSlashes(current_name_)).IsAccepted()) {
+    RaiseRarError(companion::kRarCreateFailed);
+  }
+  const std::u16string wide_folder = Utf8ToUtf16(folder);
+  const std::u16string wide_name = Utf8ToUtf16(name);
+  const int result = CompanionFunctions().RARProcessFileW(
+      handle_, operation, folder.empty() ? nullptr : wide_folder.c_str(),
+      name.empty() ? nullptr : wide_name.c_str());
+  if (result != companion::kRarOk) RaiseRarError(result);
+} catch (...) {
+  ReRaiseError(kModule, "ProcessFile");
+}
+
+void RarArchive::ExtractFile(const std::string& entry_name, const std::string& folder) try {
+  RequireOpen();
+  const std::string wanted = Folded(entry_name);
+  std::string name;
+  std::uint32_t flags = 0;
+  std::uint32_t packed_size = 0;
+  std::uint32_t unpacked_size = 0;
+  for (;;) {
+    if (!ReadHeader(name, flags, packed_size, unpacked_size)) {
+      RaiseProgramError(rar_texts::EntryNotFound(entry_name, ArchiveName));
+    }
+    if (Folded(name) == wanted) break;
+    ProcessFile(companion::kRarSkip, "", "");
+  }
+  ProcessFile(companion::kRarExtractFile, folder, "");
+} catch (...) {
+  ReRaiseError(kModule, "ExtractFile");
+}
+
+void RarArchive::ExtractAllFiles(const std::string& folder) try {
+  RequireOpen();
+  std::string name;
+  std::uint32_t flags = 0;
+  std::uint32_t packed_size = 0;
+  std::uint32_t unpacked_size = 0;
+  while (ReadHeader(name, flags, packed_size, unpacked_size)) {
+    ProcessFile(companion::kRarExtractFile, folder, "");
+  }
+} catch (...) {
+  ReRaiseError(kModule, "ExtractAllFiles");
+}
+
+void RarArchive::CloseHandle() try {
+  if (handle_ == nullptr) return;
+  CompanionFunctions().RARCloseArchive(std::exchange(handle_, nullptr));
+} catch (...) {
+  ReRaiseError(kModule, "CloseHandle");
+}
+
+void RarArchive::RequireOpen() const {
+  if (handle_ == nullptr) RaiseProgramError(rar_texts::kNotOpen);
+}
+
+void RarArchive::RaiseRarError(std::int32_t code) const try {
+  RaiseProgramError(rar_texts::ProcessingFailed(ArchiveName, rar_texts::ResultText(code)));
+} catch (...) {
+  ReRaiseError(kModule, "RaiseRarError");
+}
+
+namespace {
+
+// Opens the package, runs the action and closes; an error becomes its description.
+template <typename Action>
+bool TryWithPackage(const std::string& package, const std::string& password,
+                    std::string& error_text, Action action) {
+  try {
+    RarArchive archive;
+    if (!password.empty()) archive.SetPassword(password);
+    archive.OpenArchive(package, companion::kRarExtract);
+    action(archive);
+    archive.CloseHandle();
+    return true;
+  } catch (...) {
+    error_text = CurrentError().Description;
+    return false;
+  }
+}
+
+}  // namespace
+
+bool UnrarOneFile(const std::string& package, const std::string& entry_name,
+                  const std::string& folder, const std::string& password, std::string& error_text) {
+  return TryWithPackage(package, password, error_text, [&](RarArchive& archive) {
+    archive.ExtractFile(entry_name, folder);
+    // The companion writes the name that the package spells. Where letter case counts, the caller
+    // would not find it.
+    if (WithSlashes(archive.CurrentName()) == WithSlashes(entry_name)) return;
+    const std::string asked = JoinPath(folder, entry_name);
+    const std::string asked_folder = SplitFileName(asked).Folder;
+    if (!asked_folder.empty()) CreateFolderIfAbsent(asked_folder);
+    MoveFile(JoinPath(folder, archive.CurrentName()), asked);
+  });
+}
+
+bool UnrarAllFiles(const std::string& package, const std::string& folder,
+                   const std::string& password, std::string& error_text) {
+  return TryWithPackage(package, password, error_text,
+                        [&](RarArchive& archive) { archive.ExtractAllFiles(folder); });
+}
+
+}  // namespace tmw

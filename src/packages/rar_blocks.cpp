@@ -1,0 +1,217 @@
+#include "packages/rar_blocks.h"
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+
+#include "foundation/encodings.h"
+
+namespace tmw::rar_blocks {
+namespace {
+
+constexpr std::array<std::array<std::uint32_t, 256>, 8> MakeCrcTables() {
+  std::array<std::array<std::uint32_t, 256>, 8> tables{};
+  for (std::uint32_t i = 0; i < 256; ++i) {
+    std::uint32_t value = i;
+    for (int bit = 0; bit < 8; ++bit)
+      value = value >> 1U ^ ((value & 1U) != 0 ? 0xEDB88320U : 0U);
+    tables[0][i] = value;
+  }
+  for (std::size_t t = 1; t < tables.size(); ++t) {
+    for (std::size_t i = 0; i < 256; ++i) {
+      tables[t][i] = tables[t - 1][i] >> 8U ^ tables[0][tables[t - 1][i] & 0xFFU];
+    }
+  }
+  return tables;
+}
+constexpr auto kCrcTables = MakeCrcTables();
+
+template <typename T>
+void Put(std::string& bytes, T value) {
+  for (std::size_t i = 0; i < sizeof(T); ++i) {
+    bytes.push_back(static_cast<char>(value >> (8 * i) & 0xFFU));
+  }
+}
+
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+std::uint32_t UnixAttributes(const EntryHeader& entry) {
+  constexpr std::uint32_t kTypes = 0170000;
+  if ((*entry.unix_mode & kTypes) != 0) return *entry.unix_mode;
+  return *entry.unix_mode | (entry.is_folder ? 0040000U : 0100000U);
+}
+
+std::uint32_t Attributes(const EntryHeader& entry) {
+  if (entry.unix_mode) return UnixAttributes(entry);
+  return entry.is_folder ? 0x10 : 0x20;
+}
+
+// Local time in steps of two seconds, as that format has it.
+std::uint32_t DosTime(std::int64_t modified) {
+  const auto time = static_cast<std::time_t>(modified);
+  const std::tm* const local = std::localtime(&time);
+  if (local == nullptr || local->tm_year < 80) return 0x00210000;
+  const auto bits = [](int value, unsigned shift) {
+    return static_cast<std::uint32_t>(value) << shift;
+  };
+  return bits(local->tm_year - 80, 25) | bits(local->tm_mon + 1, 21) | bits(local->tm_mday, 16) |
+         bits(local->tm_hour, 11) | bits(local->tm_min, 5) |
+         bits(std::min(local->tm_sec, 59) / 2, 0);
+}
+
+// RAR 4 block: CRC, type, flags, size of the whole header, fields.
+std::string MakeRar4Block(std::uint8_t type, std::uint16_t flags, const std::string& fields) {
+  std::string body;
+  Put(body, type);
+  Put(body, flags);
+  Put(body, static_cast<std::uint16_t>(fields.size() + 7));
+  body += fields;
+  std::string block;
+  Put(block, static_cast<std::uint16_t>(UpdateCrc32(0, body) & 0xFFFFU));
+  return block + body;
+}
+
+// The coded UTF-16 behind the code-page name. A writer may use two of the four kinds of units:
+// with the commonest high byte, and with both bytes.
+std::string CodeUnits(std::u16string_view units) {
+  std::array<std::size_t, 256> counts{};
+  for (const char16_t unit : units) {
+    if (unit >= 0x80) ++counts[unit >> 8U];
+  }
+  const auto common = static_cast<unsigned>(
+      std::distance(counts.begin(), std::max_element(counts.begin(), counts.end())));
+  std::string coded(1, static_cast<char>(common));
+  for (std::size_t i = 0; i < units.size(); i += 4) {
+    unsigned kinds = 0;
+    std::string bytes;
+    for (std::size_t j = i; j < std::min(i + 4, units.size()); ++j) {
+      const unsigned high = units[j] >> 8U;
+      const unsigned kind = high == 0 ? 0 : high == common ? 1 : 2;
+      kinds |= kind << (6 - 2 * (j - i));
+      bytes.push_back(static_cast<char>(units[j] & 0xFFU));
+      if (kind == 2) bytes.push_back(static_cast<char>(high));
+    }
+    coded.push_back(static_cast<char>(kinds));
+    coded += bytes;
+  }
+  return coded;
+}
+
+std::string MakeRar4Entry(const EntryHeader& entry) {
+  std::string name = entry.name;
+  std::uint16_t flags = 0x8000;
+  if (!entry.name_is_raw) {
+    std::replace(name.begin(), name.end(), '/', '\\');
+    if (!IsAscii(name)) {
+      flags |= 0x200U;
+      const std::u16string units = Utf8ToUtf16(name);
+      name = Utf8ToCodePage(CodePage::k866, name) + std::string(1, '\0') + CodeUnits(units);
+    }
+  }
+  if (entry.split_before) flags |= 1U;
+  if (entry.split_after) flags |= 2U;
+  if (entry.is_encrypted) flags |= 4U;
+  if (entry.is_solid) flags |= 0x10U;
+  if (entry.is_folder) flags |= 0xE0U;
+  std::string fields;
+  Put(fields, static_cast<std::uint32_t>(entry.packed_size));
+  Put(fields, static_cast<std::uint32_t>(entry.size));
+  Put<std::uint8_t>(fields, entry.unix_mode ? 3 : 2);
+  Put(fields, entry.crc);
+  Put(fields, DosTime(entry.modified));
+  Put(fields, static_cast<std::uint8_t>(entry.version != 0 ? entry.version : 20));
+  Put(fields, static_cast<std::uint8_t>(0x30 + entry.method));
+  Put(fields, static_cast<std::uint16_t>(name.size()));
+  Put(fields, Attributes(entry));
+  return MakeRar4Block(0x74, flags, fields + name);
+}
+
+// RAR 5 block: CRC, size, type, flags, [size of the extra area], [size of the data], fields, extra.
+// An entry always has a data size: readers stumble over folders without one.
+std::string MakeRar5Block(unsigned type, unsigned flags, const std::string& fields,
+                          const std::string& extra, std::optional<std::uint64_t> data_size) {
+  std::string body = MakeVint(type);
+  body += MakeVint(flags | (extra.empty() ? 0U : 1U) | (data_size ? 2U : 0U));
+  if (!extra.empty()) body += MakeVint(extra.size());
+  if (data_size) body += MakeVint(*data_size);
+  body += fields + extra;
+  body = MakeVint(body.size()) + body;
+  std::string block;
+  Put(block, UpdateCrc32(0, body));
+  return block + body;
+}
+
+std::string MakeRar5Entry(const EntryHeader& entry) {
+  constexpr unsigned kHasTime = 2;
+  constexpr unsigned kHasCrc = 4;
+  std::string fields =
+      MakeVint((entry.is_folder ? 1U : 0U) | kHasTime | (entry.is_folder ? 0U : kHasCrc));
+  fields += MakeVint(entry.size);
+  fields += MakeVint(Attributes(entry));
+  Put(fields, static_cast<std::uint32_t>(entry.modified));
+  if (!entry.is_folder) Put(fields, entry.crc);
+  fields += MakeVint(entry.version | (entry.is_solid ? 0x40U : 0U) | entry.method << 7U);
+  fields += MakeVint(entry.unix_mode ? 1 : 0);
+  fields += MakeVint(entry.name.size()) + entry.name;
+  const unsigned flags = (entry.split_before ? 8U : 0U) | (entry.split_after ? 16U : 0U);
+  return MakeRar5Block(2, flags, fields, entry.extra, entry.packed_size);
+}
+
+}  // namespace
+
+std::uint32_t UpdateCrc32(std::uint32_t crc, std::string_view bytes) {
+  crc = ~crc;
+  const auto at = [&](std::size_t i) {
+    return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i]));
+  };
+  std::size_t i = 0;
+  for (; i + 8 <= bytes.size(); i += 8) {
+    const std::uint32_t low = crc ^ (at(i) | at(i + 1) << 8U | at(i + 2) << 16U | at(i + 3) << 24U);
+    crc = kCrcTables[7][low & 0xFFU] ^ kCrcTables[6][low >> 8U & 0xFFU] ^
+          kCrcTables[5][low >> 16U & 0xFFU] ^ kCrcTables[4][low >> 24U] ^ kCrcTables[3][at(i + 4)] ^
+          kCrcTables[2][at(i + 5)] ^ kCrcTables[1][at(i + 6)] ^ kCrcTables[0][at(i + 7)];
+  }
+  for (; i < bytes.size(); ++i)
+    crc = crc >> 8U ^ kCrcTables[0][(crc ^ at(i)) & 0xFFU];
+  return ~crc;
+}
+
+std::string MakeVint(std::uint64_t value) {
+  std::string bytes;
+  do {
+    const auto low = static_cast<unsigned>(value & 0x7FU);
+    value >>= 7U;
+    bytes.push_back(static_cast<char>(value != 0 ? low | 0x80U : low));
+  } while (value != 0);
+  return bytes;
+}
+
+std::string MakeBeginning(RarFormat format, bool is_volume, bool is_first) {
+  if (format == RarFormat::kRar5) {
+    const std::string signature("Rar!\x1A\x07\x01\x00", 8);
+    // Every volume but the first bears its number.
+    std::string fields = MakeVint((is_volume ? 1U : 0U) | (is_volume && !is_first ? 2U : 0U));
+    if (is_volume && !is_first) fields += MakeVint(1);
+    return signature + MakeRar5Block(1, 0, fields, "", std::nullopt);
+  }
+  const std::string signature("Rar!\x1A\x07\x00", 7);
+  const auto flags =
+      static_cast<std::uint16_t>((is_volume ? 0x11U : 0U) | (is_volume && is_first ? 0x100U : 0U));
+  return signature + MakeRar4Block(0x73, flags, std::string(6, '\0'));
+}
+
+std::string MakeEntryHeader(RarFormat format, const EntryHeader& entry) {
+  return format == RarFormat::kRar5 ? MakeRar5Entry(entry) : MakeRar4Entry(entry);
+}
+
+std::string MakeEnd(RarFormat format, bool more_volumes) {
+  if (format == RarFormat::kRar5) {
+    return MakeRar5Block(5, 4, MakeVint(more_volumes ? 1 : 0), "", std::nullopt);
+  }
+  return MakeRar4Block(0x7B, more_volumes ? 0x4001 : 0x4000, "");
+}
+
+}  // namespace tmw::rar_blocks

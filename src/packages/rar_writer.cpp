@@ -1,0 +1,131 @@
+#include "packages/rar_writer.h"
+
+#include <functional>
+#include <vector>
+
+#include "foundation/api_errors.h"
+#include "foundation/error_handling.h"
+#include "packages/sha256/integrity_trailer.h"
+#include "platform/ports.h"
+
+namespace tmw {
+namespace {
+
+using rar_blocks::EntryHeader;
+
+constexpr const char* kModule = "StoredRarWriter";
+
+std::unique_ptr<platform::File> Open(const std::string& path, platform::FileMode mode) {
+  auto opened = platform::CurrentPorts().files->Open(path, mode);
+  if (!opened) RaiseApiErrorWithMessage("Ошибка открытия файла \"" + path + "\": ", opened.code);
+  return std::move(opened.value);
+}
+
+void Require(const platform::Status& status, const std::string& path) {
+  if (!status) RaiseApiErrorWithMessage("Ошибка записи файла \"" + path + "\": ", status.code);
+}
+
+// Hands the file's bytes over piece by piece.
+void ForEachPiece(const std::string& path, const std::function<void(std::string_view)>& take) {
+  const std::unique_ptr<platform::File> file = Open(path, platform::FileMode::kRead);
+  std::vector<char> buffer(256U << 10U);
+  for (;;) {
+    const auto got = file->Read(buffer.data(), buffer.size());
+    if (!got) RaiseApiErrorWithMessage("Ошибка чтения файла \"" + path + "\": ", got.code);
+    if (got.value == 0) return;
+    take({buffer.data(), got.value});
+  }
+}
+
+std::string TrailerBytes(Sha256Stream& digest, std::uint64_t length) {
+  const IntegrityTrailer trailer = MakeIntegrityTrailer({length, digest.Finish()});
+  return {trailer.begin(), trailer.end()};
+}
+
+EntryHeader HeaderOf(const RarEntryFacts& facts) {
+  EntryHeader header;
+  header.name = facts.name;
+  header.modified = facts.modified;
+  if (facts.unix_mode) header.unix_mode = *facts.unix_mode & 0777U;
+  return header;
+}
+
+}  // namespace
+
+StoredRarWriter::StoredRarWriter(const std::string& package, rar_blocks::RarFormat format) try
+    : package_(package), format_(format), file_(Open(package, platform::FileMode::kWriteNew)) {
+  Write(rar_blocks::MakeBeginning(format_));
+} catch (...) {
+  ReRaiseError(kModule, "StoredRarWriter");
+}
+
+// The header in front of the data names its checksum, so the source is read twice; a file that
+// changes in between is refused.
+void StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::string& source) try {
+  EntryHeader header = HeaderOf(facts);
+  ForEachPiece(source, [&](std::string_view piece) {
+    header.crc = rar_blocks::UpdateCrc32(header.crc, piece);
+    header.size += piece.size();
+  });
+  if (header.size > static_cast<std::uint64_t>(kLargestFile)) {
+    RaiseProgramError("Файл \"" + source + "\" слишком велик для пакета.");
+  }
+  header.packed_size = header.size;
+  Write(rar_blocks::MakeEntryHeader(format_, header));
+  std::uint32_t crc = 0;
+  std::uint64_t length = 0;
+  ForEachPiece(source, [&](std::string_view piece) {
+    crc = rar_blocks::UpdateCrc32(crc, piece);
+    length += piece.size();
+    Write(piece);
+  });
+  if (crc != header.crc || length != header.size) {
+    RaiseProgramError("Файл \"" + source + "\" изменился во время упаковки.");
+  }
+} catch (...) {
+  ReRaiseError(kModule, "AddFile");
+}
+
+void StoredRarWriter::AddFolder(const RarEntryFacts& facts) try {
+  EntryHeader header = HeaderOf(facts);
+  header.is_folder = true;
+  Write(rar_blocks::MakeEntryHeader(format_, header));
+} catch (...) {
+  ReRaiseError(kModule, "AddFolder");
+}
+
+void StoredRarWriter::Finish(bool with_trailer) try {
+  Write(rar_blocks::MakeEnd(format_));
+  if (with_trailer)
+    Require(file_->Write(TrailerBytes(digest_, length_).data(), kIntegrityTrailerLength), package_);
+  Require(file_->Flush(), package_);
+  Require(file_->Close(), package_);
+  file_ = nullptr;
+} catch (...) {
+  ReRaiseError(kModule, "Finish");
+}
+
+void StoredRarWriter::Write(std::string_view bytes) {
+  Require(file_->Write(bytes.data(), bytes.size()), package_);
+  digest_.Update(bytes.data(), bytes.size());
+  length_ += bytes.size();
+}
+
+void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target) try {
+  const std::unique_ptr<platform::File> file = Open(target, platform::FileMode::kWriteNew);
+  Sha256Stream digest;
+  std::uint64_t length = 0;
+  ForEachPiece(source, [&](std::string_view piece) {
+    Require(file->Write(piece.data(), piece.size()), target);
+    digest.Update(piece.data(), piece.size());
+    length += piece.size();
+  });
+  const std::string trailer = TrailerBytes(digest, length);
+  Require(file->Write(trailer.data(), trailer.size()), target);
+  Require(file->Flush(), target);
+  Require(file->Close(), target);
+} catch (...) {
+  ReRaiseError(kModule, "CopyFileWithIntegrityTrailer");
+}
+
+}  // namespace tmw

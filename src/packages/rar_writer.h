@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "packages/rar_blocks.h"
+#include "packages/sha256.h"
+#include "platform/file_system.h"
+
+namespace tmw {
+
+// Facts of an entry that the disk does not tell on both systems alike.
+struct RarEntryFacts {
+  std::string name;                        // UTF-8; "/" separates folders
+  std::int64_t modified = 0;               // seconds since 1970, UTC
+  std::optional<std::uint32_t> unix_mode;  // the nine permission bits; none: a Windows entry
+};
+
+// Writes a package whose entries are stored as they are, readable by every RAR program. RAR 5 keeps
+// names and times exactly; RAR 4 is for companion libraries that read nothing newer (times local,
+// in steps of two seconds).
+class StoredRarWriter {
+ public:
+  // Files are at most 2 GiB less one byte.
+  static constexpr std::int64_t kLargestFile = 0x7FFFFFFF;
+
+  // Creates the package, emptying an old one. Failures are ProgramErrors, here and below; a package
+  // that Finish has not ended is no package.
+  StoredRarWriter(const std::string& package, rar_blocks::RarFormat format);
+
+  void AddFile(const RarEntryFacts& facts, const std::string& source);
+  void AddFolder(const RarEntryFacts& facts);
+
+  // Ends the package and brings it to the disk. with_trailer: integrity data for pack method 2
+  // follows behind the archive's end.
+  void Finish(bool with_trailer = false);
+
+ private:
+  void Write(std::string_view bytes);
+
+  std::string package_;
+  rar_blocks::RarFormat format_;
+  std::unique_ptr<platform::File> file_;
+  Sha256Stream digest_;
+  std::uint64_t length_ = 0;
+};
+
+// Copies a file with integrity data for pack method 2 behind its content.
+void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target);
+
+}  // namespace tmw

@@ -1,0 +1,124 @@
+#include "packages/zip_routine.h"
+
+#include <algorithm>
+#include <exception>
+#include <vector>
+
+#include "foundation/encodings.h"
+#include "packages/tm_zipper.h"
+#include "platform/companion_library.h"
+#include "platform/front_end.h"
+#include "platform/ports.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kBoxTitle = "Программа обновления";
+
+std::string ToAnsi(const std::string& text) {
+  return Utf8ToCodePage(CodePage::k1251, text);
+}
+
+// Asks the user and puts his answer into the library's buffer; -1 when he declines.
+int AskInto(char* buffer, std::size_t size, const char* prompt) noexcept try {
+  if (buffer == nullptr || size == 0) return -1;
+  const auto answer = platform::CurrentPorts().front_end->AskText(kBoxTitle, prompt);
+  if (!answer) return -1;
+  const std::string ansi = ToAnsi(*answer);
+  const std::size_t length = std::min(ansi.size(), size - 1);
+  std::copy_n(ansi.begin(), length, buffer);
+  buffer[length] = '\0';
+  return 0;
+} catch (const std::exception&) {
+  return -1;  // no exception may pass through the library
+}
+
+int COMPANION_CALL OnPrint(const char* /*text*/, std::uint32_t /*length*/) {
+  return 0;
+}
+
+int COMPANION_CALL OnPassword(char* buffer, int size, const char* /*prompt*/,
+                              const char* /*again*/) {
+  return AskInto(buffer, size > 0 ? static_cast<std::size_t>(size) : 0,
+                 "Please Enter The Password!");
+}
+
+int COMPANION_CALL OnComment(char* buffer) {
+  return AskInto(buffer, companion::kZpCommentSize, "Enter the comment");
+}
+
+int COMPANION_CALL OnService(const char* /*name*/, std::uint32_t /*size*/) {
+  return 0;
+}
+
+// The 8-bit texts must outlive the call that takes the record.
+struct AnsiTexts {
+  std::string date;
+  std::string root_folder;
+  std::string temporary_folder;
+};
+
+companion::ZpOptions MakeOptions(const TmZipper& zipper, const AnsiTexts& texts) {
+  companion::ZpOptions options{};
+  options.Date = texts.date.c_str();
+  options.RootDir = texts.root_folder.c_str();
+  options.TempDir = texts.temporary_folder.c_str();
+  options.Temp = zipper.IsTemp;
+  options.Suffix = zipper.Suffix;
+  options.Encrypt = zipper.Encrypt;
+  options.System = zipper.System;
+  options.Volume = zipper.Volume;
+  options.Extra = zipper.Extra;
+  options.NoDirEntries = zipper.NoDirEntries;
+  options.ExcludeDate = zipper.ExcludeDate;
+  options.IncludeDate = zipper.IncludeDate;
+  options.Verbose = zipper.Verbose;
+  options.Quiet = zipper.Quiet;
+  options.CRLF_LF = zipper.CRLF_LF;
+  options.LF_CRLF = zipper.LF_CRLF;
+  options.JunkDir = zipper.JunkDir;
+  options.Grow = zipper.Grow;
+  options.Force = zipper.Force;
+  options.Move = zipper.Move;
+  options.DeleteEntries = zipper.DeleteEntries;
+  options.Update = zipper.Update;
+  options.Freshen = zipper.Freshen;
+  options.JunkSFX = zipper.JunkSFX;
+  options.LatestTime = zipper.LatestTime;
+  options.Offsets = zipper.Offsets;
+  options.Privilege = zipper.Privilege;
+  options.Encryption = zipper.Encryption;
+  options.Recurse = zipper.Recurse;
+  options.Repair = zipper.Repair;
+  // A level outside the digits must not become one on its way through a character.
+  const bool is_digit = zipper.Level >= 0 && zipper.Level <= 9;
+  options.Level = is_digit ? static_cast<char>('0' + zipper.Level) : '?';
+  return options;
+}
+
+}  // namespace
+
+std::int32_t RunZipRoutine(const TmZipper& zipper) {
+  const auto loaded = platform::CurrentPorts().companion->Load();
+  companion::ZpFunctions callbacks{OnPrint, OnComment, OnPassword, OnService};
+  if (!loaded || loaded.value->ZpInit(&callbacks) == 0) {
+    platform::CurrentPorts().front_end->ShowMessage(platform::MessageKind::kWarning, "Ошибка",
+                                                    "Отсутствует UnTmz.dll.");
+    return companion::kZipInternal;
+  }
+  const AnsiTexts texts{ToAnsi(zipper.ZipDate), ToAnsi(zipper.RootDir), ToAnsi(zipper.TempDir)};
+  companion::ZpOptions options = MakeOptions(zipper, texts);
+  loaded.value->ZpSetOptions(&options);
+
+  std::vector<std::string> ansi_names;
+  for (const std::string& name : zipper.FileNames())
+    ansi_names.push_back(ToAnsi(name));
+  std::vector<const char*> names;
+  for (const std::string& name : ansi_names)
+    names.push_back(name.c_str());
+  const std::string zip_name = ToAnsi(zipper.ZipFileName);
+  return loaded.value->ZpArchive(
+      {static_cast<std::int32_t>(names.size()), zip_name.c_str(), names.data()});
+}
+
+}  // namespace tmw

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "companion/abi.h"
+#include "foundation/encodings.h"
+#include "packages/companion_functions.h"
+
+namespace tests {
+
+struct EntryResult {
+  std::string name;
+  int code = 0;
+};
+
+// What became of an archive through the library's interface.
+struct ArchiveRun {
+  int open_code = 0;
+  std::vector<EntryResult> entries;
+  int end_code = 0;  // of the ReadHeader that gave no entry
+
+  // "0 12 | 10": the entries' codes and how it ended.
+  std::string Codes() const {
+    if (open_code != 0) return "open " + std::to_string(open_code);
+    std::string text;
+    for (const EntryResult& entry : entries)
+      text += std::to_string(entry.code) + " ";
+    return text + "| " + std::to_string(end_code);
+  }
+};
+
+inline ArchiveRun RunArchive(const std::string& path, int operation, const std::string& folder) {
+  const companion::EntryPoints& functions = tmw::CompanionFunctions();
+  const std::u16string wide = tmw::Utf8ToUtf16(path);
+  const std::u16string wide_folder = tmw::Utf8ToUtf16(folder);
+  companion::RAROpenArchiveDataEx record{};
+  record.ArcNameW = wide.c_str();
+  record.OpenMode = companion::kRarExtract;
+  ArchiveRun run;
+  const companion::RarHandle handle = functions.RAROpenArchiveEx(&record);
+  run.open_code = static_cast<int>(record.OpenResult);
+  if (handle == nullptr) return run;
+  // A reader that never ends must not hang the tests.
+  for (int i = 0; i < 10000; ++i) {
+    const auto header = std::make_unique<companion::RARHeaderDataEx>();
+    run.end_code = functions.RARReadHeaderEx(handle, header.get());
+    if (run.end_code != 0) break;
+    const int code = functions.RARProcessFileW(handle, operation, wide_folder.c_str(), nullptr);
+    run.entries.push_back({tmw::Utf16ToUtf8(header->FileNameW), code});
+  }
+  functions.RARCloseArchive(handle);
+  return run;
+}
+
+}  // namespace tests

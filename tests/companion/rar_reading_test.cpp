@@ -1,0 +1,295 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "packages/rar_blocks.h"
+#include "tests/companion/archive_run.h"
+#include "tests/support/sandbox.h"
+
+namespace tests {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tmw::rar_blocks;
+
+constexpr RarFormat kBoth[] = {RarFormat::kRar4, RarFormat::kRar5};
+
+EntryHeader FileHeader(const std::string& name, const std::string& content) {
+  EntryHeader header;
+  header.name = name;
+  header.packed_size = content.size();
+  header.size = content.size();
+  header.crc = UpdateCrc32(0, content);
+  header.modified = 1700000000;
+  return header;
+}
+
+std::string Archive(RarFormat format, const EntryHeader& header, const std::string& content) {
+  return MakeBeginning(format) + MakeEntryHeader(format, header) + content + MakeEnd(format);
+}
+
+std::string Archive(RarFormat format, const std::string& name, const std::string& content) {
+  return Archive(format, FileHeader(name, content), content);
+}
+
+// Everything beneath a folder, relative names.
+std::vector<std::string> Everything(const Sandbox& sandbox) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::recursive_directory_iterator(ToPath(sandbox.Path()))) {
+    names.push_back(FromPath(fs::relative(entry.path(), ToPath(sandbox.Path()))));
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+TEST(RarReading, StoredEntriesComeOutWithNamesAndFolders) {
+  for (const RarFormat format : kBoth) {
+    Sandbox sandbox;
+    EntryHeader folder;
+    folder.name = "Отчёты";
+    folder.is_folder = true;
+    const std::string content(300000, 'x');
+    const EntryHeader header = FileHeader("Отчёты/Баланс №1 €.txt", content);
+    const std::string bytes = MakeBeginning(format) + MakeEntryHeader(format, folder) +
+                              MakeEntryHeader(format, header) + content + MakeEnd(format);
+    const ArchiveRun run = RunArchive(sandbox.Write("а.tmz", bytes), 2, sandbox.Path("out"));
+    ASSERT_EQ(run.Codes(), "0 0 | 10");
+    EXPECT_EQ(sandbox.Read("out/Отчёты/Баланс №1 €.txt"), content);
+    EXPECT_EQ(run.entries[1].name,
+              format == RarFormat::kRar5 ? "Отчёты/Баланс №1 €.txt" : "Отчёты\\Баланс №1 €.txt");
+  }
+}
+
+TEST(RarReading, HostileNamesAreRefusedAndNothingIsMade) {
+  const std::string long_name(1100, 'n');
+  const std::vector<std::string> names = {
+      "../x",   "..\\..\\x", "a/../../x",    "/abs",    "\\abs",   "C:\\x",
+      "C:x",    "//s/h/x",   "\\\\?\\C:\\x", "",        ".",       "..",
+      "a//b",   "a/./b",     "a/",           "CON",     "aux.txt", "a/nul.tmz",
+      "COM1",   "lpt9.log",  "con .txt",     "a.txt:s", "trail. ", "trail.",
+      "tab\tx", "line\nx",   "del\x7Fx",     "a/../b",  long_name, std::string("nul\0x", 5)};
+  for (const RarFormat format : kBoth) {
+    for (const std::string& name : names) {
+      Sandbox sandbox;
+      EntryHeader header = FileHeader(name, "bad");
+      header.name_is_raw = true;
+      const std::string path = sandbox.Write("in/a.rar", Archive(format, header, "bad"));
+      EXPECT_EQ(RunArchive(path, 2, sandbox.Path("in/out")).Codes(), "16 | 10") << name;
+      EXPECT_EQ(Everything(sandbox).size(), 2U) << name;
+      EXPECT_EQ(RunArchive(path, 0, "").Codes(), "0 | 10") << name;
+    }
+  }
+  // Malformed UTF-8, where UTF-8 is what the format has.
+  Sandbox sandbox;
+  const std::string path = sandbox.Write("a.rar", Archive(RarFormat::kRar5, "a\xFF", "bad"));
+  EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), "16 | 10");
+}
+
+std::string LinkRecord(unsigned kind, const std::string& target) {
+  const std::string body =
+      MakeVint(5) + MakeVint(kind) + MakeVint(0) + MakeVint(target.size()) + target;
+  return MakeVint(body.size()) + body;
+}
+
+TEST(RarReading, LinksAndSpecialFilesAreNeverMade) {
+  std::vector<std::pair<RarFormat, EntryHeader>> cases;
+  for (const RarFormat format : kBoth) {
+    for (const std::uint32_t type : {0120777U, 0010644U, 0020644U, 0060644U, 0140644U}) {
+      EntryHeader header = FileHeader("special", "/etc");
+      header.unix_mode = type;
+      cases.emplace_back(format, header);
+    }
+  }
+  for (unsigned kind = 1; kind <= 5; ++kind) {
+    EntryHeader header = FileHeader("link", "");
+    header.extra = LinkRecord(kind, "../../etc/passwd");
+    cases.emplace_back(RarFormat::kRar5, header);
+  }
+  for (const auto& [format, header] : cases) {
+    Sandbox sandbox;
+    const std::string content = header.size > 0 ? "/etc" : "";
+    const std::string path = sandbox.Write("a.rar", Archive(format, header, content));
+    EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), "16 | 10");
+    EXPECT_EQ(RunArchive(path, 0, "").Codes(), "0 | 10");
+    EXPECT_EQ(Everything(sandbox), std::vector<std::string>{"a.rar"});
+  }
+}
+
+#ifndef _WIN32
+TEST(RarReading, NothingIsWrittenThroughALinkThatLiesInTheWay) {
+  Sandbox sandbox;
+  sandbox.Write("outside/kept.txt", "kept");
+  fs::create_directories(ToPath(sandbox.Path("out")));
+  fs::create_directory_symlink(ToPath(sandbox.Path("outside")), ToPath(sandbox.Path("out/dir")));
+  fs::create_symlink(ToPath(sandbox.Path("outside/kept.txt")), ToPath(sandbox.Path("out/file")));
+  fs::create_hard_link(ToPath(sandbox.Path("outside/kept.txt")), ToPath(sandbox.Path("out/hard")));
+  const auto extract = [&](const std::string& name) {
+    const std::string path = sandbox.Write("a.rar", Archive(RarFormat::kRar5, name, "new"));
+    return RunArchive(path, 2, sandbox.Path("out")).Codes();
+  };
+  EXPECT_EQ(extract("dir/kept.txt"), "16 | 10");
+  EXPECT_EQ(extract("file"), "0 | 10");
+  EXPECT_EQ(extract("hard"), "0 | 10");
+  EXPECT_EQ(sandbox.Read("outside/kept.txt"), "kept");
+  EXPECT_EQ(sandbox.Read("out/file"), "new");
+  EXPECT_FALSE(fs::is_symlink(ToPath(sandbox.Path("out/file"))));
+}
+
+TEST(RarReading, OnlyThePermissionBitsOfAModeAreApplied) {
+  for (const RarFormat format : kBoth) {
+    Sandbox sandbox;
+    EntryHeader header = FileHeader("tool", "#!");
+    header.unix_mode = 0106751;
+    const std::string path = sandbox.Write("a.rar", Archive(format, header, "#!"));
+    ASSERT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), "0 | 10");
+    const auto mode = fs::status(ToPath(sandbox.Path("out/tool"))).permissions();
+    EXPECT_EQ(static_cast<unsigned>(mode), 0751U);
+  }
+}
+#endif
+
+// What was done to a sound archive of one entry "a.txt" with 10 bytes, and the codes of extracting
+// it, RAR 4 and RAR 5.
+struct DamageCase {
+  const char* what;
+  std::function<std::string(RarFormat)> bytes;
+  const char* rar4;
+  const char* rar5;
+  bool leaves_file;
+};
+
+std::string With(RarFormat format, const std::function<void(EntryHeader&)>& change) {
+  EntryHeader header = FileHeader("a.txt", "0123456789");
+  change(header);
+  return Archive(format, header, "0123456789");
+}
+
+std::string Cut(RarFormat format, std::size_t kept_of_content) {
+  const std::string head =
+      MakeBeginning(format) + MakeEntryHeader(format, FileHeader("a.txt", "0123456789"));
+  return head + std::string("0123456789").substr(0, kept_of_content);
+}
+
+const DamageCase kDamages[] = {
+    {"nothing", [](RarFormat f) { return With(f, [](EntryHeader&) {}); }, "0 | 10", "0 | 10", true},
+    {"no bytes", [](RarFormat) { return std::string(); }, "open 13", "open 13", false},
+    {"a page", [](RarFormat) { return std::string("<html>not found</html>"); }, "open 13",
+     "open 13", false},
+    {"a zip", [](RarFormat) { return std::string("PK\3\4aaaaaaaaaaaaaaaa"); }, "open 13", "open 13",
+     false},
+    {"signature only",
+     [](RarFormat f) { return MakeBeginning(f).substr(0, f == RarFormat::kRar5 ? 8 : 7); }, "| 10",
+     "| 10", false},
+    {"cut in the main header", [](RarFormat f) { return MakeBeginning(f).substr(0, 13); }, "| 18",
+     "| 10", false},
+    {"no end block", [](RarFormat f) { return Cut(f, 10); }, "0 | 10", "0 | 10", true},
+    {"garbage behind the end", [](RarFormat f) { return With(f, [](EntryHeader&) {}) + "garbage"; },
+     "0 | 10", "0 | 10", true},
+    {"data cut off", [](RarFormat f) { return Cut(f, 4); }, "18 | 18", "18 | 18", true},
+    {"wrong data", [](RarFormat f) { return With(f, [](EntryHeader& h) { h.crc ^= 1; }); },
+     "12 | 10", "12 | 10", true},
+    {"more data than declared",
+     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.size = 3; }); }, "12 | 10", "12 | 10",
+     true},
+    {"less data than declared",
+     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.size = 11; }); }, "12 | 10", "12 | 10",
+     true},
+    {"an unknown method", [](RarFormat f) { return With(f, [](EntryHeader& h) { h.method = 6; }); },
+     "14 | 10", "14 | 10", false},
+    {"an unknown version",
+     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.version = 63; }); }, "14 | 10",
+     "14 | 10", false},
+    {"the second half of a file",
+     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.split_before = true; }); }, "12 | 10",
+     "12 | 10", false},
+    {"a next volume that is missing",
+     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.split_after = true; }); }, "15 | 15",
+     "15 | 15", true},
+    {"a folder with data",
+     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.is_folder = true; }); }, "12 | 10",
+     "12 | 10", false},
+    {"encrypted",
+     [](RarFormat f) {
+       return With(f, [](EntryHeader& h) {
+         h.is_encrypted = true;
+         h.extra = MakeVint(2) + MakeVint(1) + MakeVint(0);
+       });
+     },
+     "22 | 10", "22 | 10", false},
+    {"a damaged header behind a good entry",
+     [](RarFormat f) {
+       std::string second = MakeEntryHeader(f, FileHeader("b.txt", ""));
+       second[second.size() - 1] ^= 1;
+       return Cut(f, 10) + second;
+     },
+     "0 | 12", "0 | 12", true},
+};
+
+TEST(RarReading, DamageEndsWithTheCodeOfItsCause) {
+  for (const DamageCase& damage : kDamages) {
+    for (const RarFormat format : kBoth) {
+      Sandbox sandbox;
+      const std::string path = sandbox.Write("a.rar", damage.bytes(format));
+      const char* const expected = format == RarFormat::kRar4 ? damage.rar4 : damage.rar5;
+      EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), expected) << damage.what;
+      EXPECT_EQ(sandbox.Has("out/a.txt"), damage.leaves_file) << damage.what;
+    }
+  }
+}
+
+TEST(RarReading, SkippingAsksForTheDataButNotForItsContent) {
+  Sandbox sandbox;
+  EXPECT_EQ(RunArchive(sandbox.Write("a.rar", Cut(RarFormat::kRar4, 4)), 0, "").Codes(), "18 | 18");
+  const std::string wrong = With(RarFormat::kRar5, [](EntryHeader& h) { h.crc ^= 1; });
+  EXPECT_EQ(RunArchive(sandbox.Write("b.rar", wrong), 0, "").Codes(), "0 | 10");
+  EXPECT_EQ(RunArchive(sandbox.Write("b.rar", wrong), 1, "").Codes(), "12 | 10");
+  EXPECT_EQ(RunArchive(sandbox.Path("none.rar"), 0, "").Codes(), "open 15");
+  EXPECT_EQ(RunArchive(sandbox.Path(), 0, "").Codes(), "open 15");
+}
+
+TEST(RarReading, ADestinationThatCannotBeMadeIsCode16) {
+  Sandbox sandbox;
+  sandbox.Write("file", "in the way");
+  const std::string path = sandbox.Write("a.rar", Archive(RarFormat::kRar5, "a/b.txt", "x"));
+  EXPECT_EQ(RunArchive(path, 2, sandbox.Path("file")).Codes(), "16 | 10");
+  fs::create_directories(ToPath(sandbox.Path("out/a/b.txt")));
+  EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), "16 | 10");
+}
+
+// A file of three parts in three volumes.
+void WriteVolumes(const Sandbox& sandbox, RarFormat format, const std::vector<std::string>& names,
+                  const std::string& content) {
+  const std::size_t third = content.size() / 3;
+  for (std::size_t i = 0; i < 3; ++i) {
+    const std::string part = content.substr(i * third, i == 2 ? std::string::npos : third);
+    EntryHeader header = FileHeader("Большой.bin", content);
+    header.packed_size = part.size();
+    header.split_before = i > 0;
+    header.split_after = i < 2;
+    if (i < 2) header.crc = UpdateCrc32(0, part);
+    sandbox.Write(names[i], MakeBeginning(format, true, i == 0) + MakeEntryHeader(format, header) +
+                                part + MakeEnd(format, i < 2));
+  }
+}
+
+TEST(RarReading, AFileGoesOnThroughItsVolumes) {
+  const std::string content = std::string(100000, 'a') + std::string(100001, 'b') + "end";
+  const std::vector<std::vector<std::string>> names = {
+      {"x.part1.rar", "x.part2.rar", "x.part3.rar"},
+      {"y.part09.rar", "y.part10.rar", "y.part11.rar"},
+      {"2020.v9.rar", "2020.v10.rar", "2020.v11.rar"}};
+  for (const RarFormat format : kBoth) {
+    for (const auto& volumes : names) {
+      Sandbox sandbox;
+      WriteVolumes(sandbox, format, volumes, content);
+      EXPECT_EQ(RunArchive(sandbox.Path(volumes[0]), 2, sandbox.Path("out")).Codes(), "0 | 10");
+      EXPECT_EQ(sandbox.Read("out/Большой.bin"), content);
+      EXPECT_EQ(RunArchive(sandbox.Path(volumes[0]), 0, "").Codes(), "0 | 10");
+      fs::remove(ToPath(sandbox.Path(volumes[2])));
+      EXPECT_EQ(RunArchive(sandbox.Path(volumes[0]), 2, sandbox.Path("out")).Codes(), "15 | 15");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tests
