@@ -20,9 +20,9 @@ std::string ToAnsi(const std::string& text) {
 }
 
 // Asks the user and puts his answer into the library's buffer; -1 when he declines.
-int AskInto(char* buffer, std::size_t size, const char* prompt) noexcept try {
+int AskInto(char* buffer, std::size_t size, const char* prompt, bool is_secret) noexcept try {
   if (buffer == nullptr || size == 0) return -1;
-  const auto answer = platform::CurrentPorts().front_end->AskText(kBoxTitle, prompt);
+  const auto answer = platform::CurrentPorts().front_end->AskText(kBoxTitle, prompt, is_secret);
   if (!answer) return -1;
   const std::string ansi = ToAnsi(*answer);
   const std::size_t length = std::min(ansi.size(), size - 1);
@@ -40,11 +40,11 @@ int COMPANION_CALL OnPrint(const char* /*text*/, std::uint32_t /*length*/) {
 int COMPANION_CALL OnPassword(char* buffer, int size, const char* /*prompt*/,
                               const char* /*again*/) {
   return AskInto(buffer, size > 0 ? static_cast<std::size_t>(size) : 0,
-                 "Please Enter The Password!");
+                 "Please Enter The Password!", true);
 }
 
 int COMPANION_CALL OnComment(char* buffer) {
-  return AskInto(buffer, companion::kZpCommentSize, "Enter the comment");
+  return AskInto(buffer, companion::kZpCommentSize, "Enter the comment", false);
 }
 
 int COMPANION_CALL OnService(const char* /*name*/, std::uint32_t /*size*/) {
