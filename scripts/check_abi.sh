@@ -25,6 +25,8 @@ for program in "$folder"/bin/*.exe "$folder"/bin/*.dll; do
   [ -z "$foreign" ] || fail "$name needs $foreign"
   subsystem=$(sed -n 's/^MajorSubsystemVersion[[:space:]]*//p' <<<"$headers")
   [ "$subsystem" -le 6 ] || fail "$name asks for subsystem version $subsystem"
+  [ "$name" != UnTmz.dll ] || "$(dirname "$0")/check_exports.sh" "$program" ||
+    fail "$name does not export the published names"
   echo "$name: 32-bit, imports $(grep -c 'DLL Name' <<<"$headers") libraries"
 done
 [ "$checked" -gt 0 ] || fail "no program found in $folder/bin"

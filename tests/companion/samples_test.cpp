@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <map>
+
+#include "packages/sha256.h"
+#include "tests/companion/archive_run.h"
+#include "tests/support/sandbox.h"
+
+namespace tests {
+namespace {
+
+struct Sample {
+  std::string name;
+  std::string kind;
+  int code = 0;  // of extracting everything
+  std::map<std::string, std::string> files;
+  std::string first_volume;
+};
+
+std::string SamplesFolder() {
+  const char* const chosen = std::getenv("TMW_RAR_SAMPLES");
+  return chosen != nullptr ? chosen : TMW_RAR_SAMPLES;
+}
+
+// The texts in double quotes on a line; none of them has a quote or an escape in it.
+std::vector<std::string> Quoted(const std::string& line) {
+  std::vector<std::string> texts;
+  for (std::size_t at = line.find('"'); at != std::string::npos; at = line.find('"', at)) {
+    const std::size_t end = line.find('"', at + 1);
+    texts.push_back(line.substr(at + 1, end - at - 1));
+    at = end + 1;
+  }
+  return texts;
+}
+
+std::string HashOf(const std::string& bytes) {
+  return tmw::CSHA256().SHA256({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+}
+
+// expected.json is indented by depth: samples, their properties, files and volumes.
+std::vector<Sample> ReadExpectations(const std::string& path) {
+  std::ifstream file(ToPath(path));
+  std::vector<Sample> samples;
+  for (std::string line; std::getline(file, line);) {
+    const std::size_t depth = line.find_first_not_of(' ');
+    const std::vector<std::string> texts = Quoted(line);
+    if (texts.empty()) continue;
+    if (depth == 1) {
+      samples.emplace_back().name = texts[0];
+    } else if (depth == 2 && texts[0] == "code") {
+      samples.back().code = std::stoi(texts[1]);
+    } else if (depth == 2 && texts[0] == "kind") {
+      samples.back().kind = texts[1];
+    } else if (depth == 3 && texts.size() == 2) {
+      samples.back().files[texts[0]] = texts[1];
+    } else if (depth == 3 && samples.back().first_volume.empty()) {
+      samples.back().first_volume = texts[0];
+    }
+  }
+  return samples;
+}
+
+// The last code that is not good news.
+int FinalCode(const ArchiveRun& run) {
+  if (run.open_code != 0) return run.open_code;
+  if (run.end_code != companion::kRarEndOfArchive) return run.end_code;
+  for (auto entry = run.entries.rbegin(); entry != run.entries.rend(); ++entry) {
+    if (entry->code != 0) return entry->code;
+  }
+  return 0;
+}
+
+// Links are refused by rule; archives that are sound otherwise count as sound.
+void ForgetRefusedLinks(ArchiveRun& run, const Sample& sample) {
+  std::erase_if(run.entries, [&](EntryResult entry) {
+    std::replace(entry.name.begin(), entry.name.end(), '\\', '/');
+    return entry.code == companion::kRarCreateFailed && !sample.files.contains(entry.name);
+  });
+}
+
+TEST(RarSamples, ArchivesOfOtherMakersGiveTheirFilesOrTheirCode) {
+  const std::string folder = SamplesFolder();
+  const std::vector<Sample> samples = ReadExpectations(folder + "/expected.json");
+  if (samples.empty()) GTEST_SKIP() << "no sample archives in " << folder;
+  int judged = 0;
+  int unknown_methods = 0;
+  for (const Sample& sample : samples) {
+    const Sandbox sandbox;
+    ArchiveRun run = RunArchive(folder + "/" + sample.first_volume, 2, sandbox.Path());
+    ForgetRefusedLinks(run, sample);
+    const bool has_unknown_method = std::any_of(
+        run.entries.begin(), run.entries.end(),
+        [](const EntryResult& entry) { return entry.code == companion::kRarUnknownFormat; });
+    // A stored archive has no methods to be unknown; overflow.rar is only called one.
+    if (has_unknown_method) {
+      EXPECT_TRUE(sample.kind.find("stored") == std::string::npos || sample.files.empty())
+          << sample.name << " " << run.Codes();
+      ++unknown_methods;
+      continue;
+    }
+    ++judged;
+    EXPECT_EQ(FinalCode(run), sample.code) << sample.name << " " << run.Codes();
+    for (const auto& [name, hash] : sample.files) {
+      EXPECT_EQ(HashOf(sandbox.Read(name)), hash) << sample.name << " " << name;
+    }
+  }
+  std::cout << judged << " sample archives judged, " << unknown_methods
+            << " with a method that is not decoded\n";
+}
+
+}  // namespace
+}  // namespace tests
