@@ -48,21 +48,16 @@ TEST_F(ProductSettings, NumbersOutOfRangeGiveTheDefault) {
 }
 
 TEST_F(ProductSettings, BooleansAreWords) {
-  const struct {
-    const char* words;
-    int value;  // -1: the default
-  } cases[] = {{"true 1 -1 yes y TRUE Yes", 1}, {"false 0 no n No", 0}, {"maybe * да 2", -1}};
-  for (const auto& c : cases) {
-    std::istringstream words(c.words);
-    for (std::string word; words >> word;) {
-      store_.Set(kUser, kAutoUpdate + "NoFtp", word);
-      for (const bool fallback : {false, true}) {
-        EXPECT_EQ(GetProductSetting_Boolean(false, "AutoUpdate", "NoFtp", fallback),
-                  c.value == -1 ? fallback : c.value == 1)
-            << word;
-      }
-    }
-  }
+  const auto read = [&](const std::string& word, bool fallback) {
+    store_.Set(kUser, kAutoUpdate + "NoFtp", word);
+    return GetProductSetting_Boolean(false, "AutoUpdate", "NoFtp", fallback);
+  };
+  for (const char* yes : {"true", "1", "-1", "yes", "y", "Yes"})
+    EXPECT_TRUE(read(yes, false)) << yes;
+  for (const char* no : {"false", "0", "no", "n", "NO"})
+    EXPECT_FALSE(read(no, true)) << no;
+  for (const char* other : {"maybe", "*", "", "2"})
+    EXPECT_TRUE(read(other, true) && !read(other, false)) << other;
   EXPECT_TRUE(GetProductSetting_Boolean(false, "AutoUpdate", "IsCustomUrl", true));
 }
 

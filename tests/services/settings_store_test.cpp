@@ -45,7 +45,6 @@ TEST(SettingsStore, ReadsTextsAndDoubleWordsOfBothRoots) {
   Import(file);
   const auto store = MakeSettingsStore();
   const std::string key = "Software\\TmWebUpdateTest\\Раздел";
-  EXPECT_EQ(store->ReadString(kUser, key, "Text").value, "Ёлка \"1\" c:\\x");
   EXPECT_EQ(store->ReadString(kUser, "SOFTWARE\\tmwebupdatetest\\РАЗДЕЛ", "TEXT").value,
             "Ёлка \"1\" c:\\x");
   EXPECT_EQ(store->ReadString(kUser, key, "").value, "default");
