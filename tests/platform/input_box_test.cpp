@@ -77,11 +77,16 @@ TEST(InputBox, GivesTheTypedLineOrNothing) {
   }
 }
 
+std::atomic<int> ticks{0};
+
+void CALLBACK OnTick(HWND /*window*/, UINT /*message*/, UINT_PTR /*timer*/, DWORD /*time*/) {
+  ++ticks;
+}
+
 TEST(FrontEndEvents, PendingEventsRunAndAnEndingStaysAsked) {
   const auto front_end = MakeFrontEnd();
   front_end->RunPendingEvents();
-  static std::atomic<int> ticks{0};
-  SetTimer(nullptr, 0, 10, [](HWND, UINT, UINT_PTR, DWORD) { ++ticks; });
+  SetTimer(nullptr, 0, 10, OnTick);
   for (int i = 0; i < 300 && ticks == 0; ++i) {
     Sleep(10);
     front_end->RunPendingEvents();
