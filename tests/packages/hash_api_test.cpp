@@ -1,0 +1,50 @@
+#include "packages/hash_api.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "packages/sha256.h"
+#include "tests/support/caught.h"
+#include "tests/support/sandbox.h"
+
+namespace tests {
+namespace {
+
+using namespace tmw;
+
+TEST(HashApi, FileAndArrayOfTheSameBytesHaveOneText) {
+  Sandbox sandbox;
+  for (const std::size_t length : {0U, 1U, 300000U}) {
+    const std::string bytes(length, '\xA5');
+    const std::vector<std::uint8_t> array(bytes.begin(), bytes.end());
+    EXPECT_EQ(GetFileHash(sandbox.Write("Файл.dat", bytes)), CSHA256().SHA256(array));
+  }
+  EXPECT_EQ(GetFileHash(sandbox.Write("empty", "")),
+            "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+}
+
+TEST(HashApi, ATextIsHashedAsItsUtf16Units) {
+  const std::vector<std::uint8_t> units = {0x61, 0, 0x62, 0, 0x4F, 0x04};
+  EXPECT_EQ(GetStringHash("abя"), CSHA256().SHA256(units));
+  EXPECT_EQ(GetStringHash(""), CSHA256().SHA256({}));
+}
+
+TEST(HashApi, BytesBecomeTwoLowerCaseDigitsEach) {
+  EXPECT_EQ(GetHashString(std::array<std::uint8_t, 2>{0x0A, 0xFF}), "0aff");
+}
+
+TEST(HashApi, AMissingFileIsNamedWithTheSystemsReason) {
+  Sandbox sandbox;
+  for (const std::string& path : {sandbox.Path("none"), sandbox.Path()}) {
+    const ProgramError error = Caught([&] { GetFileHash(path); });
+    EXPECT_TRUE(
+        error.Description.starts_with("Ошибка подсчета контрольной суммы файла " + path + ": \r\n"))
+        << error.Description;
+    EXPECT_NE(error.Number, kProgramErrorNumber);
+    EXPECT_NE(error.Source.find("::miHashApi.GetFileHash]"), std::string::npos);
+  }
+}
+
+}  // namespace
+}  // namespace tests

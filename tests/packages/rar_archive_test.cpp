@@ -1,0 +1,213 @@
+#include "packages/rar_archive.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+
+#include "foundation/encodings.h"
+#include "packages/rar_writer.h"
+#include "platform/ports.h"
+#include "tests/packages/judge.h"
+#include "tests/support/caught.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/scoped_ports.h"
+
+namespace tests {
+namespace {
+
+using namespace tmw;
+using rar_blocks::RarFormat;
+
+constexpr std::uint32_t kExtract = 1;
+
+// A package of the given files, in order; their content is their name.
+std::string MakePackage(const Sandbox& sandbox, const std::vector<std::string>& names,
+                        RarFormat format = RarFormat::kRar5) {
+  const std::string path = sandbox.Path("Пакет.tmz");
+  StoredRarWriter writer(path, format);
+  for (const std::string& name : names) {
+    RarEntryFacts facts;
+    facts.name = name;
+    facts.modified = 1700000000;
+    writer.AddFile(facts, sandbox.Write("source", name));
+  }
+  writer.Finish();
+  return path;
+}
+
+std::string Failure(const std::string& archive, const std::string& message) {
+  return "Ошибка при обработке архивного файла \"" + archive + "\":\r\n" + message;
+}
+
+TEST(RarArchive, HeadersAreListedAndEntriesSkipped) {
+  Sandbox sandbox;
+  RarArchive archive;
+  archive.OpenArchive(MakePackage(sandbox, {"один.txt", "dir/two"}), 0);
+  std::string name;
+  std::uint32_t flags = 1;
+  std::uint32_t packed = 0;
+  std::uint32_t unpacked = 0;
+  ASSERT_TRUE(archive.ReadHeader(name, flags, packed, unpacked));
+  EXPECT_EQ(name, "один.txt");
+  EXPECT_EQ(flags, 0U);
+  EXPECT_EQ(packed, 12U);
+  EXPECT_EQ(unpacked, 12U);
+  archive.ProcessFile(0, "", "");
+  ASSERT_TRUE(archive.ReadHeader(name, flags, packed, unpacked));
+  EXPECT_EQ(name, "dir/two");
+  EXPECT_FALSE(archive.ReadHeader(name, flags, packed, unpacked));
+  archive.CloseHandle();
+  EXPECT_EQ(archive.Handle(), nullptr);
+}
+
+TEST(RarArchive, AnEntryIsFoundWithoutRegardToLetterCase) {
+  for (const RarFormat format : {RarFormat::kRar4, RarFormat::kRar5}) {
+    Sandbox sandbox;
+    const std::string package = MakePackage(sandbox, {"a.txt", "Отчёт.DLL", "b.txt"}, format);
+    RarArchive archive;
+    archive.OpenArchive(package, kExtract);
+    archive.ExtractFile("оТЧЁТ.dll", sandbox.Path("out"));
+    EXPECT_EQ(sandbox.Read("out/Отчёт.DLL"), "Отчёт.DLL");
+    EXPECT_FALSE(sandbox.Has("out/a.txt"));
+
+    std::string error;
+    EXPECT_TRUE(UnrarOneFile(package, "оТЧЁТ.dll", sandbox.Path("one"), "", error)) << error;
+    const std::filesystem::directory_iterator files(ToPath(sandbox.Path("one")));
+    EXPECT_EQ(FromPath(files->path().filename()), "оТЧЁТ.dll");
+  }
+}
+
+TEST(RarArchive, FailuresSayWhatWentWrongWithWhichArchive) {
+  Sandbox sandbox;
+  const std::string package = MakePackage(sandbox, {"a.txt"});
+  const std::string page = sandbox.Write("page.tmz", "<html>");
+  const std::string none = sandbox.Path("none.tmz");
+  std::string error;
+  EXPECT_FALSE(UnrarOneFile(package, "b.txt", sandbox.Path("out"), "", error));
+  EXPECT_EQ(error, "Файл \"b.txt\" не найден в архиве \"" + package + "\".");
+  EXPECT_FALSE(UnrarAllFiles(none, sandbox.Path("out"), "", error));
+  EXPECT_EQ(error, Failure(none, "Ошибка открытия файла архива."));
+  EXPECT_FALSE(UnrarAllFiles(page, sandbox.Path("out"), "secret", error));
+  EXPECT_EQ(error, Failure(page, "Файл не является файлом архива нужного формата."));
+
+  RarArchive archive;
+  for (const auto& action : std::vector<std::function<void()>>{
+           [&] { archive.ProcessFile(0, "", ""); }, [&] { archive.ExtractFile("a", ""); },
+           [&] { archive.ExtractAllFiles(""); }}) {
+    const ProgramError closed = Caught(action);
+    EXPECT_EQ(closed.Description, "Архив не открыт.");
+    EXPECT_EQ(closed.Number, kProgramErrorNumber);
+  }
+  EXPECT_EQ(Caught([&] { archive.RaiseRarError(37); }).Description,
+            "Ошибка при обработке архивного файла:\r\nНеизвестная ошибка (37).");
+  archive.ArchiveName = "x";
+  const ProgramError damaged = Caught([&] { archive.RaiseRarError(12); });
+  EXPECT_EQ(damaged.Description, Failure("x", "Архив поврежден."));
+  EXPECT_NE(damaged.Source.find("::RarArchive.RaiseRarError]"), std::string::npos);
+}
+
+TEST(RarArchive, AnEmptyArchiveHasNothingToExtract) {
+  Sandbox sandbox;
+  const std::string package = MakePackage(sandbox, {});
+  std::string error;
+  EXPECT_TRUE(UnrarAllFiles(package, sandbox.Path("out"), "", error)) << error;
+  EXPECT_FALSE(UnrarOneFile(package, "a", sandbox.Path("out"), "", error));
+  EXPECT_EQ(error, "Файл \"a\" не найден в архиве \"" + package + "\".");
+}
+
+// A library that shows one entry of a given name and would extract whatever it is asked to.
+struct CarelessLibrary final : platform::CompanionLibrary {
+  static inline std::u16string name;
+  static inline int shown = 0;
+  static inline int extracted = 0;
+  companion::EntryPoints entries{};
+
+  explicit CarelessLibrary(const std::string& entry_name) {
+    name = Utf8ToUtf16(entry_name);
+    shown = 0;
+    extracted = 0;
+    entries.RAROpenArchiveEx = [](companion::RAROpenArchiveDataEx*)
+                                   COMPANION_CALL { return companion::RarHandle{&shown}; };
+    entries.RARReadHeaderEx = [](companion::RarHandle, companion::RARHeaderDataEx* header)
+                                  COMPANION_CALL {
+                                    name.copy(header->FileNameW, 1023);
+                                    return shown++ == 0 ? 0 : 10;
+                                  };
+    entries.RARProcessFileW = [](companion::RarHandle, int operation, const char16_t*,
+                                 const char16_t*) COMPANION_CALL {
+      extracted += operation == 2 ? 1 : 0;
+      return 0;
+    };
+    entries.RARCloseArchive = [](companion::RarHandle) COMPANION_CALL { return 0; };
+  }
+  platform::Outcome<const companion::EntryPoints*> Load() override {
+    return platform::Outcome<const companion::EntryPoints*>::Success(&entries);
+  }
+  std::string Path() const override { return {}; }
+  platform::SystemCode LastError() const override { return 0; }
+};
+
+TEST(RarArchive, NamesPassTheGuardWhateverLibraryIsLoaded) {
+  const struct {
+    const char* name;
+    bool extracted;
+  } kCases[] = {{"a.txt", true},        {"dir\\a.txt", true},   {"..\\a.txt", false},
+                {"/etc/passwd", false}, {"C:\\a.txt", false},   {"a.txt:stream", false},
+                {"NUL", false},         {"dir/../../a", false}, {"", false}};
+  for (const auto& test : kCases) {
+    const ScopedPorts ports;
+    CarelessLibrary library(test.name);
+    ports->companion = &library;
+    std::string error;
+    EXPECT_EQ(UnrarAllFiles("p", "out", "", error), test.extracted) << test.name;
+    EXPECT_EQ(CarelessLibrary::extracted, test.extracted ? 1 : 0) << test.name;
+    if (!test.extracted) {
+      EXPECT_EQ(error, Failure("p", "Ошибка создания распаковываемого файла."));
+    }
+  }
+}
+
+#ifndef _WIN32
+TEST(StoredRarWriter, OtherReadersReadWhatItWrites) {
+  for (const RarFormat format : {RarFormat::kRar4, RarFormat::kRar5}) {
+    for (const bool with_trailer : {false, true}) {
+      Sandbox sandbox;
+      const std::string content(1 << 20, 'z');
+      sandbox.Write("p/package.rar", "");
+      StoredRarWriter writer(sandbox.Path("p/package.rar"), format);
+      RarEntryFacts facts{"Папка", 1700000000, 0755};
+      writer.AddFolder(facts);
+      facts = {"Папка/Файл € 1.bin", 1700000000, 0750};
+      writer.AddFile(facts, sandbox.Write("source", content));
+      facts = {"empty", 1700000000, std::nullopt};
+      writer.AddFile(facts, sandbox.Write("source", ""));
+      writer.Finish(with_trailer);
+      std::string error;
+      ASSERT_TRUE(UnrarAllFiles(sandbox.Path("p/package.rar"), sandbox.Path("own"), "", error));
+      for (const std::string folder : {"bsdtar", "unar"}) {
+        std::filesystem::create_directories(ToPath(sandbox.Path(folder)));
+        const std::string package = InQuotes(sandbox.Path("p/package.rar"));
+        const std::string target = InQuotes(sandbox.Path(folder));
+        const auto [status, output] =
+            Judge(folder == "unar" ? "unar -q -D -o " + target + " " + package
+                                   : "bsdtar -xf " + package + " -C " + target);
+        ASSERT_EQ(status, 0) << folder << ": " << output;
+        // Names, contents, times, and modes (which unar applies for the older format only).
+        const std::string facts_shown = folder == "unar" ? "%Y %n" : "%a %Y %n";
+        const auto [same, difference] =
+            Judge("cd " + InQuotes(sandbox.Path()) + " && diff -r own " + folder +
+                  " && for d in own " + folder + "; do (cd $d && stat -c '" + facts_shown +
+                  "' Папка/*); done | uniq -c | grep -q '^ *2 '");
+        EXPECT_EQ(same, 0) << folder << ": " << difference;
+      }
+      const std::string ansi = Utf8ToCodePage(CodePage::k1251, sandbox.Path("p/package.rar"));
+      EXPECT_EQ(platform::CurrentPorts().companion->Load().value->Sha256_GetFileCrcEx(ansi.c_str()),
+                with_trailer ? 1 : 0);
+    }
+  }
+}
+#endif
+
+}  // namespace
+}  // namespace tests

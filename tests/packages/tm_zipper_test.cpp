@@ -1,0 +1,249 @@
+#include "packages/tm_zipper.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <random>
+
+#include "foundation/encodings.h"
+#include "platform/companion_library.h"
+#include "platform/ports.h"
+#include "tests/fakes/scripted_front_end.h"
+#include "tests/packages/judge.h"
+#include "tests/support/caught.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/scoped_ports.h"
+
+namespace tests {
+namespace {
+
+namespace fs = std::filesystem;
+using tmw::TmZipper;
+
+// Names, sizes and contents of a zip file, by Python: "name size crc" a line.
+std::string Listing(const std::string& zip) {
+  const auto [status, output] = Judge(
+      "python3 -c \"import zipfile,sys\n"
+      "z=zipfile.ZipFile(sys.argv[1])\n"
+      "print('bad', z.testzip()) if z.testzip() else None\n"
+      "for i in sorted(z.infolist(), key=lambda i: i.filename):\n"
+      "  print(i.filename, i.file_size)\" " +
+      InQuotes(zip));
+  EXPECT_EQ(status, 0) << output;
+  return output;
+}
+
+class Zipping : public testing::Test {
+ protected:
+  // A zipper over the sandbox with that file name in it.
+  TmZipper Zipper(const std::string& name) {
+    TmZipper zipper;
+    zipper.ZipFileName = sandbox.Path("out.zip");
+    zipper.RootDir = sandbox.Path();
+    zipper.AddFileName(name);
+    return zipper;
+  }
+  std::vector<std::string> Files() {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(ToPath(sandbox.Path()))) {
+      names.push_back(FromPath(entry.path().filename()));
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  Sandbox sandbox;
+};
+
+TEST_F(Zipping, DefaultsAreTheStrongestCompressionAndANewFile) {
+  const TmZipper zipper;
+  EXPECT_EQ(zipper.Level, 9);
+  EXPECT_TRUE(zipper.DeleteExistingZipFile);
+  EXPECT_FALSE(zipper.RaiseErrorOnFail);
+  EXPECT_TRUE(zipper.FileNames().empty());
+}
+
+TEST_F(Zipping, AFailureIsACodeAndLeavesNoFile) {
+  sandbox.Write("a.txt", "a");
+  sandbox.Write("folder/x", "x");
+  const struct {
+    const char* what;
+    std::function<void(TmZipper&)> change;
+    int code;
+  } kCases[] = {
+      {"no files", [](TmZipper& z) { z.ClearFileNames(); }, 12},
+      {"a missing file", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("none"); }, 12},
+      {"a missing file among others", [](TmZipper& z) { z.AddFileName("none"); }, 18},
+      {"a mask without files", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("*.none"); },
+       12},
+      {"encryption", [](TmZipper& z) { z.Encrypt = 1; }, 16},
+      {"repair", [](TmZipper& z) { z.Repair = 1; }, 16},
+      {"a level that is none", [](TmZipper& z) { z.Level = 10; }, 16},
+      {"a date that is none", [](TmZipper& z) { z.IncludeDate = 1, z.ZipDate = "tomorrow"; }, 16},
+      {"freshening nothing", [](TmZipper& z) { z.Freshen = 1; }, 13},
+      {"deleting from nothing", [](TmZipper& z) { z.DeleteEntries = 1; }, 13},
+      {"an impossible place", [](TmZipper& z) { z.ZipFileName += "/no/such/folder.zip"; }, 15},
+      {"two files of one name",
+       [](TmZipper& z) { z.JunkDir = 1, z.Recurse = 1, z.AddFileName("twice"); }, 16},
+  };
+  sandbox.Write("twice/a.txt", "another");
+  for (const auto& test : kCases) {
+    TmZipper zipper = Zipper("a.txt");
+    test.change(zipper);
+    EXPECT_EQ(zipper.DoZipping(), test.code) << test.what;
+    EXPECT_EQ(Files(), (std::vector<std::string>{"a.txt", "folder", "twice"})) << test.what;
+    zipper.RaiseErrorOnFail = true;
+    const tmw::ProgramError error = Caught([&] { zipper.DoZipping(); });
+    EXPECT_EQ(error.Number, tmw::kProgramErrorNumber);
+    EXPECT_EQ(error.Description, "");
+    EXPECT_NE(error.Source.find("::TmZipper.DoZipping]"), std::string::npos);
+  }
+}
+
+TEST_F(Zipping, ALibraryThatIsMissingIsTold) {
+  const ScopedPorts ports;
+  ScriptedFrontEnd front_end;
+  const auto missing = platform::MakeCompanionLibrary(sandbox.Path("none"));
+  ports->front_end = &front_end;
+  ports->companion = missing.get();
+  EXPECT_NE(Zipper("a").DoZipping(), 0);
+  EXPECT_EQ(front_end.log, std::vector<std::string>{"warning|Ошибка|Отсутствует UnTmz.dll."});
+}
+
+TEST_F(Zipping, TheCommentIsAskedFor) {
+  const ScopedPorts ports;
+  ScriptedFrontEnd front_end;
+  front_end.texts = {"Заметка"};
+  ports->front_end = &front_end;
+  sandbox.Write("a.txt", "a");
+  TmZipper zipper = Zipper("a.txt");
+  ASSERT_EQ(zipper.DoZipping(), 0);
+  // The zipper has no field for it: the option is set beneath it.
+  const companion::EntryPoints& library = *platform::CurrentPorts().companion->Load().value;
+  library.ZpGetOptions()->Comment = 1;
+  const std::string zip = tmw::Utf8ToCodePage(tmw::CodePage::k1251, zipper.ZipFileName);
+  const char* names[] = {"a.txt"};
+  ASSERT_EQ(library.ZpArchive({1, zip.c_str(), names}), 0);
+  EXPECT_EQ(front_end.log,
+            std::vector<std::string>{"input|Программа обновления|Enter the comment"});
+  EXPECT_TRUE(
+      sandbox.Read("out.zip").ends_with(tmw::Utf8ToCodePage(tmw::CodePage::k1251, "Заметка")));
+}
+
+#ifndef _WIN32
+TEST_F(Zipping, OtherProgramsReadWhatIsWritten) {
+  std::mt19937 random(7);
+  std::string large(3 << 20, ' ');
+  for (char& c : large)
+    c = static_cast<char>("0123456789абв"[random() % 16]);
+  sandbox.Write("База данных.mdb", large);
+  sandbox.Write("exact.bin", large.substr(0, 1 << 20));  // ends where a piece ends
+  sandbox.Write("empty", "");
+  for (const int level : {0, 1, 9}) {
+    TmZipper zipper = Zipper(sandbox.Path("База данных.mdb"));
+    zipper.AddFileName(sandbox.Path("exact.bin"));
+    zipper.AddFileName("empty");
+    zipper.Level = level;
+    ASSERT_EQ(zipper.DoZipping(), 0);
+    const std::string zip = InQuotes(zipper.ZipFileName);
+    for (const std::string judge : {"unzip -tq ", "7z t ", "python3 -m zipfile -t "}) {
+      const auto [status, output] = Judge(judge + zip);
+      EXPECT_EQ(status, 0) << output;
+    }
+    EXPECT_EQ(Listing(zipper.ZipFileName), "empty 0\nexact.bin 1048576\nБаза данных.mdb 3145728\n");
+    fs::remove_all(ToPath(sandbox.Path("back")));
+    const auto [status, output] = Judge(
+        "7z x -o" + InQuotes(sandbox.Path("back")) + " " + zip + " && cmp " +
+        InQuotes(sandbox.Path("back/База данных.mdb")) + " " +
+        InQuotes(sandbox.Path("База данных.mdb")) + " && test " + InQuotes(sandbox.Path("empty")) +
+        " -ot /proc/self && stat -c %Y " + InQuotes(sandbox.Path("back/exact.bin")) + " " +
+        InQuotes(sandbox.Path("exact.bin")) + " | uniq | wc -l | grep -qx 1");
+    EXPECT_EQ(status, 0) << output;
+  }
+}
+
+TEST_F(Zipping, OptionsChangeWhatIsPacked) {
+  sandbox.Write("in/a.txt", "one\ntwo\n");
+  sandbox.Write("in/sub/b.txt", "one\r\ntwo\r\n");
+  sandbox.Write("in/sub/data.bin", std::string("\0\n", 2));
+  fs::last_write_time(ToPath(sandbox.Path("in/sub/b.txt")),
+                      fs::file_time_type::clock::now() - std::chrono::hours(24 * 800));
+  const struct {
+    const char* what;
+    std::function<void(TmZipper&)> change;
+    const char* listing;
+  } kCases[] = {
+      {"a folder alone", [](TmZipper&) {}, "in/ 0\n"},
+      {"recursion", [](TmZipper& z) { z.Recurse = 1; },
+       "in/ 0\nin/a.txt 8\nin/sub/ 0\nin/sub/b.txt 10\nin/sub/data.bin 2\n"},
+      {"no folder entries", [](TmZipper& z) { z.Recurse = 1, z.NoDirEntries = 1; },
+       "in/a.txt 8\nin/sub/b.txt 10\nin/sub/data.bin 2\n"},
+      {"names alone", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1; },
+       "a.txt 8\nb.txt 10\ndata.bin 2\n"},
+      {"CR LF to LF", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.CRLF_LF = 1; },
+       "a.txt 8\nb.txt 8\ndata.bin 2\n"},
+      {"LF to CR LF", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.LF_CRLF = 1; },
+       "a.txt 10\nb.txt 10\ndata.bin 2\n"},
+      {"newer than a date",
+       [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.IncludeDate = 1, z.ZipDate = "01/01/26"; },
+       "a.txt 8\ndata.bin 2\n"},
+      {"older than a date",
+       [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.ExcludeDate = 1, z.ZipDate = "01/01/26"; },
+       "b.txt 10\n"},
+      {"a mask in all folders",
+       [](TmZipper& z) {
+         z.Recurse = 2, z.NoDirEntries = 1, z.ClearFileNames(), z.AddFileName("*.txt");
+       },
+       "in/a.txt 8\nin/sub/b.txt 10\n"},
+      {"a mask", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("in/?.t*"); }, "in/a.txt 8\n"},
+  };
+  for (const auto& test : kCases) {
+    TmZipper zipper = Zipper("in");
+    test.change(zipper);
+    EXPECT_EQ(zipper.DoZipping(), 0) << test.what;
+    EXPECT_EQ(Listing(zipper.ZipFileName), test.listing) << test.what;
+  }
+}
+
+TEST_F(Zipping, AnExistingZipFileIsAddedToUpdatedAndThinnedOut) {
+  const auto age = [&](const std::string& name, int days) {
+    fs::last_write_time(ToPath(sandbox.Path(name)),
+                        fs::file_time_type::clock::now() - std::chrono::hours(24 * days));
+  };
+  const auto run = [&](const std::string& name, const std::function<void(TmZipper&)>& change) {
+    TmZipper zipper = Zipper(name);
+    zipper.DeleteExistingZipFile = false;
+    change(zipper);
+    return zipper.DoZipping();
+  };
+  const auto nothing = [](TmZipper&) {};
+  sandbox.Write("ж.txt", "1");
+  sandbox.Write("b.txt", "22");
+  age("ж.txt", 10);
+  ASSERT_EQ(run("ж.txt", nothing), 0);
+  ASSERT_EQ(run("b.txt", nothing), 0);
+  EXPECT_EQ(Listing(sandbox.Path("out.zip")), "b.txt 2\nж.txt 1\n");
+
+  EXPECT_EQ(run("ж.txt", [](TmZipper& z) { z.Update = 1; }), 12);  // not newer
+  sandbox.Write("ж.txt", "4444");
+  sandbox.Write("c.txt", "333");
+  EXPECT_EQ(run("*.txt", [](TmZipper& z) { z.Freshen = 1; }), 0);
+  EXPECT_EQ(Listing(sandbox.Path("out.zip")), "b.txt 2\nж.txt 4\n");
+  EXPECT_EQ(run("*.txt", [](TmZipper& z) { z.Update = 1, z.Move = 1; }), 0);
+  EXPECT_EQ(Listing(sandbox.Path("out.zip")), "b.txt 2\nc.txt 3\nж.txt 4\n");
+  EXPECT_EQ(Files(), (std::vector<std::string>{"b.txt", "out.zip", "ж.txt"}));  // c.txt moved
+
+  EXPECT_EQ(run("ж*", [](TmZipper& z) { z.DeleteEntries = 1; }), 0);
+  EXPECT_EQ(Listing(sandbox.Path("out.zip")), "b.txt 2\nc.txt 3\n");
+  EXPECT_EQ(run("none", [](TmZipper& z) { z.DeleteEntries = 1; }), 12);
+
+  // A file that is no zip is not replaced by one.
+  sandbox.Write("out.zip", "accounts");
+  EXPECT_EQ(run("b.txt", nothing), 3);
+  EXPECT_EQ(sandbox.Read("out.zip"), "accounts");
+}
+#endif
+
+}  // namespace
+}  // namespace tests
