@@ -58,8 +58,6 @@ SystemCode FromBrokenConnection(CURL* easy) {
 
 SystemCode FromCurl(CURLcode result, CURL* easy) {
   switch (result) {
-    case CURLE_UNSUPPORTED_PROTOCOL:
-      return kUnrecognizedScheme;
     case CURLE_URL_MALFORMAT:
       return kInvalidUrl;
     case CURLE_COULDNT_RESOLVE_HOST:
@@ -90,6 +88,7 @@ SystemCode FromCurl(CURLcode result, CURL* easy) {
     case CURLE_OPERATION_TIMEDOUT:
     case CURLE_FTP_ACCEPT_TIMEOUT:
       return kTimeout;
+    case CURLE_UNSUPPORTED_PROTOCOL:  // the schemes are ours: it is the answer
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_GOT_NOTHING:
     case CURLE_HTTP2:

@@ -38,6 +38,9 @@ class WinInetRequest final : public InternetRequest {
   Outcome<InternetChunk> Read(void* buffer, std::uint32_t length) override {
     using Result = Outcome<InternetChunk>;
     DWORD read = 0;
+    // Some releases hand out bytes beyond the announced end.
+    if (whole_length_ >= 0 && whole_length_ - position_ < length)
+      length = static_cast<std::uint32_t>(whole_length_ - position_);
     if (InternetReadFile(handle_.Get(), buffer, length, &read) == FALSE)
       return Result::Failure(LastError());
     position_ += read;

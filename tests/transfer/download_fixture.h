@@ -1,0 +1,66 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/program_error.h"
+#include "platform/internet.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/scoped_ports.h"
+#include "transfer/inet_file_downloader.h"
+
+namespace tests {
+
+// A listener that writes everything down and cancels on request.
+class Listener final : public tmw::DownloaderEvents {
+ public:
+  std::int32_t skipped = -1;  // -1: the download has not resumed
+  std::int64_t loaded = 0;
+  int chunks = 0;
+  int checks = 0;
+  std::function<bool()> wants_cancel;
+
+  void OnChunkLoaded(bool is_skipped, std::int32_t byte_count) override {
+    if (is_skipped) {
+      skipped = byte_count;
+    } else {
+      loaded += byte_count;
+      ++chunks;
+    }
+  }
+  void OnCheckCancel(bool& is_cancelled) override {
+    ++checks;
+    if (wants_cancel) is_cancelled = wants_cancel();
+  }
+};
+
+// What a download came to: "done", "cancelled" or the error's description.
+inline std::string Download(Listener& listener, const std::string& url, const std::string& target,
+                            bool check_for_continue = true) {
+  tmw::InetFileDownloader downloader(listener);
+  try {
+    return downloader.DownloadFile(url, target, check_for_continue) ? "done" : "cancelled";
+  } catch (const tmw::ProgramError& error) {
+    return error.Description;
+  }
+}
+
+// Tests of a room with a network: a folder, and sessions that lose patience with a silent server
+// after half a second.
+class DownloadTest : public testing::Test {
+ protected:
+  static constexpr std::chrono::milliseconds kStallLimit{500};
+
+  DownloadTest() { ports_->internet = internet_.get(); }
+
+  ScopedPorts ports_;
+  std::unique_ptr<platform::Internet> internet_ = platform::MakeInternet(kStallLimit);
+  Sandbox sandbox_;
+};
+
+}  // namespace tests

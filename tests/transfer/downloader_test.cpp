@@ -1,0 +1,185 @@
+#include <filesystem>
+#include <memory>
+#include <utility>
+
+#include "tests/fakes/hand_clock.h"
+#include "tests/fakes/scripted_front_end.h"
+#include "tests/support/environment.h"
+#include "tests/support/scripted_server.h"
+#include "tests/transfer/download_fixture.h"
+#include "transfer/inet.h"
+
+namespace tmw {
+namespace {
+
+using tests::Peer;
+
+constexpr std::int32_t kChunk = 16384;
+
+std::string Pattern(std::size_t length) {
+  std::string text(length, '\0');
+  for (std::size_t i = 0; i < length; ++i)
+    text[i] = static_cast<char>('a' + (i / 7 + i / 1000) % 26);
+  return text;
+}
+
+// Serves one body, or the rest of it from an asked position.
+tests::Script Body(const std::string& body) {
+  return [body](Peer& peer, const std::string& head) {
+    const std::size_t range = head.find("Range: bytes=");
+    const std::size_t first = range == std::string::npos ? 0 : std::stoul(head.substr(range + 13));
+    const std::string size = std::to_string(body.size());
+    const std::string length =
+        "Content-Length: " + std::to_string(body.size() - first) + "\r\n\r\n";
+    const std::string start = first == 0
+                                  ? "HTTP/1.1 200 OK\r\n"
+                                  : "HTTP/1.1 206 Partial Content\r\nContent-Range: bytes " +
+                                        std::to_string(first) + "-" +
+                                        std::to_string(body.size() - 1) + "/" + size + "\r\n";
+    peer.Send(start + length + body.substr(first));
+  };
+}
+
+// Counts the openings of the side file.
+class CountingFiles final : public platform::BinaryFiles {
+ public:
+  int openings = 0;
+  explicit CountingFiles(platform::BinaryFiles& real) : real_(real) {}
+  platform::Outcome<std::unique_ptr<platform::BinaryFileHandle>> Open(
+      const std::string& path, std::uint32_t access, std::uint32_t share, std::uint32_t disposition,
+      std::uint32_t flags) override {
+    ++openings;
+    return real_.Open(path, access, share, disposition, flags);
+  }
+
+ private:
+  platform::BinaryFiles& real_;
+};
+
+class Downloader : public tests::DownloadTest {
+ protected:
+  std::string Get(const tests::ScriptedServer& server, bool check_for_continue = true) {
+    return tests::Download(listener_, server.Url("/f"), sandbox_.Path("f"), check_for_continue);
+  }
+
+  tests::Listener listener_;
+};
+
+TEST_F(Downloader, ACancelAtEveryPlaceKeepsTheOldFileAndTheSideFileForTheNextRun) {
+  const std::string body = Pattern(5 * kChunk);
+  const tests::ScriptedServer server(Body(body));
+  int cancelled_runs = 0;
+  for (int check = 1;; ++check) {
+    SCOPED_TRACE(check);
+    const tests::Sandbox sandbox;
+    const std::string target = sandbox.Write("f", "old");
+    tests::Listener listener;
+    listener.wants_cancel = [&] { return listener.checks >= check; };
+    const std::string outcome = tests::Download(listener, server.Url("/f"), target);
+    if (outcome == "done") break;
+    ++cancelled_runs;
+    ASSERT_EQ(outcome, "cancelled");
+    EXPECT_EQ(sandbox.Read("f"), "old");
+    EXPECT_EQ(sandbox.Has("f.part"), check > 1);
+    if (check > 1) {
+      EXPECT_EQ(sandbox.Read("f.part"), body.substr(0, static_cast<std::size_t>(listener.loaded)));
+    }
+    tests::Listener second;
+    EXPECT_EQ(tests::Download(second, server.Url("/f"), target), "done");
+    EXPECT_EQ(sandbox.Read("f"), body);
+  }
+  EXPECT_GE(cancelled_runs, 8);  // twice before the body, at every chunk, at the end
+}
+
+TEST_F(Downloader, TheSideFileIsClosedEveryMebibyteAndEveryTwoSeconds) {
+  CountingFiles files(*ports_->binary_files);
+  tests::HandClock clock;
+  ports_->binary_files = &files;
+  ports_->clock = &clock;
+  const tests::ScriptedServer server(Body(Pattern(3 << 20)));
+  ASSERT_EQ(Get(server), "done");
+  EXPECT_EQ(files.openings, 3 + 1);  // and once to bring it to the disk
+  // Time passes at every chunk; a file that has been open for 2 seconds is closed behind a chunk.
+  for (const auto& [milliseconds, chunks_an_opening] : {std::pair(2000, 2), {1999, 3}}) {
+    files.openings = 0;
+    listener_.chunks = 0;
+    const int step = milliseconds;
+    listener_.wants_cancel = [&clock, step] {
+      clock.now += step;
+      return false;
+    };
+    ASSERT_EQ(Get(server), "done");
+    EXPECT_NEAR(files.openings, listener_.chunks / chunks_an_opening, 2);
+  }
+}
+
+TEST_F(Downloader, WithoutContinuingTheOldSideFileIsNotUsed) {
+  const tests::ScriptedServer server(Body("0123456789"));
+  sandbox_.Write("f.part", "ABCD");
+  EXPECT_EQ(Get(server, false), "done");
+  EXPECT_EQ(sandbox_.Read("f"), "0123456789");
+  EXPECT_EQ(listener_.skipped, -1);
+  EXPECT_EQ(server.Heads().size(), 1U);
+}
+
+TEST_F(Downloader, ASideFileBeyond32BitsIsAnOverflowAndStays) {
+  const tests::ScriptedServer server(Body("0123456789"));
+  sandbox_.Write("f.part", "");
+  std::filesystem::resize_file(tests::ToPath(sandbox_.Path("f.part")), std::uintmax_t{1} << 31U);
+  EXPECT_EQ(Get(server), "Переполнение: файлы от 2 ГБ не поддерживаются.");
+  EXPECT_TRUE(sandbox_.Has("f.part"));
+}
+
+TEST_F(Downloader, ANamedProxyIsAskedExceptForBypassedHosts) {
+  const tests::ScriptedServer proxy(Body("from the proxy"));
+  const tests::ScriptedServer server(Body("from the server"));
+  for (const auto& [bypass, expected] :
+       {std::pair("", "from the proxy"), {"other.host;127.0.0.1", "from the server"}}) {
+    const auto connection = std::make_shared<InetConnection>();
+    connection->AccessType = 3;
+    connection->Proxy = "http=127.0.0.1:" + std::to_string(proxy.Port());
+    connection->ProxyBypass = bypass;
+    connection->OpenInternet();
+    InetOpenedUrl url;
+    url.OpenUrl(connection, server.Url("/f"), 0);
+    char bytes[64];
+    std::string body;
+    for (std::int32_t count = 0; url.ReadChunk(bytes, sizeof(bytes), count);)
+      body.append(bytes, static_cast<std::size_t>(count));
+    EXPECT_EQ(body, expected);
+  }
+  EXPECT_TRUE(proxy.Heads().at(0).starts_with("GET " + server.Url("/f") + " HTTP/1."));
+}
+
+// Wherever a call waits for the server, events run and a cancel is heard.
+TEST_F(Downloader, ACancelIsHeardWhileTheServerIsSilent) {
+  if (tests::kOnWindows) return;  // the calls of the Windows layer block
+  const std::string whole = "HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n0123456789";
+  struct Case {
+    const char* name;
+    std::vector<std::string> answers;  // of the requests in order; then silence
+    const char* left;
+  };
+  const Case cases[] = {{"opening", {}, "ABCD"},
+                        {"seek", {whole}, "ABCD"},
+                        {"opening again", {whole, whole}, "ABCD"},
+                        {"body", {whole, whole, whole.substr(0, whole.size() - 4)}, "012345"}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    tests::ScriptedFrontEnd front_end;
+    ports_->front_end = &front_end;
+    std::size_t request = 0;
+    const tests::ScriptedServer server([&](Peer& peer, const std::string&) {
+      if (request < c.answers.size()) peer.Send(c.answers[request]);
+      if (++request >= c.answers.size()) peer.Stall();
+    });
+    sandbox_.Write("f.part", "ABCD");
+    tests::Listener listener;
+    listener.wants_cancel = [&] { return front_end.event_rounds >= 2; };
+    EXPECT_EQ(tests::Download(listener, server.Url("/f"), sandbox_.Path("f")), "cancelled");
+    EXPECT_EQ(sandbox_.Read("f.part"), c.left);
+  }
+}
+
+}  // namespace
+}  // namespace tmw
