@@ -244,11 +244,12 @@ Decoder& Archive::DecoderForEntry() {
     if (!stored_decoder_) stored_decoder_ = MakeStoredDecoder();
     return *stored_decoder_;
   }
-  if (!entry_.solid) {
-    decompressor_ = nullptr;
-    solid_chain_is_whole_ = true;
+  if (!entry_.solid) solid_chain_is_whole_ = true;
+  // The decoder starts anew by itself; its memory serves the next entry.
+  if (const DecoderFamily family = FamilyOf(entry_); !decompressor_ || family != family_) {
+    decompressor_ = MakeDecompressor(family);
+    family_ = family;
   }
-  if (!decompressor_) decompressor_ = MakeDecompressor(entry_);
   if (!decompressor_) throw Failure{kRarUnknownFormat};
   if (!solid_chain_is_whole_) throw Failure{kRarBadData};
   return *decompressor_;

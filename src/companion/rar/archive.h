@@ -80,6 +80,7 @@ class Archive {
 
   std::unique_ptr<Decoder> stored_decoder_;
   std::unique_ptr<Decoder> decompressor_;
+  DecoderFamily family_ = DecoderFamily::kNone;  // of decompressor_
   bool solid_chain_is_whole_ = true;
 };
 

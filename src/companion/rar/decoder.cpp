@@ -2,6 +2,9 @@
 
 #include <vector>
 
+#include "companion/rar/rar3_decoder.h"
+#include "companion/rar/rar5_decoder.h"
+
 namespace companion::rar {
 namespace {
 
@@ -25,7 +28,20 @@ std::unique_ptr<Decoder> MakeStoredDecoder() {
   return std::make_unique<StoredDecoder>();
 }
 
-std::unique_ptr<Decoder> MakeDecompressor(const Entry& /*entry*/) {
+DecoderFamily FamilyOf(const Entry& entry) {
+  if (entry.version == 50) return DecoderFamily::kRar5;
+  return entry.version >= 29 && entry.version <= 36 ? DecoderFamily::kRar3 : DecoderFamily::kNone;
+}
+
+std::unique_ptr<Decoder> MakeDecompressor(DecoderFamily family) {
+  switch (family) {
+    case DecoderFamily::kRar3:
+      return std::make_unique<Rar3Decoder>();
+    case DecoderFamily::kRar5:
+      return std::make_unique<Rar5Decoder>();
+    case DecoderFamily::kNone:
+      break;
+  }
   return nullptr;
 }
 

@@ -38,7 +38,15 @@ class Decoder {
 // Entries that are stored as they are.
 std::unique_ptr<Decoder> MakeStoredDecoder();
 
-// The decoder of an entry's method and version; nullptr when there is none.
-std::unique_ptr<Decoder> MakeDecompressor(const Entry& entry);
+// Versions that share one form of compression, and so may stand in one solid chain.
+enum class DecoderFamily {
+  kNone,  // not known to this reader
+  kRar3,  // RAR 3 and 4
+  kRar5,
+};
+DecoderFamily FamilyOf(const Entry& entry);
+
+// nullptr for kNone.
+std::unique_ptr<Decoder> MakeDecompressor(DecoderFamily family);
 
 }  // namespace companion::rar
