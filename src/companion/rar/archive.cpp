@@ -58,8 +58,14 @@ class Archive::Sink final : public ContentSink {
 
   // entry: as its last part describes it, whose checksum is the whole entry's.
   void CheckWhole(const Entry& last_part) {
-    const auto& declared = archive_.entry_.unpacked_size;
-    if (declared && written_ != *declared) throw Failure{kRarBadData};
+    const Entry& entry = archive_.entry_;
+    // Packed data that ends before the declared size is sound when nothing contradicts it: entries
+    // without any checksum are known by their own end mark alone.
+    const bool has_checksum = last_part.crc || last_part.blake2sp;
+    const bool may_be_shorter = entry.method != 0 && !has_checksum;
+    if (entry.unpacked_size && written_ != *entry.unpacked_size && !may_be_shorter) {
+      throw Failure{kRarBadData};
+    }
     if (!checksum_.Matches(last_part)) throw Failure{kRarBadData};
   }
 
@@ -107,7 +113,9 @@ RarResult Archive::FindEntry() {
     Block block;
     const RarResult result = reader_->Read(*file_, offset_, block);
     if (result != kRarOk) return result;
-    if (block.kind == BlockKind::kFile) {
+    main_seen_ = main_seen_ || block.kind == BlockKind::kMain;
+    // What stands before the main header is not an entry.
+    if (block.kind == BlockKind::kFile && main_seen_) {
       entry_ = block.entry;
       part_ = std::move(block);
       pending_ = true;

@@ -71,6 +71,7 @@ class Archive {
   std::uint32_t flags_ = 0;
   int volumes_ = 1;
   bool headers_encrypted_ = false;
+  bool main_seen_ = false;
   RarResult ended_ = kRarOk;  // once reading has ended: how
 
   Entry entry_;           // as in the volume where it begins

@@ -3,28 +3,11 @@
 #include <array>
 #include <cstdint>
 
-#include "companion/rar/bit_reader.h"
 #include "companion/rar/ppmd_heap.h"
+#include "companion/rar/ppmd_states.h"
+#include "companion/rar/range_decoder.h"
 
 namespace companion::rar {
-
-// The arithmetic decoder of RAR 3's PPMd blocks (a carry-less range coder, 32 bits).
-class RangeDecoder {
- public:
-  // Reads the first bytes of a block.
-  void Begin(BitReader& reader);
-
-  // Where the next symbol lies in a range of `total`. Not less than `total` in damaged data.
-  std::uint32_t Threshold(std::uint32_t total);
-  // Takes a symbol out: its part [start, start + size) of the total asked for.
-  void Take(std::uint32_t start, std::uint32_t size);
-
- private:
-  BitReader* reader_ = nullptr;
-  std::uint32_t low_ = 0;
-  std::uint32_t range_ = 0;
-  std::uint32_t code_ = 0;
-};
 
 // Prediction by partial matching, variant H (D. Shkarin, public domain): contexts of the last
 // bytes, each with the symbols seen behind it and how often; contexts of one symbol are predicted
@@ -46,13 +29,8 @@ class PpmdModel {
  private:
   using Ref = PpmdHeap::Ref;
 
-  // A symbol of a context, 6 bytes in the heap: symbol, frequency, and where it leads: a context,
-  // or a place in the text when that context is not built yet, or nothing.
-  class State;
-  struct StateValue;
-  // 12 bytes in the heap: number of symbols, sum of frequencies, states, the context shorter by one
-  // byte. A context of one symbol holds that state in place of sum and states.
-  class Context;
+  using State = PpmdState;
+  using Context = PpmdContext;
 
   struct See {  // secondary estimation of an escape
     std::uint16_t sum = 0;
@@ -60,10 +38,11 @@ class PpmdModel {
     std::uint8_t count = 0;
   };
 
-  State StateAt(Ref ref);
-  Context ContextAt(Ref ref);
+  State StateAt(Ref ref) { return State(heap_.At(ref)); }
+  Context ContextAt(Ref ref) { return Context(heap_.At(ref)); }
 
   void Restart();
+  // Decoding: ppmd_model.cpp. The state found, or 0 for an escape.
   Ref DecodeBinary(RangeDecoder& decoder);
   Ref DecodeAmongMany(RangeDecoder& decoder);
   Ref DecodeAfterEscapes(RangeDecoder& decoder);
@@ -72,6 +51,7 @@ class PpmdModel {
   void UpdateFirst();
   void UpdateOther();
   void UpdateAfterEscape();
+  // Learning: ppmd_learning.cpp.
   void Rescale();
   void GoOn();
   void UpdateModel();
@@ -81,7 +61,7 @@ class PpmdModel {
   Ref CreateSuccessors(bool skip_found);
 
   PpmdHeap heap_;
-  std::uint32_t order_ = 0;
+  std::uint32_t order_ = 0;  // 0: not started
   Ref min_context_ = 0;
   Ref max_context_ = 0;
   Ref found_ = 0;
