@@ -50,6 +50,33 @@ inline std::string Download(Listener& listener, const std::string& url, const st
   }
 }
 
+// The body behind a URL, or the error's description.
+inline std::string Fetch(const std::shared_ptr<tmw::InetConnection>& connection,
+                         const std::string& url) {
+  try {
+    tmw::InetOpenedUrl opened_url;
+    opened_url.OpenUrl(connection, url, 0);
+    std::string body;
+    char bytes[4096];
+    for (std::int32_t count = 0; opened_url.ReadChunk(bytes, sizeof(bytes), count);)
+      body.append(bytes, static_cast<std::size_t>(count));
+    return body;
+  } catch (const tmw::ProgramError& error) {
+    return error.Description;
+  }
+}
+
+inline std::shared_ptr<tmw::InetConnection> Connect(std::int32_t access_type,
+                                                    const std::string& proxy = {},
+                                                    const std::string& bypass = {}) {
+  auto connection = std::make_shared<tmw::InetConnection>();
+  connection->AccessType = access_type;
+  connection->Proxy = proxy;
+  connection->ProxyBypass = bypass;
+  connection->OpenInternet();
+  return connection;
+}
+
 // Tests of a room with a network: a folder, and sessions that lose patience with a silent server
 // after half a second.
 class DownloadTest : public testing::Test {

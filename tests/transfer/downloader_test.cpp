@@ -135,18 +135,9 @@ TEST_F(Downloader, ANamedProxyIsAskedExceptForBypassedHosts) {
   const tests::ScriptedServer server(Body("from the server"));
   for (const auto& [bypass, expected] :
        {std::pair("", "from the proxy"), {"other.host;127.0.0.1", "from the server"}}) {
-    const auto connection = std::make_shared<InetConnection>();
-    connection->AccessType = 3;
-    connection->Proxy = "http=127.0.0.1:" + std::to_string(proxy.Port());
-    connection->ProxyBypass = bypass;
-    connection->OpenInternet();
-    InetOpenedUrl url;
-    url.OpenUrl(connection, server.Url("/f"), 0);
-    char bytes[64];
-    std::string body;
-    for (std::int32_t count = 0; url.ReadChunk(bytes, sizeof(bytes), count);)
-      body.append(bytes, static_cast<std::size_t>(count));
-    EXPECT_EQ(body, expected);
+    const auto connection =
+        tests::Connect(3, "http=127.0.0.1:" + std::to_string(proxy.Port()), bypass);
+    EXPECT_EQ(tests::Fetch(connection, server.Url("/f")), expected);
   }
   EXPECT_TRUE(proxy.Heads().at(0).starts_with("GET " + server.Url("/f") + " HTTP/1."));
 }

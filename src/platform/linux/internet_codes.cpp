@@ -8,6 +8,7 @@ namespace {
 // OpenSSL's verdicts on a certificate, X509_V_... in its x509_vfy.h.
 enum Verdict : long {
   kOk = 0,
+  kNotYetKnown = 1,  // where libcurl starts from
   kUnableToGetIssuer = 2,
   kNotYetValid = 9,
   kHasExpired = 10,
@@ -24,7 +25,9 @@ SystemCode FromCertificate(CURL* easy) {
   long verdict = kOk;
   curl_easy_getinfo(easy, CURLINFO_SSL_VERIFYRESULT, &verdict);
   switch (verdict) {
-    case kOk:  // the chain is good; what is left to be wrong is the host's name
+    // No fault of the chain; libcurl compares the host's name before it asks for the verdict.
+    case kOk:
+    case kNotYetKnown:
     case kHostNameMismatch:
     case kAddressMismatch:
       return kCertificateName;
