@@ -7,6 +7,7 @@
 
 #include "foundation/encodings.h"
 #include "foundation/text.h"
+#include "platform/database_types.h"
 #include "platform/front_end.h"
 #include "platform/ports.h"
 #include "platform/processes.h"
@@ -104,6 +105,8 @@ ProgramError CurrentError() {
     throw;
   } catch (const ProgramError& error) {
     return error;
+  } catch (const platform::DatabaseError& error) {
+    return {error.Number, error.Description, error.Source};
   } catch (const std::bad_alloc&) {
     return {kOutOfMemoryErrorNumber, "Недостаточно памяти."};
   } catch (const std::exception& error) {

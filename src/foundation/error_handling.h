@@ -58,7 +58,7 @@ void ProcessError(ErrorMode mode, std::string_view module, std::string_view proc
                   const std::string& description, std::int32_t number, std::int32_t line);
 
 // To be called inside a catch block: passes the error in flight on with a frame. An exception that
-// is not a ProgramError becomes one here, once.
+// is not a ProgramError becomes one here, once; a database error keeps its number and source.
 [[noreturn]] void ReRaiseError(std::string_view module, std::string_view procedure,
                                std::string_view extra = {});
 

@@ -5,7 +5,9 @@ namespace platform {
 class BinaryFiles;
 class Clock;
 class CompanionLibrary;
+class DatabaseEngine;
 class ErrorTexts;
+class FileLocks;
 class FileSystem;
 class FrontEnd;
 class Internet;
@@ -21,7 +23,9 @@ struct Ports {
   BinaryFiles* binary_files = nullptr;
   Clock* clock = nullptr;
   CompanionLibrary* companion = nullptr;
+  DatabaseEngine* database = nullptr;
   ErrorTexts* error_texts = nullptr;
+  FileLocks* file_locks = nullptr;
   FileSystem* files = nullptr;
   FrontEnd* front_end = nullptr;
   Internet* internet = nullptr;

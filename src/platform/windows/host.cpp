@@ -3,7 +3,9 @@
 #include "platform/binary_file.h"
 #include "platform/clock.h"
 #include "platform/companion_library.h"
+#include "platform/database.h"
 #include "platform/error_texts.h"
+#include "platform/file_lock.h"
 #include "platform/file_system.h"
 #include "platform/front_end.h"
 #include "platform/internet.h"
@@ -25,7 +27,9 @@ class WindowsHost final : public Host {
     ports.binary_files = binary_files_.get();
     ports.clock = clock_.get();
     ports.companion = companion_.get();
+    ports.database = database_.get();
     ports.error_texts = error_texts_.get();
+    ports.file_locks = file_locks_.get();
     ports.files = files_.get();
     ports.front_end = front_end_.get();
     ports.internet = internet_.get();
@@ -41,7 +45,9 @@ class WindowsHost final : public Host {
   std::unique_ptr<BinaryFiles> binary_files_ = MakeBinaryFiles();
   std::unique_ptr<Clock> clock_ = MakeClock();
   std::unique_ptr<CompanionLibrary> companion_ = MakeCompanionLibrary();
+  std::unique_ptr<DatabaseEngine> database_ = MakeDatabaseEngine();
   std::unique_ptr<ErrorTexts> error_texts_ = MakeErrorTexts();
+  std::unique_ptr<FileLocks> file_locks_ = MakeFileLocks();
   std::unique_ptr<FileSystem> files_ = MakeFileSystem();
   std::unique_ptr<FrontEnd> front_end_ = MakeFrontEnd();
   std::unique_ptr<Internet> internet_ = MakeInternet();

@@ -1,0 +1,21 @@
+# SQLite: Debian's library on Linux, built from Debian's source package for Windows.
+add_library(tmw_sqlite INTERFACE)
+if(WIN32)
+  set(TMW_SQLITE_FOLDER ${CMAKE_BINARY_DIR}/sqlite)
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    set(TMW_TRIPLET x86_64-w64-mingw32)
+  else()
+    set(TMW_TRIPLET i686-w64-mingw32)
+  endif()
+  if(NOT EXISTS ${TMW_SQLITE_FOLDER}/libsqlite3.a)
+    message(STATUS "Building SQLite for ${TMW_TRIPLET}")
+    execute_process(
+      COMMAND ${PROJECT_SOURCE_DIR}/scripts/build-sqlite-mingw.sh ${TMW_TRIPLET} ${TMW_SQLITE_FOLDER}
+      COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+  target_include_directories(tmw_sqlite SYSTEM INTERFACE ${TMW_SQLITE_FOLDER})
+  target_link_libraries(tmw_sqlite INTERFACE ${TMW_SQLITE_FOLDER}/libsqlite3.a)
+else()
+  find_package(SQLite3 3.40 REQUIRED)
+  target_link_libraries(tmw_sqlite INTERFACE SQLite::SQLite3)
+endif()

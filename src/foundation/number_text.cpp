@@ -1,0 +1,89 @@
+#include "foundation/number_text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <cstdlib>
+
+namespace tmw {
+namespace {
+
+std::string GeneralText(double value, int digits) {
+  if (value == 0) return "0";
+  std::array<char, 64> buffer{};
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                    std::chars_format::general, digits);
+  std::replace(buffer.data(), result.ptr, 'e', 'E');
+  return {buffer.data(), result.ptr};
+}
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+std::size_t DigitsFrom(std::string_view text, std::size_t position) {
+  while (position < text.size() && IsDigit(text[position]))
+    ++position;
+  return position;
+}
+
+// The length of [sign] digits [. digits] [E [sign] digits] at the text's beginning.
+std::size_t NumberLength(std::string_view text) {
+  std::size_t start = 0;
+  if (!text.empty() && (text[0] == '-' || text[0] == '+')) start = 1;
+  std::size_t end = DigitsFrom(text, start);
+  std::size_t digits = end - start;
+  if (end < text.size() && text[end] == '.') {
+    const std::size_t fraction_end = DigitsFrom(text, end + 1);
+    digits += fraction_end - end - 1;
+    end = fraction_end;
+  }
+  if (digits == 0) return 0;
+  if (end < text.size() && (text[end] == 'E' || text[end] == 'e')) {
+    std::size_t exponent = end + 1;
+    if (exponent < text.size() && (text[exponent] == '-' || text[exponent] == '+')) ++exponent;
+    const std::size_t exponent_end = DigitsFrom(text, exponent);
+    if (exponent_end > exponent) end = exponent_end;
+  }
+  return end;
+}
+
+}  // namespace
+
+std::string SingleToText(float value) {
+  return GeneralText(static_cast<double>(value), 7);
+}
+
+std::string DoubleToText(double value) {
+  return GeneralText(value, 15);
+}
+
+std::string CurrencyToText(std::int64_t ten_thousandths) {
+  const bool is_negative = ten_thousandths < 0;
+  auto magnitude = static_cast<std::uint64_t>(ten_thousandths);
+  if (is_negative) magnitude = 0 - magnitude;
+  std::string text = std::to_string(magnitude / 10000);
+  std::uint64_t fraction = magnitude % 10000;
+  if (fraction != 0) {
+    std::string digits = std::to_string(fraction + 10000).substr(1);
+    digits.erase(digits.find_last_not_of('0') + 1);
+    text += "." + digits;
+  }
+  return is_negative ? "-" + text : text;
+}
+
+double ReadNumberPrefix(std::string_view text, std::size_t* length) {
+  const std::size_t end = NumberLength(text);
+  if (length != nullptr) *length = end;
+  std::string_view number = text.substr(0, end);
+  if (!number.empty() && number.front() == '+') number.remove_prefix(1);
+  double value = 0;
+  const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
+  // Out of range: the C routine answers with infinity or zero, as a reader of numbers should.
+  if (result.ec == std::errc::result_out_of_range)
+    value = std::strtod(std::string(number).c_str(), nullptr);
+  return value;
+}
+
+}  // namespace tmw

@@ -1,0 +1,242 @@
+#include "jet/coercion.h"
+
+#include <cfenv>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+#include "foundation/date_parts.h"
+#include "foundation/encodings.h"
+#include "foundation/text.h"
+#include "jet/errors.h"
+#include "jet/value_text.h"
+
+namespace jet {
+namespace {
+
+using platform::DatabaseValue;
+using platform::DataType;
+
+constexpr std::int32_t kMostTextUnits = 255;
+constexpr std::int32_t kMostBinaryBytes = 510;
+constexpr std::int64_t kTenThousand = 10000;
+
+bool IsNull(const DatabaseValue& value) {
+  return std::holds_alternative<platform::NullValue>(value) ||
+         std::holds_alternative<platform::EmptyValue>(value);
+}
+
+struct NumberOf {
+  std::optional<double> operator()(platform::EmptyValue) const { return std::nullopt; }
+  std::optional<double> operator()(platform::NullValue) const { return std::nullopt; }
+  std::optional<double> operator()(bool value) const { return value ? -1.0 : 0.0; }
+  std::optional<double> operator()(std::uint8_t value) const { return value; }
+  std::optional<double> operator()(std::int16_t value) const { return value; }
+  std::optional<double> operator()(std::int32_t value) const { return value; }
+  std::optional<double> operator()(platform::CurrencyValue value) const {
+    return static_cast<double>(value.ten_thousandths) / kTenThousand;
+  }
+  std::optional<double> operator()(float value) const { return static_cast<double>(value); }
+  std::optional<double> operator()(double value) const { return value; }
+  std::optional<double> operator()(platform::DateValue value) const { return value.days; }
+  std::optional<double> operator()(const platform::DecimalValue& value) const {
+    return ParseNumberText(value.text);
+  }
+  std::optional<double> operator()(const std::string& value) const {
+    return ParseNumberText(value);
+  }
+  std::optional<double> operator()(const platform::BinaryValue&) const { return std::nullopt; }
+  std::optional<double> operator()(platform::OtherValue) const { return std::nullopt; }
+};
+
+double NumberOrFail(const DatabaseValue& value, std::int32_t mismatch_number) {
+  const std::optional<double> number = std::visit(NumberOf{}, value);
+  if (!number || !std::isfinite(*number)) Fail(mismatch_number);
+  return *number;
+}
+
+template <typename Integer>
+DatabaseValue ToInteger(const DatabaseValue& value, std::int32_t mismatch_number) {
+  const double number = std::nearbyint(NumberOrFail(value, mismatch_number));
+  if (number < std::numeric_limits<Integer>::min() || number > std::numeric_limits<Integer>::max())
+    Fail(mismatch_number);
+  return static_cast<Integer>(number);
+}
+
+DatabaseValue ToBoolean(const DatabaseValue& value, std::int32_t mismatch_number) {
+  if (const auto* const text = std::get_if<std::string>(&value)) {
+    for (const char* const word : {"true", "yes", "on"}) {
+      if (tmw::EqualIgnoringCase(*text, word)) return true;
+    }
+    for (const char* const word : {"false", "no", "off"}) {
+      if (tmw::EqualIgnoringCase(*text, word)) return false;
+    }
+  }
+  return NumberOrFail(value, mismatch_number) != 0;
+}
+
+// A text's digits are taken as they stand, so that nothing is lost to a double on the way.
+std::optional<std::int64_t> CurrencyOfDigits(const std::string& text) {
+  const std::string digits = tmw::Trim(text);
+  const std::size_t start = digits.starts_with("-") ? 1 : 0;
+  const std::size_t point = digits.find_first_of(".,");
+  const std::string whole =
+      digits.substr(start, point == std::string::npos ? point : point - start);
+  std::string fraction = point == std::string::npos ? "" : digits.substr(point + 1);
+  if (whole.empty() || whole.size() > 14 || fraction.size() > 4) return std::nullopt;
+  fraction.resize(4, '0');
+  std::int64_t amount = 0;
+  for (const char c : whole + fraction) {
+    if (c < '0' || c > '9') return std::nullopt;
+    amount = amount * 10 + (c - '0');
+  }
+  return start == 1 ? -amount : amount;
+}
+
+DatabaseValue ToCurrencyValue(const DatabaseValue& value, std::int32_t mismatch_number) {
+  const auto* const text = std::get_if<std::string>(&value);
+  if (text != nullptr) {
+    if (const std::optional<std::int64_t> exact = CurrencyOfDigits(*text))
+      return platform::CurrencyValue{*exact};
+  }
+  std::int64_t amount = 0;
+  if (!ToCurrency(NumberOrFail(value, mismatch_number), amount)) Fail(mismatch_number);
+  return platform::CurrencyValue{amount};
+}
+
+DatabaseValue ToSingle(const DatabaseValue& value, std::int32_t mismatch_number) {
+  const double number = NumberOrFail(value, mismatch_number);
+  if (std::fabs(number) > static_cast<double>(std::numeric_limits<float>::max()))
+    Fail(mismatch_number);
+  return static_cast<float>(number);
+}
+
+DatabaseValue ToDate(const DatabaseValue& value, std::int32_t mismatch_number) {
+  std::optional<double> days;
+  if (const auto* const text = std::get_if<std::string>(&value)) days = ParseDateText(*text);
+  if (!days) days = NumberOrFail(value, mismatch_number);
+  if (!tmw::IsDateInRange(*days)) Fail(mismatch_number);
+  return platform::DateValue{*days};
+}
+
+std::size_t Utf16Length(std::string_view text) {
+  std::size_t units = 0;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if ((byte & 0xC0U) != 0x80) units += byte >= 0xF0 ? 2 : 1;
+  }
+  return units;
+}
+
+DatabaseValue ToText(const DatabaseValue& value, std::int32_t size, std::int32_t mismatch_number) {
+  std::optional<std::string> text = ValueText(value);
+  if (!text) Fail(mismatch_number);
+  const auto most = static_cast<std::size_t>(size);
+  if (size > 0 && text->size() > most && Utf16Length(*text) > most) Fail(kFieldTooSmall);
+  return *std::move(text);
+}
+
+DatabaseValue ToBinary(const DatabaseValue& value, std::int32_t size,
+                       std::int32_t mismatch_number) {
+  const auto* const binary = std::get_if<platform::BinaryValue>(&value);
+  if (binary == nullptr) Fail(mismatch_number);
+  if (size > 0 && binary->bytes.size() > static_cast<std::size_t>(size)) Fail(kFieldTooSmall);
+  return value;
+}
+
+DatabaseValue ToGuid(const DatabaseValue& value, std::int32_t mismatch_number) {
+  std::optional<std::string> bytes;
+  if (const auto* const text = std::get_if<std::string>(&value)) bytes = ParseGuidText(*text);
+  if (const auto* const binary = std::get_if<platform::BinaryValue>(&value)) bytes = binary->bytes;
+  if (!bytes || bytes->size() != 16) Fail(mismatch_number);
+  return GuidText(*bytes);
+}
+
+}  // namespace
+
+bool ToCurrency(double value, std::int64_t& ten_thousandths) {
+  const double scaled = std::nearbyint(value * static_cast<double>(kTenThousand));
+  if (!(std::fabs(scaled) < 9.2233720368547748e18)) return false;
+  ten_thousandths = static_cast<std::int64_t>(scaled);
+  return true;
+}
+
+DatabaseValue ConvertTo(const DatabaseValue& value, DataType type, std::int32_t size,
+                        std::int32_t mismatch_number) {
+  if (IsNull(value)) {
+    if (type == DataType::kBoolean) return false;
+    return platform::NullValue{};
+  }
+  switch (type) {
+    case DataType::kBoolean:
+      return ToBoolean(value, mismatch_number);
+    case DataType::kByte:
+      return ToInteger<std::uint8_t>(value, mismatch_number);
+    case DataType::kInteger:
+      return ToInteger<std::int16_t>(value, mismatch_number);
+    case DataType::kLong:
+      return ToInteger<std::int32_t>(value, mismatch_number);
+    case DataType::kCurrency:
+      if (std::holds_alternative<platform::CurrencyValue>(value)) return value;
+      return ToCurrencyValue(value, mismatch_number);
+    case DataType::kSingle:
+      return ToSingle(value, mismatch_number);
+    case DataType::kDouble:
+      return NumberOrFail(value, mismatch_number);
+    case DataType::kDate:
+      return ToDate(value, mismatch_number);
+    case DataType::kText:
+    case DataType::kMemo:
+      return ToText(value, type == DataType::kText ? size : 0, mismatch_number);
+    case DataType::kBinary:
+    case DataType::kLongBinary:
+      return ToBinary(value, type == DataType::kBinary ? size : 0, mismatch_number);
+    case DataType::kGuid:
+      return ToGuid(value, mismatch_number);
+    default:
+      Fail(kInvalidFieldType, std::to_string(static_cast<std::int32_t>(type)));
+  }
+}
+
+void CheckAllowed(const DatabaseValue& value, const Target& target) {
+  if (IsNull(value)) {
+    if (target.in_primary_key) Fail(kNullInIndex, target.name);
+    if (target.required) Fail(kRequiredField, target.name);
+    return;
+  }
+  if (target.allow_zero_length) return;
+  const auto* const text = std::get_if<std::string>(&value);
+  if (text != nullptr && text->empty()) Fail(kZeroLength, target.name);
+}
+
+std::int32_t FieldSize(DataType type, std::int32_t asked, const std::string& field) {
+  switch (type) {
+    case DataType::kBoolean:
+    case DataType::kByte:
+      return 1;
+    case DataType::kInteger:
+      return 2;
+    case DataType::kLong:
+    case DataType::kSingle:
+      return 4;
+    case DataType::kCurrency:
+    case DataType::kDouble:
+    case DataType::kDate:
+      return 8;
+    case DataType::kGuid:
+      return 16;
+    case DataType::kMemo:
+    case DataType::kLongBinary:
+      return 0;
+    case DataType::kText:
+    case DataType::kBinary: {
+      const std::int32_t most = type == DataType::kText ? kMostTextUnits : kMostBinaryBytes;
+      if (asked < 0 || asked > most) Fail(kFieldTooSmall, ": " + field);
+      return asked == 0 ? most : asked;
+    }
+    default:
+      Fail(kInvalidFieldType, field);
+  }
+}
+
+}  // namespace jet

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "platform/database_types.h"
+
+// The engine's numbered failures. The numbers are those of DAO 3.6, so that callers tell them apart
+// on both systems; the words are the product's language.
+namespace jet {
+
+enum ErrorNumber : std::int32_t {
+  kOverflow = 6,
+  kDivisionByZero = 11,
+  kReserved = 3000,
+  kInvalidArgument = 3001,
+  kTooManyTransactions = 3003,
+  kInvalidDatabaseName = 3005,
+  kTableExists = 3010,
+  kObjectNotFound = 3011,
+  kObjectExists = 3012,
+  kNotAnIndex = 3015,
+  kNoCurrentIndex = 3019,
+  kNoEditOrAddNew = 3020,
+  kNoCurrentRecord = 3021,
+  kDuplicateValue = 3022,
+  kFileNotFound = 3024,
+  kDiskFull = 3026,
+  kReadOnly = 3027,
+  kNoTransaction = 3034,
+  kDiskError = 3043,
+  kInvalidPath = 3044,
+  kFileInUse = 3045,
+  kNoPermission = 3051,
+  kNullInIndex = 3058,
+  kTooFewParameters = 3061,
+  kNotAnActionQuery = 3065,
+  kSyntaxInExpression = 3075,
+  kInputTableNotFound = 3078,
+  kAmbiguousField = 3079,
+  kUndefinedFunction = 3085,
+  kWrongArgumentCount = 3087,
+  kNoAggregateHere = 3096,
+  kNotInAggregate = 3122,
+  kInvalidName = 3125,
+  kInvalidBracketing = 3126,
+  kUnknownInsertField = 3127,
+  kInvalidStatement = 3129,
+  kSyntaxInFrom = 3131,
+  kSyntaxInInsert = 3134,
+  kSyntaxInOrderBy = 3138,
+  kSyntaxInSelect = 3141,
+  kTextAfterStatement = 3142,
+  kSyntaxInUpdate = 3144,
+  kSyntaxInWhere = 3145,
+  kSyntaxInDelete = 3128,
+  kFieldTooSmall = 3163,
+  kFieldNotUpdatable = 3164,
+  kRecordDeleted = 3167,
+  kTooManyFields = 3190,
+  kFieldDefinedTwice = 3191,
+  kDatabaseExists = 3204,
+  kTableInUse = 3211,
+  kLockedByOther = 3218,
+  kInvalidOperation = 3219,
+  kNotSupported = 3251,
+  kInvalidFieldType = 3259,
+  kNoFieldsDefined = 3264,
+  kItemNotFound = 3265,
+  kFieldNeededByIndex = 3280,
+  kPrimaryKeyExists = 3283,
+  kIndexExists = 3284,
+  kSyntaxInCreateTable = 3290,
+  kSyntaxInCreateIndex = 3291,
+  kSyntaxInFieldDefinition = 3292,
+  kSyntaxInAlterTable = 3293,
+  kSyntaxInDrop = 3295,
+  kRequiredField = 3314,
+  kZeroLength = 3315,
+  kUnknownFormat = 3343,
+  kValueCountDiffers = 3346,
+  kOpenedExclusively = 3356,
+  kConstraintNotFound = 3371,
+  kNoSuchIndex = 3372,
+  kTableNotFound = 3376,
+  kFieldExists = 3380,
+  kFieldNotFound = 3381,
+  kInvalidIndexField = 3409,
+  kObjectClosed = 3420,
+  kConversion = 3421,
+  kTypeMismatch = 3464,
+};
+
+// The failure of that number, the arguments filled into its text.
+platform::DatabaseError MakeError(std::int32_t number, std::string_view first = {},
+                                  std::string_view second = {});
+
+[[noreturn]] void Fail(std::int32_t number, std::string_view first = {},
+                       std::string_view second = {});
+
+// A statement or a part of one that this engine does not serve, by its name ("TRANSFORM").
+[[noreturn]] void FailUnsupported(std::string_view what);
+
+// The beginning of a long text, cut between characters, for an error's words.
+std::string_view Excerpt(std::string_view text);
+
+}  // namespace jet

@@ -1,0 +1,84 @@
+#include "jet/like.h"
+
+#include <cstddef>
+#include <string>
+
+#include "foundation/encodings.h"
+#include "jet/errors.h"
+
+namespace jet {
+namespace {
+
+std::u16string Folded(std::string_view text) {
+  return tmw::Utf8ToUtf16(tmw::LowerCase(text));
+}
+
+// One "[...]" of a pattern; position stands on the bracket and is moved behind the closing one.
+bool MatchesSet(char16_t c, std::u16string_view pattern, std::size_t& position) {
+  const std::size_t end = pattern.find(u']', position + 1);
+  if (end == std::u16string_view::npos)
+    Fail(kSyntaxInExpression, "скобка не закрыта", tmw::Utf16ToUtf8(pattern));
+  std::u16string_view set = pattern.substr(position + 1, end - position - 1);
+  position = end + 1;
+  const bool is_negated = set.size() > 1 && set.front() == u'!';
+  if (is_negated) set.remove_prefix(1);
+  bool is_in = false;
+  for (std::size_t i = 0; i < set.size(); ++i) {
+    if (i + 2 < set.size() && set[i + 1] == u'-') {
+      is_in = is_in || (c >= set[i] && c <= set[i + 2]);
+      i += 2;
+    } else {
+      is_in = is_in || c == set[i];
+    }
+  }
+  return is_in != is_negated;
+}
+
+// True when the character fits the pattern's element at the position, which is moved behind it.
+bool MatchesOne(char16_t c, std::u16string_view pattern, std::size_t& position) {
+  switch (pattern[position]) {
+    case u'?':
+      ++position;
+      return true;
+    case u'#':
+      ++position;
+      return c >= u'0' && c <= u'9';
+    case u'[':
+      return MatchesSet(c, pattern, position);
+    default:
+      return pattern[position++] == c;
+  }
+}
+
+}  // namespace
+
+bool MatchesLike(std::string_view text, std::string_view pattern) {
+  const std::u16string subject = Folded(text);
+  const std::u16string wanted = Folded(pattern);
+  constexpr std::size_t kNone = std::u16string::npos;
+  std::size_t at = 0;
+  std::size_t element = 0;
+  std::size_t star = kNone;  // the last "*" and where the text stood when it was met
+  std::size_t star_at = 0;
+  while (at < subject.size()) {
+    if (element < wanted.size() && wanted[element] == u'*') {
+      star = element++;
+      star_at = at;
+      continue;
+    }
+    std::size_t next = element;
+    if (element < wanted.size() && MatchesOne(subject[at], wanted, next)) {
+      ++at;
+      element = next;
+      continue;
+    }
+    if (star == kNone) return false;
+    element = star + 1;
+    at = ++star_at;
+  }
+  while (element < wanted.size() && wanted[element] == u'*')
+    ++element;
+  return element == wanted.size();
+}
+
+}  // namespace jet

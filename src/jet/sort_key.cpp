@@ -1,0 +1,178 @@
+#include "jet/sort_key.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "foundation/encodings.h"
+#include "jet/sort_weights.h"
+
+namespace jet {
+namespace {
+
+using sort_weights::Weight;
+
+constexpr std::size_t kKeyLength = 255;
+constexpr char kEndOfLevel = 1;
+constexpr char kNoAccent = 2;
+constexpr std::uint8_t kForeignLead = 0xFE;
+
+// The weights by code point, for the two stretches of Unicode that code page 1251 draws from.
+class WeightTable {
+ public:
+  WeightTable() {
+    for (unsigned byte = 0; byte < 256; ++byte) {
+      const char character = static_cast<char>(byte);
+      const std::u16string unit =
+          tmw::Utf8ToUtf16(tmw::CodePageToUtf8(tmw::CodePage::k1251, {&character, 1}));
+      Weight* const place = Place(unit[0]);
+      if (place != nullptr) *place = sort_weights::kWeights[byte];
+    }
+  }
+
+  const Weight* Find(char32_t c) const { return const_cast<WeightTable*>(this)->Place(c); }
+
+ private:
+  static constexpr char32_t kLetters = 0x500;
+  static constexpr char32_t kSigns = 0x2000;
+  static constexpr char32_t kSignCount = 0x200;
+
+  Weight* Place(char32_t c) {
+    if (c < kLetters) return &letters_[c];
+    if (c >= kSigns && c < kSigns + kSignCount) return &signs_[c - kSigns];
+    return nullptr;
+  }
+
+  std::array<Weight, kLetters> letters_{};
+  std::array<Weight, kSignCount> signs_{};
+};
+
+const WeightTable& Weights() {
+  static const WeightTable table;
+  return table;
+}
+
+// Reads a text character by character. Texts of the database are well-formed UTF-8; anything else
+// is read byte by byte.
+class Reader {
+ public:
+  explicit Reader(std::string_view text) : text_(text) {
+    while (!text_.empty() && text_.back() == ' ')
+      text_.remove_suffix(1);
+  }
+
+  bool AtEnd() const { return position_ >= text_.size(); }
+
+  char32_t Next() {
+    const auto lead = static_cast<unsigned char>(text_[position_++]);
+    if (lead < 0xC0) return lead;
+    const std::size_t more = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+    char32_t c = lead & (0x3FU >> more);
+    for (std::size_t i = 0; i < more && position_ < text_.size(); ++i)
+      c = (c << 6U) | (static_cast<unsigned char>(text_[position_++]) & 0x3FU);
+    return c;
+  }
+
+ private:
+  std::string_view text_;
+  std::size_t position_ = 0;
+};
+
+bool HasWeight(const Weight& weight) {
+  return weight.primary != 0 || weight.ignored_code != 0;
+}
+
+// One number per character that sorts like its primary bytes; 0 for the end of the text. Tells of
+// characters that count on the later levels only.
+std::uint32_t NextPrimary(Reader& reader, bool& has_later_levels) {
+  while (!reader.AtEnd()) {
+    const char32_t c = reader.Next();
+    const Weight* const weight = Weights().Find(c);
+    if (weight == nullptr || (!HasWeight(*weight) && c != 0))
+      return (std::uint32_t{kForeignLead} << 24U) | tmw::LowerCaseCodePoint(c);
+    if (weight->accent != 0 || weight->ignored_code != 0) has_later_levels = true;
+    if (weight->primary != 0) return std::uint32_t{weight->primary} << 16U;
+  }
+  return 0;
+}
+
+void Put(std::string& bytes, std::uint32_t byte) {
+  bytes.push_back(static_cast<char>(byte & 0xFFU));
+}
+
+// The three parts of a key while it grows.
+struct KeyParts {
+  std::string primaries;
+  std::string accents;
+  std::string ignored;
+  std::uint32_t position = 0;  // of the next character with a primary weight
+
+  void Add(char32_t c) {
+    const Weight* const weight = Weights().Find(c);
+    if (weight == nullptr || (!HasWeight(*weight) && c != 0)) {
+      AddForeign(tmw::LowerCaseCodePoint(c));
+      return;
+    }
+    if (weight->ignored_code != 0) {
+      const std::uint32_t place = 0x8000U | (7 + 4 * position);
+      Put(ignored, place >> 8U);
+      Put(ignored, place);
+      Put(ignored, 6);
+      Put(ignored, weight->ignored_code);
+    }
+    if (weight->primary == 0) return;
+    Put(primaries, weight->primary >> 8U);
+    if ((weight->primary & 0xFFU) != 0) Put(primaries, weight->primary);
+    if (weight->accent != 0) {
+      accents.resize(position, kNoAccent);
+      Put(accents, weight->accent);
+    }
+    ++position;
+  }
+
+  void AddForeign(char32_t c) {
+    Put(primaries, kForeignLead);
+    Put(primaries, c >> 16U);
+    Put(primaries, c >> 8U);
+    Put(primaries, c);
+    ++position;
+  }
+};
+
+std::string MakeKey(std::string_view text, std::size_t most) {
+  KeyParts parts;
+  Reader reader(text);
+  for (std::size_t i = 0; i < most && !reader.AtEnd(); ++i)
+    parts.Add(reader.Next());
+  std::string key = parts.primaries;
+  key.push_back(kEndOfLevel);
+  key += parts.accents;
+  if (!parts.ignored.empty()) key.append(3, kEndOfLevel).append(parts.ignored);
+  key.push_back('\0');
+  return key;
+}
+
+}  // namespace
+
+std::string SortKey(std::string_view text) {
+  return MakeKey(text, kKeyLength);
+}
+
+int CompareTexts(std::string_view a, std::string_view b) {
+  if (a == b) return 0;
+  Reader left(a);
+  Reader right(b);
+  bool has_later_levels = false;
+  for (;;) {
+    const std::uint32_t x = NextPrimary(left, has_later_levels);
+    const std::uint32_t y = NextPrimary(right, has_later_levels);
+    if (x != y) return x < y ? -1 : 1;
+    if (x == 0) break;
+  }
+  if (!has_later_levels) return 0;
+  constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
+  return MakeKey(a, kAll).compare(MakeKey(b, kAll));
+}
+
+}  // namespace jet

@@ -1,0 +1,207 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "platform/database_types.h"
+
+// Statements as the parser understands them: names are not looked up yet.
+namespace jet::sql {
+
+struct Select;
+
+enum class Operator {
+  kNone,
+  kPower,
+  kNegate,
+  kPlusSign,
+  kMultiply,
+  kDivide,
+  kIntegerDivide,
+  kModulo,
+  kAdd,
+  kSubtract,
+  kConcatenate,
+  kEqual,
+  kNotEqual,
+  kLess,
+  kLessOrEqual,
+  kGreater,
+  kGreaterOrEqual,
+  kLike,
+  kNot,
+  kAnd,
+  kOr,
+  kXor,
+  kEqv,
+  kImp,
+};
+
+enum class ExpressionKind {
+  kNull,
+  kBoolean,   // number is -1 or 0
+  kInteger,   // number
+  kNumber,    // number
+  kDate,      // number
+  kText,      // text
+  kName,      // qualifier (may be empty) and text
+  kUnary,     // op, one argument
+  kBinary,    // op, two arguments
+  kIsNull,    // one argument
+  kBetween,   // value, two bounds
+  kIn,        // value, then the list; or value and select
+  kCall,      // text is the function's name
+  kStar,      // the argument of Count(*)
+  kSubquery,  // select
+  kExists,    // select
+};
+
+struct Expression {
+  ExpressionKind kind = ExpressionKind::kNull;
+  Operator op = Operator::kNone;
+  bool negated = false;  // of kIsNull, kBetween, kIn
+  double number = 0;
+  std::string text;
+  std::string qualifier;
+  std::vector<std::unique_ptr<Expression>> arguments;
+  std::shared_ptr<Select> select;
+  int depth = 1;          // of the tree below and with it
+  std::size_t begin = 0;  // its place in the statement, bytes
+  std::size_t end = 0;
+};
+using ExpressionPtr = std::unique_ptr<Expression>;
+
+enum class JoinKind { kInner, kLeft, kRight };
+
+// A table, a sub-select or a join of two such sources.
+struct Source {
+  std::string table;
+  std::string alias;  // empty: the table's name
+  std::shared_ptr<Select> select;
+  std::optional<JoinKind> join;
+  std::unique_ptr<Source> left;
+  std::unique_ptr<Source> right;
+  ExpressionPtr on;
+};
+using SourcePtr = std::unique_ptr<Source>;
+
+struct OutputItem {
+  bool is_star = false;
+  std::string star_qualifier;  // of "t.*"
+  ExpressionPtr expression;
+  std::string alias;
+};
+
+struct OrderItem {
+  ExpressionPtr expression;
+  bool descending = false;
+};
+
+enum class SelectPredicate { kAll, kDistinct, kDistinctRow };
+
+struct Select {
+  SelectPredicate predicate = SelectPredicate::kAll;
+  std::optional<std::int32_t> top;
+  bool top_percent = false;
+  std::vector<OutputItem> items;
+  std::string into;
+  std::vector<SourcePtr> from;
+  ExpressionPtr where;
+  std::vector<ExpressionPtr> group_by;
+  ExpressionPtr having;
+  std::vector<OrderItem> order_by;
+  std::shared_ptr<Select> united_with;  // the next part of a UNION
+  bool union_all = false;
+};
+
+struct Insert {
+  std::string table;
+  std::vector<std::string> fields;  // empty: all of the table
+  std::vector<ExpressionPtr> values;
+  std::shared_ptr<Select> select;  // instead of values
+};
+
+struct Assignment {
+  std::string qualifier;
+  std::string field;
+  ExpressionPtr value;
+};
+
+struct Update {
+  std::vector<SourcePtr> from;
+  std::vector<Assignment> assignments;
+  ExpressionPtr where;
+};
+
+struct Delete {
+  std::string target;  // of "DELETE t.* FROM", may be empty
+  std::vector<SourcePtr> from;
+  ExpressionPtr where;
+};
+
+enum class ConstraintKind { kPrimaryKey, kUnique, kForeignKey };
+
+struct Constraint {
+  ConstraintKind kind = ConstraintKind::kUnique;
+  std::string name;  // may be empty
+  std::vector<std::string> fields;
+  std::string referenced_table;
+  std::vector<std::string> referenced_fields;
+};
+
+struct CreateTable {
+  std::string table;
+  std::vector<platform::FieldDefinition> fields;
+  std::vector<Constraint> constraints;
+};
+
+struct AddColumn {
+  std::string table;
+  platform::FieldDefinition field;
+  std::vector<Constraint> constraints;
+};
+
+struct AlterColumn {
+  std::string table;
+  platform::FieldDefinition field;
+};
+
+struct DropColumn {
+  std::string table;
+  std::string field;
+};
+
+struct AddConstraint {
+  std::string table;
+  Constraint constraint;
+};
+
+struct DropConstraint {
+  std::string table;
+  std::string name;
+};
+
+struct CreateIndex {
+  std::string table;
+  platform::IndexDefinition index;
+};
+
+struct DropTable {
+  std::string table;
+};
+
+struct DropIndex {
+  std::string table;
+  std::string index;
+};
+
+using Statement =
+    std::variant<Select, Insert, Update, Delete, CreateTable, AddColumn, AlterColumn, DropColumn,
+                 AddConstraint, DropConstraint, CreateIndex, DropTable, DropIndex>;
+
+}  // namespace jet::sql

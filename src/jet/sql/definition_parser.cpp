@@ -1,0 +1,296 @@
+#include <array>
+#include <string_view>
+#include <utility>
+
+#include "foundation/encodings.h"
+#include "jet/errors.h"
+#include "jet/sql/statement_parser.h"
+
+namespace jet::sql {
+namespace {
+
+using platform::DataType;
+
+struct TypeWord {
+  std::string_view word;
+  DataType type;
+  std::int32_t attributes = 0;
+};
+
+constexpr std::array<TypeWord, 46> kTypeWords = {{
+    {"alphanumeric", DataType::kText},
+    {"autoincrement", DataType::kLong, platform::kAutoIncrementField},
+    {"binary", DataType::kBinary},
+    {"bit", DataType::kBoolean},
+    {"boolean", DataType::kBoolean},
+    {"byte", DataType::kByte},
+    {"char", DataType::kText},
+    {"character", DataType::kText},
+    {"counter", DataType::kLong, platform::kAutoIncrementField},
+    {"currency", DataType::kCurrency},
+    {"date", DataType::kDate},
+    {"datetime", DataType::kDate},
+    {"double", DataType::kDouble},
+    {"float", DataType::kDouble},
+    {"float4", DataType::kSingle},
+    {"float8", DataType::kDouble},
+    {"general", DataType::kLongBinary},
+    {"guid", DataType::kGuid},
+    {"identity", DataType::kLong, platform::kAutoIncrementField},
+    {"ieeedouble", DataType::kDouble},
+    {"ieeesingle", DataType::kSingle},
+    {"image", DataType::kLongBinary},
+    {"int", DataType::kLong},
+    {"integer", DataType::kLong},
+    {"integer1", DataType::kByte},
+    {"integer2", DataType::kInteger},
+    {"integer4", DataType::kLong},
+    {"logical", DataType::kBoolean},
+    {"logical1", DataType::kBoolean},
+    {"long", DataType::kLong},
+    {"longbinary", DataType::kLongBinary},
+    {"longchar", DataType::kMemo},
+    {"longtext", DataType::kMemo},
+    {"memo", DataType::kMemo},
+    {"money", DataType::kCurrency},
+    {"note", DataType::kMemo},
+    {"number", DataType::kDouble},
+    {"numeric", DataType::kDouble},
+    {"oleobject", DataType::kLongBinary},
+    {"real", DataType::kSingle},
+    {"short", DataType::kInteger},
+    {"single", DataType::kSingle},
+    {"smallint", DataType::kInteger},
+    {"string", DataType::kText},
+    {"text", DataType::kText},
+    {"time", DataType::kDate},
+}};
+
+constexpr std::array<TypeWord, 6> kMoreTypeWords = {{
+    {"timestamp", DataType::kDate},
+    {"tinyint", DataType::kByte},
+    {"uniqueidentifier", DataType::kGuid},
+    {"varbinary", DataType::kBinary},
+    {"varchar", DataType::kText},
+    {"yesno", DataType::kBoolean},
+}};
+
+const TypeWord* FindType(const std::string& word) {
+  const std::string lower = tmw::LowerCase(word);
+  for (const TypeWord& entry : kTypeWords) {
+    if (entry.word == lower) return &entry;
+  }
+  for (const TypeWord& entry : kMoreTypeWords) {
+    if (entry.word == lower) return &entry;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+Statement DefinitionParser::ReadCreate() {
+  tokens_.ExpectKeyword("create");
+  if (tokens_.TakeKeyword("table")) return ReadCreateTable();
+  const bool unique = tokens_.TakeKeyword("unique");
+  if (tokens_.TakeKeyword("index")) return ReadCreateIndex(unique);
+  for (const char* const what : {"VIEW", "PROCEDURE", "PROC", "USER", "GROUP"}) {
+    if (tokens_.AtKeyword(tmw::LowerCase(what))) FailUnsupported(std::string("CREATE ") + what);
+  }
+  tokens_.FailAt("TABLE");
+}
+
+Statement DefinitionParser::ReadCreateTable() {
+  const ClauseScope clause(tokens_, kSyntaxInCreateTable);
+  CreateTable create;
+  create.table = tokens_.ExpectName();
+  tokens_.ExpectSymbol("(");
+  do {
+    const bool is_constraint = tokens_.AtKeyword("constraint") || tokens_.AtKeyword("primary") ||
+                               (tokens_.AtKeyword("unique") && tokens_.AtSymbol("(", 1)) ||
+                               (tokens_.AtKeyword("foreign") && tokens_.AtKeyword("key", 1));
+    if (is_constraint) {
+      create.constraints.push_back(ReadTableConstraint());
+    } else {
+      create.fields.push_back(ReadField(&create.constraints));
+    }
+  } while (tokens_.TakeSymbol(","));
+  tokens_.ExpectSymbol(")");
+  return create;
+}
+
+platform::FieldDefinition DefinitionParser::ReadField(std::vector<Constraint>* constraints) {
+  const ClauseScope clause(tokens_, kSyntaxInFieldDefinition);
+  platform::FieldDefinition field;
+  field.name = tokens_.ExpectName();
+  ReadType(field);
+  // Fields made by statements take empty texts; those made through definitions do as these say.
+  field.allow_zero_length =
+      field.type == platform::DataType::kText || field.type == platform::DataType::kMemo;
+  while (constraints != nullptr && ReadFieldConstraint(field, *constraints)) {
+  }
+  return field;
+}
+
+void DefinitionParser::ReadType(platform::FieldDefinition& field) {
+  if (tokens_.Peek().kind != TokenKind::kName) tokens_.FailAt("тип поля");
+  const TypeWord* const type = FindType(tokens_.Peek().text);
+  if (type == nullptr) tokens_.FailAt("тип поля");
+  tokens_.Take();
+  // Types of two words.
+  if (type->word == "double") tokens_.TakeKeyword("precision");
+  if (type->word == "long" && tokens_.TakeKeyword("binary")) {
+    field.type = platform::DataType::kLongBinary;
+    return;
+  }
+  field.type = type->type;
+  field.attributes = type->attributes;
+  if (!tokens_.TakeSymbol("(")) return;
+  if (tokens_.Peek().kind != TokenKind::kInteger) tokens_.FailAt("размер");
+  const auto size = static_cast<std::int32_t>(tokens_.Take().number);
+  if (type->type == platform::DataType::kText || type->type == platform::DataType::kBinary) {
+    if (size < 1) Fail(kSyntaxInFieldDefinition, "размер поля " + field.name);
+    field.size = size;
+  } else if (tokens_.TakeSymbol(",")) {
+    tokens_.Take();
+  }
+  tokens_.ExpectSymbol(")");
+}
+
+bool DefinitionParser::ReadFieldConstraint(platform::FieldDefinition& field,
+                                           std::vector<Constraint>& constraints) {
+  Constraint constraint;
+  if (tokens_.TakeKeyword("constraint")) constraint.name = tokens_.ExpectName();
+  constraint.fields.push_back(field.name);
+  if (tokens_.TakeKeyword("not")) {
+    tokens_.ExpectKeyword("null");
+    field.required = true;
+    return true;
+  }
+  if (tokens_.AtKeyword("default")) FailUnsupported("DEFAULT");
+  if (tokens_.TakeKeyword("primary")) {
+    tokens_.ExpectKeyword("key");
+    constraint.kind = ConstraintKind::kPrimaryKey;
+  } else if (tokens_.TakeKeyword("unique")) {
+    constraint.kind = ConstraintKind::kUnique;
+  } else if (tokens_.AtKeyword("references")) {
+    ReadReference(constraint);
+  } else if (constraint.name.empty()) {
+    return tokens_.TakeKeyword("null");
+  } else {
+    tokens_.FailAt("PRIMARY KEY");
+  }
+  constraints.push_back(std::move(constraint));
+  return true;
+}
+
+Constraint DefinitionParser::ReadTableConstraint() {
+  Constraint constraint;
+  if (tokens_.TakeKeyword("constraint")) constraint.name = tokens_.ExpectName();
+  if (tokens_.TakeKeyword("primary")) {
+    tokens_.ExpectKeyword("key");
+    constraint.kind = ConstraintKind::kPrimaryKey;
+  } else if (tokens_.TakeKeyword("unique")) {
+    constraint.kind = ConstraintKind::kUnique;
+  } else if (tokens_.TakeKeyword("foreign")) {
+    tokens_.ExpectKeyword("key");
+    constraint.kind = ConstraintKind::kForeignKey;
+  } else {
+    tokens_.FailAt("PRIMARY KEY");
+  }
+  constraint.fields = ReadNames();
+  if (constraint.kind == ConstraintKind::kForeignKey) ReadReference(constraint);
+  return constraint;
+}
+
+void DefinitionParser::ReadReference(Constraint& constraint) {
+  tokens_.ExpectKeyword("references");
+  constraint.kind = ConstraintKind::kForeignKey;
+  constraint.referenced_table = tokens_.ExpectName();
+  if (tokens_.AtSymbol("(")) constraint.referenced_fields = ReadNames();
+}
+
+std::vector<std::string> DefinitionParser::ReadNames() {
+  std::vector<std::string> names;
+  tokens_.ExpectSymbol("(");
+  do
+    names.push_back(tokens_.ExpectName());
+  while (tokens_.TakeSymbol(","));
+  tokens_.ExpectSymbol(")");
+  return names;
+}
+
+Statement DefinitionParser::ReadCreateIndex(bool unique) {
+  const ClauseScope clause(tokens_, kSyntaxInCreateIndex);
+  CreateIndex create;
+  create.index.unique = unique;
+  create.index.name = tokens_.ExpectName();
+  tokens_.ExpectKeyword("on");
+  create.table = tokens_.ExpectName();
+  tokens_.ExpectSymbol("(");
+  do {
+    platform::IndexFieldDefinition field;
+    field.name = tokens_.ExpectName();
+    field.descending = tokens_.TakeKeyword("desc");
+    if (!field.descending) tokens_.TakeKeyword("asc");
+    create.index.fields.push_back(std::move(field));
+  } while (tokens_.TakeSymbol(","));
+  tokens_.ExpectSymbol(")");
+  if (!tokens_.TakeKeyword("with")) return create;
+  if (tokens_.TakeKeyword("primary")) {
+    create.index.primary = true;
+  } else if (tokens_.TakeKeyword("disallow")) {
+    tokens_.ExpectKeyword("null");
+    create.index.required = true;
+  } else {
+    tokens_.ExpectKeyword("ignore");
+    tokens_.ExpectKeyword("null");
+    create.index.ignore_nulls = true;
+  }
+  return create;
+}
+
+Statement DefinitionParser::ReadAlter() {
+  tokens_.ExpectKeyword("alter");
+  if (!tokens_.AtKeyword("table")) tokens_.FailAt("TABLE");
+  const ClauseScope clause(tokens_, kSyntaxInAlterTable);
+  tokens_.Take();
+  const std::string table = tokens_.ExpectName();
+  if (tokens_.TakeKeyword("add")) {
+    if (tokens_.AtKeyword("constraint") || tokens_.AtKeyword("primary") ||
+        (tokens_.AtKeyword("unique") && tokens_.AtSymbol("(", 1)))
+      return AddConstraint{table, ReadTableConstraint()};
+    tokens_.TakeKeyword("column");
+    AddColumn add;
+    add.table = table;
+    add.field = ReadField(&add.constraints);
+    return add;
+  }
+  if (tokens_.TakeKeyword("alter")) {
+    tokens_.TakeKeyword("column");
+    std::vector<Constraint> constraints;
+    AlterColumn alter{table, ReadField(&constraints)};
+    if (!constraints.empty()) tokens_.FailAt("конец инструкции");
+    return alter;
+  }
+  tokens_.ExpectKeyword("drop");
+  if (tokens_.TakeKeyword("constraint")) return DropConstraint{table, tokens_.ExpectName()};
+  tokens_.TakeKeyword("column");
+  return DropColumn{table, tokens_.ExpectName()};
+}
+
+Statement DefinitionParser::ReadDrop() {
+  tokens_.ExpectKeyword("drop");
+  const ClauseScope clause(tokens_, kSyntaxInDrop);
+  if (tokens_.TakeKeyword("table")) return DropTable{tokens_.ExpectName()};
+  for (const char* const what : {"VIEW", "PROCEDURE", "USER", "GROUP"}) {
+    if (tokens_.AtKeyword(tmw::LowerCase(what))) FailUnsupported(std::string("DROP ") + what);
+  }
+  tokens_.ExpectKeyword("index");
+  DropIndex drop;
+  drop.index = tokens_.ExpectName();
+  tokens_.ExpectKeyword("on");
+  drop.table = tokens_.ExpectName();
+  return drop;
+}
+
+}  // namespace jet::sql

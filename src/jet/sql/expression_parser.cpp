@@ -1,0 +1,365 @@
+#include "jet/sql/expression_parser.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "jet/errors.h"
+
+namespace jet::sql {
+namespace {
+
+// Deeper nesting and longer chains are refused, so that no text can exhaust the stack.
+constexpr int kMostDepth = 100;
+constexpr int kMostTreeDepth = 250;
+
+class DepthGuard {
+ public:
+  DepthGuard(int& depth, std::string_view text) : depth_(depth) {
+    if (++depth_ > kMostDepth) {
+      --depth_;
+      Fail(kSyntaxInExpression, "слишком сложное выражение", Excerpt(text));
+    }
+  }
+  DepthGuard(const DepthGuard&) = delete;
+  DepthGuard& operator=(const DepthGuard&) = delete;
+  ~DepthGuard() { --depth_; }
+
+ private:
+  int& depth_;
+};
+
+struct SymbolOperator {
+  std::string_view symbol;
+  Operator op;
+};
+
+constexpr std::array<SymbolOperator, 6> kComparisons = {{{"=", Operator::kEqual},
+                                                         {"<>", Operator::kNotEqual},
+                                                         {"<", Operator::kLess},
+                                                         {"<=", Operator::kLessOrEqual},
+                                                         {">", Operator::kGreater},
+                                                         {">=", Operator::kGreaterOrEqual}}};
+
+struct WordLiteral {
+  std::string_view word;
+  ExpressionKind kind;
+  double number;
+};
+
+constexpr std::array<WordLiteral, 7> kWords = {{{"null", ExpressionKind::kNull, 0},
+                                                {"true", ExpressionKind::kBoolean, -1},
+                                                {"yes", ExpressionKind::kBoolean, -1},
+                                                {"on", ExpressionKind::kBoolean, -1},
+                                                {"false", ExpressionKind::kBoolean, 0},
+                                                {"no", ExpressionKind::kBoolean, 0},
+                                                {"off", ExpressionKind::kBoolean, 0}}};
+
+}  // namespace
+
+ExpressionPtr ExpressionParser::Make(ExpressionKind kind) const {
+  auto expression = std::make_unique<Expression>();
+  expression->kind = kind;
+  expression->begin = tokens_.Position();
+  expression->end = tokens_.Peek().end;
+  return expression;
+}
+
+void ExpressionParser::Adopt(Expression& parent, ExpressionPtr child) const {
+  parent.depth = std::max(parent.depth, child->depth + 1);
+  if (parent.depth > kMostTreeDepth)
+    Fail(kSyntaxInExpression, "слишком сложное выражение",
+         Excerpt(tokens_.TextBetween(parent.begin, std::string_view::npos)));
+  parent.arguments.push_back(std::move(child));
+}
+
+ExpressionPtr ExpressionParser::Binary(Operator op, ExpressionPtr left, ExpressionPtr right) const {
+  ExpressionPtr expression = Make(ExpressionKind::kBinary);
+  expression->op = op;
+  expression->begin = left->begin;
+  expression->end = right->end;
+  Adopt(*expression, std::move(left));
+  Adopt(*expression, std::move(right));
+  return expression;
+}
+
+ExpressionPtr ExpressionParser::Unary(Operator op, ExpressionPtr operand, std::size_t begin) const {
+  ExpressionPtr expression = Make(ExpressionKind::kUnary);
+  expression->op = op;
+  expression->begin = begin;
+  expression->end = operand->end;
+  Adopt(*expression, std::move(operand));
+  return expression;
+}
+
+ExpressionPtr ExpressionParser::Negated(ExpressionPtr condition, bool negated) const {
+  const std::size_t begin = condition->begin;
+  return negated ? Unary(Operator::kNot, std::move(condition), begin) : std::move(condition);
+}
+
+ExpressionPtr ExpressionParser::KeywordLevel(std::string_view keyword, Operator op, Level tighter) {
+  ExpressionPtr left = (this->*tighter)();
+  while (tokens_.TakeKeyword(keyword))
+    left = Binary(op, std::move(left), (this->*tighter)());
+  return left;
+}
+
+ExpressionPtr ExpressionParser::Read() {
+  const ClauseScope clause(tokens_, kSyntaxInExpression);
+  const DepthGuard guard(depth_, tokens_.TextBetween(tokens_.Position(), std::string_view::npos));
+  return KeywordLevel("imp", Operator::kImp, &ExpressionParser::ReadEqv);
+}
+
+ExpressionPtr ExpressionParser::ReadEqv() {
+  return KeywordLevel("eqv", Operator::kEqv, &ExpressionParser::ReadXor);
+}
+
+ExpressionPtr ExpressionParser::ReadXor() {
+  return KeywordLevel("xor", Operator::kXor, &ExpressionParser::ReadOr);
+}
+
+ExpressionPtr ExpressionParser::ReadOr() {
+  return KeywordLevel("or", Operator::kOr, &ExpressionParser::ReadAnd);
+}
+
+ExpressionPtr ExpressionParser::ReadAnd() {
+  return KeywordLevel("and", Operator::kAnd, &ExpressionParser::ReadNot);
+}
+
+ExpressionPtr ExpressionParser::ReadNot() {
+  const std::size_t begin = tokens_.Position();
+  if (!tokens_.TakeKeyword("not")) return ReadComparison();
+  const DepthGuard guard(depth_, tokens_.TextBetween(begin, std::string_view::npos));
+  return Unary(Operator::kNot, ReadNot(), begin);
+}
+
+ExpressionPtr ExpressionParser::ReadComparison() {
+  ExpressionPtr value = ReadConcatenation();
+  for (;;) {
+    bool is_comparison = false;
+    for (const SymbolOperator& comparison : kComparisons) {
+      if (!tokens_.TakeSymbol(comparison.symbol)) continue;
+      value = Binary(comparison.op, std::move(value), ReadConcatenation());
+      is_comparison = true;
+      break;
+    }
+    if (!is_comparison && !ReadPredicate(value)) return value;
+  }
+}
+
+// IS, LIKE, IN and BETWEEN behind a value, with NOT or without; false when none of them follows.
+bool ExpressionParser::ReadPredicate(ExpressionPtr& value) {
+  if (tokens_.TakeKeyword("is")) {
+    ExpressionPtr test = Make(ExpressionKind::kIsNull);
+    test->negated = tokens_.TakeKeyword("not");
+    tokens_.ExpectKeyword("null");
+    test->begin = value->begin;
+    test->end = tokens_.LastEnd();
+    Adopt(*test, std::move(value));
+    value = std::move(test);
+    return true;
+  }
+  const bool negated = tokens_.AtKeyword("not");
+  const std::size_t ahead = negated ? 1 : 0;
+  const bool is_like = tokens_.AtKeyword("like", ahead) || tokens_.AtKeyword("alike", ahead);
+  const bool is_in = tokens_.AtKeyword("in", ahead);
+  if (!is_like && !is_in && !tokens_.AtKeyword("between", ahead)) return false;
+  if (tokens_.AtKeyword("alike", ahead)) FailUnsupported("ALIKE");
+  if (negated) tokens_.Take();
+  tokens_.Take();
+  if (is_like) {
+    value = Negated(Binary(Operator::kLike, std::move(value), ReadConcatenation()), negated);
+  } else {
+    value = is_in ? ReadIn(std::move(value), negated) : ReadBetween(std::move(value), negated);
+  }
+  return true;
+}
+
+ExpressionPtr ExpressionParser::ReadIn(ExpressionPtr value, bool negated) {
+  ExpressionPtr test = Make(ExpressionKind::kIn);
+  test->negated = negated;
+  test->begin = value->begin;
+  Adopt(*test, std::move(value));
+  tokens_.ExpectSymbol("(");
+  if (tokens_.AtKeyword("select")) {
+    test->select = read_select_();
+  } else {
+    do
+      Adopt(*test, Read());
+    while (tokens_.TakeSymbol(","));
+  }
+  tokens_.ExpectSymbol(")");
+  test->end = tokens_.LastEnd();
+  return test;
+}
+
+ExpressionPtr ExpressionParser::ReadBetween(ExpressionPtr value, bool negated) {
+  ExpressionPtr test = Make(ExpressionKind::kBetween);
+  test->negated = negated;
+  test->begin = value->begin;
+  Adopt(*test, std::move(value));
+  Adopt(*test, ReadConcatenation());
+  tokens_.ExpectKeyword("and");
+  Adopt(*test, ReadConcatenation());
+  test->end = tokens_.LastEnd();
+  return test;
+}
+
+ExpressionPtr ExpressionParser::ReadConcatenation() {
+  ExpressionPtr left = ReadSum();
+  while (tokens_.TakeSymbol("&"))
+    left = Binary(Operator::kConcatenate, std::move(left), ReadSum());
+  return left;
+}
+
+ExpressionPtr ExpressionParser::ReadSum() {
+  ExpressionPtr left = ReadModulo();
+  for (;;) {
+    if (tokens_.TakeSymbol("+")) {
+      left = Binary(Operator::kAdd, std::move(left), ReadModulo());
+    } else if (tokens_.TakeSymbol("-")) {
+      left = Binary(Operator::kSubtract, std::move(left), ReadModulo());
+    } else {
+      return left;
+    }
+  }
+}
+
+ExpressionPtr ExpressionParser::ReadModulo() {
+  return KeywordLevel("mod", Operator::kModulo, &ExpressionParser::ReadIntegerDivision);
+}
+
+ExpressionPtr ExpressionParser::ReadIntegerDivision() {
+  ExpressionPtr left = ReadProduct();
+  while (tokens_.TakeSymbol("\\"))
+    left = Binary(Operator::kIntegerDivide, std::move(left), ReadProduct());
+  return left;
+}
+
+ExpressionPtr ExpressionParser::ReadProduct() {
+  ExpressionPtr left = ReadSign();
+  for (;;) {
+    if (tokens_.TakeSymbol("*")) {
+      left = Binary(Operator::kMultiply, std::move(left), ReadSign());
+    } else if (tokens_.TakeSymbol("/")) {
+      left = Binary(Operator::kDivide, std::move(left), ReadSign());
+    } else {
+      return left;
+    }
+  }
+}
+
+// The sign binds looser than ^: -2^2 is -4.
+ExpressionPtr ExpressionParser::ReadSign() {
+  const std::size_t begin = tokens_.Position();
+  const bool is_minus = tokens_.AtSymbol("-");
+  if (!is_minus && !tokens_.AtSymbol("+")) return ReadPower();
+  tokens_.Take();
+  const DepthGuard guard(depth_, tokens_.TextBetween(begin, std::string_view::npos));
+  return Unary(is_minus ? Operator::kNegate : Operator::kPlusSign, ReadSign(), begin);
+}
+
+ExpressionPtr ExpressionParser::ReadPower() {
+  ExpressionPtr left = ReadOperand();
+  while (tokens_.TakeSymbol("^")) {
+    const bool is_signed = tokens_.AtSymbol("-") || tokens_.AtSymbol("+");
+    left = Binary(Operator::kPower, std::move(left), is_signed ? ReadSign() : ReadOperand());
+  }
+  return left;
+}
+
+ExpressionPtr ExpressionParser::ReadOperand() {
+  const Token& token = tokens_.Peek();
+  switch (token.kind) {
+    case TokenKind::kText:
+    case TokenKind::kInteger:
+    case TokenKind::kNumber:
+    case TokenKind::kDate: {
+      ExpressionPtr literal = Make(token.kind == TokenKind::kText      ? ExpressionKind::kText
+                                   : token.kind == TokenKind::kInteger ? ExpressionKind::kInteger
+                                   : token.kind == TokenKind::kNumber  ? ExpressionKind::kNumber
+                                                                       : ExpressionKind::kDate);
+      literal->text = token.text;
+      literal->number = token.number;
+      tokens_.Take();
+      return literal;
+    }
+    case TokenKind::kSymbol:
+      if (token.text == "(") return ReadParenthesised();
+      break;
+    case TokenKind::kName:
+      for (const WordLiteral& word : kWords) {
+        if (!tokens_.AtKeyword(word.word) || tokens_.AtSymbol("(", 1)) continue;
+        ExpressionPtr literal = Make(word.kind);
+        literal->number = word.number;
+        tokens_.Take();
+        return literal;
+      }
+      return ReadNamed();
+    case TokenKind::kBracketedName:
+      return ReadNamed();
+    case TokenKind::kEnd:
+      break;
+  }
+  tokens_.FailAt("значение");
+}
+
+ExpressionPtr ExpressionParser::ReadParenthesised() {
+  const std::size_t begin = tokens_.Position();
+  tokens_.ExpectSymbol("(");
+  ExpressionPtr inner;
+  if (tokens_.AtKeyword("select")) {
+    inner = Make(ExpressionKind::kSubquery);
+    inner->select = read_select_();
+  } else {
+    inner = Read();
+  }
+  tokens_.ExpectSymbol(")");
+  inner->begin = begin;
+  inner->end = tokens_.LastEnd();
+  return inner;
+}
+
+ExpressionPtr ExpressionParser::ReadNamed() {
+  if (tokens_.AtKeyword("exists") && tokens_.AtSymbol("(", 1)) {
+    ExpressionPtr exists = Make(ExpressionKind::kExists);
+    tokens_.Take();
+    tokens_.Take();
+    exists->select = read_select_();
+    tokens_.ExpectSymbol(")");
+    exists->end = tokens_.LastEnd();
+    return exists;
+  }
+  ExpressionPtr name = Make(ExpressionKind::kName);
+  const bool is_call = tokens_.Peek().kind == TokenKind::kName && tokens_.AtSymbol("(", 1);
+  name->text = is_call ? tokens_.Take().text : tokens_.ExpectName();
+  if (is_call) return ReadCall(std::move(name));
+  if (tokens_.AtSymbol(".") || tokens_.AtSymbol("!")) {
+    tokens_.Take();
+    name->qualifier = std::exchange(name->text, {});
+    // Behind the dot even a reserved word is a name.
+    const TokenKind kind = tokens_.Peek().kind;
+    if (kind != TokenKind::kName && kind != TokenKind::kBracketedName) tokens_.FailAt("имя");
+    name->text = tokens_.Take().text;
+  }
+  name->end = tokens_.LastEnd();
+  return name;
+}
+
+ExpressionPtr ExpressionParser::ReadCall(ExpressionPtr call) {
+  call->kind = ExpressionKind::kCall;
+  tokens_.ExpectSymbol("(");
+  if (tokens_.AtSymbol("*")) {
+    Adopt(*call, Make(ExpressionKind::kStar));
+    tokens_.Take();
+  } else if (!tokens_.AtSymbol(")")) {
+    do
+      Adopt(*call, Read());
+    while (tokens_.TakeSymbol(","));
+  }
+  tokens_.ExpectSymbol(")");
+  call->end = tokens_.LastEnd();
+  return call;
+}
+
+}  // namespace jet::sql

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "jet/sql/ast.h"
+#include "jet/sql/token_stream.h"
+
+namespace jet::sql {
+
+// Reads expressions with Jet's precedence, from the loosest: Imp, Eqv, Xor, Or, And, Not, the
+// comparisons (=, Like, In, Between, Is), &, + and -, Mod, \, * and /, the sign, ^.
+class ExpressionParser {
+ public:
+  using SelectReader = std::function<std::shared_ptr<Select>()>;
+
+  // The reader is asked for the SELECT statements inside of parentheses.
+  ExpressionParser(TokenStream& tokens, SelectReader read_select)
+      : tokens_(tokens), read_select_(std::move(read_select)) {}
+
+  ExpressionPtr Read();
+
+ private:
+  using Level = ExpressionPtr (ExpressionParser::*)();
+
+  ExpressionPtr ReadEqv();
+  ExpressionPtr ReadXor();
+  ExpressionPtr ReadOr();
+  ExpressionPtr ReadAnd();
+  ExpressionPtr ReadNot();
+  ExpressionPtr ReadComparison();
+  ExpressionPtr ReadConcatenation();
+  ExpressionPtr ReadSum();
+  ExpressionPtr ReadModulo();
+  ExpressionPtr ReadIntegerDivision();
+  ExpressionPtr ReadProduct();
+  ExpressionPtr ReadSign();
+  ExpressionPtr ReadPower();
+  ExpressionPtr ReadOperand();
+  ExpressionPtr ReadParenthesised();
+  ExpressionPtr ReadNamed();
+  ExpressionPtr ReadCall(ExpressionPtr call);
+  ExpressionPtr ReadIn(ExpressionPtr value, bool negated);
+  ExpressionPtr ReadBetween(ExpressionPtr value, bool negated);
+  bool ReadPredicate(ExpressionPtr& value);
+
+  ExpressionPtr Make(ExpressionKind kind) const;
+  void Adopt(Expression& parent, ExpressionPtr child) const;
+  ExpressionPtr Binary(Operator op, ExpressionPtr left, ExpressionPtr right) const;
+  ExpressionPtr Unary(Operator op, ExpressionPtr operand, std::size_t begin) const;
+  ExpressionPtr Negated(ExpressionPtr condition, bool negated) const;
+  ExpressionPtr KeywordLevel(std::string_view keyword, Operator op, Level tighter);
+
+  TokenStream& tokens_;
+  SelectReader read_select_;
+  int depth_ = 0;
+};
+
+}  // namespace jet::sql

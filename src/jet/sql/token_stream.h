@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/sql/lexer.h"
+
+namespace jet::sql {
+
+// The tokens of one statement, read front to back. Keywords compare without regard to case; what is
+// in the way fails with the number of the clause being read.
+class TokenStream {
+ public:
+  // The text must outlive the stream.
+  explicit TokenStream(std::string_view text);
+
+  const Token& Peek(std::size_t ahead = 0) const;
+  Token Take();
+
+  bool AtKeyword(std::string_view keyword, std::size_t ahead = 0) const;
+  bool AtSymbol(std::string_view symbol, std::size_t ahead = 0) const;
+  bool TakeKeyword(std::string_view keyword);
+  bool TakeSymbol(std::string_view symbol);
+  void ExpectKeyword(std::string_view keyword);
+  void ExpectSymbol(std::string_view symbol);
+
+  // A bracketed name or an identifier that is not reserved.
+  bool AtName(std::size_t ahead = 0) const;
+  std::string ExpectName();
+
+  std::size_t Position() const { return Peek().begin; }
+  std::size_t LastEnd() const;
+  std::string_view TextBetween(std::size_t begin, std::size_t end) const;
+
+  // The number that failures bear from here on; gives the one before.
+  std::int32_t SetClause(std::int32_t error_number);
+  [[noreturn]] void FailAt(std::string_view expected) const;
+
+ private:
+  std::string_view text_;
+  std::vector<Token> tokens_;
+  std::size_t next_ = 0;
+  std::int32_t clause_;
+};
+
+// Puts the stream's clause back at the end of a scope.
+class ClauseScope {
+ public:
+  ClauseScope(TokenStream& tokens, std::int32_t error_number)
+      : tokens_(tokens), saved_(tokens.SetClause(error_number)) {}
+  ClauseScope(const ClauseScope&) = delete;
+  ClauseScope& operator=(const ClauseScope&) = delete;
+  ~ClauseScope() { tokens_.SetClause(saved_); }
+
+ private:
+  TokenStream& tokens_;
+  std::int32_t saved_;
+};
+
+}  // namespace jet::sql

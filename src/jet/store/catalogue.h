@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/store/sqlite.h"
+#include "jet/table_info.h"
+
+namespace jet {
+
+// The catalogue of one database, which lies in tables of its own beside the data:
+//   _jet_table        one row per table
+//   _jet_field        one row per field, by ordinal
+//   _jet_index        one row per index
+//   _jet_index_field  one row per field of an index
+//   _jet_property     further properties of fields
+// The list of tables is read at first use, a table's fields and indexes when the table is first
+// asked for.
+class Catalogue final : public TableFinder {
+ public:
+  explicit Catalogue(std::shared_ptr<Connection> connection) : connection_(std::move(connection)) {}
+
+  TablePtr FindTable(std::string_view name) override;
+  // In name order, without the system's tables.
+  std::vector<platform::TableSummary> Tables();
+
+  // After a change of definitions, here or by somebody else.
+  void Forget();
+
+ private:
+  struct Entry {
+    std::int64_t id = 0;
+    std::string name;
+    std::uint32_t attributes = 0;
+    TablePtr loaded;
+  };
+
+  void LoadNames();
+  TablePtr LoadTable(const Entry& entry);
+  void LoadFields(TableInfo& table);
+  void LoadIndexes(TableInfo& table);
+
+  std::shared_ptr<Connection> connection_;
+  std::map<std::string, Entry> tables_;  // by lower-case name
+  bool names_loaded_ = false;
+};
+
+// The tables of the system that every database lists; nothing can be read from or done to them.
+std::vector<platform::TableSummary> SystemTables();
+bool IsSystemTable(std::string_view name);
+
+// An index's properties as its catalogue row holds them.
+std::int64_t IndexFlags(const platform::IndexDefinition& index);
+
+// Makes an empty storage file a database, and tells whether a file is one.
+void CreateCatalogue(Connection& connection);
+bool HasCatalogue(Connection& connection);
+
+}  // namespace jet

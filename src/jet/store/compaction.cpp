@@ -1,0 +1,82 @@
+#include "jet/store/compaction.h"
+
+#include <cstdint>
+#include <memory>
+
+#include "jet/errors.h"
+#include "jet/sql/expression_translator.h"
+#include "jet/store/autonumbers.h"
+#include "jet/store/catalogue.h"
+#include "jet/store/definitions.h"
+#include "jet/store/functions.h"
+#include "jet/store/storage_file.h"
+
+namespace jet {
+namespace {
+
+// Creates a table under its old number and copies its rows, in the order of the primary key or as
+// they were stored; the indexes are built afterwards, each in one go.
+void CopyTable(Connection& target, const TableInfo& table) {
+  const std::string name = table.StorageName();
+  std::string columns;
+  std::string definitions;
+  for (const FieldInfo& field : table.fields) {
+    columns += (columns.empty() ? "" : ", ") + field.column;
+    definitions += (definitions.empty() ? "" : ", ") + field.column;
+    if (IsTextType(field.definition.type)) definitions += " COLLATE JET";
+  }
+  target.Run("CREATE TABLE " + name + "(" + definitions + ")");
+  const IndexInfo* const primary = table.PrimaryIndex();
+  target.Run("INSERT INTO main." + name + " SELECT " + columns + " FROM source." + name +
+             " ORDER BY " + (primary == nullptr ? "" : IndexOrder(table, *primary) + ", ") +
+             "rowid");
+  for (const IndexInfo& index : table.indexes)
+    target.Run(CreateIndexSql(table, index));
+  // Numbering goes on behind the highest number that is left.
+  for (const FieldInfo& field : table.fields) {
+    if (!field.IsAutonumber()) continue;
+    target.Run("UPDATE _jet_table SET next_number = (SELECT coalesce(max(" + field.column +
+               "), 0) + 1 FROM " + name + ") WHERE id = " + std::to_string(table.id));
+  }
+}
+
+void CopyAll(Catalogue& catalogue, Connection& target) {
+  for (const char* const name :
+       {"_jet_table", "_jet_field", "_jet_index", "_jet_index_field", "_jet_property"}) {
+    const std::string table = name;
+    target.Run("INSERT INTO main." + table + " SELECT * FROM source." + table);
+  }
+  for (const platform::TableSummary& table : catalogue.Tables())
+    CopyTable(target, *catalogue.FindTable(table.name));
+}
+
+}  // namespace
+
+void Compact(const std::string& source, const std::string& target) {
+  const StorageFile from = OpenStorage(source, true, true);
+  StorageFile to = CreateStorage(target);
+  try {
+    Autonumbers numbers(to.connection);
+    FunctionContext functions{*to.connection, numbers};
+    RegisterFunctions(functions);
+    Autonumbers source_numbers(from.connection);
+    FunctionContext source_functions{*from.connection, source_numbers};
+    RegisterFunctions(source_functions);
+    Catalogue catalogue(from.connection);
+    to.connection->Run("ATTACH " + sql::TextLiteral(source) + " AS source");
+    to.connection->Run("BEGIN");
+    CopyAll(catalogue, *to.connection);
+    to.connection->Run("COMMIT");
+    to.connection->Run("DETACH source");
+    to.connection->Close();
+    from.connection->Close();
+  } catch (...) {
+    to.connection->Close();
+    from.connection->Close();
+    to.lock.reset();
+    RemoveStorage(target);
+    throw;
+  }
+}
+
+}  // namespace jet

@@ -1,0 +1,102 @@
+#include "jet/store/database.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "jet/errors.h"
+#include "jet/sort_key.h"
+#include "jet/store/recordset.h"
+#include "jet/store/statement_runner.h"
+
+namespace jet {
+namespace {
+
+const FieldInfo& RequireField(const TableInfo& table, const std::string& name) {
+  const FieldInfo* const field = table.FindField(name);
+  if (field == nullptr) Fail(kItemNotFound, name);
+  return *field;
+}
+
+}  // namespace
+
+TablePtr Database::Require(const std::string& name) {
+  return RequireTable(*session_, name, kItemNotFound);
+}
+
+std::vector<platform::TableSummary> Database::Tables() {
+  std::vector<platform::TableSummary> tables = session_->Tables().Tables();
+  const std::vector<platform::TableSummary> system = SystemTables();
+  tables.insert(tables.end(), system.begin(), system.end());
+  std::stable_sort(tables.begin(), tables.end(),
+                   [](const auto& a, const auto& b) { return CompareTexts(a.name, b.name) < 0; });
+  return tables;
+}
+
+platform::TableDefinition Database::Table(const std::string& name) {
+  platform::TableDefinition definition;
+  if (IsSystemTable(name)) {
+    definition.name = name;
+    definition.attributes = platform::kSystemObject;
+    return definition;
+  }
+  const TablePtr table = Require(name);
+  definition.name = table->name;
+  definition.attributes = table->attributes;
+  for (const FieldInfo& field : table->fields)
+    definition.fields.push_back(field.definition);
+  for (const IndexInfo& index : table->indexes)
+    definition.indexes.push_back(index.definition);
+  return definition;
+}
+
+void Database::CreateTable(const platform::TableDefinition& table) {
+  session_->Change([&] { definitions_.CreateTable(table); });
+}
+
+void Database::DeleteTable(const std::string& name) {
+  if (IsSystemTable(name)) Fail(kInvalidOperation, name);
+  session_->Change([&] { definitions_.DropTable(*Require(name)); });
+}
+
+void Database::CreateField(const std::string& table, const platform::FieldDefinition& field) {
+  session_->Change([&] { definitions_.AddField(*Require(table), field); });
+}
+
+void Database::CreateIndex(const std::string& table, const platform::IndexDefinition& index) {
+  session_->Change([&] { definitions_.CreateIndex(*Require(table), index); });
+}
+
+void Database::SetFieldProperty(const std::string& table, const std::string& field,
+                                const std::string& property, platform::DataType type,
+                                const platform::DatabaseValue& value) {
+  session_->Change([&] {
+    const TablePtr info = Require(table);
+    definitions_.SetProperty(*info, RequireField(*info, field), property, type, value);
+  });
+}
+
+std::optional<platform::DatabaseValue> Database::FieldProperty(const std::string& table,
+                                                               const std::string& field,
+                                                               const std::string& property) {
+  const TablePtr info = Require(table);
+  return definitions_.Property(RequireField(*info, field), property);
+}
+
+// A statement that fails is always undone whole: leaving rows out in silence would lose data.
+std::int64_t Database::Execute(const std::string& sql, bool /*fail_on_error*/) {
+  return RunStatement(*session_, sql);
+}
+
+std::unique_ptr<platform::DatabaseRecordset> Database::OpenRecordset(const std::string& source,
+                                                                     platform::RecordsetType type) {
+  session_->EnterLevels();
+  if (TablePtr table = session_->Tables().FindTable(source)) {
+    return std::make_unique<Recordset>(session_, sql::PlanTable(std::move(table), nullptr), type);
+  }
+  const bool may_be_statement = source.find_first_of(" \t\r\n") != std::string::npos;
+  if (type == platform::RecordsetType::kTable || !may_be_statement)
+    Fail(kInputTableNotFound, source);
+  return std::make_unique<Recordset>(session_, PlanSelect(*session_, source), type);
+}
+
+}  // namespace jet

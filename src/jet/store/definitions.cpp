@@ -1,0 +1,258 @@
+#include "jet/store/definitions.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "foundation/encodings.h"
+#include "foundation/number_text.h"
+#include "foundation/text.h"
+#include "jet/errors.h"
+#include "jet/sql/date_literal.h"
+#include "jet/sql/parser.h"
+#include "jet/store/stored_values.h"
+#include "jet/value_text.h"
+
+namespace jet {
+namespace {
+
+using platform::DatabaseValue;
+
+constexpr std::size_t kMostNameUnits = 64;
+constexpr std::size_t kMostFields = 255;
+
+void CheckName(const std::string& name) {
+  const bool is_bad = name.empty() || name.front() == ' ' ||
+                      tmw::Utf8ToUtf16(name).size() > kMostNameUnits ||
+                      name.find_first_of(".!`[]") != std::string::npos ||
+                      std::any_of(name.begin(), name.end(),
+                                  [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+  if (is_bad) Fail(kInvalidName, name);
+}
+
+struct LiteralOf {
+  std::string operator()(bool value) const { return value ? "True" : "False"; }
+  std::string operator()(float value) const { return tmw::SingleToText(value); }
+  std::string operator()(double value) const { return tmw::DoubleToText(value); }
+  std::string operator()(platform::CurrencyValue value) const {
+    return tmw::CurrencyToText(value.ten_thousandths);
+  }
+  std::string operator()(platform::DateValue value) const { return sql::DateLiteral(value.days); }
+  std::string operator()(const std::string& value) const { return value; }
+  template <typename Other>
+  std::string operator()(const Other& value) const {
+    return ValueText(value).value_or("");
+  }
+};
+
+// The default's expression; a text that is none fails here rather than at the first new record.
+std::string DefaultText(const platform::FieldDefinition& field) {
+  std::string text = std::visit(LiteralOf{}, field.default_value);
+  if (!text.empty()) sql::ParseExpression(text);
+  return text;
+}
+
+void CheckFields(const std::vector<platform::FieldDefinition>& fields, const std::string& table) {
+  if (fields.empty()) Fail(kNoFieldsDefined, table);
+  if (fields.size() > kMostFields) Fail(kTooManyFields);
+  std::vector<std::string> names;
+  for (const platform::FieldDefinition& field : fields)
+    names.push_back(tmw::LowerCase(field.name));
+  std::sort(names.begin(), names.end());
+  const auto twice = std::adjacent_find(names.begin(), names.end());
+  if (twice != names.end()) Fail(kFieldDefinedTwice, *twice);
+}
+
+std::string ColumnSql(const std::string& column, platform::DataType type) {
+  return column + (IsTextType(type) ? " COLLATE JET" : "");
+}
+
+}  // namespace
+
+TablePtr RequireTable(Session& session, const std::string& name, std::int32_t error_number) {
+  TablePtr table = session.Tables().FindTable(name);
+  if (!table) Fail(error_number, name);
+  return table;
+}
+
+std::string CreateIndexSql(const TableInfo& table, const IndexInfo& index) {
+  std::string sql = index.definition.unique ? "CREATE UNIQUE INDEX i" : "CREATE INDEX i";
+  sql += std::to_string(index.id) + " ON " + table.StorageName() + "(" + IndexOrder(table, index) +
+         ")";
+  if (!index.definition.ignore_nulls) return sql;
+  std::string present;
+  for (const std::size_t position : index.positions)
+    present += (present.empty() ? "" : " OR ") + table.fields[position].column + " IS NOT NULL";
+  return sql + " WHERE " + present;
+}
+
+std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
+                                      const platform::FieldDefinition& field) {
+  CheckName(field.name);
+  const std::int32_t size = FieldSize(field.type, field.size, field.name);
+  if ((field.attributes & platform::kAutoIncrementField) != 0 &&
+      field.type != platform::DataType::kLong)
+    Fail(kInvalidFieldType, field.name);
+  const std::string default_text = DefaultText(field);
+  Statement insert = Prepare(
+      "INSERT INTO _jet_field(table_id, ordinal, name, type, size, attributes, required,"
+      " allow_zero_length, default_text) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
+  insert.Bind(1, table).Bind(2, ordinal).Bind(3, std::string_view(field.name));
+  insert.Bind(4, std::int64_t{static_cast<std::int32_t>(field.type)});
+  insert.Bind(5, std::int64_t{size}).Bind(6, std::int64_t{field.attributes});
+  insert.Bind(7, std::int64_t{field.required ? 1 : 0});
+  insert.Bind(8, std::int64_t{field.allow_zero_length ? 1 : 0});
+  insert.Bind(9, std::string_view(default_text));
+  insert.Run();
+  return session_.Storage().LastRow();
+}
+
+void Definitions::CreateTable(const platform::TableDefinition& table) {
+  CheckName(table.name);
+  CheckFields(table.fields, table.name);
+  if (IsSystemTable(table.name) || session_.Tables().FindTable(table.name))
+    Fail(kTableExists, table.name);
+  Statement insert =
+      Prepare("INSERT INTO _jet_table(name, attributes, next_number) VALUES(?1, ?2, 1)");
+  insert.Bind(1, std::string_view(table.name)).Bind(2, std::int64_t{table.attributes});
+  insert.Run();
+  const std::int64_t id = session_.Storage().LastRow();
+  std::string columns;
+  for (std::size_t i = 0; i < table.fields.size(); ++i) {
+    const std::int64_t field = InsertField(id, static_cast<std::int64_t>(i), table.fields[i]);
+    columns += (i == 0 ? "" : ", ") + ColumnSql("c" + std::to_string(field), table.fields[i].type);
+  }
+  session_.Storage().Run("CREATE TABLE t" + std::to_string(id) + "(" + columns + ")");
+  session_.Tables().Forget();
+  for (const platform::IndexDefinition& index : table.indexes)
+    CreateIndex(*session_.Tables().FindTable(table.name), index);
+}
+
+void Definitions::DropTable(const TableInfo& table) {
+  Connection& storage = session_.Storage();
+  const std::string id = std::to_string(table.id);
+  storage.Run("DROP TABLE " + table.StorageName());
+  storage.Run(
+      "DELETE FROM _jet_index_field WHERE index_id IN"
+      " (SELECT id FROM _jet_index WHERE table_id = " +
+      id +
+      ");"
+      "DELETE FROM _jet_index WHERE table_id = " +
+      id +
+      ";"
+      "DELETE FROM _jet_field WHERE table_id = " +
+      id +
+      ";"
+      "DELETE FROM _jet_property WHERE table_id = " +
+      id +
+      ";"
+      "DELETE FROM _jet_table WHERE id = " +
+      id);
+  session_.Tables().Forget();
+}
+
+void Definitions::AddField(const TableInfo& table, const platform::FieldDefinition& field) {
+  if (table.FindField(field.name) != nullptr) Fail(kFieldExists, field.name, table.name);
+  if (table.fields.size() >= kMostFields) Fail(kTooManyFields);
+  Connection& storage = session_.Storage();
+  const std::int64_t ordinal = storage.ReadInteger(
+      "SELECT max(ordinal) + 1 FROM _jet_field WHERE table_id = " + std::to_string(table.id));
+  const std::int64_t id = InsertField(table.id, ordinal, field);
+  const std::string column = "c" + std::to_string(id);
+  storage.Run("ALTER TABLE " + table.StorageName() + " ADD COLUMN " +
+              ColumnSql(column, field.type));
+  // Rows that are there get numbers or False; defaults are for new rows only.
+  if ((field.attributes & platform::kAutoIncrementField) != 0) {
+    storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = jet_next_number(" +
+                std::to_string(table.id) + ")");
+  } else if (field.type == platform::DataType::kBoolean) {
+    storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = 0");
+  }
+  session_.Tables().Forget();
+}
+
+void Definitions::DropField(const TableInfo& table, const FieldInfo& field) {
+  for (const IndexInfo& index : table.indexes) {
+    for (const std::size_t position : index.positions) {
+      if (&table.fields[position] == &field) Fail(kFieldNeededByIndex, field.definition.name);
+    }
+  }
+  if (table.fields.size() == 1) Fail(kNoFieldsDefined, table.name);
+  const std::string id = std::to_string(field.id);
+  session_.Storage().Run("ALTER TABLE " + table.StorageName() + " DROP COLUMN " + field.column +
+                         "; DELETE FROM _jet_field WHERE id = " + id +
+                         "; DELETE FROM _jet_property WHERE field_id = " + id);
+  session_.Tables().Forget();
+}
+
+void Definitions::RefuseNulls(const TableInfo& table, const std::vector<std::size_t>& positions) {
+  for (const std::size_t position : positions) {
+    const FieldInfo& field = table.fields[position];
+    const std::int64_t found = session_.Storage().ReadInteger(
+        "SELECT count(*) FROM " + table.StorageName() + " WHERE " + field.column + " IS NULL");
+    if (found != 0) Fail(kNullInIndex, field.definition.name);
+  }
+}
+
+void Definitions::CreateIndex(const TableInfo& table, const platform::IndexDefinition& wanted) {
+  CheckName(wanted.name);
+  if (table.FindIndex(wanted.name) != nullptr) Fail(kIndexExists, wanted.name);
+  if (wanted.primary && table.PrimaryIndex() != nullptr) Fail(kPrimaryKeyExists);
+  if (wanted.fields.empty()) Fail(kNoFieldsDefined, wanted.name);
+  IndexInfo index;
+  index.definition = wanted;
+  index.definition.unique = wanted.unique || wanted.primary;
+  index.definition.required = wanted.required || wanted.primary;
+  for (const platform::IndexFieldDefinition& part : wanted.fields) {
+    const FieldInfo* const field = table.FindField(part.name);
+    if (field == nullptr || field->definition.type == platform::DataType::kLongBinary)
+      Fail(kInvalidIndexField, part.name);
+    index.positions.push_back(static_cast<std::size_t>(field - table.fields.data()));
+  }
+  if (index.definition.required) RefuseNulls(table, index.positions);
+
+  Statement insert = Prepare("INSERT INTO _jet_index(table_id, name, flags) VALUES(?1, ?2, ?3)");
+  insert.Bind(1, table.id).Bind(2, std::string_view(wanted.name));
+  insert.Bind(3, IndexFlags(index.definition)).Run();
+  index.id = session_.Storage().LastRow();
+  Statement part = Prepare("INSERT INTO _jet_index_field VALUES(?1, ?2, ?3, ?4)");
+  for (std::size_t i = 0; i < index.positions.size(); ++i) {
+    part.Bind(1, index.id).Bind(2, static_cast<std::int64_t>(i));
+    part.Bind(3, table.fields[index.positions[i]].id);
+    part.Bind(4, std::int64_t{wanted.fields[i].descending ? 1 : 0}).Run();
+  }
+  session_.Storage().Run(CreateIndexSql(table, index));
+  session_.Tables().Forget();
+}
+
+void Definitions::DropIndex(const IndexInfo& index) {
+  const std::string id = std::to_string(index.id);
+  session_.Storage().Run("DROP INDEX i" + id + "; DELETE FROM _jet_index WHERE id = " + id +
+                         "; DELETE FROM _jet_index_field WHERE index_id = " + id);
+  session_.Tables().Forget();
+}
+
+void Definitions::SetProperty(const TableInfo& table, const FieldInfo& field,
+                              const std::string& name, platform::DataType type,
+                              const DatabaseValue& value) {
+  CheckName(name);
+  const DatabaseValue converted = ConvertTo(value, type, 0, kConversion);
+  Statement insert = Prepare("INSERT OR REPLACE INTO _jet_property VALUES(?1, ?2, ?3, ?4, ?5)");
+  const std::string lower = tmw::LowerCase(name);
+  insert.Bind(1, table.id).Bind(2, field.id).Bind(3, std::string_view(lower));
+  insert.Bind(4, std::int64_t{static_cast<std::int32_t>(type)});
+  BindValue(insert, 5, converted, type);
+  insert.Run();
+}
+
+std::optional<DatabaseValue> Definitions::Property(const FieldInfo& field,
+                                                   const std::string& name) {
+  const std::string lower = tmw::LowerCase(name);
+  Statement row =
+      Prepare("SELECT type, value FROM _jet_property WHERE field_id = ?1 AND name = ?2");
+  row.Bind(1, field.id).Bind(2, std::string_view(lower));
+  if (!row.Step()) return std::nullopt;
+  return ReadStored(row, 1, static_cast<platform::DataType>(row.Integer(0)));
+}
+
+}  // namespace jet

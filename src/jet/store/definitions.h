@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "jet/store/session.h"
+#include "jet/table_info.h"
+
+namespace jet {
+
+// Changes tables, fields and indexes, in the storage and in the catalogue alike. Each call belongs
+// inside of Session::Change.
+class Definitions {
+ public:
+  explicit Definitions(Session& session) : session_(session) {}
+
+  void CreateTable(const platform::TableDefinition& table);
+  void DropTable(const TableInfo& table);
+  void AddField(const TableInfo& table, const platform::FieldDefinition& field);
+  void DropField(const TableInfo& table, const FieldInfo& field);
+  void CreateIndex(const TableInfo& table, const platform::IndexDefinition& index);
+  void DropIndex(const IndexInfo& index);
+
+  void SetProperty(const TableInfo& table, const FieldInfo& field, const std::string& name,
+                   platform::DataType type, const platform::DatabaseValue& value);
+  std::optional<platform::DatabaseValue> Property(const FieldInfo& field, const std::string& name);
+
+ private:
+  std::int64_t InsertField(std::int64_t table, std::int64_t ordinal,
+                           const platform::FieldDefinition& field);
+  void RefuseNulls(const TableInfo& table, const std::vector<std::size_t>& positions);
+  Statement Prepare(const std::string& sql) { return {session_.SharedStorage(), sql}; }
+
+  Session& session_;
+};
+
+// "CREATE [UNIQUE] INDEX i5 ON t3(...)" for the storage.
+std::string CreateIndexSql(const TableInfo& table, const IndexInfo& index);
+
+// The table for a name, or the error of that number.
+TablePtr RequireTable(Session& session, const std::string& name, std::int32_t error_number);
+
+}  // namespace jet

@@ -1,0 +1,80 @@
+#include "jet/store/engine.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "jet/engine.h"
+#include "jet/errors.h"
+#include "jet/store/compaction.h"
+#include "jet/store/database.h"
+#include "jet/store/storage_file.h"
+
+namespace jet {
+namespace {
+
+constexpr int kMostLevels = 5;
+
+}  // namespace
+
+std::vector<std::shared_ptr<Session>> Engine::OpenSessions() {
+  std::vector<std::shared_ptr<Session>> open;
+  std::erase_if(sessions_, [](const auto& session) { return session.expired(); });
+  for (const auto& session : sessions_) {
+    if (auto held = session.lock(); held && held->Storage().IsOpen())
+      open.push_back(std::move(held));
+  }
+  return open;
+}
+
+std::unique_ptr<platform::Database> Engine::Adopt(std::shared_ptr<Session> session) {
+  sessions_.push_back(session);
+  return std::make_unique<Database>(std::move(session));
+}
+
+std::unique_ptr<platform::Database> Engine::OpenDatabase(const std::string& path, bool exclusive,
+                                                         bool read_only) {
+  StorageFile file = OpenStorage(path, exclusive, read_only);
+  return Adopt(std::make_shared<Session>(workspace_, std::move(file.lock),
+                                         std::move(file.connection), exclusive, read_only));
+}
+
+std::unique_ptr<platform::Database> Engine::CreateDatabase(const std::string& path) {
+  StorageFile file = CreateStorage(path);
+  return Adopt(std::make_shared<Session>(workspace_, std::move(file.lock),
+                                         std::move(file.connection), true, false));
+}
+
+void Engine::CompactDatabase(const std::string& source, const std::string& target) {
+  Compact(source, target);
+}
+
+// Every change is in the file when its transaction ends, and no lock outlives what it is for.
+void Engine::Idle(platform::IdleOption /*option*/) {}
+
+void Engine::BeginTrans() {
+  if (workspace_->level >= kMostLevels) Fail(kTooManyTransactions);
+  ++workspace_->level;
+  for (const auto& session : OpenSessions())
+    session->EnterLevels();
+}
+
+void Engine::CommitTrans() {
+  if (workspace_->level == 0) Fail(kNoTransaction);
+  // A database that cannot commit keeps the transaction open, to be tried again or taken back.
+  for (const auto& session : OpenSessions())
+    session->CommitTo(workspace_->level - 1);
+  --workspace_->level;
+}
+
+void Engine::Rollback() {
+  if (workspace_->level == 0) Fail(kNoTransaction);
+  --workspace_->level;
+  for (const auto& session : OpenSessions())
+    session->RollbackTo(workspace_->level);
+}
+
+std::unique_ptr<platform::DatabaseEngine> MakeEngine() {
+  return std::make_unique<Engine>();
+}
+
+}  // namespace jet

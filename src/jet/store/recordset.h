@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "jet/sql/query_translator.h"
+#include "jet/store/row_source.h"
+#include "jet/store/session.h"
+#include "platform/database.h"
+
+namespace jet {
+
+class Recordset final : public platform::DatabaseRecordset {
+ public:
+  Recordset(std::shared_ptr<Session> session, sql::SelectPlan plan, platform::RecordsetType type);
+
+  void SetIndex(const std::string& name) override;
+  bool AtBeginning() const override;
+  bool AtEnd() const override;
+  void MoveFirst() override;
+  void MoveLast() override;
+  void MoveNext() override;
+  void MovePrevious() override;
+  std::vector<std::string> FieldNames() const override;
+  std::size_t FieldPosition(const std::string& name) const override;
+  platform::DatabaseValue Value(std::size_t position) const override;
+  void SetValue(std::size_t position, const platform::DatabaseValue& value) override;
+  void Edit() override;
+  void AddNew() override;
+  void Update() override;
+  void Delete() override;
+
+ private:
+  enum class Mode { kBrowse, kEdit, kAdd };
+  using Buffer = std::vector<std::optional<platform::DatabaseValue>>;
+
+  void OpenRows();
+  void SettleForward();
+  bool IsOnRow() const;
+  void RequireRow() const;
+  void RequireUpdatable() const;
+  std::size_t TableField(std::size_t position) const;
+  platform::DatabaseValue DefaultValue(const FieldInfo& field) const;
+  void InsertBuffer();
+  void UpdateBuffer();
+  void BindBuffered(Statement& statement, int parameter, std::size_t field);
+
+  std::shared_ptr<Session> session_;
+  sql::SelectPlan plan_;
+  platform::RecordsetType type_;
+  std::optional<RowSource> rows_;
+  // 0 is before the first row, 1 the first row.
+  std::size_t position_ = 0;
+  Mode mode_ = Mode::kBrowse;
+  Buffer buffer_;  // by the table's fields; unset ones keep their value or take their default
+  Statement insert_;
+};
+
+}  // namespace jet

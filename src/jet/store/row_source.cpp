@@ -1,0 +1,93 @@
+#include "jet/store/row_source.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "jet/store/stored_values.h"
+
+namespace jet {
+namespace {
+
+// One read transaction over several statements: the file is locked once.
+class ReadScope {
+ public:
+  explicit ReadScope(Connection& storage) : storage_(storage) { storage_.Run("SAVEPOINT reading"); }
+  ReadScope(const ReadScope&) = delete;
+  ReadScope& operator=(const ReadScope&) = delete;
+  ~ReadScope() {
+    try {
+      storage_.Run("RELEASE reading");
+    } catch (const platform::DatabaseError&) {  // NOLINT(bugprone-empty-catch): reads only
+    }
+  }
+
+ private:
+  Connection& storage_;
+};
+
+}  // namespace
+
+RowSource::RowSource(std::shared_ptr<Session> session, const sql::SelectPlan& plan)
+    : session_(std::move(session)), plan_(plan) {
+  if (!IsUpdatable()) {
+    // Rows that are not a table's are kept as they are now.
+    Statement rows(session_->SharedStorage(), plan_.rows_sql);
+    while (rows.Step()) {
+      block_.emplace_back(TakeRow(rows));
+      keys_.push_back(0);
+    }
+    return;
+  }
+  Statement keys(session_->SharedStorage(), plan_.keys_sql);
+  while (keys.Step())
+    keys_.push_back(keys.Integer(0));
+  keys.Reset();
+  row_ = Statement(session_->SharedStorage(), plan_.row_sql);
+}
+
+Row RowSource::TakeRow(const Statement& statement) const {
+  Row row;
+  row.reserve(plan_.columns.size());
+  int column = 0;
+  for (const sql::OutputColumn& output : plan_.columns) {
+    row.push_back(output.field != nullptr
+                      ? ReadStored(statement, column, output.field->definition.type)
+                      : ReadComputed(statement, column, output.type));
+    ++column;
+  }
+  return row;
+}
+
+std::optional<Row> RowSource::ReadRow(std::int64_t key) {
+  row_.Bind(1, key);
+  std::optional<Row> row;
+  if (row_.Step()) row = TakeRow(row_);
+  row_.Reset();
+  return row;
+}
+
+// Rows that are read one by one and changed in between are not read ahead: each change would make
+// the rest of the stretch stale.
+void RowSource::ReadAhead(std::size_t first) {
+  const std::int64_t changes = session_->ChangeCount();
+  ahead_ = changes != changes_seen_ ? 1 : std::min(kMostAhead, ahead_ * 2);
+  changes_seen_ = changes;
+  block_.clear();
+  block_start_ = first;
+  const std::size_t end = std::min(first + ahead_, keys_.size());
+  const ReadScope scope(session_->Storage());
+  for (std::size_t i = first; i < end; ++i)
+    block_.push_back(ReadRow(keys_[i]));
+}
+
+const Row* RowSource::Fetch(std::size_t index) {
+  if (IsUpdatable()) {
+    const bool is_held = index >= block_start_ && index < block_start_ + block_.size() &&
+                         session_->ChangeCount() == changes_seen_;
+    if (!is_held) ReadAhead(index);
+  }
+  const std::optional<Row>& row = block_[index - block_start_];
+  return row ? &*row : nullptr;
+}
+
+}  // namespace jet

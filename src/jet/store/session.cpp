@@ -1,0 +1,92 @@
+#include "jet/store/session.h"
+
+#include <utility>
+
+#include "jet/errors.h"
+
+namespace jet {
+namespace {
+
+std::string LevelName(int level) {
+  return "level" + std::to_string(level);
+}
+
+}  // namespace
+
+Session::Session(std::shared_ptr<const Workspace> workspace,
+                 std::unique_ptr<platform::FileLock> lock, std::shared_ptr<Connection> connection,
+                 bool is_exclusive, bool is_read_only)
+    : workspace_(std::move(workspace)),
+      lock_(std::move(lock)),
+      connection_(std::move(connection)),
+      catalogue_(connection_),
+      autonumbers_(connection_),
+      functions_{*connection_, autonumbers_},
+      is_exclusive_(is_exclusive),
+      is_read_only_(is_read_only) {
+  RegisterFunctions(functions_);
+}
+
+void Session::Close() noexcept {
+  if (!connection_->IsOpen()) return;
+  // Closing the storage takes back every open transaction.
+  connection_->Close();
+  level_ = 0;
+  lock_.reset();
+}
+
+Catalogue& Session::Tables() {
+  if (!is_exclusive_) {
+    const std::int64_t version = connection_->ReadInteger("PRAGMA data_version");
+    if (version != data_version_) catalogue_.Forget();
+    data_version_ = version;
+  }
+  connection_->Handle();
+  return catalogue_;
+}
+
+void Session::Change(const std::function<void()>& change) {
+  if (is_read_only_) Fail(kReadOnly);
+  EnterLevels();
+  connection_->Run("SAVEPOINT change");
+  try {
+    change();
+    autonumbers_.Save();
+    connection_->Run("RELEASE change");
+  } catch (...) {
+    ++rollbacks_;
+    autonumbers_.Forget();
+    catalogue_.Forget();
+    // A full disk may have ended the whole transaction already.
+    try {
+      connection_->Run("ROLLBACK TO change; RELEASE change");
+    } catch (const platform::DatabaseError&) {  // NOLINT(bugprone-empty-catch)
+    }
+    throw;
+  }
+}
+
+void Session::EnterLevels() {
+  while (level_ < workspace_->level) {
+    connection_->Run("SAVEPOINT " + LevelName(level_ + 1));
+    ++level_;
+  }
+}
+
+void Session::CommitTo(int level) {
+  if (level_ <= level) return;
+  connection_->Run("RELEASE " + LevelName(level + 1));
+  level_ = level;
+}
+
+void Session::RollbackTo(int level) {
+  if (level_ <= level) return;
+  ++rollbacks_;
+  catalogue_.Forget();
+  autonumbers_.Forget();
+  const std::string name = LevelName(level + 1);
+  connection_->Run("ROLLBACK TO " + name + "; RELEASE " + name);
+  level_ = level;
+}
+
+}  // namespace jet

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/database_types.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+// The storage's engine behind owners that speak in numbered errors only.
+namespace jet {
+
+// One open storage file. Its statements may outlive it: they then fail with 3420.
+class Connection {
+ public:
+  enum class Mode { kReadOnly, kReadWrite, kCreate };
+
+  Connection() = default;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection() { Close(); }
+
+  void Open(const std::string& path, Mode mode, bool exclusive);
+  void Close();
+  bool IsOpen() const { return handle_ != nullptr; }
+  sqlite3* Handle() const;  // 3420 when closed
+
+  void Run(const std::string& sql);
+  std::int64_t ReadInteger(const std::string& sql);  // the first value of the first row
+
+  std::int64_t Changes() const;       // rows touched by the last statement
+  std::int64_t TotalChanges() const;  // by all so far
+  std::int64_t LastRow() const;
+
+  // A function of ours that fails inside a statement leaves its error here; the statement's own
+  // failure then bears it.
+  void NoteError(platform::DatabaseError error) { noted_ = std::move(error); }
+  void ClearNotedError() { noted_.reset(); }
+
+  [[noreturn]] void FailWith(int code);
+
+ private:
+  sqlite3* handle_ = nullptr;
+  std::string path_;
+  std::optional<platform::DatabaseError> noted_;
+};
+
+// One prepared statement. Parameters and columns count as the storage's engine counts them:
+// parameters from 1, columns from 0.
+class Statement {
+ public:
+  Statement() = default;
+  Statement(std::shared_ptr<Connection> connection, const std::string& sql);
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+  Statement(Statement&& other) noexcept;
+  Statement& operator=(Statement&& other) noexcept;
+  ~Statement() { Finalize(); }
+
+  explicit operator bool() const { return statement_ != nullptr; }
+  sqlite3_stmt* Handle() const { return statement_; }
+
+  Statement& BindNull(int parameter);
+  Statement& Bind(int parameter, std::int64_t value);
+  Statement& Bind(int parameter, double value);
+  // The bytes must live until the statement has been run.
+  Statement& Bind(int parameter, std::string_view text);
+  Statement& BindBytes(int parameter, std::string_view bytes);
+
+  bool Step();   // true while there is a row
+  void Reset();  // ends the run; the bindings stay
+  void Run();    // Step and Reset
+
+  bool IsNull(int column) const;
+  std::int64_t Integer(int column) const;
+  double Real(int column) const;
+  std::string_view Text(int column) const;  // valid until the next step
+  std::string_view Bytes(int column) const;
+  int StorageClass(int column) const;
+
+ private:
+  void Finalize() noexcept;
+  void CheckOpen() const;
+
+  std::shared_ptr<Connection> connection_;
+  sqlite3_stmt* statement_ = nullptr;
+};
+
+}  // namespace jet

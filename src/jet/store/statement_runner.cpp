@@ -1,0 +1,133 @@
+#include "jet/store/statement_runner.h"
+
+#include <utility>
+#include <variant>
+
+#include "jet/errors.h"
+#include "jet/sql/parser.h"
+#include "jet/store/definitions.h"
+
+namespace jet {
+namespace {
+
+// A primary key without a name is called so; other constraints by their first field.
+std::string ConstraintName(const sql::Constraint& constraint) {
+  if (!constraint.name.empty()) return constraint.name;
+  return constraint.kind == sql::ConstraintKind::kPrimaryKey ? "PrimaryKey"
+                                                             : constraint.fields.front();
+}
+
+platform::IndexDefinition IndexOf(const sql::Constraint& constraint) {
+  if (constraint.kind == sql::ConstraintKind::kForeignKey) FailUnsupported("REFERENCES");
+  platform::IndexDefinition index;
+  index.name = ConstraintName(constraint);
+  index.primary = constraint.kind == sql::ConstraintKind::kPrimaryKey;
+  index.unique = true;
+  for (const std::string& field : constraint.fields)
+    index.fields.push_back({field, false});
+  return index;
+}
+
+const FieldInfo& RequireField(const TableInfo& table, const std::string& name) {
+  const FieldInfo* const field = table.FindField(name);
+  if (field == nullptr) Fail(kFieldNotFound, name, table.name);
+  return *field;
+}
+
+class Runner {
+ public:
+  Runner(Session& session, const std::string& text)
+      : session_(session), definitions_(session), text_(text) {}
+
+  std::int64_t operator()(const sql::Select& select) {
+    if (!select.into.empty()) FailUnsupported("SELECT … INTO");
+    Fail(kNotAnActionQuery);
+  }
+  std::int64_t operator()(const sql::Insert& insert) {
+    return Run(sql::TranslateInsert(insert, session_.Tables(), text_));
+  }
+  std::int64_t operator()(const sql::Update& update) {
+    return Run(sql::TranslateUpdate(update, session_.Tables(), text_));
+  }
+  std::int64_t operator()(const sql::Delete& statement) {
+    return Run(sql::TranslateDelete(statement, session_.Tables(), text_));
+  }
+
+  std::int64_t operator()(const sql::CreateTable& create) {
+    platform::TableDefinition table;
+    table.name = create.table;
+    table.fields = create.fields;
+    for (const sql::Constraint& constraint : create.constraints)
+      table.indexes.push_back(IndexOf(constraint));
+    definitions_.CreateTable(table);
+    return 0;
+  }
+  std::int64_t operator()(const sql::AddColumn& add) {
+    definitions_.AddField(*Table(add.table), add.field);
+    for (const sql::Constraint& constraint : add.constraints)
+      definitions_.CreateIndex(*Table(add.table), IndexOf(constraint));
+    return 0;
+  }
+  std::int64_t operator()(const sql::AlterColumn&) { FailUnsupported("ALTER COLUMN"); }
+  std::int64_t operator()(const sql::DropColumn& drop) {
+    const TablePtr table = Table(drop.table);
+    definitions_.DropField(*table, RequireField(*table, drop.field));
+    return 0;
+  }
+  std::int64_t operator()(const sql::AddConstraint& add) {
+    definitions_.CreateIndex(*Table(add.table), IndexOf(add.constraint));
+    return 0;
+  }
+  std::int64_t operator()(const sql::DropConstraint& drop) {
+    const TablePtr table = Table(drop.table);
+    const IndexInfo* const index = table->FindIndex(drop.name);
+    if (index == nullptr || !index->definition.unique) Fail(kConstraintNotFound, drop.name);
+    definitions_.DropIndex(*index);
+    return 0;
+  }
+  std::int64_t operator()(const sql::CreateIndex& create) {
+    definitions_.CreateIndex(*Table(create.table), create.index);
+    return 0;
+  }
+  std::int64_t operator()(const sql::DropTable& drop) {
+    definitions_.DropTable(*Table(drop.table));
+    return 0;
+  }
+  std::int64_t operator()(const sql::DropIndex& drop) {
+    const TablePtr table = Table(drop.table);
+    const IndexInfo* const index = table->FindIndex(drop.index);
+    if (index == nullptr) Fail(kNoSuchIndex, drop.index, drop.table);
+    definitions_.DropIndex(*index);
+    return 0;
+  }
+
+ private:
+  TablePtr Table(const std::string& name) { return RequireTable(session_, name, kTableNotFound); }
+
+  std::int64_t Run(const sql::ActionPlan& plan) {
+    Statement(session_.SharedStorage(), plan.sql).Run();
+    return session_.Storage().Changes();
+  }
+
+  Session& session_;
+  Definitions definitions_;
+  const std::string& text_;
+};
+
+}  // namespace
+
+std::int64_t RunStatement(Session& session, const std::string& text) {
+  const sql::Statement statement = sql::ParseStatement(text);
+  std::int64_t touched = 0;
+  session.Change([&] { touched = std::visit(Runner(session, text), statement); });
+  return touched;
+}
+
+sql::SelectPlan PlanSelect(Session& session, const std::string& text) {
+  const sql::Statement statement = sql::ParseStatement(text);
+  const auto* const select = std::get_if<sql::Select>(&statement);
+  if (select == nullptr) Fail(kInvalidOperation, Excerpt(text));
+  return sql::TranslateSelect(*select, session.Tables(), text);
+}
+
+}  // namespace jet

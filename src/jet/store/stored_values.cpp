@@ -1,0 +1,137 @@
+#include "jet/store/stored_values.h"
+
+#include <sqlite3.h>
+
+#include <cmath>
+#include <limits>
+
+#include "jet/coercion.h"
+#include "jet/errors.h"
+#include "jet/value_text.h"
+
+namespace jet {
+namespace {
+
+using platform::DatabaseValue;
+using platform::DataType;
+
+struct Binder {
+  Statement& statement;
+  int parameter;
+
+  void operator()(platform::EmptyValue) const { statement.BindNull(parameter); }
+  void operator()(platform::NullValue) const { statement.BindNull(parameter); }
+  void operator()(bool value) const {
+    statement.Bind(parameter, value ? std::int64_t{-1} : std::int64_t{0});
+  }
+  void operator()(std::uint8_t value) const { statement.Bind(parameter, std::int64_t{value}); }
+  void operator()(std::int16_t value) const { statement.Bind(parameter, std::int64_t{value}); }
+  void operator()(std::int32_t value) const { statement.Bind(parameter, std::int64_t{value}); }
+  void operator()(platform::CurrencyValue value) const {
+    statement.Bind(parameter, value.ten_thousandths);
+  }
+  void operator()(float value) const { statement.Bind(parameter, static_cast<double>(value)); }
+  void operator()(double value) const { statement.Bind(parameter, value); }
+  void operator()(platform::DateValue value) const { statement.Bind(parameter, value.days); }
+  void operator()(const platform::DecimalValue& value) const {
+    statement.Bind(parameter, std::string_view(value.text));
+  }
+  void operator()(const std::string& value) const {
+    statement.Bind(parameter, std::string_view(value));
+  }
+  void operator()(const platform::BinaryValue& value) const {
+    statement.BindBytes(parameter, value.bytes);
+  }
+  void operator()(platform::OtherValue) const { Fail(kConversion); }
+};
+
+DatabaseValue WholeNumber(std::int64_t value) {
+  if (value < std::numeric_limits<std::int32_t>::min() ||
+      value > std::numeric_limits<std::int32_t>::max())
+    return static_cast<double>(value);
+  return static_cast<std::int32_t>(value);
+}
+
+DatabaseValue ReadByClass(const Statement& statement, int column) {
+  switch (statement.StorageClass(column)) {
+    case SQLITE_INTEGER:
+      return WholeNumber(statement.Integer(column));
+    case SQLITE_FLOAT:
+      return statement.Real(column);
+    case SQLITE_TEXT:
+      return std::string(statement.Text(column));
+    default:
+      return platform::BinaryValue{std::string(statement.Bytes(column))};
+  }
+}
+
+}  // namespace
+
+void BindValue(Statement& statement, int parameter, const DatabaseValue& value, DataType type) {
+  if (type == DataType::kGuid) {
+    const auto* const text = std::get_if<std::string>(&value);
+    const auto bytes = text == nullptr ? std::nullopt : ParseGuidText(*text);
+    if (bytes) {
+      // Sixteen bytes are copied into the statement: they do not outlive this call.
+      sqlite3_bind_blob(statement.Handle(), parameter, bytes->data(),
+                        static_cast<int>(bytes->size()), SQLITE_TRANSIENT);
+      return;
+    }
+  }
+  std::visit(Binder{statement, parameter}, value);
+}
+
+DatabaseValue ReadStored(const Statement& statement, int column, DataType type) {
+  if (statement.IsNull(column)) {
+    if (type == DataType::kBoolean) return false;
+    return platform::NullValue{};
+  }
+  switch (type) {
+    case DataType::kBoolean:
+      return statement.Integer(column) != 0;
+    case DataType::kByte:
+      return static_cast<std::uint8_t>(statement.Integer(column));
+    case DataType::kInteger:
+      return static_cast<std::int16_t>(statement.Integer(column));
+    case DataType::kLong:
+      return static_cast<std::int32_t>(statement.Integer(column));
+    case DataType::kCurrency:
+      return platform::CurrencyValue{statement.Integer(column)};
+    case DataType::kSingle:
+      return static_cast<float>(statement.Real(column));
+    case DataType::kDouble:
+      return statement.Real(column);
+    case DataType::kDate:
+      return platform::DateValue{statement.Real(column)};
+    case DataType::kText:
+    case DataType::kMemo:
+      return std::string(statement.Text(column));
+    case DataType::kGuid:
+      return GuidText(statement.Bytes(column));
+    default:
+      return platform::BinaryValue{std::string(statement.Bytes(column))};
+  }
+}
+
+DatabaseValue ReadComputed(const Statement& statement, int column, sql::ValueType type) {
+  if (statement.IsNull(column)) return platform::NullValue{};
+  switch (type) {
+    case sql::ValueType::kBoolean:
+      return statement.Integer(column) != 0;
+    case sql::ValueType::kNumber:
+      return statement.Real(column);
+    case sql::ValueType::kSingle:
+      return static_cast<float>(statement.Real(column));
+    case sql::ValueType::kCurrency: {
+      std::int64_t amount = 0;
+      if (!ToCurrency(statement.Real(column), amount)) Fail(kOverflow);
+      return platform::CurrencyValue{amount};
+    }
+    case sql::ValueType::kDate:
+      return platform::DateValue{statement.Real(column)};
+    default:
+      return ReadByClass(statement, column);
+  }
+}
+
+}  // namespace jet

@@ -1,0 +1,46 @@
+#include "jet/table_info.h"
+
+#include "foundation/encodings.h"
+
+namespace jet {
+
+const FieldInfo* TableInfo::FindField(std::string_view field_name) const {
+  const std::string lower = tmw::LowerCase(field_name);
+  for (const FieldInfo& field : fields) {
+    if (field.lower_name == lower) return &field;
+  }
+  return nullptr;
+}
+
+const IndexInfo* TableInfo::FindIndex(std::string_view index_name) const {
+  const std::string lower = tmw::LowerCase(index_name);
+  for (const IndexInfo& index : indexes) {
+    if (index.lower_name == lower) return &index;
+  }
+  return nullptr;
+}
+
+const IndexInfo* TableInfo::PrimaryIndex() const {
+  for (const IndexInfo& index : indexes) {
+    if (index.definition.primary) return &index;
+  }
+  return nullptr;
+}
+
+std::string IndexOrder(const TableInfo& table, const IndexInfo& index) {
+  std::string order;
+  for (std::size_t i = 0; i < index.positions.size(); ++i) {
+    const FieldInfo& field = table.fields[index.positions[i]];
+    if (!order.empty()) order += ", ";
+    order += field.column;
+    if (IsTextType(field.definition.type)) order += " COLLATE JET";
+    if (index.definition.fields[i].descending) order += " DESC";
+  }
+  return order;
+}
+
+bool IsTextType(platform::DataType type) {
+  return type == platform::DataType::kText || type == platform::DataType::kMemo;
+}
+
+}  // namespace jet

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/coercion.h"
+#include "platform/database_types.h"
+
+// What the catalogue knows of a table. In the container, tables, columns and indexes bear numbers
+// ("t3", "c17", "i5"): names of the database may be anything and change freely.
+namespace jet {
+
+struct FieldInfo {
+  std::int64_t id = 0;
+  platform::FieldDefinition definition;
+  std::string lower_name;
+  std::string column;
+  std::string default_text;  // an expression; empty for none
+  Target target;
+
+  bool IsAutonumber() const { return (definition.attributes & platform::kAutoIncrementField) != 0; }
+};
+
+struct IndexInfo {
+  std::int64_t id = 0;
+  platform::IndexDefinition definition;
+  std::string lower_name;
+  std::vector<std::size_t> positions;  // of its fields in the table
+};
+
+struct TableInfo {
+  std::int64_t id = 0;
+  std::string name;
+  std::uint32_t attributes = 0;
+  std::vector<FieldInfo> fields;   // in the table's field order
+  std::vector<IndexInfo> indexes;  // in name order
+  std::string StorageName() const { return "t" + std::to_string(id); }
+
+  // Null when there is none of that name.
+  const FieldInfo* FindField(std::string_view name) const;
+  const IndexInfo* FindIndex(std::string_view name) const;
+  const IndexInfo* PrimaryIndex() const;
+};
+
+using TablePtr = std::shared_ptr<const TableInfo>;
+
+// The tables of one database, by name.
+class TableFinder {
+ public:
+  virtual ~TableFinder() = default;
+  // Null when there is none; a system table is none.
+  virtual TablePtr FindTable(std::string_view name) = 0;
+};
+
+// "c1 COLLATE JET, c2 DESC": the storage's columns in an index's order.
+std::string IndexOrder(const TableInfo& table, const IndexInfo& index);
+
+bool IsTextType(platform::DataType type);
+
+}  // namespace jet

@@ -1,0 +1,179 @@
+#include "jet/value_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <vector>
+
+#include "foundation/date_parts.h"
+#include "foundation/number_text.h"
+#include "foundation/text.h"
+
+namespace jet {
+namespace {
+
+std::string WithComma(std::string text) {
+  std::replace(text.begin(), text.end(), '.', ',');
+  return text;
+}
+
+// The numbers of a text that consists of digits and one separator; empty when it has another form.
+std::vector<std::int32_t> NumbersBetween(std::string_view text, char separator) {
+  std::vector<std::int32_t> numbers;
+  for (const std::string& piece : tmw::Split(text, std::string(1, separator))) {
+    if (piece.empty() || piece.size() > 4) return {};
+    std::int32_t number = 0;
+    for (const char c : piece) {
+      if (c < '0' || c > '9') return {};
+      number = number * 10 + (c - '0');
+    }
+    numbers.push_back(number);
+  }
+  return numbers;
+}
+
+bool ReadDay(std::string_view text, tmw::DateParts& parts) {
+  for (const char separator : {'.', '/', '-'}) {
+    const std::vector<std::int32_t> n = NumbersBetween(text, separator);
+    if (n.size() != 3) continue;
+    const bool is_year_first = separator == '-';
+    parts.year = is_year_first ? n[0] : n[2];
+    parts.month = n[1];
+    parts.day = is_year_first ? n[2] : n[0];
+    return true;
+  }
+  return false;
+}
+
+bool ReadTime(std::string_view text, tmw::DateParts& parts) {
+  const std::vector<std::int32_t> n = NumbersBetween(text, ':');
+  if (n.size() != 2 && n.size() != 3) return false;
+  parts.hour = n[0];
+  parts.minute = n[1];
+  parts.second = n.size() == 3 ? n[2] : 0;
+  return true;
+}
+
+struct TextOf {
+  std::optional<std::string> operator()(platform::EmptyValue) const { return std::nullopt; }
+  std::optional<std::string> operator()(platform::NullValue) const { return std::nullopt; }
+  std::optional<std::string> operator()(bool value) const { return value ? "-1" : "0"; }
+  std::optional<std::string> operator()(std::uint8_t value) const { return std::to_string(value); }
+  std::optional<std::string> operator()(std::int16_t value) const { return std::to_string(value); }
+  std::optional<std::string> operator()(std::int32_t value) const { return std::to_string(value); }
+  std::optional<std::string> operator()(platform::CurrencyValue value) const {
+    return WithComma(tmw::CurrencyToText(value.ten_thousandths));
+  }
+  std::optional<std::string> operator()(float value) const {
+    return WithComma(tmw::SingleToText(value));
+  }
+  std::optional<std::string> operator()(double value) const {
+    return WithComma(tmw::DoubleToText(value));
+  }
+  std::optional<std::string> operator()(platform::DateValue value) const {
+    return DateText(value.days);
+  }
+  std::optional<std::string> operator()(const platform::DecimalValue& value) const {
+    return WithComma(value.text);
+  }
+  std::optional<std::string> operator()(const std::string& value) const { return value; }
+  std::optional<std::string> operator()(const platform::BinaryValue&) const { return std::nullopt; }
+  std::optional<std::string> operator()(platform::OtherValue) const { return std::nullopt; }
+};
+
+std::int32_t HexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+// Where the dashes of a GUID's text stand.
+bool IsDashPlace(std::size_t position) {
+  return position == 8 || position == 13 || position == 18 || position == 23;
+}
+
+}  // namespace
+
+std::string DateText(double days) {
+  const tmw::DateParts parts = tmw::PartsOfDate(days);
+  std::array<char, 40> buffer{};
+  std::string text;
+  const bool has_time = parts.hour != 0 || parts.minute != 0 || parts.second != 0;
+  if (std::trunc(days) != 0 || !has_time) {
+    std::snprintf(buffer.data(), buffer.size(), "%02d.%02d.%04d", parts.day, parts.month,
+                  parts.year);
+    text = buffer.data();
+  }
+  if (has_time) {
+    std::snprintf(buffer.data(), buffer.size(), "%s%d:%02d:%02d", text.empty() ? "" : " ",
+                  parts.hour, parts.minute, parts.second);
+    text += buffer.data();
+  }
+  return text;
+}
+
+std::optional<double> ParseDateText(std::string_view text) {
+  const std::string trimmed = tmw::Trim(text);
+  const std::size_t blank = trimmed.find(' ');
+  tmw::DateParts parts;
+  if (blank == std::string::npos) {
+    if (!ReadDay(trimmed, parts) && !ReadTime(trimmed, parts)) return std::nullopt;
+  } else if (!ReadDay(trimmed.substr(0, blank), parts) ||
+             !ReadTime(tmw::Trim(trimmed.substr(blank)), parts)) {
+    return std::nullopt;
+  }
+  return tmw::DateFromParts(parts);
+}
+
+std::optional<double> ParseNumberText(std::string_view text) {
+  std::string number = tmw::Trim(text);
+  std::replace(number.begin(), number.end(), ',', '.');
+  std::size_t length = 0;
+  const double value = tmw::ReadNumberPrefix(number, &length);
+  if (number.empty() || length != number.size() || !std::isfinite(value)) return std::nullopt;
+  return value;
+}
+
+std::optional<std::string> ValueText(const platform::DatabaseValue& value) {
+  return std::visit(TextOf{}, value);
+}
+
+std::string GuidText(std::string_view bytes) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string text = "{guid {";
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    text += kDigits[byte >> 4U];
+    text += kDigits[byte & 0x0FU];
+  }
+  return text + "}}";
+}
+
+std::optional<std::string> ParseGuidText(std::string_view text) {
+  if (text.starts_with("{guid ") && text.ends_with("}")) text = text.substr(6, text.size() - 7);
+  if (text.starts_with("{") && text.ends_with("}")) text = text.substr(1, text.size() - 2);
+  if (text.size() != 36) return std::nullopt;
+  std::string bytes;
+  std::int32_t high = -1;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (IsDashPlace(i)) {
+      if (text[i] != '-') return std::nullopt;
+      continue;
+    }
+    const std::int32_t digit = HexDigit(text[i]);
+    if (digit < 0) return std::nullopt;
+    if (high < 0) {
+      high = digit;
+    } else {
+      bytes.push_back(static_cast<char>(high * 16 + digit));
+      high = -1;
+    }
+  }
+  return bytes;
+}
+
+}  // namespace jet

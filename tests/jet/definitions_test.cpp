@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/jet/database_fixture.h"
+
+namespace {
+
+using platform::DataType;
+using platform::RecordsetType;
+using tests::DatabaseTest;
+using tests::ErrorOf;
+
+class DefinitionTest : public DatabaseTest {
+ protected:
+  std::string Fields(const std::string& table) const {
+    std::string text;
+    for (const auto& field : db->Table(table).fields) {
+      text += field.name + " " + std::to_string(static_cast<int>(field.type)) + "/" +
+              std::to_string(field.size) + (field.required ? " required" : "") +
+              (field.allow_zero_length ? " zero" : "") +
+              ((field.attributes & platform::kAutoIncrementField) != 0 ? " counter" : "") + "; ";
+    }
+    return text;
+  }
+
+  std::string Indexes(const std::string& table) const {
+    std::string text;
+    for (const auto& index : db->Table(table).indexes) {
+      text += index.name + (index.primary ? " primary" : "") + (index.unique ? " unique" : "") +
+              (index.required ? " required" : "") + (index.ignore_nulls ? " ignore" : "") + "(";
+      for (const auto& field : index.fields)
+        text += field.name + (field.descending ? "-" : "+");
+      text += ") ";
+    }
+    return text;
+  }
+};
+
+TEST_F(DefinitionTest, EveryTypeWordMakesItsField) {
+  const struct {
+    const char* word;
+    const char* field;
+  } cases[] = {
+      {"TEXT", "f 10/255 zero; "},
+      {"varchar(7)", "f 10/7 zero; "},
+      {"memo", "f 12/0 zero; "},
+      {"byte", "f 2/1; "},
+      {"short", "f 3/2; "},
+      {"int", "f 4/4; "},
+      {"counter", "f 4/4 counter; "},
+      {"money", "f 5/8; "},
+      {"real", "f 6/4; "},
+      {"double precision", "f 7/8; "},
+      {"datetime", "f 8/8; "},
+      {"bit", "f 1/1; "},
+      {"binary(3)", "f 9/3; "},
+      {"oleobject", "f 11/0; "},
+      {"guid", "f 15/16; "},
+      {"long not null", "f 4/4 required; "},
+      {"numeric(10, 2)", "f 7/8; "},
+  };
+  for (const auto& c : cases) {
+    ASSERT_EQ(Run(std::string("create table T (f ") + c.word + ")"), 0) << c.word;
+    EXPECT_EQ(Fields("T"), c.field) << c.word;
+    EXPECT_EQ(Run("drop table t"), 0);
+  }
+}
+
+TEST_F(DefinitionTest, TablesFieldsAndIndexesAreMadeChangedAndRefused) {
+  const struct {
+    const char* statement;
+    std::int32_t error;
+  } cases[] = {
+      {"create table A (Ид long constraint Ключ primary key, Имя text(5) not null, Д datetime)", 0},
+      {"create table a (x long)", 3010},
+      {"create table MSysObjects (x long)", 3010},
+      {"create table B (x long, X text)", 3191},
+      {"create table B ([a.b] long)", 3125},
+      {"create table B (x decimals)", 3292},
+      {"create table B (x text(300))", 3163},
+      {"create table B (x long references A)", 3251},
+      {"create table B", 3290},
+      {"alter table A add column Ещё text(3)", 0},
+      {"alter table A add ещё long", 3380},
+      {"alter table Нет add x long", 3376},
+      {"alter table A drop column Ид", 3280},
+      {"alter table A drop column Нет", 3381},
+      {"create unique index ПоДате on A (Д desc, Имя) with ignore null", 0},
+      {"create index поДате on A (Имя)", 3284},
+      {"create index И on A (Нет)", 3409},
+      {"create index И on A (Имя) with primary", 3283},
+      {"create index И on A", 3291},
+      {"insert into A (Ид, Имя) values (1, null)", 3314},
+      {"insert into A (Имя) values ('x')", 3058},
+      {"insert into A (Ид, Имя) values (1, 'a')", 0},
+      {"insert into A (Ид, Имя) values (1, 'b')", 3022},
+      {"insert into A (Ид, Имя) values (2, 'b')", 0},
+      {"create unique index Дубль on A (Ещё)", 0},
+      {"create index НеНуль on A (Ещё) with disallow null", 3058},
+      {"alter table A drop constraint Дубль", 0},
+      {"alter table A drop constraint Дубль", 3371},
+      {"drop index Нет on A", 3372},
+      {"alter table A add constraint Второй unique (Имя, Ещё)", 0},
+      {"alter table A drop column Д", 3280},
+      {"drop index ПоДате on A", 0},
+      {"alter table A drop column Д", 0},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(Run(c.statement), c.error) << c.statement;
+  EXPECT_EQ(Fields("A"), "Ид 4/4; Имя 10/5 required zero; Ещё 10/3 zero; ");
+  EXPECT_EQ(Indexes("a"), "Второй unique(Имя+Ещё+) Ключ primary unique required(Ид+) ");
+}
+
+TEST_F(DefinitionTest, TablesAreListedByNameWithTheSystemsOwn) {
+  for (const char* const name : {"Я", "а", "DBVersion"})
+    ASSERT_EQ(Run(std::string("create table [") + name + "] (x long)"), 0);
+  std::string names;
+  for (const auto& table : db->Tables())
+    names += table.name + ((table.attributes & 0x80000003U) != 0 ? "! " : " ");
+  EXPECT_EQ(names, "DBVersion MSysACEs! MSysObjects! MSysQueries! MSysRelationships! а Я ");
+  EXPECT_EQ(ErrorOf([&] { db->DeleteTable("msysobjects"); }), 3219);
+  EXPECT_EQ(ErrorOf([&] { db->DeleteTable("Нет"); }), platform::kItemNotFound);
+  EXPECT_EQ(ErrorOf([&] { db->Table("Нет"); }), platform::kItemNotFound);
+}
+
+TEST_F(DefinitionTest, DefaultsFillNewRowsAndPropertiesAreKept) {
+  platform::TableDefinition table;
+  table.name = "Д";
+  table.fields.push_back(
+      {"Ид", DataType::kLong, 0, platform::kAutoIncrementField, false, false, {}});
+  table.fields.push_back({"Т", DataType::kText, 10, 0, true, false, std::string("\"нет\"")});
+  table.fields.push_back({"Ч", DataType::kDouble, 0, 0, false, false, 2.5});
+  table.fields.push_back({"Дата", DataType::kDate, 0, 0, false, false, platform::DateValue{37000}});
+  table.fields.push_back({"Л", DataType::kBoolean, 0, 0, false, false, true});
+  db->CreateTable(table);
+  EXPECT_EQ(Run("insert into Д (Ч) values (null)"), 0);
+  const auto rows = db->OpenRecordset("Д", RecordsetType::kTable);
+  rows->AddNew();
+  EXPECT_EQ(tests::Words(rows->Value(1)), "Text нет");
+  rows->SetValue(2, std::int32_t{7});
+  rows->Update();
+  EXPECT_EQ(Query("Д"),
+            "Long 1, Text нет, Null, Date 37000, True; "
+            "Long 2, Text нет, Double 7, Date 37000, True");
+  table.name = "Е";
+  table.fields[1].default_value = std::string("нет кавычки\"");
+  EXPECT_NE(ErrorOf([&] { db->CreateTable(table); }), 0);
+
+  db->SetFieldProperty("Д", "Т", "Description", DataType::kText, std::string("Слова"));
+  db->SetFieldProperty("Д", "Т", "UnicodeCompression", DataType::kBoolean, true);
+  EXPECT_EQ(tests::Words(*db->FieldProperty("д", "т", "description")), "Text Слова");
+  EXPECT_EQ(tests::Words(*db->FieldProperty("Д", "Т", "UnicodeCompression")), "True");
+  EXPECT_FALSE(db->FieldProperty("Д", "Т", "Caption"));
+}
+
+}  // namespace
