@@ -73,6 +73,23 @@ std::string CurrencyToText(std::int64_t ten_thousandths) {
   return is_negative ? "-" + text : text;
 }
 
+std::optional<std::int64_t> ReadCurrency(std::string_view text) {
+  constexpr std::size_t kMostDigits = 14;
+  const bool is_negative = text.starts_with("-");
+  if (is_negative) text.remove_prefix(1);
+  const std::size_t point = text.find('.');
+  const std::string_view whole = text.substr(0, point);
+  std::string fraction(point == std::string_view::npos ? "" : text.substr(point + 1));
+  if (whole.empty() || whole.size() > kMostDigits || fraction.size() > 4) return std::nullopt;
+  fraction.resize(4, '0');
+  std::int64_t amount = 0;
+  for (const char c : std::string(whole) + fraction) {
+    if (!IsDigit(c)) return std::nullopt;
+    amount = amount * 10 + (c - '0');
+  }
+  return is_negative ? -amount : amount;
+}
+
 double ReadNumberPrefix(std::string_view text, std::size_t* length) {
   const std::size_t end = NumberLength(text);
   if (length != nullptr) *length = end;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,6 +16,10 @@ std::string DoubleToText(double value);
 
 // Exact, without trailing zeros behind the separator.
 std::string CurrencyToText(std::int64_t ten_thousandths);
+
+// The reverse: digits with at most four behind the separator. Nothing for any other text and for an
+// amount of more than fourteen digits.
+std::optional<std::int64_t> ReadCurrency(std::string_view text);
 
 // Reads the number that a text begins with, up to the first character that is not part of it; a
 // text that begins with none gives 0. The length read goes to length when it is given.

@@ -1,12 +1,12 @@
 #include "jet/coercion.h"
 
-#include <cfenv>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <optional>
 
 #include "foundation/date_parts.h"
-#include "foundation/encodings.h"
+#include "foundation/number_text.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
 #include "jet/value_text.h"
@@ -75,28 +75,13 @@ DatabaseValue ToBoolean(const DatabaseValue& value, std::int32_t mismatch_number
   return NumberOrFail(value, mismatch_number) != 0;
 }
 
-// A text's digits are taken as they stand, so that nothing is lost to a double on the way.
-std::optional<std::int64_t> CurrencyOfDigits(const std::string& text) {
-  const std::string digits = tmw::Trim(text);
-  const std::size_t start = digits.starts_with("-") ? 1 : 0;
-  const std::size_t point = digits.find_first_of(".,");
-  const std::string whole =
-      digits.substr(start, point == std::string::npos ? point : point - start);
-  std::string fraction = point == std::string::npos ? "" : digits.substr(point + 1);
-  if (whole.empty() || whole.size() > 14 || fraction.size() > 4) return std::nullopt;
-  fraction.resize(4, '0');
-  std::int64_t amount = 0;
-  for (const char c : whole + fraction) {
-    if (c < '0' || c > '9') return std::nullopt;
-    amount = amount * 10 + (c - '0');
-  }
-  return start == 1 ? -amount : amount;
-}
-
 DatabaseValue ToCurrencyValue(const DatabaseValue& value, std::int32_t mismatch_number) {
   const auto* const text = std::get_if<std::string>(&value);
   if (text != nullptr) {
-    if (const std::optional<std::int64_t> exact = CurrencyOfDigits(*text))
+    // Digits are taken as they stand, so that nothing is lost to a double on the way.
+    std::string digits = tmw::Trim(*text);
+    std::replace(digits.begin(), digits.end(), ',', '.');
+    if (const std::optional<std::int64_t> exact = tmw::ReadCurrency(digits))
       return platform::CurrencyValue{*exact};
   }
   std::int64_t amount = 0;

@@ -1,17 +1,13 @@
 #include "jet/store/definitions.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "foundation/encodings.h"
-#include "foundation/number_text.h"
-#include "foundation/text.h"
+#include "jet/default_text.h"
 #include "jet/errors.h"
-#include "jet/sql/date_literal.h"
 #include "jet/sql/parser.h"
 #include "jet/store/stored_values.h"
-#include "jet/value_text.h"
 
 namespace jet {
 namespace {
@@ -30,24 +26,9 @@ void CheckName(const std::string& name) {
   if (is_bad) Fail(kInvalidName, name);
 }
 
-struct LiteralOf {
-  std::string operator()(bool value) const { return value ? "True" : "False"; }
-  std::string operator()(float value) const { return tmw::SingleToText(value); }
-  std::string operator()(double value) const { return tmw::DoubleToText(value); }
-  std::string operator()(platform::CurrencyValue value) const {
-    return tmw::CurrencyToText(value.ten_thousandths);
-  }
-  std::string operator()(platform::DateValue value) const { return sql::DateLiteral(value.days); }
-  std::string operator()(const std::string& value) const { return value; }
-  template <typename Other>
-  std::string operator()(const Other& value) const {
-    return ValueText(value).value_or("");
-  }
-};
-
 // The default's expression; a text that is none fails here rather than at the first new record.
-std::string DefaultText(const platform::FieldDefinition& field) {
-  std::string text = std::visit(LiteralOf{}, field.default_value);
+std::string CheckedDefault(const platform::FieldDefinition& field) {
+  std::string text = DefaultText(field.default_value);
   if (!text.empty()) sql::ParseExpression(text);
   return text;
 }
@@ -93,7 +74,7 @@ std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
   if ((field.attributes & platform::kAutoIncrementField) != 0 &&
       field.type != platform::DataType::kLong)
     Fail(kInvalidFieldType, field.name);
-  const std::string default_text = DefaultText(field);
+  const std::string default_text = CheckedDefault(field);
   Statement insert = Prepare(
       "INSERT INTO _jet_field(table_id, ordinal, name, type, size, attributes, required,"
       " allow_zero_length, default_text) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");

@@ -1,0 +1,105 @@
+#include "database/imp_table.h"
+
+#include <utility>
+#include <vector>
+
+#include "database/database_texts.h"
+#include "database/db_string.h"
+#include "database/table_text.h"
+#include "database/transaction.h"
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+#include "foundation/number_text.h"
+#include "foundation/text.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "ImpTable";
+
+bool HasTable(platform::Database& database, const std::string& name) {
+  for (const platform::TableSummary& table : database.Tables()) {
+    if (EqualIgnoringCase(table.name, name)) return true;
+  }
+  return false;
+}
+
+// An amount's digits go over as they are: a double holds only fifteen of them.
+platform::DatabaseValue RowValue(std::string_view text, platform::DataType type) {
+  if (type == platform::DataType::kCurrency) {
+    if (const auto amount = ReadCurrency(text)) return platform::CurrencyValue{*amount};
+  }
+  return DBStringToVariant(text);
+}
+
+}  // namespace
+
+void ImpTable::ImportFromFile(const std::string& path, platform::Database& database) try {
+  const std::string text = ReadFileToString(path);
+  const bool has_rows = !LowerCase(path).ends_with(names::kTableStructureEnding);
+  Import(text, has_rows, path, database);
+} catch (...) {
+  ReRaiseError(kModule, "ImportFromFile");
+}
+
+void ImpTable::ImportFromString(const std::string& text, platform::Database& database) try {
+  Import(text, true, table_name_, database);
+} catch (...) {
+  ReRaiseError(kModule, "ImportFromString");
+}
+
+void ImpTable::Import(std::string_view text, bool has_rows, const std::string& label,
+                      platform::Database& database) {
+  TableTextReader reader(text);
+  try {
+    blamed_line_ = 0;
+    Transaction transaction;
+    Replace(reader, has_rows, database);
+    transaction.Commit();
+  } catch (...) {
+    const ProgramError error = CurrentError();
+    const std::size_t line = blamed_line_ != 0 ? blamed_line_ : reader.Line();
+    throw ProgramError(error.Number, database_texts::TableFileError(label, line, error.Description),
+                       error.Source);
+  }
+}
+
+void ImpTable::Replace(TableTextReader& reader, bool has_rows, platform::Database& database) {
+  platform::TableDefinition table = reader.ReadStructure();
+  if (!table_name_.empty() && !EqualIgnoringCase(table.name, table_name_))
+    RaiseProgramError(database_texts::WrongTable(table_name_, table.name));
+  const bool rows_follow = reader.ReadRowsOpener();
+  if (has_rows && !rows_follow) RaiseProgramError(database_texts::RowsMissing());
+  if (!has_rows && rows_follow) RaiseProgramError(database_texts::RowsNotWanted());
+
+  // Indexes are built when the rows are in, each in one go.
+  const std::vector<platform::IndexDefinition> indexes = std::exchange(table.indexes, {});
+  if (HasTable(database, table.name)) database.DeleteTable(table.name);
+  database.CreateTable(table);
+  if (rows_follow) Fill(reader, table, database);
+  reader.ReadEnd();
+  for (std::size_t i = 0; i < indexes.size(); ++i) {
+    blamed_line_ = reader.IndexLine(i);
+    database.CreateIndex(table.name, indexes[i]);
+  }
+  blamed_line_ = 0;
+}
+
+void ImpTable::Fill(TableTextReader& reader, const platform::TableDefinition& table,
+                    platform::Database& database) const {
+  const auto rows = database.OpenRecordset(table.name, platform::RecordsetType::kTable);
+  std::vector<std::size_t> positions;
+  for (const platform::FieldDefinition& field : table.fields)
+    positions.push_back(rows->FieldPosition(field.name));
+  std::vector<std::string_view> values;
+  while (reader.ReadRow(values)) {
+    rows->AddNew();
+    for (std::size_t i = 0; i < values.size(); ++i)
+      rows->SetValue(positions[i], RowValue(values[i], table.fields[i].type));
+    rows->Update();
+  }
+}
+
+}  // namespace tmw

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/database.h"
+
+namespace tmw {
+
+class TableTextReader;
+
+// Imports a table from its text: the table of that name is replaced in one transaction, so that a
+// faulty text leaves the old one as it was. Errors name the file, the line and the reason.
+class ImpTable {
+ public:
+  // The table that is expected; a text that describes another one is refused. Empty: any.
+  void SetTableName(std::string name) { table_name_ = std::move(name); }
+  const std::string& TableName() const { return table_name_; }
+
+  // A ".table" file must carry rows, a ".tablestruct" file must not: its table becomes empty.
+  void ImportFromFile(const std::string& path, platform::Database& database);
+
+  // A text that carries rows.
+  void ImportFromString(const std::string& text, platform::Database& database);
+
+ private:
+  void Import(std::string_view text, bool has_rows, const std::string& label,
+              platform::Database& database);
+  void Replace(TableTextReader& reader, bool has_rows, platform::Database& database);
+  void Fill(TableTextReader& reader, const platform::TableDefinition& table,
+            platform::Database& database) const;
+
+  std::string table_name_;
+  std::size_t blamed_line_ = 0;  // 0: the line that was read last
+};
+
+}  // namespace tmw

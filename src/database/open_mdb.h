@@ -1,0 +1,16 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/database.h"
+
+namespace tmw {
+
+// Opens a database for the update run. description names the file in messages ("рабочей копии базы
+// данных"). A file in use is tried again ten times, a second apart, then the user is asked before
+// each further attempt. None when it cannot be opened: the user has been told.
+std::unique_ptr<platform::Database> OpenMdb(const std::string& path, const std::string& description,
+                                            bool exclusive, bool read_only);
+
+}  // namespace tmw

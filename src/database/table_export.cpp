@@ -1,0 +1,132 @@
+#include "database/table_export.h"
+
+#include <cstddef>
+#include <memory>
+#include <variant>
+#include <vector>
+
+#include "database/access_helpers.h"
+#include "database/db_string.h"
+#include "foundation/error_handling.h"
+#include "foundation/text.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "miDBExport";
+constexpr const char* kExportOrder = "ExportOrder";
+
+// A date always has a text; of the rest, Empty, Null and "" have none.
+bool HasDefault(const platform::DatabaseValue& value) {
+  if (std::holds_alternative<platform::EmptyValue>(value) ||
+      std::holds_alternative<platform::NullValue>(value))
+    return false;
+  const auto* const text = std::get_if<std::string>(&value);
+  return text == nullptr || !text->empty();
+}
+
+std::string FieldLine(const platform::FieldDefinition& field) {
+  std::string line =
+      "Field:" + field.name + "|" + FieldTypeToStr(field.type) + "|" + std::to_string(field.size);
+  if (field.required) line += "|NotNull";
+  if (field.allow_zero_length) line += "|AllowZero";
+  if (HasDefault(field.default_value)) line += "|Default:" + VariantToDBString(field.default_value);
+  return line;
+}
+
+std::string IndexLine(const platform::IndexDefinition& index) {
+  std::string line = "Index:" + index.name;
+  if (index.primary) {
+    line += "|Primary";
+  } else {
+    if (index.unique) line += "|Unique";
+    if (index.ignore_nulls) line += "|IgnoreNulls";
+  }
+  line += "|Fields:";
+  for (const platform::IndexFieldDefinition& field : index.fields)
+    line += field.name + (field.descending ? "/D;" : ";");
+  return line;
+}
+
+std::string OrderIndex(const platform::TableDefinition& table) {
+  return TableHasIndex(table, kExportOrder) ? kExportOrder : GetPrimaryIndex(table);
+}
+
+}  // namespace
+
+std::string ExportTableToString(const std::string& table, bool structure_only,
+                                platform::Database* database) try {
+  platform::Database& source = database != nullptr ? *database : database_utils::GetCachedUserDB();
+  const platform::TableDefinition definition = source.Table(table);
+  StringAccumulator text;
+  ExportTableHeader(definition, text);
+  if (!structure_only) ExportTableRows(definition, text, source);
+  text.AddLine("EndTable");
+  return text.TakeText();
+} catch (...) {
+  ReRaiseError(kModule, "ExportTableToString");
+}
+
+void ExportTableHeader(const platform::TableDefinition& table, StringAccumulator& text) try {
+  text.AddLine("Table:" + table.name);
+  ExportTableFields(table, text);
+  ExportTableIndexes(table, text);
+} catch (...) {
+  ReRaiseError(kModule, "ExportTableHeader");
+}
+
+void ExportTableFields(const platform::TableDefinition& table, StringAccumulator& text) try {
+  for (const platform::FieldDefinition& field : table.fields)
+    text.AddLine(FieldLine(field));
+} catch (...) {
+  ReRaiseError(kModule, "ExportTableFields");
+}
+
+void ExportTableIndexes(const platform::TableDefinition& table, StringAccumulator& text) try {
+  for (const platform::IndexDefinition& index : table.indexes)
+    text.AddLine(IndexLine(index));
+} catch (...) {
+  ReRaiseError(kModule, "ExportTableIndexes");
+}
+
+void ExportTableRows(const platform::TableDefinition& table, StringAccumulator& text,
+                     platform::Database& database) try {
+  text.AddLine("Rows");
+  const std::unique_ptr<platform::DatabaseRecordset> rows =
+      database_utils::OpenTableRecordset(table.name, OrderIndex(table), &database);
+  std::vector<std::size_t> positions;
+  for (const platform::FieldDefinition& field : table.fields)
+    positions.push_back(rows->FieldPosition(field.name));
+  database_utils::SafeMoveFirst(*rows);
+  std::string line;
+  for (; !rows->AtEnd(); rows->MoveNext()) {
+    line.clear();
+    for (const std::size_t position : positions) {
+      // The separator depends on the text so far, not on the column: the format has it so.
+      if (!line.empty()) line += '|';
+      line += VariantToDBString(rows->Value(position));
+    }
+    text.AddLine(line);
+  }
+  text.AddLine("EndRows");
+} catch (...) {
+  ReRaiseError(kModule, "ExportTableRows");
+}
+
+std::string GetPrimaryIndex(const platform::TableDefinition& table) try {
+  for (const platform::IndexDefinition& index : table.indexes) {
+    if (index.primary) return index.name;
+  }
+  return {};
+} catch (...) {
+  ReRaiseError(kModule, "GetPrimaryIndex");
+}
+
+bool TableHasIndex(const platform::TableDefinition& table, const std::string& index) {
+  for (const platform::IndexDefinition& candidate : table.indexes) {
+    if (EqualIgnoringCase(candidate.name, index)) return true;
+  }
+  return false;
+}
+
+}  // namespace tmw

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "foundation/string_accumulator.h"
+#include "platform/database.h"
+
+// Writes a table as text (module miDBExport). Lines, each ended by CR LF:
+//   Table:<name>
+//   Field:<name>|<type>|<size>[|NotNull][|AllowZero][|Default:<DB string>]      one per field
+//   Index:<name>[|Primary | [|Unique][|IgnoreNulls]]|Fields:<field>[/D];…       one per index
+//   Rows, one line of DB strings separated by "|" per row, EndRows              unless left out
+//   EndTable
+// A Null in a row's first column cannot be read back: the separators behind it are lost.
+namespace tmw {
+
+// Without a database: the user database.
+std::string ExportTableToString(const std::string& table, bool structure_only,
+                                platform::Database* database);
+
+void ExportTableHeader(const platform::TableDefinition& table, StringAccumulator& text);
+void ExportTableFields(const platform::TableDefinition& table, StringAccumulator& text);
+void ExportTableIndexes(const platform::TableDefinition& table, StringAccumulator& text);
+
+// In the order of the index "ExportOrder", else of the primary key, else as stored.
+void ExportTableRows(const platform::TableDefinition& table, StringAccumulator& text,
+                     platform::Database& database);
+
+// The name of the first primary index; empty when there is none.
+std::string GetPrimaryIndex(const platform::TableDefinition& table);
+bool TableHasIndex(const platform::TableDefinition& table, const std::string& index);
+
+}  // namespace tmw

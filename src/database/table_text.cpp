@@ -1,0 +1,153 @@
+#include "database/table_text.h"
+
+#include <charconv>
+#include <optional>
+#include <utility>
+
+#include "database/database_texts.h"
+#include "database/db_string.h"
+#include "foundation/program_error.h"
+#include "foundation/text.h"
+
+namespace tmw {
+namespace {
+
+constexpr std::string_view kTable = "Table:";
+constexpr std::string_view kField = "Field:";
+constexpr std::string_view kIndex = "Index:";
+constexpr std::string_view kRows = "Rows";
+constexpr std::string_view kEndRows = "EndRows";
+constexpr std::string_view kEndTable = "EndTable";
+
+// Cuts the text up to the separator off the front; all of it when there is none.
+std::string_view CutPiece(std::string_view& rest, char separator) {
+  const std::size_t end = rest.find(separator);
+  const std::string_view piece = rest.substr(0, end);
+  rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+  return piece;
+}
+
+std::optional<std::int32_t> ReadSize(std::string_view digits) {
+  std::int32_t size = 0;
+  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), size);
+  if (result.ec != std::errc() || result.ptr != digits.data() + digits.size() || size < 0)
+    return std::nullopt;
+  return size;
+}
+
+}  // namespace
+
+std::string_view TableTextReader::Peek(const char* expected) const {
+  const std::size_t end = text_.find(kCrLf, position_);
+  if (end == std::string_view::npos) RaiseProgramError(database_texts::UnexpectedEnd(expected));
+  return text_.substr(position_, end - position_);
+}
+
+std::string_view TableTextReader::Take(const char* expected) {
+  ++line_;
+  const std::string_view line = Peek(expected);
+  position_ += line.size() + kCrLf.size();
+  return line;
+}
+
+platform::TableDefinition TableTextReader::ReadStructure() {
+  platform::TableDefinition table;
+  const std::string_view header = Take("Table:");
+  if (!header.starts_with(kTable) || header.size() == kTable.size())
+    RaiseProgramError(database_texts::ExpectedLine("Table:", std::string(header)));
+  table.name = header.substr(kTable.size());
+  while (Peek("EndTable").starts_with(kField))
+    ReadField(Take("Field:"), table);
+  if (table.fields.empty())
+    RaiseProgramError(database_texts::ExpectedLine("Field:", std::string(Take("Field:"))));
+  while (Peek("EndTable").starts_with(kIndex)) {
+    ReadIndex(Take("Index:"), table);
+    index_lines_.push_back(line_);
+  }
+  field_count_ = table.fields.size();
+  return table;
+}
+
+void TableTextReader::ReadField(std::string_view line, platform::TableDefinition& table) const {
+  platform::FieldDefinition field;
+  std::string_view rest = line.substr(kField.size());
+  field.name = CutPiece(rest, '|');
+  const std::string type(CutPiece(rest, '|'));
+  const std::optional<std::int32_t> size = ReadSize(CutPiece(rest, '|'));
+  if (field.name.empty() || !size)
+    RaiseProgramError(database_texts::BadFieldLine(std::string(line)));
+  const std::optional<platform::DataType> known_type = FieldTypeFromStr(type);
+  if (!known_type) RaiseProgramError(database_texts::BadFieldType(type));
+  field.type = *known_type;
+  field.size = *size;
+  constexpr std::string_view kDefault = "Default:";
+  if (rest.starts_with("NotNull")) field.required = CutPiece(rest, '|') == "NotNull";
+  if (rest.starts_with("AllowZero")) field.allow_zero_length = CutPiece(rest, '|') == "AllowZero";
+  if (rest.starts_with(kDefault)) {
+    field.default_value = DBStringToVariant(rest.substr(kDefault.size()));
+    rest = {};
+  }
+  if (!rest.empty()) RaiseProgramError(database_texts::BadFieldLine(std::string(line)));
+  table.fields.push_back(std::move(field));
+}
+
+void TableTextReader::ReadIndex(std::string_view line, platform::TableDefinition& table) const {
+  platform::IndexDefinition index;
+  std::string_view rest = line.substr(kIndex.size());
+  index.name = CutPiece(rest, '|');
+  if (rest.starts_with("Primary|")) {
+    index.primary = index.unique = index.required = true;
+    CutPiece(rest, '|');
+  } else {
+    if (rest.starts_with("Unique|")) index.unique = CutPiece(rest, '|') == "Unique";
+    if (rest.starts_with("IgnoreNulls|")) index.ignore_nulls = CutPiece(rest, '|') == "IgnoreNulls";
+  }
+  constexpr std::string_view kFields = "Fields:";
+  const bool is_whole = rest.starts_with(kFields) && rest.ends_with(";") && !index.name.empty();
+  if (!is_whole) RaiseProgramError(database_texts::BadIndexLine(std::string(line)));
+  rest.remove_prefix(kFields.size());
+  while (!rest.empty()) {
+    std::string_view name = CutPiece(rest, ';');
+    platform::IndexFieldDefinition field;
+    field.descending = name.ends_with("/D");
+    if (field.descending) name.remove_suffix(2);
+    if (name.empty()) RaiseProgramError(database_texts::BadIndexLine(std::string(line)));
+    field.name = name;
+    index.fields.push_back(std::move(field));
+  }
+  table.indexes.push_back(std::move(index));
+}
+
+bool TableTextReader::ReadRowsOpener() {
+  if (Peek("EndTable") != kRows) return false;
+  Take("Rows");
+  return true;
+}
+
+bool TableTextReader::ReadRow(std::vector<std::string_view>& values) {
+  std::string_view line = Take("EndRows");
+  if (line == kEndRows) return false;
+  values.clear();
+  for (;;) {
+    const std::size_t end = line.find('|');
+    values.push_back(line.substr(0, end));
+    if (end == std::string_view::npos) break;
+    line.remove_prefix(end + 1);
+  }
+  // A Null in the first column loses separators, so its row has too few values or begins with none.
+  if (values.size() != field_count_)
+    RaiseProgramError(database_texts::WrongValueCount(field_count_, values.size()));
+  if (values.front().empty()) RaiseProgramError(database_texts::NullInFirstField());
+  return true;
+}
+
+void TableTextReader::ReadEnd() {
+  const std::string_view line = Take("EndTable");
+  if (line != kEndTable)
+    RaiseProgramError(database_texts::ExpectedLine("EndTable", std::string(line)));
+  if (position_ == text_.size()) return;
+  ++line_;
+  RaiseProgramError(database_texts::TextBehindEnd());
+}
+
+}  // namespace tmw

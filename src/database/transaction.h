@@ -1,0 +1,19 @@
+#pragma once
+
+namespace tmw {
+
+// One transaction of the database engine, taken back unless it is committed.
+class Transaction {
+ public:
+  Transaction();
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  ~Transaction();
+
+  void Commit();
+
+ private:
+  bool is_open_ = true;
+};
+
+}  // namespace tmw

@@ -1,0 +1,120 @@
+#include "platform/windows/dao_database.h"
+
+#include "platform/windows/dao_definitions.h"
+#include "platform/windows/dao_recordset.h"
+#include "platform/windows/dao_values.h"
+
+namespace platform {
+namespace {
+
+constexpr std::int32_t kFailOnError = 128;
+constexpr std::int32_t kOpenTable = 1;
+constexpr std::int32_t kOpenDynaset = 2;
+constexpr std::int32_t kPropertyNotFound = 3270;
+
+}  // namespace
+
+DaoDatabase::~DaoDatabase() {
+  if (!is_open_) return;
+  try {
+    Close();
+  } catch (const DatabaseError&) {  // NOLINT(bugprone-empty-catch): nobody is left to be told
+  }
+}
+
+DaoObject DaoDatabase::TableObject(const std::string& name) const {
+  return database_.GetObject(L"TableDefs").Item(name);
+}
+
+DaoObject DaoDatabase::FieldObject(const std::string& table, const std::string& field) const {
+  return TableObject(table).GetObject(L"Fields").Item(field);
+}
+
+std::vector<TableSummary> DaoDatabase::Tables() {
+  std::vector<TableSummary> tables;
+  const DaoObject collection = database_.GetObject(L"TableDefs");
+  // Tables that statements made are listed after a refresh only.
+  collection.Call(L"Refresh");
+  for (std::int32_t i = 0; i < collection.Count(); ++i) {
+    const DaoObject table = collection.Item(i);
+    tables.push_back(
+        {TextOf(table.Get(L"Name")), static_cast<std::uint32_t>(LongOf(table.Get(L"Attributes")))});
+  }
+  return tables;
+}
+
+TableDefinition DaoDatabase::Table(const std::string& name) {
+  database_.GetObject(L"TableDefs").Call(L"Refresh");
+  return ReadTable(TableObject(name));
+}
+
+void DaoDatabase::CreateTable(const TableDefinition& definition) {
+  const DaoObject table = database_.CallObject(L"CreateTableDef", {definition.name});
+  const DaoObject fields = table.GetObject(L"Fields");
+  for (const FieldDefinition& field : definition.fields)
+    fields.Append(MakeField(table, field));
+  const DaoObject indexes = table.GetObject(L"Indexes");
+  for (const IndexDefinition& index : definition.indexes)
+    indexes.Append(MakeIndex(table, index));
+  database_.GetObject(L"TableDefs").Append(table);
+}
+
+void DaoDatabase::DeleteTable(const std::string& name) {
+  database_.GetObject(L"TableDefs").Call(L"Delete", {name});
+}
+
+void DaoDatabase::CreateField(const std::string& table, const FieldDefinition& field) {
+  const DaoObject definition = TableObject(table);
+  definition.GetObject(L"Fields").Append(MakeField(definition, field));
+}
+
+void DaoDatabase::CreateIndex(const std::string& table, const IndexDefinition& index) {
+  const DaoObject definition = TableObject(table);
+  definition.GetObject(L"Indexes").Append(MakeIndex(definition, index));
+}
+
+void DaoDatabase::SetFieldProperty(const std::string& table, const std::string& field,
+                                   const std::string& property, DataType type,
+                                   const DatabaseValue& value) {
+  const DaoObject target = FieldObject(table, field);
+  const DaoObject properties = target.GetObject(L"Properties");
+  try {
+    properties.Item(property).Put(L"Value", value);
+  } catch (const DatabaseError& error) {
+    if (error.Number != kPropertyNotFound && error.Number != kItemNotFound) throw;
+    properties.Append(
+        target.CallObject(L"CreateProperty", {property, static_cast<std::int32_t>(type), value}));
+  }
+}
+
+std::optional<DatabaseValue> DaoDatabase::FieldProperty(const std::string& table,
+                                                        const std::string& field,
+                                                        const std::string& property) {
+  const DaoObject properties = FieldObject(table, field).GetObject(L"Properties");
+  try {
+    return properties.Item(property).Get(L"Value");
+  } catch (const DatabaseError& error) {
+    if (error.Number != kPropertyNotFound && error.Number != kItemNotFound) throw;
+    return std::nullopt;
+  }
+}
+
+std::int64_t DaoDatabase::Execute(const std::string& sql, bool fail_on_error) {
+  DaoObject::Arguments arguments = {sql};
+  if (fail_on_error) arguments.emplace_back(kFailOnError);
+  database_.Call(L"Execute", arguments);
+  return LongOf(database_.Get(L"RecordsAffected"));
+}
+
+std::unique_ptr<DatabaseRecordset> DaoDatabase::OpenRecordset(const std::string& source,
+                                                              RecordsetType type) {
+  const std::int32_t kind = type == RecordsetType::kTable ? kOpenTable : kOpenDynaset;
+  return std::make_unique<DaoRecordset>(database_.CallObject(L"OpenRecordset", {source, kind}));
+}
+
+void DaoDatabase::Close() {
+  is_open_ = false;
+  database_.Call(L"Close");
+}
+
+}  // namespace platform
