@@ -5,14 +5,20 @@ set -euo pipefail
 
 packages=(
   # building
-  g++ cmake ninja-build ccache git pkg-config clang-format
+  g++ cmake make ninja-build ccache git pkg-config clang-format
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
   libcurl4-openssl-dev libsqlite3-dev libxml2-dev zlib1g-dev
   googletest libbenchmark-dev
+  # SQLite for the Windows tests is built from its source package
+  tcl xz-utils
   # running the Windows programs
   wine wine64 locales
-  # servers and judges of the tests
-  curl nginx-light openssl procps util-linux
+  # servers of the tests
+  nginx-light openssl python3 python3-pyftpdlib tinyproxy
+  # judges of what we write, and what tests hold locks and processes with
+  bsdutils curl libarchive-tools p7zip-full procps sqlite3 unar unzip util-linux
+  # fuzzing
+  clang libclang-rt-14-dev
 )
 
 missing=()
