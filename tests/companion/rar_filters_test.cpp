@@ -1,0 +1,171 @@
+#include <gtest/gtest.h>
+
+#include "companion/rar/filter_pipeline.h"
+#include "companion/rar/filters.h"
+#include "tests/companion/packed_bits.h"
+
+namespace tests {
+namespace {
+
+using namespace companion::rar;
+
+Bytes Undo(const FilterSpec& spec, std::uint64_t position, Bytes block) {
+  Bytes scratch;
+  UndoFilter(spec, position, block, scratch);
+  return block;
+}
+
+FilterSpec Spec(FilterKind kind, std::uint32_t channels = 0) {
+  FilterSpec spec;
+  spec.kind = kind;
+  spec.channels = channels;
+  return spec;
+}
+
+TEST(RarFilters, DeltaAddsUpEachChannel) {
+  // Two channels, stored one behind the other, as differences with the sign changed.
+  EXPECT_EQ(Undo(Spec(FilterKind::kDelta, 2), 0, {0xFF, 0xFF, 0xFF, 0xF0, 0x10}),
+            (Bytes{1, 0x10, 2, 0x00, 3}));
+  EXPECT_THROW(Undo(Spec(FilterKind::kDelta, 0), 0, {1}), Failure);
+}
+
+TEST(RarFilters, X86TargetsBecomeRelative) {
+  const struct {
+    FilterKind kind;
+    std::uint64_t position;
+    bool wraps;
+    Bytes block;
+    Bytes expected;
+  } cases[] = {
+      // 0x1000 behind an operand at 0x101.
+      {FilterKind::kX86Call,
+       0x100,
+       false,
+       {0xE8, 0x00, 0x10, 0, 0, 0x90},
+       {0xE8, 0xFF, 0x0E, 0, 0, 0x90}},
+      {FilterKind::kX86Call, 0x100, false, {0xE9, 0x00, 0x10, 0, 0}, {0xE9, 0x00, 0x10, 0, 0}},
+      {FilterKind::kX86Jump, 0x100, false, {0xE9, 0x00, 0x10, 0, 0}, {0xE9, 0xFF, 0x0E, 0, 0}},
+      // Negative, and still within the file: moved by the file's assumed size.
+      {FilterKind::kX86Call,
+       0x100,
+       false,
+       {0xE8, 0xFF, 0xFF, 0xFF, 0xFF},
+       {0xE8, 0xFF, 0xFF, 0xFF, 0x00}},
+      // Neither: left as it is.
+      {FilterKind::kX86Call,
+       0,
+       false,
+       {0xE8, 0x00, 0x00, 0x00, 0x80},
+       {0xE8, 0x00, 0x00, 0x00, 0x80}},
+      {FilterKind::kX86Call,
+       0,
+       false,
+       {0xE8, 0x00, 0x00, 0x00, 0x01},
+       {0xE8, 0x00, 0x00, 0x00, 0x01}},
+      // Behind 16 MiB the two formats count differently.
+      {FilterKind::kX86Call, 0x1000000, true, {0xE8, 0x05, 0, 0, 0}, {0xE8, 0x04, 0, 0, 0}},
+      {FilterKind::kX86Call, 0x1000000, false, {0xE8, 0x05, 0, 0, 0}, {0xE8, 0x04, 0, 0, 0xFF}},
+      // Four bytes are no operand when one is missing.
+      {FilterKind::kX86Call, 0x100, false, {0xE8, 0x00, 0x10, 0}, {0xE8, 0x00, 0x10, 0}},
+  };
+  for (const auto& each : cases) {
+    FilterSpec spec = Spec(each.kind);
+    spec.position_wraps = each.wraps;
+    EXPECT_EQ(Undo(spec, each.position, each.block), each.expected);
+  }
+}
+
+TEST(RarFilters, ArmBranchesBecomeRelative) {
+  EXPECT_EQ(
+      Undo(Spec(FilterKind::kArm), 0x40, {1, 2, 3, 0xEA, 0x20, 0, 0, 0xEB, 5, 0, 0, 0xEB, 0xEB}),
+      (Bytes{1, 2, 3, 0xEA, 0x0F, 0, 0, 0xEB, 0xF3, 0xFF, 0xFF, 0xEB, 0xEB}));
+}
+
+TEST(RarFilters, ItaniumBranchesBecomeRelative) {
+  // Template 0x10 has a branch in its last slot: bits 87 to 127, opcode 5 on top, target at bit
+  // 100.
+  Bytes block(32);
+  block[0] = 0x10;
+  block[12] = 0x50;  // the target's lowest four bits: 5
+  block[13] = 0x01;
+  block[15] = 0x50;
+  Bytes expected = block;
+  expected[12] = 0x20;  // bundle 3
+  EXPECT_EQ(Undo(Spec(FilterKind::kItanium), 0x30, block), expected);
+  block[0] = 0x0E;  // no branches
+  EXPECT_EQ(Undo(Spec(FilterKind::kItanium), 0x30, block), block);
+}
+
+TEST(RarFilters, PicturesArePredictedFromTheNearestNeighbour) {
+  // Two rows of two pixels. Stored one colour behind the other, what is to be subtracted from the
+  // prediction; red and blue are less green. In the last pixel red is predicted from above, green
+  // from the corner, blue from the left; the first pixel of a row always from the left.
+  FilterSpec spec = Spec(FilterKind::kRgb);
+  spec.stride = 6 + 3;
+  const Bytes packed = {0xF6, 0xD8, 0x28, 0xFE, 0xF6, 0xF6, 0x14, 0x00, 0xE2, 0x00, 0x00, 0x00};
+  EXPECT_EQ(Undo(spec, 0, packed), (Bytes{20, 10, 40, 70, 20, 50, 10, 0, 30, 62, 10, 40}));
+  spec.stride = 3;
+  EXPECT_THROW(Undo(spec, 0, packed), Failure);
+}
+
+TEST(RarFilters, SamplesFollowThePrediction) {
+  // Worked out apart: by the end the first weight has grown to 3.
+  Bytes packed(100);
+  for (std::size_t i = 0; i < packed.size(); ++i)
+    packed[i] = static_cast<std::uint8_t>(250 - i % 3);
+  const Bytes samples = Undo(Spec(FilterKind::kAudio, 1), 0, packed);
+  EXPECT_EQ(Bytes(samples.begin() + 30, samples.begin() + 36),
+            (Bytes{216, 223, 231, 238, 245, 253}));
+  EXPECT_EQ(Bytes(samples.end() - 6, samples.end()), (Bytes{222, 232, 240, 250, 5, 15}));
+}
+
+class Collected final : public ContentSink {
+ public:
+  void Write(const std::uint8_t* data, std::size_t length) override {
+    bytes.insert(bytes.end(), data, data + length);
+  }
+  std::uint64_t Left() const override { return 1U << 20U; }
+  Bytes bytes;
+};
+
+TEST(RarFilters, FiltersOfOneBlockRunInOrderWhereverPiecesEnd) {
+  Bytes input(100);
+  for (std::size_t i = 0; i < input.size(); ++i)
+    input[i] = static_cast<std::uint8_t>(i * 37);
+  Bytes expected = input;
+  Bytes block(expected.begin() + 20, expected.begin() + 70);
+  block = Undo(Spec(FilterKind::kArm), 20, Undo(Spec(FilterKind::kDelta, 3), 20, block));
+  std::copy(block.begin(), block.end(), expected.begin() + 20);
+  for (std::size_t piece = 1; piece <= input.size(); piece += 7) {
+    Collected sink;
+    FilterPipeline pipeline;
+    pipeline.Begin(sink);
+    pipeline.Announce(20, 50, Spec(FilterKind::kDelta, 3));
+    pipeline.Announce(20, 50, Spec(FilterKind::kArm));
+    for (std::size_t at = 0; at < input.size(); at += piece) {
+      pipeline.Write(std::span(input).subspan(at, std::min(piece, input.size() - at)));
+    }
+    EXPECT_EQ(sink.bytes, expected) << piece;
+  }
+}
+
+TEST(RarFilters, BlocksThatNoArchiveHoldsAreRefused) {
+  Collected sink;
+  FilterPipeline pipeline;
+  pipeline.Begin(sink);
+  pipeline.Write(Bytes(30));
+  const FilterSpec spec = Spec(FilterKind::kArm);
+  EXPECT_THROW(pipeline.Announce(29, 10, spec), Failure);
+  EXPECT_THROW(pipeline.Announce(30, (4U << 20U) + 1, spec), Failure);
+  pipeline.Announce(40, 10, spec);
+  EXPECT_THROW(pipeline.Announce(45, 10, spec), Failure);
+  EXPECT_THROW(
+      {
+        for (int i = 0; i < 1000; ++i)
+          pipeline.Announce(40, 10, spec);
+      },
+      Failure);
+}
+
+}  // namespace
+}  // namespace tests
