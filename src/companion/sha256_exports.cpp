@@ -12,7 +12,7 @@
 namespace companion {
 namespace {
 
-constexpr std::size_t kBufferLength = 256U << 10U;
+constexpr std::size_t kBufferLength = 32U << 10U;  // stays in the nearest cache
 
 // Hashes the first length bytes of the file; nothing, and the reason, when a read fails.
 std::optional<tmw::Sha256Digest> HashBeginning(os::ReadableFile& file, std::uint64_t length,

@@ -2,11 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#ifndef _WIN32
+#include <sys/resource.h>
+#endif
+
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <random>
 
 #include "foundation/encodings.h"
+#include "packages/rar_archive.h"
+#include "packages/rar_writer.h"
 #include "platform/companion_library.h"
 #include "platform/ports.h"
 #include "tests/fakes/scripted_front_end.h"
@@ -132,6 +139,27 @@ TEST_F(Zipping, TheCommentIsAskedFor) {
 }
 
 #ifndef _WIN32
+// Lets files grow to a limit, as a disk does that fills up.
+class SmallFilesOnly {
+ public:
+  explicit SmallFilesOnly(rlim_t length) {
+    old_handler_ = std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &old_);
+    const rlimit limit{length, old_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  SmallFilesOnly(const SmallFilesOnly&) = delete;
+  SmallFilesOnly& operator=(const SmallFilesOnly&) = delete;
+  ~SmallFilesOnly() {
+    setrlimit(RLIMIT_FSIZE, &old_);
+    std::signal(SIGXFSZ, old_handler_);
+  }
+
+ private:
+  rlimit old_{};
+  void (*old_handler_)(int) = nullptr;
+};
+
 TEST_F(Zipping, OtherProgramsReadWhatIsWritten) {
   std::mt19937 random(7);
   std::string large(3 << 20, ' ');
@@ -161,6 +189,27 @@ TEST_F(Zipping, OtherProgramsReadWhatIsWritten) {
               " | uniq | wc -l | grep -qx 1");
     EXPECT_EQ(status, 0) << output;
   }
+}
+
+TEST_F(Zipping, ADiskThatFillsUpLeavesTheOldStateAndNoZipFile) {
+  std::string content(1 << 20, ' ');
+  std::mt19937 random(7);
+  for (char& c : content)
+    c = static_cast<char>(random());
+  sandbox.Write("base.mdb", content);
+  const std::string package = sandbox.Path("p.rar");
+  tmw::StoredRarWriter writer(package, tmw::rar_blocks::RarFormat::kRar5);
+  writer.AddFile({"base.mdb", 1700000000, 0644}, sandbox.Path("base.mdb"));
+  writer.Finish();
+  TmZipper zipper = Zipper("base.mdb");
+  std::string error;
+  {
+    const SmallFilesOnly limit(300000);
+    EXPECT_EQ(zipper.DoZipping(), 14);
+    EXPECT_FALSE(tmw::UnrarAllFiles(package, sandbox.Path("out"), "", error));
+  }
+  EXPECT_TRUE(error.ends_with("Ошибка записи распаковываемого файла.")) << error;
+  EXPECT_EQ(Files(), (std::vector<std::string>{"base.mdb", "out", "p.rar"}));
 }
 
 TEST_F(Zipping, OptionsChangeWhatIsPacked) {
