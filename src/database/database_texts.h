@@ -60,6 +60,10 @@ inline std::string UnexpectedEnd(const std::string& expected) {
   return "Текст обрывается: нет строки " + Quoted(expected) + ".";
 }
 
+inline std::string StrayLineBreak() {
+  return "Внутри строки стоит одиночный знак конца строки.";
+}
+
 inline std::string TextBehindEnd() {
   return "После конца таблицы стоит лишний текст.";
 }

@@ -46,6 +46,8 @@ std::string_view TableTextReader::Peek(const char* expected) const {
 std::string_view TableTextReader::Take(const char* expected) {
   ++line_;
   const std::string_view line = Peek(expected);
+  if (line.find_first_of(kCrLf) != std::string_view::npos)
+    RaiseProgramError(database_texts::StrayLineBreak());
   position_ += line.size() + kCrLf.size();
   return line;
 }

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 
 namespace tmw {
 namespace {
@@ -74,7 +75,7 @@ std::string CurrencyToText(std::int64_t ten_thousandths) {
 }
 
 std::optional<std::int64_t> ReadCurrency(std::string_view text) {
-  constexpr std::size_t kMostDigits = 14;
+  constexpr std::size_t kMostDigits = 15;
   const bool is_negative = text.starts_with("-");
   if (is_negative) text.remove_prefix(1);
   const std::size_t point = text.find('.');
@@ -82,12 +83,15 @@ std::optional<std::int64_t> ReadCurrency(std::string_view text) {
   std::string fraction(point == std::string_view::npos ? "" : text.substr(point + 1));
   if (whole.empty() || whole.size() > kMostDigits || fraction.size() > 4) return std::nullopt;
   fraction.resize(4, '0');
-  std::int64_t amount = 0;
+  // Nineteen digits fit the unsigned type.
+  std::uint64_t amount = 0;
   for (const char c : std::string(whole) + fraction) {
     if (!IsDigit(c)) return std::nullopt;
-    amount = amount * 10 + (c - '0');
+    amount = amount * 10 + static_cast<std::uint64_t>(c - '0');
   }
-  return is_negative ? -amount : amount;
+  constexpr auto kMost = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+  if (amount > kMost + (is_negative ? 1 : 0)) return std::nullopt;
+  return static_cast<std::int64_t>(is_negative ? 0 - amount : amount);
 }
 
 double ReadNumberPrefix(std::string_view text, std::size_t* length) {

@@ -18,7 +18,7 @@ std::string DoubleToText(double value);
 std::string CurrencyToText(std::int64_t ten_thousandths);
 
 // The reverse: digits with at most four behind the separator. Nothing for any other text and for an
-// amount of more than fourteen digits.
+// amount that does not fit.
 std::optional<std::int64_t> ReadCurrency(std::string_view text);
 
 // Reads the number that a text begins with, up to the first character that is not part of it; a

@@ -49,6 +49,7 @@ void Recordset::RequireRow() const {
 
 // Rows that were deleted since the recordset was opened are passed over.
 void Recordset::SettleForward() {
+  session_->Storage().Handle();
   auto& rows = *rows_;
   while (IsOnRow() && rows.Fetch(position_ - 1) == nullptr)
     ++position_;

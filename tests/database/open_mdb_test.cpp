@@ -1,0 +1,78 @@
+#include "database/open_mdb.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/ports.h"
+#include "tests/fakes/hand_clock.h"
+#include "tests/fakes/scripted_front_end.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/scoped_ports.h"
+
+namespace {
+
+constexpr const char* kWhat = "рабочей копии базы данных";
+
+class OpenMdbTest : public testing::Test {
+ protected:
+  OpenMdbTest() {
+    ports->clock = &clock;
+    ports->front_end = &front_end;
+  }
+
+  tests::Sandbox sandbox;
+  tests::ScopedPorts ports;
+  tests::HandClock clock;
+  tests::ScriptedFrontEnd front_end;
+  std::string path = sandbox.Path("b.mdb");
+};
+
+TEST_F(OpenMdbTest, AMissingFileAndAForeignOneAreTold) {
+  EXPECT_EQ(tmw::OpenMdb(path, kWhat, true, false), nullptr);
+  sandbox.Write("b.mdb", "это не база данных, а просто текст");
+  EXPECT_EQ(tmw::OpenMdb(path, kWhat, true, false), nullptr);
+  const std::string title = "warning|Ошибка обновления базы данных|";
+  EXPECT_EQ(
+      front_end.log,
+      (std::vector<std::string>{
+          title + "Отсутствует или не найден файл рабочей копии базы данных:\r\n" + path,
+          title + "Файл рабочей копии базы данных (" + path +
+              ") невозможно открыть по следующей причине:\r\nНеизвестный формат базы данных \"" +
+              path + "\".\r\n\r\nДальнейшая работа программы обновления невозможна."}));
+  EXPECT_TRUE(clock.sleeps.empty());
+}
+
+TEST_F(OpenMdbTest, AFileInUseIsRetriedTenTimesAndThenTheUserIsAsked) {
+  auto holder = ports->database->CreateDatabase(path);
+  front_end.answers = {true, true, false};
+  EXPECT_EQ(tmw::OpenMdb(path, kWhat, true, false), nullptr);
+  std::vector<std::int32_t> waits(10, 1000);
+  waits.insert(waits.end(), {500, 500});
+  EXPECT_EQ(clock.sleeps, waits);
+  EXPECT_EQ(front_end.event_rounds, 2);
+  ASSERT_EQ(front_end.log.size(), 3U);
+  EXPECT_EQ(front_end.log[2],
+            "question|Файл уже используется|Файл рабочей копии базы данных (" + path +
+                ") не может быть открыт в монопольном режиме, поскольку он уже открыт и "
+                "используется еще какой-то программой помимо программы обновления. \r\n\r\n"
+                "Для дальнейшей работы программы обновления этот файл необходимо открыть в "
+                "монопольном режиме.\r\n\r\n"
+                "Нажмите \"Да\", чтобы повторить попытку (перед этим необходимо найти и закрыть "
+                "программу, использующую нужный файл). Нажмите \"Нет\", чтобы прервать работу "
+                "программы обновления.\r\n\r\nПовторить попытку?");
+
+  front_end.answers = {true};
+  front_end.on_events = [&] { holder.reset(); };
+  EXPECT_NE(tmw::OpenMdb(path, kWhat, true, false), nullptr) << "the holder let go meanwhile";
+}
+
+TEST_F(OpenMdbTest, SharedOpeningIsNotRetried) {
+  const auto holder = ports->database->CreateDatabase(path);
+  EXPECT_EQ(tmw::OpenMdb(path, kWhat, false, true), nullptr);
+  EXPECT_TRUE(clock.sleeps.empty());
+  EXPECT_EQ(front_end.log.size(), 1U);
+}
+
+}  // namespace
