@@ -64,7 +64,7 @@ struct Putter {
   }
   void operator()(const DecimalValue& value) const {
     DECIMAL decimal = {};
-    if (FAILED(VarDecFromStr(ToWide(value.text).c_str(), kEnglish, 0, &decimal))) return;
+    if (FAILED(VarDecFromStr(ToWide(value.text).data(), kEnglish, 0, &decimal))) return;
     variant.decVal = decimal;
     variant.vt = VT_DECIMAL;  // after the value: it overlies the type
   }
