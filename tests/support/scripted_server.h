@@ -11,21 +11,21 @@
 
 namespace tests {
 
-// The server's end of one connection, for scripts.
+// The server's end of one connection, for scripts. Nothing it does outlasts the server.
 class Peer {
  public:
-  virtual ~Peer() = default;
+  Peer(std::uintptr_t socket, const std::atomic<bool>& is_ending)
+      : socket_(socket), is_ending_(is_ending) {}
 
-  // False once the client has gone.
-  virtual bool Send(std::string_view bytes) = 0;
-
-  // Waits until the client goes, 20 seconds at most.
-  virtual void Stall() = 0;
-
-  // Ends the connection with a reset instead of an orderly end.
-  virtual void Reset() = 0;
-
+  std::string ReadHead() const;
+  bool Send(std::string_view bytes) const;  // false once the client has gone
+  void Stall() const;                       // until the client goes, 20 seconds at most
+  void Reset() const;                       // the connection will end with a reset
   static void Pause(int milliseconds);
+
+ private:
+  std::uintptr_t socket_;
+  const std::atomic<bool>& is_ending_;
 };
 
 // What is done with a request once its head has come; the connection is closed afterwards.
@@ -40,18 +40,16 @@ class ScriptedServer {
   ScriptedServer& operator=(const ScriptedServer&) = delete;
   ~ScriptedServer();
 
-  int Port() const { return port_; }
-  std::string Url(std::string_view path) const;
-
-  // The heads of all requests so far.
-  std::vector<std::string> Heads() const;
+  std::string Host() const { return "127.0.0.1:" + std::to_string(port_); }
+  std::string Url(const std::string& path) const { return "http://" + Host() + path; }
+  std::vector<std::string> Heads() const;  // of all requests so far
 
  private:
   void Serve();
 
   Script script_;
-  std::uintptr_t listener_ = 0;  // the system's socket
   int port_ = 0;
+  std::uintptr_t listener_;
   mutable std::mutex mutex_;
   std::vector<std::string> heads_;
   std::atomic<bool> is_ending_ = false;
