@@ -26,7 +26,7 @@ constexpr const char* kHelp = R"(jetsql - looks after databases: structure, stat
   jetsql export FILE TABLE [TEXTFILE]   write a table as text (to standard output: UTF-8)
       --structure                       ... without its rows
       --utf8                            ... a file in UTF-8 instead of code page 1251
-  jetsql import FILE TEXTFILE...        replace tables by those of ".table" and ".tablestruct" files
+  jetsql import FILE TEXTFILE...        replace tables by those of .table and .tablestruct files
   jetsql compact FILE NEWFILE           copy a database without its free space
   jetsql --help | --version
 
