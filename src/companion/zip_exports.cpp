@@ -118,6 +118,7 @@ int Run(const ZpCommand& command) {
   if (!settings || command.Count < 0 || command.ZipName == nullptr) return kZipBadOptions;
   if (command.Count > 0 && command.Names == nullptr) return kZipBadOptions;
   std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(command.Count));
   for (std::int32_t i = 0; i < command.Count; ++i)
     names.push_back(FromAnsi(command.Names[i]));
   return zip::RunZipCommand(FromAnsi(command.ZipName), names, *settings,
