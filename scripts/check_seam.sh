@@ -66,6 +66,7 @@ floor database "$services"
 floor engine "$services|transfer|packages|database"
 floor ui "$services|transfer|packages|database|engine"
 floor jet "$ground"
+floor jetsql "$ground|database"
 floor companion 'foundation/encodings|packages/sha256' # the files named so
 floor publish "$ground|packages|database"
 

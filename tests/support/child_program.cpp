@@ -7,6 +7,7 @@
 
 #include "foundation/command_line.h"
 #include "platform/clock.h"
+#include "platform/file_lock.h"
 #include "platform/host.h"
 #include "platform/named_mutex.h"
 #include "platform/processes.h"
@@ -17,6 +18,8 @@
 //   report FILE ...    writes folder, variable TMW_TEST_VARIABLE and all arguments behind FILE, one
 //                      a line, and ends the script
 //   hold MUTEX FILE    takes the mutex, then writes FILE ("held" or "exists"); keeps it to the end
+//   lock FILE MODE REPORT  locks the file ("shared" or "exclusive"), then writes "locked" or
+//                      "refused"; keeps it to the end
 //   mark FILE TEXT     appends a line
 //   sleep MS, exit CODE
 //   crash CODE         ends at once, without any clean-up
@@ -41,6 +44,15 @@ void Hold(const std::string& name, const std::string& path) {
   Append(path, !created.ok ? "failed" : created.value.already_existed ? "exists" : "held");
 }
 
+void Lock(const std::string& file, const std::string& mode, const std::string& report) {
+  auto result = platform::CurrentPorts().file_locks->TryLock(
+      file,
+      mode == "shared" ? platform::FileLockMode::kShared : platform::FileLockMode::kExclusive);
+  static std::unique_ptr<platform::FileLock> held;
+  held = std::move(result.value.lock);
+  Append(report, held ? "locked" : "refused");
+}
+
 int Run(const std::vector<std::string>& words) {
   platform::Ports& ports = platform::CurrentPorts();
   for (std::size_t i = 0; i < words.size();) {
@@ -55,6 +67,9 @@ int Run(const std::vector<std::string>& words) {
     } else if (verb == "hold") {
       Hold(words.at(i), words.at(i + 1));
       i += 2;
+    } else if (verb == "lock") {
+      Lock(words.at(i), words.at(i + 1), words.at(i + 2));
+      i += 3;
     } else if (verb == "mark") {
       Append(words.at(i), words.at(i + 1));
       i += 2;
