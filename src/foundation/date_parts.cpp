@@ -12,7 +12,8 @@ constexpr std::chrono::sys_days kDayZero{std::chrono::year{1899} / 12 / 30};
 }  // namespace
 
 bool IsDateInRange(double days) {
-  return days >= kFirstDay && days < kLastDay + 1;
+  // The first day's times of day lie below it.
+  return days > kFirstDay - 1 && days < kLastDay + 1;
 }
 
 DateParts PartsOfDate(double days) {

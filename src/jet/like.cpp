@@ -5,12 +5,20 @@
 
 #include "foundation/encodings.h"
 #include "jet/errors.h"
+#include "jet/sort_key.h"
 
 namespace jet {
 namespace {
 
 std::u16string Folded(std::string_view text) {
   return tmw::Utf8ToUtf16(tmw::LowerCase(text));
+}
+
+// Ranges follow the sort order, in which ё stands between е and ж.
+bool IsWithin(char16_t c, char16_t low, char16_t high) {
+  const std::string text = tmw::Utf16ToUtf8({&c, 1});
+  return CompareTexts(tmw::Utf16ToUtf8({&low, 1}), text) <= 0 &&
+         CompareTexts(text, tmw::Utf16ToUtf8({&high, 1})) <= 0;
 }
 
 // One "[...]" of a pattern; position stands on the bracket and is moved behind the closing one.
@@ -25,7 +33,7 @@ bool MatchesSet(char16_t c, std::u16string_view pattern, std::size_t& position) 
   bool is_in = false;
   for (std::size_t i = 0; i < set.size(); ++i) {
     if (i + 2 < set.size() && set[i + 1] == u'-') {
-      is_in = is_in || (c >= set[i] && c <= set[i + 2]);
+      is_in = is_in || IsWithin(c, set[i], set[i + 2]);
       i += 2;
     } else {
       is_in = is_in || c == set[i];

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
+#include <thread>
 
 #include "platform/ports.h"
 #include "tests/support/processes.h"
@@ -55,8 +57,10 @@ TEST(FileLocks, AnotherProcessHoldsUntilItDies) {
     EXPECT_EQ(TryLock(path, FileLockMode::kShared).verdict, c.for_sharing) << c.mode;
     tests::KillProcess(holder);
     auto verdict = FileLockVerdict::kMissing;
-    for (int i = 0; i < 200 && verdict != FileLockVerdict::kLocked; ++i)
+    for (int i = 0; i < 500 && verdict != FileLockVerdict::kLocked; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
       verdict = TryLock(path, FileLockMode::kExclusive).verdict;
+    }
     EXPECT_EQ(verdict, FileLockVerdict::kLocked) << c.mode;
   }
 }

@@ -7,6 +7,7 @@
 
 #include "foundation/command_line.h"
 #include "platform/clock.h"
+#include "platform/database.h"
 #include "platform/file_lock.h"
 #include "platform/host.h"
 #include "platform/named_mutex.h"
@@ -20,6 +21,8 @@
 //   hold MUTEX FILE    takes the mutex, then writes FILE ("held" or "exists"); keeps it to the end
 //   lock FILE MODE REPORT  locks the file ("shared" or "exclusive"), then writes "locked" or
 //                      "refused"; keeps it to the end
+//   spoil DATABASE REPORT  opens it, empties its table T in a transaction, writes REPORT with the
+//                      number of rows and keeps it all open
 //   mark FILE TEXT     appends a line
 //   sleep MS, exit CODE
 //   crash CODE         ends at once, without any clean-up
@@ -53,6 +56,14 @@ void Lock(const std::string& file, const std::string& mode, const std::string& r
   Append(report, held ? "locked" : "refused");
 }
 
+void Spoil(const std::string& path, const std::string& report) {
+  platform::DatabaseEngine& engine = *platform::CurrentPorts().database;
+  static const auto database = engine.OpenDatabase(path, true, false);
+  engine.BeginTrans();
+  database->Execute("update T set Имя = Имя & '?'", true);
+  Append(report, "spoiled " + std::to_string(database->Execute("delete from T", true)));
+}
+
 int Run(const std::vector<std::string>& words) {
   platform::Ports& ports = platform::CurrentPorts();
   for (std::size_t i = 0; i < words.size();) {
@@ -70,6 +81,9 @@ int Run(const std::vector<std::string>& words) {
     } else if (verb == "lock") {
       Lock(words.at(i), words.at(i + 1), words.at(i + 2));
       i += 3;
+    } else if (verb == "spoil") {
+      Spoil(words.at(i), words.at(i + 1));
+      i += 2;
     } else if (verb == "mark") {
       Append(words.at(i), words.at(i + 1));
       i += 2;

@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "database/imp_table.h"
+#include "database/table_export.h"
+#include "foundation/program_error.h"
+#include "platform/ports.h"
+#include "tests/support/sandbox.h"
+
+namespace {
+
+// Numbers that are the same in every run.
+class Dice {
+ public:
+  explicit Dice(std::uint32_t seed) : state_(seed) {}
+  std::size_t Below(std::size_t limit) {
+    state_ = state_ * 1664525 + 1013904223;
+    return static_cast<std::size_t>(state_ >> 8U) % limit;
+  }
+
+ private:
+  std::uint32_t state_;
+};
+
+std::string Damaged(std::string text, Dice& dice) {
+  const std::string pieces[] = {"|",      "\r\n", "^", "Rows\r\n", "EndTable\r\n", "S",
+                                "d",      "-",    ";", "/D",       "|Unique",      "Field:",
+                                "Index:", "E",    "?", "\xFF",     "9999999999"};
+  for (std::size_t i = 1 + dice.Below(3); i > 0; --i) {
+    const std::size_t at = dice.Below(text.size());
+    switch (dice.Below(4)) {
+      case 0:
+        text.erase(at, 1 + dice.Below(5));
+        break;
+      case 1:
+        text.insert(at, pieces[dice.Below(std::size(pieces))]);
+        break;
+      case 2:
+        text[at] = static_cast<char>(dice.Below(256));
+        break;
+      default:
+        text.erase(at);
+    }
+    if (text.empty()) return text;
+  }
+  return text;
+}
+
+// A damaged text either is refused, the old table being as it was, or makes a table whose own text
+// comes back the same.
+TEST(TableTextFuzz, DamageIsRefusedOrMakesAWholeTable) {
+  const tests::Sandbox sandbox;
+  const auto db = platform::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));
+  const std::string sound =
+      "Table:Т\r\nField:Ид|Long|4|NotNull\r\nField:Имя|Text|20|AllowZero|Default:S\"x\"\r\n"
+      "Field:Дата|Date|8\r\nField:Сумма|Curr|8\r\nField:Да|Bool|1\r\n"
+      "Index:А|Primary|Fields:Ид;\r\nIndex:Б|Unique|IgnoreNulls|Fields:Дата/D;Имя;\r\nRows\r\n"
+      "1|Sа^2б^1|d-5|12.5|T\r\n2|S||-0.0001|F\r\n3||D20050304102030||T\r\nEndRows\r\nEndTable\r\n";
+  tmw::ImpTable importer;
+  importer.SetTableName("Т");
+  importer.ImportFromString(sound, *db);
+  std::string held = tmw::ExportTableToString("Т", false, db.get());
+  EXPECT_EQ(held, sound);
+  Dice dice(2026);
+  int refused = 0;
+  constexpr int kRounds = 1500;
+  for (int round = 0; round < kRounds; ++round) {
+    const std::string text = Damaged(sound, dice);
+    try {
+      importer.ImportFromString(text, *db);
+      held = tmw::ExportTableToString("Т", false, db.get());
+    } catch (const tmw::ProgramError& error) {
+      ++refused;
+      EXPECT_TRUE(error.Description.starts_with("Ошибка в файле таблицы \"Т\" (строка "))
+          << error.Description;
+      EXPECT_NE(error.Number, 51) << error.Description;
+    }
+    ASSERT_EQ(tmw::ExportTableToString("Т", false, db.get()), held) << text;
+    if (round % 50 == 0) {
+      importer.ImportFromString(held, *db);
+      ASSERT_EQ(tmw::ExportTableToString("Т", false, db.get()), held);
+    }
+  }
+  EXPECT_GT(refused, kRounds / 2);
+  EXPECT_LT(refused, kRounds);
+}
+
+}  // namespace
