@@ -84,7 +84,7 @@ void InetOpenedUrl::Reopen() try {
 
 void InetOpenedUrl::SetFilePos(std::int32_t position) try {
   if (request_ == nullptr) return;
-  if (const platform::Status moved = Seek(position); !moved)
+  if (const platform::Status moved = request_->Seek(position, Waiting()); !moved)
     RaiseInetError(moved.code, transfer_texts::SeekingUrlFailed(url_));
 } catch (...) {
   ReRaiseError(kModule, "SetFilePos");
@@ -92,7 +92,7 @@ void InetOpenedUrl::SetFilePos(std::int32_t position) try {
 
 bool InetOpenedUrl::SetFilePosSafe(std::int32_t position, std::string& error_text) try {
   if (request_ == nullptr) return true;
-  const platform::Status moved = Seek(position);
+  const platform::Status moved = request_->Seek(position, Waiting());
   if (!moved) error_text = GetApiErrorText(moved.code, "");
   return moved.ok;
 } catch (...) {
@@ -165,11 +165,7 @@ platform::Outcome<std::unique_ptr<platform::InternetRequest>> InetOpenedUrl::Sen
   if (connection == nullptr || connection->Handle() == nullptr)
     return Result::Failure(platform::kInternetWrongState);
   return connection->Handle()->OpenUrl(url, flags, reinterpret_cast<std::uintptr_t>(&context_),
-                                       [this] { return LetEventsRun(); });
-}
-
-platform::Status InetOpenedUrl::Seek(std::int32_t position) {
-  return request_->Seek(position, [this] { return LetEventsRun(); });
+                                       Waiting());
 }
 
 bool InetOpenedUrl::IsHttp() const {
@@ -181,9 +177,11 @@ void InetOpenedUrl::Keep(std::shared_ptr<InetConnection> connection, const std::
   url_ = url;
 }
 
-bool InetOpenedUrl::LetEventsRun() const {
-  platform::CurrentPorts().front_end->RunPendingEvents();
-  return !may_wait_ || may_wait_();
+platform::WaitHandler InetOpenedUrl::Waiting() const {
+  return [this] {
+    platform::CurrentPorts().front_end->RunPendingEvents();
+    return !may_wait_ || may_wait_();
+  };
 }
 
 }  // namespace tmw

@@ -59,10 +59,9 @@ class InetOpenedUrl {
   platform::Outcome<std::unique_ptr<platform::InternetRequest>> Send(
       const std::shared_ptr<InetConnection>& connection, const std::string& url,
       std::uint32_t flags);
-  platform::Status Seek(std::int32_t position);
   bool IsHttp() const;
   void Keep(std::shared_ptr<InetConnection> connection, const std::string& url);
-  bool LetEventsRun() const;
+  platform::WaitHandler Waiting() const;  // lets events run while a call waits
 
   platform::WaitHandler may_wait_;
   std::string url_;  // of the last successful opening

@@ -31,7 +31,7 @@ tests::Script Body(const std::string& body) {
     const std::size_t first = is_whole ? 0 : std::stoul(head.substr(range + 13));
     const std::string rest = body.substr(first);
     peer.Send("HTTP/1.1 " + std::string(is_whole ? "200 OK" : "206 Part") +
-              "\r\nContent-Range: bytes " + std::to_string(first) + "-" +
+              "\r\nConnection: close\r\nContent-Range: bytes " + std::to_string(first) + "-" +
               std::to_string(body.size() - 1) + "/" + std::to_string(body.size()) +
               "\r\nContent-Length: " + std::to_string(rest.size()) + "\r\n\r\n" + rest);
   };

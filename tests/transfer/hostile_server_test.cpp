@@ -15,7 +15,7 @@ using tests::Script;
 using Text = std::string;
 
 const Text kBody = "0123456789";
-const Text kTen = "200 OK\r\nContent-Length: 10";
+const Text kTen = "200 OK\r\nConnection: close\r\nContent-Length: 10";
 const Text kWhole = "HTTP/1.1 " + kTen + "\r\n\r\n" + kBody;
 const Text kChunks = "200 OK\r\nTransfer-Encoding: chunked";
 const Text kPart = "206 Partial Content\r\nContent-Range: bytes ";

@@ -13,8 +13,9 @@ using tests::Caught;
 void Serve(tests::Peer& peer, const std::string& head) {
   const bool is_cut = head.starts_with("GET /cut");
   const bool is_there = is_cut || head.starts_with("GET /good");
-  peer.Send(is_there ? "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n123"
-                     : "HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\npage");
+  peer.Send(is_there
+                ? "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 5\r\n\r\n123"
+                : "HTTP/1.1 404 Not Found\r\nConnection: close\r\nContent-Length: 4\r\n\r\npage");
   if (is_there && !is_cut) peer.Send("45");
 }
 

@@ -15,13 +15,13 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kSlice{100};
-constexpr std::size_t kMaxHeaderBytes = 256 * 1024;
+constexpr std::size_t kMaxHeaderBytes = std::size_t{256} * 1024;
 constexpr std::int32_t kFirstFinalStatus = 200;
 
 // Received bytes that wait for their reader. Past the limit the transfer pauses, so that a fast
 // server fills the network's buffers and not our memory.
-constexpr std::size_t kBufferLimit = 256 * 1024;
-constexpr long kReceiveBufferSize = 128 * 1024;
+constexpr std::size_t kBufferLimit = std::size_t{256} * 1024;
+constexpr long kReceiveBufferSize = 128L * 1024;
 
 }  // namespace
 
