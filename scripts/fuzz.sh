@@ -2,7 +2,7 @@
 # Fuzzes one target with clang's libFuzzer and the sanitizers, in a build folder of its own. The
 # inputs that led somewhere are kept there for the next run; a finding ends the run and is named.
 #   scripts/fuzz.sh TARGET SECONDS [FOLDER OF MORE SEEDS]
-# Targets: rar_reader
+# Targets: rar_reader, rar_decoder
 set -euo pipefail
 cd "$(dirname "$0")/.."
 target=$1
@@ -22,7 +22,8 @@ mkdir -p "$corpus" "$build/seeds" "$build/findings"
 "$build/bin/fuzz_seed_writer" "$build/seeds"
 if [ -d "$more_seeds" ]; then cp "$more_seeds"/*.rar "$build/seeds/"; fi
 
-# One input may take five seconds and 256 MiB in one piece; what needs more is a finding.
-"$build/bin/$target" -max_total_time="$seconds" -timeout=5 -rss_limit_mb=1024 -malloc_limit_mb=256 \
+# One input may take five seconds and, in one piece, what the largest model needs; what needs more is
+# a finding.
+"$build/bin/$target" -max_total_time="$seconds" -timeout=5 -rss_limit_mb=1024 -malloc_limit_mb=272 \
   -max_len=65536 -print_final_stats=1 -verbosity=1 -artifact_prefix="$build/findings/" \
   "$corpus" "$build/seeds" 2>&1 | tail -n 25

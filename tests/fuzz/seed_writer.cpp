@@ -3,9 +3,10 @@
 #include <string>
 
 #include "packages/rar_blocks.h"
+#include "tests/companion/packed_streams.h"
 
-// Writes the first inputs of the reader's fuzzing into the folder given: small archives of our own
-// in both formats, whole and in volumes.
+// Writes the first inputs of fuzzing into the folder given: small archives of our own in both
+// formats, whole and in volumes, and packed entries for the decoders.
 namespace {
 
 using namespace tmw::rar_blocks;
@@ -36,6 +37,38 @@ std::string InVolumes(RarFormat format) {
          MakeEntryHeader(format, second) + "56789" + MakeEnd(format);
 }
 
+struct Pair {
+  std::string packed;
+  std::string content;
+};
+
+Pair Pack(tests::StreamWriter& writer) {
+  for (const char c : std::string("abcdefghijklmnop")) {
+    writer.Literal(static_cast<std::uint8_t>(c));
+  }
+  writer.Match(16, 12);
+  writer.EndBlock(false);
+  writer.RepeatDistance(0, 7);
+  writer.RepeatLast();
+  writer.EndBlock(true);
+  const tests::Bytes bytes = writer.Finish();
+  const tests::Bytes& content = writer.content.bytes;
+  return {{bytes.begin(), bytes.end()}, {content.begin(), content.end()}};
+}
+
+Pair Pack(RarFormat format) {
+  tests::Rar3Writer rar3;
+  tests::Rar5Writer rar5;
+  return format == RarFormat::kRar4 ? Pack(rar3) : Pack(rar5);
+}
+
+// As the fuzzing of the decoders takes it: choices, then length and packed bytes of an entry.
+std::string ForDecoder(RarFormat format, const std::string& packed) {
+  const char choices = format == RarFormat::kRar5 ? 9 : 8;
+  return std::string(1, choices) + static_cast<char>(packed.size() >> 8U) +
+         static_cast<char>(packed.size() & 0xFFU) + packed;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -56,9 +89,18 @@ int main(int argc, char** argv) {
     EntryHeader header = FileHeader("Папка/Файл €", "content");
     header.unix_mode = 0755;
     write("unix", Whole(format, header, "content"));
+    const Pair entry = Pack(format);
+    header = FileHeader("packed", entry.content);
+    header.packed_size = entry.packed.size();
     header.method = 3;
+    write("packed", Whole(format, header, entry.packed));
+    write("decoder", ForDecoder(format, entry.packed));
+    // A new model of order 6 and 1 MiB, and bytes that it decodes somehow.
+    if (format == RarFormat::kRar4) {
+      write("decoder-model", ForDecoder(format, "\xE5" + std::string(1, '\0') + "\x02 model text"));
+    }
     header.is_solid = true;
-    write("packed", Whole(format, header, "content"));
+    write("solid", Whole(format, header, entry.packed));
     header = FileHeader("link", "");
     header.extra = MakeVint(6) + MakeVint(5) + MakeVint(1) + MakeVint(0) + MakeVint(2) + "/x";
     write("link", Whole(format, header, ""));

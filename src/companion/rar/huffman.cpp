@@ -27,13 +27,14 @@ void HuffmanTable::Build(std::span<const std::uint8_t> lengths) {
   for (unsigned length = 1; length <= kQuickBits; ++length) {
     const std::uint32_t repeat = 1U << (kQuickBits - length);
     for (std::uint32_t i = 0; i < counts[length] && filled < quick_.size(); ++i) {
-      const auto entry = static_cast<std::uint16_t>(symbols_[firsts_[length] + i] << 4U | length);
+      const std::uint32_t symbol = symbols_[firsts_[length] + i];
+      const auto entry = static_cast<std::uint16_t>(symbol << 4U | length);
       const std::uint32_t until = std::min<std::uint32_t>(filled + repeat, 1U << kQuickBits);
-      std::fill(quick_.begin() + filled, quick_.begin() + until, entry);
+      std::fill_n(&quick_[filled], until - filled, entry);
       filled = until;
     }
   }
-  std::fill(quick_.begin() + filled, quick_.end(), std::uint16_t{0});
+  std::fill_n(quick_.data() + filled, quick_.size() - filled, std::uint16_t{0});
 }
 
 std::uint32_t HuffmanTable::DecodeSlowly(std::uint32_t bits, BitCursor& in) const {

@@ -14,7 +14,6 @@ constexpr std::size_t kDistanceCodes = 64;
 constexpr std::size_t kLowDistanceCodes = 16;
 constexpr std::size_t kRepeatCodes = 44;
 
-constexpr std::uint32_t kFilterSymbol = 256;
 constexpr std::uint32_t kRepeatLastSymbol = 257;
 constexpr std::uint32_t kFirstDistanceSymbol = 258;
 constexpr std::uint32_t kFirstLengthSymbol = 262;
