@@ -201,6 +201,8 @@ class Rar3Writer final : public StreamWriter {
     out_.Align();
     out_.Put(0, 2);  // prefix codes, with new lengths
     PutTables(out_, std::array<FlatTable, 4>{{{299, 9}, {60, 6}, {17, 5}, {28, 5}}});
+    low_ = 0;
+    same_low_ = 0;
   }
   void PutSlot(std::uint32_t first_symbol, unsigned symbol_bits, const Slots& slots,
                std::uint32_t value) {

@@ -24,9 +24,11 @@ void WriteAtRandom(StreamWriter& writer, std::size_t size, std::uint32_t reach,
   for (std::size_t next_block = size / 3; writer.content.bytes.size() < size;) {
     const auto known =
         static_cast<std::uint32_t>(std::min<std::size_t>(writer.content.bytes.size(), reach));
-    std::uint32_t distance = 1 + random() % (1U << (1 + random() % (HighestBit(known))));
+    const std::uint32_t bits = 1 + random() % HighestBit(known);
+    std::uint32_t distance = 1 + random() % (1U << bits);
     if (random() % 50 == 0) distance = known;
-    const std::uint32_t length = 6 + random() % (random() % 4 == 0 ? longest - 5 : 20);
+    const std::uint32_t lengths = random() % 4 == 0 ? longest - 5 : 20;
+    const std::uint32_t length = 6 + random() % lengths;
     switch (random() % 8) {
       case 0:
         writer.RepeatLast();
