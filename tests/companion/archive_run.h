@@ -30,7 +30,9 @@ struct ArchiveRun {
   }
 };
 
-inline ArchiveRun RunArchive(const std::string& path, int operation, const std::string& folder) {
+// All entries, or only the one of that name while the others are skipped.
+inline ArchiveRun RunArchive(const std::string& path, int operation, const std::string& folder,
+                             const std::string& only = {}) {
   const companion::EntryPoints& functions = tmw::CompanionFunctions();
   const std::u16string wide = tmw::Utf8ToUtf16(path);
   const std::u16string wide_folder = tmw::Utf8ToUtf16(folder);
@@ -46,8 +48,10 @@ inline ArchiveRun RunArchive(const std::string& path, int operation, const std::
     const auto header = std::make_unique<companion::RARHeaderDataEx>();
     run.end_code = functions.RARReadHeaderEx(handle, header.get());
     if (run.end_code != 0) break;
-    const int code = functions.RARProcessFileW(handle, operation, wide_folder.c_str(), nullptr);
-    run.entries.push_back({tmw::Utf16ToUtf8(header->FileNameW), code});
+    const std::string name = tmw::Utf16ToUtf8(header->FileNameW);
+    const int chosen = only.empty() || name == only ? operation : int{companion::kRarSkip};
+    const int code = functions.RARProcessFileW(handle, chosen, wide_folder.c_str(), nullptr);
+    run.entries.push_back({name, code});
   }
   functions.RARCloseArchive(handle);
   return run;

@@ -102,5 +102,20 @@ TEST(RarSamples, ArchivesOfOtherMakersGiveTheirFilesOrTheirCode) {
   std::cout << samples.size() << " sample archives judged\n";
 }
 
+TEST(RarSamples, OneEntryOfSolidArchiveComesOutAlone) {
+  const std::string folder = SamplesFolder();
+  int judged = 0;
+  for (const Sample& sample : ReadExpectations(folder + "/expected.json")) {
+    if (sample.code != 0 || sample.kind.find("solid") == std::string::npos) continue;
+    for (const auto& [name, hash] : sample.files) {
+      const Sandbox sandbox;
+      RunArchive(folder + "/" + sample.first_volume, 2, sandbox.Path(), name);
+      EXPECT_EQ(HashOf(sandbox.Read(name)), hash) << sample.name << " " << name;
+      ++judged;
+    }
+  }
+  if (judged == 0) GTEST_SKIP() << "no sample archives in " << folder;
+}
+
 }  // namespace
 }  // namespace tests
