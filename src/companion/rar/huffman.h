@@ -22,7 +22,7 @@ class HuffmanTable {
   // Less than the number of symbols. Takes at most 15 bits.
   std::uint32_t Decode(BitCursor& in) const {
     const std::uint64_t bits = in.Peek();
-    const std::uint16_t entry = quick_[bits >> (64U - kQuickBits)];
+    const std::uint16_t entry = quick_[static_cast<std::size_t>(bits >> (64U - kQuickBits))];
     if (entry != 0) {
       in.Skip(entry & 15U);
       return entry >> 4U;
