@@ -18,7 +18,8 @@ void Connection::Open(const std::string& path, Mode mode, bool exclusive) {
   int flags = mode == Mode::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   if (mode == Mode::kCreate) flags |= SQLITE_OPEN_CREATE;
   path_ = path;
-  const int code = sqlite3_open_v2(path.c_str(), &handle_, flags | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int code = sqlite3_open_v2(path.c_str(), &handle_,
+                                   flags | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOMUTEX, nullptr);
   if (code != SQLITE_OK) {
     sqlite3_close_v2(std::exchange(handle_, nullptr));
     FailWith(code);
