@@ -28,19 +28,6 @@ namespace {
 namespace fs = std::filesystem;
 using tmw::TmZipper;
 
-// Names, sizes and contents of a zip file, by Python: "name size crc" a line.
-std::string Listing(const std::string& zip) {
-  const auto [status, output] = Judge(
-      "python3 -c \"import zipfile,sys\n"
-      "z=zipfile.ZipFile(sys.argv[1])\n"
-      "print('bad', z.testzip()) if z.testzip() else None\n"
-      "for i in sorted(z.infolist(), key=lambda i: i.filename):\n"
-      "  print(i.filename, i.file_size)\" " +
-      InQuotes(zip));
-  EXPECT_EQ(status, 0) << output;
-  return output;
-}
-
 class Zipping : public testing::Test {
  protected:
   // A zipper over the sandbox with that file name in it.
@@ -139,6 +126,20 @@ TEST_F(Zipping, TheCommentIsAskedFor) {
 }
 
 #ifndef _WIN32
+
+// Names, sizes and contents of a zip file, by Python: "name size crc" a line.
+std::string Listing(const std::string& zip) {
+  const auto [status, output] = Judge(
+      "python3 -c \"import zipfile,sys\n"
+      "z=zipfile.ZipFile(sys.argv[1])\n"
+      "print('bad', z.testzip()) if z.testzip() else None\n"
+      "for i in sorted(z.infolist(), key=lambda i: i.filename):\n"
+      "  print(i.filename, i.file_size)\" " +
+      InQuotes(zip));
+  EXPECT_EQ(status, 0) << output;
+  return output;
+}
+
 // Lets files grow to a limit, as a disk does that fills up.
 class SmallFilesOnly {
  public:
