@@ -74,7 +74,9 @@ TEST(RarArchive, AnEntryIsFoundWithoutRegardToLetterCase) {
     std::string error;
     EXPECT_TRUE(UnrarOneFile(package, "оТЧЁТ.dll", sandbox.Path("one"), "", error)) << error;
     const std::filesystem::directory_iterator files(ToPath(sandbox.Path("one")));
-    EXPECT_EQ(FromPath(files->path().filename()), "оТЧЁТ.dll");
+    // Where letter case tells files apart, the file bears the name that was asked for.
+    const bool is_case_told = !std::filesystem::exists(ToPath(sandbox.Path("ONE")));
+    EXPECT_EQ(FromPath(files->path().filename()), is_case_told ? "оТЧЁТ.dll" : "Отчёт.DLL");
   }
 }
 
