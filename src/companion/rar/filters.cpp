@@ -129,6 +129,10 @@ void UndoRgb(const FilterSpec& spec, std::span<const std::uint8_t> packed,
   }
 }
 
+int Signed(std::uint8_t byte) {
+  return byte < 128 ? byte : byte - 256;
+}
+
 // One channel of the audio filter: predicts a sample from the last one and three differences, with
 // weights that follow the errors of the last 32 samples.
 class AudioChannel {
@@ -140,10 +144,10 @@ class AudioChannel {
     int predicted = 8 * last_;
     for (std::size_t i = 0; i < 3; ++i)
       predicted += weights_[i] * differences_[i];
-    const int error = static_cast<std::int8_t>(packed);
+    const int error = Signed(packed);
     const auto sample = static_cast<std::uint8_t>((predicted >> 3) - error);
     Account(error * 8);
-    last_difference_ = static_cast<std::int8_t>(sample - last_);
+    last_difference_ = Signed(static_cast<std::uint8_t>(sample - last_));
     last_ = sample;
     if ((count_++ & 0x1FU) == 0) Adapt();
     return sample;
