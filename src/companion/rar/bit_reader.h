@@ -46,7 +46,7 @@ class BitReader {
   void Begin(PackedSource& source);
 
   // The hot loops copy the cursor, take at most UncheckedBits() from the copy and set it back.
-  BitCursor& cursor() { return cursor_; }
+  BitCursor& Cursor() { return cursor_; }
 
   // Bits that can be taken without a look at the end of the stream, after a refill if need be.
   // At least kReserveBits unless the stream ends; can be negative behind the end.

@@ -34,7 +34,7 @@ class FilterPipeline {
   void Write(std::span<const std::uint8_t> bytes);
 
   // Bytes written so far.
-  std::uint64_t position() const { return position_; }
+  std::uint64_t Position() const { return position_; }
 
  private:
   struct Block {

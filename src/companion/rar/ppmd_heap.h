@@ -33,8 +33,8 @@ class PpmdHeap {
   const std::uint8_t* At(Ref ref) const { return memory_.get() + ref; }
 
   // The model's history, which contexts that are not built yet point into.
-  Ref text() const { return text_; }
-  Ref units_start() const { return units_start_; }
+  Ref Text() const { return text_; }
+  Ref UnitsStart() const { return units_start_; }
   void AppendText(std::uint8_t byte) { *At(text_++) = byte; }
   void DropText() { --text_; }
 

@@ -88,12 +88,12 @@ void PpmdModel::Restart() {
 
 std::uint8_t PpmdModel::Decode(RangeDecoder& decoder) {
   Ref state = 0;
-  if (ContextAt(min_context_).symbols() != 1) {
+  if (ContextAt(min_context_).Symbols() != 1) {
     state = DecodeAmongMany(decoder);
     if (state != 0) {
       found_ = state;
-      const std::uint8_t symbol = StateAt(state).symbol();
-      if (state == ContextAt(min_context_).states()) {
+      const std::uint8_t symbol = StateAt(state).Symbol();
+      if (state == ContextAt(min_context_).States()) {
         UpdateFirst();
       } else {
         UpdateOther();
@@ -105,8 +105,8 @@ std::uint8_t PpmdModel::Decode(RangeDecoder& decoder) {
     if (state != 0) {
       found_ = state;
       State found = StateAt(state);
-      const std::uint8_t symbol = found.symbol();
-      if (found.frequency() < 128) found.SetFrequency(found.frequency() + 1);
+      const std::uint8_t symbol = found.Symbol();
+      if (found.Frequency() < 128) found.SetFrequency(found.Frequency() + 1);
       previous_success_ = 1;
       ++run_length_;
       GoOn();
@@ -114,7 +114,7 @@ std::uint8_t PpmdModel::Decode(RangeDecoder& decoder) {
     }
   }
   found_ = DecodeAfterEscapes(decoder);
-  const std::uint8_t symbol = StateAt(found_).symbol();
+  const std::uint8_t symbol = StateAt(found_).Symbol();
   UpdateAfterEscape();
   return symbol;
 }
@@ -129,33 +129,33 @@ inline void PpmdModel::BeginMask() {
 // 0: an escape.
 inline PpmdModel::Ref PpmdModel::DecodeAmongMany(RangeDecoder& decoder) {
   const Context context = ContextAt(min_context_);
-  const std::uint32_t sum = context.sum();
-  const Ref states = context.states();
+  const std::uint32_t sum = context.Sum();
+  const Ref states = context.States();
   if (sum == 0) ThrowDamaged();
   const std::uint32_t threshold = decoder.Threshold(sum);
   State state = StateAt(states);
-  std::uint32_t high = state.frequency();
+  std::uint32_t high = state.Frequency();
   if (threshold < high) {
     decoder.Take(0, high);
     return states;
   }
   previous_success_ = 0;
-  const std::uint32_t symbols = context.symbols();
+  const std::uint32_t symbols = context.Symbols();
   for (std::uint32_t i = 1; i < symbols; ++i) {
     state = state.Next();
-    high += state.frequency();
+    high += state.Frequency();
     if (high > threshold) {
-      decoder.Take(high - state.frequency(), state.frequency());
+      decoder.Take(high - state.Frequency(), state.Frequency());
       return states + i * State::kSize;
     }
   }
   if (threshold >= sum) ThrowDamaged();
-  high_bits_flag_ = HighBitsFlag(StateAt(found_).symbol());
+  high_bits_flag_ = HighBitsFlag(StateAt(found_).Symbol());
   decoder.Take(high, sum - high);
   BeginMask();
   State masked = StateAt(states);
   for (std::uint32_t i = symbols; i > 0; --i, masked = masked.Next())
-    masks_[masked.symbol()] = mask_stamp_;
+    masks_[masked.Symbol()] = mask_stamp_;
   return 0;
 }
 
@@ -164,12 +164,12 @@ inline PpmdModel::Ref PpmdModel::DecodeBinary(RangeDecoder& decoder) {
                                                                      4,  3,  3, 3, 2, 2, 2, 2};
   const Context context = ContextAt(min_context_);
   const State only = context.OnlyState();
-  high_bits_flag_ = HighBitsFlag(StateAt(found_).symbol());
+  high_bits_flag_ = HighBitsFlag(StateAt(found_).Symbol());
   const std::size_t column = previous_success_ +
-                             binary_column_[(ContextAt(context.suffix()).symbols() - 1) & 0xFFU] +
-                             high_bits_flag_ + 2 * HighBitsFlag(only.symbol()) +
+                             binary_column_[(ContextAt(context.Suffix()).Symbols() - 1) & 0xFFU] +
+                             high_bits_flag_ + 2 * HighBitsFlag(only.Symbol()) +
                              ((static_cast<std::uint32_t>(run_length_) >> 26U) & 0x20U);
-  std::uint16_t& estimate = binary_[(only.frequency() - 1) & 0x7FU][column];
+  std::uint16_t& estimate = binary_[(only.Frequency() - 1) & 0x7FU][column];
   const std::uint32_t value = estimate;
   const std::uint32_t mean = (value + (1U << (kPeriodBits - 2))) >> kPeriodBits;
   if (decoder.Threshold(kBinaryScale) < value) {
@@ -181,7 +181,7 @@ inline PpmdModel::Ref PpmdModel::DecodeBinary(RangeDecoder& decoder) {
   estimate = static_cast<std::uint16_t>(value - mean);
   initial_escape_ = kEscapeByEstimate[estimate >> 10U];
   BeginMask();
-  masks_[only.symbol()] = mask_stamp_;
+  masks_[only.Symbol()] = mask_stamp_;
   previous_success_ = 0;
   return 0;
 }
@@ -189,24 +189,24 @@ inline PpmdModel::Ref PpmdModel::DecodeBinary(RangeDecoder& decoder) {
 // Goes to shorter contexts until one knows the symbol.
 PpmdModel::Ref PpmdModel::DecodeAfterEscapes(RangeDecoder& decoder) {
   for (;;) {
-    const std::uint32_t masked = ContextAt(min_context_).symbols();
+    const std::uint32_t masked = ContextAt(min_context_).Symbols();
     do {
       ++order_fall_;
-      min_context_ = ContextAt(min_context_).suffix();
+      min_context_ = ContextAt(min_context_).Suffix();
       if (min_context_ == 0) ThrowDamaged();
-    } while (ContextAt(min_context_).symbols() == masked);
+    } while (ContextAt(min_context_).Symbols() == masked);
     const Context context = ContextAt(min_context_);
-    const std::uint32_t symbols = context.symbols();
+    const std::uint32_t symbols = context.Symbols();
     if (symbols < masked) ThrowDamaged();
 
     std::array<std::uint8_t*, 256> candidates;  // filled as far as `count`
     std::uint32_t count = 0;
     std::uint32_t high = 0;
-    State state = StateAt(context.states());
+    State state = StateAt(context.States());
     for (std::uint32_t i = 0; i < symbols; ++i, state = state.Next()) {
-      if (masks_[state.symbol()] == mask_stamp_) continue;
-      high += state.frequency();
-      candidates[count++] = state.bytes();
+      if (masks_[state.Symbol()] == mask_stamp_) continue;
+      high += state.Frequency();
+      candidates[count++] = state.Bytes();
     }
     std::uint32_t total = 0;
     See& see = EscapeEstimate(masked, total);
@@ -214,36 +214,36 @@ PpmdModel::Ref PpmdModel::DecodeAfterEscapes(RangeDecoder& decoder) {
     const std::uint32_t threshold = decoder.Threshold(total);
     if (threshold < high) {
       std::uint32_t i = 0;
-      std::uint32_t end = State(candidates[0]).frequency();
+      std::uint32_t end = State(candidates[0]).Frequency();
       while (end <= threshold)
-        end += State(candidates[++i]).frequency();
+        end += State(candidates[++i]).Frequency();
       const State chosen(candidates[i]);
-      decoder.Take(end - chosen.frequency(), chosen.frequency());
+      decoder.Take(end - chosen.Frequency(), chosen.Frequency());
       if (see.shift < kPeriodBits && --see.count == 0) {
         see.sum = static_cast<std::uint16_t>(see.sum << 1U);
         see.count = static_cast<std::uint8_t>(3U << see.shift++);
       }
-      return static_cast<Ref>(chosen.bytes() - heap_.At(0));
+      return static_cast<Ref>(chosen.Bytes() - heap_.At(0));
     }
     if (threshold >= total) ThrowDamaged();
     decoder.Take(high, total - high);
     see.sum = static_cast<std::uint16_t>(see.sum + total);
     for (std::uint32_t i = 0; i < count; ++i)
-      masks_[State(candidates[i]).symbol()] = mask_stamp_;
+      masks_[State(candidates[i]).Symbol()] = mask_stamp_;
   }
 }
 
 PpmdModel::See& PpmdModel::EscapeEstimate(std::uint32_t masked, std::uint32_t& escape) {
   const Context context = ContextAt(min_context_);
-  const std::uint32_t symbols = context.symbols();
-  if (symbols == 256 || context.suffix() == 0) {
+  const std::uint32_t symbols = context.Symbols();
+  if (symbols == 256 || context.Suffix() == 0) {
     escape = 1;
     return no_see_;
   }
   const std::uint32_t left = symbols - masked;
-  const std::uint32_t in_suffix = ContextAt(context.suffix()).symbols();
+  const std::uint32_t in_suffix = ContextAt(context.Suffix()).Symbols();
   const std::size_t column = (left < in_suffix - symbols ? 1U : 0U) +
-                             (context.sum() < 11 * symbols ? 2U : 0U) + (masked > left ? 4U : 0U) +
+                             (context.Sum() < 11 * symbols ? 2U : 0U) + (masked > left ? 4U : 0U) +
                              high_bits_flag_;
   See& see = see_[see_row_[(left - 1) & 0xFFU]][column];
   const std::uint32_t mean = see.sum >> see.shift;
@@ -255,23 +255,23 @@ PpmdModel::See& PpmdModel::EscapeEstimate(std::uint32_t masked, std::uint32_t& e
 inline void PpmdModel::UpdateFirst() {
   Context context = ContextAt(min_context_);
   State found = StateAt(found_);
-  previous_success_ = 2 * found.frequency() > context.sum() ? 1 : 0;
+  previous_success_ = 2 * found.Frequency() > context.Sum() ? 1 : 0;
   run_length_ += static_cast<std::int32_t>(previous_success_);
-  context.SetSum(context.sum() + 4);
-  found.SetFrequency(found.frequency() + 4);
-  if (found.frequency() > kPpmdMaxFrequency) Rescale();
+  context.SetSum(context.Sum() + 4);
+  found.SetFrequency(found.Frequency() + 4);
+  if (found.Frequency() > kPpmdMaxFrequency) Rescale();
   GoOn();
 }
 
 inline void PpmdModel::UpdateOther() {
   Context context = ContextAt(min_context_);
   State found = StateAt(found_);
-  found.SetFrequency(found.frequency() + 4);
-  context.SetSum(context.sum() + 4);
-  if (found.frequency() > found.Previous().frequency()) {
+  found.SetFrequency(found.Frequency() + 4);
+  context.SetSum(context.Sum() + 4);
+  if (found.Frequency() > found.Previous().Frequency()) {
     found.SwapWith(found.Previous());
     found_ -= State::kSize;
-    if (found.Previous().frequency() > kPpmdMaxFrequency) Rescale();
+    if (found.Previous().Frequency() > kPpmdMaxFrequency) Rescale();
   }
   GoOn();
 }
@@ -279,16 +279,16 @@ inline void PpmdModel::UpdateOther() {
 void PpmdModel::UpdateAfterEscape() {
   Context context = ContextAt(min_context_);
   State found = StateAt(found_);
-  context.SetSum(context.sum() + 4);
-  found.SetFrequency(found.frequency() + 4);
-  if (found.frequency() > kPpmdMaxFrequency) Rescale();
+  context.SetSum(context.Sum() + 4);
+  found.SetFrequency(found.Frequency() + 4);
+  if (found.Frequency() > kPpmdMaxFrequency) Rescale();
   run_length_ = initial_run_length_;
   UpdateModel();
 }
 
 inline void PpmdModel::GoOn() {
-  const Ref successor = StateAt(found_).successor();
-  if (order_fall_ == 0 && successor > heap_.text()) {
+  const Ref successor = StateAt(found_).Successor();
+  if (order_fall_ == 0 && successor > heap_.Text()) {
     min_context_ = max_context_ = successor;
   } else {
     UpdateModel();

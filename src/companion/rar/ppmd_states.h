@@ -29,9 +29,9 @@ class PpmdState {
   static constexpr std::uint32_t kSize = 6;
 
   explicit PpmdState(std::uint8_t* bytes) : bytes_(bytes) {}
-  std::uint8_t symbol() const { return bytes_[0]; }
-  std::uint32_t frequency() const { return bytes_[1]; }
-  PpmdHeap::Ref successor() const { return LoadPpmd<PpmdHeap::Ref>(bytes_ + 2); }
+  std::uint8_t Symbol() const { return bytes_[0]; }
+  std::uint32_t Frequency() const { return bytes_[1]; }
+  PpmdHeap::Ref Successor() const { return LoadPpmd<PpmdHeap::Ref>(bytes_ + 2); }
   void SetSymbol(std::uint8_t symbol) { bytes_[0] = symbol; }
   void SetFrequency(std::uint32_t frequency) { bytes_[1] = static_cast<std::uint8_t>(frequency); }
   void SetSuccessor(PpmdHeap::Ref successor) { StorePpmd(bytes_ + 2, successor); }
@@ -46,7 +46,7 @@ class PpmdState {
   PpmdState Previous() const { return PpmdState(bytes_ - kSize); }
   PpmdState operator[](std::uint32_t index) const { return PpmdState(bytes_ + index * kSize); }
   bool operator==(const PpmdState& other) const { return bytes_ == other.bytes_; }
-  std::uint8_t* bytes() const { return bytes_; }
+  std::uint8_t* Bytes() const { return bytes_; }
 
  private:
   std::uint8_t* bytes_;
@@ -54,7 +54,7 @@ class PpmdState {
 
 // A state outside the heap.
 struct PpmdStateValue {
-  explicit PpmdStateValue(PpmdState state) { std::memcpy(bytes, state.bytes(), PpmdState::kSize); }
+  explicit PpmdStateValue(PpmdState state) { std::memcpy(bytes, state.Bytes(), PpmdState::kSize); }
   PpmdState AsState() { return PpmdState(bytes); }
   std::uint8_t bytes[PpmdState::kSize];
 };
@@ -64,10 +64,10 @@ struct PpmdStateValue {
 class PpmdContext {
  public:
   explicit PpmdContext(std::uint8_t* bytes) : bytes_(bytes) {}
-  std::uint32_t symbols() const { return LoadPpmd<std::uint16_t>(bytes_); }
-  std::uint32_t sum() const { return LoadPpmd<std::uint16_t>(bytes_ + 2); }
-  PpmdHeap::Ref states() const { return LoadPpmd<PpmdHeap::Ref>(bytes_ + 4); }
-  PpmdHeap::Ref suffix() const { return LoadPpmd<PpmdHeap::Ref>(bytes_ + 8); }
+  std::uint32_t Symbols() const { return LoadPpmd<std::uint16_t>(bytes_); }
+  std::uint32_t Sum() const { return LoadPpmd<std::uint16_t>(bytes_ + 2); }
+  PpmdHeap::Ref States() const { return LoadPpmd<PpmdHeap::Ref>(bytes_ + 4); }
+  PpmdHeap::Ref Suffix() const { return LoadPpmd<PpmdHeap::Ref>(bytes_ + 8); }
   PpmdState OnlyState() const { return PpmdState(bytes_ + 2); }
   void SetSymbols(std::uint32_t symbols) { StorePpmd(bytes_, static_cast<std::uint16_t>(symbols)); }
   void SetSum(std::uint32_t sum) { StorePpmd(bytes_ + 2, static_cast<std::uint16_t>(sum)); }

@@ -71,7 +71,7 @@ void Rar3Decoder::Decode(const Entry& entry, PackedSource& source, ContentSink& 
   window_.SetDictionary(kDictionary);
   reader_.Begin(source);
   pipeline_.Begin(sink);
-  entry_start_ = window_.position();
+  entry_start_ = window_.Position();
   flushed_ = entry_start_;
   entry_end_ = std::numeric_limits<std::uint64_t>::max();
   if (entry.unpacked_size) entry_end_ = entry_start_ + *entry.unpacked_size;
@@ -100,9 +100,9 @@ void Rar3Decoder::ResetState() {
 }
 
 void Rar3Decoder::MakeRoom() {
-  if (window_.position() - flushed_ >= kFlushSize) Flush();
+  if (window_.Position() - flushed_ >= kFlushSize) Flush();
   window_.Reserve(kFlushSize + SlidingWindow::kMaxMatch,
-                  entry_end_ - std::min(entry_end_, window_.position()));
+                  entry_end_ - std::min(entry_end_, window_.Position()));
 }
 
 void Rar3Decoder::BeginBlock() {
@@ -146,7 +146,7 @@ void Rar3Decoder::ReadTables() {
 }
 
 Rar3Decoder::Next Rar3Decoder::RunCodes() {
-  if (window_.position() >= entry_end_) return FinishCodes();
+  if (window_.Position() >= entry_end_) return FinishCodes();
   const std::uint32_t command =
       DecodeSymbols(std::min(flushed_ + kFlushSize, entry_end_), reader_.UncheckedBits());
   reader_.CheckNotOverrun();
@@ -160,12 +160,12 @@ Rar3Decoder::Next Rar3Decoder::RunCodes() {
 // The content is complete; only commands may follow.
 Rar3Decoder::Next Rar3Decoder::FinishCodes() {
   const std::ptrdiff_t left = reader_.UncheckedBits();
-  BitCursor in = reader_.cursor();
+  BitCursor in = reader_.Cursor();
   const std::uint32_t symbol = literals_.Decode(in);
   const bool is_command = symbol == kEndSymbol || symbol == kFilterSymbol;
   if (left <= 0 || (!is_command && left < kRestBits)) return Next::kEndOfEntry;
-  if (!is_command || window_.position() > entry_end_) throw Failure{kRarBadData};
-  reader_.cursor() = in;
+  if (!is_command || window_.Position() > entry_end_) throw Failure{kRarBadData};
+  reader_.Cursor() = in;
   reader_.CheckNotOverrun();
   if (symbol == kEndSymbol) return EndCodes();
   ReadFilter([this] { return static_cast<std::uint8_t>(reader_.Take(8)); });
@@ -185,7 +185,7 @@ Rar3Decoder::Next Rar3Decoder::EndCodes() {
 // Decodes as many symbols as certainly lie within the next `bits`, but at least one. A command that
 // ends the run, or kNoCommand.
 std::uint32_t Rar3Decoder::DecodeSymbols(std::uint64_t until, std::ptrdiff_t bits) {
-  BitCursor in = reader_.cursor();
+  BitCursor in = reader_.Cursor();
   SlidingWindow::Cursor window = window_.Take();
   std::uint32_t command = kNoCommand;
   bool is_sound = true;
@@ -207,7 +207,7 @@ std::uint32_t Rar3Decoder::DecodeSymbols(std::uint64_t until, std::ptrdiff_t bit
       break;
     }
   }
-  reader_.cursor() = in;
+  reader_.Cursor() = in;
   window_.Set(window);
   if (!is_sound) throw Failure{kRarBadData};
   return command;
@@ -264,7 +264,7 @@ inline bool Rar3Decoder::DecodeRepeat(std::uint32_t index, BitCursor& in,
 }
 
 Rar3Decoder::Next Rar3Decoder::RunModel() {
-  if (window_.position() >= entry_end_) return FinishModel();
+  if (window_.Position() >= entry_end_) return FinishModel();
   const std::uint64_t until = std::min(flushed_ + kFlushSize, entry_end_);
   SlidingWindow::Cursor window = window_.Take();
   bool is_escape = false;
@@ -280,7 +280,7 @@ Rar3Decoder::Next Rar3Decoder::RunModel() {
 // The content is complete; only commands may follow.
 Rar3Decoder::Next Rar3Decoder::FinishModel() {
   const bool is_near_end = reader_.UncheckedBits() < kRestBits;
-  if (window_.position() > entry_end_) throw Failure{kRarBadData};
+  if (window_.Position() > entry_end_) throw Failure{kRarBadData};
   needs_block_ = true;
   if (model_.Decode(range_) == escape_) {
     const std::uint8_t command = model_.Decode(range_);
@@ -340,13 +340,13 @@ void Rar3Decoder::ReadFilter(TakeByte take_byte) {
   declaration_.resize(length);
   for (std::uint8_t& byte : declaration_)
     byte = take_byte();
-  filters_.Declare(flags, declaration_, window_.position() - entry_start_, pipeline_);
+  filters_.Declare(flags, declaration_, window_.Position() - entry_start_, pipeline_);
 }
 
 void Rar3Decoder::Flush() {
   window_.ForEachPiece(flushed_,
                        [this](std::span<const std::uint8_t> piece) { pipeline_.Write(piece); });
-  flushed_ = window_.position();
+  flushed_ = window_.Position();
 }
 
 }  // namespace companion::rar

@@ -38,7 +38,7 @@ void Rar5Decoder::Decode(const Entry& entry, PackedSource& source, ContentSink& 
   window_.SetDictionary(std::uint64_t{entry.dictionary_kib} << 10U);
   reader_.Begin(source);
   pipeline_.Begin(sink);
-  entry_start_ = window_.position();
+  entry_start_ = window_.Position();
   flushed_ = entry_start_;
   expected_ = entry.unpacked_size.value_or(0);
   bool more = true;
@@ -96,8 +96,8 @@ void Rar5Decoder::ReadTables() {
 // The last symbol may reach behind the block's end, and the stream goes on at the next block.
 void Rar5Decoder::DecodeBlock(const Block& block) {
   while (reader_.Position() < block.end) {
-    if (window_.position() - flushed_ >= kFlushSize) Flush();
-    const std::uint64_t done = window_.position() - entry_start_;
+    if (window_.Position() - flushed_ >= kFlushSize) Flush();
+    const std::uint64_t done = window_.Position() - entry_start_;
     window_.Reserve(kFlushSize + SlidingWindow::kMaxMatch, expected_ > done ? expected_ - done : 0);
     const std::ptrdiff_t buffered = reader_.UncheckedBits();
     const auto in_block = static_cast<std::ptrdiff_t>(block.end - reader_.Position());
@@ -110,7 +110,7 @@ void Rar5Decoder::DecodeBlock(const Block& block) {
 // Decodes as many symbols as certainly lie within the next `bits`, but at least one. True when a
 // filter follows.
 bool Rar5Decoder::DecodeSymbols(std::uint64_t until, std::ptrdiff_t bits) {
-  BitCursor in = reader_.cursor();
+  BitCursor in = reader_.Cursor();
   SlidingWindow::Cursor window = window_.Take();
   bool is_filter = false;
   bool is_sound = true;
@@ -130,7 +130,7 @@ bool Rar5Decoder::DecodeSymbols(std::uint64_t until, std::ptrdiff_t bits) {
       break;
     }
   }
-  reader_.cursor() = in;
+  reader_.Cursor() = in;
   window_.Set(window);
   if (!is_sound) throw Failure{kRarBadData};
   return is_filter;
@@ -181,7 +181,7 @@ std::uint32_t Rar5Decoder::TakeFilterNumber() {
 }
 
 void Rar5Decoder::ReadFilter() {
-  const std::uint64_t start = window_.position() - entry_start_ + TakeFilterNumber();
+  const std::uint64_t start = window_.Position() - entry_start_ + TakeFilterNumber();
   const std::uint32_t length = TakeFilterNumber();
   static constexpr std::array kKinds = {FilterKind::kDelta, FilterKind::kX86Call,
                                         FilterKind::kX86Jump, FilterKind::kArm};
@@ -197,7 +197,7 @@ void Rar5Decoder::ReadFilter() {
 void Rar5Decoder::Flush() {
   window_.ForEachPiece(flushed_,
                        [this](std::span<const std::uint8_t> piece) { pipeline_.Write(piece); });
-  flushed_ = window_.position();
+  flushed_ = window_.Position();
 }
 
 }  // namespace companion::rar

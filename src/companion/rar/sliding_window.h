@@ -25,7 +25,7 @@ class SlidingWindow {
   void Reset() { position_ = 0; }
 
   // Bytes since Reset.
-  std::uint64_t position() const { return position_; }
+  std::uint64_t Position() const { return position_; }
 
   // Makes room so that up to `length` bytes can be appended and read back with Range. A hint at how
   // many more will follow lets memory grow in one step.
