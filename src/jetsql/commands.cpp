@@ -64,12 +64,14 @@ void Expect(const Arguments& arguments, std::size_t least, std::size_t most) {
 }
 
 void WriteFile(const std::string& path, const std::string& bytes) {
-  auto file = platform::CurrentPorts().files->Open(path, platform::FileMode::kWriteNew);
-  platform::Status status =
-      file ? file.value->Write(bytes.data(), bytes.size()) : platform::Status::Failure(file.code);
-  if (status) status = file.value->Close();
-  if (!status)
-    tmw::RaiseApiErrorWithMessage("Cannot write " + tmw::Quoted(path) + ": ", status.code);
+  const auto check = [&path](platform::Status status) {
+    if (!status)
+      tmw::RaiseApiErrorWithMessage("Cannot write " + tmw::Quoted(path) + ": ", status.code);
+  };
+  const auto opened = platform::CurrentPorts().files->Open(path, platform::FileMode::kWriteNew);
+  check({opened.ok, opened.code});
+  check(opened.value->Write(bytes.data(), bytes.size()));
+  check(opened.value->Close());
 }
 
 void PrintRows(platform::Database& database, const std::string& statement) {

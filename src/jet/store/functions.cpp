@@ -337,31 +337,31 @@ int Collate(void* /*unused*/, int a_length, const void* a, int b_length, const v
 
 struct Entry {
   const char* name;
-  int count;
   Body function;
+  int count;
   bool is_pure;
 };
 
 constexpr Entry kFunctions[] = {
-    {"jet_add", 2, Guarded<Add>, true},
-    {"jet_between", 3, Guarded<Between>, true},
-    {"jet_compare", 2, Guarded<Compare>, true},
-    {"jet_date", 0, Guarded<Date>, false},
-    {"jet_divide", 2, Guarded<Divide>, true},
-    {"jet_guid", 1, Guarded<Guid>, true},
-    {"jet_in", -1, Guarded<In>, true},
-    {"jet_join", 2, Guarded<Join>, true},
-    {"jet_like", 2, Guarded<Like>, true},
-    {"jet_modulo", 2, Guarded<Modulo>, true},
-    {"jet_next_number", 1, Guarded<NextNumber>, false},
-    {"jet_now", 0, Guarded<Now>, false},
-    {"jet_number", 1, Guarded<Number>, true},
-    {"jet_power", 2, Guarded<Power>, true},
-    {"jet_text", 2, Guarded<Text>, true},
-    {"jet_time", 0, Guarded<Time>, false},
-    {"jet_to", 6, Guarded<To>, true},
-    {"jet_used_number", 2, Guarded<UsedNumber>, false},
-    {"jet_whole_divide", 2, Guarded<WholeDivide>, true},
+    {"jet_add", Guarded<Add>, 2, true},
+    {"jet_between", Guarded<Between>, 3, true},
+    {"jet_compare", Guarded<Compare>, 2, true},
+    {"jet_date", Guarded<Date>, 0, false},
+    {"jet_divide", Guarded<Divide>, 2, true},
+    {"jet_guid", Guarded<Guid>, 1, true},
+    {"jet_in", Guarded<In>, -1, true},
+    {"jet_join", Guarded<Join>, 2, true},
+    {"jet_like", Guarded<Like>, 2, true},
+    {"jet_modulo", Guarded<Modulo>, 2, true},
+    {"jet_next_number", Guarded<NextNumber>, 1, false},
+    {"jet_now", Guarded<Now>, 0, false},
+    {"jet_number", Guarded<Number>, 1, true},
+    {"jet_power", Guarded<Power>, 2, true},
+    {"jet_text", Guarded<Text>, 2, true},
+    {"jet_time", Guarded<Time>, 0, false},
+    {"jet_to", Guarded<To>, 6, true},
+    {"jet_used_number", Guarded<UsedNumber>, 2, false},
+    {"jet_whole_divide", Guarded<WholeDivide>, 2, true},
 };
 
 }  // namespace
