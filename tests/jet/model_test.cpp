@@ -195,7 +195,7 @@ TEST_F(ModelTest, AProcessThatDiesInMidTransactionLeavesTheOldRowsAndNoLock) {
   for (int i = 0; i < 500 && !db; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     try {
-      db = engine->OpenDatabase(path, true, false);
+      db = engine->OpenDatabase(path, true, true);
     } catch (const platform::DatabaseError& error) {
       ASSERT_EQ(error.Number, 3356);
     }

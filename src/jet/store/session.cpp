@@ -45,8 +45,13 @@ Catalogue& Session::Tables() {
   return catalogue_;
 }
 
+void Session::RefuseWhenLost() const {
+  if (is_lost_) Fail(kDiskError);
+}
+
 void Session::Change(const std::function<void()>& change) {
   if (is_read_only_) Fail(kReadOnly);
+  RefuseWhenLost();
   EnterLevels();
   connection_->Run("SAVEPOINT change");
   try {
@@ -57,10 +62,10 @@ void Session::Change(const std::function<void()>& change) {
     ++rollbacks_;
     autonumbers_.Forget();
     catalogue_.Forget();
-    // A full disk may have ended the whole transaction already.
-    try {
+    if (connection_->InTransaction()) {
       connection_->Run("ROLLBACK TO change; RELEASE change");
-    } catch (const platform::DatabaseError&) {  // NOLINT(bugprone-empty-catch)
+    } else {
+      is_lost_ = level_ > 0;
     }
     throw;
   }
@@ -75,6 +80,7 @@ void Session::EnterLevels() {
 
 void Session::CommitTo(int level) {
   if (level_ <= level) return;
+  RefuseWhenLost();
   connection_->Run("RELEASE " + LevelName(level + 1));
   level_ = level;
 }
@@ -84,9 +90,12 @@ void Session::RollbackTo(int level) {
   ++rollbacks_;
   catalogue_.Forget();
   autonumbers_.Forget();
-  const std::string name = LevelName(level + 1);
-  connection_->Run("ROLLBACK TO " + name + "; RELEASE " + name);
   level_ = level;
+  if (!is_lost_) {
+    const std::string name = LevelName(level + 1);
+    connection_->Run("ROLLBACK TO " + name + "; RELEASE " + name);
+  }
+  if (level_ == 0) is_lost_ = false;
 }
 
 }  // namespace jet

@@ -48,6 +48,8 @@ class Session {
   void RollbackTo(int level);
 
  private:
+  void RefuseWhenLost() const;
+
   std::shared_ptr<const Workspace> workspace_;
   std::unique_ptr<platform::FileLock> lock_;
   std::shared_ptr<Connection> connection_;
@@ -57,6 +59,8 @@ class Session {
   bool is_exclusive_;
   bool is_read_only_;
   int level_ = 0;
+  // The storage gave the whole transaction up (a full disk): nothing of it may be committed.
+  bool is_lost_ = false;
   std::int64_t rollbacks_ = 0;
   std::int64_t data_version_ = 0;
 };

@@ -15,7 +15,7 @@ constexpr int kBusyMilliseconds = 5000;
 }  // namespace
 
 void Connection::Open(const std::string& path, Mode mode, bool exclusive) {
-  int flags = mode == Mode::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+  int flags = SQLITE_OPEN_READWRITE;
   if (mode == Mode::kCreate) flags |= SQLITE_OPEN_CREATE;
   path_ = path;
   const int code = sqlite3_open_v2(path.c_str(), &handle_,
@@ -37,6 +37,10 @@ void Connection::Close() {
   while (sqlite3_stmt* const statement = sqlite3_next_stmt(handle_, nullptr))
     sqlite3_finalize(statement);
   sqlite3_close_v2(std::exchange(handle_, nullptr));
+}
+
+bool Connection::InTransaction() const {
+  return sqlite3_get_autocommit(Handle()) == 0;
 }
 
 sqlite3* Connection::Handle() const {

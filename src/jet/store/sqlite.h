@@ -17,16 +17,20 @@ namespace jet {
 // One open storage file. Its statements may outlive it: they then fail with 3420.
 class Connection {
  public:
-  enum class Mode { kReadOnly, kReadWrite, kCreate };
+  enum class Mode { kExisting, kCreate };
 
   Connection() = default;
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
   ~Connection() { Close(); }
 
+  // Opens for writing where the file's rights allow it, even when nothing is to be written: what a
+  // process that died left half done is taken back by the first reader.
   void Open(const std::string& path, Mode mode, bool exclusive);
   void Close();
   bool IsOpen() const { return handle_ != nullptr; }
+  // False when nothing is open, after a failure that ended it as well.
+  bool InTransaction() const;
   sqlite3* Handle() const;  // 3420 when closed
 
   void Run(const std::string& sql);

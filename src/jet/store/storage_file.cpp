@@ -41,9 +41,9 @@ StorageFile OpenStorage(const std::string& path, bool exclusive, bool read_only)
   file.lock = LockFile(path, exclusive);
   file.connection = std::make_shared<Connection>();
   try {
-    file.connection->Open(
-        path, read_only ? Connection::Mode::kReadOnly : Connection::Mode::kReadWrite, exclusive);
+    file.connection->Open(path, Connection::Mode::kExisting, exclusive);
     if (!HasCatalogue(*file.connection)) Fail(kUnknownFormat, path);
+    if (read_only) file.connection->Run("PRAGMA query_only = ON");
   } catch (...) {
     // The lock goes last: freeing it while the storage is open could free the storage's own.
     file.connection->Close();
