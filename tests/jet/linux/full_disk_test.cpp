@@ -54,7 +54,8 @@ TEST_F(FullDiskTest, NothingOfATransactionThatTheDiskEndedIsCommitted) {
     EXPECT_TRUE(error == 3026 || error == 3043) << error;
     const std::int32_t next = Run("insert into T values (4, 'x')");
     const std::int32_t commit = tests::ErrorOf([&] { engine->CommitTrans(); });
-    EXPECT_EQ(next != 0, commit != 0);
+    EXPECT_EQ(next, 3043);
+    EXPECT_EQ(commit, 3043);
     if (commit != 0) engine->Rollback();
     engine->Rollback();
   }
