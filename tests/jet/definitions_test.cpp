@@ -112,6 +112,40 @@ TEST_F(DefinitionTest, TablesFieldsAndIndexesAreMadeChangedAndRefused) {
   EXPECT_EQ(Indexes("a"), "Второй unique(Имя+Ещё+) Ключ primary unique required(Ид+) ");
 }
 
+TEST_F(DefinitionTest, AFieldTakesAnotherTypeWithItsValuesAndIndexes) {
+  ASSERT_EQ(
+      Run("create table A (Ид counter primary key, Имя text(9) not null, Ц currency, Д date)"), 0);
+  ASSERT_EQ(Run("create unique index ПоИмени on A (Имя desc, Ид)"), 0);
+  db->SetFieldProperty("A", "Имя", "Caption", DataType::kText, std::string("Имя его"));
+  ASSERT_EQ(Run("insert into A (Имя, Ц, Д) values ('12', 1.5, #1/2/2001#)"), 0);
+  ASSERT_EQ(Run("insert into A (Имя, Ц) values ('7', '900000000000,1234')"), 0);
+  const struct {
+    const char* statement;
+    std::int32_t error;
+    const char* rows;
+  } cases[] = {
+      {"alter column Имя long", 0, "Long 12, Currency 1.5; Long 7, Currency 900000000000.1234"},
+      {"alter column Имя text(1)", 3163,
+       "Long 12, Currency 1.5; Long 7, Currency 900000000000.1234"},
+      {"alter Имя text(2)", 0, "Text 12, Currency 1.5; Text 7, Currency 900000000000.1234"},
+      {"alter column Ц text(20)", 0, "Text 12, Text 1,5; Text 7, Text 900000000000,1234"},
+      {"alter column Ц currency", 0, "Text 12, Currency 1.5; Text 7, Currency 900000000000.1234"},
+      {"alter column Нет long", 3381, "Text 12, Currency 1.5; Text 7, Currency 900000000000.1234"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(Run(std::string("alter table A ") + c.statement), c.error) << c.statement;
+    EXPECT_EQ(Query("select Имя, Ц from A order by Ид"), c.rows) << c.statement;
+  }
+  EXPECT_EQ(Fields("A"), "Ид 4/4 counter; Имя 10/2 required zero; Ц 5/8; Д 8/8; ");
+  EXPECT_EQ(Indexes("A"), "PrimaryKey primary unique required(Ид+) ПоИмени unique(Имя-Ид+) ");
+  EXPECT_EQ(tests::Words(*db->FieldProperty("A", "Имя", "Caption")), "Text Имя его");
+  EXPECT_EQ(Run("alter table A alter column Ид long"), 0);
+  EXPECT_EQ(Run("insert into A (Ид, Имя) values (1, 'x')"), 3022);
+  EXPECT_EQ(Run("alter table A alter column Ид counter"), 0);
+  EXPECT_EQ(Run("insert into A (Имя) values ('x')"), 0);
+  EXPECT_EQ(Query("select Ид from A where Имя = 'x'"), "Long 3");
+}
+
 TEST_F(DefinitionTest, TablesAreListedByNameWithTheSystemsOwn) {
   for (const char* const name : {"Я", "а", "DBVersion"})
     ASSERT_EQ(Run(std::string("create table [") + name + "] (x long)"), 0);

@@ -193,7 +193,7 @@ TEST_F(StatementTest, StatementsChangeRowsOrNameWhatIsWrong) {
       {"select Имя into Копия from Товары", 3251},
       {"PARAMETERS x long; delete from Товары", 3251},
       {"transform count(*) select 1 from Товары", 3251},
-      {"alter table Товары alter column Имя text(5)", 3251},
+      {"alter table Товары add constraint К foreign key (Кол) references Товары", 3251},
   };
   for (const auto& c : cases)
     EXPECT_EQ(Run(c.statement), c.error) << c.statement;

@@ -6,7 +6,9 @@
 #include "foundation/encodings.h"
 #include "jet/default_text.h"
 #include "jet/errors.h"
+#include "jet/sql/expression_translator.h"
 #include "jet/sql/parser.h"
+#include "jet/sql/scope.h"
 #include "jet/store/stored_values.h"
 
 namespace jet {
@@ -150,6 +152,64 @@ void Definitions::AddField(const TableInfo& table, const platform::FieldDefiniti
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = 0");
   }
   session_.Tables().Forget();
+}
+
+void Definitions::ConvertColumn(const TableInfo& table, const FieldInfo& old_field,
+                                const FieldInfo& field) {
+  sql::Scope scope;
+  const std::string alias = scope.Add(std::make_shared<TableInfo>(table), {}).sql_alias;
+  sql::Expression name;
+  name.kind = sql::ExpressionKind::kName;
+  name.text = old_field.definition.name;
+  session_.Storage().Run("UPDATE " + table.StorageName() + " AS " + alias + " SET " + field.column +
+                         " = " + sql::ExpressionTranslator(scope, {}).Assigned(name, field));
+}
+
+// The values move to a new column, which takes the old one's place in the catalogue.
+void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
+                             platform::FieldDefinition wanted) {
+  Connection& storage = session_.Storage();
+  const std::string old_id = std::to_string(field.id);
+  wanted.name = field.definition.name;
+  wanted.required = wanted.required || field.definition.required;
+  wanted.default_value = field.definition.default_value;
+  const std::int64_t ordinal =
+      storage.ReadInteger("SELECT ordinal FROM _jet_field WHERE id = " + old_id);
+  FieldInfo made;
+  made.id = InsertField(table.id, ordinal, wanted);
+  made.column = "c" + std::to_string(made.id);
+  made.target = {wanted.name,
+                 wanted.type,
+                 FieldSize(wanted.type, wanted.size, wanted.name),
+                 wanted.required,
+                 wanted.allow_zero_length || !IsTextType(wanted.type),
+                 field.target.in_primary_key};
+  storage.Run("ALTER TABLE " + table.StorageName() + " ADD COLUMN " +
+              ColumnSql(made.column, wanted.type));
+  ConvertColumn(table, field, made);
+
+  std::vector<std::string> indexes;
+  for (const IndexInfo& index : table.indexes) {
+    for (const std::size_t position : index.positions) {
+      if (&table.fields[position] == &field) indexes.push_back(index.definition.name);
+    }
+  }
+  for (const std::string& index : indexes)
+    storage.Run("DROP INDEX i" + std::to_string(table.FindIndex(index)->id));
+  const std::string new_id = std::to_string(made.id);
+  storage.Run("ALTER TABLE " + table.StorageName() + " DROP COLUMN " + field.column +
+              "; DELETE FROM _jet_field WHERE id = " + old_id +
+              "; UPDATE _jet_index_field SET field_id = " + new_id + " WHERE field_id = " + old_id +
+              "; UPDATE _jet_property SET field_id = " + new_id + " WHERE field_id = " + old_id);
+  session_.Tables().Forget();
+  const TablePtr altered = session_.Tables().FindTable(table.name);
+  for (const std::string& index : indexes)
+    storage.Run(CreateIndexSql(*altered, *altered->FindIndex(index)));
+  if ((wanted.attributes & platform::kAutoIncrementField) != 0) {
+    storage.Run("UPDATE _jet_table SET next_number = (SELECT coalesce(max(" + made.column +
+                "), 0) + 1 FROM " + table.StorageName() +
+                ") WHERE id = " + std::to_string(table.id));
+  }
 }
 
 void Definitions::DropField(const TableInfo& table, const FieldInfo& field) {

@@ -19,6 +19,8 @@ class Definitions {
   void CreateTable(const platform::TableDefinition& table);
   void DropTable(const TableInfo& table);
   void AddField(const TableInfo& table, const platform::FieldDefinition& field);
+  // Another type or size; values that do not convert fail, the default and the indexes stay.
+  void AlterField(const TableInfo& table, const FieldInfo& field, platform::FieldDefinition wanted);
   void DropField(const TableInfo& table, const FieldInfo& field);
   void CreateIndex(const TableInfo& table, const platform::IndexDefinition& index);
   void DropIndex(const IndexInfo& index);
@@ -30,6 +32,7 @@ class Definitions {
  private:
   std::int64_t InsertField(std::int64_t table, std::int64_t ordinal,
                            const platform::FieldDefinition& field);
+  void ConvertColumn(const TableInfo& table, const FieldInfo& old_field, const FieldInfo& field);
   void RefuseNulls(const TableInfo& table, const std::vector<std::size_t>& positions);
   Statement Prepare(const std::string& sql) { return {session_.SharedStorage(), sql}; }
 

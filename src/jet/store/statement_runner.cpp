@@ -68,7 +68,11 @@ class Runner {
       definitions_.CreateIndex(*Table(add.table), IndexOf(constraint));
     return 0;
   }
-  std::int64_t operator()(const sql::AlterColumn&) { FailUnsupported("ALTER COLUMN"); }
+  std::int64_t operator()(const sql::AlterColumn& alter) {
+    const TablePtr table = Table(alter.table);
+    definitions_.AlterField(*table, RequireField(*table, alter.field.name), alter.field);
+    return 0;
+  }
   std::int64_t operator()(const sql::DropColumn& drop) {
     const TablePtr table = Table(drop.table);
     definitions_.DropField(*table, RequireField(*table, drop.field));
