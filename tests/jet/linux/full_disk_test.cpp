@@ -1,35 +1,12 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <filesystem>
 #include <string>
 
 #include "tests/jet/database_fixture.h"
+#include "tests/support/linux/small_files_only.h"
 
 namespace {
-
-// Files cannot grow beyond a size for the time of a scope: what a full disk does, without one.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(std::uintmax_t bytes) {
-    old_handler_ = std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &old_);
-    rlimit limit = old_;
-    limit.rlim_cur = bytes;
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &old_);
-    std::signal(SIGXFSZ, old_handler_);
-  }
-
- private:
-  rlimit old_{};
-  void (*old_handler_)(int);
-};
 
 using FullDiskTest = tests::DatabaseTest;
 
@@ -39,7 +16,7 @@ TEST_F(FullDiskTest, NothingOfATransactionThatTheDiskEndedIsCommitted) {
   const std::string insert = "insert into T values (3, '" + std::string(60000, 'x') + "' & '" +
                              std::string(60000, 'y') + "')";
   {
-    const FileSizeLimit limit(std::filesystem::file_size(tests::ToPath(path)) + 50000);
+    const tests::SmallFilesOnly limit(std::filesystem::file_size(tests::ToPath(path)) + 50000);
     EXPECT_NE(Run(insert), 0) << "outside of a transaction";
     EXPECT_EQ(Query("select Ид from T"), "Long 1");
 
@@ -64,7 +41,7 @@ TEST_F(FullDiskTest, NothingOfATransactionThatTheDiskEndedIsCommitted) {
   const std::string copy = sandbox.Path("копия");
   db->Close();
   {
-    const FileSizeLimit limit(20000);
+    const tests::SmallFilesOnly limit(20000);
     EXPECT_NE(tests::ErrorOf([&] { engine->CompactDatabase(path, copy); }), 0);
   }
   EXPECT_FALSE(sandbox.Has("копия"));
