@@ -1,0 +1,1 @@
+#include "engine/ks_updater.h"

@@ -1,0 +1,239 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "foundation/text.h"
+
+// What the update run says to the user. A procedure fills values into a sentence.
+namespace tmw::engine_texts {
+
+inline const std::string kBreak{kCrLf};
+
+// Titles.
+inline constexpr const char* kLoadingError = "Ошибка загрузки";
+inline constexpr const char* kUpdaterTitle = "Программа обновления";
+inline constexpr const char* kUpdateTitle = "Обновление программы";
+inline constexpr const char* kNotNeededTitle = "Обновления не требуется";
+inline constexpr const char* kImpossibleTitle = "Обновление невозможно";
+
+// The run.
+inline constexpr const char* kStillTooOld =
+    "Для обновления этой версии требуется загрузить новую программу обновления. Попытка сделать это "
+    "автоматически не удалась. Обновление программы придется производить вручную.";
+inline constexpr const char* kServerComputerOnly =
+    "Требуется обновление таблиц или справочников в базе данных, однако эту операцию следует "
+    "выполнять с серверного компьютера.";
+inline constexpr const char* kNothingToDo =
+    "Все компоненты, справочники и таблицы установленной на данном компьютере программы "
+    "соответствуют тем, что находятся на сервере Kestrel Soft.";
+
+inline std::string VolumeQuestion(const std::string& size) {
+  return "Ориентировочный объем файлов, которые необходимо загрузить," + kBreak + "составляет " +
+         size + "." + kBreak + kBreak + "Осуществлять загрузку и установку?";
+}
+
+inline std::string NoTempFolder(const std::string& folder) {
+  return "Невозможно создать временную папку для загрузки \"" + folder +
+         "\". Возможные причины: у текущего пользователя отсутствуют необходимые права; в системных "
+         "настройках Windows указан неверный путь к временной папке.";
+}
+
+// The digest.
+inline constexpr const char* kGettingVersion = "Получение номера текущей версии...";
+inline constexpr const char* kDigestEmpty = "Файл с информацией о версии пуст.";
+inline constexpr const char* kDigestError = "Ошибка в файле версии.";
+inline constexpr const char* kNoUpdateVersion =
+    "Ошибка формата файла версии: невозможно определить версию загружаемого обновления.";
+inline constexpr const char* kNoUpdaterVersion =
+    "Ошибка формата файла версии: невозможно определить минимальную необходимую версию программы "
+    "обновления.";
+inline constexpr const char* kUpdaterTooOld =
+    "Версия данной программы обновления слишком старая, чтобы произвести автоматическую загрузку и "
+    "обновление программы. \r\n"
+    "В этот раз загрузку и установку обновления придется делать вручную.";
+inline constexpr const char* kUpdateLineEmpty =
+    "Ошибка формата файла версии: строка Update пустая.";
+inline constexpr const char* kUpdateLineShort =
+    "Ошибка формата файла версии: количество параметров в строке Update меньше ожидаемого.";
+inline constexpr const char* kUpdateLineSize =
+    "Ошибка формата файла версии: ошибка размера файла в сроке Update.";
+
+inline std::string DigestNotLoaded(const std::string& reason) {
+  return "Ошибка загрузки файла с информацией о версии:" + kBreak + reason;
+}
+
+// The server list.
+inline constexpr const char* kChoosingServer = "Выбор сервера для загрузки...";
+inline constexpr const char* kServerListEmpty = "Файл со списком серверов для загрузки пуст.";
+inline constexpr const char* kNoServer = "Не найдено ни одного сервера для загрузки обновления.";
+
+inline std::string ServerListNotLoaded(const std::string& reason) {
+  return "Ошибка загрузки Файла со списком серверов обновлений:" + kBreak + reason;
+}
+
+// The installed product's version.
+inline constexpr const char* kComparingVersions = "Сравнение версий...";
+
+inline std::string SameVersionQuestion(const std::string& installed) {
+  return "Текущая версия программы (" + installed +
+         ") совпадает с версией, находящейся на сайте. Как правило, в данной ситуации обновления не "
+         "требуется." +
+         kBreak + kBreak +
+         "Есть возможность сверить файлы, установленные на данном компьютере, с теми, что находятся "
+         "на сервере, и, в случае расхождения, установить с сервера правильные компоненты." +
+         kBreak + kBreak + "Провести проверку и восстановление текущей версии программы?";
+}
+
+inline std::string InstalledIsNewer(const std::string& installed, const std::string& on_server) {
+  return "Текущая версия программы (" + installed +
+         ") новее той, что находится на сервере Kestrel Soft (" + on_server + ")." + kBreak +
+         kBreak +
+         "Ситуация необычна. Обновление программы средствами данной утилиты невозможно.";
+}
+
+inline std::string VersionsNotComparable(const std::string& installed,
+                                         const std::string& on_server) {
+  return "Ошибка сравнения версий программы и обновления." + kBreak + kBreak +
+         "Текущая версия: " + installed + kBreak + "Версия обновления: " + on_server;
+}
+
+// The manifest.
+inline constexpr const char* kGettingFileList = "Получение списка файлов...";
+inline constexpr const char* kParsingFileList = "Разбор списка файлов...";
+
+inline std::string NoXmlComponent(const std::string& reason) {
+  return "Ошибка при обращении к системной компоненте поддержки XML: " + reason + kBreak + kBreak +
+         "Возможно, системная библиотека Microsoft XML 4.0 не установлена на данном компьютере.";
+}
+
+inline std::string ManifestNotReadable(const std::string& reason) {
+  return "Ошибка формата файла списка загружаемых файлов: " + reason;
+}
+
+inline std::string OtherProduct(const std::string& expected) {
+  return "Загруженный файл обновления предназначен для другого программного продукта (" + expected +
+         ").";
+}
+
+inline std::string OtherVersion(const std::string& found, const std::string& expected) {
+  return "Загруженный файл обновления предназначен для другой версии программного продукта (" +
+         found + ", в то время как ожидается " + expected + ").";
+}
+
+inline std::string TableTwice(const std::string& name) {
+  return "В списке файлов дважды встречается таблица \"" + name + "\".";
+}
+
+inline std::string FileTwice(const std::string& name) {
+  return "В списке файлов дважды и с разным содержимым встречается файл \"" + name + "\".";
+}
+
+// The update list.
+inline constexpr const char* kSelecting = "Отбор компонент, подлежащих загрузке...";
+
+// Downloading.
+inline constexpr const char* kDownloading = "Загрузка компонент...";
+
+inline std::string NotLoaded(const std::string& url) {
+  return "Ошибка загрузки файла " + url + " .";
+}
+
+inline std::string LoadingFault(const std::string& name, const std::string& fault) {
+  return "Ошибка загрузки файла " + name + ":" + kBreak + fault;
+}
+
+inline constexpr const char* kFileAbsent = "Файл не загрузился.";
+inline constexpr const char* kLengthDiffers = "Длина файла не совпадает с ожидаемой.";
+inline constexpr const char* kHashDiffers = "Контрольная сумма файла не совпадает с ожидаемой.";
+inline constexpr const char* kUnpackedAbsent = "Распакованный файл отсутствует.";
+
+inline std::string UnknownPackMethod(const std::string& name, std::int32_t size) {
+  return "Ошибка распаковки файла " + name + ": неизвестный метод упаковки (" +
+         std::to_string(size) + ").";
+}
+
+inline std::string NotUnpacked(const std::string& name, const std::string& reason) {
+  return "Ошибка распаковки файла " + name + ":" + kBreak + reason;
+}
+
+inline std::string PackageNotUnpacked(const std::string& package, const std::string& reason) {
+  return "Ошибка распаковки архивного файла " + package + ":" + kBreak + reason + ".";
+}
+
+inline std::string NotMovedToLoaded(const std::string& name, const std::string& folder) {
+  return "Невозможно перенести загруженный файл " + name + " в папку успешно загруженных файлов (" +
+         folder + ").";
+}
+
+inline std::string CheckFailed(const std::string& file, const std::string& reason) {
+  return "Ошибка проверки загруженного файла " + file + ":" + kBreak + reason + ".";
+}
+
+inline std::string CheckFailedUnknown(const std::string& file) {
+  return "Неизвестная ошибка проверки загруженного файла " + file + " .";
+}
+
+inline std::string TooMuchReceived(const std::string& url) {
+  return "Сервер передает больше данных, чем объявлено в списке файлов: \"" + url + "\".";
+}
+
+// Installing.
+inline constexpr const char* kRemovingOld = "Удаление старых компонент...";
+inline constexpr const char* kInstalling = "Установка новых компонент...";
+inline constexpr const char* kCleaning = "Удаление временных файлов...";
+
+inline std::string LoadedFileMissing(const std::string& file) {
+  return "По неизвестной причине отсутствует загруженный файл \"" + file + "\".";
+}
+
+inline std::string RegisteredFileMissing(const std::string& file) {
+  return "Регистрируемый файл \"" + file + "\" не найден.";
+}
+
+inline std::string UnregisteredFileMissing(const std::string& file) {
+  return "Разрегистрируемый файл \"" + file + "\" не найден.";
+}
+
+inline std::string NotRegistered(const std::string& file, std::int32_t code,
+                                 const std::string& reason) {
+  return "Ошибка регистрации файла \"" + file + "\" (0x" + ToHex(code) + "):" + kBreak + reason;
+}
+
+inline std::string NotUnregistered(const std::string& file, std::int32_t code,
+                                   const std::string& reason) {
+  return "Ошибка разрегистрации файла \"" + file + "\" (0x" + ToHex(code) + "):" + kBreak + reason;
+}
+
+// Restarting as a temporary copy, and as a newer updater.
+inline constexpr const char* kCopyingUpdater =
+    "Перенос программы обновления во временный каталог...";
+inline constexpr const char* kRestarting = "Перезапуск программы обновления...";
+inline constexpr const char* kLoadingUpdater = "Загрузка новой версии программы обновления...";
+inline constexpr const char* kNoComponents = "Список компонент программы обновления пуст.";
+
+inline std::string OwnFileMissing(const std::string& file) {
+  return "Файл \"" + file + "\", необходимый для работы программы обновления, не найден.";
+}
+
+inline std::string NoFreeName(const std::string& name, const std::string& folder) {
+  return "Невозможно отыскать уникальное имя файла для загружаемого модуля \"" + name +
+         "\" . Возможно, текущему пользователю не хватает прав для работы во временной папке \"" +
+         folder + "\".";
+}
+
+inline std::string ComponentNotLoaded(const std::string& url) {
+  return "Ошибка загрузки файла \"" + url + "\". Файл не был загружен.";
+}
+
+inline std::string ComponentLengthDiffers(const std::string& url, std::int64_t length,
+                                          std::int32_t expected) {
+  return "Длина загруженного файла \"" + url + "\" не совпадает с ожидаемой (длина " +
+         std::to_string(length) + ", ожидается " + std::to_string(expected) + ").";
+}
+
+inline std::string ComponentHashDiffers(const std::string& url) {
+  return "Контрольная сумма загруженного файла \"" + url + "\" не совпадает с ожидаемой.";
+}
+
+}  // namespace tmw::engine_texts

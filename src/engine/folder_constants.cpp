@@ -1,0 +1,34 @@
+#include "engine/folder_constants.h"
+
+#include <cstddef>
+
+#include "foundation/program_error.h"
+
+namespace tmw {
+
+std::string ExpandFolderConstants(const std::string& text,
+                                  const std::map<std::string, std::string>& constants) {
+  std::string result = text;
+  std::size_t position = 0;
+  while (position < result.size()) {
+    const std::size_t open = result.find('{', position);
+    if (open == std::string::npos) break;
+    if (result.compare(open, 2, "{{") == 0) {
+      const std::size_t close = result.find("}}", open + 2);
+      if (close == std::string::npos) break;
+      result.replace(open, close + 2 - open, "{" + result.substr(open + 2, close - open - 2) + "}");
+      position = close;
+      continue;
+    }
+    const std::size_t close = result.find('}', open + 1);
+    if (close == std::string::npos) break;
+    const std::string name = result.substr(open + 1, close - open - 1);
+    const auto found = constants.find(name);
+    if (found == constants.end()) RaiseProgramError("Unknown Const name: " + name);
+    result.replace(open, close + 1 - open, found->second);
+    position = open + found->second.size();
+  }
+  return result;
+}
+
+}  // namespace tmw

@@ -1,0 +1,132 @@
+#include <algorithm>
+
+#include "engine/engine_texts.h"
+#include "engine/interruption_mark.h"
+#include "engine/ks_updater.h"
+#include "engine/registration.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+#include "platform/clock.h"
+#include "platform/file_system.h"
+#include "platform/ports.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "KsUpdater";
+
+constexpr std::int32_t kAfterUnregisteringMs = 10;
+constexpr const char* kScriptEnding = ".tms";
+constexpr const char* kScriptCompanionEnding = ".xml";
+
+std::string InstalledPath(const WuFileNode& file) { return JoinPath(file.Folder, file.OrigName); }
+
+// A script of the product has a description of the same base name beside it, which is never part of
+// a release and goes with the script.
+void DeleteScriptCompanion(const WuFileNode& file) {
+  if (!LowerCase(file.OrigName).ends_with(kScriptEnding)) return;
+  DeleteFile(JoinPath(file.Folder, SplitFileName(file.OrigName).Name + kScriptCompanionEnding),
+             true);
+}
+
+void UninstallFile(const WuFileNode& file) {
+  const std::string installed = InstalledPath(file);
+  if (IsFileExists(installed)) {
+    if (file.IsCom) {
+      static_cast<void>(UnregisterDll(installed, true));
+      platform::CurrentPorts().clock->Sleep(kAfterUnregisteringMs);
+    }
+    DeleteFileRepeatedly(installed);
+  }
+  DeleteScriptCompanion(file);
+}
+
+bool InstallFile(const ReleasePaths& release, const WuFileNode& file) {
+  const std::string loaded = LoadedPath(release, file.OrigName);
+  const std::string installed = InstalledPath(file);
+  if (!IsFileExists(loaded)) {
+    DownloadError(engine_texts::LoadedFileMissing(loaded));
+    return false;
+  }
+  std::string reason;
+  if (!TryCreateFolderIfAbsent(file.Folder, reason)) {
+    DownloadError(reason);
+    return false;
+  }
+  if (IsFileExists(installed)) DeleteFileRepeatedly(installed);
+  CopyFile(loaded, installed);
+  return !file.IsCom || DoRegisterDll(installed, false);
+}
+
+void CleanupFolder(const std::string& folder) {
+  if (folder.empty() || !IsFolderExists(folder)) return;
+  DeleteFiles(JoinPath(folder, "*.*"), true);
+  DeleteFiles(JoinPath(folder, "*"), true);
+  static_cast<void>(platform::CurrentPorts().files->RemoveFolder(folder));
+}
+
+}  // namespace
+
+bool KsUpdater::UninstallOldFiles() try {
+  SetMainAction(engine_texts::kRemovingOld);
+  const auto needed = std::count_if(files_.begin(), files_.end(),
+                                    [](const WuFileNode& file) { return file.NeedUpdate; });
+  SetupProgress(static_cast<std::int32_t>(needed), false);
+  MarkInstallation(release_, version_id_);
+  std::int32_t count = 0;
+  for (const WuFileNode& file : files_) {
+    if (!file.NeedUpdate) continue;
+    SetSubAction(file.OrigName);
+    UninstallFile(file);
+    SetProgress(++count);
+  }
+  SetMainAction("");
+  SetSubAction("");
+  SetupProgress(0, false);
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "UninstallOldFiles");
+}
+
+bool KsUpdater::InstallNewFiles() try {
+  SetMainAction(engine_texts::kInstalling);
+  const auto handled = std::count_if(files_.begin(), files_.end(), [](const WuFileNode& file) {
+    return file.NeedUpdate || file.IsCom;
+  });
+  SetupProgress(static_cast<std::int32_t>(handled), false);
+  std::int32_t count = 0;
+  for (const WuFileNode& file : files_) {
+    if (!file.NeedUpdate && !file.IsCom) continue;
+    SetSubAction(file.OrigName);
+    if (file.NeedUpdate) {
+      if (!InstallFile(release_, file)) return false;
+    } else {
+      // An unchanged component is registered again; that it fails is nothing new.
+      static_cast<void>(DoRegisterDll(InstalledPath(file), true));
+    }
+    SetProgress(++count);
+  }
+  SetMainAction("");
+  SetSubAction("");
+  SetupProgress(0, false);
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "InstallNewFiles");
+}
+
+void KsUpdater::CleanupTempFolders() try {
+  SetMainAction(engine_texts::kCleaning);
+  SetSubAction("");
+  // First of all: the installation is complete now, whatever becomes of the rest.
+  UnmarkInstallation(release_);
+  for (const std::string& folder : {release_.Structures, release_.Scripts, release_.Loaded,
+                                    release_.Parts, release_.Folder, temp_dir_}) {
+    CleanupFolder(folder);
+  }
+  SetMainAction("");
+} catch (...) {
+  ReRaiseError(kModule, "CleanupTempFolders");
+}
+
+}  // namespace tmw

@@ -1,0 +1,53 @@
+#include "engine/engine_texts.h"
+#include "engine/ks_updater.h"
+#include "engine/updater_utils.h"
+#include "foundation/error_handling.h"
+#include "foundation/version.h"
+#include "platform/front_end.h"
+#include "platform/ports.h"
+#include "platform/product_version.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "KsUpdater";
+constexpr std::int32_t kNotComparable = -2;
+
+}  // namespace
+
+std::string KsUpdater::LoadOldProductVersion() try {
+  return platform::CurrentPorts().product_version->InstalledVersion().value_or("");
+} catch (...) {
+  ReRaiseError(kModule, "LoadOldProductVersion");
+}
+
+bool KsUpdater::CheckProductVersion() try {
+  if (old_product_version_.empty()) return true;
+  SetMainAction(engine_texts::kComparingVersions);
+  const bool result = CompareProductVersions();
+  SetMainAction("");
+  return result;
+} catch (...) {
+  ReRaiseError(kModule, "CheckProductVersion");
+}
+
+bool KsUpdater::CompareProductVersions() {
+  platform::FrontEnd& front_end = *platform::CurrentPorts().front_end;
+  switch (CompareVersionStrings(old_product_version_, new_version_, kNotComparable)) {
+    case -1:
+      return true;
+    case 0:
+      // Asked in an unattended run too: a repair is nothing that goes without saying.
+      return front_end.AskYesNo(engine_texts::kNotNeededTitle,
+                                engine_texts::SameVersionQuestion(old_product_version_));
+    case 1:
+      front_end.ShowMessage(platform::MessageKind::kInformation, engine_texts::kImpossibleTitle,
+                            engine_texts::InstalledIsNewer(old_product_version_, new_version_));
+      return false;
+    default:
+      DownloadError(engine_texts::VersionsNotComparable(old_product_version_, new_version_));
+      return false;
+  }
+}
+
+}  // namespace tmw

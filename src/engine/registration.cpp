@@ -1,0 +1,96 @@
+#include "engine/registration.h"
+
+#include <cstdint>
+
+#include "engine/engine_texts.h"
+#include "engine/ks_updater.h"
+#include "engine/updater_utils.h"
+#include "foundation/api_errors.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+#include "foundation/text.h"
+#include "packages/companion.h"
+#include "platform/ports.h"
+#include "platform/system_info.h"
+#include "startup/services/processes.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "KsUpdater";
+constexpr const char* kTool = "regsvr32.exe";
+
+std::string FindTool() {
+  const std::string windows = GetWindowsFolder();
+  const std::string system = GetSystemFolder();
+  if (windows.empty()) return {};
+  for (const std::string& folder : {JoinPath(windows, "SysWOW64"), JoinPath(windows, "System32"),
+                                    system, JoinPath(windows, "System"), windows}) {
+    const std::string candidate = JoinPath(folder, kTool);
+    if (IsFileExists(candidate)) return candidate;
+  }
+  return {};
+}
+
+struct Direction {
+  const char* tool_options;
+  std::string (*missing)(const std::string& file);
+  std::string (*failed)(const std::string& file, std::int32_t code, const std::string& reason);
+  std::int32_t (*call)(const std::string& file);
+};
+
+bool Change(const Direction& direction, const std::string& file, bool is_quiet) {
+  if (!IsFileExists(file)) {
+    if (!is_quiet) DownloadError(direction.missing(file));
+    return false;
+  }
+  if (GetNoRegisteringParam()) return true;
+  const std::string tool = GetRegSvr32FileName();
+  if (!tool.empty() &&
+      RunProcess("", Quoted(tool) + direction.tool_options + Quoted(file), "", true, 0) == 0) {
+    return true;
+  }
+  const std::int32_t code = direction.call(file);
+  if (code == 0) return true;
+  if (!is_quiet) DownloadError(direction.failed(file, code, GetApiErrorText(code, "")));
+  return false;
+}
+
+}  // namespace
+
+bool DoRegisterDll(const std::string& file, bool is_quiet) try {
+  static constexpr Direction kRegister = {" -s ", engine_texts::RegisteredFileMissing,
+                                          engine_texts::NotRegistered, CompanionRegisterDll};
+  return Change(kRegister, file, is_quiet);
+} catch (...) {
+  ReRaiseError(kModule, "DoRegisterDll");
+}
+
+bool UnregisterDll(const std::string& file, bool is_quiet) try {
+  static constexpr Direction kUnregister = {" -u -s ", engine_texts::UnregisteredFileMissing,
+                                            engine_texts::NotUnregistered, CompanionUnregisterDll};
+  return Change(kUnregister, file, is_quiet);
+} catch (...) {
+  ReRaiseError(kModule, "UnregisterDll");
+}
+
+std::string GetRegSvr32FileName() try {
+  static const std::string tool = FindTool();
+  return tool;
+} catch (...) {
+  ReRaiseError(kModule, "GetRegSvr32FileName");
+}
+
+std::string GetWindowsFolder() try {
+  return platform::CurrentPorts().system_info->SystemFolders().windows;
+} catch (...) {
+  ReRaiseError(kModule, "GetWindowsFolder");
+}
+
+std::string GetSystemFolder() try {
+  return platform::CurrentPorts().system_info->SystemFolders().system;
+} catch (...) {
+  ReRaiseError(kModule, "GetSystemFolder");
+}
+
+}  // namespace tmw

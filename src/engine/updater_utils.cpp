@@ -1,0 +1,65 @@
+#include "engine/updater_utils.h"
+
+#include <cmath>
+#include <cstdint>
+
+#include "foundation/contract_names.h"
+#include "foundation/error_handling.h"
+#include "platform/database.h"
+#include "platform/front_end.h"
+#include "platform/ports.h"
+#include "startup/services/product_settings.h"
+#include "startup/services/updater_settings.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "miUpdaterUtils";
+
+constexpr double kKilo = 1024;
+constexpr double kMega = kKilo * 1024;
+constexpr double kGiga = kMega * 1024;
+constexpr double kSwitch = 800;  // of the smaller unit
+constexpr double kLastPlainByte = 2047;
+
+// "0.0" with the Russian decimal separator, half away from zero.
+std::string OneDecimal(double value) {
+  const auto tenths = static_cast<std::int64_t>(std::floor(value * 10 + 0.5));
+  return std::to_string(tenths / 10) + "," + std::to_string(tenths % 10);
+}
+
+}  // namespace
+
+std::string GetFriendlySizeString(double bytes, bool is_short) try {
+  if (bytes > kSwitch * kMega) return OneDecimal(bytes / kGiga) + (is_short ? " ГБ" : " гигабайт");
+  if (bytes > kSwitch * kKilo) return OneDecimal(bytes / kMega) + (is_short ? " М" : " мегабайт");
+  if (bytes > kLastPlainByte) return OneDecimal(bytes / kKilo) + (is_short ? " К" : " килобайт");
+  return std::to_string(static_cast<std::int64_t>(bytes)) + (is_short ? "" : "байт");
+} catch (...) {
+  ReRaiseError(kModule, "GetFriendlySizeString");
+}
+
+bool AskYesNo(const std::string& question, const std::string& title) try {
+  if (GetUpdaterSettings().NoFinalMessage) return true;
+  return platform::CurrentPorts().front_end->AskYesNo(title, question);
+} catch (...) {
+  ReRaiseError(kModule, "AskYesNo");
+}
+
+bool GetNoRegisteringParam() try {
+  static const bool value = ReadRegistryBoolean(true, std::string(names::kDevelopmentKey),
+                                                std::string(names::kNoRegisteringSetting), false);
+  return value;
+} catch (...) {
+  ReRaiseError(kModule, "GetNoRegisteringParam");
+}
+
+void FlushDBEngine() try {
+  platform::DatabaseEngine& engine = *platform::CurrentPorts().database;
+  engine.Idle(platform::IdleOption::kRefreshCache);
+  engine.Idle(platform::IdleOption::kFreeLocks);
+} catch (...) {
+  ReRaiseError(kModule, "FlushDBEngine");
+}
+
+}  // namespace tmw
