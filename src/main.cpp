@@ -3,6 +3,7 @@
 #include "startup/main_procedure.h"
 #include "startup/services/updater_settings.h"
 #include "ui/error_form.h"
+#include "ui/progress_lines.h"
 
 int main(int argc, char** argv) {
   if (const auto exit_code = platform::WaitForUpdaterChain()) return *exit_code;
@@ -10,6 +11,6 @@ int main(int argc, char** argv) {
   platform::CurrentPorts() = host->MakePorts();
   tmw::SetErrorEnvironment({[] { return std::make_unique<tmw::ErrorForm>(); },
                             [] { return tmw::GetUpdaterSettings().NoFinalMessage; }});
-  tmw::Main({});
+  tmw::Main([] { return std::make_unique<tmw::ProgressLines>(tmw::ExitUpdater); });
   return 0;
 }

@@ -12,8 +12,7 @@ inline void AddChecked(std::int32_t& sum, std::int32_t summand) {
   const std::int64_t result = std::int64_t{sum} + summand;
   if (result > std::numeric_limits<std::int32_t>::max() ||
       result < std::numeric_limits<std::int32_t>::min()) {
-    throw ProgramError(kOverflowErrorNumber,
-                       "Переполнение: объем загрузки превышает 2 гигабайта.");
+    throw ProgramError(kOverflowErrorNumber, "Переполнение: объем загрузки превышает 2 гигабайта.");
   }
   sum = static_cast<std::int32_t>(result);
 }

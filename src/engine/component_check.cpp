@@ -3,10 +3,13 @@
 #include "engine/engine_texts.h"
 #include "engine/ks_updater.h"
 #include "foundation/api_errors.h"
+#include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "packages/companion_functions.h"
 #include "packages/hash_api.h"
-#include "packages/unrar.h"
+#include "packages/rar_archive.h"
+#include "platform/ports.h"
 
 namespace tmw {
 namespace {
@@ -19,6 +22,16 @@ bool Refuse(const std::string& message, const std::string& file) {
   return false;
 }
 
+// What the companion library says of a file's integrity data.
+using IntegrityCheck = std::int32_t(COMPANION_CALL*)(const char* path);
+
+platform::Status CheckIntegrity(IntegrityCheck check, const std::string& file) {
+  const std::string ansi_name = Utf8ToCodePage(CodePage::k1251, file);
+  const std::int32_t result = check(ansi_name.c_str());
+  const platform::SystemCode code = platform::CurrentPorts().companion->LastError();
+  return result != 0 ? platform::Status::Success() : platform::Status::Failure(code);
+}
+
 // The text of a failed integrity check; code 0 is a failure without a reason.
 void TellCheckFailure(const std::string& file, platform::SystemCode code) {
   DownloadError(code == 0 ? engine_texts::CheckFailedUnknown(file)
@@ -29,8 +42,8 @@ void TellCheckFailure(const std::string& file, platform::SystemCode code) {
 
 bool IsLoadedFileReusable(const std::string& loaded, const ComponentFacts& expected) {
   if (!IsFileExists(loaded)) return false;
-  const bool has_length = expected.pack_method == kPackText ||
-                          GetFileLength(loaded) == expected.expected_length;
+  const bool has_length =
+      expected.pack_method == kPackText || GetFileLength(loaded) == expected.expected_length;
   if (has_length && GetFileHash(loaded) == expected.expected_hash) return true;
   DeleteFileRepeatedly(loaded);
   return false;
@@ -67,7 +80,8 @@ bool VerifyComponent(const ReleasePaths& release, const ComponentFacts& expected
   const std::string unpacked = UnpackedPath(release, expected.name);
   const bool is_text = expected.pack_method == kPackText;
   if (!is_text && GetFileLength(unpacked) != expected.expected_length) {
-    return Refuse(engine_texts::LoadingFault(expected.name, engine_texts::kLengthDiffers), unpacked);
+    return Refuse(engine_texts::LoadingFault(expected.name, engine_texts::kLengthDiffers),
+                  unpacked);
   }
   const std::string hash =
       is_text ? GetStringHash(ReadUnicodeFileToString(unpacked)) : GetFileHash(unpacked);
@@ -92,7 +106,7 @@ bool VerifyPackage(const std::string& url, const std::string& file, const WuPack
 }
 
 bool CheckFileCrc(const std::string& file) try {
-  const platform::Status status = CheckIntegrity(file, false);
+  const platform::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrc, file);
   if (status) return true;
   DeleteFile(file);
   TellCheckFailure(file, status.code);
@@ -102,7 +116,7 @@ bool CheckFileCrc(const std::string& file) try {
 }
 
 bool CheckFileCrcEx(const std::string& file) try {
-  const platform::Status status = CheckIntegrity(file, true);
+  const platform::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrcEx, file);
   if (status) return true;
   TellCheckFailure(file, status.code);
   return false;

@@ -12,9 +12,9 @@ namespace tmw {
 
 // What the manifest says of a component.
 struct ComponentFacts {
-  std::string name;                // installed
-  std::int32_t pack_method = 0;    // unchecked
-  std::int32_t server_size = 0;    // bytes
+  std::string name;                  // installed
+  std::int32_t pack_method = 0;      // unchecked
+  std::int32_t server_size = 0;      // bytes
   std::int32_t expected_length = 0;  // bytes, unpacked; -1 when it is not known
   std::string expected_hash;
 };

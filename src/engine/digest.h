@@ -11,15 +11,16 @@
 // The version digest, "TMW_version.dat". Lines separated by CR LF:
 //   1  version of the update, exactly four numbers
 //   2  oldest updater that may process it; major and minor count
-//   3… "updater:name|size|hash" (fields beyond are ignored), one for each file of the updater itself;
+//   3… "updater:name|size|hash" (fields beyond are ignored), one for each file of the updater
+//   itself;
 //      other lines are ignored
 namespace tmw {
 
 // What the required version means for this updater.
 enum class UpdaterVersionCheck {
-  kUnreadable,     // the line is no version
-  kTooOld,         // an older major number: nothing can be done automatically
-  kUpdateNeeded,   // the updater must replace itself first
+  kUnreadable,    // the line is no version
+  kTooOld,        // an older major number: nothing can be done automatically
+  kUpdateNeeded,  // the updater must replace itself first
   kGood,
 };
 

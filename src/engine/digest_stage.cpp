@@ -95,7 +95,8 @@ bool KsUpdater::ParseUpdaterDigestPart(const std::vector<std::string>& lines) tr
     case ComponentLineError::kNone:
       break;
   }
-  for (const WuUpdaterComponent& component : updater_components_) RequireFileName(component.Name);
+  for (const WuUpdaterComponent& component : updater_components_)
+    RequireFileName(component.Name);
   return true;
 } catch (...) {
   ReRaiseError(kModule, "ParseUpdaterDigestPart");

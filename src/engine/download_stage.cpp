@@ -9,7 +9,7 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "packages/hash_api.h"
-#include "packages/unrar.h"
+#include "packages/rar_archive.h"
 #include "startup/services/updater_settings.h"
 
 namespace tmw {
@@ -22,8 +22,8 @@ constexpr std::int32_t kNoLength = -1;  // a table's length is not known
 
 bool KsUpdater::CreateDownloadingFolder() try {
   release_ = MakeReleasePaths(temp_dir_, version_id_);
-  for (const std::string& folder : {release_.Folder, release_.Parts, release_.Loaded,
-                                    release_.Scripts, release_.Structures}) {
+  for (const std::string& folder :
+       {release_.Folder, release_.Parts, release_.Loaded, release_.Scripts, release_.Structures}) {
     CreateFolderIfAbsent(folder);
   }
   return true;
@@ -32,7 +32,8 @@ bool KsUpdater::CreateDownloadingFolder() try {
 }
 
 bool KsUpdater::DownloadNecessaryFiles() try {
-  downloader_ = std::make_unique<InetFileDownloader>(*this);
+  DownloaderEvents& listener = *this;
+  downloader_ = std::make_unique<InetFileDownloader>(listener);
   SetMainAction(engine_texts::kDownloading);
   SetupProgress(download_volume_, true);
   progress_position_ = 0;
@@ -79,7 +80,14 @@ bool KsUpdater::DownloadDatabasePackages() {
 
 bool KsUpdater::Transfer(const std::string& url, const std::string& target) {
   transfer_url_ = url;
-  if (downloader_->DownloadFile(url, target, true)) return true;
+  too_much_received_ = false;
+  try {
+    if (downloader_->DownloadFile(url, target, true)) return true;
+  } catch (...) {
+    // Nothing that a later run could continue: its first look would fail on the same bytes.
+    if (too_much_received_) DeleteFile(target + std::string(names::kPartEnding), true);
+    throw;
+  }
   if (!downloader_->Cancelled()) DownloadError(engine_texts::NotLoaded(url));
   return false;
 }
@@ -142,6 +150,7 @@ void KsUpdater::OnChunkLoaded(bool /*is_skipped*/, std::int32_t byte_count) try 
   AddChecked(file_received_, byte_count);
   const std::int32_t announced = file_end_ - file_start_;
   if (file_received_ > MaxComponent(announced)) {
+    too_much_received_ = true;
     RaiseProgramError(engine_texts::TooMuchReceived(transfer_url_));
   }
   progress_position_ = file_start_ + std::min(file_received_, announced);

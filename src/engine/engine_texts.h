@@ -19,7 +19,8 @@ inline constexpr const char* kImpossibleTitle = "Обновление невоз
 
 // The run.
 inline constexpr const char* kStillTooOld =
-    "Для обновления этой версии требуется загрузить новую программу обновления. Попытка сделать это "
+    "Для обновления этой версии требуется загрузить новую программу обновления. Попытка сделать "
+    "это "
     "автоматически не удалась. Обновление программы придется производить вручную.";
 inline constexpr const char* kServerComputerOnly =
     "Требуется обновление таблиц или справочников в базе данных, однако эту операцию следует "
@@ -35,7 +36,8 @@ inline std::string VolumeQuestion(const std::string& size) {
 
 inline std::string NoTempFolder(const std::string& folder) {
   return "Невозможно создать временную папку для загрузки \"" + folder +
-         "\". Возможные причины: у текущего пользователя отсутствуют необходимые права; в системных "
+         "\". Возможные причины: у текущего пользователя отсутствуют необходимые права; в "
+         "системных "
          "настройках Windows указан неверный путь к временной папке.";
 }
 
@@ -77,10 +79,12 @@ inline constexpr const char* kComparingVersions = "Сравнение верси
 
 inline std::string SameVersionQuestion(const std::string& installed) {
   return "Текущая версия программы (" + installed +
-         ") совпадает с версией, находящейся на сайте. Как правило, в данной ситуации обновления не "
+         ") совпадает с версией, находящейся на сайте. Как правило, в данной ситуации обновления "
+         "не "
          "требуется." +
          kBreak + kBreak +
-         "Есть возможность сверить файлы, установленные на данном компьютере, с теми, что находятся "
+         "Есть возможность сверить файлы, установленные на данном компьютере, с теми, что "
+         "находятся "
          "на сервере, и, в случае расхождения, установить с сервера правильные компоненты." +
          kBreak + kBreak + "Провести проверку и восстановление текущей версии программы?";
 }
@@ -88,8 +92,7 @@ inline std::string SameVersionQuestion(const std::string& installed) {
 inline std::string InstalledIsNewer(const std::string& installed, const std::string& on_server) {
   return "Текущая версия программы (" + installed +
          ") новее той, что находится на сервере Kestrel Soft (" + on_server + ")." + kBreak +
-         kBreak +
-         "Ситуация необычна. Обновление программы средствами данной утилиты невозможно.";
+         kBreak + "Ситуация необычна. Обновление программы средствами данной утилиты невозможно.";
 }
 
 inline std::string VersionsNotComparable(const std::string& installed,
@@ -177,6 +180,11 @@ inline std::string CheckFailedUnknown(const std::string& file) {
 inline std::string TooMuchReceived(const std::string& url) {
   return "Сервер передает больше данных, чем объявлено в списке файлов: \"" + url + "\".";
 }
+
+// The databases.
+inline constexpr const char* kNoDatabaseUpdate =
+    "Данная сборка программы обновления не умеет обновлять базу данных. Обновить можно только "
+    "клиентскую установку программы. Установленные файлы и база данных не изменены.";
 
 // Installing.
 inline constexpr const char* kRemovingOld = "Удаление старых компонент...";

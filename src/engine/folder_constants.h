@@ -5,8 +5,9 @@
 
 namespace tmw {
 
-// Replaces "{name}" by the constant of that name and "{{text}}" by "{text}"; values are not expanded
-// again. A brace without its partner ends the work, the rest stays. An unknown name raises.
+// Replaces "{name}" by the constant of that name and "{{text}}" by "{text}"; values are not
+// expanded again. A brace without its partner ends the work, the rest stays. An unknown name
+// raises.
 std::string ExpandFolderConstants(const std::string& text,
                                   const std::map<std::string, std::string>& constants);
 

@@ -20,7 +20,9 @@ constexpr std::int32_t kAfterUnregisteringMs = 10;
 constexpr const char* kScriptEnding = ".tms";
 constexpr const char* kScriptCompanionEnding = ".xml";
 
-std::string InstalledPath(const WuFileNode& file) { return JoinPath(file.Folder, file.OrigName); }
+std::string InstalledPath(const WuFileNode& file) {
+  return JoinPath(file.Folder, file.OrigName);
+}
 
 // A script of the product has a description of the same base name beside it, which is never part of
 // a release and goes with the script.

@@ -30,7 +30,9 @@ void MarkInstallation(const ReleasePaths& release, const std::string& version_id
   }
 }
 
-void UnmarkInstallation(const ReleasePaths& release) { DeleteFile(InterruptionMarkPath(release)); }
+void UnmarkInstallation(const ReleasePaths& release) {
+  DeleteFile(InterruptionMarkPath(release));
+}
 
 bool IsInstallationInterrupted(const ReleasePaths& release, const std::string& version_id) {
   const std::string path = InterruptionMarkPath(release);

@@ -1,6 +1,6 @@
 #include "engine/ks_updater.h"
 
-#include "database/user_database.h"
+#include "database/access_helpers.h"
 #include "engine/engine_texts.h"
 #include "engine/folder_constants.h"
 #include "engine/interruption_mark.h"
@@ -8,6 +8,7 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
+#include "platform/database.h"
 #include "platform/front_end.h"
 #include "platform/ports.h"
 #include "startup/services/product_settings.h"
@@ -22,7 +23,9 @@ void ShowInformation(const char* title, const std::string& text) {
   platform::CurrentPorts().front_end->ShowMessage(platform::MessageKind::kInformation, title, text);
 }
 
-std::string WithSlashAtEnd(const std::string& url) { return url.ends_with("/") ? url : url + "/"; }
+std::string WithSlashAtEnd(const std::string& url) {
+  return url.ends_with("/") ? url : url + "/";
+}
 
 }  // namespace
 
@@ -36,6 +39,7 @@ KsUpdater::KsUpdater(UpdaterEvents& events, std::function<void()> exit_updater)
 
 void KsUpdater::Execute(const std::string& product_code, const std::string& url,
                         const std::string& fallback_url, bool& updated) try {
+  updated = false;
   product_code_ = product_code;
   url_ = url;
   fallback_url_ = fallback_url;
@@ -128,11 +132,12 @@ bool KsUpdater::Initialize() try {
   if (!CreateTempDir()) return false;
   consts_ = {{"p", GetProductRootPath()}};
   version_id_.clear();
+  table_by_name_.clear();
   files_.clear();
   tables_.clear();
   updater_components_.clear();
   // Nobody else may hold the database: opening it alone proves that.
-  const std::string database = GetUserDBFileName();
+  const std::string database = database_utils::GetUserDBFileName();
   platform::CurrentPorts().database->OpenDatabase(database, true, false)->Close();
   const SplitName parts = SplitFileName(database);
   database_folder_ = parts.Folder;

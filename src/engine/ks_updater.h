@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "engine/release_paths.h"
 #include "engine/updater_events.h"
 #include "platform/database.h"
+#include "platform/xml_document.h"
 #include "transfer/inet_file_downloader.h"
 
 namespace tmw {
@@ -36,8 +36,6 @@ class KsUpdater final : private DownloaderEvents {
   const std::string& NewVersion() const { return new_version_; }
 
  private:
-  friend class KsUpdaterProbe;  // the tests' way to single stages
-
   using VersionNumbers = std::array<std::int32_t, 4>;
 
   // ks_updater.cpp: the run, its preparation, what stages tell.
@@ -54,7 +52,9 @@ class KsUpdater final : private DownloaderEvents {
   bool CancelPressed();
   void SetMainAction(const std::string& text) { events_.OnSetMainAction(text); }
   void SetSubAction(const std::string& text) { events_.OnSetSubAction(text); }
-  void SetupProgress(std::int32_t max, bool show_count) { events_.OnSetupProgress(max, show_count); }
+  void SetupProgress(std::int32_t max, bool show_count) {
+    events_.OnSetupProgress(max, show_count);
+  }
   void SetProgress(std::int32_t value) { events_.OnSetProgress(value); }
   void SetButtonMode(std::int32_t mode) { events_.OnSetButtonMode(mode); }
   void SetIcon(const std::string& name) { events_.OnSetIcon(name); }
@@ -82,6 +82,7 @@ class KsUpdater final : private DownloaderEvents {
   bool ParseTableNode(const platform::XmlNode& node, bool is_user);
   bool ParseFiles(const platform::XmlNode& root);
   bool ParseTables(const platform::XmlNode& root);
+  void RequireOneContentPerName() const;
 
   // update_list_stage.cpp
   bool BuildUpdateList();
@@ -148,7 +149,7 @@ class KsUpdater final : private DownloaderEvents {
   std::string version_id_;
   std::string version_id_name_;  // as an XML name; nothing in the run reads it
   std::vector<WuFileNode> files_;
-  std::vector<WuTableNode> tables_;              // dictionaries first
+  std::vector<WuTableNode> tables_;                   // dictionaries first
   std::map<std::string, std::size_t> table_by_name_;  // lower-cased name to position in tables_
   WuPackage scripts_package_;
   WuPackage structures_package_;
@@ -161,6 +162,7 @@ class KsUpdater final : private DownloaderEvents {
   ReleasePaths release_;
   std::unique_ptr<InetFileDownloader> downloader_;
   std::string transfer_url_;  // of the component under way
+  bool too_much_received_ = false;
   std::int32_t progress_position_ = 0;
   std::int32_t file_start_ = 0;
   std::int32_t file_end_ = 0;

@@ -5,7 +5,7 @@
 // How much a server may send where nothing announces a size, in bytes.
 namespace tmw {
 
-inline constexpr std::int64_t kMaxSmallFile = std::int64_t{1} << 20;        // digest, server list
+inline constexpr std::int64_t kMaxSmallFile = std::int64_t{1} << 20;  // digest, server list
 inline constexpr std::int64_t kMaxManifestPackage = std::int64_t{64} << 20;
 
 // A component may bring this much: twice what the manifest announces and a little.

@@ -7,7 +7,9 @@
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
 #include "foundation/xml_helpers.h"
-#include "packages/unrar.h"
+#include "packages/rar_archive.h"
+#include "platform/file_system.h"
+#include "platform/ports.h"
 #include "startup/services/product_settings.h"
 #include "transfer/inet.h"
 
@@ -26,10 +28,14 @@ WuPackage ReadPackage(const XmlNode& root, const char* name) {
   return package;
 }
 
-// Both separators are taken; the folder may be the root itself, written with a separator at its end.
+// Judged as it is written, before ".." and the like are taken out. The folder may be the root
+// itself, written with a separator at its end.
 std::string CheckedFolder(const std::string& expanded) {
-  const std::string folder = GetAbsoluteFolder(expanded);
-  RequireFolderUnderRoot(folder, GetProductRootPath());
+  RequireFolderUnderRoot(expanded, GetProductRootPath());
+  std::string folder = GetAbsoluteFileName(NativePath(expanded));
+  const char separator = platform::CurrentPorts().files->Separator();
+  while (folder.size() > 1 && folder.back() == separator)
+    folder.pop_back();
   return folder;
 }
 
@@ -85,6 +91,7 @@ bool KsUpdater::ParseManifest(const std::string& file) try {
   RequireFileName(version_id_);
   version_id_name_ = XmlMakeNodeName(version_id_);
   if (!ParseFiles(root) || !ParseTables(root)) return false;
+  RequireOneContentPerName();
   scripts_package_ = ReadPackage(root, "DBUpdates");
   structures_package_ = ReadPackage(root, "DBStruct");
   return true;
@@ -95,13 +102,30 @@ bool KsUpdater::ParseManifest(const std::string& file) try {
 bool KsUpdater::ParseFiles(const XmlNode& root) {
   for (const XmlNode* const group : XmlGetChildElements(root, "Files")) {
     for (const XmlNode* const folder_node : XmlGetChildElements(*group, "Folder")) {
-      const std::string folder = CheckedFolder(ParseConsts(XmlGetStringAttribute(*folder_node, "name")));
+      const std::string folder =
+          CheckedFolder(ParseConsts(XmlGetStringAttribute(*folder_node, "name")));
       for (const XmlNode* const file : XmlGetChildElements(*folder_node, "File")) {
         if (!ParseFileNode(*file, folder)) return false;
       }
     }
   }
   return true;
+}
+
+// All loaded files lie in one folder under their installed names, so a name means one content.
+void KsUpdater::RequireOneContentPerName() const {
+  std::map<std::string, const WuFileNode*> by_name;
+  for (const WuFileNode& file : files_) {
+    const auto [found, is_new] = by_name.emplace(LowerCase(file.OrigName), &file);
+    const WuFileNode& first = *found->second;
+    if (!is_new && (first.Hash != file.Hash || first.OrigSize != file.OrigSize)) {
+      RaiseProgramError(engine_texts::FileTwice(file.OrigName));
+    }
+  }
+  for (const WuTableNode& table : tables_) {
+    const std::string name = table.TableName + std::string(names::kTableEnding);
+    if (by_name.contains(LowerCase(name))) RaiseProgramError(engine_texts::FileTwice(name));
+  }
 }
 
 bool KsUpdater::ParseTables(const XmlNode& root) {

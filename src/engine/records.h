@@ -8,24 +8,24 @@ namespace tmw {
 
 // One program file of a release.
 struct WuFileNode {
-  std::string OrigName;        // as installed
-  std::string Folder;          // absolute, no separator at its end
-  std::string SrvName;         // on the server, relative to the loading URL
-  std::int32_t OrigSize = 0;   // installed
-  std::int32_t SrvSize = 0;    // on the server
-  std::int32_t PackType = 0;   // a PackMethod, unchecked
-  std::string Hash;            // of the installed file
-  bool IsCom = false;          // registered with the system after installation
+  std::string OrigName;       // as installed
+  std::string Folder;         // absolute, no separator at its end
+  std::string SrvName;        // on the server, relative to the loading URL
+  std::int32_t OrigSize = 0;  // installed
+  std::int32_t SrvSize = 0;   // on the server
+  std::int32_t PackType = 0;  // a PackMethod, unchecked
+  std::string Hash;           // of the installed file
+  bool IsCom = false;         // registered with the system after installation
   bool NeedUpdate = false;
 };
 
 // One table of the product's database.
 struct WuTableNode {
-  bool IsUser = false;         // the user's own content, never delivered
+  bool IsUser = false;  // the user's own content, never delivered
   std::string TableName;
-  std::string SrvFile;         // dictionaries only, likewise the next two
+  std::string SrvFile;  // dictionaries only, likewise the next two
   std::int32_t SrvSize = 0;
-  std::string Hash;            // of the content in the table text format
+  std::string Hash;  // of the content in the table text format
   bool NeedUpdate = false;
 };
 
@@ -38,16 +38,16 @@ struct WuPackage {
 
 // One file of the updater itself, from the digest.
 struct WuUpdaterComponent {
-  std::string Name;            // on the server, relative to the loading URL
+  std::string Name;  // on the server, relative to the loading URL
   std::int32_t Size = 0;
   std::string Hash;
-  std::string LocalFileName;   // set when it has been downloaded
+  std::string LocalFileName;  // set when it has been downloaded
 };
 
 enum PackMethod : std::int32_t {
-  kPackPlain = 1,       // verified by length and hash
-  kPackIntegrity = 2,   // carries integrity data of its own besides
-  kPackText = 3,        // a text, verified by the hash of the text
+  kPackPlain = 1,      // verified by length and hash
+  kPackIntegrity = 2,  // carries integrity data of its own besides
+  kPackText = 3,       // a text, verified by the hash of the text
 };
 
 }  // namespace tmw

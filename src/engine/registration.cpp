@@ -6,10 +6,11 @@
 #include "engine/ks_updater.h"
 #include "engine/updater_utils.h"
 #include "foundation/api_errors.h"
+#include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
-#include "packages/companion.h"
+#include "packages/companion_functions.h"
 #include "platform/ports.h"
 #include "platform/system_info.h"
 #include "startup/services/processes.h"
@@ -36,7 +37,7 @@ struct Direction {
   const char* tool_options;
   std::string (*missing)(const std::string& file);
   std::string (*failed)(const std::string& file, std::int32_t code, const std::string& reason);
-  std::int32_t (*call)(const std::string& file);
+  std::int32_t (COMPANION_CALL* companion::EntryPoints::*call)(const char* path);
 };
 
 bool Change(const Direction& direction, const std::string& file, bool is_quiet) {
@@ -50,7 +51,8 @@ bool Change(const Direction& direction, const std::string& file, bool is_quiet) 
       RunProcess("", Quoted(tool) + direction.tool_options + Quoted(file), "", true, 0) == 0) {
     return true;
   }
-  const std::int32_t code = direction.call(file);
+  const std::string ansi_name = Utf8ToCodePage(CodePage::k1251, file);
+  const std::int32_t code = (CompanionFunctions().*direction.call)(ansi_name.c_str());
   if (code == 0) return true;
   if (!is_quiet) DownloadError(direction.failed(file, code, GetApiErrorText(code, "")));
   return false;
@@ -60,7 +62,8 @@ bool Change(const Direction& direction, const std::string& file, bool is_quiet) 
 
 bool DoRegisterDll(const std::string& file, bool is_quiet) try {
   static constexpr Direction kRegister = {" -s ", engine_texts::RegisteredFileMissing,
-                                          engine_texts::NotRegistered, CompanionRegisterDll};
+                                          engine_texts::NotRegistered,
+                                          &companion::EntryPoints::RegisterDll};
   return Change(kRegister, file, is_quiet);
 } catch (...) {
   ReRaiseError(kModule, "DoRegisterDll");
@@ -68,7 +71,8 @@ bool DoRegisterDll(const std::string& file, bool is_quiet) try {
 
 bool UnregisterDll(const std::string& file, bool is_quiet) try {
   static constexpr Direction kUnregister = {" -u -s ", engine_texts::UnregisteredFileMissing,
-                                            engine_texts::NotUnregistered, CompanionUnregisterDll};
+                                            engine_texts::NotUnregistered,
+                                            &companion::EntryPoints::UnregisterDll};
   return Change(kUnregister, file, is_quiet);
 } catch (...) {
   ReRaiseError(kModule, "UnregisterDll");
@@ -82,13 +86,13 @@ std::string GetRegSvr32FileName() try {
 }
 
 std::string GetWindowsFolder() try {
-  return platform::CurrentPorts().system_info->SystemFolders().windows;
+  return platform::CurrentPorts().system_info->Folders().windows;
 } catch (...) {
   ReRaiseError(kModule, "GetWindowsFolder");
 }
 
 std::string GetSystemFolder() try {
-  return platform::CurrentPorts().system_info->SystemFolders().system;
+  return platform::CurrentPorts().system_info->Folders().system;
 } catch (...) {
   ReRaiseError(kModule, "GetSystemFolder");
 }

@@ -24,8 +24,9 @@ std::string PartPath(const ReleasePaths& release, const std::string& name);
 std::string UnpackedPath(const ReleasePaths& release, const std::string& name);
 std::string LoadedPath(const ReleasePaths& release, const std::string& name);
 
-// It lies there from the moment the first old file is removed until clean-up, and names the release.
-// While it is there the installation is half done, and the next run of that release finishes it.
+// It lies there from the moment the first old file is removed until clean-up, and names the
+// release. While it is there the installation is half done, and the next run of that release
+// finishes it.
 std::string InterruptionMarkPath(const ReleasePaths& release);
 
 }  // namespace tmw

@@ -1,7 +1,10 @@
-#include <vector>
+#include <cstdint>
+#include <span>
+#include <string>
 
 #include "engine/engine_texts.h"
 #include "engine/ks_updater.h"
+#include "engine/limits.h"
 #include "foundation/api_errors.h"
 #include "foundation/contract_names.h"
 #include "foundation/encodings.h"
@@ -23,7 +26,9 @@ namespace {
 constexpr const char* kModule = "KsUpdater";
 constexpr int kNumberedNames = 100;
 
-platform::Processes& OwnProcess() { return *platform::CurrentPorts().processes; }
+platform::Processes& OwnProcess() {
+  return *platform::CurrentPorts().processes;
+}
 
 // The options this process was started with come last, so that they survive the restart.
 std::string RestartLine(const std::string& program, const std::string& own_options) {
@@ -44,8 +49,17 @@ std::string FindFreeName(const std::string& folder, const std::string& name) {
   return {};
 }
 
+std::string CompanionFileName() {
+  return SplitFileName(platform::CurrentPorts().companion->Path()).FileName();
+}
+
 bool IsProgram(const std::string& name) {
   return LowerCase(SplitFileName(name).Extension) == "exe";
+}
+
+std::string HashOf(const std::string& bytes) {
+  return CSHA256().SHA256(
+      std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
 }
 
 bool VerifyUpdaterComponent(const std::string& url, const WuUpdaterComponent& component) {
@@ -59,7 +73,7 @@ bool VerifyUpdaterComponent(const std::string& url, const WuUpdaterComponent& co
     DownloadError(engine_texts::ComponentLengthDiffers(url, length, component.Size));
     return false;
   }
-  if (CSHA256().SHA256(ReadFileBytes(file)) != component.Hash) {
+  if (HashOf(ReadFileBytes(file)) != component.Hash) {
     DownloadError(engine_texts::ComponentHashDiffers(url));
     return false;
   }
@@ -77,7 +91,7 @@ bool KsUpdater::CopyToTempFolderAndRestart() try {
   std::string copied_program;
   std::string copied_library;
   if (!CopyModuleToTempFolder(JoinPath(".", program), copied_program) ||
-      !CopyModuleToTempFolder(JoinPath(".", platform::CompanionFileName()), copied_library)) {
+      !CopyModuleToTempFolder(JoinPath(".", CompanionFileName()), copied_library)) {
     return false;
   }
   SetMainAction(engine_texts::kRestarting);
@@ -133,7 +147,7 @@ bool KsUpdater::DownloadUpdaterComponent(WuUpdaterComponent& component) {
     component.LocalFileName = JoinPath(temp_dir_, component.Name);
     DeleteFileRepeatedly(component.LocalFileName);
   }
-  DownloadFile(url, component.LocalFileName);
+  DownloadFile(url, component.LocalFileName, MaxComponent(component.Size));
   return !CancelPressed() && VerifyUpdaterComponent(url, component) && !CancelPressed();
 }
 
@@ -154,7 +168,8 @@ bool KsUpdater::StartNewUpdater() {
   }
   const std::string& program = updater_components_.front().LocalFileName;
   const platform::Status status = platform::CurrentPorts().files->MakeExecutable(program);
-  if (!status) RaiseApiErrorWithMessage("Ошибка подготовки программы " + Quoted(program) + ":", status.code);
+  if (!status)
+    RaiseApiErrorWithMessage("Ошибка подготовки программы " + Quoted(program) + ":", status.code);
   RunProcess(program, RestartLine(program, " " + std::string(names::kOptionRestarted)), "", false,
              kContinuesChain);
   exit_updater_();

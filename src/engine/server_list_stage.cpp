@@ -48,8 +48,8 @@ bool KsUpdater::ChooseServer() {
     return false;
   }
   const std::int64_t tick = platform::CurrentPorts().clock->TickCount();
-  loading_url_ = JoinUrl(servers[PickServer(tick, servers.size())],
-                         product_code_ + "_" + new_version_);
+  loading_url_ =
+      JoinUrl(servers[PickServer(tick, servers.size())], product_code_ + "_" + new_version_);
   return true;
 }
 

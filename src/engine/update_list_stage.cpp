@@ -1,6 +1,6 @@
+#include "database/access_helpers.h"
 #include "database/open_mdb.h"
 #include "database/table_export.h"
-#include "database/user_database.h"
 #include "engine/checked_sum.h"
 #include "engine/engine_texts.h"
 #include "engine/ks_updater.h"
@@ -98,7 +98,7 @@ bool KsUpdater::CheckForTableUpdate(WuTableNode& node) try {
 }
 
 std::unique_ptr<platform::Database> KsUpdater::GetUserDB() try {
-  return OpenMdb(GetUserDBFileName(), "базы данных", true, false);
+  return OpenMdb(database_utils::GetUserDBFileName(), "базы данных", true, false);
 } catch (...) {
   ReRaiseError(kModule, "GetUserDB");
 }

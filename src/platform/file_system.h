@@ -103,6 +103,9 @@ class FileSystem {
   // Makes a rename or a creation in that folder durable. Windows: nothing to do.
   virtual Status FlushFolder(const std::string& folder) = 0;
 
+  // So that it can be started as a program. Windows: nothing to do.
+  virtual Status MakeExecutable(const std::string& path) = 0;
+
   virtual bool MeansMissing(SystemCode code) const = 0;
   virtual bool MeansOtherDevice(SystemCode code) const = 0;
 

@@ -13,6 +13,7 @@ class FrontEnd;
 class Internet;
 class NamedMutexes;
 class Processes;
+class ProductVersion;
 class SettingsStore;
 class SystemInfo;
 class XmlParser;
@@ -31,6 +32,7 @@ struct Ports {
   Internet* internet = nullptr;
   NamedMutexes* mutexes = nullptr;
   Processes* processes = nullptr;
+  ProductVersion* product_version = nullptr;
   SettingsStore* settings = nullptr;
   SystemInfo* system_info = nullptr;
   XmlParser* xml = nullptr;

@@ -18,4 +18,6 @@ class ProductVersion {
   virtual std::optional<std::string> InstalledVersion() = 0;
 };
 
+std::unique_ptr<ProductVersion> MakeProductVersion();
+
 }  // namespace platform

@@ -9,7 +9,7 @@
 
 namespace platform {
 
-enum class SettingsRoot { kMachine, kUser };
+enum class SettingsRoot { kMachine, kUser, kClasses };
 
 // A failure of the store. description is the Russian message where the store has more to say than a
 // code, else empty: with code 0 the whole of it (a broken settings file: its name, line and fault),
@@ -29,6 +29,7 @@ struct SettingsResult {
 // The registry, for reading. Keys are written with "\" ("SOFTWARE\\Kestrel Soft\\Tamrin\\General");
 // keys and names compare without regard to case, the empty name is the key's default value.
 // Windows: the 32-bit view of the registry, from 64-bit programs too.
+// Classes are HKEY_CLASSES_ROOT; on Linux they are a section of the machine's file.
 // Linux: files in the registry editor's text format, read once per process: the machine's at
 // /etc/tamrin/machine.reg (or $TAMRIN_MACHINE_REG), the user's at $XDG_CONFIG_HOME/tamrin/user.reg
 // (or $TAMRIN_USER_REG). A missing file is an empty one.

@@ -24,6 +24,12 @@ struct HardwareFacts {
   std::uint32_t processors = 0;
 };
 
+// Where the system itself lives; empty where it has no such folders (Linux).
+struct SystemFolders {
+  std::string windows;
+  std::string system;
+};
+
 class SystemInfo {
  public:
   virtual ~SystemInfo() = default;
@@ -33,6 +39,9 @@ class SystemInfo {
 
   // Windows: GetSystemInfo, GlobalMemoryStatus. Linux: sysconf, /proc/meminfo, RLIMIT_AS.
   virtual HardwareFacts Hardware() = 0;
+
+  // Windows: GetWindowsDirectoryA, GetSystemDirectoryA.
+  virtual SystemFolders Folders() = 0;
 };
 
 std::unique_ptr<SystemInfo> MakeSystemInfo();

@@ -4,21 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "startup/services/progress_window.h"
+
 // Entry, command line and start-up sequence (module miMain).
 namespace tmw {
-
-// The window that performs the update run; the user-interface floor implements it.
-class ProgressWindow {
- public:
-  virtual ~ProgressWindow() = default;
-
-  // Modal: returns when the run has ended. The fallback address may be empty.
-  virtual void Execute(const std::string& product_code, const std::string& url,
-                       const std::string& fallback_url) = 0;
-
-  virtual bool Updated() const = 0;
-  virtual std::string NewVersion() const = 0;
-};
 
 using ProgressWindowFactory = std::function<std::unique_ptr<ProgressWindow>()>;
 

@@ -67,6 +67,7 @@ class FaultyFileSystem final : public platform::FileSystem {
   Status FlushFolder(const Path& folder) override {
     return Do("flush folder", 0, [&] { return real_.FlushFolder(folder); });
   }
+  Status MakeExecutable(const Path& path) override { return real_.MakeExecutable(path); }
   bool MeansMissing(Code code) const override { return real_.MeansMissing(code); }
   bool MeansOtherDevice(Code code) const override {
     return code == kOtherDevice || real_.MeansOtherDevice(code);

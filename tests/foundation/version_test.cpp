@@ -60,6 +60,7 @@ class FixedSystem final : public platform::SystemInfo {
   platform::HardwareFacts hardware;
   std::optional<platform::OsFacts> Os() override { return os; }
   platform::HardwareFacts Hardware() override { return hardware; }
+  platform::SystemFolders Folders() override { return {}; }
 };
 
 TEST(SystemDescription, NamesSystemAndMachine) {

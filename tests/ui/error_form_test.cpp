@@ -18,6 +18,7 @@ class BrokenSystemInfo final : public platform::SystemInfo {
  public:
   std::optional<platform::OsFacts> Os() override { throw std::runtime_error("no version"); }
   platform::HardwareFacts Hardware() override { throw std::runtime_error("no memory"); }
+  platform::SystemFolders Folders() override { return {}; }
 };
 
 TEST(ErrorForm, TheFullTextGathersWhatSupportNeeds) {

@@ -234,6 +234,14 @@ class LinuxFileSystem final : public FileSystem {
     return is_unable ? Status::Success() : status;
   }
 
+  Status MakeExecutable(const std::string& path) override {
+    struct stat status {};
+    if (stat(Name(path), &status) != 0) return Status::Failure(errno);
+    // Whoever may read it may run it.
+    const mode_t mode = status.st_mode & kPermissionBits;
+    return Result(chmod(Name(path), mode | S_IXUSR | ((mode & (S_IRGRP | S_IROTH)) >> 2U)));
+  }
+
   bool MeansMissing(SystemCode code) const override { return code == ENOENT || code == ENOTDIR; }
   bool MeansOtherDevice(SystemCode code) const override { return code == EXDEV; }
   bool MeansBusy(SystemCode code) const override { return code == EBUSY || code == ETXTBSY; }

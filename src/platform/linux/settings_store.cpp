@@ -45,6 +45,18 @@ std::string FileOf(SettingsRoot root) {
   return is_machine ? kMachineFile : UserFile();
 }
 
+std::string PathOf(SettingsRoot root) {
+  switch (root) {
+    case SettingsRoot::kMachine:
+      return "HKEY_LOCAL_MACHINE\\";
+    case SettingsRoot::kClasses:
+      return "HKEY_CLASSES_ROOT\\";
+    case SettingsRoot::kUser:
+      break;
+  }
+  return "HKEY_CURRENT_USER\\";
+}
+
 // A missing file is an empty one.
 Outcome<std::string> ReadBytes(const std::string& path) {
   using Result = Outcome<std::string>;
@@ -76,12 +88,10 @@ class SettingsFile {
   explicit SettingsFile(SettingsRoot root) : root_(root) {}
 
   template <typename T>
-  SettingsResult<T> Read(const std::string& key, const std::string& name) {
+  SettingsResult<T> Read(SettingsRoot root, const std::string& key, const std::string& name) {
     if (!is_read_) Load();
     if (error_) return {std::nullopt, error_};
-    const char* const root =
-        root_ == SettingsRoot::kMachine ? "HKEY_LOCAL_MACHINE\\" : "HKEY_CURRENT_USER\\";
-    const RegValue* const value = file_.Find(root + key, name);
+    const RegValue* const value = file_.Find(PathOf(root) + key, name);
     const T* const typed = value == nullptr ? nullptr : std::get_if<T>(value);
     if (typed == nullptr) return {};
     return {*typed, std::nullopt};
@@ -115,12 +125,12 @@ class LinuxSettingsStore final : public SettingsStore {
  public:
   SettingsResult<std::string> ReadString(SettingsRoot root, const std::string& key,
                                          const std::string& name) override {
-    return FileFor(root).Read<std::string>(key, name);
+    return FileFor(root).Read<std::string>(root, key, name);
   }
 
   SettingsResult<std::int32_t> ReadLong(SettingsRoot root, const std::string& key,
                                         const std::string& name) override {
-    const auto number = FileFor(root).Read<std::uint32_t>(key, name);
+    const auto number = FileFor(root).Read<std::uint32_t>(root, key, name);
     SettingsResult<std::int32_t> result{std::nullopt, number.error};
     if (number.value) result.value = static_cast<std::int32_t>(*number.value);
     return result;
@@ -130,7 +140,7 @@ class LinuxSettingsStore final : public SettingsStore {
 
  private:
   SettingsFile& FileFor(SettingsRoot root) {
-    return root == SettingsRoot::kMachine ? machine_ : user_;
+    return root == SettingsRoot::kUser ? user_ : machine_;
   }
 
   SettingsFile machine_{SettingsRoot::kMachine};

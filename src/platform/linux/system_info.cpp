@@ -72,6 +72,8 @@ class LinuxSystemInfo final : public SystemInfo {
     facts.processors = processors > 0 ? static_cast<std::uint32_t>(processors) : 1;
     return facts;
   }
+
+  SystemFolders Folders() override { return {}; }
 };
 
 }  // namespace

@@ -288,6 +288,8 @@ class WindowsFileSystem final : public FileSystem {
 
   Status FlushFolder(const std::string& /*folder*/) override { return Status::Success(); }
 
+  Status MakeExecutable(const std::string& /*path*/) override { return Status::Success(); }
+
   bool MeansMissing(SystemCode code) const override {
     return code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND ||
            code == ERROR_INVALID_NAME || code == ERROR_BAD_PATHNAME ||

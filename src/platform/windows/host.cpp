@@ -11,6 +11,7 @@
 #include "platform/internet.h"
 #include "platform/named_mutex.h"
 #include "platform/processes.h"
+#include "platform/product_version.h"
 #include "platform/settings_store.h"
 #include "platform/system_info.h"
 #include "platform/xml_document.h"
@@ -35,6 +36,7 @@ class WindowsHost final : public Host {
     ports.internet = internet_.get();
     ports.mutexes = mutexes_.get();
     ports.processes = processes_.get();
+    ports.product_version = product_version_.get();
     ports.settings = settings_.get();
     ports.system_info = system_info_.get();
     ports.xml = xml_.get();
@@ -53,6 +55,7 @@ class WindowsHost final : public Host {
   std::unique_ptr<Internet> internet_ = MakeInternet();
   std::unique_ptr<NamedMutexes> mutexes_ = MakeNamedMutexes();
   std::unique_ptr<Processes> processes_;
+  std::unique_ptr<ProductVersion> product_version_ = MakeProductVersion();
   std::unique_ptr<SettingsStore> settings_ = MakeSettingsStore();
   std::unique_ptr<SystemInfo> system_info_ = MakeSystemInfo();
   std::unique_ptr<XmlParser> xml_ = MakeXmlParser();

@@ -28,12 +28,23 @@ SettingsResult<RawValue> FromCode(LSTATUS code) {
   return {std::nullopt, SettingsError{static_cast<SystemCode>(code), {}}};
 }
 
+HKEY HandleOf(SettingsRoot root) {
+  switch (root) {
+    case SettingsRoot::kMachine:
+      return HKEY_LOCAL_MACHINE;
+    case SettingsRoot::kClasses:
+      return HKEY_CLASSES_ROOT;
+    case SettingsRoot::kUser:
+      break;
+  }
+  return HKEY_CURRENT_USER;
+}
+
 SettingsResult<RawValue> ReadRaw(SettingsRoot root, const std::string& key,
                                  const std::string& name) {
   HKEY opened = nullptr;
-  LSTATUS code =
-      RegOpenKeyExW(root == SettingsRoot::kMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
-                    ToWide(key).c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &opened);
+  LSTATUS code = RegOpenKeyExW(HandleOf(root), ToWide(key).c_str(), 0,
+                               KEY_QUERY_VALUE | KEY_WOW64_32KEY, &opened);
   if (code != ERROR_SUCCESS) return FromCode(code);
   const RegistryKey owner(opened);
   const std::wstring wide_name = ToWide(name);

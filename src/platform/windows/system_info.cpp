@@ -1,5 +1,8 @@
 #include "platform/system_info.h"
 
+#include <string_view>
+
+#include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
 namespace platform {
@@ -38,6 +41,18 @@ class WindowsSystemInfo final : public SystemInfo {
     facts.available_virtual = static_cast<std::uint32_t>(memory.dwAvailVirtual);
     facts.processors = system.dwNumberOfProcessors;
     return facts;
+  }
+
+  SystemFolders Folders() override {
+    return {FolderFrom(GetWindowsDirectoryA), FolderFrom(GetSystemDirectoryA)};
+  }
+
+ private:
+  static std::string FolderFrom(UINT(WINAPI* call)(LPSTR buffer, UINT size)) {
+    char buffer[1000];
+    const UINT length = call(buffer, static_cast<UINT>(sizeof(buffer)));
+    // More than the buffer holds is what the buffer would have to be.
+    return length < sizeof(buffer) ? FromAnsi(std::string_view(buffer, length)) : std::string();
   }
 };
 

@@ -1,0 +1,24 @@
+#include "platform/product_version.h"
+
+#include "platform/settings_store.h"
+
+namespace platform {
+namespace {
+
+class LinuxProductVersion final : public ProductVersion {
+ public:
+  std::optional<std::string> InstalledVersion() override {
+    // A store of its own: the file may have been written since this process read its settings.
+    return MakeSettingsStore()
+        ->ReadString(SettingsRoot::kClasses, "Tm_Version.VersionInfo", "VersionEx")
+        .value;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<ProductVersion> MakeProductVersion() {
+  return std::make_unique<LinuxProductVersion>();
+}
+
+}  // namespace platform

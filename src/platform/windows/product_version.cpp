@@ -1,0 +1,49 @@
+#include "platform/product_version.h"
+
+#include "platform/windows/com.h"
+
+namespace platform {
+namespace {
+
+constexpr const wchar_t* kProgId = L"Tm_Version.VersionInfo";
+
+ComPointer<IDispatch> CreateComponent() {
+  ComPointer<IDispatch> component;
+  CLSID class_id{};
+  if (SUCCEEDED(CLSIDFromProgID(kProgId, &class_id))) {
+    // A failure leaves the pointer empty: the component is not there.
+    static_cast<void>(CoCreateInstance(class_id, nullptr,
+                                       CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch,
+                                       reinterpret_cast<void**>(component.Out())));
+  }
+  return component;
+}
+
+class WindowsProductVersion final : public ProductVersion {
+ public:
+  std::optional<std::string> InstalledVersion() override {
+    const ComScope scope;
+    const ComPointer<IDispatch> component = CreateComponent();
+    if (!component) return std::nullopt;
+    wchar_t name[] = L"VersionEx";
+    wchar_t* names[] = {name};
+    DISPID member = 0;
+    if (FAILED(component->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &member)))
+      return std::nullopt;
+    DISPPARAMS none{};
+    ComValue value;
+    if (FAILED(component->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT,
+                                 DISPATCH_METHOD | DISPATCH_PROPERTYGET, &none, value.Out(),
+                                 nullptr, nullptr)))
+      return std::nullopt;
+    return value.ToString();
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<ProductVersion> MakeProductVersion() {
+  return std::make_unique<WindowsProductVersion>();
+}
+
+}  // namespace platform

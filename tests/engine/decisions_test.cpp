@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "engine/checked_sum.h"
+#include "engine/digest.h"
+#include "engine/folder_constants.h"
+#include "engine/server_list.h"
+#include "engine/updater_utils.h"
+#include "tests/support/caught.h"
+
+namespace tmw {
+namespace {
+
+using Words = std::vector<std::string>;
+
+TEST(RequiredUpdater, MinorNumbersCountEvenBelowAGreaterMajorOne) {
+  const struct {
+    const char* required;
+    UpdaterVersionCheck result;
+  } cases[] = {
+      {"3.5", UpdaterVersionCheck::kGood},
+      {"3.5.9.9", UpdaterVersionCheck::kGood},
+      {"3.6", UpdaterVersionCheck::kUpdateNeeded},
+      {"2.6", UpdaterVersionCheck::kUpdateNeeded},
+      {"4.0", UpdaterVersionCheck::kTooOld},
+      {"", UpdaterVersionCheck::kUnreadable},
+      {"2.4", UpdaterVersionCheck::kGood},
+      {"99999999999", UpdaterVersionCheck::kUnreadable},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(CheckUpdaterVersion(c.required, 3, 5), c.result) << c.required;
+}
+
+TEST(UpdateVersion, HasExactlyFourNumbers) {
+  std::array<std::int32_t, 4> numbers{};
+  EXPECT_TRUE(ParseUpdateVersion("3.6.0.12", numbers));
+  EXPECT_EQ(numbers, (std::array<std::int32_t, 4>{3, 6, 0, 12}));
+  for (const char* const line : {"", "1.2.3", "1.2.3.4.5", "1.2.3.99999999999"})
+    EXPECT_FALSE(ParseUpdateVersion(line, numbers)) << line;
+}
+
+TEST(ComponentLines, AreReadFromTheThirdLineOn) {
+  const struct {
+    const char* line;
+    ComponentLineError error;
+    std::string result;  // of the components: name/size/hash
+  } cases[] = {
+      {"UPDATER:a.exe|100|abc", ComponentLineError::kNone, "a.exe/100/abc"},
+      {"updater:a.exe| 7 |  abc  |more|fields", ComponentLineError::kNone, "a.exe/7/abc"},
+      {"news:a|b", ComponentLineError::kNone, ""},
+      {" updater:a.exe|1|x", ComponentLineError::kNone, ""},
+      {"updater:", ComponentLineError::kEmpty, ""},
+      {"updater:a.exe|100", ComponentLineError::kTooFewFields, ""},
+      {"updater:a.exe|x|abc", ComponentLineError::kBadSize, ""},
+      {"updater:a.exe||abc", ComponentLineError::kBadSize, ""},
+      {"updater:a.exe|12k|abc", ComponentLineError::kBadSize, ""},
+      {"updater:a.exe|-1|abc", ComponentLineError::kBadSize, ""},
+      {"updater:a.exe|3000000000|abc", ComponentLineError::kBadSize, ""},
+  };
+  for (const auto& c : cases) {
+    std::vector<WuUpdaterComponent> read;
+    EXPECT_EQ(ParseComponentLines({"updater:", "updater:", c.line}, read), c.error) << c.line;
+    std::string result;
+    for (const auto& r : read)
+      result += r.Name + "/" + std::to_string(r.Size) + "/" + r.Hash;
+    EXPECT_EQ(result, c.result) << c.line;
+  }
+}
+
+TEST(ServerList, TakesLinesWithoutASchemeAsPlainHttp) {
+  const char* const text =
+      "\r\n  a.ru/x  \r\nHTTPS://B.ru\r\n   \r\nftp://c.ru\r\nhttp://d.ru/\r\nwww.e.ru";
+  EXPECT_EQ(ParseServerList(text, false), (Words{"http://a.ru/x", "HTTPS://B.ru", "ftp://c.ru",
+                                                 "http://d.ru/", "http://www.e.ru"}));
+  EXPECT_EQ(ParseServerList(text, true).size(), 4U);
+  EXPECT_TRUE(ParseServerList("FTP://c.ru\r\nftp://d.ru", true).empty());
+  EXPECT_EQ(PickServer(0x1000000 + 7, 5), 2U);
+  EXPECT_EQ(PickServer(0xFFFFFF, 1), 0U);
+}
+
+TEST(FolderConstants, AreReplacedOnceAndBracesCanBeEscaped) {
+  const std::map<std::string, std::string> constants = {{"p", "C:\\{p}\\"}, {"", "nothing"}};
+  const char* const cases[][2] = {
+      {"{p}Bin", "C:\\{p}\\Bin"},
+      {"{p}{p}", "C:\\{p}\\C:\\{p}\\"},
+      {"a{{p}}b", "a{p}b"},
+      {"{{p}}{p}", "{p}C:\\{p}\\"},
+      {"{{p}", "{{p}"},
+      {"a{p", "a{p"},
+      {"}{p}", "}C:\\{p}\\"},
+      {"{}", "nothing"},
+      {"", ""},
+      {"{{}}", "{}"},
+      {"plain", "plain"},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(ExpandFolderConstants(c[0], constants), c[1]) << c[0];
+  const auto error = tests::Caught([&] { ExpandFolderConstants("{p}{q}", constants); });
+  EXPECT_EQ(error.Description, "Unknown Const name: q");
+}
+
+TEST(FriendlySize, SwitchesUnitsAtEightHundred) {
+  const struct {
+    double bytes;
+    const char* words;
+    const char* letters;
+  } cases[] = {
+      {0, "0байт", "0"},
+      {2047, "2047байт", "2047"},
+      {2048, "2,0 килобайт", "2,0 К"},
+      {819200, "800,0 килобайт", "800,0 К"},
+      {819201, "0,8 мегабайт", "0,8 М"},
+      {1'598'029, "1,5 мегабайт", "1,5 М"},
+      {838860800, "800,0 мегабайт", "800,0 М"},
+      {838860801, "0,8 гигабайт", "0,8 ГБ"},
+      {2147483647, "2,0 гигабайт", "2,0 ГБ"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(GetFriendlySizeString(c.bytes, false), c.words);
+    EXPECT_EQ(GetFriendlySizeString(c.bytes, true), c.letters);
+  }
+}
+
+TEST(SumsOfBytes, OverflowIsAnError) {
+  std::int32_t sum = 2147483640;
+  AddChecked(sum, 7);
+  EXPECT_EQ(sum, 2147483647);
+  EXPECT_EQ(tests::Caught([&] { AddChecked(sum, 1); }).Number, kOverflowErrorNumber);
+  EXPECT_EQ(sum, 2147483647);
+}
+
+}  // namespace
+}  // namespace tmw

@@ -1,0 +1,139 @@
+#include "tests/engine/release.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <span>
+#include <string_view>
+
+#include "foundation/file_utils.h"
+#include "foundation/path_guard.h"
+#include "packages/rar_writer.h"
+#include "packages/sha256.h"
+#include "tests/support/sandbox.h"
+
+namespace tests {
+namespace {
+
+void WriteBytes(const std::string& path, const std::string& bytes) {
+  std::filesystem::create_directories(ToPath(path).parent_path());
+  std::ofstream(ToPath(path), std::ios::binary) << bytes;
+}
+
+std::string HashOf(const std::string& bytes) {
+  return tmw::CSHA256().SHA256(
+      std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
+}
+
+std::string Attribute(const std::string& name, const std::string& value) {
+  std::string escaped;
+  for (const char c : value) {
+    const bool is_special = std::string_view("&\"<\t").find(c) != std::string_view::npos;
+    escaped += is_special ? "&#" + std::to_string(c) + ";" : std::string(1, c);
+  }
+  return " " + name + "=\"" + escaped + "\"";
+}
+
+std::string SizeOf(const std::string& path) {
+  return std::to_string(tmw::GetFileLength(path));
+}
+
+class Writer {
+ public:
+  Writer(const Release& release, const std::string& folder)
+      : release_(release), folder_(folder), source_(folder + "/source") {}
+
+  void WriteFiles() {
+    std::string manifest = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<KSUpdateManifest" +
+                           Attribute("ProductID", release_.product) +
+                           Attribute("Version", release_.version) +
+                           Attribute("VersionID", release_.version_id) + ">";
+    for (const ReleaseFile& file : release_.files)
+      manifest += FileElement(file);
+    manifest += "<DataBase>";
+    if (!release_.user.empty()) manifest += "<User" + Attribute("TableName", release_.user) + "/>";
+    if (!release_.dict.empty()) {
+      manifest += "<Dict" + Attribute("TableName", release_.dict) + Attribute("SrvFile", "x") +
+                  Attribute("SrvSize", "10") + Attribute("Hash", HashOf("")) + "/>";
+    }
+    manifest += "</DataBase>" + PackageElement("DBUpdates", release_.scripts_package) +
+                PackageElement("DBStruct", release_.structures_package) + "</KSUpdateManifest>";
+    WriteBytes(source_, manifest);
+    Pack("_PackageManifest.tmz", "TMW_manifest.xml");
+    std::filesystem::remove(ToPath(source_));
+  }
+
+  // Into the folder of the version.
+  std::string Path(const std::string& server_name) const {
+    return folder_ + "/TMW_" + release_.version + "/" + server_name;
+  }
+
+ private:
+  std::string FileElement(const ReleaseFile& file) {
+    const std::string server_name =
+        file.server_name.empty() ? "f" + std::to_string(++count_) + ".tmz" : file.server_name;
+    WriteBytes(source_, file.content);
+    if (file.pack_type == 2) {
+      WriteBytes(source_ + "2", file.content);
+      tmw::CopyFileWithIntegrityTrailer(source_ + "2", source_);
+      std::filesystem::remove(ToPath(source_ + "2"));
+    }
+    std::string sizes = Attribute("SrvSize", "100");
+    if (tmw::CheckRelativeName(server_name).IsAccepted() &&
+        tmw::CheckFileName(file.name).IsAccepted()) {
+      Pack(server_name, file.name, file.pack_type == 2, file.is_executable);
+      sizes = Attribute("SrvSize", SizeOf(Path(server_name)));
+    }
+    const std::string com = file.is_com.empty() ? "" : Attribute("IsCom", file.is_com);
+    return "<Files><Folder" + Attribute("name", file.folder) + "><File" +
+           Attribute("OrigName", file.name) + Attribute("SrvName", server_name) +
+           Attribute("OrigSize", SizeOf(source_)) + sizes +
+           Attribute("PackType", std::to_string(file.pack_type)) +
+           Attribute("Hash", HashOf(tmw::ReadFileBytes(source_))) + com + "/></Folder></Files>";
+  }
+
+  std::string PackageElement(const std::string& element, const std::string& name) {
+    WriteBytes(source_, "script");
+    if (!tmw::CheckFileName(name).IsAccepted()) {
+      return "<" + element + Attribute("SrvName", name) + Attribute("PackSize", "1") +
+             Attribute("PackHash", "x") + "/>";
+    }
+    Pack(name, element + ".txt");
+    return "<" + element + Attribute("SrvName", name) + Attribute("PackSize", SizeOf(Path(name))) +
+           Attribute("PackHash", HashOf(tmw::ReadFileBytes(Path(name)))) + "/>";
+  }
+
+  void Pack(const std::string& server_name, const std::string& entry, bool with_trailer = false,
+            bool is_executable = false) {
+    std::filesystem::create_directories(ToPath(Path(server_name)).parent_path());
+    tmw::StoredRarWriter writer(Path(server_name), tmw::rar_blocks::RarFormat::kRar5);
+    tmw::RarEntryFacts facts;
+    facts.name = entry;
+    facts.modified = 1'700'000'000;
+    facts.unix_mode = is_executable ? 0755 : 0644;
+    writer.AddFile(facts, source_);
+    writer.Finish(with_trailer);
+  }
+
+  const Release& release_;
+  std::string folder_;
+  std::string source_;  // what is being packed
+  int count_ = 0;
+};
+
+}  // namespace
+
+void WriteRelease(const Release& release, const std::string& folder, const std::string& url) {
+  Writer writer(release, folder);
+  writer.WriteFiles();
+  std::string digest = release.version + "\r\n" + release.needed_updater + "\r\n";
+  for (const auto& [name, file] : release.updater_components) {
+    const std::string bytes = file.empty() ? "" : tmw::ReadFileBytes(file);
+    if (tmw::CheckFileName(name).IsAccepted()) WriteBytes(writer.Path(name), bytes);
+    digest += "updater:" + name + "|" + std::to_string(bytes.size()) + "|" + HashOf(bytes) + "\r\n";
+  }
+  WriteBytes(folder + "/TMW_links.dat", "\r\n  " + url + "  \r\n");
+  WriteBytes(folder + "/TMW_version.dat", digest);
+}
+
+}  // namespace tests

@@ -1,0 +1,162 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/ks_updater.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+#include "foundation/text.h"
+#include "platform/database.h"
+#include "platform/product_version.h"
+#include "startup/services/product_settings.h"
+#include "startup/services/updater_settings.h"
+#include "tests/engine/release.h"
+#include "tests/fakes/hand_clock.h"
+#include "tests/fakes/memory_settings.h"
+#include "tests/fakes/recording_processes.h"
+#include "tests/fakes/scripted_front_end.h"
+#include "tests/support/environment.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/scoped_ports.h"
+#include "tests/support/scripted_server.h"
+
+namespace tests {
+
+// Writes down what a run tells, as "name value"; cancels when the told line is cancel_at.
+class RunListener final : public tmw::UpdaterEvents {
+ public:
+  std::vector<std::string> log;
+  std::vector<std::int32_t> positions;
+  std::string cancel_at;
+
+  void OnSetMainAction(const std::string& text) override { Add("main " + text); }
+  void OnSetupProgress(std::int32_t max, bool show_count) override {
+    Add("range " + std::to_string(max) + (show_count ? " counted" : ""));
+  }
+  void OnSetProgress(std::int32_t value) override { positions.push_back(value); }
+  void OnSetSubAction(const std::string& text) override { Add("sub " + text); }
+  void OnSetButtonMode(std::int32_t mode) override { Add("mode " + std::to_string(mode)); }
+  void OnSetIcon(const std::string& name) override { Add("icon " + name); }
+  void OnCheckCancelPressed(bool& cancel) override { cancel = is_cancelled_; }
+
+  bool Told(const std::string& line) const {
+    return std::find(log.begin(), log.end(), line) != log.end();
+  }
+
+ private:
+  void Add(const std::string& line) {
+    log.push_back(line);
+    if (line == cancel_at) is_cancelled_ = true;
+  }
+
+  bool is_cancelled_ = false;
+};
+
+class FixedProductVersion final : public platform::ProductVersion {
+ public:
+  std::optional<std::string> version;
+  std::optional<std::string> InstalledVersion() override { return version; }
+};
+
+// A client installation, a server on loopback with a release, and runs of the engine in the
+// temporary copy's place. Files, transfers, packages and the database are real.
+class RunTest : public testing::Test {
+ protected:
+  RunTest() {
+    ports_->clock = &clock_;
+    ports_->front_end = &front_end_;
+    ports_->processes = &processes_;
+    ports_->product_version = &product_version_;
+    ports_->settings = &settings_;
+    const std::string general = "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\";
+    settings_.Set(platform::SettingsRoot::kMachine, general + "RootPath", Path("Продукт"));
+    settings_.Set(platform::SettingsRoot::kMachine, general + "DataBasePath", Path("db"));
+    tmw::ForgetProductPaths();
+    std::filesystem::create_directories(ToPath(Path("tmp")));
+    std::filesystem::create_directories(ToPath(Path("db")));
+    platform::CurrentPorts().database->CreateDatabase(Path("db/Tamrin.mdb"))->Close();
+    SetMode(true);
+    front_end_.answers = {true};
+    release_.files = {{"Программа.dll", "new program"}, {"help.txt", "new help", "{p}"}};
+  }
+  ~RunTest() override { tmw::ForgetProductPaths(); }
+
+  void SetMode(bool is_client, bool is_temp_copy = true) {
+    tmw::UpdaterSettings settings;
+    settings.IsClientInstallation = is_client;
+    settings.IsTempCopy = is_temp_copy;
+    settings.ProxyType = 1;
+    tmw::SetUpdaterSettings(settings);
+  }
+
+  std::string Path(const std::string& name) const { return tmw::JoinPath(sandbox_.Path(), name); }
+
+  void Publish() { WriteRelease(release_, sandbox_.Path("server"), server_.Url("")); }
+
+  // One run; the boxes it showed, and the error it ended with as "error|text", in order.
+  std::vector<std::string> Run() {
+    front_end_.log.clear();
+    listener_ = RunListener();
+    listener_.cancel_at = cancel_at_;
+    requests_before_ = server_.Heads().size();
+    updated_ = true;
+    has_exited_ = false;
+    tmw::KsUpdater updater(listener_, [this] {
+      has_exited_ = true;
+      throw ProcessEnded();
+    });
+    updater.SetOldProductVersion(old_version_);
+    try {
+      updater.Execute("TMW", server_.Url(""), "", updated_);
+    } catch (const tmw::ProgramError& error) {
+      front_end_.log.push_back("error|" + error.Description);
+    }
+    return front_end_.log;
+  }
+
+  // Paths asked for by the last run.
+  std::vector<std::string> Requests() const {
+    std::vector<std::string> paths;
+    const std::vector<std::string> heads = server_.Heads();
+    for (std::size_t i = requests_before_; i < heads.size(); ++i)
+      paths.push_back(tmw::Split(heads[i], " ").at(1));
+    return paths;
+  }
+
+  void Serve(Peer& peer, const std::string& head) const {
+    const std::string path = "server" + tmw::Split(head, " ").at(1);
+    if (on_request_) on_request_(path);
+    if (!sandbox_.Has(path)) {
+      peer.Send("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
+      return;
+    }
+    const std::string body = sandbox_.Read(path);
+    peer.Send("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
+              body);
+  }
+
+  Sandbox sandbox_;
+  ScopedPorts ports_;
+  ScopedVariable temporary_{kOnWindows ? "TMP" : "TMPDIR", sandbox_.Path("tmp")};
+  HandClock clock_;
+  ScriptedFrontEnd front_end_;
+  RecordingProcesses processes_;
+  FixedProductVersion product_version_;
+  MemorySettings settings_;
+  std::function<void(const std::string& path)> on_request_;  // on the server's thread
+  Release release_;
+  RunListener listener_;
+  std::string cancel_at_;
+  std::string old_version_;
+  bool updated_ = false;
+  bool has_exited_ = false;  // in favour of the next updater
+  std::size_t requests_before_ = 0;
+  ScriptedServer server_{[this](Peer& peer, const std::string& head) { Serve(peer, head); }};
+};
+
+}  // namespace tests

@@ -1,0 +1,394 @@
+#include <algorithm>
+#include <filesystem>
+
+#include "engine/registration.h"
+#include "tests/engine/run_fixture.h"
+
+namespace tests {
+namespace {
+
+using Log = std::vector<std::string>;
+
+const std::string kError = "warning|Ошибка загрузки|";
+const std::string kTitle = "information|Программа обновления|";
+
+std::string Volume(const std::string& size) {
+  return "question|Обновление программы|Ориентировочный объем файлов, которые необходимо "
+         "загрузить,\r\nсоставляет " +
+         size + ".\r\n\r\nОсуществлять загрузку и установку?";
+}
+
+// The announced sizes of a release's files on the server, in words.
+std::string SumOf(const Sandbox& sandbox, const Log& names) {
+  std::size_t sum = 0;
+  for (const std::string& name : names)
+    sum += sandbox.Read("server/TMW_3.6.0.2/" + name).size();
+  return std::to_string(sum) + "байт";
+}
+
+const Log kBeginning = {"/TMW_version.dat", "/TMW_links.dat", "/TMW_3.6.0.2/_PackageManifest.tmz"};
+
+Log Asked(Log names) {
+  for (std::string& name : names)
+    name = "/TMW_3.6.0.2/" + name;
+  names.insert(names.begin(), kBeginning.begin(), kBeginning.end());
+  return names;
+}
+
+TEST_F(RunTest, AClientInstallationIsBroughtUpToDate) {
+  release_.files = {{"Программа.dll", "new program"},
+                    {"current.txt", "current", "{p}"},
+                    {"Скрипт.TMS", "new script", "{p}Bin\\Глубже/", "parts/one.tmz"},
+                    {"guarded.dll", "guarded", "{p}Bin", "", 2},
+                    {"text.txt", std::string("\xFF\xFEt\0", 4), "{p}Bin", "", 3}};
+  release_.files[4].content = std::string("t\0", 2);
+  Publish();
+  sandbox_.Write("Продукт/Bin/Программа.dll", "old program, longer");
+  sandbox_.Write("Продукт/current.txt", "current");
+  sandbox_.Write("Продукт/Bin/Глубже/Скрипт.xml", "goes with the script");
+  sandbox_.Write("Продукт/own.txt", "the user's own");
+  EXPECT_EQ(Run(), Log{Volume(SumOf(sandbox_, {"f1.tmz", "parts/one.tmz", "f3.tmz", "f4.tmz"}))});
+  EXPECT_TRUE(updated_);
+  EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), "new program");
+  EXPECT_EQ(sandbox_.Read("Продукт/Bin/Глубже/Скрипт.TMS"), "new script");
+  EXPECT_EQ(sandbox_.Read("Продукт/Bin/guarded.dll").substr(0, 7), "guarded");
+  EXPECT_EQ(sandbox_.Read("Продукт/Bin/text.txt"), release_.files[4].content);
+  EXPECT_EQ(sandbox_.Read("Продукт/own.txt"), "the user's own");
+  EXPECT_FALSE(sandbox_.Has("Продукт/Bin/Глубже/Скрипт.xml"));
+  EXPECT_EQ(Requests(), Asked({"f1.tmz", "parts/one.tmz", "f3.tmz", "f4.tmz"}));
+  EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate"));
+  Log stages = listener_.log;
+  std::erase_if(stages, [](const std::string& line) {
+    return line == "main " || line.starts_with("sub ") || line.starts_with("range ");
+  });
+  EXPECT_EQ(
+      stages,
+      (Log{"icon ", "mode 1", "icon download", "main Получение номера текущей версии...",
+           "main Выбор сервера для загрузки...", "main Получение списка файлов...",
+           "main Разбор списка файлов...", "icon scan",
+           "main Отбор компонент, подлежащих загрузке...", "icon download",
+           "main Загрузка компонент...", "icon trash", "mode 0",
+           "main Удаление старых компонент...", "icon install", "main Установка новых компонент...",
+           "icon brush", "main Удаление временных файлов...", "mode 2"}));
+
+  EXPECT_EQ(Run(), Log{kTitle + "Все компоненты, справочники и таблицы установленной на данном "
+                                "компьютере программы соответствуют тем, что находятся на сервере "
+                                "Kestrel Soft."});
+  EXPECT_FALSE(updated_);
+}
+
+TEST_F(RunTest, AnswersAndUnattendedRuns) {
+  Publish();
+  front_end_.answers = {false};
+  EXPECT_EQ(Run().size(), 1U);
+  EXPECT_FALSE(updated_);
+  EXPECT_FALSE(sandbox_.Has("Продукт/help.txt"));
+  tmw::UpdaterSettings settings = tmw::GetUpdaterSettings();
+  settings.NoFinalMessage = true;
+  tmw::SetUpdaterSettings(settings);
+  EXPECT_EQ(Run(), Log{});
+  EXPECT_TRUE(updated_);
+}
+
+TEST_F(RunTest, ASecondRunAfterACancelFetchesOnlyTheRest) {
+  Publish();
+  cancel_at_ = "sub " + server_.Url("/TMW_3.6.0.2/f2.tmz");
+  EXPECT_EQ(Run().size(), 1U) << "a cancel is silent";
+  EXPECT_FALSE(updated_);
+  EXPECT_FALSE(sandbox_.Has("Продукт/help.txt"));
+  EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/Программа.dll"), "new program");
+  cancel_at_.clear();
+  front_end_.answers = {true};
+  Run();
+  EXPECT_TRUE(updated_);
+  EXPECT_EQ(Requests(), Asked({"f2.tmz"}));
+  const auto whole = static_cast<std::int32_t>(sandbox_.Read("server/TMW_3.6.0.2/f1.tmz").size());
+  EXPECT_TRUE(std::count(listener_.positions.begin(), listener_.positions.end(), whole))
+      << "a reused file moves the bar by its size";
+  EXPECT_EQ(sandbox_.Read("Продукт/help.txt"), "new help");
+}
+
+TEST_F(RunTest, ASpoiledLoadedFileIsFetchedAgain) {
+  Publish();
+  sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/Программа.dll", "new pr0gram");
+  sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/help.txt", "new help");
+  Run();
+  EXPECT_EQ(Requests(), Asked({"f1.tmz"}));
+  EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), "new program");
+}
+
+TEST_F(RunTest, AnInterruptedInstallationIsFinishedThoughAllFilesAreNew) {
+  release_.files = {{"one", "1", "{p}"}, {"two", "2", "{p}sub"}};
+  Publish();
+  sandbox_.Write("Продукт/sub", "a file where a folder must be");
+  ASSERT_EQ(Run().size(), 2U);
+  EXPECT_TRUE(front_end_.log[1].starts_with(kError)) << front_end_.log[1];
+  EXPECT_FALSE(updated_);
+  EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/R 3.6.0.2/_Installing.txt"), "R 3.6.0.2");
+  std::filesystem::remove(ToPath(Path("Продукт/sub")));
+  sandbox_.Write("Продукт/sub/two", "2");
+  front_end_.answers = {true};
+  EXPECT_EQ(Run(), Log{Volume("0байт")});
+  EXPECT_TRUE(updated_);
+  EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2"));
+  EXPECT_EQ(Run().size(), 1U);
+  EXPECT_FALSE(updated_) << "the mark went with the clean-up";
+}
+
+TEST_F(RunTest, InstalledAndOfferedVersionsAreCompared) {
+  const std::string same =
+      "question|Обновления не требуется|Текущая версия программы (3.6.0.2) совпадает с версией, "
+      "находящейся на сайте. Как правило, в данной ситуации обновления не требуется.\r\n\r\n"
+      "Есть возможность сверить файлы, установленные на данном компьютере, с теми, что находятся "
+      "на сервере, и, в случае расхождения, установить с сервера правильные компоненты.\r\n\r\n"
+      "Провести проверку и восстановление текущей версии программы?";
+  const struct {
+    const char* installed;
+    std::string box;
+    std::size_t requests;
+  } cases[] = {
+      {"3.6.0.1", "", 3},
+      {"3.6.0.2", same, 1},
+      {"3.6.0.10",
+       "information|Обновление невозможно|Текущая версия программы (3.6.0.10) новее той, что "
+       "находится на сервере Kestrel Soft (3.6.0.2).\r\n\r\nСитуация необычна. Обновление "
+       "программы средствами данной утилиты невозможно.",
+       1},
+      {"3.6.0.99999999999",
+       kError + "Ошибка сравнения версий программы и обновления.\r\n\r\nТекущая версия: "
+                "3.6.0.99999999999\r\nВерсия обновления: 3.6.0.2",
+       1},
+  };
+  Publish();
+  for (const auto& c : cases) {
+    front_end_.answers = {false};
+    old_version_ = c.installed;
+    Run();
+    EXPECT_EQ(front_end_.log.at(0),
+              c.box.empty() ? Volume(SumOf(sandbox_, {"f1.tmz", "f2.tmz"})) : c.box);
+    EXPECT_EQ(Requests().size(), c.requests) << c.installed;
+    EXPECT_EQ(listener_.log.back(), "mode 2");
+  }
+  front_end_.answers = {true, true};
+  old_version_ = "3.6.0.2";
+  EXPECT_EQ(Run().size(), 2U) << "a repair";
+  EXPECT_TRUE(updated_);
+}
+
+TEST_F(RunTest, FaultyDigestsAndServerListsAreTold) {
+  const std::string format = "Ошибка формата файла версии: ";
+  const std::string none = "Не найдено ни одного сервера для загрузки обновления.";
+  const struct {
+    const char* file;
+    std::string text;
+    std::string box;
+  } cases[] = {
+      {"TMW_version.dat", "", kError + "Файл с информацией о версии пуст."},
+      {"TMW_version.dat", "3.6.0.2", kError + "Ошибка в файле версии."},
+      {"TMW_version.dat", "3.6.0.2\r\n",
+       kError + format +
+           "невозможно определить минимальную необходимую версию программы обновления."},
+      {"TMW_version.dat", "3.6.0\r\n1.0",
+       kError + format + "невозможно определить версию загружаемого обновления."},
+      {"TMW_version.dat", "3.6.0.2\r\n99.0",
+       "information|Обновление программы|Версия данной программы обновления слишком старая, чтобы "
+       "произвести автоматическую загрузку и обновление программы. \r\nВ этот раз загрузку и "
+       "установку обновления придется делать вручную."},
+      {"TMW_version.dat",
+       "3.6.0.2\r\n1.9999\r\nupdater:", kError + format + "строка Update пустая."},
+      {"TMW_version.dat", "3.6.0.2\r\n1.9999\r\nupdater:a|1",
+       kError + format + "количество параметров в строке Update меньше ожидаемого."},
+      {"TMW_version.dat", "3.6.0.2\r\n1.9999\r\nupdater:a|b|c",
+       kError + format + "ошибка размера файла в сроке Update."},
+      {"TMW_links.dat", "", kError + "Файл со списком серверов для загрузки пуст."},
+      {"TMW_links.dat", " \r\n\r\n", kError + none},
+  };
+  for (const auto& c : cases) {
+    Publish();
+    sandbox_.Write("server/" + std::string(c.file), c.text);
+    EXPECT_EQ(Run(), Log{c.box}) << c.text;
+  }
+}
+
+TEST_F(RunTest, WhatAServerMaySendIsLimited) {
+  const std::string many(3 << 20, 'x');
+  Publish();
+  sandbox_.Write("server/TMW_3.6.0.2/f1.tmz", many);
+  ASSERT_EQ(Run().size(), 2U);
+  EXPECT_EQ(front_end_.log[1],
+            "error|Сервер передает больше данных, чем объявлено в списке "
+            "файлов: \"" +
+                server_.Url("/TMW_3.6.0.2/f1.tmz") + "\".");
+  EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2/Parts/Программа.dll.tmz.part"));
+  sandbox_.Write("server/TMW_links.dat", many);
+  ASSERT_EQ(Run().size(), 1U);
+  EXPECT_TRUE(front_end_.log[0].starts_with(
+      kError + "Ошибка загрузки Файла со списком серверов обновлений:\r\n"));
+  sandbox_.Write("server/TMW_version.dat", many);
+  ASSERT_EQ(Run().size(), 1U);
+  EXPECT_TRUE(
+      front_end_.log[0].starts_with(kError + "Ошибка загрузки файла с информацией о версии:\r\n"));
+}
+
+// Nothing of a release with a bad name is fetched or installed, whatever field bears it.
+TEST_F(RunTest, BadNamesEndTheRunBeforeAnythingIsTouched) {
+  const std::string bad[] = {"../evil",     "..",          "a/../../b", "/etc/evil", "C:\\evil",
+                             "a\\b\\..\\c", "nul.txt",     "a:b",       "",          "a ",
+                             "COM1",        "\\\\host\\x", "ends.",     "a\tb",      "what?"};
+  const std::pair<const char*, std::function<void(Release&, const std::string&)>> fields[] = {
+      {"VersionID", [](Release& r, const std::string& s) { r.version_id = s; }},
+      {"Folder", [](Release& r, const std::string& s) { r.files[0].folder = s; }},
+      {"Folder below",
+       [](Release& r, const std::string& s) { r.files[0].folder = "{p}a\\" + s + "/b/.."; }},
+      {"OrigName", [](Release& r, const std::string& s) { r.files[0].name = s; }},
+      {"Dict", [](Release& r, const std::string& s) { r.dict = s.empty() ? ".." : s; }},
+      {"User", [](Release& r, const std::string& s) { r.user = s.empty() ? ".." : s; }},
+      {"SrvName",
+       [](Release& r, const std::string& s) { r.files[0].server_name = s.empty() ? "a//b" : s; }},
+      {"DBUpdates", [](Release& r, const std::string& s) { r.scripts_package = s; }},
+      {"DBStruct", [](Release& r, const std::string& s) { r.structures_package = s; }},
+  };
+  const Release good = release_;
+  for (const auto& [field, change] : fields) {
+    for (const std::string& name : bad) {
+      release_ = good;
+      change(release_, name);
+      Publish();
+      ASSERT_EQ(Run().size(), 1U) << field << ": " << name;
+      EXPECT_TRUE(front_end_.log[0].starts_with("error|Недопустим")) << front_end_.log[0];
+      EXPECT_EQ(Requests(), kBeginning) << field << ": " << name;
+    }
+  }
+  release_ = good;
+  release_.needed_updater = "1.9999";
+  for (const std::string& name : bad) {
+    release_.updater_components = {{name, ""}};
+    Publish();
+    ASSERT_EQ(Run().size(), 1U) << name;
+    EXPECT_TRUE(front_end_.log[0].starts_with("error|Недопустимое имя")) << front_end_.log[0];
+    EXPECT_EQ(Requests(), Log{"/TMW_version.dat"});
+  }
+  EXPECT_FALSE(sandbox_.Has("Продукт"));
+}
+
+TEST_F(RunTest, FaultyManifestsAreTold) {
+  const auto manifest_of = [this](auto change) {
+    const Release good = release_;
+    change(release_);
+    Publish();
+    release_ = good;
+    Run();
+    return front_end_.log.at(0);
+  };
+  EXPECT_EQ(manifest_of([](Release& r) { r.product = "ABC"; }),
+            kError +
+                "Загруженный файл обновления предназначен для другого программного продукта "
+                "(TMW).");
+  EXPECT_EQ(manifest_of([](Release& r) { r.dict = r.user = "Tbl"; }),
+            "error|В списке файлов дважды встречается таблица \"Tbl\".");
+  EXPECT_EQ(manifest_of([](Release& r) {
+              r.files = {{"A", "1", "{p}"}, {"a", "2", "{p}b"}};
+            }),
+            "error|В списке файлов дважды и с разным содержимым встречается файл \"a\".");
+  EXPECT_EQ(manifest_of([](Release& r) { r.files[0].folder = "{q}"; }),
+            "error|Unknown Const name: q");
+  Publish();
+  std::filesystem::rename(ToPath(Path("server/TMW_3.6.0.2")), ToPath(Path("server/TMW_3.6.0.3")));
+  sandbox_.Write("server/TMW_version.dat", "3.6.0.3\r\n1.0");
+  EXPECT_EQ(Run(),
+            Log{kError + "Загруженный файл обновления предназначен для другой версии "
+                         "программного продукта (3.6.0.2, в то время как ожидается 3.6.0.3)."});
+}
+
+TEST_F(RunTest, WhatFailsItsCheckIsNamedAndNotInstalled) {
+  const std::string fault = kError + "Ошибка загрузки файла Программа.dll:\r\n";
+  const std::string unpacking = kError + "Ошибка распаковки файла Программа.dll";
+  const struct {
+    const char* what;
+    int pack_type;
+    std::string served;  // content of the package served instead
+    std::string box;
+  } cases[] = {
+      {"length", 1, "longer than announced", fault + "Длина файла не совпадает с ожидаемой."},
+      {"hash", 1, "new pr0gram", fault + "Контрольная сумма файла не совпадает с ожидаемой."},
+      {"text", 3, "new", fault + "Контрольная сумма файла не совпадает с ожидаемой."},
+      {"method", 4, "new program", unpacking + ": неизвестный метод упаковки ("},
+      {"no trailer", 2, "new program", kError + "Ошибка проверки загруженного файла "},
+  };
+  for (const auto& c : cases) {
+    release_.files[0].pack_type = c.pack_type;
+    Publish();
+    const std::string version = "server/TMW_3.6.0.2/";
+    const std::string manifest = sandbox_.Read(version + "_PackageManifest.tmz");
+    Release other = release_;
+    other.files[0].content = c.served;
+    other.files[0].pack_type = 1;
+    WriteRelease(other, sandbox_.Path("server"), server_.Url(""));
+    sandbox_.Write(version + "_PackageManifest.tmz", manifest);
+    front_end_.answers = {true};
+    ASSERT_EQ(Run().size(), 2U) << c.what;
+    EXPECT_TRUE(front_end_.log[1].starts_with(c.box)) << front_end_.log[1];
+    EXPECT_FALSE(updated_);
+    EXPECT_FALSE(sandbox_.Has("Продукт/help.txt"));
+  }
+}
+
+TEST_F(RunTest, TablesAreAnAffairOfTheServerComputer) {
+  release_.files.clear();
+  release_.dict = "Справочник1";
+  release_.user = "Таблица1";
+  Publish();
+  EXPECT_EQ(Run(), Log{kTitle + "Требуется обновление таблиц или справочников в базе данных, "
+                                "однако эту операцию следует выполнять с серверного компьютера."});
+  EXPECT_TRUE(listener_.Told("sub Справочник: Справочник1"));
+  EXPECT_TRUE(listener_.Told("sub Таблица: Таблица1"));
+}
+
+TEST_F(RunTest, ADatabaseInUseEndsTheRun) {
+  Publish();
+  const auto holder =
+      platform::CurrentPorts().database->OpenDatabase(Path("db/Tamrin.mdb"), false, true);
+  ASSERT_EQ(Run().size(), 1U);
+  EXPECT_TRUE(front_end_.log[0].starts_with("error|")) << front_end_.log[0];
+  EXPECT_TRUE(Requests().empty());
+}
+
+TEST_F(RunTest, OutsideAClientInstallationTheDatabaseUpdateIsMissed) {
+  SetMode(false);
+  Publish();
+  const std::string volume = SumOf(sandbox_, {"f1.tmz", "f2.tmz", "updates.tmz", "structures.tmz"});
+  EXPECT_EQ(Run(), (Log{Volume(volume),
+                        "error|Данная сборка программы обновления не умеет обновлять базу данных. "
+                        "Обновить можно только клиентскую установку программы. Установленные файлы "
+                        "и база данных не изменены."}));
+  EXPECT_EQ(Requests(), Asked({"f1.tmz", "f2.tmz", "updates.tmz", "structures.tmz"}));
+  EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/R 3.6.0.2/DBUpdates/DBUpdates.txt"), "script");
+  EXPECT_FALSE(sandbox_.Has("Продукт/help.txt"));
+}
+
+TEST_F(RunTest, ComponentsAreRegistered) {
+  processes_.exit_code = 3;  // where there is a registration tool, it fails
+  release_.files[0].content = tmw::ReadFileBytes(TMW_REGISTERING_LIBRARY);
+  release_.files[0].is_com = " TRUE ";
+  Publish();
+  EXPECT_EQ(Run().size(), 1U);
+  EXPECT_TRUE(updated_);
+  const std::string library = Path("Продукт/Bin/Программа.dll");
+  EXPECT_FALSE(tmw::UnregisterDll(library, false));
+  EXPECT_TRUE(front_end_.log.at(1).starts_with(kError + "Ошибка разрегистрации файла \"" + library +
+                                               "\" (0x5):\r\n"))
+      << front_end_.log.at(1);
+  EXPECT_FALSE(tmw::DoRegisterDll(Path("no.dll"), true));
+  EXPECT_FALSE(tmw::DoRegisterDll(Path("no.dll"), false));
+  EXPECT_EQ(front_end_.log.at(2),
+            kError + "Регистрируемый файл \"" + Path("no.dll") + "\" не найден.");
+  release_.files[0].content = "no library at all";
+  Publish();
+  front_end_.answers = {true};
+  ASSERT_EQ(Run().size(), 2U);
+  EXPECT_TRUE(front_end_.log[1].starts_with(kError + "Ошибка регистрации файла \"" + library));
+  EXPECT_FALSE(updated_);
+}
+
+}  // namespace
+}  // namespace tests

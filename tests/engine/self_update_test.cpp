@@ -1,0 +1,115 @@
+#include <filesystem>
+#include <fstream>
+
+#include "foundation/version.h"
+#include "platform/companion_library.h"
+#include "tests/engine/run_fixture.h"
+
+namespace tests {
+namespace {
+
+using Log = std::vector<std::string>;
+
+const std::string kError = "warning|Ошибка загрузки|";
+
+class SelfUpdateTest : public RunTest {
+ protected:
+  SelfUpdateTest() {
+    std::filesystem::create_directories(ToPath(Path("Продукт/tm")));
+    std::filesystem::current_path(ToPath(Path("Продукт/tm")));
+    processes_.own_program = Path("Продукт/tm/" + program_);
+    processes_.own_arguments = "-w http://x/ -e \"Tamrin\"";
+    companion_ = tmw::SplitFileName(platform::CurrentPorts().companion->Path()).FileName();
+  }
+  ~SelfUpdateTest() override { std::filesystem::current_path(folder_before_); }
+
+  // True when the run ended this process in favour of another.
+  bool Restarts() {
+    Run();
+    return has_exited_;
+  }
+
+  std::string Temp(const std::string& name) const {
+    return Path(tmw::NativePath("tmp/TMW_WebUpdate/" + name));
+  }
+
+  void PublishUpdater(const std::string& name) {
+    release_.needed_updater = "1.9999";
+    release_.updater_components = {{name, sandbox_.Write("new updater", "new updater")},
+                                   {"extra.dll", sandbox_.Write("extra", "extra")}};
+    Publish();
+  }
+
+  std::string program_ = kOnWindows ? "TmWebUpdate.exe" : "TmWebUpdate";
+  std::string companion_;
+  std::filesystem::path folder_before_ = std::filesystem::current_path();
+};
+
+TEST_F(SelfUpdateTest, AFirstCopyRestartsFromTheTemporaryFolder) {
+  SetMode(true, false);
+  product_version_.version = "3.5.0.1";
+  EXPECT_FALSE(Restarts());
+  const std::string here = kOnWindows ? ".\\" : "./";
+  const std::string missing = "\", необходимый для работы программы обновления, не найден.";
+  EXPECT_EQ(front_end_.log, Log{kError + "Файл \"" + here + program_ + missing});
+  sandbox_.Write("Продукт/tm/" + program_, "program");
+  EXPECT_FALSE(Restarts());
+  EXPECT_EQ(front_end_.log, Log{kError + "Файл \"" + here + companion_ + missing});
+  sandbox_.Write("Продукт/tm/" + companion_, "library");
+  ASSERT_TRUE(Restarts());
+  const std::string copy = Temp(program_);
+  EXPECT_EQ(processes_.starts,
+            Log{copy + "|\"" + copy + "\" -t -v 3.5.0.1 -w http://x/ -e \"Tamrin\"|" +
+                tmw::SplitFileName(copy).Folder});
+  EXPECT_TRUE(processes_.last_start.continues_chain);
+  EXPECT_EQ(tmw::ReadFileBytes(copy) + tmw::ReadFileBytes(Temp(companion_)), "programlibrary");
+  product_version_.version.reset();
+  processes_.own_arguments.clear();
+  ASSERT_TRUE(Restarts());
+  EXPECT_EQ(processes_.last_start.command_line, "\"" + copy + "\" -t");
+}
+
+TEST_F(SelfUpdateTest, ANewerUpdaterIsFetchedAndStarted) {
+  PublishUpdater("Next.EXE");
+  sandbox_.Write("tmp/TMW_WebUpdate/Next.EXE", "an earlier one");
+  sandbox_.Write("tmp/TMW_WebUpdate/extra.dll", "old");
+  ASSERT_TRUE(Restarts());
+  const std::string program = Temp("Next.EXE");
+  EXPECT_EQ(processes_.starts,
+            Log{program + "|\"" + program + "\" -r -w http://x/ -e \"Tamrin\"|"});
+  EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/extra.dll"), "extra");
+}
+
+TEST_F(SelfUpdateTest, ARestartedUpdaterDoesNotTryAgain) {
+  PublishUpdater("next");
+  tmw::UpdaterSettings settings = tmw::GetUpdaterSettings();
+  settings.IsRestartedAfterSelfUpdate = true;
+  tmw::SetUpdaterSettings(settings);
+  EXPECT_FALSE(Restarts());
+  EXPECT_EQ(front_end_.log,
+            Log{kError + "Для обновления этой версии требуется загрузить новую программу "
+                         "обновления. Попытка сделать это автоматически не удалась. Обновление "
+                         "программы придется производить вручную."});
+  EXPECT_EQ(listener_.log.back(), "mode 2");
+}
+
+TEST_F(SelfUpdateTest, AnUpdaterThatFailsItsCheckIsNotStarted) {
+  const std::string url = server_.Url("/TMW_3.6.0.2/next.exe");
+  PublishUpdater("next.exe");
+  sandbox_.Write("server/TMW_3.6.0.2/next.exe", "new updatez");
+  EXPECT_FALSE(Restarts());
+  EXPECT_EQ(front_end_.log, Log{kError + "Контрольная сумма загруженного файла \"" + url +
+                                "\" не совпадает с ожидаемой."});
+  sandbox_.Write("server/TMW_3.6.0.2/next.exe", "new updater, longer");
+  EXPECT_FALSE(Restarts());
+  EXPECT_EQ(front_end_.log, Log{kError + "Длина загруженного файла \"" + url +
+                                "\" не совпадает с ожидаемой (длина 19, ожидается 11)."});
+  release_.updater_components.clear();
+  Publish();
+  EXPECT_FALSE(Restarts());
+  EXPECT_EQ(front_end_.log, Log{kError + "Список компонент программы обновления пуст."});
+  EXPECT_TRUE(processes_.starts.empty());
+}
+
+}  // namespace
+}  // namespace tests
