@@ -10,7 +10,6 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
-#include "foundation/path_guard.h"
 #include "foundation/text.h"
 #include "packages/sha256.h"
 #include "platform/companion_library.h"
@@ -134,7 +133,6 @@ bool KsUpdater::DownloadUpdater() try {
 }
 
 bool KsUpdater::DownloadUpdaterComponent(WuUpdaterComponent& component) {
-  RequireFileName(component.Name);
   const std::string url = JoinUrl(loading_url_, component.Name);
   SetSubAction("Загрузка " + url + " ...");
   if (IsProgram(component.Name)) {

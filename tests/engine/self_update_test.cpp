@@ -69,6 +69,18 @@ TEST_F(SelfUpdateTest, AFirstCopyRestartsFromTheTemporaryFolder) {
   EXPECT_EQ(processes_.last_start.command_line, "\"" + copy + "\" -t");
 }
 
+TEST(ProductVersion, StandsInTheClassSectionOfTheMachineSettings) {
+  const Sandbox sandbox;
+  const ScopedVariable machine(
+      "TAMRIN_MACHINE_REG",
+      sandbox.Write("m.reg",
+                    "REGEDIT4\n[HKEY_LOCAL_MACHINE\\Tm_Version.VersionInfo]\n\"VersionEx\"=\"1\"\n"
+                    "[HKEY_CLASSES_ROOT\\Tm_Version.VersionInfo]\n\"VersionEx\"=\"3.5.0.9\"\n"));
+  const auto version = platform::MakeProductVersion()->InstalledVersion();
+  // No machine of ours has the product's component.
+  EXPECT_EQ(version.value_or("none"), kOnWindows ? "none" : "3.5.0.9");
+}
+
 TEST_F(SelfUpdateTest, ANewerUpdaterIsFetchedAndStarted) {
   PublishUpdater("Next.EXE");
   sandbox_.Write("tmp/TMW_WebUpdate/Next.EXE", "an earlier one");
