@@ -12,8 +12,8 @@ class ProductVersion {
   virtual ~ProductVersion() = default;
 
   // A dotted version; nothing when the product's version component is not there.
-  // Windows: property VersionEx of the COM object "Tm_Version.VersionInfo". Linux: the value of that
-  // name in the class section of the machine's settings file,
+  // Windows: property VersionEx of the COM object "Tm_Version.VersionInfo". Linux: the value of
+  // that name in the class section of the machine's settings file,
   // [HKEY_CLASSES_ROOT\Tm_Version.VersionInfo].
   virtual std::optional<std::string> InstalledVersion() = 0;
 };
