@@ -2,11 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#ifndef _WIN32
-#include <sys/resource.h>
-#endif
-
-#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <random>
@@ -21,6 +16,10 @@
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scoped_ports.h"
+
+#ifndef _WIN32
+#include "tests/support/linux/small_files_only.h"
+#endif
 
 namespace tests {
 namespace {
@@ -139,27 +138,6 @@ std::string Listing(const std::string& zip) {
   EXPECT_EQ(status, 0) << output;
   return output;
 }
-
-// Lets files grow to a limit, as a disk does that fills up.
-class SmallFilesOnly {
- public:
-  explicit SmallFilesOnly(rlim_t length) {
-    old_handler_ = std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &old_);
-    const rlimit limit{length, old_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  SmallFilesOnly(const SmallFilesOnly&) = delete;
-  SmallFilesOnly& operator=(const SmallFilesOnly&) = delete;
-  ~SmallFilesOnly() {
-    setrlimit(RLIMIT_FSIZE, &old_);
-    std::signal(SIGXFSZ, old_handler_);
-  }
-
- private:
-  rlimit old_{};
-  void (*old_handler_)(int) = nullptr;
-};
 
 TEST_F(Zipping, OtherProgramsReadWhatIsWritten) {
   std::mt19937 random(7);
