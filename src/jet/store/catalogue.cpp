@@ -104,8 +104,6 @@ std::vector<platform::TableSummary> Catalogue::Tables() {
   std::vector<platform::TableSummary> tables;
   for (const auto& [lower, entry] : tables_)
     tables.push_back({entry.name, entry.attributes});
-  std::sort(tables.begin(), tables.end(),
-            [](const auto& a, const auto& b) { return InNameOrder(a.name, b.name); });
   return tables;
 }
 

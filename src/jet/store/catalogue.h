@@ -25,7 +25,7 @@ class Catalogue final : public TableFinder {
   explicit Catalogue(std::shared_ptr<Connection> connection) : connection_(std::move(connection)) {}
 
   TablePtr FindTable(std::string_view name) override;
-  // In name order, without the system's tables.
+  // Without the system's tables, in no particular order.
   std::vector<platform::TableSummary> Tables();
 
   // After a change of definitions, here or by somebody else.
