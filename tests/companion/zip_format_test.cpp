@@ -16,7 +16,8 @@ class TailFile final : public os::ReadableFile {
                                     std::size_t length) override {
     std::fill_n(static_cast<char*>(buffer), length, '\0');
     for (std::size_t i = 0; i < length; ++i) {
-      if (offset + i >= offset_) static_cast<char*>(buffer)[i] = tail_[offset + i - offset_];
+      if (offset + i >= offset_)
+        static_cast<char*>(buffer)[i] = tail_[static_cast<std::size_t>(offset + i - offset_)];
     }
     return length;
   }
