@@ -9,24 +9,24 @@ namespace {
 
 using namespace companion::rar;
 
-Bytes Undo(const FilterSpec& spec, std::uint64_t position, Bytes block) {
+Bytes Undo(const FilterRequest& request, std::uint64_t position, Bytes block) {
   Bytes scratch;
-  UndoFilter(spec, position, block, scratch);
+  UndoFilter(request, position, block, scratch);
   return block;
 }
 
-FilterSpec Spec(FilterKind kind, std::uint32_t channels = 0) {
-  FilterSpec spec;
-  spec.kind = kind;
-  spec.channels = channels;
-  return spec;
+FilterRequest Asked(FilterKind kind, std::uint32_t channels = 0) {
+  FilterRequest request;
+  request.kind = kind;
+  request.channels = channels;
+  return request;
 }
 
 TEST(RarFilters, DeltaAddsUpEachChannel) {
   // Two channels, stored one behind the other, as differences with the sign changed.
-  EXPECT_EQ(Undo(Spec(FilterKind::kDelta, 2), 0, {0xFF, 0xFF, 0xFF, 0xF0, 0x10}),
+  EXPECT_EQ(Undo(Asked(FilterKind::kDelta, 2), 0, {0xFF, 0xFF, 0xFF, 0xF0, 0x10}),
             (Bytes{1, 0x10, 2, 0x00, 3}));
-  EXPECT_THROW(Undo(Spec(FilterKind::kDelta, 0), 0, {1}), Failure);
+  EXPECT_THROW(Undo(Asked(FilterKind::kDelta, 0), 0, {1}), Failure);
 }
 
 TEST(RarFilters, X86TargetsBecomeRelative) {
@@ -69,15 +69,15 @@ TEST(RarFilters, X86TargetsBecomeRelative) {
       {FilterKind::kX86Call, 0x100, false, {0xE8, 0x00, 0x10, 0}, {0xE8, 0x00, 0x10, 0}},
   };
   for (const auto& each : cases) {
-    FilterSpec spec = Spec(each.kind);
-    spec.position_wraps = each.wraps;
-    EXPECT_EQ(Undo(spec, each.position, each.block), each.expected);
+    FilterRequest request = Asked(each.kind);
+    request.position_wraps = each.wraps;
+    EXPECT_EQ(Undo(request, each.position, each.block), each.expected);
   }
 }
 
 TEST(RarFilters, ArmBranchesBecomeRelative) {
   EXPECT_EQ(
-      Undo(Spec(FilterKind::kArm), 0x40, {1, 2, 3, 0xEA, 0x20, 0, 0, 0xEB, 5, 0, 0, 0xEB, 0xEB}),
+      Undo(Asked(FilterKind::kArm), 0x40, {1, 2, 3, 0xEA, 0x20, 0, 0, 0xEB, 5, 0, 0, 0xEB, 0xEB}),
       (Bytes{1, 2, 3, 0xEA, 0x0F, 0, 0, 0xEB, 0xF3, 0xFF, 0xFF, 0xEB, 0xEB}));
 }
 
@@ -91,21 +91,21 @@ TEST(RarFilters, ItaniumBranchesBecomeRelative) {
   block[15] = 0x50;
   Bytes expected = block;
   expected[12] = 0x20;  // bundle 3
-  EXPECT_EQ(Undo(Spec(FilterKind::kItanium), 0x30, block), expected);
+  EXPECT_EQ(Undo(Asked(FilterKind::kItanium), 0x30, block), expected);
   block[0] = 0x0E;  // no branches
-  EXPECT_EQ(Undo(Spec(FilterKind::kItanium), 0x30, block), block);
+  EXPECT_EQ(Undo(Asked(FilterKind::kItanium), 0x30, block), block);
 }
 
 TEST(RarFilters, PicturesArePredictedFromTheNearestNeighbour) {
   // Two rows of two pixels. Stored one colour behind the other, what is to be subtracted from the
   // prediction; red and blue are less green. In the last pixel red is predicted from above, green
   // from the corner, blue from the left; the first pixel of a row always from the left.
-  FilterSpec spec = Spec(FilterKind::kRgb);
-  spec.stride = 6 + 3;
+  FilterRequest request = Asked(FilterKind::kRgb);
+  request.stride = 6 + 3;
   const Bytes packed = {0xF6, 0xD8, 0x28, 0xFE, 0xF6, 0xF6, 0x14, 0x00, 0xE2, 0x00, 0x00, 0x00};
-  EXPECT_EQ(Undo(spec, 0, packed), (Bytes{20, 10, 40, 70, 20, 50, 10, 0, 30, 62, 10, 40}));
-  spec.stride = 3;
-  EXPECT_THROW(Undo(spec, 0, packed), Failure);
+  EXPECT_EQ(Undo(request, 0, packed), (Bytes{20, 10, 40, 70, 20, 50, 10, 0, 30, 62, 10, 40}));
+  request.stride = 3;
+  EXPECT_THROW(Undo(request, 0, packed), Failure);
 }
 
 TEST(RarFilters, SamplesFollowThePrediction) {
@@ -113,7 +113,7 @@ TEST(RarFilters, SamplesFollowThePrediction) {
   Bytes packed(100);
   for (std::size_t i = 0; i < packed.size(); ++i)
     packed[i] = static_cast<std::uint8_t>(250 - i % 3);
-  const Bytes samples = Undo(Spec(FilterKind::kAudio, 1), 0, packed);
+  const Bytes samples = Undo(Asked(FilterKind::kAudio, 1), 0, packed);
   EXPECT_EQ(Bytes(samples.begin() + 30, samples.begin() + 36),
             (Bytes{216, 223, 231, 238, 245, 253}));
   EXPECT_EQ(Bytes(samples.end() - 6, samples.end()), (Bytes{222, 232, 240, 250, 5, 15}));
@@ -134,14 +134,14 @@ TEST(RarFilters, FiltersOfOneBlockRunInOrderWhereverPiecesEnd) {
     input[i] = static_cast<std::uint8_t>(i * 37);
   Bytes expected = input;
   Bytes block(expected.begin() + 20, expected.begin() + 70);
-  block = Undo(Spec(FilterKind::kArm), 20, Undo(Spec(FilterKind::kDelta, 3), 20, block));
+  block = Undo(Asked(FilterKind::kArm), 20, Undo(Asked(FilterKind::kDelta, 3), 20, block));
   std::copy(block.begin(), block.end(), expected.begin() + 20);
   for (std::size_t piece = 1; piece <= input.size(); piece += 7) {
     Collected sink;
     FilterPipeline pipeline;
     pipeline.Begin(sink);
-    pipeline.Announce(20, 50, Spec(FilterKind::kDelta, 3));
-    pipeline.Announce(20, 50, Spec(FilterKind::kArm));
+    pipeline.Announce(20, 50, Asked(FilterKind::kDelta, 3));
+    pipeline.Announce(20, 50, Asked(FilterKind::kArm));
     for (std::size_t at = 0; at < input.size(); at += piece) {
       pipeline.Write(std::span(input).subspan(at, std::min(piece, input.size() - at)));
     }
@@ -154,15 +154,15 @@ TEST(RarFilters, BlocksThatNoArchiveHoldsAreRefused) {
   FilterPipeline pipeline;
   pipeline.Begin(sink);
   pipeline.Write(Bytes(30));
-  const FilterSpec spec = Spec(FilterKind::kArm);
-  EXPECT_THROW(pipeline.Announce(29, 10, spec), Failure);
-  EXPECT_THROW(pipeline.Announce(30, (4U << 20U) + 1, spec), Failure);
-  pipeline.Announce(40, 10, spec);
-  EXPECT_THROW(pipeline.Announce(45, 10, spec), Failure);
+  const FilterRequest request = Asked(FilterKind::kArm);
+  EXPECT_THROW(pipeline.Announce(29, 10, request), Failure);
+  EXPECT_THROW(pipeline.Announce(30, (4U << 20U) + 1, request), Failure);
+  pipeline.Announce(40, 10, request);
+  EXPECT_THROW(pipeline.Announce(45, 10, request), Failure);
   EXPECT_THROW(
       {
         for (int i = 0; i < 1000; ++i)
-          pipeline.Announce(40, 10, spec);
+          pipeline.Announce(40, 10, request);
       },
       Failure);
 }

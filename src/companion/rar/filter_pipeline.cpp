@@ -13,7 +13,8 @@ void FilterPipeline::Begin(ContentSink& sink) {
   collected_.clear();
 }
 
-void FilterPipeline::Announce(std::uint64_t start, std::uint64_t length, const FilterSpec& spec) {
+void FilterPipeline::Announce(std::uint64_t start, std::uint64_t length,
+                              const FilterRequest& request) {
   if (length == 0) return;
   if (length > kMaxBlock || start < position_ || pending_.size() >= kMaxPending)
     throw Failure{kRarBadData};
@@ -21,12 +22,12 @@ void FilterPipeline::Announce(std::uint64_t start, std::uint64_t length, const F
     Block& last = pending_.back();
     if (last.start == start && last.length == length) {
       if (last.filters.size() >= kMaxStacked) throw Failure{kRarBadData};
-      last.filters.push_back(spec);
+      last.filters.push_back(request);
       return;
     }
     if (start < last.start + last.length) throw Failure{kRarBadData};
   }
-  pending_.push_back({start, static_cast<std::uint32_t>(length), {spec}});
+  pending_.push_back({start, static_cast<std::uint32_t>(length), {request}});
 }
 
 void FilterPipeline::ForgetAnnounced() {
@@ -59,8 +60,8 @@ void FilterPipeline::Write(std::span<const std::uint8_t> bytes) {
 void FilterPipeline::FinishBlock() {
   const Block block = std::move(pending_.front());
   pending_.pop_front();
-  for (const FilterSpec& spec : block.filters)
-    UndoFilter(spec, block.start, collected_, scratch_);
+  for (const FilterRequest& request : block.filters)
+    UndoFilter(request, block.start, collected_, scratch_);
   sink_->Write(collected_.data(), collected_.size());
   collected_.clear();
 }

@@ -26,7 +26,7 @@ class FilterPipeline {
   // Announces the filter of the bytes [start, start + length) of the entry, which have not been
   // written yet. Blocks come in order and do not overlap; a block that equals the one before gets
   // both filters, first announced first. Throws Failure for anything else.
-  void Announce(std::uint64_t start, std::uint64_t length, const FilterSpec& spec);
+  void Announce(std::uint64_t start, std::uint64_t length, const FilterRequest& request);
   // Blocks that are not complete pass unfiltered.
   void ForgetAnnounced();
 
@@ -40,7 +40,7 @@ class FilterPipeline {
   struct Block {
     std::uint64_t start;
     std::uint32_t length;
-    std::vector<FilterSpec> filters;
+    std::vector<FilterRequest> filters;
   };
 
   void FinishBlock();

@@ -107,22 +107,22 @@ std::uint8_t NearestNeighbour(int left, int above, int left_above) {
   return static_cast<std::uint8_t>(to_above <= to_corner ? above : left_above);
 }
 
-void UndoRgb(const FilterSpec& spec, std::span<const std::uint8_t> packed,
+void UndoRgb(const FilterRequest& request, std::span<const std::uint8_t> packed,
              std::span<std::uint8_t> out) {
   std::size_t taken = 0;
   for (std::size_t colour = 0; colour < 3; ++colour) {
     std::uint8_t previous = 0;
     for (std::size_t i = colour; i < out.size(); i += 3) {
       std::uint8_t predicted = previous;
-      if (i >= spec.stride) {
-        const std::size_t corner = i - spec.stride;
+      if (i >= request.stride) {
+        const std::size_t corner = i - request.stride;
         predicted = NearestNeighbour(previous, out[corner + 3], out[corner]);
       }
       previous = static_cast<std::uint8_t>(predicted - packed[taken++]);
       out[i] = previous;
     }
   }
-  for (std::size_t i = spec.red_offset; i + 2 < out.size(); i += 3) {
+  for (std::size_t i = request.red_offset; i + 2 < out.size(); i += 3) {
     const std::uint8_t green = out[i + 1];
     out[i] = static_cast<std::uint8_t>(out[i] + green);
     out[i + 2] = static_cast<std::uint8_t>(out[i + 2] + green);
@@ -206,17 +206,17 @@ void UndoInto(std::vector<std::uint8_t>& block, std::vector<std::uint8_t>& scrat
 
 }  // namespace
 
-void UndoFilter(const FilterSpec& spec, std::uint64_t position, std::vector<std::uint8_t>& block,
-                std::vector<std::uint8_t>& scratch) {
-  switch (spec.kind) {
+void UndoFilter(const FilterRequest& request, std::uint64_t position,
+                std::vector<std::uint8_t>& block, std::vector<std::uint8_t>& scratch) {
+  switch (request.kind) {
     case FilterKind::kDelta:
-      if (spec.channels == 0) throw Failure{kRarBadData};
+      if (request.channels == 0) throw Failure{kRarBadData};
       UndoInto(block, scratch,
-               [&](auto packed, auto out) { UndoDelta(spec.channels, packed, out); });
+               [&](auto packed, auto out) { UndoDelta(request.channels, packed, out); });
       break;
     case FilterKind::kX86Call:
     case FilterKind::kX86Jump:
-      UndoX86(spec.kind == FilterKind::kX86Jump, spec.position_wraps, position, block);
+      UndoX86(request.kind == FilterKind::kX86Jump, request.position_wraps, position, block);
       break;
     case FilterKind::kArm:
       UndoArm(position, block);
@@ -225,13 +225,13 @@ void UndoFilter(const FilterSpec& spec, std::uint64_t position, std::vector<std:
       UndoItanium(position, block);
       break;
     case FilterKind::kRgb:
-      if (spec.stride <= 3 || spec.red_offset > 2) throw Failure{kRarBadData};
-      UndoInto(block, scratch, [&](auto packed, auto out) { UndoRgb(spec, packed, out); });
+      if (request.stride <= 3 || request.red_offset > 2) throw Failure{kRarBadData};
+      UndoInto(block, scratch, [&](auto packed, auto out) { UndoRgb(request, packed, out); });
       break;
     case FilterKind::kAudio:
-      if (spec.channels == 0) throw Failure{kRarBadData};
+      if (request.channels == 0) throw Failure{kRarBadData};
       UndoInto(block, scratch,
-               [&](auto packed, auto out) { UndoAudio(spec.channels, packed, out); });
+               [&](auto packed, auto out) { UndoAudio(request.channels, packed, out); });
       break;
   }
 }

@@ -19,7 +19,7 @@ enum class FilterKind {
   kAudio,    // samples of one byte, channel after channel
 };
 
-struct FilterSpec {
+struct FilterRequest {
   FilterKind kind = FilterKind::kDelta;
   std::uint32_t channels = 0;    // kDelta, kAudio
   std::uint32_t stride = 0;      // kRgb: bytes of a row, and three
@@ -30,7 +30,7 @@ struct FilterSpec {
 // Undoes one filter in place. `position` is where the block stands in the entry. `scratch` is
 // memory for filters that cannot work in place and is kept by the caller. Throws Failure for
 // parameters that no archive holds.
-void UndoFilter(const FilterSpec& spec, std::uint64_t position, std::vector<std::uint8_t>& block,
-                std::vector<std::uint8_t>& scratch);
+void UndoFilter(const FilterRequest& request, std::uint64_t position,
+                std::vector<std::uint8_t>& block, std::vector<std::uint8_t>& scratch);
 
 }  // namespace companion::rar

@@ -149,12 +149,12 @@ void Rar3Filters::Declare(std::uint8_t flags, std::span<const std::uint8_t> decl
   if (length > (IsDoneInPlace(program.kind) ? kWorkSize : kWorkSize / 2))
     throw Failure{kRarBadData};
 
-  FilterSpec spec;
-  spec.kind = program.kind;
-  spec.channels = registers[0];
-  spec.stride = registers[0];
-  spec.red_offset = registers[1];
-  pipeline.Announce(start, length, spec);
+  FilterRequest request;
+  request.kind = program.kind;
+  request.channels = registers[0];
+  request.stride = registers[0];
+  request.red_offset = registers[1];
+  pipeline.Announce(start, length, request);
 }
 
 }  // namespace companion::rar

@@ -187,11 +187,11 @@ void Rar5Decoder::ReadFilter() {
                                         FilterKind::kX86Jump, FilterKind::kArm};
   const std::uint32_t kind = reader_.Take(3);
   if (kind >= kKinds.size()) throw Failure{kRarBadData};
-  FilterSpec spec;
-  spec.kind = kKinds[kind];
-  spec.position_wraps = true;
-  if (spec.kind == FilterKind::kDelta) spec.channels = reader_.Take(5) + 1;
-  pipeline_.Announce(start, length, spec);
+  FilterRequest request;
+  request.kind = kKinds[kind];
+  request.position_wraps = true;
+  if (request.kind == FilterKind::kDelta) request.channels = reader_.Take(5) + 1;
+  pipeline_.Announce(start, length, request);
 }
 
 void Rar5Decoder::Flush() {
