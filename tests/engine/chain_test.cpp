@@ -74,7 +74,8 @@ TEST(Chain, FirstCopyTemporaryCopyAndNewerUpdaterDoOneUpdate) {
     const std::string path = "server" + tmw::Split(head, " ").at(1);
     const std::string body = sandbox.Has(path) ? sandbox.Read(path) : "";
     peer.Send("HTTP/1.1 " + std::string(body.empty() ? "404 No" : "200 OK") +
-              "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+              "\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) +
+              "\r\n\r\n" + body);
   });
   const tmw::AppVersion own = tmw::GetAppVersion();
   Release release;

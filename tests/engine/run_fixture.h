@@ -132,12 +132,12 @@ class RunTest : public testing::Test {
     const std::string path = "server" + tmw::Split(head, " ").at(1);
     if (on_request_) on_request_(path);
     if (!sandbox_.Has(path)) {
-      peer.Send("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
+      peer.Send("HTTP/1.1 404 Not Found\r\nConnection: close\r\nContent-Length: 0\r\n\r\n");
       return;
     }
     const std::string body = sandbox_.Read(path);
-    peer.Send("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
-              body);
+    peer.Send("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
+              std::to_string(body.size()) + "\r\n\r\n" + body);
   }
 
   Sandbox sandbox_;
