@@ -36,6 +36,8 @@ class KsUpdater final : private DownloaderEvents {
   const std::string& NewVersion() const { return new_version_; }
 
  private:
+  friend class KsUpdaterProbe;  // the measurements' way to a single stage
+
   using VersionNumbers = std::array<std::int32_t, 4>;
 
   // ks_updater.cpp: the run, its preparation, what stages tell.
