@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "foundation/text.h"
@@ -34,6 +35,99 @@ inline std::string FileInUse(const std::string& description, const std::string& 
          "обновления."
          "\r\n\r\n"
          "Повторить попытку?";
+}
+
+// Update scripts.
+inline constexpr const char* kErrorTitle = "Ошибка";
+inline constexpr const char* kMigrationNotSupplied =
+    "В этой версии программы обновления такого преобразования данных нет.";
+inline constexpr const char* kMigrationUnknown =
+    "Программе обновления не известно преобразование данных с таким именем.";
+inline constexpr const char* kNoVersionNumber =
+    "В таблице DBVersion вместо номера версии стоит другое значение.";
+
+inline std::string ScriptNotLoaded(const std::string& file, const std::string& reason) {
+  return "Ошибка загрузки файла обновления " + Quoted(file) + ":\r\n" + reason;
+}
+
+inline std::string BadScriptRoot(const std::string& name) {
+  return "Корневой узел имеет неправильное имя (" + Quoted(name) + ").";
+}
+
+inline std::string BadFromVersion(const std::string& text) {
+  return "Ошибочное значение db_version_from (" + text + ").";
+}
+
+inline std::string BadToVersion(const std::string& text) {
+  return "Ошибочное значение db_version_to (" + text + ").";
+}
+
+inline std::string VersionsNotRising(const std::string& from, const std::string& to) {
+  return "Конечная версия базы данных (" + to + ") не больше начальной (" + from + ").";
+}
+
+inline std::string BadActionType(const std::string& type) {
+  return "Ошибочный тип узла Action (" + Quoted(type) + ").";
+}
+
+inline std::string BadCreatedFieldType(const std::string& word) {
+  return "Ошибочный тип создаваемого поля (" + Quoted(word) + ").";
+}
+
+inline std::string ScriptFailed(const std::string& version, const std::string& reason) {
+  return "Ошибка обновления базы данных до версии " + Quoted(version) + ":\r\n" + reason;
+}
+
+inline std::string NoTableForField(const std::string& table, const std::string& field) {
+  return "Таблица " + Quoted(table) + " не найдена\r\n(при добавлении поля " + table + "." + field +
+         ")";
+}
+
+inline std::string MigrationFailed(const std::string& name, const std::string& reason) {
+  return "Ошибка при выполнении скрипта " + name + ":\r\n" + reason;
+}
+
+inline std::string ScriptTwice(const std::string& version) {
+  return "Имеется несколько скриптов обновления базы данных для одной и той же версии (" + version +
+         ").";
+}
+
+inline std::string ScriptMissing(const std::string& version) {
+  return "Отсутствует сценарий обновления базы данных для версии " + version + ".";
+}
+
+// Building the databases.
+inline constexpr const char* kWorkingCopy = "рабочей копии базы данных";
+inline constexpr const char* kBuildingReference = "Формирование справочной базы данных...";
+inline constexpr const char* kBuildingWorking = "Обновление рабочей базы данных...";
+inline constexpr const char* kCopyingExisting = "Копирование существующей базы...";
+inline constexpr const char* kMakingTemporaryCopy = "Создание временной копии базы данных...";
+inline constexpr const char* kOpening = "Открытие базы данных...";
+inline constexpr const char* kDeletingObsolete = "Удаление устаревших таблиц...";
+inline constexpr const char* kSavingVersion = "Сохранение номера версии...";
+inline constexpr const char* kCompacting = "Сжатие базы данных...";
+inline constexpr const char* kReadingScripts = "Чтение сценариев обновления...";
+
+inline std::string CreatingTable(const std::string& table) {
+  return "Создание таблицы " + table + " ...";
+}
+
+inline std::string ImportingDictionary(const std::string& table) {
+  return "Импорт справочника " + table + " ...";
+}
+
+inline std::string CarryingDictionary(const std::string& table) {
+  return "Перенос справочника " + table + " ...";
+}
+
+inline std::string RunningScript(const std::string& from, const std::string& to) {
+  return "Выполнение сценария обновления " + from + " -> " + to + " ...";
+}
+
+inline std::string RowsLost(const std::string& table, std::int64_t expected, std::int64_t found) {
+  return "В новой базе данных в таблице " + Quoted(table) + " строк " + std::to_string(found) +
+         ", а должно быть " + std::to_string(expected) +
+         ". Обновление прервано, рабочая база данных не изменена.";
 }
 
 // The frames' extra texts.

@@ -1,10 +1,12 @@
 #include "database/imp_table.h"
 
+#include <array>
 #include <utility>
 #include <vector>
 
 #include "database/database_texts.h"
 #include "database/db_string.h"
+#include "database/table_lookup.h"
 #include "database/table_text.h"
 #include "database/transaction.h"
 #include "foundation/contract_names.h"
@@ -13,17 +15,20 @@
 #include "foundation/file_utils.h"
 #include "foundation/number_text.h"
 #include "foundation/text.h"
+#include "platform/file_system.h"
+#include "platform/ports.h"
 
 namespace tmw {
 namespace {
 
 constexpr const char* kModule = "ImpTable";
 
-bool HasTable(platform::Database& database, const std::string& name) {
-  for (const platform::TableSummary& table : database.Tables()) {
-    if (EqualIgnoringCase(table.name, name)) return true;
-  }
-  return false;
+// A text begins with "Table:": a zero in its second byte, like a mark, gives UTF-16 away.
+bool IsUnicodeFile(const std::string& path) {
+  std::array<char, 2> start{'\xFF', '\xFF'};
+  const auto opened = platform::CurrentPorts().files->Open(path, platform::FileMode::kRead);
+  if (!opened || !opened.value->Read(start.data(), start.size())) return false;
+  return start[1] == '\0' || (start[0] == '\xFF' && start[1] == '\xFE');
 }
 
 // An amount's digits go over as they are: a double holds only fifteen of them.
@@ -37,7 +42,8 @@ platform::DatabaseValue RowValue(std::string_view text, platform::DataType type)
 }  // namespace
 
 void ImpTable::ImportFromFile(const std::string& path, platform::Database& database) try {
-  const std::string text = ReadFileToString(path);
+  const std::string text =
+      IsUnicodeFile(path) ? ReadUnicodeFileToString(path) : ReadFileToString(path);
   const bool has_rows = !LowerCase(path).ends_with(names::kTableStructureEnding);
   Import(text, has_rows, path, database);
 } catch (...) {
@@ -55,6 +61,7 @@ void ImpTable::Import(std::string_view text, bool has_rows, const std::string& l
   TableTextReader reader(text);
   try {
     blamed_line_ = 0;
+    row_count_ = 0;
     Transaction transaction;
     Replace(reader, has_rows, database);
     transaction.Commit();
@@ -88,13 +95,14 @@ void ImpTable::Replace(TableTextReader& reader, bool has_rows, platform::Databas
 }
 
 void ImpTable::Fill(TableTextReader& reader, const platform::TableDefinition& table,
-                    platform::Database& database) const {
+                    platform::Database& database) {
   const auto rows = database.OpenRecordset(table.name, platform::RecordsetType::kTable);
   std::vector<std::size_t> positions;
   for (const platform::FieldDefinition& field : table.fields)
     positions.push_back(rows->FieldPosition(field.name));
   std::vector<std::string_view> values;
   while (reader.ReadRow(values)) {
+    ++row_count_;
     rows->AddNew();
     for (std::size_t i = 0; i < values.size(); ++i)
       rows->SetValue(positions[i], RowValue(values[i], table.fields[i].type));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -18,20 +19,25 @@ class ImpTable {
   void SetTableName(std::string name) { table_name_ = std::move(name); }
   const std::string& TableName() const { return table_name_; }
 
-  // A ".table" file must carry rows, a ".tablestruct" file must not: its table becomes empty.
+  // The file is UTF-16, as dictionaries are delivered, UTF-8 with its mark, or code page 1251. A
+  // ".table" file must carry rows, a ".tablestruct" file must not: its table becomes empty.
   void ImportFromFile(const std::string& path, platform::Database& database);
 
   // A text that carries rows.
   void ImportFromString(const std::string& text, platform::Database& database);
+
+  // Of the text imported last.
+  std::int64_t RowCount() const { return row_count_; }
 
  private:
   void Import(std::string_view text, bool has_rows, const std::string& label,
               platform::Database& database);
   void Replace(TableTextReader& reader, bool has_rows, platform::Database& database);
   void Fill(TableTextReader& reader, const platform::TableDefinition& table,
-            platform::Database& database) const;
+            platform::Database& database);
 
   std::string table_name_;
+  std::int64_t row_count_ = 0;
   std::size_t blamed_line_ = 0;  // 0: the line that was read last
 };
 

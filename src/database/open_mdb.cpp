@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "database/access_helpers.h"
 #include "database/database_texts.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
@@ -63,6 +64,12 @@ std::unique_ptr<platform::Database> OpenMdb(const std::string& path, const std::
   }
 } catch (...) {
   ReRaiseError(kModule, "OpenMdb");
+}
+
+std::unique_ptr<platform::Database> GetUserDB() try {
+  return OpenMdb(database_utils::GetUserDBFileName(), "базы данных", true, false);
+} catch (...) {
+  ReRaiseError(kModule, "GetUserDB");
 }
 
 }  // namespace tmw

@@ -13,4 +13,7 @@ namespace tmw {
 std::unique_ptr<platform::Database> OpenMdb(const std::string& path, const std::string& description,
                                             bool exclusive, bool read_only);
 
+// The user database, exclusively, for reading and writing; the update run's way to it.
+std::unique_ptr<platform::Database> GetUserDB();
+
 }  // namespace tmw

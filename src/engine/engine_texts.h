@@ -182,9 +182,26 @@ inline std::string TooMuchReceived(const std::string& url) {
 }
 
 // The databases.
-inline constexpr const char* kNoDatabaseUpdate =
-    "Данная сборка программы обновления не умеет обновлять базу данных. Обновить можно только "
-    "клиентскую установку программы. Установленные файлы и база данных не изменены.";
+inline constexpr const char* kBackingUp = "Резервное копирование базы данных...";
+inline constexpr const char* kPlacingDatabase = "Установка обновленной базы данных...";
+inline constexpr const char* kPlacingReference = "Установка справочной базы данных...";
+inline constexpr const char* kPlacingWorking = "Установка рабочей базы данных...";
+inline constexpr const char* kPlacingScripts = "Установка скриптов обновления...";
+inline constexpr const char* kNewDatabase = "новой базы данных";
+
+inline std::string BackupFailed(const std::string& reason) {
+  return "Ошибка создания резервной копии базы данных:" + kBreak + reason;
+}
+
+inline std::string CopyDiffers(const std::string& built, const std::string& copy) {
+  return "Копия новой базы данных \"" + copy + "\" не совпадает с исходным файлом \"" + built +
+         "\". Рабочая база данных не изменена.";
+}
+
+inline std::string NewDatabaseTooOld(const std::string& version) {
+  return "В новой базе данных стоит номер версии " + version +
+         ", который меньше номера версии обновления. Рабочая база данных не изменена.";
+}
 
 // Installing.
 inline constexpr const char* kRemovingOld = "Удаление старых компонент...";

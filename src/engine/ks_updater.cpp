@@ -5,6 +5,7 @@
 #include "engine/folder_constants.h"
 #include "engine/interruption_mark.h"
 #include "engine/updater_utils.h"
+#include "engine/user_database.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
@@ -32,6 +33,10 @@ std::string WithSlashAtEnd(const std::string& url) {
 void DownloadError(const std::string& message) {
   platform::CurrentPorts().front_end->ShowMessage(platform::MessageKind::kWarning,
                                                   engine_texts::kLoadingError, message);
+}
+
+void KsUpdater::DownloadError(const std::string& message) {
+  tmw::DownloadError(message);
 }
 
 KsUpdater::KsUpdater(UpdaterEvents& events, std::function<void()> exit_updater)
@@ -138,7 +143,10 @@ bool KsUpdater::Initialize() try {
   updater_components_.clear();
   // Nobody else may hold the database: opening it alone proves that.
   const std::string database = database_utils::GetUserDBFileName();
+  const bool is_client = GetUpdaterSettings().IsClientInstallation;
+  if (!is_client) MendUserDatabase();
   platform::CurrentPorts().database->OpenDatabase(database, true, false)->Close();
+  if (!is_client) ForgetUnusedCopy();
   const SplitName parts = SplitFileName(database);
   database_folder_ = parts.Folder;
   database_name_ = parts.FileName();

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "database/build_events.h"
+#include "database/database_build.h"
 #include "engine/records.h"
 #include "engine/release_paths.h"
 #include "engine/updater_events.h"
@@ -19,7 +21,7 @@ namespace tmw {
 
 // One update run. Execute calls the stages one after another; a stage returns "go on" and has told
 // the user when it returns false. One object per run, one Execute per object.
-class KsUpdater final : private DownloaderEvents {
+class KsUpdater final : private DownloaderEvents, private BuildEvents {
  public:
   // The listener outlives the run. exit_updater ends this process once the next updater runs.
   KsUpdater(UpdaterEvents& events, std::function<void()> exit_updater);
@@ -51,13 +53,14 @@ class KsUpdater final : private DownloaderEvents {
   bool Initialize();
   bool CreateTempDir();
   std::string ParseConsts(const std::string& text) const;
-  bool CancelPressed();
-  void SetMainAction(const std::string& text) { events_.OnSetMainAction(text); }
-  void SetSubAction(const std::string& text) { events_.OnSetSubAction(text); }
-  void SetupProgress(std::int32_t max, bool show_count) {
+  bool CancelPressed() override;
+  void SetMainAction(const std::string& text) override { events_.OnSetMainAction(text); }
+  void SetSubAction(const std::string& text) override { events_.OnSetSubAction(text); }
+  void SetupProgress(std::int32_t max, bool show_count) override {
     events_.OnSetupProgress(max, show_count);
   }
-  void SetProgress(std::int32_t value) { events_.OnSetProgress(value); }
+  void SetProgress(std::int32_t value) override { events_.OnSetProgress(value); }
+  void DownloadError(const std::string& message) override;
   void SetButtonMode(std::int32_t mode) { events_.OnSetButtonMode(mode); }
   void SetIcon(const std::string& name) { events_.OnSetIcon(name); }
 
@@ -92,7 +95,6 @@ class KsUpdater final : private DownloaderEvents {
   bool JudgeTables();
   bool CheckForFileUpdate(WuFileNode& node);
   bool CheckForTableUpdate(WuTableNode& node);
-  std::unique_ptr<platform::Database> GetUserDB();
 
   // download_stage.cpp
   bool CreateDownloadingFolder();
@@ -125,6 +127,7 @@ class KsUpdater final : private DownloaderEvents {
   bool StartNewUpdater();
 
   // database_stage.cpp
+  DatabaseBuild MakeDatabaseBuild() const;
   bool BuildEtalonDB();
   bool BuildWorkingDB();
   bool BackupUserDB();

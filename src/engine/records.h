@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "database/wu_table_node.h"
+
 // The records that stages hand to each other. Sizes are bytes, hashes lower-case SHA-256 texts.
 namespace tmw {
 
@@ -16,16 +18,6 @@ struct WuFileNode {
   std::int32_t PackType = 0;  // a PackMethod, unchecked
   std::string Hash;           // of the installed file
   bool IsCom = false;         // registered with the system after installation
-  bool NeedUpdate = false;
-};
-
-// One table of the product's database.
-struct WuTableNode {
-  bool IsUser = false;  // the user's own content, never delivered
-  std::string TableName;
-  std::string SrvFile;  // dictionaries only, likewise the next two
-  std::int32_t SrvSize = 0;
-  std::string Hash;  // of the content in the table text format
   bool NeedUpdate = false;
 };
 

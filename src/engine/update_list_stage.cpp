@@ -1,4 +1,3 @@
-#include "database/access_helpers.h"
 #include "database/open_mdb.h"
 #include "database/table_export.h"
 #include "engine/checked_sum.h"
@@ -95,12 +94,6 @@ bool KsUpdater::CheckForTableUpdate(WuTableNode& node) try {
   return true;
 } catch (...) {
   ReRaiseError(kModule, "CheckForTableUpdate");
-}
-
-std::unique_ptr<platform::Database> KsUpdater::GetUserDB() try {
-  return OpenMdb(database_utils::GetUserDBFileName(), "базы данных", true, false);
-} catch (...) {
-  ReRaiseError(kModule, "GetUserDB");
 }
 
 bool TableExists(const std::string& table, platform::Database& database) {

@@ -5,7 +5,6 @@
 
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
-#include "platform/database.h"
 #include "platform/front_end.h"
 #include "platform/ports.h"
 #include "startup/services/product_settings.h"
@@ -52,14 +51,6 @@ bool GetNoRegisteringParam() try {
   return value;
 } catch (...) {
   ReRaiseError(kModule, "GetNoRegisteringParam");
-}
-
-void FlushDBEngine() try {
-  platform::DatabaseEngine& engine = *platform::CurrentPorts().database;
-  engine.Idle(platform::IdleOption::kRefreshCache);
-  engine.Idle(platform::IdleOption::kFreeLocks);
-} catch (...) {
-  ReRaiseError(kModule, "FlushDBEngine");
 }
 
 }  // namespace tmw

@@ -15,7 +15,4 @@ bool AskYesNo(const std::string& question, const std::string& title);
 // The maker's own setting that keeps components unregistered; read once per process.
 bool GetNoRegisteringParam();
 
-// Brings everything the database engine holds back to the disk and frees its locks.
-void FlushDBEngine();
-
 }  // namespace tmw

@@ -6,9 +6,11 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 #include "database/db_string.h"
 #include "database/imp_table.h"
+#include "database/statement_cutter.h"
 #include "database/table_export.h"
 #include "database/transaction.h"
 #include "foundation/api_errors.h"
@@ -16,7 +18,6 @@
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
-#include "jetsql/script.h"
 #include "platform/database.h"
 #include "platform/file_system.h"
 #include "platform/ports.h"
@@ -27,6 +28,12 @@ namespace {
 using Arguments = std::vector<std::string>;
 
 constexpr std::uint32_t kSystemMask = 0x80000003;
+
+// A statement that gives rows.
+bool IsSelect(std::string_view statement) {
+  constexpr std::string_view kSelect = "select";
+  return tmw::EqualIgnoringCase(statement.substr(0, kSelect.size()), kSelect);
+}
 
 platform::DatabaseEngine& Engine() {
   return *platform::CurrentPorts().database;
@@ -88,7 +95,7 @@ void PrintRows(platform::Database& database, const std::string& statement) {
 }
 
 void RunStatements(platform::Database& database, const std::string& script) {
-  for (const std::string& statement : CutStatements(script)) {
+  for (const std::string& statement : tmw::CutStatements(script)) {
     try {
       if (IsSelect(statement)) {
         PrintRows(database, statement);

@@ -135,6 +135,8 @@ class DatabaseError : public std::exception {
 
 // Numbers that callers tell apart.
 inline constexpr std::int32_t kNoCurrentRecord = 3021;
+inline constexpr std::int32_t kDiskFull = 3026;
+inline constexpr std::int32_t kDiskError = 3043;
 inline constexpr std::int32_t kFileAlreadyInUse = 3045;
 inline constexpr std::int32_t kItemNotFound = 3265;
 inline constexpr std::int32_t kOpenedExclusively = 3356;

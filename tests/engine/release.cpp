@@ -6,6 +6,7 @@
 #include <span>
 #include <string_view>
 
+#include "foundation/encodings.h"
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
 #include "packages/rar_writer.h"
@@ -53,11 +54,16 @@ class Writer {
     manifest += "<DataBase>";
     if (!release_.user.empty()) manifest += "<User" + Attribute("TableName", release_.user) + "/>";
     if (!release_.dict.empty()) {
+      const std::string text = tmw::Utf16ToBytes(tmw::Utf8ToUtf16(release_.dict_text));
+      WriteBytes(source_, text);
+      Pack(release_.dict + ".table.tmz", release_.dict + ".table");
       manifest += "<Dict" + Attribute("TableName", release_.dict) + Attribute("SrvFile", "x") +
-                  Attribute("SrvSize", "10") + Attribute("Hash", HashOf("")) + "/>";
+                  Attribute("SrvSize", "10") + Attribute("Hash", HashOf(text)) + "/>";
     }
-    manifest += "</DataBase>" + PackageElement("DBUpdates", release_.scripts_package) +
-                PackageElement("DBStruct", release_.structures_package) + "</KSUpdateManifest>";
+    manifest += "</DataBase>" +
+                PackageElement("DBUpdates", release_.scripts_package, release_.scripts) +
+                PackageElement("DBStruct", release_.structures_package, release_.structures) +
+                "</KSUpdateManifest>";
     WriteBytes(source_, manifest);
     Pack("_PackageManifest.tmz", "TMW_manifest.xml");
     std::filesystem::remove(ToPath(source_));
@@ -92,26 +98,41 @@ class Writer {
            Attribute("Hash", HashOf(tmw::ReadFileBytes(source_))) + com + "/></Folder></Files>";
   }
 
-  std::string PackageElement(const std::string& element, const std::string& name) {
-    WriteBytes(source_, "script");
+  std::string PackageElement(const std::string& element, const std::string& name,
+                             const std::vector<std::pair<std::string, std::string>>& files) {
     if (!tmw::CheckFileName(name).IsAccepted()) {
       return "<" + element + Attribute("SrvName", name) + Attribute("PackSize", "1") +
              Attribute("PackHash", "x") + "/>";
     }
-    Pack(name, element + ".txt");
+    std::filesystem::create_directories(ToPath(Path(name)).parent_path());
+    tmw::StoredRarWriter writer(Path(name), tmw::rar_blocks::RarFormat::kRar5);
+    AddEntry(writer, element + ".txt", "script");
+    for (const auto& [entry, content] : files)
+      AddEntry(writer, entry, content);
+    writer.Finish(false);
     return "<" + element + Attribute("SrvName", name) + Attribute("PackSize", SizeOf(Path(name))) +
            Attribute("PackHash", HashOf(tmw::ReadFileBytes(Path(name)))) + "/>";
+  }
+
+  void AddEntry(tmw::StoredRarWriter& writer, const std::string& entry,
+                const std::string& content) const {
+    WriteBytes(source_, content);
+    AddSource(writer, entry, false);
+  }
+
+  void AddSource(tmw::StoredRarWriter& writer, const std::string& entry, bool is_executable) const {
+    tmw::RarEntryFacts facts;
+    facts.name = entry;
+    facts.modified = 1'700'000'000;
+    facts.unix_mode = is_executable ? 0755 : 0644;
+    writer.AddFile(facts, source_);
   }
 
   void Pack(const std::string& server_name, const std::string& entry, bool with_trailer = false,
             bool is_executable = false) {
     std::filesystem::create_directories(ToPath(Path(server_name)).parent_path());
     tmw::StoredRarWriter writer(Path(server_name), tmw::rar_blocks::RarFormat::kRar5);
-    tmw::RarEntryFacts facts;
-    facts.name = entry;
-    facts.modified = 1'700'000'000;
-    facts.unix_mode = is_executable ? 0755 : 0644;
-    writer.AddFile(facts, source_);
+    AddSource(writer, entry, is_executable);
     writer.Finish(with_trailer);
   }
 

@@ -23,8 +23,11 @@ struct Release {
   std::string version_id = "R 3.6.0.2";
   std::vector<ReleaseFile> files;
   std::string product = "TMW";
-  std::string dict{};  // a dictionary table's name; empty: none
-  std::string user{};  // a user table's name
+  std::string dict{};       // a dictionary table's name; empty: none
+  std::string dict_text{};  // its content
+  std::string user{};       // a user table's name
+  std::vector<std::pair<std::string, std::string>> scripts{};     // name, content
+  std::vector<std::pair<std::string, std::string>> structures{};  // likewise
   std::string scripts_package = "updates.tmz";
   std::string structures_package = "structures.tmz";
   std::vector<std::pair<std::string, std::string>> updater_components{};  // name, file

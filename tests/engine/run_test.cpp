@@ -353,19 +353,6 @@ TEST_F(RunTest, ADatabaseInUseEndsTheRun) {
   EXPECT_TRUE(Requests().empty());
 }
 
-TEST_F(RunTest, OutsideAClientInstallationTheDatabaseUpdateIsMissed) {
-  SetMode(false);
-  Publish();
-  const std::string volume = SumOf(sandbox_, {"f1.tmz", "f2.tmz", "updates.tmz", "structures.tmz"});
-  EXPECT_EQ(Run(), (Log{Volume(volume),
-                        "error|Данная сборка программы обновления не умеет обновлять базу данных. "
-                        "Обновить можно только клиентскую установку программы. Установленные файлы "
-                        "и база данных не изменены."}));
-  EXPECT_EQ(Requests(), Asked({"f1.tmz", "f2.tmz", "updates.tmz", "structures.tmz"}));
-  EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/R 3.6.0.2/DBUpdates/DBUpdates.txt"), "script");
-  EXPECT_FALSE(sandbox_.Has("Продукт/help.txt"));
-}
-
 TEST_F(RunTest, ComponentsAreRegistered) {
   processes_.exit_code = 3;  // where there is a registration tool, it fails
   release_.files[0].content = tmw::ReadFileBytes(TMW_REGISTERING_LIBRARY);

@@ -36,6 +36,8 @@ class FaultyFileSystem final : public platform::FileSystem {
   // Answers of the next renames and removals; code 0 lets one through.
   std::deque<Code> rename_codes;
   std::deque<Code> remove_codes;
+  // Changes of the disk that still succeed; then all fail with kBroken, as for a process that dies.
+  std::optional<std::size_t> changes_left;
   Code flush_code = 0;
   Code attributes_code = 0;
   std::vector<std::string> log;
@@ -45,6 +47,8 @@ class FaultyFileSystem final : public platform::FileSystem {
   char Separator() const override { return real_.Separator(); }
   Outcome<platform::FileFacts> Examine(const Path& path) override { return real_.Examine(path); }
   Outcome<FilePointer> Open(const Path& path, platform::FileMode mode) override {
+    if (mode != platform::FileMode::kRead && !TakeChange())
+      return Outcome<FilePointer>::Failure(kBroken);
     auto opened = real_.Open(path, mode);
     if (opened) opened.value = std::make_unique<FaultyFile>(*this, std::move(opened.value));
     return opened;
@@ -102,7 +106,15 @@ class FaultyFileSystem final : public platform::FileSystem {
   template <typename Call>
   Status Do(const char* name, Code code, Call call) {
     log.emplace_back(name);
+    if (!TakeChange()) return Status::Failure(kBroken);
     return code != 0 ? Status::Failure(code) : call();
+  }
+
+  bool TakeChange() {
+    if (!changes_left) return true;
+    if (*changes_left == 0) return false;
+    --*changes_left;
+    return true;
   }
 
   static Code Next(std::deque<Code>& codes) {

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+// Where the databases of an update lie. Folders come without a separator at their end.
+namespace tmw {
+
+// "Tamrin_LastVer.mdb" in the release's structures folder.
+std::string BuiltReferencePath(const std::string& structures_folder);
+// ... and in the product's database folder.
+std::string InstalledReferencePath();
+
+// "Tamrin.mdb" in the release's scripts folder.
+std::string BuiltWorkingPath(const std::string& scripts_folder);
+
+// The new user database beside the old one. Under this name there is only ever a complete copy.
+std::string NewUserDatabasePath();
+
+// "Tamrin_117.zip" beside the user database of that build.
+std::string BackupPath(std::int32_t build_number);
+
+// The scripts that the product itself keeps.
+std::string InstalledScriptsFolder();
+
+}  // namespace tmw

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/database.h"
+
+namespace tmw {
+
+// Major, minor and build number; compared in that order.
+using DbVersion = std::array<std::int32_t, 3>;
+
+// "3.6.117"
+std::string DbVersionText(const DbVersion& version);
+
+// Nothing unless the text has exactly three dot-separated numbers.
+std::optional<DbVersion> ParseDbVersion(std::string_view text);
+
+// From the first row of the table DBVersion.
+DbVersion GetDataBaseVersion(platform::Database& database);
+
+// The statement that writes a version there.
+std::string SetDataBaseVersionSql(const DbVersion& version);
+
+}  // namespace tmw

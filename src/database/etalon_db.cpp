@@ -1,0 +1,130 @@
+#include "database/etalon_db.h"
+
+#include <cstdint>
+#include <memory>
+#include <set>
+
+#include "database/access_helpers.h"
+#include "database/compaction.h"
+#include "database/database_paths.h"
+#include "database/database_texts.h"
+#include "database/imp_table.h"
+#include "database/open_mdb.h"
+#include "database/row_counts.h"
+#include "database/table_export.h"
+#include "database/table_lookup.h"
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_names.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "KsUpdater";
+
+// Lower-cased; it stands in no manifest.
+constexpr const char* kVersionTable = "dbversion";
+
+// Fills the tables one after another; the user database is opened once, when a dictionary first
+// comes from there.
+class TableCreator {
+ public:
+  TableCreator(const DatabaseBuild& build, BuildEvents& events, platform::Database& database)
+      : build_(build), events_(events), database_(database) {}
+
+  bool Create(const WuTableNode& table) {
+    ImpTable importer;
+    importer.SetTableName(table.TableName);
+    if (!table.IsUser && !table.NeedUpdate) return Carry(table.TableName, importer);
+    events_.SetSubAction(table.IsUser ? database_texts::CreatingTable(table.TableName)
+                                      : database_texts::ImportingDictionary(table.TableName));
+    const std::string& folder = table.IsUser ? build_.StructuresFolder : build_.LoadedFolder;
+    const auto ending = table.IsUser ? names::kTableStructureEnding : names::kTableEnding;
+    importer.ImportFromFile(JoinPath(folder, table.TableName + std::string(ending)), database_);
+    counts_.Expect(table.TableName, table.IsUser ? 0 : importer.RowCount());
+    return true;
+  }
+
+  bool CheckCounts() { return counts_.Check(database_, events_); }
+
+ private:
+  bool Carry(const std::string& table, ImpTable& importer) {
+    events_.SetSubAction(database_texts::CarryingDictionary(table));
+    if (!user_database_) user_database_ = GetUserDB();
+    if (!user_database_) return false;
+    importer.ImportFromString(ExportTableToString(table, false, user_database_.get()), database_);
+    counts_.Expect(table, CountRows(*user_database_, table));
+    return true;
+  }
+
+  const DatabaseBuild& build_;
+  BuildEvents& events_;
+  platform::Database& database_;
+  std::unique_ptr<platform::Database> user_database_;
+  RowCounts counts_;
+};
+
+bool Build(const DatabaseBuild& build, BuildEvents& events) {
+  const std::string path = BuiltReferencePath(build.StructuresFolder);
+  events.SetSubAction(database_texts::kCopyingExisting);
+  CopyUserDatabase(path);
+  if (events.CancelPressed()) return false;
+  events.SetSubAction(database_texts::kOpening);
+  const auto database = OpenMdb(path, database_texts::kWorkingCopy, true, false);
+  if (!database) return false;
+  events.SetSubAction(database_texts::kDeletingObsolete);
+  if (!DeteleUnnecessaryTables(build, *database) || events.CancelPressed()) return false;
+  events.SetSubAction("");
+  if (!CreateTablesInEtalonDB(build, events, *database) || events.CancelPressed()) return false;
+  events.SetupProgress(0, false);
+  events.SetSubAction(database_texts::kSavingVersion);
+  database_utils::TmExecuteSql(SetDataBaseVersionSql(build.TargetVersion), database.get());
+  database->Close();
+  FlushDBEngine();
+  events.SetSubAction(database_texts::kCompacting);
+  PackDataBase(path);
+  return true;
+}
+
+}  // namespace
+
+bool BuildEtalonDB(const DatabaseBuild& build, BuildEvents& events) {
+  events.SetMainAction(database_texts::kBuildingReference);
+  const bool result = Build(build, events);
+  events.SetMainAction("");
+  events.SetSubAction("");
+  events.SetupProgress(0, false);
+  return result;
+}
+
+bool DeteleUnnecessaryTables(const DatabaseBuild& build, platform::Database& database) try {
+  std::set<std::string> kept = {kVersionTable};
+  for (const WuTableNode& table : *build.Tables)
+    kept.insert(LowerCase(table.TableName));
+  for (const std::string& table : OrdinaryTables(database)) {
+    if (!kept.contains(LowerCase(table))) database.DeleteTable(table);
+  }
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "DeteleUnnecessaryTables");
+}
+
+bool CreateTablesInEtalonDB(const DatabaseBuild& build, BuildEvents& events,
+                            platform::Database& database) try {
+  events.SetupProgress(static_cast<std::int32_t>(build.Tables->size()), false);
+  TableCreator creator(build, events, database);
+  std::int32_t count = 0;
+  for (const WuTableNode& table : *build.Tables) {
+    if (!creator.Create(table)) return false;
+    events.SetProgress(++count);
+    if (events.CancelPressed()) return false;
+  }
+  if (!creator.CheckCounts()) return false;
+  events.SetupProgress(0, false);
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "CreateTablesInEtalonDB");
+}
+
+}  // namespace tmw

@@ -1,0 +1,57 @@
+#include "database/migrations.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <map>
+#include <utility>
+
+#include "database/database_texts.h"
+#include "foundation/error_handling.h"
+
+namespace tmw {
+namespace {
+
+constexpr std::array<std::string_view, 6> kKnown = {
+    "NormalizePfrNumbers",  "ConvertNonImnsAccStreams", "NormalizePfrNumbers2",
+    "ConvertAuthorityDocs", "ConvertPfrCitizenship",    "ConvertPfrMultiMainRates",
+};
+
+using Supplied = std::map<std::string, std::unique_ptr<Migration>, std::less<>>;
+
+Supplied& SuppliedMigrations() {
+  static Supplied migrations;
+  return migrations;
+}
+
+Migration& Find(const std::string& name) {
+  const auto found = SuppliedMigrations().find(name);
+  if (found != SuppliedMigrations().end()) return *found->second;
+  const bool is_known = std::find(kKnown.begin(), kKnown.end(), name) != kKnown.end();
+  RaiseProgramError(is_known ? database_texts::kMigrationNotSupplied
+                             : database_texts::kMigrationUnknown);
+}
+
+}  // namespace
+
+void SupplyMigration(std::unique_ptr<Migration> migration) {
+  std::string name = migration->Name();
+  SuppliedMigrations()[std::move(name)] = std::move(migration);
+}
+
+void WithdrawMigration(std::string_view name) {
+  const auto found = SuppliedMigrations().find(name);
+  if (found != SuppliedMigrations().end()) SuppliedMigrations().erase(found);
+}
+
+void RunMigration(const std::string& name, platform::Database& database) {
+  try {
+    Find(name).Run(database);
+  } catch (...) {
+    const ProgramError error = CurrentError();
+    throw ProgramError(kProgramErrorNumber,
+                       database_texts::MigrationFailed(name, error.Description), error.Source);
+  }
+}
+
+}  // namespace tmw

@@ -1,0 +1,18 @@
+#include "database/row_counts.h"
+
+#include "database/database_texts.h"
+#include "database/table_lookup.h"
+
+namespace tmw {
+
+bool RowCounts::Check(platform::Database& database, BuildEvents& events) const {
+  for (const Expectation& expectation : expected_) {
+    const std::int64_t found = CountRows(database, expectation.table);
+    if (found == expectation.rows) continue;
+    events.DownloadError(database_texts::RowsLost(expectation.table, expectation.rows, found));
+    return false;
+  }
+  return true;
+}
+
+}  // namespace tmw

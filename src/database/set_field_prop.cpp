@@ -1,0 +1,16 @@
+#include "database/set_field_prop.h"
+
+#include "foundation/error_handling.h"
+#include "foundation/text.h"
+
+namespace tmw {
+
+void SetFieldProp(platform::Database& database, const std::string& table, const std::string& field,
+                  const std::string& property, platform::DataType type,
+                  const platform::DatabaseValue& value) try {
+  database.SetFieldProperty(table, field, property, type, value);
+} catch (...) {
+  ReRaiseError("WuDbUpdNode", "SetFieldProp", table + "." + field + ": " + property);
+}
+
+}  // namespace tmw

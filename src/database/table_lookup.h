@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/database.h"
+
+// Questions about a database's tables.
+namespace tmw {
+
+bool HasTable(platform::Database& database, const std::string& name);
+
+// The names of all tables that are neither the system's nor hidden.
+std::vector<std::string> OrdinaryTables(platform::Database& database);
+
+// The number of a table's rows, counted by the engine: nothing is carried over.
+std::int64_t CountRows(platform::Database& database, const std::string& table);
+
+}  // namespace tmw

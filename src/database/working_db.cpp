@@ -1,0 +1,132 @@
+#include "database/working_db.h"
+
+#include <memory>
+#include <set>
+#include <utility>
+
+#include "database/compaction.h"
+#include "database/database_paths.h"
+#include "database/database_texts.h"
+#include "database/imp_table.h"
+#include "database/open_mdb.h"
+#include "database/row_counts.h"
+#include "database/table_lookup.h"
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "KsUpdater";
+
+// Everything but the dictionaries that have just been replaced.
+bool ExpectUserRows(const std::set<std::string>& replaced, RowCounts& counts) {
+  const auto user_database = GetUserDB();
+  if (!user_database) return false;
+  for (const std::string& table : OrdinaryTables(*user_database)) {
+    if (!replaced.contains(LowerCase(table)))
+      counts.Expect(table, CountRows(*user_database, table));
+  }
+  return true;
+}
+
+bool Build(const DatabaseBuild& build, BuildEvents& events) {
+  const std::string path = BuiltWorkingPath(build.ScriptsFolder);
+  events.SetSubAction(database_texts::kMakingTemporaryCopy);
+  CopyUserDatabase(path);
+  if (events.CancelPressed()) return false;
+  events.SetSubAction(database_texts::kOpening);
+  const auto database = OpenMdb(path, database_texts::kWorkingCopy, true, false);
+  if (!database) return false;
+  if (!CopyDictsIntoWorkingDB(build, events, *database) || events.CancelPressed()) return false;
+  if (!RunUpdateScriptsOnWorkingDB(build, events, *database) || events.CancelPressed())
+    return false;
+  events.SetSubAction(database_texts::kCompacting);
+  database->Close();
+  FlushDBEngine();
+  PackDataBase(path);
+  return true;
+}
+
+}  // namespace
+
+bool BuildWorkingDB(const DatabaseBuild& build, BuildEvents& events) {
+  events.SetMainAction(database_texts::kBuildingWorking);
+  const bool result = Build(build, events);
+  events.SetMainAction("");
+  events.SetSubAction("");
+  events.SetupProgress(0, false);
+  return result;
+}
+
+bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, BuildEvents& events,
+                            platform::Database& database) try {
+  RowCounts counts;
+  std::set<std::string> replaced;
+  for (const WuTableNode& table : *build.Tables) {
+    if (table.NeedUpdate && !table.IsUser) {
+      events.SetSubAction(database_texts::ImportingDictionary(table.TableName));
+      ImpTable importer;
+      importer.SetTableName(table.TableName);
+      importer.ImportFromFile(
+          JoinPath(build.LoadedFolder, table.TableName + std::string(names::kTableEnding)),
+          database);
+      counts.Expect(table.TableName, importer.RowCount());
+      replaced.insert(LowerCase(table.TableName));
+    }
+    if (events.CancelPressed()) return false;
+  }
+  FlushDBEngine();
+  return ExpectUserRows(replaced, counts) && counts.Check(database, events);
+} catch (...) {
+  ReRaiseError(kModule, "CopyDictsIntoWorkingDB");
+}
+
+bool LoadUpdateScripts(const DatabaseBuild& build, BuildEvents& events, ScriptSet& scripts) try {
+  scripts.clear();
+  for (const std::string& name :
+       CollectFileNamesInFolder(build.ScriptsFolder, std::string(names::kScriptMask))) {
+    WuDbVerUpdate script;
+    const std::int32_t loaded =
+        script.LoadFromFile(JoinPath(build.ScriptsFolder, name), build.ProductCode);
+    if (loaded == WuDbVerUpdate::kFailed) return false;
+    if (loaded == WuDbVerUpdate::kOtherProduct) continue;
+    const std::string version = script.FromVersionText();
+    if (!scripts.emplace(version + "_", std::move(script)).second) {
+      events.DownloadError(database_texts::ScriptTwice(version));
+      return false;
+    }
+  }
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "LoadUpdateScripts");
+}
+
+bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, BuildEvents& events,
+                                 platform::Database& database) try {
+  events.SetSubAction(database_texts::kReadingScripts);
+  ScriptSet scripts;
+  if (!LoadUpdateScripts(build, events, scripts)) return false;
+  DbVersion version = GetDataBaseVersion(database);
+  while (version < build.TargetVersion) {
+    const auto found = scripts.find(DbVersionText(version) + "_");
+    if (found == scripts.end()) {
+      events.DownloadError(database_texts::ScriptMissing(DbVersionText(version)));
+      return false;
+    }
+    const WuDbVerUpdate& script = found->second;
+    events.SetSubAction(
+        database_texts::RunningScript(script.FromVersionText(), script.ToVersionText()));
+    if (!script.Execute(database)) return false;
+    version = script.ToVersion();
+    if (events.CancelPressed()) return false;
+  }
+  FlushDBEngine();
+  return true;
+} catch (...) {
+  ReRaiseError(kModule, "RunUpdateScriptsOnWorkingDB");
+}
+
+}  // namespace tmw

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "foundation/xml_helpers.h"
+#include "platform/database.h"
+
+namespace tmw {
+
+// The kinds of actions.
+namespace update_actions {
+
+// Each statement is a transaction of its own.
+struct Sql {
+  std::vector<std::string> statements;
+  bool suppress_errors = false;
+};
+
+struct Property {
+  const char* name;
+  platform::DataType type;
+  platform::DatabaseValue value;
+};
+
+struct AddField {
+  std::string table;
+  platform::FieldDefinition field;
+  std::vector<Property> properties;  // those that are given, in the order of setting
+  bool suppress_errors = false;
+};
+
+struct CustomScript {
+  std::string name;
+};
+
+}  // namespace update_actions
+
+// One action of a database update script.
+class WuDbUpdNode {
+ public:
+  // From an Action element; what the element lacks or has wrong raises error 1001.
+  void LoadFromNode(const XmlNode& node);
+
+  // SuppressErrors covers each statement, and the creation of a field; not a missing table.
+  void Execute(platform::Database& database) const;
+
+ private:
+  std::variant<update_actions::Sql, update_actions::AddField, update_actions::CustomScript> action_;
+};
+
+}  // namespace tmw

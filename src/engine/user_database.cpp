@@ -1,0 +1,76 @@
+#include "engine/user_database.h"
+
+#include "database/access_helpers.h"
+#include "database/database_paths.h"
+#include "database/open_mdb.h"
+#include "engine/engine_texts.h"
+#include "foundation/file_utils.h"
+#include "packages/hash_api.h"
+#include "packages/tm_zipper.h"
+
+namespace tmw {
+namespace {
+
+bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersion& target_version,
+                BuildEvents& events) {
+  if (GetFileHash(copy) != GetFileHash(built)) {
+    events.DownloadError(engine_texts::CopyDiffers(built, copy));
+    return false;
+  }
+  const auto database = OpenMdb(copy, engine_texts::kNewDatabase, true, true);
+  if (!database) return false;
+  const DbVersion version = GetDataBaseVersion(*database);
+  if (version >= target_version) return true;
+  events.DownloadError(engine_texts::NewDatabaseTooOld(DbVersionText(version)));
+  return false;
+}
+
+}  // namespace
+
+void MendUserDatabase() {
+  const std::string database = database_utils::GetUserDBFileName();
+  const std::string copy = NewUserDatabasePath();
+  if (IsFileExists(copy) && !IsFileExists(database)) MoveFile(copy, database);
+}
+
+void ForgetUnusedCopy() {
+  DeleteFile(NewUserDatabasePath(), true);
+}
+
+bool PackUserDatabase(BuildEvents& events) {
+  const auto database = GetUserDB();
+  if (!database) return false;
+  const DbVersion version = GetDataBaseVersion(*database);
+  database->Close();
+  const std::string archive = BackupPath(version[2]);
+  if (IsFileExists(archive)) return true;
+  const std::string file = database_utils::GetUserDBFileName();
+  TmZipper zipper;
+  zipper.AddFileName(file);
+  zipper.ZipFileName = archive;
+  zipper.RootDir = SplitFileName(file).Folder;
+  const std::int32_t result = zipper.DoZipping();
+  if (result != 0) events.DownloadError(engine_texts::BackupFailed(GetZipResultText(result)));
+  return result == 0;
+}
+
+bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
+                         BuildEvents& events) {
+  const std::string database = database_utils::GetUserDBFileName();
+  const std::string copy = NewUserDatabasePath();
+  CopyFile(built, copy);
+  if (!IsGoodCopy(copy, built, target_version, events)) {
+    DeleteFile(copy, true);
+    return false;
+  }
+  // A file that somebody has open can be deleted on some systems; what he writes would be lost.
+  if (IsFileExists(database)) {
+    if (!GetUserDB()) return false;
+    DeleteFileRepeatedly(database);
+  }
+  MoveFile(copy, database);
+  DeleteFile(built);
+  return true;
+}
+
+}  // namespace tmw

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "database/build_events.h"
+#include "database/db_version.h"
+
+// The user database's change to the next one. Its rows exist whole at every moment, in one of two
+// files: the next one is copied completely beside the old one and checked, then the old one is
+// deleted, then the copy gets its name.
+namespace tmw {
+
+// Finishes a change that was interrupted before its last step; to be called before anything opens
+// the user database.
+void MendUserDatabase();
+
+// A copy that an interrupted change left beside a user database that can be opened.
+void ForgetUnusedCopy();
+
+// Packs the user database into a zip file beside it, unless one of its build is there. False: the
+// user has been told.
+bool PackUserDatabase(BuildEvents& events);
+
+// The built one goes when the new one is in its place. False, with the old one in its place: the
+// user has been told.
+bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
+                         BuildEvents& events);
+
+}  // namespace tmw
