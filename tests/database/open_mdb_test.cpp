@@ -8,8 +8,10 @@
 #include "platform/ports.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/scripted_front_end.h"
+#include "tests/support/processes.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scoped_ports.h"
+#include "tests/support/scripted_server.h"
 
 namespace {
 
@@ -45,7 +47,10 @@ TEST_F(OpenMdbTest, AMissingFileAndAForeignOneAreTold) {
 }
 
 TEST_F(OpenMdbTest, AFileInUseIsRetriedTenTimesAndThenTheUserIsAsked) {
-  auto holder = ports->database->CreateDatabase(path);
+  ports->database->CreateDatabase(path)->Close();
+  const std::int32_t holder = tests::StartChild("lock \"" + path + "\" shared \"" +
+                                                sandbox.Path("report") + "\" sleep 20000");
+  ASSERT_EQ(tests::AwaitLine(sandbox, "report"), "locked");
   front_end.answers = {true, true, false};
   EXPECT_EQ(tmw::OpenMdb(path, kWhat, true, false), nullptr);
   std::vector<std::int32_t> waits(10, 1000);
@@ -63,8 +68,11 @@ TEST_F(OpenMdbTest, AFileInUseIsRetriedTenTimesAndThenTheUserIsAsked) {
                 "программу, использующую нужный файл). Нажмите \"Нет\", чтобы прервать работу "
                 "программы обновления.\r\n\r\nПовторить попытку?");
 
-  front_end.answers = {true};
-  front_end.on_events = [&] { holder.reset(); };
+  front_end.answers.assign(100, true);
+  front_end.on_events = [&] {
+    if (front_end.event_rounds == 3) tests::KillProcess(holder);
+    tests::Peer::Pause(20);
+  };
   EXPECT_NE(tmw::OpenMdb(path, kWhat, true, false), nullptr) << "the holder let go meanwhile";
 }
 

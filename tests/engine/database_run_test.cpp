@@ -79,45 +79,25 @@ TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
   EXPECT_TRUE(sandbox_.Has("db/DBUpdates/2.xml"));
   EXPECT_FALSE(sandbox_.Has("db/Tamrin.mdb.new"));
   EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate"));
-  Log told = listener_.log;
-  told.erase(told.begin(), std::find(told.begin(), told.end(), "icon dbnew"));
-  std::erase_if(told, [](const std::string& line) {
-    return line == "main " || line == "sub " || line.starts_with("range ");
-  });
-  EXPECT_EQ(told, (Log{"icon dbnew",
-                       "main Формирование справочной базы данных...",
-                       "sub Копирование существующей базы...",
-                       "sub Открытие базы данных...",
-                       "sub Удаление устаревших таблиц...",
-                       "sub Импорт справочника Banks ...",
-                       "sub Создание таблицы Книга ...",
-                       "sub Сохранение номера версии...",
-                       "sub Сжатие базы данных...",
-                       "icon dbgear",
-                       "main Обновление рабочей базы данных...",
-                       "sub Создание временной копии базы данных...",
-                       "sub Открытие базы данных...",
-                       "sub Импорт справочника Banks ...",
-                       "sub Чтение сценариев обновления...",
-                       "sub Выполнение сценария обновления 3.6.0 -> 3.6.1 ...",
-                       "sub Выполнение сценария обновления 3.6.1 -> 3.6.2 ...",
-                       "sub Сжатие базы данных...",
-                       "icon trash",
-                       "mode 0",
-                       "main Удаление старых компонент...",
-                       "sub help.txt",
-                       "icon install",
-                       "main Установка новых компонент...",
-                       "sub help.txt",
-                       "icon dbgear",
-                       "main Резервное копирование базы данных...",
-                       "main Установка обновленной базы данных...",
-                       "sub Установка справочной базы данных...",
-                       "sub Установка рабочей базы данных...",
-                       "sub Установка скриптов обновления...",
-                       "icon brush",
-                       "main Удаление временных файлов...",
-                       "mode 2"}));
+  std::string told;
+  for (const std::string& line : listener_.log) {
+    if (line == "icon dbnew") told.clear();
+    if (line != "main " && line != "sub " && !line.starts_with("range ")) told += line + "; ";
+  }
+  EXPECT_EQ(
+      told,
+      "icon dbnew; main Формирование справочной базы данных...; sub Копирование существующей "
+      "базы...; sub Открытие базы данных...; sub Удаление устаревших таблиц...; sub Импорт "
+      "справочника Banks ...; sub Создание таблицы Книга ...; sub Сохранение номера версии...; sub "
+      "Сжатие базы данных...; icon dbgear; main Обновление рабочей базы данных...; sub Создание "
+      "временной копии базы данных...; sub Открытие базы данных...; sub Импорт справочника Banks "
+      "...; sub Чтение сценариев обновления...; sub Выполнение сценария обновления 3.6.0 -> 3.6.1 "
+      "...; sub Выполнение сценария обновления 3.6.1 -> 3.6.2 ...; sub Сжатие базы данных...; icon "
+      "trash; mode 0; main Удаление старых компонент...; sub help.txt; icon install; main "
+      "Установка новых компонент...; sub help.txt; icon dbgear; main Резервное копирование базы "
+      "данных...; main Установка обновленной базы данных...; sub Установка справочной базы "
+      "данных...; sub Установка рабочей базы данных...; sub Установка скриптов обновления...; icon "
+      "brush; main Удаление временных файлов...; mode 2; ");
   EXPECT_EQ(clock_.sleeps, (std::vector<std::int32_t>{1000, 1000}));
   EXPECT_EQ(Run().size(), 1U) << "nothing is left to do";
   EXPECT_FALSE(updated_);

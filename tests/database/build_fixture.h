@@ -1,0 +1,91 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "database/build_events.h"
+#include "database/database_build.h"
+#include "database/table_export.h"
+#include "database/working_db.h"
+#include "platform/ports.h"
+#include "startup/services/product_settings.h"
+#include "tests/fakes/hand_clock.h"
+#include "tests/fakes/memory_settings.h"
+#include "tests/fakes/scripted_front_end.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/scoped_ports.h"
+
+namespace tests {
+
+// A user database and the folders of a release; listens to the building of the databases.
+class BuildTest : public testing::Test, protected tmw::BuildEvents {
+ protected:
+  BuildTest() {
+    ports->clock = &clock;
+    ports->front_end = &front_end;
+    ports->settings = &settings;
+    settings.Set(platform::SettingsRoot::kMachine,
+                 "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\DataBasePath", sandbox.Path("db"));
+    tmw::ForgetProductPaths();
+    for (const char* const folder : {"db", "Loaded", "DBUpdates", "DBStruct"})
+      std::filesystem::create_directories(ToPath(sandbox.Path(folder)));
+    Execute(*ports->database->CreateDatabase(sandbox.Path("db/Tamrin.mdb")),
+            {"create table DBVersion (MajorVersion long, MinorVersion short, BuildNumber double)",
+             "insert into DBVersion values (1, 0, 0)", "create table T (Ид long, Имя text(50))",
+             "insert into T values (1, 'один')"});
+    build.ProductCode = "TMW";
+    build.TargetVersion = {1, 2, 0};
+    build.LoadedFolder = sandbox.Path("Loaded");
+    build.ScriptsFolder = sandbox.Path("DBUpdates");
+    build.StructuresFolder = sandbox.Path("DBStruct");
+    build.Tables = &tables;
+  }
+  ~BuildTest() override { tmw::ForgetProductPaths(); }
+
+  static void Execute(platform::Database& database, const std::vector<std::string>& statements) {
+    for (const std::string& statement : statements)
+      database.Execute(statement, true);
+  }
+
+  std::unique_ptr<platform::Database> Open(const std::string& name) const {
+    return platform::CurrentPorts().database->OpenDatabase(sandbox.Path(name), true, false);
+  }
+
+  std::string Text(const std::string& name, const std::string& table) const {
+    return tmw::ExportTableToString(table, false, Open(name).get());
+  }
+
+  void SetMainAction(const std::string& text) override { main_action = text; }
+  void SetSubAction(const std::string& text) override {
+    sub_action = text;
+    if (on_sub_action) on_sub_action(text);
+  }
+  void SetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
+  void SetProgress(std::int32_t value) override {
+    if (on_progress) on_progress(value);
+  }
+  bool CancelPressed() override { return questions_left-- == 0; }
+  void DownloadError(const std::string& message) override {
+    front_end.log.push_back("told|" + message);
+  }
+
+  Sandbox sandbox;
+  ScopedPorts ports;
+  HandClock clock;
+  ScriptedFrontEnd front_end;
+  MemorySettings settings;
+  std::vector<tmw::WuTableNode> tables;
+  tmw::DatabaseBuild build;
+  std::string main_action;
+  std::string sub_action;
+  std::function<void(const std::string&)> on_sub_action;
+  std::function<void(std::int32_t)> on_progress;
+  int questions_left = -1;  // asked as often, the user wants out; below 0: never
+};
+
+}  // namespace tests
