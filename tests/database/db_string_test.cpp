@@ -6,18 +6,10 @@
 
 #include "foundation/program_error.h"
 #include "tests/support/caught.h"
+#include "tests/support/database_values.h"
 
+namespace tests {
 namespace {
-
-using platform::BinaryValue;
-using platform::CurrencyValue;
-using platform::DatabaseValue;
-using platform::DataType;
-using platform::DateValue;
-using platform::DecimalValue;
-using platform::EmptyValue;
-using platform::NullValue;
-using platform::OtherValue;
 
 TEST(DBString, EveryKindOfValueHasItsText) {
   const struct {
@@ -103,7 +95,7 @@ TEST(DBString, OtherTextsAreRefused) {
       {"D2005030410203x", "Invalid date in DBString: [D2005030410203x]"},
   };
   for (const auto& c : cases) {
-    const tmw::ProgramError error = tests::Caught([&] { tmw::DBStringToVariant(c.text); });
+    const tmw::ProgramError error = Caught([&] { tmw::DBStringToVariant(c.text); });
     EXPECT_EQ(error.Number, 1001) << c.text;
     EXPECT_EQ(error.Description, c.message);
     EXPECT_NE(error.Source.find("::miDBExport.DBStringToVariant]"), std::string::npos);
@@ -126,3 +118,4 @@ TEST(DBString, FieldTypesHaveTokensOrTheirCode) {
 }
 
 }  // namespace
+}  // namespace tests

@@ -7,20 +7,10 @@
 #include "jet/like.h"
 #include "jet/sql/date_literal.h"
 #include "tests/jet/database_fixture.h"
+#include "tests/support/database_values.h"
 
+namespace tests {
 namespace {
-
-using platform::BinaryValue;
-using platform::CurrencyValue;
-using platform::DatabaseValue;
-using platform::DataType;
-using platform::DateValue;
-using platform::DecimalValue;
-using platform::EmptyValue;
-using platform::NullValue;
-using platform::OtherValue;
-using tests::ErrorOf;
-using tests::Words;
 
 std::string Converted(const DatabaseValue& value, DataType type, std::int32_t size = 0) {
   std::string words;
@@ -178,3 +168,4 @@ TEST(DateLiteral, IsReadMonthFirstUnlessItCannotBe) {
 }
 
 }  // namespace
+}  // namespace tests
