@@ -6,25 +6,6 @@
 namespace jet::sql {
 namespace {
 
-std::string_view Symbol(Operator op) {
-  switch (op) {
-    case Operator::kEqual:
-      return "=";
-    case Operator::kNotEqual:
-      return "<>";
-    case Operator::kLess:
-      return "<";
-    case Operator::kLessOrEqual:
-      return "<=";
-    case Operator::kGreater:
-      return ">";
-    case Operator::kGreaterOrEqual:
-      return ">=";
-    default:
-      return {};
-  }
-}
-
 bool IsLeaf(const Expression& expression) {
   return expression.kind <= ExpressionKind::kName;
 }
@@ -64,7 +45,7 @@ std::string ExpressionTranslator::Condition(const Expression& expression) {
 std::string ExpressionTranslator::BinaryCondition(const Expression& expression) {
   const Expression& left = *expression.arguments[0];
   const Expression& right = *expression.arguments[1];
-  if (const std::string_view symbol = Symbol(expression.op); !symbol.empty())
+  if (const std::string_view symbol = ComparisonSymbol(expression.op); !symbol.empty())
     return Compare(Value(left), symbol, Value(right), expression);
   switch (expression.op) {
     case Operator::kLike:

@@ -43,25 +43,6 @@ ValueType Wider(ValueType a, ValueType b) {
   return ValueType::kInteger;
 }
 
-std::string_view ComparisonSymbol(Operator op) {
-  switch (op) {
-    case Operator::kEqual:
-      return "=";
-    case Operator::kNotEqual:
-      return "<>";
-    case Operator::kLess:
-      return "<";
-    case Operator::kLessOrEqual:
-      return "<=";
-    case Operator::kGreater:
-      return ">";
-    case Operator::kGreaterOrEqual:
-      return ">=";
-    default:
-      return {};
-  }
-}
-
 bool IsCondition(const Expression& expression) {
   switch (expression.kind) {
     case ExpressionKind::kIsNull:
@@ -88,6 +69,25 @@ std::string Code(ValueType type) {
 }
 
 }  // namespace
+
+std::string_view ComparisonSymbol(Operator op) {
+  switch (op) {
+    case Operator::kEqual:
+      return "=";
+    case Operator::kNotEqual:
+      return "<>";
+    case Operator::kLess:
+      return "<";
+    case Operator::kLessOrEqual:
+      return "<=";
+    case Operator::kGreater:
+      return ">";
+    case Operator::kGreaterOrEqual:
+      return ">=";
+    default:
+      return {};
+  }
+}
 
 ValueType TypeOfField(platform::DataType type) {
   switch (type) {

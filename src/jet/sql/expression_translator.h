@@ -61,6 +61,9 @@ class ExpressionTranslator {
   bool in_aggregate_ = false;
 };
 
+// "=", "<>" …; empty for what is no comparison.
+std::string_view ComparisonSymbol(Operator op);
+
 // The value as a number: a text is read as one when the storage meets it.
 std::string NumberSql(const TypedSql& value);
 // The value as a text.
