@@ -112,7 +112,6 @@ TEST_F(StatementTest, ExpressionsHaveJetsPrecedenceTypesAndNulls) {
       {"'abc", "error 3075"},
       {"#31/31/2003#", "error 3075"},
       {"[Имя", "error 3126"},
-      {"(select 1)", "error 3251"},
   };
   for (const auto& c : cases)
     EXPECT_EQ(Query(std::string("select ") + c.expression + " from Товары where [№] = 1"), c.value)
@@ -188,9 +187,6 @@ TEST_F(StatementTest, StatementsChangeRowsOrNameWhatIsWrong) {
       {"чепуха", 3129},
       {"", 3129},
       {"delete from Товары; delete from Товары", 3142},
-      {"update Товары inner join Товары as b on true set Имя = 'x'", 3251},
-      {"insert into Товары (Имя) select Имя from Товары", 3251},
-      {"select Имя into Копия from Товары", 3251},
       {"PARAMETERS x long; delete from Товары", 3251},
       {"transform count(*) select 1 from Товары", 3251},
       {"alter table Товары add constraint К foreign key (Кол) references Товары", 3251},

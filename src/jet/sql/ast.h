@@ -61,6 +61,9 @@ enum class ExpressionKind {
   kExists,    // select
 };
 
+// Which of a sub-select's values a comparison is about.
+enum class Quantifier { kNone, kAny, kAll };
+
 struct Expression {
   ExpressionKind kind = ExpressionKind::kNull;
   Operator op = Operator::kNone;
@@ -70,8 +73,9 @@ struct Expression {
   std::string qualifier;
   std::vector<std::unique_ptr<Expression>> arguments;
   std::shared_ptr<Select> select;
-  int depth = 1;          // of the tree below and with it
-  std::size_t begin = 0;  // its place in the statement, bytes
+  Quantifier quantifier = Quantifier::kNone;  // of a kSubquery behind a comparison
+  int depth = 1;                              // of the tree below and with it
+  std::size_t begin = 0;                      // its place in the statement, bytes
   std::size_t end = 0;
 };
 using ExpressionPtr = std::unique_ptr<Expression>;
@@ -115,8 +119,8 @@ struct Select {
   std::vector<ExpressionPtr> group_by;
   ExpressionPtr having;
   std::vector<OrderItem> order_by;
-  std::shared_ptr<Select> united_with;  // the next part of a UNION
-  bool union_all = false;
+  std::shared_ptr<Select> united_with;  // the next part of a UNION; the first has the order
+  bool union_all = false;               // with the next part
 };
 
 struct Insert {

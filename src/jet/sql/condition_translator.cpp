@@ -26,7 +26,7 @@ std::string ExpressionTranslator::Condition(const Expression& expression) {
     case ExpressionKind::kIn:
       return In(expression);
     case ExpressionKind::kExists:
-      FailUnsupported("EXISTS");
+      return Exists(expression);
     case ExpressionKind::kUnary:
       if (expression.op == Operator::kNot)
         return "(NOT " + Condition(*expression.arguments[0]) + ")";
@@ -45,8 +45,10 @@ std::string ExpressionTranslator::Condition(const Expression& expression) {
 std::string ExpressionTranslator::BinaryCondition(const Expression& expression) {
   const Expression& left = *expression.arguments[0];
   const Expression& right = *expression.arguments[1];
-  if (const std::string_view symbol = ComparisonSymbol(expression.op); !symbol.empty())
-    return Compare(Value(left), symbol, Value(right), expression);
+  if (const std::string_view symbol = ComparisonSymbol(expression.op); !symbol.empty()) {
+    if (right.quantifier != Quantifier::kNone) return Quantified(expression);
+    return Compare(Raw(left), symbol, Raw(right), expression);
+  }
   switch (expression.op) {
     case Operator::kLike:
       return "jet_like(" + TextSql(Value(left)) + ", " + TextSql(Value(right)) + ")";
@@ -74,10 +76,16 @@ void ExpressionTranslator::CheckComparable(ValueType left, ValueType right,
     Fail(kTypeMismatch, ": " + std::string(TextOf(expression)));
 }
 
-std::string ExpressionTranslator::Compare(const TypedSql& left, std::string_view op,
-                                          const TypedSql& right, const Expression& expression) {
-  CheckComparable(left.type, right.type, expression);
+std::string ExpressionTranslator::Compare(const TypedSql& raw_left, std::string_view op,
+                                          const TypedSql& raw_right, const Expression& expression) {
   const std::string symbol = " " + std::string(op) + " ";
+  // Columns that lie alike compare as they lie, so that an index can serve.
+  const bool is_stored_form = raw_left.type >= ValueType::kStoredCurrency;
+  if (is_stored_form && raw_left.type == raw_right.type)
+    return "(" + raw_left.sql + symbol + raw_right.sql + ")";
+  const TypedSql left = Decoded(raw_left);
+  const TypedSql right = Decoded(raw_right);
+  CheckComparable(left.type, right.type, expression);
   // Of two values whose types are not known beforehand, the kinds are compared when they are met.
   if (left.type == ValueType::kUnknown || right.type == ValueType::kUnknown)
     return "(jet_compare(" + left.sql + ", " + right.sql + ")" + symbol + "0)";
@@ -106,7 +114,10 @@ std::string ExpressionTranslator::Between(const Expression& expression) {
 }
 
 std::string ExpressionTranslator::In(const Expression& expression) {
-  if (expression.select) FailUnsupported("IN (SELECT …)");
+  if (expression.select) {
+    const std::string test = InSelect(*expression.arguments[0], *expression.select, expression);
+    return expression.negated ? "(NOT " + test + ")" : test;
+  }
   const TypedSql value = Value(*expression.arguments[0]);
   bool is_known = IsKnown(value.type);
   std::string items;

@@ -139,12 +139,24 @@ ExpressionPtr ExpressionParser::ReadComparison() {
     bool is_comparison = false;
     for (const SymbolOperator& comparison : kComparisons) {
       if (!tokens_.TakeSymbol(comparison.symbol)) continue;
-      value = Binary(comparison.op, std::move(value), ReadConcatenation());
+      value = Binary(comparison.op, std::move(value), ReadCompared());
       is_comparison = true;
       break;
     }
     if (!is_comparison && !ReadPredicate(value)) return value;
   }
+}
+
+// What stands behind a comparison: a value, or ANY, SOME or ALL of a sub-select.
+ExpressionPtr ExpressionParser::ReadCompared() {
+  const bool is_all = tokens_.AtKeyword("all");
+  const bool is_any = tokens_.AtKeyword("any") || tokens_.AtKeyword("some");
+  if ((!is_all && !is_any) || !tokens_.AtSymbol("(", 1) || !tokens_.AtKeyword("select", 2))
+    return ReadConcatenation();
+  tokens_.Take();
+  ExpressionPtr values = ReadParenthesised();
+  values->quantifier = is_all ? Quantifier::kAll : Quantifier::kAny;
+  return values;
 }
 
 // IS, LIKE, IN and BETWEEN behind a value, with NOT or without; false when none of them follows.

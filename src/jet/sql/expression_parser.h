@@ -31,6 +31,7 @@ class ExpressionParser {
   ExpressionPtr ReadAnd();
   ExpressionPtr ReadNot();
   ExpressionPtr ReadComparison();
+  ExpressionPtr ReadCompared();
   ExpressionPtr ReadConcatenation();
   ExpressionPtr ReadSum();
   ExpressionPtr ReadModulo();

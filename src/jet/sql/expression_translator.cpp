@@ -1,5 +1,6 @@
 #include "jet/sql/expression_translator.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <utility>
@@ -10,6 +11,9 @@
 
 namespace jet::sql {
 namespace {
+
+constexpr std::size_t kMostSql = 1000000;
+constexpr int kMostAliasDepth = 20;
 
 std::string RealLiteral(double value) {
   std::array<char, 40> buffer{};
@@ -68,6 +72,18 @@ std::string Code(ValueType type) {
   return std::to_string(static_cast<std::int32_t>(type));
 }
 
+// True when every value of the column is one of the field as it lies; Null may come from any
+// column, through an outer join too.
+bool IsCopy(const TypedSql& raw, const Target& target) {
+  if (raw.field == nullptr || target.required || target.in_primary_key) return false;
+  const Target& source = raw.field->target;
+  if (source.type != target.type || target.type == platform::DataType::kBoolean) return false;
+  if (target.allow_zero_length < source.allow_zero_length) return false;
+  const bool has_size =
+      target.type == platform::DataType::kText || target.type == platform::DataType::kBinary;
+  return !has_size || source.size <= target.size;
+}
+
 }  // namespace
 
 std::string_view ComparisonSymbol(Operator op) {
@@ -114,6 +130,30 @@ ValueType TypeOfField(platform::DataType type) {
   }
 }
 
+platform::DataType TypeOfColumn(ValueType type) {
+  switch (type) {
+    case ValueType::kBoolean:
+      return platform::DataType::kBoolean;
+    case ValueType::kInteger:
+      return platform::DataType::kLong;
+    case ValueType::kNumber:
+      return platform::DataType::kDouble;
+    case ValueType::kSingle:
+      return platform::DataType::kSingle;
+    case ValueType::kCurrency:
+    case ValueType::kStoredCurrency:
+      return platform::DataType::kCurrency;
+    case ValueType::kDate:
+      return platform::DataType::kDate;
+    case ValueType::kBinary:
+      return platform::DataType::kLongBinary;
+    case ValueType::kStoredGuid:
+      return platform::DataType::kGuid;
+    default:
+      return platform::DataType::kText;
+  }
+}
+
 std::string NumberSql(const TypedSql& value) {
   if (IsNumeric(value.type) || value.type == ValueType::kNull) return value.sql;
   return "jet_number(" + value.sql + ")";
@@ -147,7 +187,32 @@ std::string_view ExpressionTranslator::TextOf(const Expression& expression) cons
   return Excerpt(statement_.substr(expression.begin, expression.end - expression.begin));
 }
 
+TypedSql Decoded(const TypedSql& raw) {
+  if (raw.type == ValueType::kStoredCurrency)
+    return {"(" + raw.sql + "/10000.0)", ValueType::kCurrency};
+  if (raw.type == ValueType::kStoredGuid) return {"jet_guid(" + raw.sql + ")", ValueType::kText};
+  return raw;
+}
+
+std::string_view CollationOf(ValueType type) {
+  return type == ValueType::kText || type == ValueType::kUnknown ? " COLLATE JET" : "";
+}
+
 TypedSql ExpressionTranslator::Value(const Expression& expression) {
+  return Decoded(Raw(expression));
+}
+
+// What the rows are grouped by is no lone field, however it is made up.
+TypedSql ExpressionTranslator::Raw(const Expression& expression) {
+  const bool met_before = met_lone_field_;
+  TypedSql raw = Untested(expression);
+  if (raw.sql.size() > kMostSql) Fail(kTooComplex);
+  if (groups_ != nullptr && std::find(groups_->begin(), groups_->end(), raw.sql) != groups_->end())
+    met_lone_field_ = met_before;
+  return raw;
+}
+
+TypedSql ExpressionTranslator::Untested(const Expression& expression) {
   if (IsCondition(expression)) return {"(-" + Condition(expression) + ")", ValueType::kBoolean};
   switch (expression.kind) {
     case ExpressionKind::kNull:
@@ -172,7 +237,7 @@ TypedSql ExpressionTranslator::Value(const Expression& expression) {
     case ExpressionKind::kCall:
       return Call(expression);
     case ExpressionKind::kSubquery:
-      FailUnsupported("SELECT в выражении");
+      return Subquery(expression);
     default:
       Fail(kSyntaxInExpression, "здесь нужно значение", TextOf(expression));
   }
@@ -180,18 +245,30 @@ TypedSql ExpressionTranslator::Value(const Expression& expression) {
 
 TypedSql ExpressionTranslator::Name(const Expression& expression) {
   const Scope::Found found = scope_.Find(expression.qualifier, expression.text);
-  if (found.field == nullptr) {
+  if (found.column == nullptr) {
+    if (const Expression* const meant = Aliased(expression)) {
+      if (++alias_depth_ > kMostAliasDepth) Fail(kCircularAlias, expression.text);
+      TypedSql value = Raw(*meant);
+      --alias_depth_;
+      return value;
+    }
     const bool is_qualified = !expression.qualifier.empty();
     scope_.NoteUnknown(is_qualified ? expression.qualifier + "." + expression.text
                                     : expression.text);
     return {"NULL", ValueType::kUnknown};
   }
-  if (!in_aggregate_) met_lone_field_ = true;
-  const std::string column = found.table->sql_alias + "." + found.field->column;
-  const platform::DataType type = found.field->definition.type;
-  if (type == platform::DataType::kCurrency) return {"(" + column + "/10000.0)", TypeOfField(type)};
-  if (type == platform::DataType::kGuid) return {"jet_guid(" + column + ")", TypeOfField(type)};
-  return {column, TypeOfField(type)};
+  (found.is_outer ? met_outer_field_ : met_own_field_) = true;
+  if (!in_aggregate_ && !found.is_outer) met_lone_field_ = true;
+  return {found.table->Sql(*found.column), found.column->type, found.column->field};
+}
+
+const Expression* ExpressionTranslator::Aliased(const Expression& name) const {
+  if (aliases_ == nullptr || !name.qualifier.empty()) return nullptr;
+  for (const OutputItem& item : *aliases_) {
+    if (item.expression && tmw::EqualIgnoringCase(item.alias, name.text))
+      return item.expression.get();
+  }
+  return nullptr;
 }
 
 TypedSql ExpressionTranslator::Unary(const Expression& expression) {
@@ -248,8 +325,7 @@ TypedSql ExpressionTranslator::Call(const Expression& expression) {
   if (function == nullptr) Fail(kUndefinedFunction, expression.text);
   if (count < function->least_arguments || count > function->most_arguments)
     Fail(kWrongArgumentCount, expression.text);
-  if (function->is_aggregate)
-    return CallAggregate(expression, function->sql_name, {"", function->type});
+  if (function->is_aggregate) return CallAggregate(expression, function->sql_name);
   std::string arguments;
   for (const ExpressionPtr& argument : expression.arguments)
     arguments += (arguments.empty() ? "" : ", ") + Value(*argument).sql;
@@ -267,35 +343,15 @@ TypedSql ExpressionTranslator::CallImmediateIf(const Expression& expression) {
   return {"(CASE WHEN " + condition + " THEN " + yes.sql + " ELSE " + no.sql + " END)", type};
 }
 
-TypedSql ExpressionTranslator::CallAggregate(const Expression& expression,
-                                             std::string_view sql_name, TypedSql result) {
-  if (!allows_aggregates_ || in_aggregate_) Fail(kNoAggregateHere, expression.text);
-  met_aggregate_ = true;
-  const Expression& argument = *expression.arguments[0];
-  if (argument.kind == ExpressionKind::kStar) {
-    if (sql_name != "count") Fail(kWrongArgumentCount, expression.text);
-    return {"count(*)", result.type};
-  }
-  in_aggregate_ = true;
-  TypedSql value = Value(argument);
-  in_aggregate_ = false;
-  const bool is_text = value.type == ValueType::kText;
-  if (is_text && (sql_name == "sum" || sql_name == "avg"))
-    Fail(kTypeMismatch, ": " + std::string(TextOf(expression)));
-  if (is_text) value.sql += " COLLATE JET";
-  if (result.type == ValueType::kUnknown) result.type = value.type;
-  result.sql = std::string(sql_name) + "(" + value.sql + ")";
-  return result;
+std::string ExpressionTranslator::Assigned(const Expression& expression, const FieldInfo& field) {
+  return Assigned(Raw(expression), field);
 }
 
-std::string ExpressionTranslator::Assigned(const Expression& expression, const FieldInfo& field) {
-  TypedSql value = Value(expression);
-  if (expression.kind == ExpressionKind::kName && value.type == ValueType::kCurrency) {
-    // An amount that is only copied keeps all its digits.
-    const Scope::Found found = scope_.Find(expression.qualifier, expression.text);
-    value = {found.table->sql_alias + "." + found.field->column, ValueType::kStoredCurrency};
-  }
+std::string ExpressionTranslator::Assigned(const TypedSql& raw, const FieldInfo& field) {
   const Target& target = field.target;
+  if (IsCopy(raw, target)) return raw.sql;
+  // An amount that is only copied keeps all its digits.
+  const TypedSql value = raw.type == ValueType::kStoredCurrency ? raw : Decoded(raw);
   const int flags = (target.required ? 1 : 0) | (target.allow_zero_length ? 2 : 0) |
                     (target.in_primary_key ? 4 : 0);
   return "jet_to(" + value.sql + ", " + Code(value.type) + ", " +

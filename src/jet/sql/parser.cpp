@@ -11,7 +11,7 @@ namespace {
 
 Statement ReadStatement(TokenStream& tokens, QueryParser& queries) {
   DefinitionParser definitions(tokens);
-  if (tokens.AtKeyword("select")) return queries.ReadSelect();
+  if (tokens.AtKeyword("select") || tokens.AtSymbol("(")) return queries.ReadSelect();
   if (tokens.AtKeyword("insert")) return queries.ReadInsert();
   if (tokens.AtKeyword("update")) return queries.ReadUpdate();
   if (tokens.AtKeyword("delete")) return queries.ReadDelete();

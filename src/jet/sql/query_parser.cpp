@@ -7,6 +7,7 @@ namespace jet::sql {
 namespace {
 
 constexpr int kMostNestedSelects = 20;
+constexpr int kMostUnionParts = 50;
 
 }  // namespace
 
@@ -15,11 +16,43 @@ std::shared_ptr<Select> QueryParser::ReadNestedSelect() {
   ++depth_;
   auto select = std::make_shared<Select>(ReadSelect());
   --depth_;
+  if (!select->into.empty()) Fail(kSyntaxInSelect, "INTO стоит во вложенном запросе");
   return select;
 }
 
+// One SELECT statement, or several with UNION between them.
 Select QueryParser::ReadSelect() {
   const ClauseScope clause(tokens_, kSyntaxInSelect);
+  Select first = ReadUnionPart();
+  Select* last = &first;
+  for (int parts = 1; tokens_.TakeKeyword("union"); ++parts) {
+    if (parts >= kMostUnionParts) Fail(kTooComplex);
+    last->union_all = tokens_.TakeKeyword("all");
+    last->united_with = std::make_shared<Select>(ReadUnionPart());
+    last = last->united_with.get();
+    if (!last->into.empty()) Fail(kSyntaxInSelect, "INTO стоит не в первом запросе");
+  }
+  ReadOrder(first);
+  return first;
+}
+
+// A SELECT without its order, perhaps in parentheses; "TABLE t" is all of a table.
+Select QueryParser::ReadUnionPart() {
+  if (tokens_.AtSymbol("(") && tokens_.AtKeyword("select", 1)) {
+    tokens_.Take();
+    Select part = ReadPart();
+    tokens_.ExpectSymbol(")");
+    return part;
+  }
+  if (!tokens_.TakeKeyword("table")) return ReadPart();
+  Select part;
+  part.items.emplace_back().is_star = true;
+  part.from.push_back(std::make_unique<Source>());
+  part.from.back()->table = tokens_.ExpectName();
+  return part;
+}
+
+Select QueryParser::ReadPart() {
   tokens_.ExpectKeyword("select");
   Select select;
   ReadPredicates(select);
@@ -33,11 +66,6 @@ Select QueryParser::ReadSelect() {
   if (tokens_.AtKeyword("from")) select.from = ReadFrom();
   select.where = ReadWhere();
   ReadGroups(select);
-  if (tokens_.TakeKeyword("union")) {
-    select.union_all = tokens_.TakeKeyword("all");
-    select.united_with = ReadNestedSelect();
-  }
-  ReadOrder(select);
   return select;
 }
 
@@ -123,6 +151,7 @@ SourcePtr QueryParser::ReadJoins() {
       tokens_.TakeKeyword("outer");
     }
     if (!kind) return left;
+    const ClauseScope clause(tokens_, kSyntaxInJoin);
     tokens_.ExpectKeyword("join");
     auto join = std::make_unique<Source>();
     join->join = kind;
@@ -138,21 +167,37 @@ SourcePtr QueryParser::ReadSource() {
   auto source = std::make_unique<Source>();
   if (tokens_.TakeSymbol("(")) {
     if (!tokens_.AtKeyword("select")) {
-      if (++depth_ > kMostNestedSelects) Fail(kSyntaxInFrom, "слишком много скобок");
+      if (++depth_ > kMostNestedSelects) Fail(kTooComplex);
       source = ReadJoins();
       --depth_;
       tokens_.ExpectSymbol(")");
-      return source;
+      if (source->join) return source;
+    } else {
+      source->select = ReadNestedSelect();
+      tokens_.ExpectSymbol(")");
     }
-    source->select = ReadNestedSelect();
-    tokens_.ExpectSymbol(")");
+  } else if (tokens_.AtSymbol(".", 1)) {
+    source->select = ReadBracketedSelect();
   } else {
     source->table = tokens_.ExpectName();
-    // "[select …]. AS x", the old form of a sub-select.
-    if (tokens_.AtSymbol(".")) FailUnsupported("[SELECT …]. AS");
   }
   if (tokens_.TakeKeyword("as") || tokens_.AtName()) source->alias = tokens_.ExpectName();
   return source;
+}
+
+// "[select …].", the old form of a sub-select.
+std::shared_ptr<Select> QueryParser::ReadBracketedSelect() {
+  const Token bracketed = tokens_.Take();
+  tokens_.ExpectSymbol(".");
+  TokenStream inner(tokens_.Text(), bracketed.begin + 1, bracketed.end - 1);
+  if (bracketed.kind != TokenKind::kBracketedName || !inner.AtKeyword("select"))
+    FailUnsupported("FROM база.таблица");
+  QueryParser parser(inner);
+  parser.depth_ = depth_;
+  std::shared_ptr<Select> select = parser.ReadNestedSelect();
+  inner.TakeSymbol(";");
+  if (inner.Peek().kind != TokenKind::kEnd) inner.FailAt("]");
+  return select;
 }
 
 ExpressionPtr QueryParser::ReadWhere() {
@@ -223,6 +268,7 @@ Delete QueryParser::ReadDelete() {
     statement.target = tokens_.ExpectName();
     if (!tokens_.TakeSymbol(".")) tokens_.ExpectSymbol("!");
     tokens_.ExpectSymbol("*");
+    if (tokens_.AtSymbol(",")) FailUnsupported("DELETE из нескольких таблиц");
   }
   statement.from = ReadFrom();
   statement.where = ReadWhere();

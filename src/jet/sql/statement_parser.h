@@ -24,6 +24,9 @@ class QueryParser {
 
  private:
   std::shared_ptr<Select> ReadNestedSelect();
+  std::shared_ptr<Select> ReadBracketedSelect();
+  Select ReadUnionPart();
+  Select ReadPart();
   void ReadPredicates(Select& select);
   OutputItem ReadItem();
   void ReadGroups(Select& select);

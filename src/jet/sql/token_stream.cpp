@@ -17,8 +17,13 @@ bool EqualAscii(std::string_view text, std::string_view lower) {
 
 }  // namespace
 
-TokenStream::TokenStream(std::string_view text)
-    : text_(text), tokens_(Tokenize(text)), clause_(kInvalidStatement) {}
+TokenStream::TokenStream(std::string_view text, std::size_t begin, std::size_t end)
+    : text_(text), tokens_(Tokenize(text.substr(begin, end - begin))), clause_(kInvalidStatement) {
+  for (Token& token : tokens_) {
+    token.begin += begin;
+    token.end += begin;
+  }
+}
 
 const Token& TokenStream::Peek(std::size_t ahead) const {
   return tokens_[std::min(next_ + ahead, tokens_.size() - 1)];

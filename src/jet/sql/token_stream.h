@@ -14,8 +14,10 @@ namespace jet::sql {
 // in the way fails with the number of the clause being read.
 class TokenStream {
  public:
-  // The text must outlive the stream.
-  explicit TokenStream(std::string_view text);
+  // The text must outlive the stream. Tokens are read from the stretch given; places are those in
+  // the whole text.
+  explicit TokenStream(std::string_view text) : TokenStream(text, 0, text.size()) {}
+  TokenStream(std::string_view text, std::size_t begin, std::size_t end);
 
   const Token& Peek(std::size_t ahead = 0) const;
   Token Take();
@@ -33,6 +35,7 @@ class TokenStream {
 
   std::size_t Position() const { return Peek().begin; }
   std::size_t LastEnd() const;
+  std::string_view Text() const { return text_; }
   std::string_view TextBetween(std::size_t begin, std::size_t end) const;
 
   // The number that failures bear from here on; gives the one before.

@@ -20,8 +20,11 @@ enum class ValueType : std::int32_t {
   kText = 8,
   kBinary = 9,
   kStoredCurrency = 10,  // ten-thousandths, as a column holds them
+  kStoredGuid = 11,      // 16 bytes
 };
 
 ValueType TypeOfField(platform::DataType type);
+// The field type that holds computed values of a type.
+platform::DataType TypeOfColumn(ValueType type);
 
 }  // namespace jet::sql

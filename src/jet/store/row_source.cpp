@@ -30,12 +30,8 @@ class ReadScope {
 RowSource::RowSource(std::shared_ptr<Session> session, const sql::SelectPlan& plan)
     : session_(std::move(session)), plan_(plan) {
   if (!IsUpdatable()) {
-    // Rows that are not a table's are kept as they are now.
     Statement rows(session_->SharedStorage(), plan_.rows_sql);
-    while (rows.Step()) {
-      block_.emplace_back(TakeRow(rows));
-      keys_.push_back(0);
-    }
+    spool_.emplace(rows);
     return;
   }
   Statement keys(session_->SharedStorage(), plan_.keys_sql);
@@ -74,18 +70,16 @@ void RowSource::ReadAhead(std::size_t first) {
   changes_seen_ = changes;
   block_.clear();
   block_start_ = first;
-  const std::size_t end = std::min(first + ahead_, keys_.size());
+  const std::size_t end = std::min(first + ahead_, Count());
   const ReadScope scope(session_->Storage());
   for (std::size_t i = first; i < end; ++i)
-    block_.push_back(ReadRow(keys_[i]));
+    block_.push_back(spool_ ? TakeRow(spool_->Row(i)) : ReadRow(keys_[i]));
 }
 
 const Row* RowSource::Fetch(std::size_t index) {
-  if (IsUpdatable()) {
-    const bool is_held = index >= block_start_ && index < block_start_ + block_.size() &&
-                         session_->ChangeCount() == changes_seen_;
-    if (!is_held) ReadAhead(index);
-  }
+  const bool is_held = index >= block_start_ && index < block_start_ + block_.size() &&
+                       (spool_ || session_->ChangeCount() == changes_seen_);
+  if (!is_held) ReadAhead(index);
   const std::optional<Row>& row = block_[index - block_start_];
   return row ? &*row : nullptr;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "jet/sql/query_translator.h"
+#include "jet/store/row_spool.h"
 #include "jet/store/session.h"
 #include "platform/database_types.h"
 
@@ -20,7 +21,7 @@ class RowSource {
  public:
   RowSource(std::shared_ptr<Session> session, const sql::SelectPlan& plan);
 
-  std::size_t Count() const { return keys_.size(); }
+  std::size_t Count() const { return spool_ ? spool_->Count() : keys_.size(); }
   // Null when the row is no longer there. Valid until the next call.
   const Row* Fetch(std::size_t index);
 
@@ -39,6 +40,7 @@ class RowSource {
   std::shared_ptr<Session> session_;
   const sql::SelectPlan& plan_;
   Statement row_;
+  std::optional<RowSpool> spool_;  // rows that are not a table's, as they were at the beginning
   std::vector<std::int64_t> keys_;
   std::vector<std::optional<Row>> block_;  // of rows from block_start_ on
   std::size_t block_start_ = 0;

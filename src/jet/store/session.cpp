@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "jet/errors.h"
+#include "jet/store/aggregates.h"
 
 namespace jet {
 namespace {
@@ -25,6 +26,7 @@ Session::Session(std::shared_ptr<const Workspace> workspace,
       is_exclusive_(is_exclusive),
       is_read_only_(is_read_only) {
   RegisterFunctions(functions_);
+  RegisterAggregates(*connection_);
 }
 
 void Session::Close() noexcept {

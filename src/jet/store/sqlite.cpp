@@ -12,6 +12,14 @@ namespace {
 
 constexpr int kBusyMilliseconds = 5000;
 
+// Limits of the engine that a statement runs into share one code; the words tell them apart.
+void FailWithWords(std::string_view words) {
+  if (words.find("integer overflow") != std::string_view::npos) Fail(kOverflow);
+  for (const char* const limit : {"too large", "too many", "overflow", "at most"}) {
+    if (words.find(limit) != std::string_view::npos) Fail(kTooComplex);
+  }
+}
+
 }  // namespace
 
 void Connection::Open(const std::string& path, Mode mode, bool exclusive) {
@@ -104,6 +112,9 @@ void Connection::FailWith(int code) {
       Fail(kDiskError);
     case SQLITE_NOMEM:
       throw std::bad_alloc();
+    case SQLITE_ERROR:
+      FailWithWords(handle_ == nullptr ? "" : sqlite3_errmsg(handle_));
+      [[fallthrough]];
     default:
       Fail(kReserved, std::to_string(code));
   }

@@ -40,8 +40,9 @@ class Runner {
       : session_(session), definitions_(session), text_(text) {}
 
   std::int64_t operator()(const sql::Select& select) {
-    if (!select.into.empty()) FailUnsupported("SELECT … INTO");
-    Fail(kNotAnActionQuery);
+    if (select.into.empty()) Fail(kNotAnActionQuery);
+    definitions_.CreateTable(sql::TranslateIntoTable(select, session_.Tables(), text_));
+    return Run(sql::TranslateIntoRows(select, session_.Tables(), text_));
   }
   std::int64_t operator()(const sql::Insert& insert) {
     return Run(sql::TranslateInsert(insert, session_.Tables(), text_));
@@ -109,8 +110,12 @@ class Runner {
   TablePtr Table(const std::string& name) { return RequireTable(session_, name, kTableNotFound); }
 
   std::int64_t Run(const sql::ActionPlan& plan) {
-    Statement(session_.SharedStorage(), plan.sql).Run();
-    return session_.Storage().Changes();
+    std::int64_t touched = 0;
+    for (std::size_t i = 0; i < plan.steps.size(); ++i) {
+      Statement(session_.SharedStorage(), plan.steps[i]).Run();
+      if (i == plan.counted) touched = session_.Storage().Changes();
+    }
+    return touched;
   }
 
   Session& session_;

@@ -127,6 +127,10 @@ DatabaseValue ReadComputed(const Statement& statement, int column, sql::ValueTyp
       if (!ToCurrency(statement.Real(column), amount)) Fail(kOverflow);
       return platform::CurrencyValue{amount};
     }
+    case sql::ValueType::kStoredCurrency:
+      return platform::CurrencyValue{statement.Integer(column)};
+    case sql::ValueType::kStoredGuid:
+      return GuidText(statement.Bytes(column));
     case sql::ValueType::kDate:
       return platform::DateValue{statement.Real(column)};
     default:

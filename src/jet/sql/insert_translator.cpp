@@ -1,0 +1,182 @@
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "jet/errors.h"
+#include "jet/sql/expression_translator.h"
+#include "jet/sql/omitted_value.h"
+#include "jet/sql/query_translator.h"
+#include "jet/sql/scope.h"
+
+namespace jet::sql {
+namespace {
+
+const FieldInfo* RequireField(const TableInfo& table, const std::string& name) {
+  const FieldInfo* const field = table.FindField(name);
+  if (field == nullptr) Fail(kUnknownInsertField, name);
+  return field;
+}
+
+void RefuseRepeated(const std::vector<const FieldInfo*>& fields) {
+  std::vector<const FieldInfo*> sorted = fields;
+  std::sort(sorted.begin(), sorted.end());
+  const auto twice = std::adjacent_find(sorted.begin(), sorted.end());
+  if (twice != sorted.end()) Fail(kFieldDefinedTwice, (*twice)->definition.name);
+}
+
+// The fields that the statement names, in its order.
+std::vector<const FieldInfo*> NamedFields(const Insert& insert, const TableInfo& table) {
+  std::vector<const FieldInfo*> fields;
+  for (const std::string& name : insert.fields)
+    fields.push_back(RequireField(table, name));
+  RefuseRepeated(fields);
+  return fields;
+}
+
+// Without names, values are for all fields in order, but a SELECT's columns go by their names.
+std::vector<const FieldInfo*> UnnamedFields(const TableInfo& table,
+                                            const std::vector<OutputColumn>* columns) {
+  std::vector<const FieldInfo*> fields;
+  if (columns == nullptr) {
+    for (const FieldInfo& field : table.fields)
+      fields.push_back(&field);
+    return fields;
+  }
+  for (const OutputColumn& column : *columns)
+    fields.push_back(RequireField(table, column.name));
+  RefuseRepeated(fields);
+  return fields;
+}
+
+// "INSERT INTO t3(c1, c2)" and the values for it.
+class InsertSql {
+ public:
+  InsertSql(const TableInfo& table, const std::vector<const FieldInfo*>& fields,
+            const std::vector<std::string>& values) {
+    if (fields.size() != values.size()) Fail(kValueCountDiffers);
+    for (const FieldInfo& field : table.fields) {
+      const auto place = std::find(fields.begin(), fields.end(), &field);
+      const bool is_given = place != fields.end();
+      std::string value = is_given ? values[static_cast<std::size_t>(place - fields.begin())]
+                                   : OmittedValue(table, field);
+      if (is_given && field.IsAutonumber())
+        value = "jet_used_number(" + std::to_string(table.id) + ", " + value + ")";
+      takes_numbers_ = takes_numbers_ || field.IsAutonumber();
+      if (!value.empty()) Put(field.column, value);
+    }
+    target_ = "INSERT INTO " + table.StorageName() + "(" + columns_ + ") ";
+  }
+
+  // Numbers are taken in the order of the rows.
+  bool TakesNumbers() const { return takes_numbers_; }
+  const std::string& Target() const { return target_; }
+  const std::string& Values() const { return values_; }
+
+ private:
+  void Put(const std::string& column, const std::string& value) {
+    columns_ += (columns_.empty() ? "" : ", ") + column;
+    values_ += (values_.empty() ? "" : ", ") + value;
+  }
+
+  std::string columns_;
+  std::string values_;
+  std::string target_;
+  bool takes_numbers_ = false;
+};
+
+ActionPlan InsertRows(const TableInfo& table, const Insert* named, const Select& select,
+                      const Scope& scope, std::string_view statement) {
+  const SelectSql rows = TranslateNested(select, scope.Beside(), statement, RowOrder::kKept);
+  scope.FailOnUnknown();
+  const bool goes_by_name = named == nullptr || named->fields.empty();
+  const std::vector<const FieldInfo*> fields =
+      goes_by_name ? UnnamedFields(table, &rows.columns) : NamedFields(*named, table);
+  if (fields.size() != rows.columns.size()) Fail(kValueCountDiffers);
+  std::vector<std::string> values;
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const OutputColumn& column = rows.columns[i];
+    values.push_back(ExpressionTranslator::Assigned(
+        {"s.o" + std::to_string(i), column.type, column.field}, *fields[i]));
+  }
+  const InsertSql insert(table, fields, values);
+  // Left to itself, the storage's engine numbers the rows before it sorts them.
+  if (insert.TakesNumbers() && !select.order_by.empty())
+    return {{insert.Target() + "WITH s AS MATERIALIZED (" + rows.sql + ") SELECT " +
+             insert.Values() + " FROM s"}};
+  return {{insert.Target() + "SELECT " + insert.Values() + " FROM (" + rows.sql + ") AS s"}};
+}
+
+platform::FieldDefinition FieldOf(const OutputColumn& column) {
+  platform::FieldDefinition field;
+  if (column.field != nullptr) {
+    field.type = column.field->definition.type;
+    field.size = column.field->definition.size;
+    field.attributes = column.field->definition.attributes & platform::kAutoIncrementField;
+  } else {
+    field.type = TypeOfColumn(column.type);
+  }
+  field.name = column.name;
+  std::replace(field.name.begin(), field.name.end(), '.', '_');
+  field.allow_zero_length = IsTextType(field.type);
+  return field;
+}
+
+}  // namespace
+
+std::string OmittedValue(const TableInfo& table, const FieldInfo& field) {
+  if (field.IsAutonumber()) return "jet_next_number(" + std::to_string(table.id) + ")";
+  if (!field.default_text.empty()) return TranslateDefault(field);
+  const bool must_be_checked = field.target.required || field.target.in_primary_key;
+  if (field.definition.type != platform::DataType::kBoolean && !must_be_checked) return {};
+  Expression null;
+  Scope scope;
+  return ExpressionTranslator(scope, {}).Assigned(null, field);
+}
+
+ActionPlan TranslateInsert(const Insert& insert, TableFinder& tables, std::string_view statement) {
+  Scope scope(tables);
+  const TablePtr table = scope.FindStored(insert.table);
+  if (insert.select) {
+    if (insert.select->united_with) FailUnsupported("INSERT INTO … SELECT … UNION");
+    return InsertRows(*table, &insert, *insert.select, scope, statement);
+  }
+  const std::vector<const FieldInfo*> fields =
+      insert.fields.empty() ? UnnamedFields(*table, nullptr) : NamedFields(insert, *table);
+  if (fields.size() != insert.values.size()) Fail(kValueCountDiffers);
+  ExpressionTranslator translator(scope, statement);
+  std::vector<std::string> values;
+  for (std::size_t i = 0; i < fields.size(); ++i)
+    values.push_back(translator.Assigned(*insert.values[i], *fields[i]));
+  scope.FailOnUnknown();
+  const InsertSql sql(*table, fields, values);
+  return {{sql.Target() + "VALUES (" + sql.Values() + ")"}};
+}
+
+platform::TableDefinition TranslateIntoTable(const Select& select, TableFinder& tables,
+                                             std::string_view statement) {
+  if (select.united_with) FailUnsupported("SELECT … INTO … UNION");
+  const Scope scope(tables);
+  const SelectSql rows = TranslateNested(select, scope.Beside(), statement, RowOrder::kAny);
+  scope.FailOnUnknown();
+  platform::TableDefinition table;
+  table.name = select.into;
+  bool has_numbers = false;
+  for (const OutputColumn& column : rows.columns) {
+    platform::FieldDefinition field = FieldOf(column);
+    // A table numbers its rows once.
+    if (has_numbers || rows.is_computed) field.attributes = 0;
+    has_numbers = has_numbers || field.attributes != 0;
+    table.fields.push_back(std::move(field));
+  }
+  return table;
+}
+
+ActionPlan TranslateIntoRows(const Select& select, TableFinder& tables,
+                             std::string_view statement) {
+  const Scope scope(tables);
+  const TablePtr table = scope.FindStored(select.into);
+  return InsertRows(*table, nullptr, select, scope, statement);
+}
+
+}  // namespace jet::sql

@@ -1,0 +1,70 @@
+#include "jet/sql/source_translator.h"
+
+#include <utility>
+
+#include "foundation/encodings.h"
+#include "jet/errors.h"
+#include "jet/sql/expression_translator.h"
+#include "jet/sql/select_translator.h"
+
+namespace jet::sql {
+namespace {
+
+// The most that a statement may name: the storage's engine takes no more in one join.
+constexpr std::size_t kMostTables = 60;
+
+}  // namespace
+
+std::string SourceTranslator::Sources(const std::vector<SourcePtr>& sources) {
+  std::string sql;
+  for (const SourcePtr& source : sources)
+    sql += (sql.empty() ? "" : ", ") + One(*source, false);
+  if (scope_.StoredTables().size() > kMostTables) Fail(kTooComplex);
+  return sql;
+}
+
+std::string SourceTranslator::One(const Source& source, bool is_nested) {
+  return source.join ? Join(source, is_nested) : Leaf(source, is_nested);
+}
+
+// Joins bind from the left, so only a join on the right needs parentheses; a RIGHT JOIN is a LEFT
+// JOIN with its sides changed. The order of the fields follows the statement all the same.
+std::string SourceTranslator::Join(const Source& join, bool is_nested) {
+  const std::size_t first = scope_.Tables().size();
+  const bool is_right = join.join == JoinKind::kRight;
+  met_outer_join_ = met_outer_join_ || join.join != JoinKind::kInner;
+  const auto side = [&](const Source& source, bool is_on_the_right) {
+    std::string sql = One(source, is_nested || (is_on_the_right && source.join));
+    return is_on_the_right && source.join ? "(" + sql + ")" : sql;
+  };
+  std::string left = side(*join.left, is_right);
+  std::string right = side(*join.right, !is_right);
+  if (is_right) std::swap(left, right);
+  const Scope::Limit limit(scope_, first);
+  const std::string on = ExpressionTranslator(scope_, statement_).Condition(*join.on);
+  return left + (join.join == JoinKind::kInner ? " JOIN " : " LEFT JOIN ") + right + " ON " + on;
+}
+
+std::string SourceTranslator::Leaf(const Source& source, bool is_nested) {
+  if (!source.select) {
+    const ScopeTable& entry = scope_.Add(scope_.FindStored(source.table), source.alias);
+    // Row numbers do not show through parentheses unless they are columns.
+    const std::string name = entry.table->StorageName();
+    if (!is_nested) return name + " AS " + entry.sql_alias;
+    scope_.NameLastRow("k");
+    return "(SELECT rowid AS k, * FROM " + name + ") AS " + entry.sql_alias;
+  }
+  SelectSql select = TranslateNested(*source.select, scope_.Beside(), statement_, RowOrder::kAny);
+  met_computed_rows_ = met_computed_rows_ || select.is_computed;
+  std::vector<ScopeColumn> columns;
+  for (std::size_t i = 0; i < select.columns.size(); ++i) {
+    OutputColumn& output = select.columns[i];
+    std::string lower = tmw::LowerCase(output.name);
+    columns.push_back({std::move(output.name), std::move(lower), "o" + std::to_string(i),
+                       output.type, output.field});
+  }
+  const ScopeTable& entry = scope_.Add(std::move(columns), source.alias);
+  return "(" + select.sql + ") AS " + entry.sql_alias;
+}
+
+}  // namespace jet::sql

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/sql/ast.h"
+#include "jet/sql/scope.h"
+
+namespace jet::sql {
+
+// Turns FROM clauses into the storage's SQL and puts their tables into the scope.
+class SourceTranslator {
+ public:
+  SourceTranslator(Scope& scope, std::string_view statement)
+      : scope_(scope), statement_(statement) {}
+
+  // "t3 AS a0 JOIN t5 AS a1 ON …"
+  std::string Sources(const std::vector<SourcePtr>& sources);
+  // True when a sub-select among them makes rows that are no rows of a table.
+  bool MetComputedRows() const { return met_computed_rows_; }
+  bool MetOuterJoin() const { return met_outer_join_; }
+
+ private:
+  std::string One(const Source& source, bool is_nested);
+  std::string Join(const Source& join, bool is_nested);
+  std::string Leaf(const Source& source, bool is_nested);
+
+  Scope& scope_;
+  std::string_view statement_;
+  bool met_computed_rows_ = false;
+  bool met_outer_join_ = false;
+};
+
+}  // namespace jet::sql

@@ -1,0 +1,173 @@
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "jet/errors.h"
+#include "jet/sql/expression_translator.h"
+#include "jet/sql/omitted_value.h"
+#include "jet/sql/query_translator.h"
+#include "jet/sql/scope.h"
+#include "jet/sql/source_translator.h"
+
+namespace jet::sql {
+namespace {
+
+bool HasSelect(const ExpressionPtr& expression) {
+  return expression->select != nullptr ||
+         std::any_of(expression->arguments.begin(), expression->arguments.end(), HasSelect);
+}
+
+std::string WhereSql(const ExpressionPtr& where, ExpressionTranslator& translator) {
+  return where ? " WHERE " + translator.Condition(*where) : std::string();
+}
+
+struct NewValue {
+  const FieldInfo* field;
+  std::string sql;
+};
+
+// What an UPDATE sets in one of its tables.
+struct Changes {
+  const ScopeTable* table;
+  std::vector<NewValue> values;
+};
+
+std::vector<Changes> TranslateAssignments(const Update& update, Scope& scope,
+                                          ExpressionTranslator& translator) {
+  std::vector<Changes> changes;
+  for (const Assignment& assignment : update.assignments) {
+    const Scope::Found found = scope.Find(assignment.qualifier, assignment.field);
+    if (found.column == nullptr) {
+      scope.NoteUnknown(assignment.field);
+      continue;
+    }
+    if (found.table->table == nullptr || HasSelect(assignment.value)) Fail(kNotUpdatable);
+    const FieldInfo& field = *found.column->field;
+    if (field.IsAutonumber()) Fail(kFieldNotUpdatable, field.definition.name);
+    auto place = std::find_if(changes.begin(), changes.end(),
+                              [&](const Changes& c) { return c.table == found.table; });
+    if (place == changes.end()) place = changes.insert(place, {found.table, {}});
+    for (const NewValue& other : place->values) {
+      if (other.field == &field) Fail(kFieldDefinedTwice, field.definition.name);
+    }
+    place->values.push_back({&field, translator.Assigned(*assignment.value, field)});
+  }
+  return changes;
+}
+
+// The rows of a join are gathered before anything changes: their numbers (k0, k1 …) and the new
+// values (v0, v1 …), in the order of the tables' rows. Where several rows set the same one, the
+// last wins; a row that an outer join lacks is added.
+class JoinedUpdate {
+ public:
+  JoinedUpdate(const std::vector<Changes>& changes, bool may_lack_rows)
+      : may_lack_rows_(may_lack_rows) {
+    for (std::size_t i = 0; i < changes.size(); ++i)
+      AddTarget(changes[i], "k" + std::to_string(i));
+  }
+
+  ActionPlan Plan(const std::string& from, const std::string& order) && {
+    std::vector<std::string> steps = {
+        "CREATE TEMP TABLE jet_joined(" + columns_ + ")",
+        "INSERT INTO jet_joined SELECT " + values_ + from + " ORDER BY " + order};
+    steps.insert(steps.end(), steps_.begin(), steps_.end());
+    steps.emplace_back("DROP TABLE jet_joined");
+    return {std::move(steps), 1};
+  }
+
+ private:
+  void AddTarget(const Changes& changes, const std::string& key) {
+    const TableInfo& table = *changes.table->table;
+    Put(key, changes.table->row);
+    std::string sets;
+    std::string columns;
+    std::string values;
+    const auto put = [&](const std::string& column, const std::string& value) {
+      columns += (columns.empty() ? "" : ", ") + column;
+      values += (values.empty() ? "" : ", ") + value;
+    };
+    std::vector<const FieldInfo*> given;
+    for (const NewValue& value : changes.values) {
+      const std::string name = "v" + std::to_string(next_value_++);
+      Put(name, value.sql);
+      sets += (sets.empty() ? "" : ", ") + value.field->column + " = s." + name;
+      put(value.field->column, name);
+      given.push_back(value.field);
+    }
+    steps_.push_back("UPDATE " + table.StorageName() + " SET " + sets +
+                     " FROM jet_joined AS s WHERE " + table.StorageName() + ".rowid = s." + key);
+    if (!may_lack_rows_) return;
+    for (const FieldInfo& field : table.fields) {
+      if (std::find(given.begin(), given.end(), &field) != given.end()) continue;
+      const std::string value = OmittedValue(table, field);
+      if (!value.empty()) put(field.column, value);
+    }
+    steps_.push_back("INSERT INTO " + table.StorageName() + "(" + columns + ") SELECT " + values +
+                     " FROM jet_joined WHERE " + key + " IS NULL");
+  }
+
+  void Put(const std::string& column, const std::string& value) {
+    columns_ += (columns_.empty() ? "" : ", ") + column;
+    values_ += (values_.empty() ? "" : ", ") + value;
+  }
+
+  bool may_lack_rows_;
+  std::string columns_;
+  std::string values_;
+  std::vector<std::string> steps_;
+  std::size_t next_value_ = 0;
+};
+
+std::string RowOrderOf(const Scope& scope) {
+  std::string order;
+  for (const ScopeTable& table : scope.Tables()) {
+    if (!table.row.empty()) order += (order.empty() ? "" : ", ") + table.row;
+  }
+  return order;
+}
+
+bool IsOneTable(const std::vector<SourcePtr>& from) {
+  return from.size() == 1 && !from.front()->join && !from.front()->select;
+}
+
+}  // namespace
+
+ActionPlan TranslateUpdate(const Update& update, TableFinder& tables, std::string_view statement) {
+  Scope scope(tables);
+  SourceTranslator sources(scope, statement);
+  const std::string from = sources.Sources(update.from);
+  if (sources.MetComputedRows()) Fail(kNotUpdatable);
+  ExpressionTranslator translator(scope, statement);
+  const std::vector<Changes> changes = TranslateAssignments(update, scope, translator);
+  const std::string where = WhereSql(update.where, translator);
+  scope.FailOnUnknown();
+  if (!IsOneTable(update.from))
+    return JoinedUpdate(changes, sources.MetOuterJoin())
+        .Plan(" FROM " + from + where, RowOrderOf(scope));
+  std::string sets;
+  for (const NewValue& value : changes.front().values)
+    sets += (sets.empty() ? "" : ", ") + value.field->column + " = " + value.sql;
+  return {{"UPDATE " + from + " SET " + sets + where}};
+}
+
+ActionPlan TranslateDelete(const Delete& statement, TableFinder& tables, std::string_view text) {
+  Scope scope(tables);
+  SourceTranslator sources(scope, text);
+  const std::string from = sources.Sources(statement.from);
+  const bool is_one_table = IsOneTable(statement.from);
+  if (statement.target.empty() && scope.Tables().size() > 1)
+    Fail(kSyntaxInDelete, "не указана таблица, из которой удаляются записи");
+  const ScopeTable* const target =
+      statement.target.empty() ? &scope.Tables().front() : scope.FindTable(statement.target);
+  if (target == nullptr) Fail(kInputTableNotFound, statement.target);
+  if (!target->table || sources.MetComputedRows()) Fail(kCannotDelete);
+  ExpressionTranslator translator(scope, text);
+  const std::string where = WhereSql(statement.where, translator);
+  scope.FailOnUnknown();
+  if (is_one_table) return {{"DELETE FROM " + from + where}};
+  return {{"DELETE FROM " + target->table->StorageName() + " WHERE rowid IN (SELECT " +
+           target->row + " FROM " + from + where + ")"}};
+}
+
+}  // namespace jet::sql
