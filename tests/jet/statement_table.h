@@ -52,9 +52,10 @@ inline std::string AnswerOf(platform::Database& db, std::string_view statements,
       const std::string statement(statements.substr(0, end));
       const bool is_last = end == std::string_view::npos;
       if (!is_last) statements.remove_prefix(end + kArrow.size());
-      const bool is_select = tmw::LowerCase(statement.substr(0, 6)) == "select";
-      answer = is_last && is_select ? RowsOf(db, statement, kinds)
-                                    : std::to_string(db.Execute(statement, true));
+      const std::string verb =
+          tmw::LowerCase(statement.substr(statement.front() == '(' ? 1 : 0, 6));
+      answer = is_last && verb == "select" ? RowsOf(db, statement, kinds)
+                                           : std::to_string(db.Execute(statement, true));
     }
   });
   return error == 0 ? answer : "#" + std::to_string(error);

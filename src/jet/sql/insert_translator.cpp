@@ -34,16 +34,18 @@ std::vector<const FieldInfo*> NamedFields(const Insert& insert, const TableInfo&
   return fields;
 }
 
-// Without names, values are for all fields in order, but a SELECT's columns go by their names.
-std::vector<const FieldInfo*> UnnamedFields(const TableInfo& table,
-                                            const std::vector<OutputColumn>* columns) {
+std::vector<const FieldInfo*> AllFields(const TableInfo& table) {
   std::vector<const FieldInfo*> fields;
-  if (columns == nullptr) {
-    for (const FieldInfo& field : table.fields)
-      fields.push_back(&field);
-    return fields;
-  }
-  for (const OutputColumn& column : *columns)
+  for (const FieldInfo& field : table.fields)
+    fields.push_back(&field);
+  return fields;
+}
+
+// A SELECT's columns go by their names where the statement names no fields.
+std::vector<const FieldInfo*> FieldsByColumns(const TableInfo& table,
+                                              const std::vector<OutputColumn>& columns) {
+  std::vector<const FieldInfo*> fields;
+  for (const OutputColumn& column : columns)
     fields.push_back(RequireField(table, column.name));
   RefuseRepeated(fields);
   return fields;
@@ -85,13 +87,8 @@ class InsertSql {
   bool takes_numbers_ = false;
 };
 
-ActionPlan InsertRows(const TableInfo& table, const Insert* named, const Select& select,
-                      const Scope& scope, std::string_view statement) {
-  const SelectSql rows = TranslateNested(select, scope.Beside(), statement, RowOrder::kKept);
-  scope.FailOnUnknown();
-  const bool goes_by_name = named == nullptr || named->fields.empty();
-  const std::vector<const FieldInfo*> fields =
-      goes_by_name ? UnnamedFields(table, &rows.columns) : NamedFields(*named, table);
+ActionPlan InsertRows(const TableInfo& table, const std::vector<const FieldInfo*>& fields,
+                      const SelectSql& rows, const Select& select) {
   if (fields.size() != rows.columns.size()) Fail(kValueCountDiffers);
   std::vector<std::string> values;
   for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -139,10 +136,16 @@ ActionPlan TranslateInsert(const Insert& insert, TableFinder& tables, std::strin
   const TablePtr table = scope.FindStored(insert.table);
   if (insert.select) {
     if (insert.select->united_with) FailUnsupported("INSERT INTO … SELECT … UNION");
-    return InsertRows(*table, &insert, *insert.select, scope, statement);
+    const SelectSql rows =
+        TranslateNested(*insert.select, scope.Beside(), statement, RowOrder::kKept);
+    scope.FailOnUnknown();
+    return InsertRows(
+        *table,
+        insert.fields.empty() ? FieldsByColumns(*table, rows.columns) : NamedFields(insert, *table),
+        rows, *insert.select);
   }
   const std::vector<const FieldInfo*> fields =
-      insert.fields.empty() ? UnnamedFields(*table, nullptr) : NamedFields(insert, *table);
+      insert.fields.empty() ? AllFields(*table) : NamedFields(insert, *table);
   if (fields.size() != insert.values.size()) Fail(kValueCountDiffers);
   ExpressionTranslator translator(scope, statement);
   std::vector<std::string> values;
@@ -176,7 +179,8 @@ ActionPlan TranslateIntoRows(const Select& select, TableFinder& tables,
                              std::string_view statement) {
   const Scope scope(tables);
   const TablePtr table = scope.FindStored(select.into);
-  return InsertRows(*table, nullptr, select, scope, statement);
+  const SelectSql rows = TranslateNested(select, scope.Beside(), statement, RowOrder::kKept);
+  return InsertRows(*table, AllFields(*table), rows, select);
 }
 
 }  // namespace jet::sql
