@@ -15,8 +15,11 @@ struct ErrorText {
 };
 
 constexpr ErrorText kTexts[] = {
+    {kInvalidCall, "Недопустимый вызов функции или значение аргумента."},
     {kOverflow, "Переполнение."},
     {kDivisionByZero, "Деление на ноль."},
+    {kTextTooLong, "Строка слишком длинная."},
+    {kInvalidUseOfNull, "Недопустимое использование значения Null."},
     {kReserved, "Внутренняя ошибка базы данных: %1."},
     {kInvalidArgument, "Недопустимый аргумент: %1."},
     {kTooManyTransactions, "Нельзя начать транзакцию: слишком много вложенных транзакций."},
@@ -39,6 +42,7 @@ constexpr ErrorText kTexts[] = {
     {kFileInUse, "Невозможно открыть файл \"%1\": он уже используется."},
     {kNoPermission, "Нет доступа к файлу \"%1\": нужны права на его чтение и изменение."},
     {kNullInIndex, "Ключ или индекс не может содержать значение Null (поле \"%1\")."},
+    {kCancelled, "Выполнение прервано."},
     {kTooFewParameters, "Слишком мало параметров. Требуется: %1. Неизвестные имена: %2."},
     {kNotAnActionQuery, "Запрос на выборку нельзя выполнить как изменяющий."},
     {kNoInput, "В запросе нет ни одной таблицы."},
@@ -74,6 +78,9 @@ constexpr ErrorText kTexts[] = {
     {kRecordDeleted, "Запись удалена."},
     {kTooManyFields, "Слишком много полей."},
     {kFieldDefinedTwice, "Поле \"%1\" определено более одного раза."},
+    {kRelatedRecords, "Запись нельзя удалить или изменить: с ней связаны записи таблицы \"%1\"."},
+    {kNoRelatedRecord,
+     "Запись нельзя добавить или изменить: в таблице \"%1\" нет связанной записи."},
     {kDatabaseExists, "База данных \"%1\" уже существует."},
     {kTableInUse, "Таблица \"%1\" занята и не может быть заблокирована."},
     {kLockedByOther, "Изменение невозможно: данные заблокированы."},
@@ -83,6 +90,7 @@ constexpr ErrorText kTexts[] = {
     {kNoFieldsDefined, "В определении \"%1\" нет полей."},
     {kItemNotFound, "Элемент \"%1\" не найден в этой коллекции."},
     {kFieldNeededByIndex, "Поле \"%1\" входит в индекс и не может быть удалено."},
+    {kUsedInRelation, "Индекс или таблицу \"%1\" удалить нельзя: они участвуют в связи."},
     {kPrimaryKeyExists, "Первичный ключ уже существует."},
     {kIndexExists, "Индекс \"%1\" уже существует."},
     {kSyntaxInCreateTable, "Ошибка в инструкции CREATE TABLE: %1."},
@@ -90,6 +98,7 @@ constexpr ErrorText kTexts[] = {
     {kSyntaxInFieldDefinition, "Ошибка в определении поля: %1."},
     {kSyntaxInAlterTable, "Ошибка в инструкции ALTER TABLE: %1."},
     {kSyntaxInDrop, "Ошибка в инструкции DROP: %1."},
+    {kFieldInRelation, "Поле \"%1\" нельзя изменить или удалить: оно участвует в связи."},
     {kManyFieldsInSubquery, "Вложенный запрос без EXISTS должен возвращать одно поле."},
     {kUnionCountDiffers, "Число столбцов в запросах, объединяемых UNION, не совпадает."},
     {kRequiredField, "Поле \"%1\" обязательное и не может содержать значение Null."},
@@ -100,6 +109,9 @@ constexpr ErrorText kTexts[] = {
     {kManyRowsInSubquery, "Вложенный запрос вернул более одной записи."},
     {kOpenedExclusively, "База данных \"%1\" уже открыта другой программой монопольно."},
     {kTooComplex, "Запрос слишком сложен."},
+    {kRelationExists, "Связь \"%1\" уже существует."},
+    {kRelationFieldsDiffer,
+     "Связь \"%1\" требует одинакового числа полей одинаковых типов с обеих сторон."},
     {kConstraintNotFound, "Не найдена таблица или ограничение \"%1\"."},
     {kNoSuchIndex, "В таблице \"%2\" нет индекса \"%1\"."},
     {kTableNotFound, "Таблица \"%1\" не существует."},
@@ -109,6 +121,8 @@ constexpr ErrorText kTexts[] = {
     {kObjectClosed, "Объект закрыт или больше не действителен."},
     {kConversion, "Ошибка преобразования типа данных%1."},
     {kTypeMismatch, "Несоответствие типов данных в выражении%1."},
+    {kNoUniqueReference,
+     "В таблице \"%1\" нет уникального индекса по полям, на которые ссылается связь."},
 };
 
 std::string Filled(std::string_view pattern, std::string_view first, std::string_view second) {

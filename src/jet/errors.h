@@ -10,8 +10,11 @@
 namespace jet {
 
 enum ErrorNumber : std::int32_t {
+  kInvalidCall = 5,
   kOverflow = 6,
   kDivisionByZero = 11,
+  kTextTooLong = 14,
+  kInvalidUseOfNull = 94,
   kReserved = 3000,
   kInvalidArgument = 3001,
   kTooManyTransactions = 3003,
@@ -33,6 +36,7 @@ enum ErrorNumber : std::int32_t {
   kFileInUse = 3045,
   kNoPermission = 3051,
   kNullInIndex = 3058,
+  kCancelled = 3059,
   kTooFewParameters = 3061,
   kNotAnActionQuery = 3065,
   kNoInput = 3067,
@@ -68,6 +72,8 @@ enum ErrorNumber : std::int32_t {
   kRecordDeleted = 3167,
   kTooManyFields = 3190,
   kFieldDefinedTwice = 3191,
+  kRelatedRecords = 3200,
+  kNoRelatedRecord = 3201,
   kDatabaseExists = 3204,
   kTableInUse = 3211,
   kLockedByOther = 3218,
@@ -77,6 +83,7 @@ enum ErrorNumber : std::int32_t {
   kNoFieldsDefined = 3264,
   kItemNotFound = 3265,
   kFieldNeededByIndex = 3280,
+  kUsedInRelation = 3281,
   kPrimaryKeyExists = 3283,
   kIndexExists = 3284,
   kSyntaxInCreateTable = 3290,
@@ -84,6 +91,7 @@ enum ErrorNumber : std::int32_t {
   kSyntaxInFieldDefinition = 3292,
   kSyntaxInAlterTable = 3293,
   kSyntaxInDrop = 3295,
+  kFieldInRelation = 3303,
   kManyFieldsInSubquery = 3306,
   kUnionCountDiffers = 3307,
   kRequiredField = 3314,
@@ -94,6 +102,8 @@ enum ErrorNumber : std::int32_t {
   kManyRowsInSubquery = 3354,
   kOpenedExclusively = 3356,
   kTooComplex = 3360,
+  kRelationExists = 3367,
+  kRelationFieldsDiffer = 3368,
   kConstraintNotFound = 3371,
   kNoSuchIndex = 3372,
   kTableNotFound = 3376,
@@ -103,6 +113,7 @@ enum ErrorNumber : std::int32_t {
   kObjectClosed = 3420,
   kConversion = 3421,
   kTypeMismatch = 3464,
+  kNoUniqueReference = 3609,
 };
 
 // The failure of that number, the arguments filled into its text.

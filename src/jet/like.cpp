@@ -42,25 +42,29 @@ bool MatchesSet(char16_t c, std::u16string_view pattern, std::size_t& position) 
   return is_in != is_negated;
 }
 
+// The characters that stand for any text, one character and one digit.
+struct Marks {
+  char16_t any;
+  char16_t one;
+  char16_t digit;
+};
+
 // True when the character fits the pattern's element at the position, which is moved behind it.
-bool MatchesOne(char16_t c, std::u16string_view pattern, std::size_t& position) {
-  switch (pattern[position]) {
-    case u'?':
-      ++position;
-      return true;
-    case u'#':
-      ++position;
-      return c >= u'0' && c <= u'9';
-    case u'[':
-      return MatchesSet(c, pattern, position);
-    default:
-      return pattern[position++] == c;
-  }
+bool MatchesOne(char16_t c, std::u16string_view pattern, std::size_t& position, Marks marks) {
+  const char16_t element = pattern[position];
+  if (element == u'[') return MatchesSet(c, pattern, position);
+  ++position;
+  if (element == marks.one) return true;
+  if (element == marks.digit && element != u'\0') return c >= u'0' && c <= u'9';
+  return element == c;
 }
 
 }  // namespace
 
-bool MatchesLike(std::string_view text, std::string_view pattern) {
+bool MatchesLike(std::string_view text, std::string_view pattern, Wildcards wildcards) {
+  // ANSI's wildcards have none for digits.
+  const Marks marks =
+      wildcards == Wildcards::kJet ? Marks{u'*', u'?', u'#'} : Marks{u'%', u'_', u'\0'};
   const std::u16string subject = Folded(text);
   const std::u16string wanted = Folded(pattern);
   constexpr std::size_t kNone = std::u16string::npos;
@@ -69,13 +73,13 @@ bool MatchesLike(std::string_view text, std::string_view pattern) {
   std::size_t star = kNone;  // the last "*" and where the text stood when it was met
   std::size_t star_at = 0;
   while (at < subject.size()) {
-    if (element < wanted.size() && wanted[element] == u'*') {
+    if (element < wanted.size() && wanted[element] == marks.any) {
       star = element++;
       star_at = at;
       continue;
     }
     std::size_t next = element;
-    if (element < wanted.size() && MatchesOne(subject[at], wanted, next)) {
+    if (element < wanted.size() && MatchesOne(subject[at], wanted, next, marks)) {
       ++at;
       element = next;
       continue;
@@ -84,7 +88,7 @@ bool MatchesLike(std::string_view text, std::string_view pattern) {
     element = star + 1;
     at = ++star_at;
   }
-  while (element < wanted.size() && wanted[element] == u'*')
+  while (element < wanted.size() && wanted[element] == marks.any)
     ++element;
   return element == wanted.size();
 }

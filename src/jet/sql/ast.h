@@ -51,7 +51,7 @@ enum class ExpressionKind {
   kText,      // text
   kName,      // qualifier (may be empty) and text
   kUnary,     // op, one argument
-  kBinary,    // op, two arguments
+  kBinary,    // op, two arguments; of kLike: text is not empty for ALIKE
   kIsNull,    // one argument
   kBetween,   // value, two bounds
   kIn,        // value, then the list; or value and select

@@ -1,10 +1,22 @@
 #include <utility>
+#include <vector>
 
 #include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
 
 namespace jet::sql {
 namespace {
+
+// Functions take a limited number of arguments: a long list becomes several calls.
+std::string InUnknown(const std::string& value, const std::vector<std::string>& items) {
+  constexpr std::size_t kMostItems = 100;
+  std::string sql;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (i % kMostItems == 0) sql += (i == 0 ? "jet_in(" : ") OR jet_in(") + value;
+    sql += ", " + items[i];
+  }
+  return sql + ")";
+}
 
 bool IsLeaf(const Expression& expression) {
   return expression.kind <= ExpressionKind::kName;
@@ -51,7 +63,8 @@ std::string ExpressionTranslator::BinaryCondition(const Expression& expression) 
   }
   switch (expression.op) {
     case Operator::kLike:
-      return "jet_like(" + TextSql(Value(left)) + ", " + TextSql(Value(right)) + ")";
+      return (expression.text.empty() ? "jet_like(" : "jet_alike(") + TextSql(Value(left)) + ", " +
+             TextSql(Value(right)) + ")";
     case Operator::kAnd:
       return "(" + Condition(left) + " AND " + Condition(right) + ")";
     case Operator::kOr:
@@ -120,15 +133,17 @@ std::string ExpressionTranslator::In(const Expression& expression) {
   }
   const TypedSql value = Value(*expression.arguments[0]);
   bool is_known = IsKnown(value.type);
+  std::vector<std::string> item_list;
   std::string items;
   for (std::size_t i = 1; i < expression.arguments.size(); ++i) {
     const TypedSql item = Value(*expression.arguments[i]);
     CheckComparable(value.type, item.type, *expression.arguments[i]);
     is_known = is_known && item.type != ValueType::kUnknown;
     items += (items.empty() ? "" : ", ") + item.sql;
+    item_list.push_back(item.sql);
   }
   const std::string prefix = expression.negated ? "(NOT " : "(";
-  if (!is_known) return prefix + "jet_in(" + value.sql + ", " + items + "))";
+  if (!is_known) return prefix + "(" + InUnknown(value.sql, item_list) + "))";
   const char* const collation = value.type == ValueType::kText ? " COLLATE JET" : "";
   return prefix + "(" + value.sql + collation + " IN (" + items + ")))";
 }

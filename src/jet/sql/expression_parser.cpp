@@ -173,14 +173,16 @@ bool ExpressionParser::ReadPredicate(ExpressionPtr& value) {
   }
   const bool negated = tokens_.AtKeyword("not");
   const std::size_t ahead = negated ? 1 : 0;
-  const bool is_like = tokens_.AtKeyword("like", ahead) || tokens_.AtKeyword("alike", ahead);
+  const bool is_alike = tokens_.AtKeyword("alike", ahead);
+  const bool is_like = is_alike || tokens_.AtKeyword("like", ahead);
   const bool is_in = tokens_.AtKeyword("in", ahead);
   if (!is_like && !is_in && !tokens_.AtKeyword("between", ahead)) return false;
-  if (tokens_.AtKeyword("alike", ahead)) FailUnsupported("ALIKE");
   if (negated) tokens_.Take();
   tokens_.Take();
   if (is_like) {
-    value = Negated(Binary(Operator::kLike, std::move(value), ReadConcatenation()), negated);
+    value = Binary(Operator::kLike, std::move(value), ReadConcatenation());
+    if (is_alike) value->text = "alike";
+    value = Negated(std::move(value), negated);
   } else {
     value = is_in ? ReadIn(std::move(value), negated) : ReadBetween(std::move(value), negated);
   }

@@ -7,7 +7,6 @@
 
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/sql/functions.h"
 
 namespace jet::sql {
 namespace {
@@ -42,7 +41,10 @@ ValueType Wider(ValueType a, ValueType b) {
   for (const ValueType type : {ValueType::kNull, ValueType::kUnknown, ValueType::kNumber}) {
     if (a == type || b == type) return type == ValueType::kNull ? ValueType::kUnknown : type;
   }
-  if (a == ValueType::kSingle || b == ValueType::kSingle) return ValueType::kNumber;
+  // A text is read as a number; the day of a moment is one.
+  for (const ValueType type : {ValueType::kSingle, ValueType::kText, ValueType::kDate}) {
+    if (a == type || b == type) return ValueType::kNumber;
+  }
   if (a == ValueType::kCurrency || b == ValueType::kCurrency) return ValueType::kCurrency;
   return ValueType::kInteger;
 }
@@ -64,12 +66,14 @@ bool IsCondition(const Expression& expression) {
   }
 }
 
-std::string CallSql(std::string_view function, std::string_view first, std::string_view second) {
-  return std::string(function) + "(" + std::string(first) + ", " + std::string(second) + ")";
+// Whole numbers stay within 32 bits: a result beyond them fails with 6.
+TypedSql Checked(TypedSql result) {
+  if (result.type == ValueType::kInteger) result.sql = "jet_long(" + result.sql + ")";
+  return result;
 }
 
-std::string Code(ValueType type) {
-  return std::to_string(static_cast<std::int32_t>(type));
+std::string CallSql(std::string_view function, std::string_view first, std::string_view second) {
+  return std::string(function) + "(" + std::string(first) + ", " + std::string(second) + ")";
 }
 
 // True when every value of the column is one of the field as it lies; Null may come from any
@@ -85,6 +89,10 @@ bool IsCopy(const TypedSql& raw, const Target& target) {
 }
 
 }  // namespace
+
+std::string TypeCode(ValueType type) {
+  return std::to_string(static_cast<std::int32_t>(type));
+}
 
 std::string_view ComparisonSymbol(Operator op) {
   switch (op) {
@@ -161,7 +169,7 @@ std::string NumberSql(const TypedSql& value) {
 
 std::string TextSql(const TypedSql& value) {
   if (value.type == ValueType::kText || value.type == ValueType::kNull) return value.sql;
-  return CallSql("jet_text", value.sql, Code(value.type));
+  return CallSql("jet_text", value.sql, TypeCode(value.type));
 }
 
 // A text with a zero character would end there as a plain literal.
@@ -275,7 +283,7 @@ TypedSql ExpressionTranslator::Unary(const Expression& expression) {
   const TypedSql operand = Value(*expression.arguments[0]);
   const ValueType type = Wider(operand.type, ValueType::kInteger);
   if (expression.op == Operator::kPlusSign) return {NumberSql(operand), type};
-  return {"(-" + NumberSql(operand) + ")", type};
+  return Checked({"(-" + NumberSql(operand) + ")", type});
 }
 
 TypedSql ExpressionTranslator::Binary(const Expression& expression) {
@@ -293,7 +301,7 @@ TypedSql ExpressionTranslator::Binary(const Expression& expression) {
     case Operator::kPower:
       return {CallSql("jet_power", NumberSql(a), NumberSql(b)), ValueType::kNumber};
     case Operator::kMultiply:
-      return {"(" + NumberSql(a) + " * " + NumberSql(b) + ")", Wider(a.type, b.type)};
+      return Checked({"(" + NumberSql(a) + " * " + NumberSql(b) + ")", Wider(a.type, b.type)});
     default:
       return Sum(a, expression.op == Operator::kAdd, b);
   }
@@ -311,36 +319,7 @@ TypedSql ExpressionTranslator::Sum(const TypedSql& a, bool is_sum, const TypedSq
     const bool is_distance = !is_sum && a.type == b.type;
     type = is_distance ? ValueType::kNumber : ValueType::kDate;
   }
-  return {"(" + NumberSql(a) + (is_sum ? " + " : " - ") + NumberSql(b) + ")", type};
-}
-
-TypedSql ExpressionTranslator::Call(const Expression& expression) {
-  const std::size_t count = expression.arguments.size();
-  if (tmw::EqualIgnoringCase(expression.text, "iif")) return CallImmediateIf(expression);
-  if (tmw::EqualIgnoringCase(expression.text, "isnull")) {
-    if (count != 1) Fail(kWrongArgumentCount, expression.text);
-    return {"(-(" + Value(*expression.arguments[0]).sql + " IS NULL))", ValueType::kBoolean};
-  }
-  const FunctionSpec* const function = FindFunction(expression.text);
-  if (function == nullptr) Fail(kUndefinedFunction, expression.text);
-  if (count < function->least_arguments || count > function->most_arguments)
-    Fail(kWrongArgumentCount, expression.text);
-  if (function->is_aggregate) return CallAggregate(expression, function->sql_name);
-  std::string arguments;
-  for (const ExpressionPtr& argument : expression.arguments)
-    arguments += (arguments.empty() ? "" : ", ") + Value(*argument).sql;
-  return {std::string(function->sql_name) + "(" + arguments + ")", function->type};
-}
-
-TypedSql ExpressionTranslator::CallImmediateIf(const Expression& expression) {
-  if (expression.arguments.size() != 3) Fail(kWrongArgumentCount, expression.text);
-  const std::string condition = Condition(*expression.arguments[0]);
-  const TypedSql yes = Value(*expression.arguments[1]);
-  const TypedSql no = Value(*expression.arguments[2]);
-  ValueType type = yes.type == no.type ? yes.type : ValueType::kUnknown;
-  if (yes.type == ValueType::kNull) type = no.type;
-  if (no.type == ValueType::kNull) type = yes.type;
-  return {"(CASE WHEN " + condition + " THEN " + yes.sql + " ELSE " + no.sql + " END)", type};
+  return Checked({"(" + NumberSql(a) + (is_sum ? " + " : " - ") + NumberSql(b) + ")", type});
 }
 
 std::string ExpressionTranslator::Assigned(const Expression& expression, const FieldInfo& field) {
@@ -354,7 +333,7 @@ std::string ExpressionTranslator::Assigned(const TypedSql& raw, const FieldInfo&
   const TypedSql value = raw.type == ValueType::kStoredCurrency ? raw : Decoded(raw);
   const int flags = (target.required ? 1 : 0) | (target.allow_zero_length ? 2 : 0) |
                     (target.in_primary_key ? 4 : 0);
-  return "jet_to(" + value.sql + ", " + Code(value.type) + ", " +
+  return "jet_to(" + value.sql + ", " + TypeCode(value.type) + ", " +
          std::to_string(static_cast<std::int32_t>(target.type)) + ", " +
          std::to_string(target.size) + ", " + std::to_string(flags) + ", " +
          TextLiteral(target.name) + ")";

@@ -11,6 +11,8 @@
 
 namespace jet::sql {
 
+struct ScalarFunction;
+
 struct TypedSql {
   std::string sql;
   ValueType type = ValueType::kUnknown;
@@ -54,7 +56,10 @@ class ExpressionTranslator {
   TypedSql Binary(const Expression& expression);
   static TypedSql Sum(const TypedSql& a, bool is_sum, const TypedSql& b);
   TypedSql Call(const Expression& expression);
+  TypedSql CallScalar(const Expression& expression, const ScalarFunction& function);
   TypedSql CallImmediateIf(const Expression& expression);
+  TypedSql CallSwitch(const Expression& expression);
+  TypedSql CallChoose(const Expression& expression);
   TypedSql CallAggregate(const Expression& expression, std::string_view sql_name);
   TypedSql AggregateArgument(const Expression& expression);
   std::string BinaryCondition(const Expression& expression);
@@ -87,6 +92,8 @@ TypedSql Decoded(const TypedSql& raw);
 // " COLLATE JET" for what may be a text.
 std::string_view CollationOf(ValueType type);
 
+// The type's number as the functions that convert values get it.
+std::string TypeCode(ValueType type);
 // The value as a number: a text is read as one when the storage meets it.
 std::string NumberSql(const TypedSql& value);
 // The value as a text.

@@ -10,16 +10,13 @@ namespace {
 constexpr FunctionSpec kFunctions[] = {
     {"avg", 1, 1, "avg", ValueType::kNumber, true},
     {"count", 1, 1, "count", ValueType::kInteger, true},
-    {"date", 0, 0, "jet_date", ValueType::kDate, false},
     {"first", 1, 1, "jet_first", ValueType::kUnknown, true},
     {"last", 1, 1, "jet_last", ValueType::kUnknown, true},
     {"max", 1, 1, "max", ValueType::kUnknown, true},
     {"min", 1, 1, "min", ValueType::kUnknown, true},
-    {"now", 0, 0, "jet_now", ValueType::kDate, false},
     {"stdev", 1, 1, "jet_stdev", ValueType::kNumber, true},
     {"stdevp", 1, 1, "jet_stdevp", ValueType::kNumber, true},
     {"sum", 1, 1, "sum", ValueType::kUnknown, true},
-    {"time", 0, 0, "jet_time", ValueType::kDate, false},
     {"var", 1, 1, "jet_var", ValueType::kNumber, true},
     {"varp", 1, 1, "jet_varp", ValueType::kNumber, true},
 };

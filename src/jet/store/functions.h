@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "jet/store/autonumbers.h"
 #include "jet/store/sqlite.h"
 
@@ -9,6 +11,7 @@ namespace jet {
 struct FunctionContext {
   Connection& connection;
   Autonumbers& autonumbers;
+  std::uint32_t random_state = 0x50000;  // of Rnd; every database begins alike
 };
 
 // Makes the collation JET and the functions jet_… known to the connection.

@@ -112,6 +112,10 @@ void Connection::FailWith(int code) {
       Fail(kDiskError);
     case SQLITE_NOMEM:
       throw std::bad_alloc();
+    case SQLITE_TOOBIG:
+      Fail(kTextTooLong);
+    case SQLITE_INTERRUPT:
+      Fail(kCancelled);
     case SQLITE_ERROR:
       FailWithWords(handle_ == nullptr ? "" : sqlite3_errmsg(handle_));
       [[fallthrough]];

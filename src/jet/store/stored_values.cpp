@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "foundation/date_parts.h"
 #include "jet/coercion.h"
 #include "jet/errors.h"
 #include "jet/value_text.h"
@@ -45,6 +46,11 @@ struct Binder {
   void operator()(platform::OtherValue) const { Fail(kConversion); }
 };
 
+double FiniteNumber(double value) {
+  if (!std::isfinite(value)) Fail(kOverflow);
+  return value;
+}
+
 DatabaseValue WholeNumber(std::int64_t value) {
   if (value < std::numeric_limits<std::int32_t>::min() ||
       value > std::numeric_limits<std::int32_t>::max())
@@ -57,7 +63,7 @@ DatabaseValue ReadByClass(const Statement& statement, int column) {
     case SQLITE_INTEGER:
       return WholeNumber(statement.Integer(column));
     case SQLITE_FLOAT:
-      return statement.Real(column);
+      return FiniteNumber(statement.Real(column));
     case SQLITE_TEXT:
       return std::string(statement.Text(column));
     default:
@@ -119,9 +125,9 @@ DatabaseValue ReadComputed(const Statement& statement, int column, sql::ValueTyp
     case sql::ValueType::kBoolean:
       return statement.Integer(column) != 0;
     case sql::ValueType::kNumber:
-      return statement.Real(column);
+      return FiniteNumber(statement.Real(column));
     case sql::ValueType::kSingle:
-      return static_cast<float>(statement.Real(column));
+      return static_cast<float>(FiniteNumber(statement.Real(column)));
     case sql::ValueType::kCurrency: {
       std::int64_t amount = 0;
       if (!ToCurrency(statement.Real(column), amount)) Fail(kOverflow);
@@ -132,6 +138,7 @@ DatabaseValue ReadComputed(const Statement& statement, int column, sql::ValueTyp
     case sql::ValueType::kStoredGuid:
       return GuidText(statement.Bytes(column));
     case sql::ValueType::kDate:
+      if (!tmw::IsDateInRange(statement.Real(column))) Fail(kOverflow);
       return platform::DateValue{statement.Real(column)};
     default:
       return ReadByClass(statement, column);

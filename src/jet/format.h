@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "jet/calendar.h"
+#include "platform/database_types.h"
+
+namespace jet {
+
+// The value by a pattern of the function Format, under Russian regional settings: a named one
+// ("Fixed", "Short Date"), or one made of the marks for numbers (0 # . , % E+), for moments (d m y
+// h n s c w q ttttt AM/PM) or for texts (@ & < > !). Sections between ";" serve positive, negative
+// and zero numbers and Null. An empty pattern: the value's own text. A text that is no number or
+// date stays as it is under a pattern for those.
+std::string FormatValue(const platform::DatabaseValue& value, std::string_view pattern,
+                        WeekRules rules);
+
+// A number by one section, its sign dropped; the digits are "12345.678".
+std::string FormatDigits(std::string_view digits, std::string_view section);
+
+// A moment by one pattern.
+std::string FormatMoment(double days, std::string_view pattern, WeekRules rules);
+
+}  // namespace jet

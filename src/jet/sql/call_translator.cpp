@@ -1,0 +1,142 @@
+#include <string>
+#include <utility>
+
+#include "foundation/text.h"
+#include "jet/errors.h"
+#include "jet/sql/expression_translator.h"
+#include "jet/sql/functions.h"
+#include "jet/sql/scalar_functions.h"
+
+// Calls: of the functions that are translated by hand, because they compute only the branch that
+// is taken or have no Null, and of those in the tables.
+namespace jet::sql {
+namespace {
+
+std::string MomentSql(const TypedSql& value) {
+  if (value.type == ValueType::kDate || value.type == ValueType::kNull) return value.sql;
+  return "jet_moment(" + value.sql + ")";
+}
+
+std::string ArgumentSql(const TypedSql& value, char parameter) {
+  switch (parameter) {
+    case 't':
+      return TextSql(value);
+    case 'n':
+      return NumberSql(value);
+    case 'd':
+      return MomentSql(value);
+    case 'N':
+      return NumberSql(value) + ", " + TypeCode(value.type);
+    case 'v':
+      return value.sql + ", " + TypeCode(value.type);
+    default:
+      return value.sql;
+  }
+}
+
+// The type of a number that a function gives back; a text was read as one.
+ValueType NumericTypeOf(ValueType argument) {
+  switch (argument) {
+    case ValueType::kText:
+    case ValueType::kBinary:
+      return ValueType::kNumber;
+    case ValueType::kBoolean:
+      return ValueType::kInteger;
+    default:
+      return argument;
+  }
+}
+
+bool IsCountable(ValueType type) {
+  return type == ValueType::kInteger || type == ValueType::kNumber || type == ValueType::kSingle ||
+         type == ValueType::kCurrency;
+}
+
+// The type of a value that is one of two.
+ValueType Common(ValueType a, ValueType b) {
+  if (a == b || b == ValueType::kNull) return a;
+  if (a == ValueType::kNull) return b;
+  if (!IsCountable(a) || !IsCountable(b)) return ValueType::kUnknown;
+  if (a == ValueType::kCurrency || b == ValueType::kCurrency)
+    return a == ValueType::kInteger || b == ValueType::kInteger ? ValueType::kCurrency
+                                                                : ValueType::kNumber;
+  return ValueType::kNumber;
+}
+
+}  // namespace
+
+TypedSql ExpressionTranslator::Call(const Expression& expression) {
+  const std::size_t count = expression.arguments.size();
+  const std::string_view name = expression.text;
+  if (tmw::EqualIgnoringCase(name, "iif")) return CallImmediateIf(expression);
+  if (tmw::EqualIgnoringCase(name, "switch")) return CallSwitch(expression);
+  if (tmw::EqualIgnoringCase(name, "choose")) return CallChoose(expression);
+  const bool is_null_test = tmw::EqualIgnoringCase(name, "isnull");
+  if (is_null_test || tmw::EqualIgnoringCase(name, "isempty")) {
+    if (count != 1) Fail(kWrongArgumentCount, name);
+    const std::string value = Value(*expression.arguments[0]).sql;
+    // A value of a query is Null at most, never missing.
+    return {is_null_test ? "(-(" + value + " IS NULL))" : "0", ValueType::kBoolean};
+  }
+  if (const ScalarFunction* const function = FindScalarFunction(name, count))
+    return CallScalar(expression, *function);
+  const FunctionSpec* const function = FindFunction(name);
+  if (function == nullptr) Fail(kUndefinedFunction, name);
+  if (count < function->least_arguments || count > function->most_arguments)
+    Fail(kWrongArgumentCount, name);
+  return CallAggregate(expression, function->sql_name);
+}
+
+TypedSql ExpressionTranslator::CallScalar(const Expression& expression,
+                                          const ScalarFunction& function) {
+  std::string arguments(function.prefix);
+  ValueType type = function.type;
+  for (std::size_t i = 0; i < expression.arguments.size(); ++i) {
+    const TypedSql value = Value(*expression.arguments[i]);
+    if (function.sql_name.empty()) return {value.sql, value.type};
+    if (i == 0 && type == ValueType::kUnknown) type = NumericTypeOf(value.type);
+    arguments += (arguments.empty() ? "" : ", ") + ArgumentSql(value, function.parameters[i]);
+  }
+  return {std::string(function.sql_name) + "(" + arguments + ")", type};
+}
+
+TypedSql ExpressionTranslator::CallImmediateIf(const Expression& expression) {
+  if (expression.arguments.size() != 3) Fail(kWrongArgumentCount, expression.text);
+  const std::string condition = Condition(*expression.arguments[0]);
+  const TypedSql yes = Value(*expression.arguments[1]);
+  const TypedSql no = Value(*expression.arguments[2]);
+  return {"CASE WHEN " + condition + " THEN " + yes.sql + " ELSE " + no.sql + " END",
+          Common(yes.type, no.type)};
+}
+
+// Switch(condition, value, …): the value of the first condition that is true, or Null.
+TypedSql ExpressionTranslator::CallSwitch(const Expression& expression) {
+  const std::size_t count = expression.arguments.size();
+  if (count == 0 || count % 2 != 0) Fail(kWrongArgumentCount, expression.text);
+  TypedSql result{"CASE", ValueType::kNull};
+  for (std::size_t i = 0; i < count; i += 2) {
+    const std::string condition = Condition(*expression.arguments[i]);
+    const TypedSql value = Value(*expression.arguments[i + 1]);
+    result.sql += " WHEN " + condition + " THEN " + value.sql;
+    result.type = Common(result.type, value.type);
+  }
+  result.sql += " END";
+  return result;
+}
+
+// Choose(number, value, …): the value of that number, or Null.
+TypedSql ExpressionTranslator::CallChoose(const Expression& expression) {
+  const std::size_t count = expression.arguments.size();
+  if (count < 2) Fail(kWrongArgumentCount, expression.text);
+  const TypedSql number = Value(*expression.arguments[0]);
+  TypedSql result{"CASE jet_whole(" + NumberSql(number) + ")", ValueType::kNull};
+  for (std::size_t i = 1; i < count; ++i) {
+    const TypedSql value = Value(*expression.arguments[i]);
+    result.sql += " WHEN " + std::to_string(i) + " THEN " + value.sql;
+    result.type = Common(result.type, value.type);
+  }
+  result.sql += " END";
+  return result;
+}
+
+}  // namespace jet::sql

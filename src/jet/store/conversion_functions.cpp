@@ -1,0 +1,171 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+#include <string>
+
+#include "foundation/number_text.h"
+#include "foundation/text.h"
+#include "jet/coercion.h"
+#include "jet/errors.h"
+#include "jet/format.h"
+#include "jet/store/function_call.h"
+#include "jet/value_text.h"
+
+namespace jet {
+namespace {
+
+using platform::DatabaseValue;
+using platform::DataType;
+
+// jet_text(value, its type)
+void Text(FunctionCall& call) {
+  if (const std::optional<std::string> text = ValueText(call.Typed(0))) call.PutText(*text);
+}
+
+// jet_number(value)
+void Number(FunctionCall& call) {
+  if (call.IsNull(0)) return;
+  if (call.IsWhole(0)) {
+    call.PutArgument(0);
+  } else {
+    call.PutNumber(call.Number(0));
+  }
+}
+
+// jet_moment(value)
+void Moment(FunctionCall& call) {
+  if (!call.IsNull(0)) call.PutNumber(call.Moment(0));
+}
+
+// jet_convert(wanted type, value, its type): CStr, CLng … What is nothing of the kind mismatches,
+// what is too large overflows.
+void Convert(FunctionCall& call) {
+  if (call.IsNull(1)) Fail(kInvalidUseOfNull);
+  const auto type = static_cast<DataType>(call.Integer(0));
+  const DatabaseValue value = call.Typed(1);
+  switch (type) {
+    case DataType::kBoolean:
+    case DataType::kDate:
+    case DataType::kMemo:
+      call.PutStored(ConvertTo(value, type, 0, kTypeMismatch), type);
+      return;
+    default:
+      break;
+  }
+  ConvertTo(value, DataType::kDouble, 0, kTypeMismatch);
+  const DatabaseValue converted = ConvertTo(value, type, 0, kOverflow);
+  if (const auto* const amount = std::get_if<platform::CurrencyValue>(&converted)) {
+    call.PutNumber(static_cast<double>(amount->ten_thousandths) / 10000);
+  } else {
+    call.PutStored(converted, type);
+  }
+}
+
+// jet_is_numeric(value, its type), jet_is_date(value, its type)
+void IsNumeric(FunctionCall& call) {
+  const DatabaseValue value = call.Typed(0);
+  const auto* const text = std::get_if<std::string>(&value);
+  const bool is_other = call.IsNull(0) || std::holds_alternative<platform::DateValue>(value) ||
+                        std::holds_alternative<platform::BinaryValue>(value);
+  call.PutBoolean(text != nullptr ? ParseNumberText(*text).has_value() : !is_other);
+}
+
+void IsDate(FunctionCall& call) {
+  const DatabaseValue value = call.Typed(0);
+  const auto* const text = std::get_if<std::string>(&value);
+  call.PutBoolean(text != nullptr ? ParseDateText(*text).has_value()
+                                  : std::holds_alternative<platform::DateValue>(value));
+}
+
+// The number that a text begins with; blanks anywhere do not count, "." alone separates. &H and &O
+// begin numbers of base 16 and 8.
+void LeadingNumber(FunctionCall& call) {
+  if (call.IsNull(0)) Fail(kInvalidUseOfNull);
+  std::string text;
+  for (const char c : call.Text(0)) {
+    if (c != ' ' && c != '\t' && c != '\n' && c != '\r') text += c;
+  }
+  const std::string prefix = text.substr(0, 2);
+  const int base = tmw::EqualIgnoringCase(prefix, "&h")   ? 16
+                   : tmw::EqualIgnoringCase(prefix, "&o") ? 8
+                                                          : 10;
+  if (base == 10) {
+    call.PutNumber(tmw::ReadNumberPrefix(text));
+    return;
+  }
+  std::uint32_t bits = 0;
+  const char* const first = text.data() + prefix.size();
+  if (std::from_chars(first, text.data() + text.size(), bits, base).ec ==
+      std::errc::result_out_of_range)
+    Fail(kOverflow);
+  call.PutNumber(static_cast<std::int32_t>(bits));
+}
+
+// jet_str(value, its type): the number with "." and a place for the sign.
+void SignedText(FunctionCall& call) {
+  if (call.IsNull(0)) return;
+  DatabaseValue value = call.Typed(0);
+  if (std::holds_alternative<platform::DateValue>(value) || call.IsText(0)) value = call.Number(0);
+  std::string text = ValueText(value).value_or("");
+  std::replace(text.begin(), text.end(), ',', '.');
+  call.PutText(text.starts_with('-') ? text : " " + text);
+}
+
+// A negative number as its 32 bits.
+template <int base>
+void InBase(FunctionCall& call) {
+  if (call.IsNull(0)) return;
+  std::array<char, 16> buffer{};
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(),
+                                 static_cast<std::uint32_t>(call.Whole(0)), base);
+  std::string text(buffer.data(), end.ptr);
+  for (char& c : text) {
+    if (c >= 'a') c = static_cast<char>(c - 'a' + 'A');
+  }
+  call.PutText(text);
+}
+
+// jet_format(value, its type[, pattern[, first day of the week[, first week of the year]]])
+void Format(FunctionCall& call) {
+  const std::string_view pattern = call.Count() > 2 ? call.Text(2) : std::string_view();
+  const WeekRules rules = MakeWeekRules(call.WholeOr(3, 1), call.WholeOr(4, 1));
+  call.PutText(FormatValue(call.Typed(0), pattern, rules));
+}
+
+// jet_format_number(value, its type[, digits])
+void FormatNumber(FunctionCall& call) {
+  constexpr std::int32_t kMostDigits = 99;
+  if (call.AnyNull()) return;
+  const std::int32_t digits = call.WholeOr(2, -1);
+  if (digits < -1 || digits > kMostDigits) Fail(kInvalidCall);
+  std::string pattern = "#,##0";
+  if (digits != 0)
+    pattern += "." + std::string(digits < 0 ? 2U : static_cast<std::size_t>(digits), '0');
+  DatabaseValue value = call.Typed(0);
+  if (call.IsText(0)) value = call.Number(0);
+  call.PutText(FormatValue(value, pattern, {}));
+}
+
+constexpr FunctionEntry kFunctions[] = {
+    {"jet_convert", Guarded<Convert>, 3},
+    {"jet_format", Guarded<Format>, -1},
+    {"jet_format_number", Guarded<FormatNumber>, -1},
+    {"jet_hex", Guarded<InBase<16>>, 1},
+    {"jet_is_date", Guarded<IsDate>, 2},
+    {"jet_is_numeric", Guarded<IsNumeric>, 2},
+    {"jet_moment", Guarded<Moment>, 1},
+    {"jet_number", Guarded<Number>, 1},
+    {"jet_oct", Guarded<InBase<8>>, 1},
+    {"jet_str", Guarded<SignedText>, 2},
+    {"jet_text", Guarded<Text>, 2},
+    {"jet_val", Guarded<LeadingNumber>, 1},
+};
+
+}  // namespace
+
+std::span<const FunctionEntry> ConversionFunctions() {
+  return kFunctions;
+}
+
+}  // namespace jet

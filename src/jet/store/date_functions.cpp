@@ -1,0 +1,122 @@
+#include <cmath>
+#include <ctime>
+#include <optional>
+
+#include "foundation/date_parts.h"
+#include "jet/calendar.h"
+#include "jet/errors.h"
+#include "jet/store/function_call.h"
+
+// Any argument Null gives Null.
+namespace jet {
+namespace {
+
+double LocalNow() {
+  const std::time_t now = std::time(nullptr);
+  const std::tm* const local = std::localtime(&now);
+  tmw::DateParts parts;
+  parts.year = local->tm_year + 1900;
+  parts.month = local->tm_mon + 1;
+  parts.day = local->tm_mday;
+  parts.hour = local->tm_hour;
+  parts.minute = local->tm_min;
+  parts.second = local->tm_sec > 59 ? 59 : local->tm_sec;
+  return tmw::DateFromParts(parts).value_or(0);
+}
+
+void Now(FunctionCall& call) {
+  call.PutNumber(LocalNow());
+}
+
+void Date(FunctionCall& call) {
+  call.PutNumber(std::floor(LocalNow()));
+}
+
+void Time(FunctionCall& call) {
+  const double now = LocalNow();
+  call.PutNumber(now - std::floor(now));
+}
+
+// jet_date_part(interval, moment[, first day of the week[, first week of the year]])
+void DatePart(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const WeekRules rules = MakeWeekRules(call.WholeOr(2, 1), call.WholeOr(3, 1));
+  call.PutInteger(PartOf(call.Moment(1), ParseInterval(call.Text(0)), rules));
+}
+
+// jet_date_add(interval, count, moment)
+void DateAdd(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  call.PutNumber(AddIntervals(call.Moment(2), ParseInterval(call.Text(0)), call.Whole(1)));
+}
+
+// jet_date_difference(interval, from, to[, first day of the week[, first week of the year]])
+void DateDifference(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const WeekRules rules = MakeWeekRules(call.WholeOr(3, 1), call.WholeOr(4, 1));
+  call.PutInteger(
+      IntervalsBetween(call.Moment(1), call.Moment(2), ParseInterval(call.Text(0)), rules));
+}
+
+void DateSerial(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  call.PutNumber(DateOf(call.Whole(0), call.Whole(1), call.Whole(2)));
+}
+
+// Seconds beyond a day are days.
+void TimeSerial(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::int64_t seconds = std::int64_t{call.Whole(0)} * 3600 +
+                               std::int64_t{call.Whole(1)} * 60 + std::int64_t{call.Whole(2)};
+  const double days = static_cast<double>(seconds) / 86400;
+  if (!tmw::IsDateInRange(days)) Fail(kInvalidCall);
+  call.PutNumber(days);
+}
+
+void DayOnly(FunctionCall& call) {
+  if (!call.AnyNull()) call.PutNumber(std::trunc(call.Moment(0)));
+}
+
+void TimeOnly(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const double days = call.Moment(0);
+  call.PutNumber(std::fabs(days - std::trunc(days)));
+}
+
+// jet_month_name(month[, is short])
+void NameOfMonth(FunctionCall& call) {
+  if (!call.AnyNull()) call.PutText(MonthName(call.Whole(0), call.WholeOr(1, 0) != 0));
+}
+
+// jet_weekday_name(day[, is short[, first day of the week]]): Monday is the first one unless told
+// otherwise.
+void NameOfWeekday(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::int32_t day = call.Whole(0);
+  if (day < 1 || day > 7) Fail(kInvalidCall);
+  const WeekRules rules = MakeWeekRules(call.WholeOr(2, 0), 1);
+  call.PutText(DayName((day + rules.first_day - 2) % 7 + 1, call.WholeOr(1, 0) != 0));
+}
+
+constexpr FunctionEntry kFunctions[] = {
+    {"jet_date", Guarded<Date>, 0, false},
+    {"jet_date_add", Guarded<DateAdd>, 3},
+    {"jet_date_difference", Guarded<DateDifference>, -1},
+    {"jet_date_part", Guarded<DatePart>, -1},
+    {"jet_date_serial", Guarded<DateSerial>, 3},
+    {"jet_day_only", Guarded<DayOnly>, 1},
+    {"jet_month_name", Guarded<NameOfMonth>, -1},
+    {"jet_now", Guarded<Now>, 0, false},
+    {"jet_time", Guarded<Time>, 0, false},
+    {"jet_time_only", Guarded<TimeOnly>, 1},
+    {"jet_time_serial", Guarded<TimeSerial>, 3},
+    {"jet_weekday_name", Guarded<NameOfWeekday>, -1},
+};
+
+}  // namespace
+
+std::span<const FunctionEntry> DateFunctions() {
+  return kFunctions;
+}
+
+}  // namespace jet

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "jet/store/functions.h"
+#include "platform/database_types.h"
+
+// Owner of the arguments and the result of one call by the storage's engine. A body that puts no
+// result gives Null.
+namespace jet {
+
+class FunctionCall {
+ public:
+  FunctionCall(sqlite3_context* context, int count, sqlite3_value** values)
+      : context_(context), values_(values), count_(count) {}
+
+  FunctionContext& Context() const;
+  int Count() const { return count_; }
+
+  bool IsNull(int index) const { return sqlite3_value_type(values_[index]) == SQLITE_NULL; }
+  bool IsText(int index) const { return sqlite3_value_type(values_[index]) == SQLITE_TEXT; }
+  bool IsWhole(int index) const { return sqlite3_value_type(values_[index]) == SQLITE_INTEGER; }
+  bool AnyNull() const;
+
+  std::string_view Text(int index) const;
+  std::string_view Bytes(int index) const;
+  std::int64_t Integer(int index) const { return sqlite3_value_int64(values_[index]); }
+  // A text is read as a number; 3464 for what is none.
+  double Number(int index) const;
+  // Rounded to 32 bits, halves to even; 6 when it does not fit.
+  std::int32_t Whole(int index) const;
+  std::int32_t WholeOr(int index, std::int32_t fallback) const;
+  // A moment within the range of dates (else 6); a text is read as a date or a number.
+  double Moment(int index) const;
+  // The value at the index as one of the type whose code (ValueType) stands behind it.
+  platform::DatabaseValue Typed(int index) const;
+
+  void PutInteger(std::int64_t value) { sqlite3_result_int64(context_, value); }
+  void PutTruth(bool value) { PutInteger(value ? 1 : 0); }
+  void PutBoolean(bool value) { PutInteger(value ? -1 : 0); }
+  // 6 for what is no finite number.
+  void PutNumber(double value);
+  void PutText(std::string_view text);
+  void PutBytes(std::string_view bytes);
+  // As the storage holds a value of that field type.
+  void PutStored(const platform::DatabaseValue& value, platform::DataType type);
+  void PutArgument(int index) { sqlite3_result_value(context_, values_[index]); }
+
+ private:
+  sqlite3_context* context_;
+  sqlite3_value** values_;
+  int count_;
+};
+
+using FunctionBody = void (*)(FunctionCall& call);
+
+// Runs a body; its error is kept for the caller of the statement.
+void RunGuarded(FunctionBody body, sqlite3_context* context, int count, sqlite3_value** values);
+
+template <FunctionBody body>
+void Guarded(sqlite3_context* context, int count, sqlite3_value** values) {
+  RunGuarded(body, context, count, values);
+}
+
+struct FunctionEntry {
+  const char* name;
+  void (*function)(sqlite3_context*, int, sqlite3_value**);
+  int count;            // of arguments; -1 for any
+  bool is_pure = true;  // the same arguments give the same result
+};
+
+std::span<const FunctionEntry> OperatorFunctions();
+std::span<const FunctionEntry> ConversionFunctions();
+std::span<const FunctionEntry> TextFunctions();
+std::span<const FunctionEntry> NumberFunctions();
+std::span<const FunctionEntry> DateFunctions();
+
+}  // namespace jet

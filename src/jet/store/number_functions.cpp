@@ -1,0 +1,176 @@
+#include <array>
+#include <bit>
+#include <cmath>
+#include <string>
+
+#include "jet/coercion.h"
+#include "jet/errors.h"
+#include "jet/sql/value_type.h"
+#include "jet/store/function_call.h"
+
+// Any argument Null gives Null.
+namespace jet {
+namespace {
+
+// Whole numbers stay whole numbers.
+template <double (*function)(double)>
+void Rounded(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  if (call.IsWhole(0)) {
+    call.PutArgument(0);
+  } else {
+    call.PutNumber(function(call.Number(0)));
+  }
+}
+
+double Down(double value) {
+  return std::floor(value);
+}
+
+double TowardsZero(double value) {
+  return std::trunc(value);
+}
+
+template <double (*function)(double)>
+void Computed(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const double result = function(call.Number(0));
+  if (std::isnan(result)) Fail(kInvalidCall);
+  call.PutNumber(result);
+}
+
+double Root(double value) {
+  return std::sqrt(value);
+}
+double Exponential(double value) {
+  return std::exp(value);
+}
+// Zero has none, as little as negative numbers.
+double Logarithm(double value) {
+  return value > 0 ? std::log(value) : std::nan("");
+}
+double Sine(double value) {
+  return std::sin(value);
+}
+double Cosine(double value) {
+  return std::cos(value);
+}
+double Tangent(double value) {
+  return std::tan(value);
+}
+double ArcTangent(double value) {
+  return std::atan(value);
+}
+
+void Absolute(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  if (call.IsWhole(0)) {
+    const std::int64_t value = call.Integer(0);
+    call.PutInteger(value < 0 ? -value : value);
+  } else {
+    call.PutNumber(std::fabs(call.Number(0)));
+  }
+}
+
+void Sign(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const double value = call.Number(0);
+  call.PutInteger(value < 0 ? -1 : value > 0 ? 1 : 0);
+}
+
+// Halves to even. An amount is rounded as the ten-thousandths that it is.
+double RoundedAmount(double value, std::int32_t digits) {
+  std::int64_t amount = 0;
+  if (!ToCurrency(value, amount)) Fail(kOverflow);
+  constexpr std::array<std::int64_t, 4> kSteps = {10000, 1000, 100, 10};
+  const std::int64_t step = kSteps.at(static_cast<std::size_t>(digits));
+  std::int64_t steps = amount / step;
+  const std::int64_t twice = 2 * std::abs(amount % step);
+  if (twice > step || (twice == step && steps % 2 != 0)) steps += amount < 0 ? -1 : 1;
+  return static_cast<double>(steps * step) / 10000;
+}
+
+// jet_round(value, its type[, digits])
+void Round(FunctionCall& call) {
+  constexpr std::int32_t kMostDigits = 22;
+  if (call.AnyNull()) return;
+  const std::int32_t digits = call.WholeOr(2, 0);
+  if (digits < 0 || digits > kMostDigits) Fail(kInvalidCall);
+  if (call.IsWhole(0)) {
+    call.PutArgument(0);
+    return;
+  }
+  const double value = call.Number(0);
+  const bool is_amount = call.Integer(1) == static_cast<std::int64_t>(sql::ValueType::kCurrency);
+  if (is_amount && digits < 4) {
+    call.PutNumber(RoundedAmount(value, digits));
+    return;
+  }
+  const double scale = std::pow(10, digits);
+  const double scaled = std::nearbyint(value * scale);
+  call.PutNumber(std::isfinite(scaled) ? scaled / scale : value);
+}
+
+// jet_random([number]): below zero the number begins a sequence of its own, zero repeats the last
+// one.
+void Random(FunctionCall& call) {
+  constexpr std::uint32_t kMask = 0xFFFFFF;
+  if (call.AnyNull()) return;
+  std::uint32_t& state = call.Context().random_state;
+  const double number = call.Count() > 0 ? call.Number(0) : 1;
+  if (number < 0) {
+    const auto bits = std::bit_cast<std::uint32_t>(static_cast<float>(number));
+    state = (bits + (bits >> 24U)) & kMask;
+  }
+  if (number != 0) state = (state * 1140671485U + 12820163U) & kMask;
+  call.PutNumber(static_cast<double>(state) / (kMask + 1));
+}
+
+// jet_partition(number, first, last, width): the range in which the number lies, as a text.
+void Partition(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::int64_t number = call.Whole(0);
+  const std::int64_t first = call.Whole(1);
+  const std::int64_t last = call.Whole(2);
+  const std::int64_t width = call.Whole(3);
+  if (first < 0 || last <= first || width < 1) Fail(kInvalidCall);
+  const std::size_t length =
+      std::max(std::to_string(first - 1).size(), std::to_string(last + 1).size());
+  const auto padded = [length](const std::string& text) {
+    return std::string(length - std::min(length, text.size()), ' ') + text;
+  };
+  if (number < first) {
+    call.PutText(padded("") + ":" + padded(std::to_string(first - 1)));
+  } else if (number > last) {
+    call.PutText(padded(std::to_string(last + 1)) + ":" + padded(""));
+  } else {
+    const std::int64_t low = first + (number - first) / width * width;
+    call.PutText(padded(std::to_string(low)) + ":" +
+                 padded(std::to_string(std::min(low + width - 1, last))));
+  }
+}
+
+constexpr FunctionEntry kFunctions[] = {
+    {"jet_abs", Guarded<Absolute>, 1},
+    {"jet_atn", Guarded<Computed<ArcTangent>>, 1},
+    {"jet_cos", Guarded<Computed<Cosine>>, 1},
+    {"jet_exp", Guarded<Computed<Exponential>>, 1},
+    {"jet_fix", Guarded<Rounded<TowardsZero>>, 1},
+    {"jet_int", Guarded<Rounded<Down>>, 1},
+    {"jet_log", Guarded<Computed<Logarithm>>, 1},
+    {"jet_partition", Guarded<Partition>, 4},
+    {"jet_random", Guarded<Random>, -1, false},
+    {"jet_round", Guarded<Round>, -1},
+    {"jet_sgn", Guarded<Sign>, 1},
+    {"jet_sin", Guarded<Computed<Sine>>, 1},
+    {"jet_sqr", Guarded<Computed<Root>>, 1},
+    {"jet_tan", Guarded<Computed<Tangent>>, 1},
+};
+
+}  // namespace
+
+std::span<const FunctionEntry> NumberFunctions() {
+  return kFunctions;
+}
+
+}  // namespace jet

@@ -1,0 +1,148 @@
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "jet/errors.h"
+#include "jet/like.h"
+#include "jet/sort_key.h"
+#include "jet/store/function_call.h"
+
+namespace jet {
+namespace {
+
+// The operator &: Null counts as an empty text unless both are.
+void Join(FunctionCall& call) {
+  if (call.IsNull(0) && call.IsNull(1)) return;
+  std::string text;
+  for (int i = 0; i < 2; ++i) {
+    if (!call.IsNull(i)) text += call.Text(i);
+  }
+  call.PutText(text);
+}
+
+// The operator + between values whose types show at run time only.
+void Add(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  if (call.IsText(0) && call.IsText(1)) {
+    call.PutText(std::string(call.Text(0)) + std::string(call.Text(1)));
+  } else {
+    call.PutNumber(call.Number(0) + call.Number(1));
+  }
+}
+
+// jet_long(number): a sum, difference or product of whole numbers, which must be of 32 bits.
+void Long(FunctionCall& call) {
+  if (call.IsNull(0)) return;
+  const std::int64_t number = call.Integer(0);
+  if (!call.IsWhole(0) || number < std::numeric_limits<std::int32_t>::min() ||
+      number > std::numeric_limits<std::int32_t>::max())
+    Fail(kOverflow);
+  call.PutArgument(0);
+}
+
+void Divide(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const double divisor = call.Number(1);
+  if (divisor == 0) Fail(kDivisionByZero);
+  call.PutNumber(call.Number(0) / divisor);
+}
+
+// jet_whole(number): rounded, halves to even.
+void Whole(FunctionCall& call) {
+  if (!call.AnyNull()) call.PutInteger(call.Whole(0));
+}
+
+// The operands of \ and Mod are rounded first.
+void WholeDivide(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::int64_t divisor = call.Whole(1);
+  if (divisor == 0) Fail(kDivisionByZero);
+  const std::int64_t quotient = call.Whole(0) / divisor;
+  if (quotient > std::numeric_limits<std::int32_t>::max()) Fail(kOverflow);
+  call.PutInteger(quotient);
+}
+
+void Modulo(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::int64_t divisor = call.Whole(1);
+  if (divisor == 0) Fail(kDivisionByZero);
+  call.PutInteger(call.Whole(0) % divisor);
+}
+
+void Power(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const double base = call.Number(0);
+  const double power = std::pow(base, call.Number(1));
+  if (std::isnan(power) || (base == 0 && std::isinf(power))) Fail(kInvalidCall);
+  call.PutNumber(power);
+}
+
+void Like(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  call.PutTruth(MatchesLike(call.Text(0), call.Text(1), Wildcards::kJet));
+}
+
+void Alike(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  call.PutTruth(MatchesLike(call.Text(0), call.Text(1), Wildcards::kAnsi));
+}
+
+// Values of unlike kinds do not compare.
+int CompareValues(const FunctionCall& call, int a, int b) {
+  const bool is_text = call.IsText(a);
+  if (is_text != call.IsText(b)) Fail(kTypeMismatch);
+  if (is_text) return CompareTexts(call.Text(a), call.Text(b));
+  const double x = call.Number(a);
+  const double y = call.Number(b);
+  return x < y ? -1 : x > y ? 1 : 0;
+}
+
+void Compare(FunctionCall& call) {
+  if (!call.AnyNull()) call.PutInteger(CompareValues(call, 0, 1));
+}
+
+void Between(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const int low = CompareValues(call, 0, 1);
+  const int high = CompareValues(call, 0, 2);
+  call.PutTruth((low >= 0 && high <= 0) || (low <= 0 && high >= 0));
+}
+
+// jet_in(value, item, …): Null among the items makes "not found" unknown.
+void In(FunctionCall& call) {
+  if (call.IsNull(0)) return;
+  bool met_null = false;
+  for (int i = 1; i < call.Count(); ++i) {
+    if (call.IsNull(i)) {
+      met_null = true;
+    } else if (CompareValues(call, 0, i) == 0) {
+      call.PutTruth(true);
+      return;
+    }
+  }
+  if (!met_null) call.PutTruth(false);
+}
+
+constexpr FunctionEntry kFunctions[] = {
+    {"jet_add", Guarded<Add>, 2},
+    {"jet_alike", Guarded<Alike>, 2},
+    {"jet_between", Guarded<Between>, 3},
+    {"jet_compare", Guarded<Compare>, 2},
+    {"jet_divide", Guarded<Divide>, 2},
+    {"jet_in", Guarded<In>, -1},
+    {"jet_join", Guarded<Join>, 2},
+    {"jet_like", Guarded<Like>, 2},
+    {"jet_long", Guarded<Long>, 1},
+    {"jet_modulo", Guarded<Modulo>, 2},
+    {"jet_power", Guarded<Power>, 2},
+    {"jet_whole", Guarded<Whole>, 1},
+    {"jet_whole_divide", Guarded<WholeDivide>, 2},
+};
+
+}  // namespace
+
+std::span<const FunctionEntry> OperatorFunctions() {
+  return kFunctions;
+}
+
+}  // namespace jet

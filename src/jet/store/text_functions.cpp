@@ -1,0 +1,274 @@
+#include <algorithm>
+#include <string>
+
+#include "foundation/encodings.h"
+#include "foundation/text.h"
+#include "jet/errors.h"
+#include "jet/sort_key.h"
+#include "jet/store/function_call.h"
+#include "jet/text_case.h"
+
+// Positions and lengths count UTF-16 units. Any argument Null gives Null.
+namespace jet {
+namespace {
+
+// No function makes a longer text out of short ones.
+constexpr std::size_t kMostUnits = std::size_t{1} << 24U;
+constexpr std::int32_t kBinaryComparison = 0;
+constexpr std::int32_t kTextComparison = 1;  // also the database's own way, 2
+
+std::u16string Units(const FunctionCall& call, int index) {
+  return tmw::Utf8ToUtf16(call.Text(index));
+}
+
+void PutUnits(FunctionCall& call, std::u16string_view units) {
+  call.PutText(tmw::Utf16ToUtf8(units));
+}
+
+std::size_t CountAt(const FunctionCall& call, int index) {
+  const std::int32_t count = call.Whole(index);
+  if (count < 0) Fail(kInvalidCall);
+  return static_cast<std::size_t>(count);
+}
+
+// The texts at both indexes as they are compared: by their units, or without regard to case.
+struct Pair {
+  std::u16string text;
+  std::u16string sought;
+};
+
+Pair ComparedPair(const FunctionCall& call, int index, std::int32_t comparison) {
+  if (comparison < 0 || comparison > 2) Fail(kInvalidCall);
+  if (comparison == kBinaryComparison) return {Units(call, index), Units(call, index + 1)};
+  return {tmw::Utf8ToUtf16(tmw::LowerCase(call.Text(index))),
+          tmw::Utf8ToUtf16(tmw::LowerCase(call.Text(index + 1)))};
+}
+
+void Left(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::size_t count = CountAt(call, 1);
+  PutUnits(call, std::u16string_view(Units(call, 0)).substr(0, count));
+}
+
+void Right(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::size_t count = CountAt(call, 1);
+  const std::u16string units = Units(call, 0);
+  PutUnits(call, std::u16string_view(units).substr(units.size() - std::min(units.size(), count)));
+}
+
+// jet_mid(text, start[, count])
+void Mid(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::size_t start = CountAt(call, 1);
+  if (start == 0) Fail(kInvalidCall);
+  const std::size_t count = call.Count() > 2 ? CountAt(call, 2) : std::u16string::npos;
+  const std::u16string units = Units(call, 0);
+  PutUnits(call, start > units.size() ? std::u16string_view()
+                                      : std::u16string_view(units).substr(start - 1, count));
+}
+
+void Length(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  call.PutInteger(static_cast<std::int64_t>(Units(call, 0).size()));
+}
+
+// Positions count from 1, 0 stands for "not there".
+void PutPosition(FunctionCall& call, std::size_t found) {
+  call.PutInteger(found == std::u16string::npos ? 0 : static_cast<std::int64_t>(found) + 1);
+}
+
+// The text stands at the index, the sought one behind it.
+void Find(FunctionCall& call, int index, std::size_t start, std::int32_t comparison) {
+  if (start == 0) Fail(kInvalidCall);
+  const Pair pair = ComparedPair(call, index, comparison);
+  if (pair.text.empty() || start > pair.text.size()) {
+    call.PutInteger(0);
+    return;
+  }
+  PutPosition(call, pair.text.find(pair.sought, start - 1));
+}
+
+// jet_in_text([start,] text, sought[, comparison])
+void InText(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  if (call.Count() == 2) {
+    Find(call, 0, 1, kTextComparison);
+  } else {
+    Find(call, 1, CountAt(call, 0), call.WholeOr(3, kTextComparison));
+  }
+}
+
+// jet_in_text_reversed(text, sought[, start[, comparison]])
+void InTextReversed(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::int32_t start = call.WholeOr(2, -1);
+  if (start == 0 || start < -1) Fail(kInvalidCall);
+  const Pair pair = ComparedPair(call, 0, call.WholeOr(3, kTextComparison));
+  const std::size_t end = start < 0 ? pair.text.size() : static_cast<std::size_t>(start);
+  if (end > pair.text.size() || pair.text.empty() || pair.sought.size() > end) {
+    call.PutInteger(0);
+    return;
+  }
+  PutPosition(
+      call, pair.sought.empty() ? end - 1 : pair.text.rfind(pair.sought, end - pair.sought.size()));
+}
+
+void Trim(FunctionCall& call) {
+  if (!call.AnyNull()) call.PutText(tmw::Trim(call.Text(0)));
+}
+
+void TrimLeft(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  std::string_view text = call.Text(0);
+  while (text.starts_with(' '))
+    text.remove_prefix(1);
+  call.PutText(text);
+}
+
+void TrimRight(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  std::string_view text = call.Text(0);
+  while (text.ends_with(' '))
+    text.remove_suffix(1);
+  call.PutText(text);
+}
+
+void Upper(FunctionCall& call) {
+  if (!call.AnyNull()) call.PutText(UpperCase(call.Text(0)));
+}
+
+void Lower(FunctionCall& call) {
+  if (!call.AnyNull()) call.PutText(tmw::LowerCase(call.Text(0)));
+}
+
+void Space(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::size_t count = CountAt(call, 0);
+  if (count > kMostUnits) Fail(kTextTooLong);
+  call.PutText(std::string(count, ' '));
+}
+
+char16_t CharacterOf(std::int32_t code) {
+  const std::string byte(1, static_cast<char>(static_cast<unsigned>(code) & 0xFFU));
+  return tmw::Utf8ToUtf16(tmw::CodePageToUtf8(tmw::CodePage::k1251, byte)).front();
+}
+
+// jet_string(count, character or its code)
+void Repeated(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::size_t count = CountAt(call, 0);
+  if (count > kMostUnits) Fail(kTextTooLong);
+  char16_t unit = 0;
+  if (call.IsText(1)) {
+    const std::u16string units = Units(call, 1);
+    if (units.empty()) Fail(kInvalidCall);
+    unit = units.front();
+  } else {
+    unit = CharacterOf(call.Whole(1));
+  }
+  PutUnits(call, std::u16string(count, unit));
+}
+
+// jet_replace(text, sought, replacement[, start[, count[, comparison]]]): the result begins at the
+// start.
+void Replace(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::int32_t start = call.WholeOr(3, 1);
+  std::int32_t left = call.WholeOr(4, -1);
+  if (start < 1 || left < -1) Fail(kInvalidCall);
+  const Pair pair = ComparedPair(call, 0, call.WholeOr(5, kTextComparison));
+  const std::u16string text = Units(call, 0);
+  const std::u16string replacement = Units(call, 2);
+  std::u16string result;
+  std::size_t at = std::min(text.size(), static_cast<std::size_t>(start) - 1);
+  while (left != 0 && !pair.sought.empty()) {
+    const std::size_t found = pair.text.find(pair.sought, at);
+    if (found == std::u16string::npos) break;
+    result.append(text, at, found - at).append(replacement);
+    if (result.size() > kMostUnits) Fail(kTextTooLong);
+    at = found + pair.sought.size();
+    if (left > 0) --left;
+  }
+  PutUnits(call, result.append(text, at));
+}
+
+// jet_compare_texts(a, b[, comparison])
+void CompareBoth(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::int32_t comparison = call.WholeOr(2, kTextComparison);
+  if (comparison < 0 || comparison > 2) Fail(kInvalidCall);
+  const int order = comparison == kBinaryComparison ? Units(call, 0).compare(Units(call, 1))
+                                                    : CompareTexts(call.Text(0), call.Text(1));
+  call.PutInteger(order < 0 ? -1 : order > 0 ? 1 : 0);
+}
+
+void Reverse(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  std::u16string units = Units(call, 0);
+  std::reverse(units.begin(), units.end());
+  PutUnits(call, units);
+}
+
+std::u16string FirstCharacter(const FunctionCall& call) {
+  const std::u16string units = Units(call, 0);
+  if (units.empty()) Fail(kInvalidCall);
+  return units.substr(0, 1);
+}
+
+void CharacterCode(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  const std::string byte =
+      tmw::Utf8ToCodePage(tmw::CodePage::k1251, tmw::Utf16ToUtf8(FirstCharacter(call)));
+  call.PutInteger(static_cast<unsigned char>(byte.front()));
+}
+
+void UnitCode(FunctionCall& call) {
+  if (call.AnyNull()) return;
+  call.PutInteger(static_cast<std::int16_t>(FirstCharacter(call).front()));
+}
+
+void Character(FunctionCall& call) {
+  if (call.IsNull(0)) Fail(kInvalidUseOfNull);
+  const std::int32_t code = call.Whole(0);
+  if (code < 0 || code > 255) Fail(kInvalidCall);
+  PutUnits(call, std::u16string(1, CharacterOf(code)));
+}
+
+void UnitCharacter(FunctionCall& call) {
+  if (call.IsNull(0)) Fail(kInvalidUseOfNull);
+  const std::int32_t code = call.Whole(0);
+  if (code < -32768 || code > 65535) Fail(kInvalidCall);
+  PutUnits(call, std::u16string(1, static_cast<char16_t>(code)));
+}
+
+constexpr FunctionEntry kFunctions[] = {
+    {"jet_asc", Guarded<CharacterCode>, 1},
+    {"jet_ascw", Guarded<UnitCode>, 1},
+    {"jet_chr", Guarded<Character>, 1},
+    {"jet_chrw", Guarded<UnitCharacter>, 1},
+    {"jet_compare_texts", Guarded<CompareBoth>, -1},
+    {"jet_in_text", Guarded<InText>, -1},
+    {"jet_in_text_reversed", Guarded<InTextReversed>, -1},
+    {"jet_left", Guarded<Left>, 2},
+    {"jet_length", Guarded<Length>, 1},
+    {"jet_lower", Guarded<Lower>, 1},
+    {"jet_mid", Guarded<Mid>, -1},
+    {"jet_replace", Guarded<Replace>, -1},
+    {"jet_reverse", Guarded<Reverse>, 1},
+    {"jet_right", Guarded<Right>, 2},
+    {"jet_space", Guarded<Space>, 1},
+    {"jet_string", Guarded<Repeated>, 2},
+    {"jet_trim", Guarded<Trim>, 1},
+    {"jet_trim_left", Guarded<TrimLeft>, 1},
+    {"jet_trim_right", Guarded<TrimRight>, 1},
+    {"jet_upper", Guarded<Upper>, 1},
+};
+
+}  // namespace
+
+std::span<const FunctionEntry> TextFunctions() {
+  return kFunctions;
+}
+
+}  // namespace jet

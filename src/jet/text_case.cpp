@@ -1,0 +1,37 @@
+#include "jet/text_case.h"
+
+#include <cstdint>
+#include <vector>
+
+#include "foundation/encodings.h"
+
+namespace jet {
+namespace {
+
+constexpr char32_t kPlaneSize = 0x10000;
+// Its small letter has no capital of one character: "ß" stays as it is.
+constexpr char32_t kCapitalSharpS = 0x1E9E;
+
+// Of several capitals with one small letter the first in Unicode's order is the usual one.
+std::vector<char16_t> MakeCapitals() {
+  std::vector<char16_t> capitals(kPlaneSize, 0);
+  for (char32_t capital = 0; capital < kPlaneSize; ++capital) {
+    const char32_t small = tmw::LowerCaseCodePoint(capital);
+    if (small != capital && small < kPlaneSize && capitals[small] == 0 && capital != kCapitalSharpS)
+      capitals[small] = static_cast<char16_t>(capital);
+  }
+  return capitals;
+}
+
+}  // namespace
+
+std::string UpperCase(std::string_view text) {
+  static const std::vector<char16_t> capitals = MakeCapitals();
+  std::u16string units = tmw::Utf8ToUtf16(text);
+  for (char16_t& unit : units) {
+    if (capitals[unit] != 0) unit = capitals[unit];
+  }
+  return tmw::Utf16ToUtf8(units);
+}
+
+}  // namespace jet
