@@ -79,7 +79,6 @@ TEST_F(DefinitionTest, TablesFieldsAndIndexesAreMadeChangedAndRefused) {
       {"create table B ([a.b] long)", 3125},
       {"create table B (x decimals)", 3292},
       {"create table B (x text(300))", 3163},
-      {"create table B (x long references A)", 3251},
       {"create table B", 3290},
       {"alter table A add column Ещё text(3)", 0},
       {"alter table A add ещё long", 3380},

@@ -93,7 +93,6 @@ TEST_F(StatementTest, StatementsChangeRowsOrNameWhatIsWrong) {
       {"delete from Товары; delete from Товары", 3142},
       {"PARAMETERS x long; delete from Товары", 3251},
       {"transform count(*) select 1 from Товары", 3251},
-      {"alter table Товары add constraint К foreign key (Кол) references Товары", 3251},
   };
   for (const auto& c : cases)
     EXPECT_EQ(Run(c.statement), c.error) << c.statement;

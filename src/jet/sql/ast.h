@@ -148,14 +148,19 @@ struct Delete {
   ExpressionPtr where;
 };
 
-enum class ConstraintKind { kPrimaryKey, kUnique, kForeignKey };
+enum class ConstraintKind { kPrimaryKey, kUnique, kNotNull, kForeignKey };
+
+// What a change of a row does to the rows that refer to it.
+enum class ReferenceAction { kRefuse = 0, kCascade = 1, kSetNull = 2 };
 
 struct Constraint {
   ConstraintKind kind = ConstraintKind::kUnique;
   std::string name;  // may be empty
   std::vector<std::string> fields;
   std::string referenced_table;
-  std::vector<std::string> referenced_fields;
+  std::vector<std::string> referenced_fields;  // empty: the primary key
+  ReferenceAction on_update = ReferenceAction::kRefuse;
+  ReferenceAction on_delete = ReferenceAction::kRefuse;
 };
 
 struct CreateTable {

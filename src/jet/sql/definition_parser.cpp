@@ -105,10 +105,7 @@ Statement DefinitionParser::ReadCreateTable() {
   create.table = tokens_.ExpectName();
   tokens_.ExpectSymbol("(");
   do {
-    const bool is_constraint = tokens_.AtKeyword("constraint") || tokens_.AtKeyword("primary") ||
-                               (tokens_.AtKeyword("unique") && tokens_.AtSymbol("(", 1)) ||
-                               (tokens_.AtKeyword("foreign") && tokens_.AtKeyword("key", 1));
-    if (is_constraint) {
+    if (AtConstraint()) {
       create.constraints.push_back(ReadTableConstraint());
     } else {
       create.fields.push_back(ReadField(&create.constraints));
@@ -116,6 +113,14 @@ Statement DefinitionParser::ReadCreateTable() {
   } while (tokens_.TakeSymbol(","));
   tokens_.ExpectSymbol(")");
   return create;
+}
+
+// A constraint of the table, where a field's name could stand too.
+bool DefinitionParser::AtConstraint() const {
+  return tokens_.AtKeyword("constraint") ||
+         (tokens_.AtKeyword("primary") && tokens_.AtKeyword("key", 1)) ||
+         (tokens_.AtKeyword("unique") && tokens_.AtSymbol("(", 1)) ||
+         (tokens_.AtKeyword("foreign") && tokens_.AtKeyword("key", 1));
 }
 
 platform::FieldDefinition DefinitionParser::ReadField(std::vector<Constraint>* constraints) {
@@ -145,6 +150,10 @@ void DefinitionParser::ReadType(platform::FieldDefinition& field) {
   field.type = type->type;
   field.attributes = type->attributes;
   if (!tokens_.TakeSymbol("(")) return;
+  if (field.attributes != 0) {
+    ReadNumbering(field);
+    return;
+  }
   if (tokens_.Peek().kind != TokenKind::kInteger) tokens_.FailAt("размер");
   const auto size = static_cast<std::int32_t>(tokens_.Take().number);
   if (type->type == platform::DataType::kText || type->type == platform::DataType::kBinary) {
@@ -153,6 +162,17 @@ void DefinitionParser::ReadType(platform::FieldDefinition& field) {
   } else if (tokens_.TakeSymbol(",")) {
     tokens_.Take();
   }
+  tokens_.ExpectSymbol(")");
+}
+
+// The first number and the step of a counter: there is no other numbering than from 1 by 1.
+void DefinitionParser::ReadNumbering(const platform::FieldDefinition& field) {
+  do {
+    const Token number = tokens_.Take();
+    if (number.kind != TokenKind::kInteger) tokens_.FailAt("число");
+    if (number.number != 1)
+      FailUnsupported("нумерация поля " + field.name + " не с 1 или не через 1");
+  } while (tokens_.TakeSymbol(","));
   tokens_.ExpectSymbol(")");
 }
 
@@ -191,6 +211,9 @@ Constraint DefinitionParser::ReadTableConstraint() {
     constraint.kind = ConstraintKind::kPrimaryKey;
   } else if (tokens_.TakeKeyword("unique")) {
     constraint.kind = ConstraintKind::kUnique;
+  } else if (tokens_.TakeKeyword("not")) {
+    tokens_.ExpectKeyword("null");
+    constraint.kind = ConstraintKind::kNotNull;
   } else if (tokens_.TakeKeyword("foreign")) {
     tokens_.ExpectKeyword("key");
     constraint.kind = ConstraintKind::kForeignKey;
@@ -207,6 +230,22 @@ void DefinitionParser::ReadReference(Constraint& constraint) {
   constraint.kind = ConstraintKind::kForeignKey;
   constraint.referenced_table = tokens_.ExpectName();
   if (tokens_.AtSymbol("(")) constraint.referenced_fields = ReadNames();
+  while (tokens_.TakeKeyword("on")) {
+    const bool is_update = tokens_.TakeKeyword("update");
+    if (!is_update) tokens_.ExpectKeyword("delete");
+    (is_update ? constraint.on_update : constraint.on_delete) = ReadAction();
+  }
+}
+
+ReferenceAction DefinitionParser::ReadAction() {
+  if (tokens_.TakeKeyword("cascade")) return ReferenceAction::kCascade;
+  if (tokens_.TakeKeyword("set")) {
+    tokens_.ExpectKeyword("null");
+    return ReferenceAction::kSetNull;
+  }
+  tokens_.ExpectKeyword("no");
+  tokens_.ExpectKeyword("action");
+  return ReferenceAction::kRefuse;
 }
 
 std::vector<std::string> DefinitionParser::ReadNames() {
@@ -256,9 +295,7 @@ Statement DefinitionParser::ReadAlter() {
   tokens_.Take();
   const std::string table = tokens_.ExpectName();
   if (tokens_.TakeKeyword("add")) {
-    if (tokens_.AtKeyword("constraint") || tokens_.AtKeyword("primary") ||
-        (tokens_.AtKeyword("unique") && tokens_.AtSymbol("(", 1)))
-      return AddConstraint{table, ReadTableConstraint()};
+    if (AtConstraint()) return AddConstraint{table, ReadTableConstraint()};
     tokens_.TakeKeyword("column");
     AddColumn add;
     add.table = table;

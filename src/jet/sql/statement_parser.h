@@ -53,11 +53,14 @@ class DefinitionParser {
  private:
   Statement ReadCreateTable();
   Statement ReadCreateIndex(bool unique);
+  bool AtConstraint() const;
   platform::FieldDefinition ReadField(std::vector<Constraint>* constraints);
   void ReadType(platform::FieldDefinition& field);
   bool ReadFieldConstraint(platform::FieldDefinition& field, std::vector<Constraint>& constraints);
   Constraint ReadTableConstraint();
   void ReadReference(Constraint& constraint);
+  ReferenceAction ReadAction();
+  void ReadNumbering(const platform::FieldDefinition& field);
   std::vector<std::string> ReadNames();
 
   TokenStream& tokens_;

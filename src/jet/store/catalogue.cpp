@@ -11,7 +11,7 @@ namespace jet {
 namespace {
 
 constexpr std::int64_t kApplicationId = 0x544D4A54;  // "TMJT"
-constexpr std::int64_t kLayoutVersion = 1;
+constexpr std::int64_t kLayoutVersion = 2;
 constexpr const char* kSystemNames[] = {"MSysACEs", "MSysObjects", "MSysQueries",
                                         "MSysRelationships"};
 
@@ -65,6 +65,10 @@ void CreateCatalogue(Connection& connection) {
       " descending INTEGER, PRIMARY KEY(index_id, ordinal)) WITHOUT ROWID;"
       "CREATE TABLE _jet_property(table_id INTEGER, field_id INTEGER, name TEXT, type INTEGER,"
       " value, PRIMARY KEY(field_id, name)) WITHOUT ROWID;"
+      "CREATE TABLE _jet_relation(id INTEGER PRIMARY KEY, name TEXT, table_id INTEGER,"
+      " referenced_id INTEGER, on_update INTEGER, on_delete INTEGER, index_id INTEGER);"
+      "CREATE TABLE _jet_relation_field(relation_id INTEGER, ordinal INTEGER, field_id INTEGER,"
+      " referenced_field_id INTEGER, PRIMARY KEY(relation_id, ordinal)) WITHOUT ROWID;"
       "COMMIT");
 }
 

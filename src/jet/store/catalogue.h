@@ -18,6 +18,8 @@ namespace jet {
 //   _jet_index        one row per index
 //   _jet_index_field  one row per field of an index
 //   _jet_property     further properties of fields
+//   _jet_relation     one row per relation
+//   _jet_relation_field  one row per pair of fields of a relation
 // The list of tables is read at first use, a table's fields and indexes when the table is first
 // asked for.
 class Catalogue final : public TableFinder {

@@ -1,6 +1,7 @@
 #include "jet/store/compaction.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 
 #include "jet/errors.h"
@@ -9,6 +10,7 @@
 #include "jet/store/catalogue.h"
 #include "jet/store/definitions.h"
 #include "jet/store/functions.h"
+#include "jet/store/relations.h"
 #include "jet/store/storage_file.h"
 
 namespace jet {
@@ -40,14 +42,23 @@ void CopyTable(Connection& target, const TableInfo& table) {
   }
 }
 
-void CopyAll(Catalogue& catalogue, Connection& target) {
-  for (const char* const name :
-       {"_jet_table", "_jet_field", "_jet_index", "_jet_index_field", "_jet_property"}) {
+void CopyAll(const std::shared_ptr<Connection>& source, Connection& target) {
+  Catalogue catalogue(source);
+  for (const char* const name : {"_jet_table", "_jet_field", "_jet_index", "_jet_index_field",
+                                 "_jet_property", "_jet_relation", "_jet_relation_field"}) {
     const std::string table = name;
     target.Run("INSERT INTO main." + table + " SELECT * FROM source." + table);
   }
-  for (const platform::TableSummary& table : catalogue.Tables())
-    CopyTable(target, *catalogue.FindTable(table.name));
+  std::map<std::int64_t, TablePtr> tables;
+  for (const platform::TableSummary& summary : catalogue.Tables()) {
+    const TablePtr table = catalogue.FindTable(summary.name);
+    CopyTable(target, *table);
+    tables.emplace(table->id, table);
+  }
+  // The rows obeyed the relations where they come from.
+  for (const Relation& relation : LoadRelations(source))
+    target.Run(RelationTriggers(relation, *tables.at(relation.table_id),
+                                *tables.at(relation.referenced_id)));
 }
 
 }  // namespace
@@ -62,10 +73,9 @@ void Compact(const std::string& source, const std::string& target) {
     Autonumbers source_numbers(from.connection);
     FunctionContext source_functions{*from.connection, source_numbers};
     RegisterFunctions(source_functions);
-    Catalogue catalogue(from.connection);
     to.connection->Run("ATTACH " + sql::TextLiteral(source) + " AS source");
     to.connection->Run("BEGIN");
-    CopyAll(catalogue, *to.connection);
+    CopyAll(from.connection, *to.connection);
     to.connection->Run("COMMIT");
     to.connection->Run("DETACH source");
     to.connection->Close();

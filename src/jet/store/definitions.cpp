@@ -9,6 +9,7 @@
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/parser.h"
 #include "jet/sql/scope.h"
+#include "jet/store/relations.h"
 #include "jet/store/stored_values.h"
 
 namespace jet {
@@ -114,6 +115,7 @@ void Definitions::CreateTable(const platform::TableDefinition& table) {
 void Definitions::DropTable(const TableInfo& table) {
   Connection& storage = session_.Storage();
   const std::string id = std::to_string(table.id);
+  Relations(session_).Release(table);
   storage.Run("DROP TABLE " + table.StorageName());
   storage.Run(
       "DELETE FROM _jet_index_field WHERE index_id IN"
@@ -168,6 +170,7 @@ void Definitions::ConvertColumn(const TableInfo& table, const FieldInfo& old_fie
 // The values move to a new column, which takes the old one's place in the catalogue.
 void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
                              platform::FieldDefinition wanted) {
+  Relations(session_).RefuseField(field);
   Connection& storage = session_.Storage();
   const std::string old_id = std::to_string(field.id);
   wanted.name = field.definition.name;
@@ -212,7 +215,17 @@ void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
   }
 }
 
+void Definitions::RequireValues(const TableInfo& table, const FieldInfo& field) {
+  const std::int64_t found = session_.Storage().ReadInteger(
+      "SELECT count(*) FROM " + table.StorageName() + " WHERE " + field.column + " IS NULL");
+  if (found != 0) Fail(kRequiredField, field.definition.name);
+  session_.Storage().Run("UPDATE _jet_field SET required = 1 WHERE id = " +
+                         std::to_string(field.id));
+  session_.Tables().Forget();
+}
+
 void Definitions::DropField(const TableInfo& table, const FieldInfo& field) {
+  Relations(session_).RefuseField(field);
   for (const IndexInfo& index : table.indexes) {
     for (const std::size_t position : index.positions) {
       if (&table.fields[position] == &field) Fail(kFieldNeededByIndex, field.definition.name);
@@ -266,7 +279,8 @@ void Definitions::CreateIndex(const TableInfo& table, const platform::IndexDefin
   session_.Tables().Forget();
 }
 
-void Definitions::DropIndex(const IndexInfo& index) {
+void Definitions::DropIndex(const TableInfo& table, const IndexInfo& index) {
+  Relations(session_).RefuseIndex(table, index);
   const std::string id = std::to_string(index.id);
   session_.Storage().Run("DROP INDEX i" + id + "; DELETE FROM _jet_index WHERE id = " + id +
                          "; DELETE FROM _jet_index_field WHERE index_id = " + id);

@@ -21,9 +21,11 @@ class Definitions {
   void AddField(const TableInfo& table, const platform::FieldDefinition& field);
   // Another type or size; values that do not convert fail, the default and the indexes stay.
   void AlterField(const TableInfo& table, const FieldInfo& field, platform::FieldDefinition wanted);
+  // The field refuses Null from now on; 3314 when there is one.
+  void RequireValues(const TableInfo& table, const FieldInfo& field);
   void DropField(const TableInfo& table, const FieldInfo& field);
   void CreateIndex(const TableInfo& table, const platform::IndexDefinition& index);
-  void DropIndex(const IndexInfo& index);
+  void DropIndex(const TableInfo& table, const IndexInfo& index);
 
   void SetProperty(const TableInfo& table, const FieldInfo& field, const std::string& name,
                    platform::DataType type, const platform::DatabaseValue& value);

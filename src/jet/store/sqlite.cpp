@@ -37,6 +37,8 @@ void Connection::Open(const std::string& path, Mode mode, bool exclusive) {
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_busy_timeout(handle_, kBusyMilliseconds);
   Run("PRAGMA cache_size = -16000");
+  // A cascade may come back to the table that it began in.
+  Run("PRAGMA recursive_triggers = ON");
   if (exclusive) Run("PRAGMA locking_mode = EXCLUSIVE");
 }
 

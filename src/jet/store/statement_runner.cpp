@@ -6,6 +6,7 @@
 #include "jet/errors.h"
 #include "jet/sql/parser.h"
 #include "jet/store/definitions.h"
+#include "jet/store/relations.h"
 
 namespace jet {
 namespace {
@@ -18,7 +19,6 @@ std::string ConstraintName(const sql::Constraint& constraint) {
 }
 
 platform::IndexDefinition IndexOf(const sql::Constraint& constraint) {
-  if (constraint.kind == sql::ConstraintKind::kForeignKey) FailUnsupported("REFERENCES");
   platform::IndexDefinition index;
   index.name = ConstraintName(constraint);
   index.primary = constraint.kind == sql::ConstraintKind::kPrimaryKey;
@@ -58,15 +58,20 @@ class Runner {
     platform::TableDefinition table;
     table.name = create.table;
     table.fields = create.fields;
-    for (const sql::Constraint& constraint : create.constraints)
-      table.indexes.push_back(IndexOf(constraint));
     definitions_.CreateTable(table);
+    // References come last: one may name a key of this very table.
+    for (const bool are_references : {false, true}) {
+      for (const sql::Constraint& constraint : create.constraints) {
+        if ((constraint.kind == sql::ConstraintKind::kForeignKey) == are_references)
+          Add(create.table, constraint);
+      }
+    }
     return 0;
   }
   std::int64_t operator()(const sql::AddColumn& add) {
     definitions_.AddField(*Table(add.table), add.field);
     for (const sql::Constraint& constraint : add.constraints)
-      definitions_.CreateIndex(*Table(add.table), IndexOf(constraint));
+      Add(add.table, constraint);
     return 0;
   }
   std::int64_t operator()(const sql::AlterColumn& alter) {
@@ -80,14 +85,15 @@ class Runner {
     return 0;
   }
   std::int64_t operator()(const sql::AddConstraint& add) {
-    definitions_.CreateIndex(*Table(add.table), IndexOf(add.constraint));
+    Add(add.table, add.constraint);
     return 0;
   }
   std::int64_t operator()(const sql::DropConstraint& drop) {
     const TablePtr table = Table(drop.table);
+    if (Relations(session_).Drop(*table, drop.name)) return 0;
     const IndexInfo* const index = table->FindIndex(drop.name);
     if (index == nullptr || !index->definition.unique) Fail(kConstraintNotFound, drop.name);
-    definitions_.DropIndex(*index);
+    definitions_.DropIndex(*table, *index);
     return 0;
   }
   std::int64_t operator()(const sql::CreateIndex& create) {
@@ -102,12 +108,28 @@ class Runner {
     const TablePtr table = Table(drop.table);
     const IndexInfo* const index = table->FindIndex(drop.index);
     if (index == nullptr) Fail(kNoSuchIndex, drop.index, drop.table);
-    definitions_.DropIndex(*index);
+    definitions_.DropIndex(*table, *index);
     return 0;
   }
 
  private:
   TablePtr Table(const std::string& name) { return RequireTable(session_, name, kTableNotFound); }
+
+  void Add(const std::string& table_name, const sql::Constraint& constraint) {
+    const TablePtr table = Table(table_name);
+    switch (constraint.kind) {
+      case sql::ConstraintKind::kForeignKey:
+        Relations(session_).Create(*table, constraint);
+        break;
+      case sql::ConstraintKind::kNotNull:
+        for (const std::string& field : constraint.fields)
+          definitions_.RequireValues(*table, RequireField(*table, field));
+        break;
+      default:
+        definitions_.CreateIndex(*table, IndexOf(constraint));
+        break;
+    }
+  }
 
   std::int64_t Run(const sql::ActionPlan& plan) {
     std::int64_t touched = 0;
