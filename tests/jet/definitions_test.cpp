@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "foundation/text.h"
 #include "tests/jet/database_fixture.h"
 
 namespace {
@@ -39,31 +40,32 @@ class DefinitionTest : public DatabaseTest {
 
 TEST_F(DefinitionTest, EveryTypeWordMakesItsField) {
   const struct {
-    const char* word;
+    const char* words;
     const char* field;
   } cases[] = {
-      {"TEXT", "f 10/255 zero; "},
-      {"varchar(7)", "f 10/7 zero; "},
-      {"memo", "f 12/0 zero; "},
-      {"byte", "f 2/1; "},
-      {"short", "f 3/2; "},
-      {"int", "f 4/4; "},
-      {"counter", "f 4/4 counter; "},
-      {"money", "f 5/8; "},
-      {"real", "f 6/4; "},
-      {"double precision", "f 7/8; "},
-      {"datetime", "f 8/8; "},
-      {"bit", "f 1/1; "},
-      {"binary(3)", "f 9/3; "},
-      {"oleobject", "f 11/0; "},
-      {"guid", "f 15/16; "},
-      {"long not null", "f 4/4 required; "},
-      {"numeric(10, 2)", "f 7/8; "},
+      {"TEXT|char|character|string|alphanumeric", "f 10/255 zero; "},
+      {"varchar(7)|text(7)", "f 10/7 zero; "},
+      {"memo|longtext|longchar|note", "f 12/0 zero; "},
+      {"byte|tinyint|integer1", "f 2/1; "},
+      {"short|smallint|integer2", "f 3/2; "},
+      {"int|integer|long|integer4", "f 4/4; "},
+      {"counter|autoincrement|identity|counter(1, 1)", "f 4/4 counter; "},
+      {"money|currency", "f 5/8; "},
+      {"real|single|float4|ieeesingle", "f 6/4; "},
+      {"double|double precision|float|float8|number|numeric(10, 2)|ieeedouble", "f 7/8; "},
+      {"datetime|date|time|timestamp", "f 8/8; "},
+      {"bit|yesno|logical|logical1|boolean", "f 1/1; "},
+      {"binary(3)|varbinary(3)", "f 9/3; "},
+      {"oleobject|longbinary|long binary|image|general", "f 11/0; "},
+      {"guid|uniqueidentifier", "f 15/16; "},
+      {"long not null|long constraint К not null", "f 4/4 required; "},
   };
   for (const auto& c : cases) {
-    ASSERT_EQ(Run(std::string("create table T (f ") + c.word + ")"), 0) << c.word;
-    EXPECT_EQ(Fields("T"), c.field) << c.word;
-    EXPECT_EQ(Run("drop table t"), 0);
+    for (const std::string& word : tmw::Split(c.words, "|")) {
+      ASSERT_EQ(Run("create table T (f " + word + ")"), 0) << word;
+      EXPECT_EQ(Fields("T"), c.field) << word;
+      EXPECT_EQ(Run("drop table t"), 0);
+    }
   }
 }
 
@@ -168,6 +170,7 @@ TEST_F(DefinitionTest, DefaultsFillNewRowsAndPropertiesAreKept) {
   table.fields.push_back({"Л", DataType::kBoolean, 0, 0, false, false, true});
   db->CreateTable(table);
   EXPECT_EQ(Run("insert into Д (Ч) values (null)"), 0);
+  EXPECT_EQ(Run("insert into Д (Т) values ('')"), 3315);
   const auto rows = db->OpenRecordset("Д", RecordsetType::kTable);
   rows->AddNew();
   EXPECT_EQ(tests::Words(rows->Value(1)), "Text нет");

@@ -310,6 +310,10 @@ TEST_F(ExpressionTest, LongListsAndDeepNestingRunOrFailWithANumber) {
   EXPECT_EQ(answer(nested(5000, "(", ")")), "#3075");
   EXPECT_EQ(answer(nested(5000, "not ", "")), "#3075");
   EXPECT_EQ(answer(nested(5000, "", "+1")), "#3075");
+  std::string joins = "1 from Товары as a";
+  for (int i = 0; i < 50000; ++i)
+    joins += " inner join Товары on true";
+  EXPECT_EQ(answer(joins + " union select 1"), "#3360");
 }
 
 }  // namespace

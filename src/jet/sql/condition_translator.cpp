@@ -53,7 +53,8 @@ std::string ExpressionTranslator::Condition(const Expression& expression) {
   return "(" + NumberSql(Value(expression)) + " <> 0)";
 }
 
-// Empty when the operator does not make a condition.
+// Empty when the operator does not make a condition. And, Or and the like are logic between truths:
+// the dialect has no operations on bits.
 std::string ExpressionTranslator::BinaryCondition(const Expression& expression) {
   const Expression& left = *expression.arguments[0];
   const Expression& right = *expression.arguments[1];

@@ -8,6 +8,7 @@ namespace {
 
 constexpr int kMostNestedSelects = 20;
 constexpr int kMostUnionParts = 50;
+constexpr int kMostJoins = 100;  // in a chain, which is worked through by recursion
 
 }  // namespace
 
@@ -139,7 +140,7 @@ std::vector<SourcePtr> QueryParser::ReadFrom() {
 
 SourcePtr QueryParser::ReadJoins() {
   SourcePtr left = ReadSource();
-  for (;;) {
+  for (int joins = 0;; ++joins) {
     std::optional<JoinKind> kind;
     if (tokens_.TakeKeyword("inner")) {
       kind = JoinKind::kInner;
@@ -151,6 +152,7 @@ SourcePtr QueryParser::ReadJoins() {
       tokens_.TakeKeyword("outer");
     }
     if (!kind) return left;
+    if (joins >= kMostJoins) Fail(kTooComplex);
     const ClauseScope clause(tokens_, kSyntaxInJoin);
     tokens_.ExpectKeyword("join");
     auto join = std::make_unique<Source>();
