@@ -116,8 +116,7 @@ std::size_t Utf16Length(std::string_view text) {
 DatabaseValue ToText(const DatabaseValue& value, std::int32_t size, std::int32_t mismatch_number) {
   std::optional<std::string> text = ValueText(value);
   if (!text) Fail(mismatch_number);
-  const auto most = static_cast<std::size_t>(size);
-  if (size > 0 && text->size() > most && Utf16Length(*text) > most) Fail(kFieldTooSmall);
+  if (!FitsText(*text, size)) Fail(kFieldTooSmall);
   return *std::move(text);
 }
 
@@ -138,6 +137,11 @@ DatabaseValue ToGuid(const DatabaseValue& value, std::int32_t mismatch_number) {
 }
 
 }  // namespace
+
+bool FitsText(std::string_view text, std::int32_t size) {
+  const auto most = static_cast<std::size_t>(size);
+  return size <= 0 || text.size() <= most || Utf16Length(text) <= most;
+}
 
 bool ToCurrency(double value, std::int64_t& ten_thousandths) {
   const double scaled = std::nearbyint(value * static_cast<double>(kTenThousand));

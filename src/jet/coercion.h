@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/database_types.h"
 
@@ -23,6 +24,9 @@ struct Target {
 // 3464 in a statement); a text or binary value that is too long fails with 3163.
 platform::DatabaseValue ConvertTo(const platform::DatabaseValue& value, platform::DataType type,
                                   std::int32_t size, std::int32_t mismatch_number);
+
+// True when a text is not longer than that many UTF-16 units; 0 is no limit.
+bool FitsText(std::string_view text, std::int32_t size);
 
 // Fails with 3058, 3314 or 3315 when the field refuses the value. It must have the field's type.
 void CheckAllowed(const platform::DatabaseValue& value, const Target& target);

@@ -169,6 +169,9 @@ std::string NumberSql(const TypedSql& value) {
 
 std::string TextSql(const TypedSql& value) {
   if (value.type == ValueType::kText || value.type == ValueType::kNull) return value.sql;
+  // A column of whole numbers holds nothing else.
+  if (value.type == ValueType::kInteger && value.field != nullptr)
+    return "CAST(" + value.sql + " AS TEXT)";
   return CallSql("jet_text", value.sql, TypeCode(value.type));
 }
 
@@ -235,7 +238,7 @@ TypedSql ExpressionTranslator::Untested(const Expression& expression) {
     case ExpressionKind::kDate:
       return {"(" + RealLiteral(expression.number) + ")", ValueType::kDate};
     case ExpressionKind::kText:
-      return {TextLiteral(expression.text), ValueType::kText};
+      return {TextLiteral(expression.text), ValueType::kText, nullptr, true};
     case ExpressionKind::kName:
       return Name(expression);
     case ExpressionKind::kUnary:
@@ -291,7 +294,7 @@ TypedSql ExpressionTranslator::Binary(const Expression& expression) {
   const TypedSql b = Value(*expression.arguments[1]);
   switch (expression.op) {
     case Operator::kConcatenate:
-      return {CallSql("jet_join", TextSql(a), TextSql(b)), ValueType::kText};
+      return Concatenation(a, b);
     case Operator::kDivide:
       return {CallSql("jet_divide", NumberSql(a), NumberSql(b)), ValueType::kNumber};
     case Operator::kIntegerDivide:
@@ -305,6 +308,16 @@ TypedSql ExpressionTranslator::Binary(const Expression& expression) {
     default:
       return Sum(a, expression.op == Operator::kAdd, b);
   }
+}
+
+// Null counts as an empty text unless both are Null.
+TypedSql ExpressionTranslator::Concatenation(const TypedSql& a, const TypedSql& b) {
+  if (!a.is_present && !b.is_present)
+    return {CallSql("jet_join", TextSql(a), TextSql(b)), ValueType::kText};
+  const auto present = [](const TypedSql& value) {
+    return value.is_present ? value.sql : CallSql("ifnull", TextSql(value), "''");
+  };
+  return {"(" + present(a) + " || " + present(b) + ")", ValueType::kText, nullptr, true};
 }
 
 // A moment plus or minus a number is a moment; two moments differ by a number; "+" joins two texts.

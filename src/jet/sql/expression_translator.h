@@ -17,6 +17,7 @@ struct TypedSql {
   std::string sql;
   ValueType type = ValueType::kUnknown;
   const FieldInfo* field = nullptr;  // a plain column of a table has one
+  bool is_present = false;           // a text that is never Null
 };
 
 // Turns expressions into the storage's SQL: names are looked up in the scope, and the static types
@@ -54,6 +55,7 @@ class ExpressionTranslator {
   const Expression* Aliased(const Expression& name) const;
   TypedSql Unary(const Expression& expression);
   TypedSql Binary(const Expression& expression);
+  static TypedSql Concatenation(const TypedSql& a, const TypedSql& b);
   static TypedSql Sum(const TypedSql& a, bool is_sum, const TypedSql& b);
   TypedSql Call(const Expression& expression);
   TypedSql CallScalar(const Expression& expression, const ScalarFunction& function);

@@ -57,6 +57,11 @@ FunctionContext& FunctionCall::Context() const {
   return *static_cast<FunctionContext*>(sqlite3_user_data(context_));
 }
 
+bool FunctionCall::IsFinite(int index) const {
+  return sqlite3_value_type(values_[index]) == SQLITE_FLOAT &&
+         std::isfinite(sqlite3_value_double(values_[index]));
+}
+
 bool FunctionCall::AnyNull() const {
   for (int i = 0; i < count_; ++i) {
     if (IsNull(i)) return true;

@@ -24,6 +24,7 @@ class FunctionCall {
   bool IsNull(int index) const { return sqlite3_value_type(values_[index]) == SQLITE_NULL; }
   bool IsText(int index) const { return sqlite3_value_type(values_[index]) == SQLITE_TEXT; }
   bool IsWhole(int index) const { return sqlite3_value_type(values_[index]) == SQLITE_INTEGER; }
+  bool IsFinite(int index) const;  // a floating number that is no infinity
   bool AnyNull() const;
 
   std::string_view Text(int index) const;

@@ -3,10 +3,12 @@
 #include <sqlite3.h>
 
 #include <string>
+#include <string_view>
 
 #include "jet/coercion.h"
 #include "jet/errors.h"
 #include "jet/sort_key.h"
+#include "jet/sql/value_type.h"
 #include "jet/store/function_call.h"
 #include "jet/value_text.h"
 
@@ -15,11 +17,33 @@ namespace {
 
 using platform::DatabaseValue;
 using platform::DataType;
+using sql::ValueType;
+
+// The common cases of jet_to, for speed: a value that has the field's type already.
+bool IsStorable(const FunctionCall& call, DataType type) {
+  switch (type) {
+    case DataType::kText:
+    case DataType::kMemo: {
+      if (!call.IsText(0)) return false;
+      const std::string_view text = call.Text(0);
+      const auto size = static_cast<std::int32_t>(call.Integer(3));
+      return !text.empty() && FitsText(text, type == DataType::kText ? size : 0);
+    }
+    case DataType::kLong:
+      return call.IsWhole(0) && static_cast<ValueType>(call.Integer(1)) == ValueType::kInteger &&
+             call.Integer(0) == static_cast<std::int32_t>(call.Integer(0));
+    case DataType::kDouble:
+      return call.IsFinite(0);
+    default:
+      return false;
+  }
+}
 
 // jet_to(value, its type, field type, size, flags, field name); flags: 1 required, 2 takes empty
 // texts, 4 in the primary key.
 void To(FunctionCall& call) {
   const auto type = static_cast<DataType>(call.Integer(2));
+  if (IsStorable(call, type)) return call.PutArgument(0);
   const std::int64_t flags = call.Integer(4);
   const DatabaseValue value =
       ConvertTo(call.Typed(0), type, static_cast<std::int32_t>(call.Integer(3)), kTypeMismatch);
