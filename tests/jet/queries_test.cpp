@@ -60,6 +60,7 @@ TEST_F(QueriesTest, JoinsMatchRowsByTheSortOrder) {
       {"select 1 from Люди inner join Люди on true", "#3081"},
       {"select 1 from Города, Люди inner join Счета on Города.Имя = Счета.Вид", "#3082"},
       {"select 1 from Люди inner join Счета", "#3135"},
+      {"select 1 from Люди join Счета on true", "#3131"},
       {"select 1 from Люди inner join Нет on true", "#3078"},
       {"select Счета.* from Люди", "#3078"},
       {"select Люди.Имя from Люди as Л", "#3061"},
@@ -232,6 +233,9 @@ TEST_F(QueriesTest, ActionsReachThroughJoinsAndSubSelects) {
       {"update Люди set Рост = 1 where [№] in (select Чей from Счета) -> "
        "select Рост from Люди order by [№]",
        "1;1;1.7;Null"},
+      {"update Города Г left join (Люди Л inner join Счета С on Л.[№] = С.Чей) on Г.Имя = Л.Город "
+       "set С.Вид = left(Край, 2) where С.Ид > 10 -> select Вид from Счета order by Ид",
+       "а;Си;Си;Null"},
       {"update Люди set Рост = 1, Рост = 2", "#3191"},
       {"update Люди as Л inner join Люди as М on Л.Город = М.Город and Л.[№] < М.[№] "
        "set Л.Имя = М.Имя -> select Имя from Люди order by [№]",

@@ -8,7 +8,9 @@ namespace {
 
 constexpr int kMostNestedSelects = 20;
 constexpr int kMostUnionParts = 50;
-constexpr int kMostJoins = 100;  // in a chain, which is worked through by recursion
+// In a statement: the storage's engine takes no more than 64 tables in one join, and chains of
+// joins are worked through by recursion.
+constexpr int kMostSources = 60;
 
 }  // namespace
 
@@ -140,7 +142,7 @@ std::vector<SourcePtr> QueryParser::ReadFrom() {
 
 SourcePtr QueryParser::ReadJoins() {
   SourcePtr left = ReadSource();
-  for (int joins = 0;; ++joins) {
+  for (;;) {
     std::optional<JoinKind> kind;
     if (tokens_.TakeKeyword("inner")) {
       kind = JoinKind::kInner;
@@ -151,8 +153,8 @@ SourcePtr QueryParser::ReadJoins() {
       kind = JoinKind::kRight;
       tokens_.TakeKeyword("outer");
     }
+    if (!kind && tokens_.AtKeyword("join")) tokens_.FailAt("INNER JOIN");
     if (!kind) return left;
-    if (joins >= kMostJoins) Fail(kTooComplex);
     const ClauseScope clause(tokens_, kSyntaxInJoin);
     tokens_.ExpectKeyword("join");
     auto join = std::make_unique<Source>();
@@ -166,6 +168,7 @@ SourcePtr QueryParser::ReadJoins() {
 }
 
 SourcePtr QueryParser::ReadSource() {
+  if (++sources_ > kMostSources) Fail(kTooComplex);
   auto source = std::make_unique<Source>();
   if (tokens_.TakeSymbol("(")) {
     if (!tokens_.AtKeyword("select")) {
@@ -196,6 +199,7 @@ std::shared_ptr<Select> QueryParser::ReadBracketedSelect() {
     FailUnsupported("FROM база.таблица");
   QueryParser parser(inner);
   parser.depth_ = depth_;
+  parser.sources_ = sources_;
   std::shared_ptr<Select> select = parser.ReadNestedSelect();
   inner.TakeSymbol(";");
   if (inner.Peek().kind != TokenKind::kEnd) inner.FailAt("]");

@@ -3,23 +3,14 @@
 #include <utility>
 
 #include "foundation/encodings.h"
-#include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/select_translator.h"
 
 namespace jet::sql {
-namespace {
-
-// The most that a statement may name: the storage's engine takes no more in one join.
-constexpr std::size_t kMostTables = 60;
-
-}  // namespace
-
 std::string SourceTranslator::Sources(const std::vector<SourcePtr>& sources) {
   std::string sql;
   for (const SourcePtr& source : sources)
     sql += (sql.empty() ? "" : ", ") + One(*source, false);
-  if (scope_.StoredTables().size() > kMostTables) Fail(kTooComplex);
   return sql;
 }
 

@@ -39,6 +39,7 @@ class QueryParser {
   TokenStream& tokens_;
   ExpressionParser expressions_;
   int depth_ = 0;
+  int sources_ = 0;
 };
 
 // Reads definitions: CREATE, ALTER, DROP.

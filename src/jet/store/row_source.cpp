@@ -8,6 +8,8 @@
 namespace jet {
 namespace {
 
+using platform::DatabaseValue;
+
 // One read transaction over several statements: the file is locked once.
 class ReadScope {
  public:
@@ -46,7 +48,10 @@ Row RowSource::TakeRow(const Statement& statement) const {
   row.reserve(plan_.columns.size());
   int column = 0;
   for (const sql::OutputColumn& output : plan_.columns) {
-    row.push_back(output.field != nullptr
+    // A Boolean that an outer join lacks is Null, unlike one of a table.
+    const bool is_lacking = spool_ && statement.IsNull(column);
+    row.push_back(is_lacking ? DatabaseValue(platform::NullValue{})
+                  : output.field != nullptr
                       ? ReadStored(statement, column, output.field->definition.type)
                       : ReadComputed(statement, column, output.type));
     ++column;
