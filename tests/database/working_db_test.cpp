@@ -5,6 +5,7 @@
 #include "database/etalon_db.h"
 #include "database/imp_table.h"
 #include "database/migrations.h"
+#include "foundation/file_names.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
 #include "tests/database/build_fixture.h"
@@ -38,7 +39,7 @@ TEST_F(WorkingDbTest, ScriptsRunInTheOrderOfTheirVersionsOrEndTheBuild) {
   const std::string mark = Sql("insert into T values (2, '1.1')");
   const std::string last = kDeclaration + Script("1.1.0", "1.2.0", "");
   const std::string first_box = "warning|Ошибка|Ошибка загрузки файла обновления \"" +
-                                sandbox.Path("DBUpdates/1.xml") + "\":\r\n";
+                                tmw::JoinPath(build.ScriptsFolder, "1.xml") + "\":\r\n";
   const std::string failed =
       "warning|Ошибка|Ошибка обновления базы данных до версии \"1.1.0\":\r\n";
   const std::string migration = "<Action type=\"customscript\" Name=\"ConvertPfrCitizenship\"/>";
