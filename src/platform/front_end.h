@@ -4,6 +4,9 @@
 #include <optional>
 #include <string>
 
+#include "platform/error_view.h"
+#include "platform/progress_view.h"
+
 namespace platform {
 
 enum class MessageKind { kWarning, kInformation };
@@ -33,6 +36,11 @@ class FrontEnd {
 
   // Gives the mouse cursor its default shape.
   virtual void ResetCursor() = 0;
+
+  // A window of a run, and a window of an error; not on the screen yet. The front end outlives
+  // them. While the window of a run is open, boxes belong to it.
+  virtual std::unique_ptr<ProgressView> MakeProgressView() = 0;
+  virtual std::unique_ptr<ErrorView> MakeErrorView() = 0;
 };
 
 std::unique_ptr<FrontEnd> MakeFrontEnd();
