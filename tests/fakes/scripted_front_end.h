@@ -2,13 +2,80 @@
 
 #include <deque>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/front_end.h"
 
 namespace tests {
+
+// What the windows of a scripted front end were told, and what their user does.
+struct WindowScript {
+  std::vector<std::string> log;                               // as "name value"
+  std::function<void(platform::ProgressViewEvents&)> on_run;  // default: the window is shown
+  platform::ProgressViewEvents* open = nullptr;               // the window on the screen
+  std::function<void(platform::ErrorViewEvents&)> on_error;
+  bool has_clipboard = true;
+};
+
+class RecordingProgressView final : public platform::ProgressView {
+ public:
+  explicit RecordingProgressView(WindowScript& script) : script_(script) {}
+
+  void SetCaption(const std::string& text) override { Add("caption " + text); }
+  void SetStage(const std::string& text) override { Add("stage " + text); }
+  void SetDetail(const std::string& text) override { Add("detail " + text); }
+  void SetPicture(const std::string& name) override { Add("picture " + name); }
+  void ShowBar(platform::BarKind kind) override {
+    Add("bar " + std::to_string(static_cast<int>(kind)));
+  }
+  void SetProgress(double percent, const std::string& counter) override {
+    Add("progress " + std::to_string(percent).substr(0, 4) + " " + counter);
+  }
+  void SetPace(const std::string& text) override {
+    if (text != std::exchange(pace_, text)) Add("pace " + text);
+  }
+  void SetButton(const std::string& caption, bool is_enabled) override {
+    Add("button " + caption + (is_enabled ? "" : " disabled"));
+  }
+  void Run(platform::ProgressViewEvents& events) override {
+    script_.open = &events;
+    script_.on_run ? script_.on_run(events) : events.OnShown();
+    script_.open = nullptr;
+  }
+  void Close() override { Add("close"); }
+
+ private:
+  void Add(const std::string& line) { script_.log.push_back(line); }
+
+  WindowScript& script_;
+  std::string pace_;
+};
+
+class RecordingErrorView final : public platform::ErrorView {
+ public:
+  explicit RecordingErrorView(WindowScript& script) : script_(script) {}
+
+  void SetTexts(const platform::ErrorViewTexts& t) override {
+    script_.log.push_back("error " + t.title + "|" + t.short_text + "|" + t.full_text);
+  }
+  void SetDetailView(bool is_detailed, const std::string& button) override {
+    script_.log.push_back((is_detailed ? "full " : "short ") + button);
+  }
+  bool CopyText(const std::string& text) override {
+    script_.log.push_back("copy " + text);
+    return script_.has_clipboard;
+  }
+  void Run(platform::ErrorViewEvents& events) override {
+    if (script_.on_error) script_.on_error(events);
+  }
+
+ private:
+  WindowScript& script_;
+};
 
 // A front end that writes down what it is told and answers by script: what was said, in order, as
 // "kind|title|text". An unscripted question is answered no.
@@ -21,6 +88,7 @@ class ScriptedFrontEnd final : public platform::FrontEnd {
   bool can_ask = true;
   int event_rounds = 0;
   int cursor_resets = 0;
+  WindowScript windows;
 
   bool CanAsk() override { return can_ask; }
 
@@ -47,6 +115,13 @@ class ScriptedFrontEnd final : public platform::FrontEnd {
   }
 
   void ResetCursor() override { ++cursor_resets; }
+
+  std::unique_ptr<platform::ProgressView> MakeProgressView() override {
+    return std::make_unique<RecordingProgressView>(windows);
+  }
+  std::unique_ptr<platform::ErrorView> MakeErrorView() override {
+    return std::make_unique<RecordingErrorView>(windows);
+  }
 
  private:
   template <typename T>

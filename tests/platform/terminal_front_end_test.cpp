@@ -1,17 +1,23 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): sigaction is POSIX
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <functional>
+#include <utility>
 #include <vector>
 
-#include "platform/front_end.h"
+#include "platform/host.h"
+#include "platform/linux/terminal_front_end.h"
+#include "tests/support/sandbox.h"
 
 namespace platform {
 namespace {
@@ -22,11 +28,15 @@ using Action = std::function<int(FrontEnd&)>;
 // the action's result. The test is the user.
 class Conversation {
  public:
-  Conversation(const char* locale, const Action& action) {
-    child_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
+  Conversation(const char* locale, const Action& action, bool has_waiting_parent = false) {
+    const winsize size{24, 40, 0, 0};
+    child_ = forkpty(&terminal_, nullptr, nullptr, &size);
     if (child_ != 0) return;
     setenv("LC_ALL", locale, 1);
-    _exit(action(*MakeFrontEnd()));
+    setenv("TERM", "xterm", 1);
+    const auto exit_code = has_waiting_parent ? WaitForUpdaterChain() : std::nullopt;
+    if (exit_code) _exit(*exit_code);
+    _exit(action(*MakeTerminalFrontEnd()));
   }
   Conversation(const Conversation&) = delete;
   Conversation& operator=(const Conversation&) = delete;
@@ -48,6 +58,12 @@ class Conversation {
 
   void Signal(int signal) const { kill(child_, signal); }
 
+  // As when the window of the terminal is closed.
+  void HangUp() {
+    close(terminal_);
+    terminal_ = -1;
+  }
+
   bool IsEchoOn() const {
     termios state{};
     return tcgetattr(terminal_, &state) == 0 && (state.c_lflag & ECHO) != 0;
@@ -58,7 +74,8 @@ class Conversation {
     while (ReadSome()) {
     }
     int status = 0;
-    kill(child_, SIGALRM);  // of a child that still waits; an ended one does not care
+    // Of a child that still waits; an ended one does not care, one without a terminal ends itself.
+    if (terminal_ >= 0) kill(child_, SIGALRM);
     waitpid(child_, &status, 0);
     child_ = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -71,7 +88,7 @@ class Conversation {
   bool ReadSome() {
     pollfd waiting{terminal_, POLLIN, 0};
     std::array<char, 1024> buffer{};
-    if (poll(&waiting, 1, 10000) != 1) return false;
+    if (terminal_ < 0 || poll(&waiting, 1, 10000) != 1) return false;
     const ssize_t count = read(terminal_, buffer.data(), buffer.size());
     if (count > 0) shown.append(buffer.data(), static_cast<std::size_t>(count));
     return count > 0;
@@ -193,6 +210,182 @@ TEST(TerminalFrontEnd, WithoutSomebodyToAskTheAnswerIsNo) {
     return ask_all(front_end);
   });
   EXPECT_EQ(mute.End(), 8);
+}
+
+// The lines of a screen on which these bytes have been written; only what a block needs is known.
+std::vector<std::string> Screen(const std::string& bytes) {
+  std::vector<std::string> lines(1);
+  std::size_t row = 0;
+  bool is_at_start = true;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (bytes[i] == '\x1B') {
+      const std::size_t end = bytes.find_first_not_of("0123456789", i + 2);
+      if (bytes[end] == 'A') row -= std::min(row, std::stoul(bytes.substr(i + 2)));
+      if (bytes[end] == 'J') lines.resize(row + 1), lines[row].clear();
+      i = end;
+    } else if (bytes[i] == '\n') {
+      if (++row == lines.size()) lines.emplace_back();
+      is_at_start = true;
+    } else if (bytes[i] != '\r') {
+      if (std::exchange(is_at_start, false)) lines[row].clear();
+      lines[row] += bytes[i];
+    }
+  }
+  return lines;
+}
+
+// Its user's acts, in order, as digits: 1 cancel, 2 stop.
+class Listener final : public ProgressViewEvents {
+ public:
+  explicit Listener(std::function<void(Listener&)> run) : run_(std::move(run)) {}
+  void OnShown() override { run_(*this); }
+  void OnCancel() override {
+    acts = acts * 10 + 1;
+    if (on_cancel) on_cancel();
+  }
+  void OnStop() override { acts = acts * 10 + 2; }
+
+  int acts = 0;
+  std::function<void()> on_cancel;
+
+ private:
+  std::function<void(Listener&)> run_;
+};
+
+TEST(TerminalWindow, IsABlockBelowEverythingElseThatIsSaid) {
+  Conversation talk("ru_RU.UTF-8", [](FrontEnd& front_end) {
+    const auto view = front_end.MakeProgressView();
+    view->SetCaption("Web-обновление");
+    view->SetButton("Отмена", true);
+    int result = 0;
+    Listener listener([&](Listener&) {
+      view->SetStage("Загрузка");
+      view->SetDetail("http://сервер/длинный-путь/漢漢漢漢漢漢漢/Программа.dll");
+      view->ShowBar(BarKind::kBarWithCounter);
+      view->SetProgress(45.9, "1 234/5 678");
+      view->SetPace("1,2 МБ/с");
+      front_end.AskText("Первый", "", false);
+      result = AskFull(front_end);
+      view->SetButton("Отмена", false);
+      view->ShowBar(BarKind::kNone);
+      view->SetPace("");
+      view->SetStage("Готово");
+      usleep(300000);
+      view->Close();
+    });
+    view->Run(listener);
+    return result;
+  });
+  using Lines = std::vector<std::string>;
+  talk.Expect("> ");
+  talk.Type("\n");
+  talk.Expect("[д/н] ");
+  const Lines boxes = {"[?] Первый",  "",      "> ", "[?] Обновление", "Заменить?",
+                       "Да или нет?", "[д/н] "};
+  EXPECT_EQ(Screen(talk.shown), boxes);
+  const std::string first = talk.shown.substr(0, talk.shown.find("[?]"));
+  EXPECT_EQ(Screen(first.substr(0, first.rfind("\r\n", first.rfind("\x1B[6A")) + 2)),
+            (Lines{"Web-обновление", "Загрузка", "http://серве…漢漢漢漢漢漢/Программа.dll",
+                   "█████████░░░░░░░░░░░  45 %  1 234/5 678", "1,2 МБ/с", "Ctrl+C: Отмена", ""}));
+  talk.Type("д\n");
+  talk.Expect("Готово");
+  EXPECT_FALSE(talk.IsEchoOn());
+  EXPECT_EQ(talk.End(), 1);
+  EXPECT_EQ(Screen(talk.shown), (Lines{"[?] Первый", "", "> ", "[?] Обновление", "Заменить?",
+                                       "Да или нет?", "[д/н] д", ""}));
+}
+
+TEST(TerminalWindow, CtrlCAsksOnceAndWhateverEndsProgramsOnlyAsksToo) {
+  const struct {
+    const char* what;
+    std::vector<const char*> keys;  // each but the first at the question
+    int acts;
+    int signal = 0;
+  } cases[] = {
+      {"twice", {"\x03", "\x03"}, 12},
+      {"asked anew after an answer", {"\x03", "н\n", "\x03", "н\n"}, 11},
+      {"insists at once", {"\x1C"}, 2},
+      {"of the system, to the waiting parent", {}, 2, SIGTERM},
+      {"terminal closed", {}, 2, SIGHUP},
+  };
+  for (const auto& c : cases) {
+    const Action run = [](FrontEnd& front_end) {
+      const auto view = front_end.MakeProgressView();
+      Listener listener([&](Listener& self) {
+        view->SetStage("Работа");
+        self.on_cancel = [&] { front_end.AskYesNo("Отмена", "Прекратить?"); };
+        for (int i = 0; i < 5000 && self.acts != 2 && self.acts < 10; ++i, usleep(1000))
+          front_end.RunPendingEvents();
+        front_end.ShowMessage(MessageKind::kWarning, "Терминала", "может уже не быть");
+        view->Close();
+      });
+      view->Run(listener);
+      return listener.acts;
+    };
+    Conversation talk("ru_RU.UTF-8", run, true);
+    for (std::size_t i = 0; i < c.keys.size(); ++i) {
+      talk.Expect(i % 2 == 0 ? "Работа" : "[д/н] ");
+      talk.Type(c.keys[i]);
+    }
+    if (c.keys.empty()) talk.Expect("Работа");
+    if (c.signal == SIGTERM) talk.Signal(SIGTERM);
+    if (c.signal == SIGHUP) talk.HangUp();
+    EXPECT_EQ(talk.End(), c.acts) << c.what;
+  }
+}
+
+TEST(TerminalWindow, IsPlainLinesWhereTheOutputIsAFile) {
+  const tests::Sandbox sandbox;
+  Conversation talk("ru_RU.KOI8-R", [&](FrontEnd& front_end) {
+    dup2(open(sandbox.Path("out").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), STDOUT_FILENO);
+    const auto view = front_end.MakeProgressView();
+    Listener listener([&](Listener&) {
+      for (const char* const stage : {"Загрузка", "Загрузка", "", "Да"}) {
+        view->SetStage(stage);
+        view->ShowBar(BarKind::kBar);
+        view->SetProgress(50, "");
+      }
+      view->Close();
+    });
+    view->Run(listener);
+    return 0;
+  });
+  EXPECT_EQ(talk.End(), 0);
+  EXPECT_EQ(sandbox.Read("out"), "\xFA\xC1\xC7\xD2\xD5\xDA\xCB\xC1\n\xE4\xC1\n");
+  EXPECT_NE(talk.shown.find("\xE4\xC1\x1B[K\r\r\n\x8D"), std::string::npos) << talk.shown;
+}
+
+class Details final : public ErrorViewEvents {
+ public:
+  explicit Details(ErrorView& view) : view_(view) {}
+  void OnDetails() override { view_.SetDetailView(true, "Подробнее  <<"); }
+  void OnCopy() override {}
+
+ private:
+  ErrorView& view_;
+};
+
+TEST(TerminalWindow, AnErrorIsShownShortAndInFullOnRequest) {
+  for (const bool can_answer : {true, false}) {
+    Conversation talk("ru_RU.UTF-8", [&](FrontEnd& front_end) {
+      if (!can_answer) close(STDIN_FILENO);
+      const auto view = front_end.MakeErrorView();
+      view->SetTexts({"Ошибка", "Произошла ошибка:", "Беда", "Беда\r\nСтек", "", "Закрыть"});
+      view->SetDetailView(false, "Подробнее  >>");
+      Details details(*view);
+      view->Run(details);
+      return 5;
+    });
+    if (can_answer) {
+      talk.Expect("[!] Ошибка\r\nПроизошла ошибка:\r\nБеда\r\n[п] Подробнее  >>   [з] Закрыть: ");
+      talk.Type("П\n");
+      talk.Expect("Беда\r\nСтек");
+      talk.Expect("Подробнее  <<   [з] Закрыть: ");
+      talk.Type("з\n");
+    }
+    EXPECT_EQ(talk.End(), 5);
+    EXPECT_NE(talk.shown.find("Беда\r\nСтек"), std::string::npos);
+  }
 }
 
 }  // namespace

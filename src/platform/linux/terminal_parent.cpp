@@ -4,6 +4,7 @@
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <termios.h>
 
 #include <array>
 #include <cerrno>
@@ -25,6 +26,7 @@ namespace {
 // A member becomes this process's child only when its starter is quite gone.
 constexpr int kAdoptionAttempts = 400;
 constexpr long kAdoptionPauseNanoseconds = 5'000'000;
+constexpr int kKilled = 128;  // exit codes above it tell of a signal
 
 UniqueDescriptor TakeOverPipe() {
   const char* const variable = std::getenv(kChainVariable);
@@ -50,6 +52,44 @@ bool IsStartedFromTerminal() {
   return isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0 || isatty(STDERR_FILENO) != 0;
 }
 
+// The member that does the work now; 0 when there is none.
+volatile std::sig_atomic_t working_member = 0;
+
+void HandOn(int number) {
+  const int saved = errno;
+  if (working_member != 0) kill(working_member, number);
+  errno = saved;
+}
+
+// Keys of the terminal reach the members by themselves; it is for them to obey or not. What
+// somebody sends to the process that he has started is meant for the one that works, and the
+// terminal's closing, which comes to all, does no harm when it comes twice.
+void LeaveSignalsToMembers() {
+  std::signal(SIGINT, SIG_IGN);
+  std::signal(SIGQUIT, SIG_IGN);
+  for (const int number : {SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    if (sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) continue;
+    action = {};
+    action.sa_handler = HandOn;
+    sigaction(number, &action, nullptr);
+  }
+}
+
+// The terminal as it was found; a member that was killed has not put it back.
+class TerminalModes {
+ public:
+  TerminalModes() : is_known_(tcgetattr(STDIN_FILENO, &modes_) == 0) {}
+  void PutBack() const {
+    if (is_known_ && tcgetpgrp(STDIN_FILENO) == getpgrp())
+      tcsetattr(STDIN_FILENO, TCSANOW, &modes_);
+  }
+
+ private:
+  termios modes_{};
+  bool is_known_;
+};
+
 // Reads the ids of all members until the chain is over.
 std::vector<pid_t> ReadMembers(int pipe, pid_t first) {
   std::vector<pid_t> members = {first};
@@ -58,6 +98,7 @@ std::vector<pid_t> ReadMembers(int pipe, pid_t first) {
     const ssize_t count = read(pipe, &member, sizeof(member));
     if (count == static_cast<ssize_t>(sizeof(member))) {
       members.push_back(member);
+      working_member = member;
     } else if (count >= 0 || errno != EINTR) {
       return members;
     }
@@ -77,14 +118,16 @@ std::optional<int> WaitForMember(pid_t member) {
   return std::nullopt;
 }
 
-int WaitForChain(int pipe, pid_t first) {
-  // Keys of the terminal reach the members by themselves; it is for them to obey or not.
-  std::signal(SIGINT, SIG_IGN);
-  std::signal(SIGQUIT, SIG_IGN);
+int WaitForChain(int pipe, pid_t first, const TerminalModes& modes) {
+  working_member = first;
+  LeaveSignalsToMembers();
   const std::vector<pid_t> members = ReadMembers(pipe, first);
+  working_member = 0;
   for (auto member = members.rbegin(); member != members.rend(); ++member) {
     const std::optional<int> exit_code = WaitForMember(*member);
-    if (exit_code) return *exit_code;
+    if (!exit_code) continue;
+    if (*exit_code > kKilled) modes.PutBack();
+    return *exit_code;
   }
   return EXIT_FAILURE;
 }
@@ -117,6 +160,7 @@ std::optional<int> WaitForUpdaterChain() {
   UniqueDescriptor write_end(ends[1]);
   // Members whose starter has ended become children of this process.
   if (prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) != 0) return std::nullopt;
+  const TerminalModes modes;
   const pid_t first = fork();
   if (first == 0) {
     PipeSlot() = std::move(write_end);
@@ -128,7 +172,7 @@ std::optional<int> WaitForUpdaterChain() {
     return std::nullopt;
   }
   write_end.Reset();
-  return WaitForChain(read_end.Get(), first);
+  return WaitForChain(read_end.Get(), first, modes);
 }
 
 }  // namespace platform
