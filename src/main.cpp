@@ -2,8 +2,8 @@
 #include "platform/host.h"
 #include "startup/main_procedure.h"
 #include "startup/services/updater_settings.h"
+#include "ui/downloading_form.h"
 #include "ui/error_form.h"
-#include "ui/progress_lines.h"
 
 int main(int argc, char** argv) {
   if (const auto exit_code = platform::WaitForUpdaterChain()) return *exit_code;
@@ -11,6 +11,6 @@ int main(int argc, char** argv) {
   platform::CurrentPorts() = host->MakePorts();
   tmw::SetErrorEnvironment({[] { return std::make_unique<tmw::ErrorForm>(); },
                             [] { return tmw::GetUpdaterSettings().NoFinalMessage; }});
-  tmw::Main([] { return std::make_unique<tmw::ProgressLines>(tmw::ExitUpdater); });
+  tmw::Main([] { return std::make_unique<tmw::DownloadingForm>(tmw::ExitUpdater); });
   return 0;
 }

@@ -5,12 +5,12 @@
 #include "foundation/version.h"
 #include "platform/front_end.h"
 #include "platform/ports.h"
+#include "ui/ui_texts.h"
 
 namespace tmw {
 namespace {
 
 constexpr std::string_view kSectionSeparator = "\x01";
-constexpr const char* kDefaultTitle = "Ошибка";
 
 // On lines of its own behind what is there.
 std::string DashLine() {
@@ -54,16 +54,31 @@ void ErrorForm::Compose(const std::string& message, const std::string& chain, st
 void ErrorForm::Execute(const std::string& message, const std::string& chain, std::int32_t code,
                         const std::string& caption) {
   Compose(message, chain, code);
-  const std::string title = caption.empty() ? kDefaultTitle : caption;
-  platform::FrontEnd& front_end = *platform::CurrentPorts().front_end;
-  if (!front_end.CanAsk()) {
-    front_end.ShowMessage(platform::MessageKind::kWarning, title, full_text_);
-    return;
-  }
-  while (front_end.AskYesNo(
-      title, VisibleText() + std::string(kCrLf) + std::string(kCrLf) + DetailsButtonText())) {
-    ToggleDetails();
-  }
+  view_ = platform::CurrentPorts().front_end->MakeErrorView();
+  view_->SetTexts({.title = caption.empty() ? ui_texts::kErrorTitle : caption,
+                   .label = ui_texts::kErrorLabel,
+                   .short_text = short_text_,
+                   .full_text = full_text_,
+                   .copy_button = ui_texts::kCopy,
+                   .close_button = ui_texts::kClose});
+  ApplyView();
+  view_->Run(*this);
+  view_.reset();
+}
+
+void ErrorForm::ApplyView() {
+  view_->SetDetailView(detail_view_,
+                       detail_view_ ? ui_texts::kLessDetails : ui_texts::kMoreDetails);
+}
+
+void ErrorForm::OnDetails() {
+  detail_view_ = !detail_view_;
+  ApplyView();
+}
+
+void ErrorForm::OnCopy() {
+  // Without a clipboard the text is at least where it can be selected.
+  if (!view_->CopyText(full_text_) && !detail_view_) OnDetails();
 }
 
 }  // namespace tmw

@@ -1,25 +1,24 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "foundation/error_handling.h"
+#include "platform/error_view.h"
 
 namespace tmw {
 
 // The window that ends the life of an error: the message in a short view and, on request, a
-// detailed text that can be sent to support. It is shown as a box of the front end whose question
-// is the details button; where nobody can answer, the detailed text is printed.
-class ErrorForm final : public ErrorWindow {
+// detailed text that can be sent to support. The view shows and keeps no rules.
+class ErrorForm final : public ErrorWindow, private platform::ErrorViewEvents {
  public:
+  // Modal; where nobody can answer, the detailed text is printed.
   void Execute(const std::string& message, const std::string& chain, std::int32_t code,
                const std::string& caption) override;
 
   // Sets both texts. Sections of the message are separated by the character with code 1.
   void Compose(const std::string& message, const std::string& chain, std::int32_t code);
-
-  // The details button: to the other view.
-  void ToggleDetails() { detail_view_ = !detail_view_; }
 
   // The message's first section.
   const std::string& ShortText() const { return short_text_; }
@@ -28,10 +27,13 @@ class ErrorForm final : public ErrorWindow {
   const std::string& FullText() const { return full_text_; }
 
   bool DetailView() const { return detail_view_; }
-  const std::string& VisibleText() const { return detail_view_ ? full_text_ : short_text_; }
-  const char* DetailsButtonText() const { return detail_view_ ? "Подробнее  <<" : "Подробнее  >>"; }
 
  private:
+  void OnDetails() override;
+  void OnCopy() override;
+  void ApplyView();
+
+  std::unique_ptr<platform::ErrorView> view_;  // while it is shown
   std::string short_text_;
   std::string full_text_;
   bool detail_view_ = false;

@@ -55,22 +55,28 @@ TEST(ErrorForm, TheFullTextGathersWhatSupportNeeds) {
   EXPECT_EQ(form.FullText(), "Беда" + kDashes + build);
 }
 
-TEST(ErrorForm, TheDetailsButtonSwitchesBetweenTheViews) {
+TEST(ErrorForm, DetailsAndCopyingActOnTheWholeText) {
   const tests::ScopedPorts ports;
   tests::ScriptedFrontEnd front_end;
   ports->front_end = &front_end;
-  front_end.answers = {true, true, false};
   ErrorForm form;
+  front_end.windows.on_error = [&](platform::ErrorViewEvents& events) {
+    events.OnCopy();
+    events.OnDetails();
+    events.OnDetails();
+    front_end.windows.has_clipboard = false;
+    events.OnCopy();
+  };
   form.Execute("A\x01Б", "", 0, "");
-  const std::string shown_short = "question|Ошибка|A\r\n\r\nПодробнее  >>";
-  EXPECT_EQ(front_end.log,
-            (std::vector<std::string>{
-                shown_short, "question|Ошибка|" + form.FullText() + "\r\n\r\nПодробнее  <<",
-                shown_short}));
-  front_end.log.clear();
-  front_end.can_ask = false;
-  form.Execute("A\x01Б", "", 0, "Заголовок");
-  EXPECT_EQ(front_end.log, std::vector<std::string>{"warning|Заголовок|" + form.FullText()});
+  const std::string copied = "copy " + form.FullText();
+  EXPECT_EQ(front_end.windows.log,
+            (std::vector<std::string>{"error Ошибка|A|" + form.FullText(), "short Подробнее  >>",
+                                      copied, "full Подробнее  <<", "short Подробнее  >>", copied,
+                                      "full Подробнее  <<"}));
+  front_end.windows.log.clear();
+  front_end.windows.on_error = nullptr;
+  ErrorForm().Execute("A", "", 0, "Заголовок");
+  EXPECT_TRUE(front_end.windows.log.front().starts_with("error Заголовок|A|A"));
 }
 
 }  // namespace

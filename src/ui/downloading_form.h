@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "engine/updater_events.h"
+#include "platform/progress_view.h"
+#include "startup/services/progress_window.h"
+#include "ui/transfer_pace.h"
+
+namespace tmw {
+
+class KsUpdater;
+
+// The window of a run: starts the run once it is on the screen, shows what the run tells, and turns
+// a press of its button into the answer that the run asks for. The view shows and keeps no rules.
+//
+// Stage, detail, picture and button go to the view at once. Bar and counter go there about as often
+// as a person can see, which is rarely compared with a run's reports; the last one held back
+// follows with a later check or with the next stage.
+class DownloadingForm final : public ProgressWindow,
+                              public UpdaterEvents,
+                              private platform::ProgressViewEvents {
+ public:
+  // exit_updater ends this process once the next updater runs; the window is closed before.
+  explicit DownloadingForm(std::function<void()> exit_updater);
+  ~DownloadingForm() override;
+
+  // Modal, one run a form. A failure of the run is shown, not thrown; Updated is then false.
+  void Execute(const std::string& product_code, const std::string& url,
+               const std::string& fallback_url) override;
+
+  bool Updated() const override { return updated_; }
+  std::string NewVersion() const override { return new_version_; }
+
+  // The events of fUpdater.
+  void OnSetMainAction(const std::string& text) override { fUpdater_OnSetMainAction(text); }
+  void OnSetupProgress(std::int32_t max, bool show_count) override {
+    fUpdater_OnSetupProgress(max, show_count);
+  }
+  void OnSetProgress(std::int32_t value) override { fUpdater_OnSetProgress(value); }
+  void OnSetSubAction(const std::string& text) override { fUpdater_OnSetSubAction(text); }
+  void OnSetButtonMode(std::int32_t mode) override { fUpdater_OnSetButtonMode(mode); }
+  void OnSetIcon(const std::string& name) override { fUpdater_OnSetIcon(name); }
+  void OnCheckCancelPressed(bool& cancel) override { fUpdater_OnCheckCancelPressed(cancel); }
+
+  // Grouped by three with blanks, "1 234 567"; zero is empty, for the pattern has no digit for it.
+  static std::string FineNumStr(double value);
+
+ private:
+  void fUpdater_OnSetMainAction(const std::string& text);
+  void fUpdater_OnSetupProgress(std::int32_t max, bool show_count);
+  void fUpdater_OnSetProgress(std::int32_t value);
+  void fUpdater_OnSetSubAction(const std::string& text);
+  void fUpdater_OnSetButtonMode(std::int32_t mode);
+  void fUpdater_OnSetIcon(const std::string& name);
+  void fUpdater_OnCheckCancelPressed(bool& cancel);
+
+  // The events of the view. They end their errors here: there is no caller to handle them.
+  void OnShown() override { theTimer_Timer(); }
+  void OnCancel() override { theCancel_Click(); }
+  void OnStop() override;
+  void theTimer_Timer();
+  void theCancel_Click();
+
+  void Run();
+  void PaintProgress(std::int64_t now);
+  void PaintProgressIfDue();
+  void PaintHeldProgress();
+
+  std::function<void()> exit_updater_;
+  std::unique_ptr<platform::ProgressView> view_;
+  std::unique_ptr<KsUpdater> updater_;  // fUpdater
+  std::string product_code_;
+  std::string url_;
+  std::string fallback_url_;
+  bool is_timer_on_ = false;
+  bool is_asking_ = false;
+  bool cancel_enabled_ = false;
+  bool cancel_pressed_ = false;
+
+  std::int32_t progress_max_ = 0;
+  std::int32_t progress_value_ = 0;
+  bool show_count_ = false;
+  std::string max_words_;  // of progress_max_
+  bool is_progress_held_ = false;
+  std::int64_t last_painting_ = 0;
+  TransferPace pace_;  // of a range with a counter: such a range counts bytes
+
+  bool updated_ = false;
+  std::string new_version_;
+};
+
+}  // namespace tmw

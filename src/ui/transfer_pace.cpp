@@ -1,0 +1,107 @@
+#include "ui/transfer_pace.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace tmw {
+namespace {
+
+constexpr std::int64_t kLargestAdvance = 64 * 1024;
+constexpr std::int64_t kSample = 1000;
+// No sample at all for so long: the updater was busy with something else than the transfer.
+constexpr std::int64_t kLongestSample = 3000;
+constexpr std::int64_t kFirstWords = 3000;
+constexpr std::int64_t kSilence = 5000;
+constexpr double kFading = 8000;
+// How far the promised end may be from the computed one: of the time left, and at least.
+constexpr double kTolerance = 0.125;
+constexpr double kLeastTolerance = 2000;
+constexpr double kCorrection = 0.1;  // of a smaller deviation, with each sample
+
+constexpr std::int64_t kSecondStep = 5;
+constexpr std::int64_t kMostHours = 99;
+
+std::string SpeedWords(double bytes_per_second) {
+  constexpr std::array units = {"Б/с", "КБ/с", "МБ/с", "ГБ/с"};
+  double value = bytes_per_second;
+  std::size_t unit = 0;
+  for (; value >= 999.5 && unit + 1 < units.size(); ++unit)
+    value /= 1024;
+  const std::int64_t tenths = std::llround(value * 10);
+  const bool is_whole = unit == 0 || tenths >= 100;
+  const std::string number = is_whole
+                                 ? std::to_string(std::llround(value))
+                                 : std::to_string(tenths / 10) + "," + std::to_string(tenths % 10);
+  return number + " " + units.at(unit);
+}
+
+// Empty when there is nothing left, or far too much.
+std::string TimeLeftWords(double milliseconds) {
+  const auto seconds = static_cast<std::int64_t>(std::ceil(milliseconds / 1000));
+  if (seconds <= 0) return {};
+  const std::string left = ", осталось ";
+  const std::int64_t stepped = (seconds + kSecondStep - 1) / kSecondStep * kSecondStep;
+  if (stepped < 60) return left + std::to_string(stepped) + " с";
+  const std::int64_t minutes = (seconds + 59) / 60;
+  if (minutes < 60) return left + std::to_string(minutes) + " мин";
+  const std::int64_t hours = minutes / 60;
+  if (hours > kMostHours) return {};
+  const std::string rest = minutes % 60 == 0 ? "" : " " + std::to_string(minutes % 60) + " мин";
+  return left + std::to_string(hours) + " ч" + rest;
+}
+
+}  // namespace
+
+void TransferPace::Start(std::int64_t total, std::int64_t now) {
+  total_ = total;
+  position_ = 0;
+  words_.clear();
+  Forget(now);
+}
+
+void TransferPace::Forget(std::int64_t now) {
+  known_since_ = sample_start_ = last_arrival_ = now;
+  received_ = 0;
+  averaged_bytes_ = averaged_time_ = end_ = 0;
+}
+
+void TransferPace::Advance(std::int64_t position) {
+  const std::int64_t advance = position - std::exchange(position_, position);
+  if (advance > 0 && advance <= kLargestAdvance) received_ += advance;
+}
+
+bool TransferPace::Update(std::int64_t now) {
+  const std::int64_t passed = now - sample_start_;
+  if (passed < kSample) return false;
+  sample_start_ = now;
+  const std::int64_t received = std::exchange(received_, 0);
+  if (passed > kLongestSample) {
+    // The promise, the speed and the silence count busy time as if it had not been.
+    known_since_ += passed;
+    last_arrival_ += passed;
+    end_ += end_ > 0 ? static_cast<double>(passed) : 0;
+    return false;
+  }
+  const double fading = std::exp(-static_cast<double>(passed) / kFading);
+  averaged_bytes_ = averaged_bytes_ * fading + static_cast<double>(received);
+  averaged_time_ = averaged_time_ * fading + static_cast<double>(passed);
+  if (received > 0) last_arrival_ = now;
+  if (now - last_arrival_ >= kSilence) Forget(now);
+  std::string words = now - known_since_ < kFirstWords ? "" : MakeWords(now);
+  return std::exchange(words_, std::move(words)) != words_;
+}
+
+std::string TransferPace::MakeWords(std::int64_t now) {
+  const double speed = averaged_bytes_ / averaged_time_;  // per millisecond
+  if (speed <= 0) return {};
+  const double left = static_cast<double>(total_ - position_) / speed;
+  const double computed_end = static_cast<double>(now) + left;
+  const double tolerance = std::max(left * kTolerance, kLeastTolerance);
+  const bool is_guessed_wrong = end_ <= 0 || std::abs(computed_end - end_) > tolerance;
+  end_ = is_guessed_wrong ? computed_end : end_ + (computed_end - end_) * kCorrection;
+  return SpeedWords(speed * 1000) + TimeLeftWords(end_ - static_cast<double>(now));
+}
+
+}  // namespace tmw
