@@ -2,6 +2,7 @@
 
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): sigtimedwait is POSIX
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -65,10 +66,16 @@ bool IsForegroundOf(int stream) {
   return foreground == -1 || foreground == getpgrp();
 }
 
+// A reader at the end of a pipe may write to the same terminal.
+bool IsPipe(int stream) {
+  struct stat facts {};
+  return fstat(stream, &facts) == 0 && (S_ISFIFO(facts.st_mode) || S_ISSOCK(facts.st_mode));
+}
+
 bool CanMoveCursor() {
   const char* const type = std::getenv("TERM");
   const std::string_view name = type == nullptr ? "" : type;
-  return isatty(STDERR_FILENO) != 0 && !name.empty() && name != "dumb";
+  return isatty(STDERR_FILENO) != 0 && !IsPipe(STDOUT_FILENO) && !name.empty() && name != "dumb";
 }
 
 }  // namespace

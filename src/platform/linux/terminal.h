@@ -27,7 +27,8 @@ class Terminal {
   // not in its background.
   bool CanAnswer() const;
 
-  // True when the error stream is a terminal on which a cursor can be moved.
+  // True when the error stream is a terminal on which a cursor can be moved, and nobody reads the
+  // output who may write to the same terminal.
   bool HasCursor() const { return has_cursor_; }
 
   // False while the user's shell has the terminal for itself.

@@ -26,7 +26,6 @@ namespace {
 // A member becomes this process's child only when its starter is quite gone.
 constexpr int kAdoptionAttempts = 400;
 constexpr long kAdoptionPauseNanoseconds = 5'000'000;
-constexpr int kKilled = 128;  // exit codes above it tell of a signal
 
 UniqueDescriptor TakeOverPipe() {
   const char* const variable = std::getenv(kChainVariable);
@@ -76,7 +75,8 @@ void LeaveSignalsToMembers() {
   }
 }
 
-// The terminal as it was found; a member that was killed has not put it back.
+// The terminal as it was found. A member that was killed has not put it back, and one that took
+// over from another may have found what that one had set.
 class TerminalModes {
  public:
   TerminalModes() : is_known_(tcgetattr(STDIN_FILENO, &modes_) == 0) {}
@@ -123,11 +123,10 @@ int WaitForChain(int pipe, pid_t first, const TerminalModes& modes) {
   LeaveSignalsToMembers();
   const std::vector<pid_t> members = ReadMembers(pipe, first);
   working_member = 0;
+  modes.PutBack();
   for (auto member = members.rbegin(); member != members.rend(); ++member) {
     const std::optional<int> exit_code = WaitForMember(*member);
-    if (!exit_code) continue;
-    if (*exit_code > kKilled) modes.PutBack();
-    return *exit_code;
+    if (exit_code) return *exit_code;
   }
   return EXIT_FAILURE;
 }
