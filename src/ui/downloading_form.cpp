@@ -118,8 +118,8 @@ void DownloadingForm::fUpdater_OnSetupProgress(std::int32_t max, bool show_count
   show_count_ = show_count;
   max_words_ = show_count ? FineNumStr(max) : "";
   last_painting_ = Now();
+  if (!pace_.Words().empty()) view_->SetPace("");
   pace_.Start(max, last_painting_);
-  view_->SetPace("");
   if (max != 0) view_->SetProgress(0, show_count ? "0/" + max_words_ : "");
   const platform::BarKind kind =
       show_count ? platform::BarKind::kBarWithCounter : platform::BarKind::kBar;

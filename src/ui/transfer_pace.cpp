@@ -8,7 +8,7 @@
 namespace tmw {
 namespace {
 
-constexpr std::int64_t kLargestAdvance = 64 * 1024;
+constexpr std::int64_t kLargestAdvance = 65536;
 constexpr std::int64_t kSample = 1000;
 // No sample at all for so long: the updater was busy with something else than the transfer.
 constexpr std::int64_t kLongestSample = 3000;

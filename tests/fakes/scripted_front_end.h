@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/front_end.h"
@@ -16,7 +15,6 @@ namespace tests {
 struct WindowScript {
   std::vector<std::string> log;                               // as "name value"
   std::function<void(platform::ProgressViewEvents&)> on_run;  // default: the window is shown
-  platform::ProgressViewEvents* open = nullptr;               // the window on the screen
   std::function<void(platform::ErrorViewEvents&)> on_error;
   bool has_clipboard = true;
 };
@@ -35,16 +33,12 @@ class RecordingProgressView final : public platform::ProgressView {
   void SetProgress(double percent, const std::string& counter) override {
     Add("progress " + std::to_string(percent).substr(0, 4) + " " + counter);
   }
-  void SetPace(const std::string& text) override {
-    if (text != std::exchange(pace_, text)) Add("pace " + text);
-  }
+  void SetPace(const std::string& text) override { Add("pace " + text); }
   void SetButton(const std::string& caption, bool is_enabled) override {
     Add("button " + caption + (is_enabled ? "" : " disabled"));
   }
   void Run(platform::ProgressViewEvents& events) override {
-    script_.open = &events;
     script_.on_run ? script_.on_run(events) : events.OnShown();
-    script_.open = nullptr;
   }
   void Close() override { Add("close"); }
 
@@ -52,7 +46,6 @@ class RecordingProgressView final : public platform::ProgressView {
   void Add(const std::string& line) { script_.log.push_back(line); }
 
   WindowScript& script_;
-  std::string pace_;
 };
 
 class RecordingErrorView final : public platform::ErrorView {

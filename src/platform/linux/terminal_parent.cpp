@@ -64,8 +64,8 @@ void HandOn(int number) {
 // somebody sends to the process that he has started is meant for the one that works, and the
 // terminal's closing, which comes to all, does no harm when it comes twice.
 void LeaveSignalsToMembers() {
-  std::signal(SIGINT, SIG_IGN);
-  std::signal(SIGQUIT, SIG_IGN);
+  static_cast<void>(std::signal(SIGINT, SIG_IGN));
+  static_cast<void>(std::signal(SIGQUIT, SIG_IGN));
   for (const int number : {SIGTERM, SIGHUP}) {
     struct sigaction action {};
     if (sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) continue;

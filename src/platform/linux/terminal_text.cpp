@@ -65,8 +65,8 @@ class UnicodeWidths {
  private:
   // Without the system's Unicode locale every character counts as one column.
   static locale_t Locale() {
-    static const UniqueHandle<LocaleTraits> locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr));
-    return locale.Get();
+    static const UniqueHandle<LocaleTraits> kLocale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr));
+    return kLocale.Get();
   }
 
   locale_t saved_;
