@@ -9,6 +9,10 @@ packages=(
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
   libcurl4-openssl-dev libsqlite3-dev libxml2-dev zlib1g-dev
   googletest libbenchmark-dev
+  # the windows: Qt, and the pictures of both front ends
+  qt6-base-dev librsvg2-bin
+  # screenshots, and clicks into the windows
+  fonts-dejavu-core imagemagick xauth xdotool xvfb
   # SQLite for the Windows tests is built from its source package
   tcl xz-utils
   # running the Windows programs
