@@ -27,3 +27,22 @@ function(tmw_pictures result)
   endforeach()
   set(${result} ${pictures} PARENT_SCOPE)
 endfunction()
+
+# tmw_picture_resource(RESULT pictures...): a source that holds the pictures as the Qt resource
+# ":/pictures/<name>-<size>.png".
+function(tmw_picture_resource result)
+  set(list ${CMAKE_CURRENT_BINARY_DIR}/pictures.qrc)
+  set(source ${CMAKE_CURRENT_BINARY_DIR}/qrc_pictures.cpp)
+  set(lines)
+  foreach(picture IN LISTS ARGN)
+    cmake_path(GET picture FILENAME name)
+    string(APPEND lines "    <file alias=\"${name}\">${picture}</file>\n")
+  endforeach()
+  file(CONFIGURE OUTPUT ${list} CONTENT
+    "<RCC>\n  <qresource prefix=\"/pictures\">\n${lines}  </qresource>\n</RCC>\n")
+  add_custom_command(OUTPUT ${source}
+    COMMAND Qt6::rcc --name pictures --output ${source} ${list}
+    DEPENDS ${list} ${ARGN}
+    VERBATIM)
+  set(${result} ${source} PARENT_SCOPE)
+endfunction()

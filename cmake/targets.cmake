@@ -57,7 +57,9 @@ function(tmw_test name)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 300)
   endif()
-  set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+  # No windows on the screen of whoever runs the tests.
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT_MODIFICATION TMW_FRONT_END=set:terminal)
   if(NOT ARG_MAY_SKIP)
     set_tests_properties(${name} PROPERTIES FAIL_REGULAR_EXPRESSION "\\[  SKIPPED ")
   endif()

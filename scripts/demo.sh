@@ -10,6 +10,7 @@ updater=$PWD/build/linux-release/bin/TmWebUpdate
 demo=$PWD/build/demo
 rm -rf "$demo"
 mkdir -p "$demo/product/tm"
+export TMW_FRONT_END=terminal # what it says is read here, not in windows
 export TAMRIN_MACHINE_REG=$demo/machine.reg TAMRIN_USER_REG=$demo/user.reg
 cat >"$TAMRIN_MACHINE_REG" <<END
 REGEDIT4

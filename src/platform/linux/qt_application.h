@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QApplication>
+#include <QDialog>
+#include <QIcon>
+#include <QString>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+// True when the environment names a display and a window could be opened on it. Tried by a
+// short-lived child process, because Qt ends a process that cannot open its display.
+bool CanOpenDisplay();
+
+// The window of a run while it is open, as the boxes above it see it.
+class OpenWindow {
+ public:
+  virtual ~OpenWindow() = default;
+
+  virtual QWidget& Widget() = 0;
+
+  // Tells the listener what the person has done meanwhile.
+  virtual void RaiseEvents() = 0;
+
+  // True when the person or the system insists on the end: boxes close themselves.
+  virtual bool IsEndAsked() = 0;
+
+  // A box has been answered: what was pressed before asked for no more than that.
+  virtual void ForgetPresses() = 0;
+};
+
+// Qt in this process. While it exists the process's locale stays as it was before.
+class QtApplication {
+ public:
+  QtApplication();
+
+  // Lets events of all windows run and waits for the first one, at most for the given time; 0: does
+  // not wait.
+  static void RunEvents(int milliseconds);
+
+  void SetOpenWindow(OpenWindow* window) { open_window_ = window; }
+  void RaiseEvents();
+
+  // Shows a box until it is answered, or closes itself.
+  void RunBox(QDialog& box);
+
+  // The window that boxes belong to; null: none is open.
+  QWidget* BoxOwner();
+  bool IsEndAsked();
+
+ private:
+  int argc_ = 1;  // Qt keeps references to both
+  char name_[12] = "TmWebUpdate";
+  char* argv_[2] = {name_, nullptr};
+  std::unique_ptr<QApplication> application_;
+  OpenWindow* open_window_ = nullptr;
+};
+
+// UTF-8 with CR LF or LF as Qt's text with LF.
+QString ToQt(std::string_view text);
+
+// Likewise for the face of a button, where "&" would mark a key.
+QString ToButtonText(const std::string& text);
+
+// A picture by its name, in all its sizes.
+QIcon PictureNamed(const std::string& name);
+
+}  // namespace platform

@@ -1,0 +1,64 @@
+#include "platform/linux/qt_front_end.h"
+
+#include "platform/linux/qt_application.h"
+#include "platform/linux/qt_boxes.h"
+#include "platform/linux/qt_error_view.h"
+#include "platform/linux/qt_progress_view.h"
+
+namespace platform {
+namespace {
+
+class QtFrontEnd final : public FrontEnd {
+ public:
+  bool CanAsk() override { return true; }
+
+  void ShowMessage(MessageKind kind, const std::string& title, const std::string& text) override {
+    ShowMessageBox(Application(), kind, title, text);
+  }
+
+  bool AskYesNo(const std::string& title, const std::string& question) override {
+    return AskYesNoBox(Application(), title, question);
+  }
+
+  std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
+                                     bool is_secret) override {
+    return AskTextBox(Application(), title, prompt, is_secret);
+  }
+
+  void RunPendingEvents() override {
+    if (!application_) return;
+    QtApplication::RunEvents(0);
+    application_->RaiseEvents();
+  }
+
+  void ResetCursor() override {
+    if (!application_) return;
+    while (QApplication::overrideCursor() != nullptr)
+      QApplication::restoreOverrideCursor();
+  }
+
+  std::unique_ptr<ProgressView> MakeProgressView() override {
+    return std::make_unique<QtProgressView>(Application());
+  }
+
+  std::unique_ptr<ErrorView> MakeErrorView() override {
+    return std::make_unique<QtErrorView>(Application());
+  }
+
+ private:
+  QtApplication& Application() {
+    if (!application_) application_ = std::make_unique<QtApplication>();
+    return *application_;
+  }
+
+  std::unique_ptr<QtApplication> application_;
+};
+
+}  // namespace
+
+std::unique_ptr<FrontEnd> TryMakeQtFrontEnd() {
+  if (!CanOpenDisplay()) return nullptr;
+  return std::make_unique<QtFrontEnd>();
+}
+
+}  // namespace platform

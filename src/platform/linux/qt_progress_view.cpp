@@ -1,0 +1,245 @@
+#include "platform/linux/qt_progress_view.h"
+
+#include <QCloseEvent>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QHBoxLayout>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <QWindow>
+#include <cmath>
+#include <utility>
+
+#include "platform/linux/qt_labels.h"
+
+namespace platform {
+namespace {
+
+constexpr int kDetailLines = 2;
+constexpr int kTextWidth = 76;     // in characters
+constexpr int kBarSteps = 1000;    // of the whole bar
+constexpr int kGap = 12;           // logical pixels between the parts
+constexpr int kWaitSlice = 100;    // milliseconds
+constexpr int kScreenWait = 2000;  // milliseconds until the window must be on the screen
+
+}  // namespace
+
+// The window itself. It has one size for good, whatever it shows.
+class ProgressDialog final : public QDialog {
+ public:
+  ProgressDialog();
+
+  void LeaveBar(BarKind kind);
+
+  // True once after each press of the button, the cross or Esc.
+  bool TakeCancel() { return std::exchange(cancel_noted_, false); }
+
+  // Esc, and with closeEvent the cross. The window closes only when it is told to.
+  void reject() override { cancel_noted_ = true; }
+
+  PictureView picture{this};
+  FixedLabel stage{1, this};
+  FixedLabel detail{kDetailLines, this};
+  QWidget bar_line{this};
+  QProgressBar bar{&bar_line};
+  QLabel counter{&bar_line};
+  FixedLabel pace{1, this};
+  QPushButton button{this};
+
+ protected:
+  void closeEvent(QCloseEvent* event) override {
+    event->ignore();
+    reject();
+  }
+
+ private:
+  bool cancel_noted_ = false;
+};
+
+ProgressDialog::ProgressDialog() {
+  setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                 Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                 Qt::WindowCloseButtonHint);
+  QFont bold = stage.font();
+  bold.setBold(true);
+  stage.setFont(bold);
+  pace.setForegroundRole(QPalette::PlaceholderText);
+  bar.setRange(0, kBarSteps);
+  bar.setTextVisible(false);
+  counter.setTextFormat(Qt::PlainText);
+  counter.setMinimumWidth(counter.fontMetrics().horizontalAdvance("000 000 000/000 000 000"));
+  counter.setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  button.setDefault(true);
+  connect(&button, &QPushButton::clicked, this, [this] { reject(); });
+  stage.setAccessibleName("Этап");
+  detail.setAccessibleName("Подробности");
+  bar.setAccessibleName("Ход обновления");
+  counter.setAccessibleName("Выполнено");
+  pace.setAccessibleName("Скорость и оставшееся время");
+
+  auto* bar_layout = new QHBoxLayout(&bar_line);
+  bar_layout->setContentsMargins(0, 0, 0, 0);
+  bar_layout->setSpacing(kGap);
+  bar_layout->addWidget(&bar, 1);
+  bar_layout->addWidget(&counter);
+  auto* texts = new QVBoxLayout;
+  texts->setSpacing(kGap * 2 / 3);
+  texts->addWidget(&stage);
+  texts->addWidget(&bar_line);
+  texts->addWidget(&detail);
+  texts->addStretch(1);
+  auto* upper = new QHBoxLayout;
+  upper->setSpacing(kGap);
+  upper->addWidget(&picture, 0, Qt::AlignTop);
+  upper->addLayout(texts, 1);
+  auto* lower = new QHBoxLayout;
+  lower->setSpacing(kGap);
+  lower->addSpacing(picture.width() + kGap);
+  lower->addWidget(&pace, 1);
+  lower->addWidget(&button);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(kGap, kGap, kGap, kGap);
+  layout->setSpacing(kGap);
+  layout->addLayout(upper);
+  layout->addLayout(lower);
+  const int text_width = fontMetrics().averageCharWidth() * kTextWidth;
+  setFixedSize(picture.width() + text_width + 3 * kGap, layout->sizeHint().height());
+  LeaveBar(BarKind::kNone);
+}
+
+void ProgressDialog::LeaveBar(BarKind kind) {
+  bar_line.setVisible(kind != BarKind::kNone);
+  counter.setVisible(kind == BarKind::kBarWithCounter);
+  counter.clear();
+  bar.setValue(0);
+  layout()->activate();
+}
+
+QtProgressView::QtProgressView(QtApplication& application)
+    : application_(application), dialog_(std::make_unique<ProgressDialog>()) {}
+
+QtProgressView::~QtProgressView() = default;
+
+void QtProgressView::SetCaption(const std::string& text) {
+  dialog_->setWindowTitle(ToQt(text));
+}
+
+void QtProgressView::SetStage(const std::string& text) {
+  dialog_->stage.SetText(text);
+}
+
+void QtProgressView::SetDetail(const std::string& text) {
+  dialog_->detail.SetText(text);
+}
+
+void QtProgressView::SetPicture(const std::string& name) {
+  dialog_->picture.SetPicture(name);
+}
+
+void QtProgressView::ShowBar(BarKind kind) {
+  dialog_->LeaveBar(kind);
+  dialog_->repaint();
+}
+
+void QtProgressView::SetProgress(double percent, const std::string& counter) {
+  dialog_->bar.setValue(static_cast<int>(std::lround(percent * kBarSteps / 100)));
+  const QString text = ToQt(counter);
+  if (text == dialog_->counter.text()) return;
+  dialog_->counter.setText(text);
+  // The bar gives way to a longer counter and never takes the room back: it would tremble.
+  const int width = dialog_->counter.sizeHint().width();
+  if (width > dialog_->counter.minimumWidth()) {
+    dialog_->counter.setMinimumWidth(width);
+    dialog_->layout()->activate();
+  }
+  dialog_->bar_line.repaint();
+}
+
+void QtProgressView::SetPace(const std::string& text) {
+  dialog_->pace.SetText(text);
+}
+
+void QtProgressView::SetButton(const std::string& caption, bool is_enabled) {
+  QPushButton& button = dialog_->button;
+  button.setText(ToButtonText(caption));
+  button.setEnabled(is_enabled);
+  if (is_enabled) button.setFocus();
+  dialog_->layout()->activate();
+  button.repaint();
+}
+
+void QtProgressView::ShowAndWaitForScreen() {
+  dialog_->show();
+  QElapsedTimer waited;
+  waited.start();
+  while (!dialog_->windowHandle()->isExposed() && waited.elapsed() < kScreenWait)
+    QtApplication::RunEvents(kWaitSlice);
+}
+
+void QtProgressView::Run(ProgressViewEvents& events) {
+  struct Opened {
+    QtProgressView& view;
+    ~Opened() { view.Close(); }
+  };
+  events_ = &events;
+  signals_.emplace();
+  application_.SetOpenWindow(this);
+  const Opened opened{*this};
+  ShowAndWaitForScreen();
+  events.OnShown();
+  while (events_ != nullptr) {
+    QtApplication::RunEvents(kWaitSlice);
+    RaiseEvents();
+  }
+}
+
+void QtProgressView::Close() {
+  if (events_ == nullptr) return;
+  events_ = nullptr;
+  signals_.reset();
+  application_.SetOpenWindow(nullptr);
+  dialog_->hide();
+}
+
+QWidget& QtProgressView::Widget() {
+  return *dialog_;
+}
+
+void QtProgressView::NoteSignals() {
+  if (events_ == nullptr || !signals_->HasNews()) return;
+  const TerminalSignals::News news = signals_->Take();
+  interrupts_ += news.interrupts;
+  if (news.interrupts > 0) dialog_->reject();
+  if (news.is_stop || (news.interrupts > 0 && interrupts_ > 1)) is_stop_noted_ = true;
+}
+
+bool QtProgressView::IsEndAsked() {
+  NoteSignals();
+  return is_stop_noted_;
+}
+
+void QtProgressView::ForgetPresses() {
+  NoteSignals();
+  interrupts_ = 0;
+  dialog_->TakeCancel();
+}
+
+void QtProgressView::RaiseEvents() {
+  if (is_raising_ || events_ == nullptr) return;
+  struct Raising {
+    bool& flag;
+    explicit Raising(bool& raising) : flag(raising) { flag = true; }
+    ~Raising() { flag = false; }
+  };
+  const Raising raising(is_raising_);
+  NoteSignals();
+  const bool is_cancel = dialog_->TakeCancel();
+  if (std::exchange(is_stop_noted_, false)) {
+    events_->OnStop();
+  } else if (is_cancel) {
+    events_->OnCancel();
+  }
+}
+
+}  // namespace platform
