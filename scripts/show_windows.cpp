@@ -1,0 +1,141 @@
+// Shows one window as it looks in the middle of a run, until the program is ended: for looking at
+// it and for scripts/screenshots.sh. Without a name it lists the names.
+#include <cstdio>
+#include <string_view>
+
+#include "engine/engine_texts.h"
+#include "foundation/error_handling.h"
+#include "platform/front_end.h"
+#include "platform/host.h"
+#include "platform/ports.h"
+#include "platform/system_info.h"
+#include "ui/error_form.h"
+#include "ui/ui_texts.h"
+
+namespace {
+
+using platform::BarKind;
+namespace engine_texts = tmw::engine_texts;
+namespace ui_texts = tmw::ui_texts;
+
+struct State {
+  const char* name;
+  const char* stage;
+  const char* detail;
+  const char* picture;
+  BarKind bar;
+  double percent;
+  const char* counter;
+  const char* pace;
+  bool can_cancel;
+};
+
+constexpr State kStates[] = {
+    {"start", engine_texts::kGettingVersion, "", "", BarKind::kNone, 0, "", "", true},
+    {"download", engine_texts::kDownloading,
+     "https://update.example/TMW_5.12.340/Components/Reports/annual_report_templates.tmz.rar",
+     "download", BarKind::kBarWithCounter, 38.2, "12 345 678/32 318 400", "1,2 МБ/с, осталось 16 с",
+     true},
+    {"scan", engine_texts::kSelecting, "Справочник: Классификатор основных средств", "scan",
+     BarKind::kBar, 61, "", "", true},
+    {"dbnew", "Формирование справочной базы данных...", "Импорт справочника BankList ...", "dbnew",
+     BarKind::kBar, 24, "", "", true},
+    {"dbgear", "Обновление рабочей базы данных...", "Создание временной копии базы данных...",
+     "dbgear", BarKind::kNone, 0, "", "", true},
+    {"trash", engine_texts::kRemovingOld, "Reports.tms", "trash", BarKind::kBar, 45, "", "", false},
+    {"install", engine_texts::kInstalling, "TmReports.dll", "install", BarKind::kBar, 80, "", "",
+     false},
+    {"brush", engine_texts::kCleaning, "", "brush", BarKind::kNone, 0, "", "", true},
+};
+
+// The same machine in every picture.
+class ExampleSystem final : public platform::SystemInfo {
+ public:
+  std::optional<platform::OsFacts> Os() override {
+    return platform::OsFacts{6, 1, 7601, 2, "Service Pack 1"};
+  }
+  platform::HardwareFacts Hardware() override {
+    return {2047U << 20U, 1024U << 20U, 2047U << 20U, 1900U << 20U, 4};
+  }
+  platform::SystemFolders Folders() override { return {}; }
+};
+
+// Brings the window of a run into a state and leaves it there.
+class Exhibition final : public platform::ProgressViewEvents {
+ public:
+  Exhibition(platform::ProgressView& view, const State& state, bool is_question)
+      : view_(view), state_(state), is_question_(is_question) {}
+
+  void OnShown() override {
+    // With a bar first: the window must look the same whatever it showed before.
+    view_.ShowBar(BarKind::kBarWithCounter);
+    view_.SetStage(state_.stage);
+    view_.SetPicture(state_.picture);
+    view_.ShowBar(state_.bar);
+    view_.SetProgress(state_.percent, state_.counter);
+    view_.SetDetail(state_.detail);
+    view_.SetPace(state_.pace);
+    view_.SetButton(ui_texts::kCancel, state_.can_cancel);
+    if (is_question_) {
+      platform::CurrentPorts().front_end->AskYesNo(ui_texts::kUpdateTitle,
+                                                   ui_texts::kCancelQuestion);
+    }
+  }
+
+  void OnCancel() override {}
+  void OnStop() override { view_.Close(); }
+
+ private:
+  platform::ProgressView& view_;
+  const State& state_;
+  bool is_question_;
+};
+
+void ShowState(const State& state, bool is_question) {
+  const auto view = platform::CurrentPorts().front_end->MakeProgressView();
+  view->SetCaption(ui_texts::kCaption);
+  Exhibition exhibition(*view, state, is_question);
+  view->Run(exhibition);
+}
+
+class NoEvents final : public platform::ErrorViewEvents {
+ public:
+  void OnDetails() override {}
+  void OnCopy() override {}
+};
+
+void ShowError(bool is_detailed) {
+  tmw::ErrorForm form;
+  form.Compose(
+      "Невозможно скопировать файл \"C:\\Tamrin\\Components\\TmReports.dll\": файл занят другим "
+      "процессом.\x01Размер файла: 1 234 567 байт.",
+      "mFileUtils.CopyFile\r\nKsUpdater.InstallComponents\r\nKsUpdater.Execute\r\n"
+      "Процесс не может получить доступ к файлу, так как этот файл занят другим процессом.",
+      32);
+  const auto view = platform::CurrentPorts().front_end->MakeErrorView();
+  view->SetTexts({ui_texts::kErrorTitle, ui_texts::kErrorLabel, form.ShortText(), form.FullText(),
+                  ui_texts::kCopy, ui_texts::kClose});
+  view->SetDetailView(is_detailed, is_detailed ? ui_texts::kLessDetails : ui_texts::kMoreDetails);
+  NoEvents events;
+  view->Run(events);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string_view wanted = argc > 1 ? argv[1] : "";
+  const auto host = platform::MakeHost(1, argv);
+  platform::CurrentPorts() = host->MakePorts();
+  static ExampleSystem system;
+  platform::CurrentPorts().system_info = &system;
+  for (const State& state : kStates) {
+    if (wanted.empty()) std::puts(state.name);
+    if (wanted == state.name) return ShowState(state, false), 0;
+  }
+  if (wanted.empty()) return std::puts("question\nerror-short\nerror-detailed"), 0;
+  if (wanted == "question") return ShowState(kStates[1], true), 0;
+  if (wanted == "error-short") return ShowError(false), 0;
+  if (wanted == "error-detailed") return ShowError(true), 0;
+  static_cast<void>(std::fprintf(stderr, "show_windows: there is no window \"%s\"\n", argv[1]));
+  return 2;
+}
