@@ -7,8 +7,9 @@ started=$SECONDS
 
 scripts/setup.sh
 scripts/build.sh linux-debug windows-x64 windows-x86
-# Makes the Wine prefix once, so that no test pays for it.
+# Makes the Wine prefixes once, so that no test pays for them.
 scripts/wine-run.sh cmd /c exit
+TMW_WINE_SCREEN=96 scripts/wine-run.sh cmd /c exit
 
 # One run over all build folders, so that one closing line tells the whole result.
 mkdir -p build/all-tests

@@ -1,26 +1,62 @@
 #!/usr/bin/env bash
 # Runs a Windows program under Wine with the settings that its tests rely on: a prefix of its own in
 # the build folder, the Russian locale (so that the code pages are 1251 and 866), no debug output.
-# Without a display no window can be made there and every box returns at once. TMW_WINE_GRAPHICS=null
-# chooses a second prefix, whose windows work but are drawn nowhere: boxes wait for an answer.
+# Without a display no window can be made there and every box returns at once.
+#
+# TMW_WINE_SCREEN=96 (or another number of dots per inch) gives the program a screen of that scale
+# that nobody sees, and windows that are really drawn and clicked. Such programs share a second
+# prefix and run one after another.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
-graphics=${TMW_WINE_GRAPHICS:-}
-export WINEPREFIX="${TMW_WINEPREFIX:-$root/build/wine}${graphics:+-$graphics}"
+screen=${TMW_WINE_SCREEN:-}
+export WINEPREFIX="${TMW_WINEPREFIX:-$root/build/wine}${screen:+-screen}"
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml=" LC_ALL=ru_RU.UTF-8
+unset DISPLAY
 mkdir -p "$(dirname "$WINEPREFIX")"
 if [ ! -f "$WINEPREFIX/.ready" ]; then
   (
     flock 9
     if [ ! -f "$WINEPREFIX/.ready" ]; then
       rm -rf "$WINEPREFIX"
-      wineboot --init >/dev/null 2>&1
-      if [ -n "$graphics" ]; then
-        wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d "$graphics" /f >/dev/null 2>&1
-      fi
+      wineboot --init >/dev/null 2>&1 9>&-
+      # Without this Wine waits two seconds at every window for a window manager to answer.
+      wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 9>&-
       wineserver --wait
       touch "$WINEPREFIX/.ready"
     fi
   ) 9>"$WINEPREFIX.lock"
 fi
-exec wine "$@"
+[ -n "$screen" ] || exec wine "$@"
+
+exec 9>"$WINEPREFIX.lock"
+flock 9
+state=$(mktemp -d)
+server=
+clean_up() {
+  wineserver --kill 9>&- || true
+  [ -z "$server" ] || kill "$server" 2>/dev/null || true
+  rm -rf "$state"
+}
+trap clean_up EXIT
+trap 'exit 143' INT TERM HUP
+# -displayfd: the server takes a free number itself. -terminate: it ends with its last client, also
+# when this script is killed.
+Xvfb -displayfd 3 -screen 0 1920x1200x24 -dpi "$screen" -nolisten tcp -terminate \
+  3>"$state/display" >/dev/null 2>&1 9>&- &
+server=$!
+for _ in $(seq 200); do
+  [ ! -s "$state/display" ] || break
+  sleep 0.05
+done
+DISPLAY=:$(cat "$state/display")
+export DISPLAY
+[ "$DISPLAY" != : ] || { echo "wine-run: the screen does not start" >&2; exit 1; }
+if [ "$screen" != "$(cat "$WINEPREFIX/.dpi" 2>/dev/null || echo 96)" ]; then
+  wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$screen" /f \
+    >/dev/null 2>&1 9>&-
+  wineserver --kill 9>&- || true
+  echo "$screen" >"$WINEPREFIX/.dpi"
+fi
+status=0
+wine "$@" 9>&- || status=$?
+exit "$status"
