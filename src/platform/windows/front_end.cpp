@@ -1,8 +1,10 @@
 #include "platform/front_end.h"
 
 #include "platform/windows/input_box.h"
+#include "platform/windows/view_window.h"
 #include "platform/windows/wide.h"
-#include "platform/windows/windows_headers.h"
+#include "platform/windows/win_error_view.h"
+#include "platform/windows/win_progress_view.h"
 
 namespace platform {
 namespace {
@@ -22,28 +24,39 @@ class WindowsFrontEnd final : public FrontEnd {
 
   std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
                                      bool is_secret) override {
-    return ShowInputBox(title, prompt, is_secret);
+    return ShowInputBox(CallAttention(), title, prompt, is_secret);
   }
 
-  void RunPendingEvents() override {
-    MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
-      if (message.message == WM_QUIT) {
-        PostQuitMessage(static_cast<int>(message.wParam));
-        return;
-      }
-      TranslateMessage(&message);
-      DispatchMessageW(&message);
-    }
-  }
+  void RunPendingEvents() override { open_.RunPending(); }
 
   void ResetCursor() override { SetCursor(LoadCursorW(nullptr, IDC_ARROW)); }
 
+  std::unique_ptr<ProgressView> MakeProgressView() override { return MakeWinProgressView(open_); }
+  std::unique_ptr<ErrorView> MakeErrorView() override { return MakeWinErrorView(open_); }
+
  private:
-  static int Show(const std::string& title, const std::string& text, UINT flags) {
-    return MessageBoxW(GetActiveWindow(), ToWide(text).c_str(), ToWide(title).c_str(),
-                       flags | MB_TASKMODAL | MB_SETFOREGROUND);
+  int Show(const std::string& title, const std::string& text, UINT flags) {
+    const HWND owner = CallAttention();
+    // Only a box without a window comes to the front by itself.
+    const UINT manner = owner == nullptr ? MB_TASKMODAL | MB_SETFOREGROUND : MB_APPLMODAL;
+    return MessageBoxW(owner, ToWide(text).c_str(), ToWide(title).c_str(), flags | manner);
   }
+
+  // The window that a box belongs to, seen by the user: brought back when it is minimised, its
+  // button in the taskbar flashing while he works elsewhere.
+  HWND CallAttention() {
+    const HWND owner = open_.Top();
+    if (owner == nullptr) return nullptr;
+    if (IsIconic(owner) != FALSE) ShowWindow(owner, SW_SHOWNOACTIVATE);
+    FLASHWINFO flash{};
+    flash.cbSize = sizeof(flash);
+    flash.hwnd = owner;
+    flash.dwFlags = FLASHW_TRAY | FLASHW_TIMERNOFG;
+    if (GetForegroundWindow() != owner) FlashWindowEx(&flash);
+    return owner;
+  }
+
+  OpenWindows open_;
 };
 
 }  // namespace

@@ -119,8 +119,8 @@ INT_PTR CALLBACK RunBox(HWND box, UINT message, WPARAM parameter, LPARAM data) {
 
 }  // namespace
 
-std::optional<std::string> ShowInputBox(const std::string& title, const std::string& prompt,
-                                        bool is_secret) {
+std::optional<std::string> ShowInputBox(HWND owner, const std::string& title,
+                                        const std::string& prompt, bool is_secret) {
   const std::wstring text = ToWide(prompt);
   const auto text_height = static_cast<short>(CountLines(text) * kTextLine);
   const auto line_top = static_cast<short>(kMargin + text_height + 4);
@@ -142,9 +142,8 @@ std::optional<std::string> ShowInputBox(const std::string& title, const std::str
               {kCancelLeft, buttons_top, kButtonWidth, kButtonHeight}, ToWide("Отмена"));
 
   std::wstring answer;
-  const INT_PTR button =
-      DialogBoxIndirectParamW(GetModuleHandleW(nullptr), box.Get(), GetActiveWindow(), RunBox,
-                              reinterpret_cast<LPARAM>(&answer));
+  const INT_PTR button = DialogBoxIndirectParamW(GetModuleHandleW(nullptr), box.Get(), owner,
+                                                 RunBox, reinterpret_cast<LPARAM>(&answer));
   if (button != IDOK) return std::nullopt;
   return FromWide(answer);
 }

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/error_view.h"
+#include "platform/windows/view_window.h"
+
+namespace platform {
+
+// The window of an error; the open windows outlive it.
+std::unique_ptr<ErrorView> MakeWinErrorView(OpenWindows& open);
+
+// Control identifiers.
+inline constexpr int kErrorLabelId = 100;
+inline constexpr int kErrorShortId = 101;
+inline constexpr int kErrorFullId = 102;
+inline constexpr int kErrorDetailsId = 103;
+inline constexpr int kErrorCopyId = 104;
+inline constexpr int kErrorCloseId = 105;
+
+}  // namespace platform

@@ -1,0 +1,241 @@
+#include "platform/windows/win_progress_view.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "platform/windows/taskbar_progress.h"
+#include "platform/windows/wide.h"
+// The system's headers come first: this builds on them.
+#include <commctrl.h>
+
+namespace platform {
+namespace {
+
+// The bar's steps.
+constexpr int kBarRange = 1000;
+
+// Lengths for 96 dots per inch.
+constexpr SIZE kClient{540, 164};
+constexpr int kMargin = 16;
+constexpr int kPicture = 48;
+constexpr int kTextLeft = kMargin + kPicture + kMargin;
+constexpr int kLine = 18;
+constexpr int kStageTop = 11;
+constexpr int kStageLine = 25;
+constexpr int kBarTop = 42;
+constexpr int kBarHeight = 14;
+constexpr int kDetailTop = 64;       // 960 twips
+constexpr int kDetailTopNoBar = 40;  // 600 twips
+constexpr int kPaceTop = 86;
+
+class WinProgressView final : public ProgressView, private ViewWindow {
+ public:
+  explicit WinProgressView(OpenWindows& open)
+      : ViewWindow(open, WS_MINIMIZEBOX, kClient), taskbar_(Get()) {
+    const INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_PROGRESS_CLASS};
+    InitCommonControlsEx(&controls);
+    // A screen reader names the bar by the text before it.
+    stage_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_ENDELLIPSIS, kProgressStageId);
+    bar_ = AddControl(PROGRESS_CLASSW, 0, kProgressBarId);
+    counter_ = AddControl(L"STATIC", SS_RIGHT | SS_NOPREFIX, kProgressCounterId);
+    detail_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_PATHELLIPSIS, kProgressDetailId);
+    pace_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_ENDELLIPSIS, kProgressPaceId);
+    button_ = AddButton(kProgressButtonId);
+    SendMessageW(bar_, PBM_SETRANGE32, 0, kBarRange);
+    Prepare();
+    ShowBar(BarKind::kNone);
+  }
+
+  void SetCaption(const std::string& text) override { SetControlText(Get(), text); }
+
+  void SetStage(const std::string& text) override { ShowText(stage_, text); }
+
+  void SetDetail(const std::string& text) override { ShowText(detail_, text); }
+
+  void SetPicture(const std::string& name) override {
+    if (name == picture_name_) return;
+    picture_name_ = name;
+    LoadStagePicture();
+    const RECT place = PicturePlace();
+    RedrawWindow(Get(), &place, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_NOCHILDREN);
+  }
+
+  void ShowBar(BarKind kind) override {
+    kind_ = kind;
+    const int bar = kind == BarKind::kNone ? SW_HIDE : SW_SHOWNA;
+    ShowWindow(bar_, bar);
+    ShowWindow(pace_, bar);
+    ShowWindow(counter_, kind == BarKind::kBarWithCounter ? SW_SHOWNA : SW_HIDE);
+    ShowInTaskbar();
+    Arrange();
+  }
+
+  void SetProgress(double percent, const std::string& counter) override {
+    percent_ = std::clamp(percent, 0.0, 100.0);
+    SetBarPosition(static_cast<int>(std::lround(percent_ * kBarRange / 100)));
+    SetControlText(counter_, counter);
+    if (kind_ == BarKind::kBarWithCounter && CounterWidth() > counter_width_) Arrange();
+    ShowInTaskbar();
+    UpdateWindow(counter_);
+  }
+
+  void SetPace(const std::string& text) override { ShowText(pace_, text); }
+
+  void SetButton(const std::string& caption, bool is_enabled) override {
+    SetControlText(button_, caption);
+    const bool had_focus = GetFocus() == button_ || GetFocus() == Get();
+    EnableWindow(button_, is_enabled ? TRUE : FALSE);
+    // A disabled control would keep the focus, and Esc would be heard by nobody.
+    if (had_focus) SetFocus(is_enabled ? button_ : Get());
+    Arrange();
+  }
+
+  void Run(ProgressViewEvents& events) override {
+    events_ = &events;
+    is_closed_ = false;
+    const Showing showing(*this);
+    Open().RunPending();
+    events.OnShown();
+    while (!is_closed_ && Get() != nullptr && Open().WaitAndRun()) {
+    }
+    events_ = nullptr;
+  }
+
+  void Close() override {
+    is_closed_ = true;
+    WakeLoop();
+  }
+
+  void RaiseRequests() override {
+    if (events_ == nullptr) return;
+    // Cleared first: the listener's question lets events run.
+    if (std::exchange(is_stop_asked_, false)) events_->OnStop();
+    if (std::exchange(is_cancel_asked_, false)) events_->OnCancel();
+  }
+
+ private:
+  void LayOut(SIZE client) override {
+    const int left = Scaled(kTextLeft);
+    const int width = client.cx - Scaled(kMargin) - left;
+    const bool has_bar = kind_ != BarKind::kNone;
+    counter_width_ = kind_ == BarKind::kBarWithCounter ? CounterWidth() : 0;
+    const int bar_width = counter_width_ == 0 ? width : width - counter_width_ - Scaled(12);
+    const int counter_top = kBarTop + (kBarHeight - kLine) / 2;
+    Move(stage_, left, kStageTop, width, kStageLine);
+    Move(bar_, left, kBarTop, bar_width, kBarHeight);
+    Move(counter_, left + width - counter_width_, counter_top, counter_width_, kLine);
+    Move(detail_, left, has_bar ? kDetailTop : kDetailTopNoBar, width, kLine);
+    Move(pace_, left, kPaceTop, width, kLine);
+    PlaceFooterButton(button_, client.cx - Scaled(kMargin) - FooterButtonWidth(button_), client);
+  }
+
+  // Left and width in pixels, the rest for 96 dots per inch.
+  void Move(HWND control, int left, int top, int width, int height) const {
+    MoveWindow(control, left, Scaled(top), width, Scaled(height), FALSE);
+  }
+
+  void SetFonts() override {
+    stage_font_ = MakeMessageFont(Dpi(), 125);
+    SendMessageW(stage_, WM_SETFONT, reinterpret_cast<WPARAM>(stage_font_.Get()), FALSE);
+    LoadStagePicture();
+  }
+
+  void Draw(HDC dc) override {
+    if (!picture_) return;
+    const RECT place = PicturePlace();
+    const int size = place.right - place.left;
+    DrawIconEx(dc, place.left, place.top, picture_.Get(), size, size, 0, nullptr, DI_NORMAL);
+  }
+
+  int DefaultButton() override { return kProgressButtonId; }
+
+  void OnCommand(int id) override {
+    if (id != kProgressButtonId && id != IDCANCEL) return;
+    is_cancel_asked_ = true;
+    WakeLoop();
+  }
+
+  std::optional<LRESULT> OnMessage(UINT message, WPARAM /*parameter*/, LPARAM /*data*/) override {
+    if (taskbar_.TakeMessage(message)) return 0;
+    if (message != WM_QUERYENDSESSION) return std::nullopt;
+    // The system waits with the reason on its screen and goes on when the run has ended.
+    wchar_t stage[256] = {};
+    GetWindowTextW(stage_, stage, 256);
+    ShutdownBlockReasonCreate(Get(), stage);
+    is_stop_asked_ = true;
+    WakeLoop();
+    return FALSE;
+  }
+
+  void ShowText(HWND control, const std::string& text) const {
+    SetControlText(control, text);
+    UpdateWindow(control);
+  }
+
+  // The system moves the bar forward slowly and back at once: a step too far and back shows the
+  // value itself.
+  void SetBarPosition(int position) {
+    if (position == position_) return;
+    position_ = position;
+    const auto value = static_cast<WPARAM>(position);
+    SendMessageW(bar_, PBM_SETRANGE32, 0, kBarRange + 1);
+    SendMessageW(bar_, PBM_SETPOS, value + 1, 0);
+    SendMessageW(bar_, PBM_SETPOS, value, 0);
+    SendMessageW(bar_, PBM_SETRANGE32, 0, kBarRange);
+    UpdateWindow(bar_);
+  }
+
+  void ShowInTaskbar() {
+    taskbar_.Set(kind_ == BarKind::kNone ? std::nullopt
+                                         : std::optional(static_cast<int>(percent_)));
+  }
+
+  // Room for "maximum/maximum", so that the bar keeps its length while the counter grows.
+  int CounterWidth() const {
+    wchar_t text[64] = {};
+    GetWindowTextW(counter_, text, 64);
+    const std::wstring counter = text;
+    const std::wstring most = counter.substr(counter.find(L'/') + 1);
+    const std::wstring widest = most == counter ? counter : most + L"/" + most;
+    return MeasureText(Get(), Font(), widest.c_str()).cx + Scaled(2);
+  }
+
+  RECT PicturePlace() const {
+    const int corner = Scaled(kMargin);
+    return {corner, corner, corner + Scaled(kPicture), corner + Scaled(kPicture)};
+  }
+
+  void LoadStagePicture() {
+    picture_ = picture_name_.empty()
+                   ? UniqueIcon()
+                   : LoadPicture(ToWide("stage_" + picture_name_).c_str(), Scaled(kPicture));
+  }
+
+  ProgressViewEvents* events_ = nullptr;
+  bool is_closed_ = false;
+  bool is_cancel_asked_ = false;
+  bool is_stop_asked_ = false;
+  BarKind kind_ = BarKind::kNone;
+  double percent_ = 0;
+  int position_ = 0;
+  int counter_width_ = 0;
+  std::string picture_name_;
+  UniqueIcon picture_;
+  UniqueFont stage_font_;
+  TaskbarProgress taskbar_;
+  HWND stage_ = nullptr;
+  HWND bar_ = nullptr;
+  HWND counter_ = nullptr;
+  HWND detail_ = nullptr;
+  HWND pace_ = nullptr;
+  HWND button_ = nullptr;
+};
+
+}  // namespace
+
+std::unique_ptr<ProgressView> MakeWinProgressView(OpenWindows& open) {
+  return std::make_unique<WinProgressView>(open);
+}
+
+}  // namespace platform

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/progress_view.h"
+#include "platform/windows/view_window.h"
+
+namespace platform {
+
+// The window of a run; the open windows outlive it.
+std::unique_ptr<ProgressView> MakeWinProgressView(OpenWindows& open);
+
+// Control identifiers. The button is not IDCANCEL: Esc and the cross work while it is disabled.
+inline constexpr int kProgressStageId = 100;
+inline constexpr int kProgressBarId = 101;
+inline constexpr int kProgressCounterId = 102;
+inline constexpr int kProgressDetailId = 103;
+inline constexpr int kProgressPaceId = 104;
+inline constexpr int kProgressButtonId = 105;
+
+}  // namespace platform
