@@ -5,7 +5,7 @@
 #
 # TMW_WINE_SCREEN=96 (or another number of dots per inch) gives the program a screen of that scale
 # that nobody sees, and windows that are really drawn and clicked. Such programs share a second
-# prefix and run one after another.
+# prefix and run one after another. TMW_WINE_DISPLAY=:N shows them on that display instead.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 screen=${TMW_WINE_SCREEN:-}
@@ -19,6 +19,8 @@ if [ ! -f "$WINEPREFIX/.ready" ]; then
     if [ ! -f "$WINEPREFIX/.ready" ]; then
       rm -rf "$WINEPREFIX"
       wineboot --init >/dev/null 2>&1 9>&-
+      # Debian's Wine overlooks its own font of the signs on the title bar's buttons.
+      cp /usr/share/wine/fonts/marlett.ttf "$WINEPREFIX/drive_c/windows/Fonts/" 2>/dev/null || true
       # Without this Wine waits two seconds at every window for a window manager to answer.
       wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 9>&-
       wineserver --wait
@@ -39,24 +41,24 @@ clean_up() {
 }
 trap clean_up EXIT
 trap 'exit 143' INT TERM HUP
-# -displayfd: the server takes a free number itself. -terminate: it ends with its last client, also
-# when this script is killed.
-Xvfb -displayfd 3 -screen 0 1920x1200x24 -dpi "$screen" -nolisten tcp -terminate \
-  3>"$state/display" >/dev/null 2>&1 9>&- &
-server=$!
-for _ in $(seq 200); do
-  [ ! -s "$state/display" ] || break
-  sleep 0.05
-done
-DISPLAY=:$(cat "$state/display")
+DISPLAY=${TMW_WINE_DISPLAY:-}
+if [ -z "$DISPLAY" ]; then
+  # -displayfd: the server takes a free number itself. -terminate: it ends with its last client,
+  # also when this script is killed.
+  mkfifo "$state/number"
+  Xvfb -displayfd 3 -screen 0 1920x1200x24 -dpi "$screen" -nolisten tcp -terminate \
+    3>"$state/number" >/dev/null 2>&1 9>&- &
+  server=$!
+  read -r -t 20 number <"$state/number" || { echo "wine-run: no screen" >&2; exit 1; }
+  DISPLAY=:$number
+fi
 export DISPLAY
-[ "$DISPLAY" != : ] || { echo "wine-run: the screen does not start" >&2; exit 1; }
 if [ "$screen" != "$(cat "$WINEPREFIX/.dpi" 2>/dev/null || echo 96)" ]; then
   wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$screen" /f \
     >/dev/null 2>&1 9>&-
   wineserver --kill 9>&- || true
   echo "$screen" >"$WINEPREFIX/.dpi"
 fi
-status=0
-wine "$@" 9>&- || status=$?
-exit "$status"
+# In the background: a signal to this script is heard while the program runs.
+wine "$@" <&0 9>&- &
+wait $!

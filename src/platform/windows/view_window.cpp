@@ -125,7 +125,8 @@ void ViewWindow::SetScale(int dpi) {
 
 void ViewWindow::Arrange() {
   LayOut(ClientSize());
-  RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+  RedrawWindow(window_, nullptr, nullptr,
+               RDW_INVALIDATE | RDW_FRAME | RDW_UPDATENOW | RDW_ALLCHILDREN);
 }
 
 SIZE ViewWindow::ClientSize() const {

@@ -10,7 +10,7 @@ namespace platform {
 namespace {
 
 // Lengths for 96 dots per inch.
-constexpr SIZE kClient{560, 300};
+constexpr SIZE kClient{660, 320};
 constexpr int kMargin = 16;
 constexpr int kSign = 32;
 constexpr int kLabelLine = 20;
@@ -72,6 +72,7 @@ class WinErrorView final : public ErrorView, private ViewWindow {
     events_ = &events;
     is_closed_ = false;
     const Showing showing(*this);
+    Open().RunPending();
     while (!is_closed_ && Open().WaitAndRun()) {
     }
     events_ = nullptr;

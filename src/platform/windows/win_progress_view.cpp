@@ -38,7 +38,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     // A screen reader names the bar by the text before it.
     stage_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_ENDELLIPSIS, kProgressStageId);
     bar_ = AddControl(PROGRESS_CLASSW, 0, kProgressBarId);
-    counter_ = AddControl(L"STATIC", SS_RIGHT | SS_NOPREFIX, kProgressCounterId);
+    counter_ = AddControl(L"STATIC", SS_RIGHT | SS_NOPREFIX | SS_CENTERIMAGE, kProgressCounterId);
     detail_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_PATHELLIPSIS, kProgressDetailId);
     pace_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_ENDELLIPSIS, kProgressPaceId);
     button_ = AddButton(kProgressButtonId);
