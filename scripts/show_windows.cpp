@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "database/database_texts.h"
 #include "engine/engine_texts.h"
 #include "foundation/error_handling.h"
 #include "platform/front_end.h"
@@ -15,6 +16,7 @@
 namespace {
 
 using platform::BarKind;
+namespace database_texts = tmw::database_texts;
 namespace engine_texts = tmw::engine_texts;
 namespace ui_texts = tmw::ui_texts;
 
@@ -38,10 +40,10 @@ constexpr State kStates[] = {
      true},
     {"scan", engine_texts::kSelecting, "Справочник: Классификатор основных средств", "scan",
      BarKind::kBar, 61, "", "", true},
-    {"dbnew", "Формирование справочной базы данных...", "Импорт справочника BankList ...", "dbnew",
+    {"dbnew", database_texts::kBuildingReference, "Импорт справочника BankList ...", "dbnew",
      BarKind::kBar, 24, "", "", true},
-    {"dbgear", "Обновление рабочей базы данных...", "Создание временной копии базы данных...",
-     "dbgear", BarKind::kNone, 0, "", "", true},
+    {"dbgear", database_texts::kBuildingWorking, database_texts::kMakingTemporaryCopy, "dbgear",
+     BarKind::kNone, 0, "", "", true},
     {"trash", engine_texts::kRemovingOld, "Reports.tms", "trash", BarKind::kBar, 45, "", "", false},
     {"install", engine_texts::kInstalling, "TmReports.dll", "install", BarKind::kBar, 80, "", "",
      false},
