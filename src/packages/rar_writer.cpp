@@ -52,8 +52,10 @@ EntryHeader HeaderOf(const RarEntryFacts& facts) {
 
 }  // namespace
 
-StoredRarWriter::StoredRarWriter(const std::string& package, rar_blocks::RarFormat format) try
+StoredRarWriter::StoredRarWriter(const std::string& package, rar_blocks::RarFormat format,
+                                 bool with_trailer) try
     : package_(package), format_(format), file_(Open(package, platform::FileMode::kWriteNew)) {
+  if (with_trailer) digest_.emplace();
   Write(rar_blocks::MakeBeginning(format_));
 } catch (...) {
   ReRaiseError(kModule, "StoredRarWriter");
@@ -61,10 +63,12 @@ StoredRarWriter::StoredRarWriter(const std::string& package, rar_blocks::RarForm
 
 // The header in front of the data names its checksum, so the source is read twice; a file that
 // changes in between is refused.
-void StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::string& source) try {
+PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::string& source) try {
   EntryHeader header = HeaderOf(facts);
+  Sha256Stream content;
   ForEachPiece(source, [&](std::string_view piece) {
     header.crc = rar_blocks::UpdateCrc32(header.crc, piece);
+    content.Update(piece.data(), piece.size());
     header.size += piece.size();
   });
   if (header.size > static_cast<std::uint64_t>(kLargestFile)) {
@@ -82,6 +86,7 @@ void StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::string& sou
   if (crc != header.crc || length != header.size) {
     RaiseProgramError("Файл \"" + source + "\" изменился во время упаковки.");
   }
+  return {static_cast<std::int64_t>(length), content.Finish()};
 } catch (...) {
   ReRaiseError(kModule, "AddFile");
 }
@@ -94,10 +99,12 @@ void StoredRarWriter::AddFolder(const RarEntryFacts& facts) try {
   ReRaiseError(kModule, "AddFolder");
 }
 
-void StoredRarWriter::Finish(bool with_trailer) try {
+void StoredRarWriter::Finish() try {
   Write(rar_blocks::MakeEnd(format_));
-  if (with_trailer)
-    Require(file_->Write(TrailerBytes(digest_, length_).data(), kIntegrityTrailerLength), package_);
+  if (digest_) {
+    const std::string trailer = TrailerBytes(*digest_, length_);
+    Require(file_->Write(trailer.data(), trailer.size()), package_);
+  }
   Require(file_->Flush(), package_);
   Require(file_->Close(), package_);
   file_ = nullptr;
@@ -107,7 +114,7 @@ void StoredRarWriter::Finish(bool with_trailer) try {
 
 void StoredRarWriter::Write(std::string_view bytes) {
   Require(file_->Write(bytes.data(), bytes.size()), package_);
-  digest_.Update(bytes.data(), bytes.size());
+  if (digest_) digest_->Update(bytes.data(), bytes.size());
   length_ += bytes.size();
 }
 

@@ -18,6 +18,12 @@ struct RarEntryFacts {
   std::optional<std::uint32_t> unix_mode;  // the nine permission bits; none: a Windows entry
 };
 
+// What a file was when it was packed.
+struct PackedFile {
+  std::int64_t length = 0;  // bytes
+  Sha256Digest digest{};    // of its content
+};
+
 // Writes a package whose entries are stored as they are, readable by every RAR program. RAR 5 keeps
 // names and times exactly; RAR 4 is for companion libraries that read nothing newer (times local,
 // in steps of two seconds).
@@ -26,16 +32,17 @@ class StoredRarWriter {
   // Files are at most 2 GiB less one byte.
   static constexpr std::int64_t kLargestFile = 0x7FFFFFFF;
 
-  // Creates the package, emptying an old one. Failures are ProgramErrors, here and below; a package
-  // that Finish has not ended is no package.
-  StoredRarWriter(const std::string& package, rar_blocks::RarFormat format);
+  // Creates the package, emptying an old one. with_trailer: integrity data for pack method 2 will
+  // follow behind the archive's end. Failures are ProgramErrors, here and below; a package that
+  // Finish has not ended is no package.
+  StoredRarWriter(const std::string& package, rar_blocks::RarFormat format,
+                  bool with_trailer = false);
 
-  void AddFile(const RarEntryFacts& facts, const std::string& source);
+  PackedFile AddFile(const RarEntryFacts& facts, const std::string& source);
   void AddFolder(const RarEntryFacts& facts);
 
-  // Ends the package and brings it to the disk. with_trailer: integrity data for pack method 2
-  // follows behind the archive's end.
-  void Finish(bool with_trailer = false);
+  // Ends the package and brings it to the disk.
+  void Finish();
 
  private:
   void Write(std::string_view bytes);
@@ -43,7 +50,7 @@ class StoredRarWriter {
   std::string package_;
   rar_blocks::RarFormat format_;
   std::unique_ptr<platform::File> file_;
-  Sha256Stream digest_;
+  std::optional<Sha256Stream> digest_;  // of the package, for its trailer
   std::uint64_t length_ = 0;
 };
 

@@ -109,7 +109,7 @@ class Writer {
     AddEntry(writer, element + ".txt", "script");
     for (const auto& [entry, content] : files)
       AddEntry(writer, entry, content);
-    writer.Finish(false);
+    writer.Finish();
     return "<" + element + Attribute("SrvName", name) + Attribute("PackSize", SizeOf(Path(name))) +
            Attribute("PackHash", HashOf(tmw::ReadFileBytes(Path(name)))) + "/>";
   }
@@ -131,9 +131,9 @@ class Writer {
   void Pack(const std::string& server_name, const std::string& entry, bool with_trailer = false,
             bool is_executable = false) {
     std::filesystem::create_directories(ToPath(Path(server_name)).parent_path());
-    tmw::StoredRarWriter writer(Path(server_name), tmw::rar_blocks::RarFormat::kRar5);
+    tmw::StoredRarWriter writer(Path(server_name), tmw::rar_blocks::RarFormat::kRar5, with_trailer);
     AddSource(writer, entry, is_executable);
-    writer.Finish(with_trailer);
+    writer.Finish();
   }
 
   const Release& release_;

@@ -177,14 +177,14 @@ TEST(StoredRarWriter, OtherReadersReadWhatItWrites) {
       Sandbox sandbox;
       const std::string content(1 << 20, 'z');
       sandbox.Write("p/package.rar", "");
-      StoredRarWriter writer(sandbox.Path("p/package.rar"), format);
+      StoredRarWriter writer(sandbox.Path("p/package.rar"), format, with_trailer);
       RarEntryFacts facts{"Папка", 1700000000, 0755};
       writer.AddFolder(facts);
       facts = {"Папка/Файл € 1.bin", 1700000000, 0750};
       writer.AddFile(facts, sandbox.Write("source", content));
       facts = {"empty", 1700000000, std::nullopt};
       writer.AddFile(facts, sandbox.Write("source", ""));
-      writer.Finish(with_trailer);
+      writer.Finish();
       std::string error;
       ASSERT_TRUE(UnrarAllFiles(sandbox.Path("p/package.rar"), sandbox.Path("own"), "", error));
       for (const std::string folder : {"bsdtar", "unar"}) {
