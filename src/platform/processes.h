@@ -68,6 +68,9 @@ class Processes {
   // What the file name of a program ends with: ".exe" on Windows, nothing on Linux.
   virtual std::string ProgramEnding() const = 0;
 
+  // Whether somebody may be watching standard error.
+  virtual bool HasTerminal() const = 0;
+
   // Ends this process at once, without any clean-up. Returns only when that failed.
   virtual Status Terminate(std::int32_t exit_code) = 0;
 };

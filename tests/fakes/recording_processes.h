@@ -52,6 +52,7 @@ class RecordingProcesses final : public platform::Processes {
   std::string OwnArguments() const override { return own_arguments; }
   std::string OwnProgram() const override { return own_program; }
   std::string ProgramEnding() const override { return ".exe"; }
+  bool HasTerminal() const override { return false; }
   platform::Status Terminate(std::int32_t) override { throw ProcessEnded(); }
 
  private:

@@ -31,6 +31,7 @@ class NamedProgram final : public platform::Processes {
   std::string OwnArguments() const override { return ""; }
   std::string OwnProgram() const override { return "C:\\Папка\\TmWebUpdate.exe"; }
   std::string ProgramEnding() const override { return ".exe"; }
+  bool HasTerminal() const override { return false; }
   platform::Status Terminate(std::int32_t) override { return platform::Status::Success(); }
 };
 

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -261,6 +262,8 @@ class LinuxProcesses final : public Processes {
   std::string OwnProgram() const override { return own_program_; }
 
   std::string ProgramEnding() const override { return ""; }
+
+  bool HasTerminal() const override { return isatty(STDERR_FILENO) != 0; }
 
   Status Terminate(std::int32_t exit_code) override { _exit(exit_code); }
 

@@ -137,6 +137,12 @@ class WindowsProcesses final : public Processes {
 
   std::string ProgramEnding() const override { return ".exe"; }
 
+  // Other devices than a console have no mode.
+  bool HasTerminal() const override {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;
+  }
+
   Status Terminate(std::int32_t exit_code) override {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exit_code));
     return Status::Failure(LastCode());
