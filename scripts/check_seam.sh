@@ -68,7 +68,7 @@ floor ui "$services|transfer|packages|database|engine"
 floor jet "$ground"
 floor jetsql "$ground|database"
 floor companion 'foundation/encodings|packages/sha256' # the files named so
-floor publish "$ground|packages|database"
+floor publish "$ground|packages|database|transfer"
 
 if [ "$failures" -gt 0 ]; then exit 1; fi
 echo "seam: $(sources_of . | wc -l) files keep to their floors"

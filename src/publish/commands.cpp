@@ -1,0 +1,139 @@
+#include "publish/commands.h"
+
+#include <cstddef>
+#include <iostream>
+#include <optional>
+
+#include "foundation/text.h"
+#include "platform/ports.h"
+#include "platform/processes.h"
+#include "publish/faults.h"
+#include "publish/json.h"
+#include "publish/progress.h"
+#include "publish/publisher.h"
+
+namespace publish {
+namespace {
+
+// The arguments of a command; what is taken is gone.
+class Arguments {
+ public:
+  explicit Arguments(std::vector<std::string> arguments) : rest_(std::move(arguments)) {}
+
+  bool TakeFlag(const std::string& name) { return std::erase(rest_, name) > 0; }
+
+  std::optional<std::string> TakeOption(const std::string& name) {
+    for (std::size_t i = 0; i < rest_.size(); ++i) {
+      if (rest_[i] != name) continue;
+      if (i + 1 == rest_.size()) throw UsageError(name + " needs a value");
+      std::string value = rest_[i + 1];
+      const auto at = rest_.begin() + static_cast<std::ptrdiff_t>(i);
+      rest_.erase(at, at + 2);
+      return value;
+    }
+    return std::nullopt;
+  }
+
+  std::string TakeNeeded(const std::string& name) {
+    const auto value = TakeOption(name);
+    if (!value) throw UsageError(name + " is missing");
+    return *value;
+  }
+
+  // What is left, when it is that many words.
+  const std::vector<std::string>& Take(std::size_t count) const {
+    for (const std::string& argument : rest_) {
+      if (argument.starts_with("--")) throw UsageError("unknown option " + argument);
+    }
+    if (rest_.size() < count) throw UsageError("too few arguments");
+    if (rest_.size() > count) throw UsageError("too many arguments");
+    return rest_;
+  }
+
+ private:
+  std::vector<std::string> rest_;
+};
+
+bool IsProgressShown() {
+  return platform::CurrentPorts().processes->HasTerminal();
+}
+
+void AddFaults(const Faults& faults, JsonWriter& json) {
+  json.BeginList("faults");
+  for (const Fault& fault : faults.All()) {
+    json.BeginObject();
+    json.Text("place", fault.place);
+    json.Text("text", fault.text);
+    json.EndObject();
+  }
+  json.EndList();
+}
+
+// Prints the object, or the faults and the words; the exit code follows from the faults.
+ExitCode Answer(bool is_json, JsonWriter& json, const Faults& faults, const std::string& words) {
+  if (is_json) {
+    AddFaults(faults, json);
+    std::cout << json.Finish();
+  } else {
+    for (const Fault& fault : faults.All())
+      std::cout << fault.place << ": " << fault.text << '\n';
+    if (!faults.IsEmpty()) std::cout << "faults: " << faults.All().size() << '\n';
+    std::cout << words;
+  }
+  return faults.IsEmpty() ? kDone : kFaultsFound;
+}
+
+ExitCode RunPublish(Arguments arguments) {
+  const bool is_json = arguments.TakeFlag("--json");
+  PublishOptions options;
+  options.may_replace = arguments.TakeFlag("--replace");
+  options.product = arguments.TakeNeeded("--product");
+  options.database = arguments.TakeNeeded("--database");
+  options.scripts = arguments.TakeNeeded("--scripts");
+  options.output = arguments.TakeNeeded("--output");
+  options.description = arguments.Take(1).front();
+  Faults faults;
+  PublishedRelease made;
+  {
+    Progress progress(IsProgressShown());
+    made = Publish(options, progress, faults);
+  }
+  JsonWriter json;
+  std::string words = "nothing has been published\n";
+  if (faults.IsEmpty()) {
+    json.Text("version", made.version);
+    json.Text("folder", made.folder);
+    json.Number("files", static_cast<std::int64_t>(made.files));
+    json.Number("dictionaries", static_cast<std::int64_t>(made.dictionaries));
+    json.Number("user_tables", static_cast<std::int64_t>(made.user_tables));
+    json.Number("scripts", static_cast<std::int64_t>(made.scripts));
+    json.Number("volume", made.volume);
+    words = made.folder + "\n  files: " + std::to_string(made.files) +
+            ", dictionaries: " + std::to_string(made.dictionaries) +
+            ", user tables: " + std::to_string(made.user_tables) +
+            ", scripts: " + std::to_string(made.scripts) +
+            ", bytes of a whole download: " + std::to_string(made.volume) + "\n";
+  }
+  return Answer(is_json, json, faults, words);
+}
+
+struct Command {
+  const char* name;
+  ExitCode (*run)(Arguments);
+};
+
+constexpr Command kCommands[] = {{"publish", RunPublish}};
+
+}  // namespace
+
+ExitCode RunCommand(std::vector<std::string> arguments) {
+  if (arguments.empty()) throw UsageError("no command");
+  const std::string name = arguments.front();
+  arguments.erase(arguments.begin());
+  for (const Command& command : kCommands) {
+    if (name == command.name) return command.run(Arguments(std::move(arguments)));
+  }
+  throw UsageError("unknown command " + name);
+}
+
+}  // namespace publish

@@ -1,0 +1,230 @@
+#include "publish/description.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <string_view>
+
+#include "foundation/contract_names.h"
+#include "foundation/date_parts.h"
+#include "foundation/encodings.h"
+#include "foundation/file_names.h"
+#include "foundation/path_guard.h"
+#include "foundation/program_error.h"
+#include "foundation/text.h"
+#include "foundation/version.h"
+#include "foundation/xml_helpers.h"
+#include "publish/manifest.h"
+
+namespace publish {
+namespace {
+
+using tmw::XmlNode;
+using Names = std::initializer_list<std::string_view>;
+
+bool Has(Names names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+class Reader {
+ public:
+  Reader(Description& description, Faults& faults) : result_(description), faults_(faults) {}
+
+  void Read(const XmlNode& root) {
+    ExpectAttributes(root, {"Product", "Version", "VersionID", "Date", "Archive"});
+    ExpectElements(root, {"Updater", "Servers", "Files", "Database"});
+    if (Needed(root, "Product") != tmw::names::kProductCode) {
+      Blame(root, "Product", "must be \"" + std::string(tmw::names::kProductCode) + "\"");
+    }
+    result_.version = Needed(root, "Version");
+    if (!IsPlainVersion(result_.version, 4)) Blame(root, "Version", "must be four numbers");
+    result_.version_id = tmw::XmlGetStringAttributeDef(root, "VersionID", result_.version);
+    if (!tmw::CheckFileName(result_.version_id).IsAccepted()) {
+      Blame(root, "VersionID", "names a folder on users' machines, and this is no name for one");
+    }
+    ReadDate(root);
+    const std::string archive = tmw::XmlGetStringAttributeDef(root, "Archive", "RAR5");
+    if (archive == "RAR4") result_.format = tmw::rar_blocks::RarFormat::kRar4;
+    if (archive != "RAR4" && archive != "RAR5") Blame(root, "Archive", "is RAR5 or RAR4");
+    ReadUpdater(root);
+    ReadServers(root);
+    for (const XmlNode* const files : tmw::XmlGetChildElements(root, "Files"))
+      ReadFiles(*files);
+    for (const XmlNode* const database : tmw::XmlGetChildElements(root, "Database"))
+      ReadTables(*database);
+  }
+
+ private:
+  void Blame(const XmlNode& node, std::string_view attribute, const std::string& what) {
+    std::string place = tmw::XmlGetNodePath(node);
+    if (!attribute.empty()) place.append("/@").append(attribute);
+    faults_.Add(place, what + ".");
+  }
+
+  // A misspelt name would be passed over in silence.
+  void ExpectAttributes(const XmlNode& node, Names names) {
+    for (const platform::XmlAttribute& attribute : node.attributes) {
+      if (!Has(names, attribute.name)) Blame(node, attribute.name, "is no attribute of this");
+    }
+  }
+
+  void ExpectElements(const XmlNode& node, Names names) {
+    for (const auto& child : node.children) {
+      const bool is_element = child->kind == tmw::XmlNodeKind::kElement;
+      if (is_element && !Has(names, child->name)) Blame(*child, "", "is not known here");
+    }
+  }
+
+  std::string Needed(const XmlNode& node, const char* attribute) {
+    std::string value = tmw::XmlGetStringAttributeDef(node, attribute, "");
+    if (value.empty()) Blame(node, attribute, "is missing");
+    return value;
+  }
+
+  std::optional<bool> Truth(const XmlNode& node, const char* attribute) {
+    const std::string text = tmw::XmlGetStringAttributeDef(node, attribute, "");
+    if (text.empty()) return std::nullopt;
+    const bool value = tmw::XmlGetBooleanAttributeDef(node, attribute, false);
+    if (value != tmw::XmlGetBooleanAttributeDef(node, attribute, true))
+      Blame(node, attribute, "is \"yes\" or \"no\"");
+    return value;
+  }
+
+  void ReadDate(const XmlNode& root) {
+    const std::string text = Needed(root, "Date");
+    if (text.empty()) return;
+    tmw::DateParts parts;
+    std::optional<double> days;
+    const std::vector<std::string> pieces = tmw::Split(text, "-");
+    const bool has_form = text.size() == 10 && pieces.size() == 3 && pieces[0].size() == 4 &&
+                          pieces[1].size() == 2 &&
+                          text.find_first_not_of("0123456789-") == std::string::npos;
+    if (has_form) {
+      parts.year = std::stoi(pieces[0]);
+      parts.month = std::stoi(pieces[1]);
+      parts.day = std::stoi(pieces[2]);
+      parts.hour = 12;
+      days = tmw::DateFromParts(parts);
+    }
+    // Packages hold no earlier date in the older format.
+    if (!days || parts.year < 1980 || parts.year > 2100) {
+      Blame(root, "Date", "is a day, YYYY-MM-DD");
+      return;
+    }
+    constexpr double kDay1970 = 25569;
+    result_.date = static_cast<std::int64_t>((*days - kDay1970) * 24) * 3600;
+  }
+
+  void ReadUpdater(const XmlNode& root) {
+    const XmlNode* const updater = tmw::XmlFindSingleNode(root, "Updater");
+    if (updater == nullptr) {
+      Blame(root, "", "has no element Updater");
+      return;
+    }
+    ExpectAttributes(*updater, {"MinVersion"});
+    ExpectElements(*updater, {"Component"});
+    result_.needed_updater = Needed(*updater, "MinVersion");
+    if (!IsPlainVersion(result_.needed_updater, 2))
+      Blame(*updater, "MinVersion", "must be two numbers");
+    for (const XmlNode* const component : tmw::XmlGetChildElements(*updater, "Component")) {
+      ExpectAttributes(*component, {"File"});
+      result_.updater_files.push_back(Needed(*component, "File"));
+    }
+  }
+
+  void ReadServers(const XmlNode& root) {
+    for (const XmlNode* const servers : tmw::XmlGetChildElements(root, "Servers")) {
+      ExpectElements(*servers, {"Server"});
+      for (const XmlNode* const server : tmw::XmlGetChildElements(*servers, "Server")) {
+        ExpectAttributes(*server, {"Url"});
+        result_.servers.push_back(Needed(*server, "Url"));
+      }
+    }
+    if (result_.servers.empty()) Blame(root, "", "names no server");
+  }
+
+  void ReadFiles(const XmlNode& files) {
+    ExpectElements(files, {"Folder", "File"});
+    for (const XmlNode* const folder : tmw::XmlGetChildElements(files, "Folder")) {
+      ExpectAttributes(*folder, {"Source", "Target"});
+      FolderRule rule;
+      rule.source = tmw::XmlGetStringAttributeDef(*folder, "Source", "");
+      std::replace(rule.source.begin(), rule.source.end(), '\\', '/');
+      rule.source = tmw::TrimCharacters(rule.source, "/");
+      rule.target = Needed(*folder, "Target");
+      result_.folders.push_back(rule);
+    }
+    for (const XmlNode* const file : tmw::XmlGetChildElements(files, "File"))
+      ReadFileRule(*file);
+  }
+
+  void ReadFileRule(const XmlNode& file) {
+    ExpectAttributes(file, {"Mask", "Skip", "IsCom", "Executable", "PackType", "Package"});
+    FileRule rule;
+    rule.mask = Needed(file, "Mask");
+    std::replace(rule.mask.begin(), rule.mask.end(), '\\', '/');
+    rule.is_skipped = Truth(file, "Skip").value_or(false);
+    rule.is_com = Truth(file, "IsCom");
+    rule.is_executable = Truth(file, "Executable");
+    rule.package = tmw::XmlGetStringAttributeDef(file, "Package", "");
+    const std::string method = tmw::XmlGetStringAttributeDef(file, "PackType", "");
+    if (method == "1" || method == "2" || method == "3") {
+      rule.pack_method = method.front() - '0';
+    } else if (!method.empty()) {
+      Blame(file, "PackType", "is 1, 2 or 3");
+    }
+    result_.files.push_back(std::move(rule));
+  }
+
+  void ReadTables(const XmlNode& database) {
+    ExpectAttributes(database, {"From"});
+    ExpectElements(database, {"Dict", "User", "Skip"});
+    result_.oldest_database = tmw::XmlGetStringAttributeDef(database, "From", "");
+    if (!result_.oldest_database.empty() && !IsPlainVersion(result_.oldest_database, 3))
+      Blame(database, "From", "must be three numbers");
+    for (const auto& child : database.children) {
+      if (child->kind != tmw::XmlNodeKind::kElement) continue;
+      ExpectAttributes(*child, {"Mask"});
+      const TableKind kind = child->name == "Dict"   ? TableKind::kDictionary
+                             : child->name == "User" ? TableKind::kUser
+                                                     : TableKind::kSkipped;
+      result_.tables.push_back({kind, Needed(*child, "Mask")});
+    }
+  }
+
+  Description& result_;
+  Faults& faults_;
+};
+
+}  // namespace
+
+Description ReadDescription(const std::string& file, Faults& faults) {
+  Description description;
+  description.folder = tmw::SplitFileName(tmw::GetAbsoluteFileName(file)).Folder;
+  std::string reason;
+  const std::unique_ptr<tmw::XmlDocument> document = tmw::XmlCreateDocument(reason);
+  if (document == nullptr) tmw::RaiseProgramError("No XML component: " + reason);
+  if (!tmw::XmlLoadDocumentSafe(*document, file, reason)) {
+    faults.Add(file, "Cannot be read:\n" + reason);
+    return description;
+  }
+  const XmlNode* const root = tmw::XmlFindSingleNode(document->Node(), "Release");
+  if (root == nullptr) {
+    faults.Add(file, "Its root element is not Release.");
+    return description;
+  }
+  Reader(description, faults).Read(*root);
+  return description;
+}
+
+bool IsPlainVersion(const std::string& text, int count) {
+  std::int32_t parts[4] = {};
+  std::int32_t found = 0;
+  if (!tmw::ParseVersionString(text, parts[0], parts[1], parts[2], parts[3], found)) return false;
+  if (found != count) return false;
+  std::string plain;
+  for (int i = 0; i < count; ++i)
+    plain += (i == 0 ? "" : ".") + std::to_string(parts[i]);
+  return plain == text && plain.find('-') == std::string::npos;
+}
+
+}  // namespace publish

@@ -1,0 +1,137 @@
+#include "publish/file_tree.h"
+
+#include <algorithm>
+#include <memory>
+#include <span>
+
+#include "foundation/api_errors.h"
+#include "foundation/encodings.h"
+#include "foundation/file_utils.h"
+#include "foundation/program_error.h"
+#include "foundation/text.h"
+#include "packages/hash_api.h"
+#include "packages/sha256.h"
+#include "platform/file_system.h"
+#include "platform/ports.h"
+
+namespace publish {
+namespace {
+
+using platform::FileKind;
+
+constexpr int kScratchAttempts = 1000;
+
+platform::FileSystem& Files() {
+  return *platform::CurrentPorts().files;
+}
+
+void Require(const platform::Status& status, const std::string& what, const std::string& path) {
+  if (status) return;
+  tmw::RaiseApiErrorWithMessage("Cannot " + what + " " + tmw::Quoted(path) + ": ", status.code);
+}
+
+std::vector<platform::FolderEntry> List(const std::string& folder) {
+  auto listed = Files().List(folder);
+  Require({listed.ok, listed.code}, "read the folder", folder);
+  return std::move(listed.value);
+}
+
+void AddTree(const std::string& folder, const std::string& prefix,
+             std::vector<std::string>& files) {
+  for (const platform::FolderEntry& entry : List(folder)) {
+    const std::string path = tmw::JoinPath(folder, entry.name);
+    if (entry.kind == FileKind::kFolder) {
+      AddTree(path, prefix + entry.name + "/", files);
+    } else if (entry.kind == FileKind::kFile) {
+      files.push_back(prefix + entry.name);
+    } else {
+      tmw::RaiseProgramError("Neither a file nor a folder: " + tmw::Quoted(path) + ".");
+    }
+  }
+}
+
+std::string TextOf(tmw::Sha256Stream& stream) {
+  return tmw::GetHashString(stream.Finish());
+}
+
+}  // namespace
+
+std::vector<std::string> ListTree(const std::string& folder) {
+  std::vector<std::string> files;
+  AddTree(folder, "", files);
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+void RemoveTree(const std::string& folder) {
+  if (!tmw::IsFolderExists(folder)) return;
+  for (const platform::FolderEntry& entry : List(folder)) {
+    const std::string path = tmw::JoinPath(folder, entry.name);
+    // A link to a folder goes as a file does; what it leads to stays.
+    const platform::Status removed = Files().RemoveFile(path);
+    if (removed) continue;
+    if (entry.kind != FileKind::kFolder) Require(removed, "remove", path);
+    RemoveTree(path);
+  }
+  Require(Files().RemoveFolder(folder), "remove the folder", folder);
+}
+
+void WriteWholeFile(const std::string& path, std::string_view bytes) {
+  auto opened = Files().Open(path, platform::FileMode::kWriteNew);
+  Require({opened.ok, opened.code}, "write", path);
+  Require(opened.value->Write(bytes.data(), bytes.size()), "write", path);
+  Require(opened.value->Flush(), "write", path);
+  Require(opened.value->Close(), "write", path);
+}
+
+void ReplaceFile(const std::string& path, std::string_view bytes) {
+  const std::string fresh = path + ".new";
+  WriteWholeFile(fresh, bytes);
+  Require(Files().Rename(fresh, path), "replace", path);
+  Require(Files().FlushFolder(tmw::SplitFileName(path).Folder), "replace", path);
+}
+
+std::string HashOfFile(const std::string& path) {
+  auto opened = Files().Open(path, platform::FileMode::kRead);
+  Require({opened.ok, opened.code}, "read", path);
+  std::vector<char> buffer(256U << 10U);
+  tmw::Sha256Stream stream;
+  for (;;) {
+    const auto got = opened.value->Read(buffer.data(), buffer.size());
+    Require({got.ok, got.code}, "read", path);
+    if (got.value == 0) return TextOf(stream);
+    stream.Update(buffer.data(), got.value);
+  }
+}
+
+std::string HashOfBytes(std::string_view bytes) {
+  tmw::Sha256Stream stream;
+  stream.Update(bytes.data(), bytes.size());
+  return TextOf(stream);
+}
+
+std::string HashOfText(std::string_view utf8) {
+  return HashOfBytes(tmw::Utf16ToBytes(tmw::Utf8ToUtf16(utf8)));
+}
+
+ScratchFolder::ScratchFolder(const std::string& parent) {
+  const std::string base = parent.empty() ? tmw::GetTemporaryFolder() : parent;
+  tmw::CreateFolderIfAbsent(base);
+  platform::Status status;
+  for (int i = 0; i < kScratchAttempts; ++i) {
+    path_ = tmw::JoinPath(base, "tmpublish" + std::to_string(i));
+    status = Files().CreateFolder(path_);
+    if (status) return;
+  }
+  Require(status, "create the folder", path_);
+}
+
+ScratchFolder::~ScratchFolder() {
+  try {
+    RemoveTree(path_);
+  } catch (const std::exception&) {
+    // What cannot be removed stays in the folder for temporary files.
+  }
+}
+
+}  // namespace publish

@@ -1,0 +1,42 @@
+#include "publish/progress.h"
+
+#include <iostream>
+
+namespace publish {
+
+Progress::~Progress() {
+  Clear();
+}
+
+void Progress::Begin(const std::string& step, std::size_t parts) {
+  Clear();
+  const std::lock_guard lock(guard_);
+  step_ = step;
+  parts_ = parts;
+  done_ = 0;
+  shown_percent_ = 0;
+  Show();
+}
+
+void Progress::Advance() {
+  const std::lock_guard lock(guard_);
+  ++done_;
+  const std::size_t percent = parts_ == 0 ? 100 : done_ * 100 / parts_;
+  if (percent == shown_percent_) return;
+  shown_percent_ = percent;
+  Show();
+}
+
+void Progress::Clear() {
+  const std::lock_guard lock(guard_);
+  if (!is_shown_ || step_.empty()) return;
+  std::cerr << "\r\x1B[K" << std::flush;
+  step_.clear();
+}
+
+void Progress::Show() {
+  if (!is_shown_) return;
+  std::cerr << '\r' << step_ << ": " << shown_percent_ << " %" << std::flush;
+}
+
+}  // namespace publish

@@ -1,0 +1,169 @@
+#include "publish/publisher.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+#include "foundation/api_errors.h"
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/file_names.h"
+#include "foundation/file_utils.h"
+#include "foundation/program_error.h"
+#include "foundation/text.h"
+#include "platform/file_lock.h"
+#include "platform/file_system.h"
+#include "platform/ports.h"
+#include "publish/description.h"
+#include "publish/file_tree.h"
+#include "publish/product_files.h"
+#include "publish/release_builder.h"
+#include "publish/release_names.h"
+#include "publish/scripts.h"
+#include "publish/tables.h"
+
+namespace publish {
+namespace {
+
+void Rename(const std::string& from, const std::string& to) {
+  const platform::Status renamed = platform::CurrentPorts().files->Rename(from, to);
+  if (!renamed) {
+    tmw::RaiseApiErrorWithMessage(
+        "Cannot rename " + tmw::Quoted(from) + " to " + tmw::Quoted(to) + ": ", renamed.code);
+  }
+}
+
+// The folder in which a release grows, and everything that happens around its place.
+class Building {
+ public:
+  Building(const std::string& root, const std::string& version)
+      : root_(root), place_(tmw::JoinPath(root, ReleaseFolder(version))), folder_(place_ + ".new") {
+    tmw::CreateFolderIfAbsent(folder_);
+    Lock();
+    // An interrupted exchange of releases is taken back.
+    if (tmw::IsFolderExists(Old()) && !tmw::IsFolderExists(place_)) Rename(Old(), place_);
+    for (const std::string& leftover : {Release(), Work(), Old()})
+      RemoveTree(leftover);
+    tmw::CreateFolderIfAbsent(Release());
+    tmw::CreateFolderIfAbsent(Work());
+  }
+  Building(const Building&) = delete;
+  Building& operator=(const Building&) = delete;
+  ~Building() {
+    lock_ = nullptr;
+    try {
+      RemoveTree(folder_);
+    } catch (const std::exception&) {
+      // The next run takes it away.
+    }
+  }
+
+  const std::string& Place() const { return place_; }
+  std::string Release() const { return tmw::JoinPath(folder_, "release"); }
+  std::string Work() const { return tmw::JoinPath(folder_, "work"); }
+
+  // Gives the release its name.
+  void MoveIntoPlace() const {
+    if (tmw::IsFolderExists(place_)) Rename(place_, Old());
+    Rename(Release(), place_);
+    static_cast<void>(platform::CurrentPorts().files->FlushFolder(root_));
+  }
+
+ private:
+  std::string Old() const { return tmw::JoinPath(folder_, "old"); }
+
+  void Lock() {
+    const std::string file = tmw::JoinPath(folder_, "lock");
+    if (!tmw::IsFileExists(file)) tmw::CreateEmptyFile(file);
+    auto locked =
+        platform::CurrentPorts().file_locks->TryLock(file, platform::FileLockMode::kExclusive);
+    if (!locked)
+      tmw::RaiseApiErrorWithMessage("Cannot lock " + tmw::Quoted(file) + ": ", locked.code);
+    if (locked.value.verdict != platform::FileLockVerdict::kLocked)
+      tmw::RaiseProgramError("Another run is publishing this version: " + tmw::Quoted(folder_) +
+                             ".");
+    lock_ = std::move(locked.value.lock);
+  }
+
+  std::string root_;
+  std::string place_;
+  std::string folder_;
+  std::unique_ptr<platform::FileLock> lock_;
+};
+
+std::string ServerList(const Description& description) {
+  std::string text;
+  for (const std::string& server : description.servers)
+    text += server + "\r\n";
+  return text;
+}
+
+// In the encoding that the updater takes a text without a mark for.
+std::string Encoded(const std::string& text, const std::string& place, Faults& faults) {
+  const auto bytes = tmw::TryUtf8ToCodePage(tmw::CodePage::k1251, text);
+  if (!bytes) faults.Add(place, "It has characters outside code page 1251.");
+  return bytes.value_or("");
+}
+
+void RequireInputs(const PublishOptions& options) {
+  for (const std::string& folder : {options.product, options.scripts}) {
+    if (!tmw::IsFolderExists(folder))
+      tmw::RaiseProgramError("No folder " + tmw::Quoted(folder) + ".");
+  }
+  for (const std::string& file : {options.description, options.database}) {
+    if (!tmw::IsFileExists(file)) tmw::RaiseProgramError("No file " + tmw::Quoted(file) + ".");
+  }
+}
+
+PublishedRelease Summary(const Manifest& manifest, std::size_t scripts) {
+  PublishedRelease made;
+  made.version = manifest.version;
+  made.files = manifest.files.size();
+  made.user_tables = static_cast<std::size_t>(
+      std::count_if(manifest.tables.begin(), manifest.tables.end(),
+                    [](const TableRecord& table) { return table.is_user; }));
+  made.dictionaries = manifest.tables.size() - made.user_tables;
+  made.scripts = scripts;
+  made.volume = WholeVolume(manifest);
+  return made;
+}
+
+}  // namespace
+
+PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faults& faults) {
+  RequireInputs(options);
+  const Description description = ReadDescription(options.description, faults);
+  std::vector<ProductFile> files = CollectProductFiles(options.product, description, faults);
+  const std::vector<UpdateScript> scripts = ReadScripts(options.scripts, faults);
+  CheckChain(scripts, description.oldest_database, description.version, faults);
+  ReferenceTables reference(options.database);
+  std::vector<TableRecord> tables = reference.Choose(description, faults);
+  const std::string root = tmw::GetAbsoluteFileName(options.output);
+  const std::string place = tmw::JoinPath(root, ReleaseFolder(description.version));
+  if (!options.may_replace && tmw::IsFolderExists(place))
+    faults.Add(place, "This version has been published already.");
+  // Without a version there is no place to build in.
+  if (!IsPlainVersion(description.version, 4)) return {};
+
+  const Building building(root, description.version);
+  ReleaseBuilder builder(description, building.Release(), building.Work(), progress);
+  builder.AddTables(reference, std::move(tables), faults);
+  // Packing takes long, and there will be no release.
+  if (!faults.IsEmpty()) return {};
+  builder.AddFiles(std::move(files), faults);
+  builder.AddScripts(options.scripts);
+  builder.AddUpdater(options.product, faults);
+  const std::string server_list = Encoded(ServerList(description), "servers", faults);
+  const std::string digest = Encoded(builder.Digest(), "digest", faults);
+  builder.Finish(faults);
+  if (!faults.IsEmpty()) return {};
+
+  building.MoveIntoPlace();
+  ReplaceFile(tmw::JoinPath(root, tmw::names::kServerListFile), server_list);
+  ReplaceFile(tmw::JoinPath(root, tmw::names::kDigestFile), digest);
+  PublishedRelease made = Summary(builder.Content(), scripts.size());
+  made.folder = building.Place();
+  return made;
+}
+
+}  // namespace publish

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "publish/faults.h"
+#include "publish/progress.h"
+
+namespace publish {
+
+struct PublishOptions {
+  std::string description;   // the file
+  std::string product;       // the folder of the product's files
+  std::string database;      // the reference database
+  std::string scripts;       // the folder of the update scripts
+  std::string output;        // the folder that the web server offers
+  bool may_replace = false;  // a release of the same version
+};
+
+// What has been made.
+struct PublishedRelease {
+  std::string version;
+  std::string folder;  // of the release
+  std::size_t files = 0;
+  std::size_t dictionaries = 0;
+  std::size_t user_tables = 0;
+  std::size_t scripts = 0;
+  std::int64_t volume = 0;  // bytes a first installation downloads
+};
+
+// Makes a release, or finds faults and makes none. The same input gives the same bytes.
+//
+// The release grows in the folder "<release>.new" beside its place, gets its name when it is whole,
+// and is announced by the digest last. Whatever is interrupted, the digest names a whole release;
+// the next run takes away what was left.
+PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faults& faults);
+
+}  // namespace publish

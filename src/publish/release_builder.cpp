@@ -1,0 +1,250 @@
+#include "publish/release_builder.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <numeric>
+#include <set>
+
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/file_names.h"
+#include "foundation/file_utils.h"
+#include "foundation/path_guard.h"
+#include "foundation/program_error.h"
+#include "foundation/text.h"
+#include "foundation/xml_helpers.h"
+#include "packages/hash_api.h"
+#include "packages/rar_archive.h"
+#include "publish/file_tree.h"
+#include "publish/release_names.h"
+#include "publish/workers.h"
+
+namespace publish {
+namespace {
+
+constexpr std::int64_t kLargestNumber = std::numeric_limits<std::int32_t>::max();
+
+void CheckSize(std::int64_t length, const std::string& place, Faults& faults) {
+  if (length > kLargestNumber)
+    faults.Add(place, "It is longer than the 2147483647 bytes that the updater can count.");
+}
+
+}  // namespace
+
+ReleaseBuilder::ReleaseBuilder(const Description& description, std::string release,
+                               std::string work, Progress& progress)
+    : description_(description),
+      release_(std::move(release)),
+      work_(std::move(work)),
+      progress_(progress) {
+  manifest_.product = tmw::names::kProductCode;
+  manifest_.version = description.version;
+  manifest_.version_id = description.version_id;
+  digest_ = description.version + "\r\n" + description.needed_updater + "\r\n";
+}
+
+std::string ReleaseBuilder::PathOf(const std::string& server_name) const {
+  return tmw::JoinPath(release_, server_name);
+}
+
+// A file without a mode gets the one that its system gives new files.
+tmw::RarEntryFacts ReleaseBuilder::FactsOf(const std::string& name, bool is_executable) const {
+  tmw::RarEntryFacts facts;
+  facts.name = name;
+  facts.modified = description_.date;
+  if (is_executable) facts.unix_mode = 0755;
+  return facts;
+}
+
+PackageRecord ReleaseBuilder::PackTogether(const std::string& server_name,
+                                           const std::vector<Entry>& entries) {
+  const std::string path = PathOf(server_name);
+  tmw::StoredRarWriter writer(path, description_.format);
+  for (const auto& [file, name] : entries)
+    writer.AddFile(FactsOf(name), file);
+  writer.Finish();
+  return {server_name, tmw::GetFileLength(path), HashOfFile(path)};
+}
+
+void ReleaseBuilder::AddTables(ReferenceTables& reference, std::vector<TableRecord> tables,
+                               Faults& faults) {
+  progress_.Begin("tables", tables.size());
+  std::vector<Entry> structures;
+  const std::string table_file = tmw::JoinPath(work_, "table");
+  for (TableRecord& table : tables) {
+    const std::string text = reference.TextOf(table, faults);
+    if (table.is_user) {
+      const std::string file = tmw::JoinPath(work_, "s" + std::to_string(structures.size()));
+      WriteWholeFile(file, TableFileBytes(text));
+      structures.emplace_back(file, table.name + std::string(tmw::names::kTableStructureEnding));
+    } else {
+      WriteWholeFile(table_file, TableFileBytes(text));
+      const PackageRecord package =
+          PackTogether(TablePackage(table.name),
+                       {{table_file, table.name + std::string(tmw::names::kTableEnding)}});
+      table.server_length = package.length;
+      table.hash = HashOfText(text);
+    }
+    progress_.Advance();
+  }
+  manifest_.tables = std::move(tables);
+  manifest_.structures = PackTogether(kStructuresPackage, structures);
+}
+
+void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
+  progress_.Begin("files", files.size());
+  for (ProductFile& file : files) {
+    file.record.length = tmw::GetFileLength(file.source);
+    tmw::CreateFolderIfAbsent(tmw::SplitFileName(PathOf(file.record.server_name)).Folder);
+  }
+  // The longest first, so that no thread begins with one when the others have ended.
+  std::vector<std::size_t> order(files.size());
+  std::iota(order.begin(), order.end(), 0);
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    return files[a].record.length > files[b].record.length;
+  });
+  std::vector<Faults> found(files.size());
+  RunSideBySide(files.size(), WorkerCount(), [&](std::size_t i) {
+    const std::size_t number = order[i];
+    PackFile(files[number], number, found[number]);
+    progress_.Advance();
+  });
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    faults.Append(found[i]);
+    manifest_.files.push_back(std::move(files[i].record));
+  }
+}
+
+void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& faults) const {
+  FileRecord& record = file.record;
+  if (record.length > tmw::StoredRarWriter::kLargestFile) {
+    CheckSize(record.length, file.path, faults);
+    return;
+  }
+  const std::string scratch = tmw::JoinPath(work_, "f" + std::to_string(number));
+  if (!file.ready_package.empty()) {
+    TakeReadyPackage(file, scratch, faults);
+    return;
+  }
+  const std::string target = PathOf(record.server_name);
+  const bool has_integrity = record.pack_method == kIntegrity;
+  std::string source = file.source;
+  if (has_integrity) {
+    tmw::CopyFileWithIntegrityTrailer(file.source, scratch);
+    source = scratch;
+  }
+  tmw::StoredRarWriter writer(target, description_.format, has_integrity);
+  const tmw::PackedFile packed = writer.AddFile(FactsOf(record.name, file.is_executable), source);
+  writer.Finish();
+  if (has_integrity) tmw::DeleteFile(scratch);
+  record.length = packed.length;
+  record.hash = tmw::GetHashString(packed.digest);
+  record.server_length = tmw::GetFileLength(target);
+  CheckSize(record.server_length, file.path, faults);
+  if (record.pack_method == kText) CheckText(file, faults);
+}
+
+// The package is believed only what it gives back when it is extracted.
+void ReleaseBuilder::TakeReadyPackage(ProductFile& file, const std::string& scratch,
+                                      Faults& faults) const {
+  FileRecord& record = file.record;
+  if (record.pack_method == kIntegrity) {
+    faults.Add(file.path, "A ready-made package cannot have pack method 2.");
+    return;
+  }
+  record.hash = HashOfFile(file.source);
+  const std::string target = PathOf(record.server_name);
+  tmw::CopyFile(file.ready_package, target);
+  record.server_length = tmw::GetFileLength(target);
+  CheckSize(record.server_length, file.path, faults);
+  std::string reason;
+  if (!tmw::UnrarOneFile(target, record.name, scratch, "", reason)) {
+    faults.Add(file.path, "Its package " + file.ready_package + " does not give it: " + reason);
+  } else if (HashOfFile(tmw::JoinPath(scratch, record.name)) != record.hash) {
+    faults.Add(file.path, "Its package " + file.ready_package + " holds another content.");
+  }
+  RemoveTree(scratch);
+  if (record.pack_method == kText) CheckText(file, faults);
+}
+
+// Installed files are judged by the hash of their bytes, whatever the pack method was.
+void ReleaseBuilder::CheckText(const ProductFile& file, Faults& faults) const {
+  if (HashOfText(tmw::ReadUnicodeFileToString(file.source)) == file.record.hash) return;
+  faults.Add(file.path,
+             "It is no UTF-16 text without a byte-order mark: with pack method 3 every run of the "
+             "updater would download it again.");
+}
+
+void ReleaseBuilder::AddScripts(const std::string& folder) {
+  std::vector<Entry> entries;
+  for (const std::string& name : tmw::CollectFileNamesInFolder(folder, "*.xml"))
+    entries.emplace_back(tmw::JoinPath(folder, name), name);
+  manifest_.scripts = PackTogether(kScriptsPackage, entries);
+}
+
+void ReleaseBuilder::AddUpdater(const std::string& product_folder, Faults& faults) {
+  std::set<std::string> taken;
+  for (const std::string& name :
+       {std::string(tmw::names::kManifestPackage), kScriptsPackage, kStructuresPackage,
+        std::string(kListing), std::string(kFilesFolder)})
+    taken.insert(tmw::LowerCase(name));
+  for (const TableRecord& table : manifest_.tables)
+    taken.insert(tmw::LowerCase(TablePackage(table.name)));
+  for (const std::string& file : description_.updater_files) {
+    const std::string source = tmw::JoinPath(product_folder, file);
+    const std::string name = tmw::SplitFileName(file).FileName();
+    const tmw::GuardVerdict verdict = tmw::CheckFileName(name);
+    if (!verdict.IsAccepted()) {
+      faults.Add(file, "The updater refuses it: " + verdict.message);
+    } else if (!taken.insert(tmw::LowerCase(name)).second) {
+      faults.Add(file, "Another file of the release has this name on the server.");
+    } else if (!tmw::IsFileExists(source)) {
+      faults.Add(file, "This file of the updater is missing.");
+    } else {
+      tmw::CopyFile(source, PathOf(name));
+      const std::int64_t length = tmw::GetFileLength(PathOf(name));
+      CheckSize(length, file, faults);
+      digest_ += "updater:" + name + "|" + std::to_string(length) + "|" + HashOfFile(PathOf(name)) +
+                 "\r\n";
+      updater_names_.push_back(name);
+    }
+  }
+}
+
+void ReleaseBuilder::Finish(Faults& faults) {
+  CheckFileList(manifest_, faults);
+  CheckSize(manifest_.scripts.length, kScriptsPackage, faults);
+  CheckSize(manifest_.structures.length, kStructuresPackage, faults);
+  CheckSize(WholeVolume(manifest_), "The whole release", faults);
+  if (!faults.IsEmpty()) return;
+  const std::string file = tmw::JoinPath(work_, "manifest");
+  WriteWholeFile(file, WriteManifest(manifest_));
+  if (tmw::GetFileLength(file) > tmw::kMaxXmlLength) {
+    faults.Add("manifest", "It has grown longer than the updater reads.");
+    return;
+  }
+  PackTogether(std::string(tmw::names::kManifestPackage),
+               {{file, manifest_.product + std::string(tmw::names::kManifestFile)}});
+  WriteWholeFile(PathOf(kListing), Listing());
+}
+
+std::string ReleaseBuilder::Listing() const {
+  std::string text = ReleaseFolder(manifest_.version) + ": bytes, server name, what it is\n";
+  const auto add = [&](const std::string& name, const std::string& what) {
+    text += std::to_string(tmw::GetFileLength(PathOf(name))) + "\t" + name + "\t" + what + "\n";
+  };
+  add(std::string(tmw::names::kManifestPackage), "list of files");
+  add(manifest_.scripts.server_name, "update scripts");
+  add(manifest_.structures.server_name, "structures of the user's tables");
+  for (const std::string& name : updater_names_)
+    add(name, "the updater's own file");
+  for (const TableRecord& table : manifest_.tables) {
+    if (!table.is_user) add(TablePackage(table.name), "dictionary " + table.name);
+  }
+  for (const FileRecord& record : manifest_.files)
+    add(record.server_name, record.folder + " " + record.name + (record.is_com ? ", COM" : ""));
+  return text;
+}
+
+}  // namespace publish

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "packages/rar_writer.h"
+#include "publish/description.h"
+#include "publish/faults.h"
+#include "publish/manifest.h"
+#include "publish/product_files.h"
+#include "publish/progress.h"
+#include "publish/tables.h"
+
+namespace publish {
+
+// Fills the folder of one release.
+class ReleaseBuilder {
+ public:
+  // Both folders are there and empty; work is for what the release does not keep.
+  ReleaseBuilder(const Description& description, std::string release, std::string work,
+                 Progress& progress);
+
+  // Writes the tables' packages and the package of structures.
+  void AddTables(ReferenceTables& reference, std::vector<TableRecord> tables, Faults& faults);
+
+  // Writes the files' packages, several side by side.
+  void AddFiles(std::vector<ProductFile> files, Faults& faults);
+
+  // The "*.xml" files of the folder.
+  void AddScripts(const std::string& folder);
+
+  // The updater's own files, taken from the product's folder.
+  void AddUpdater(const std::string& product_folder, Faults& faults);
+
+  // What can be said of the whole; then the manifest's package and the listing.
+  void Finish(Faults& faults);
+
+  const Manifest& Content() const { return manifest_; }
+
+  // The digest that announces the release.
+  const std::string& Digest() const { return digest_; }
+
+ private:
+  // A file that goes into a package, and its name there.
+  using Entry = std::pair<std::string, std::string>;
+
+  std::string PathOf(const std::string& server_name) const;
+  tmw::RarEntryFacts FactsOf(const std::string& name, bool is_executable = false) const;
+  PackageRecord PackTogether(const std::string& server_name, const std::vector<Entry>& entries);
+  void PackFile(ProductFile& file, std::size_t number, Faults& faults) const;
+  void TakeReadyPackage(ProductFile& file, const std::string& scratch, Faults& faults) const;
+  void CheckText(const ProductFile& file, Faults& faults) const;
+  std::string Listing() const;
+
+  const Description& description_;
+  std::string release_;
+  std::string work_;
+  Progress& progress_;
+  Manifest manifest_;
+  std::string digest_;
+  std::vector<std::string> updater_names_;
+};
+
+}  // namespace publish

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "foundation/contract_names.h"
+
+// Where things lie in the folder that a web server offers.
+namespace publish {
+
+// The folder of a release.
+inline std::string ReleaseFolder(const std::string& version) {
+  return std::string(tmw::names::kProductCode) + "_" + version;
+}
+
+// Names in the folder of a release that only this tool gives.
+inline const std::string kScriptsPackage = "_DBUpdates" + std::string(tmw::names::kPackageEnding);
+inline const std::string kStructuresPackage = "_DBStruct" + std::string(tmw::names::kPackageEnding);
+inline constexpr const char* kFilesFolder = "files";
+inline constexpr const char* kListing = "_Listing.txt";
+
+// Never carried by a release: it tells the version of the database it stands in.
+inline constexpr const char* kVersionTable = "DBVersion";
+
+}  // namespace publish

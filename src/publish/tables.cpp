@@ -1,0 +1,102 @@
+#include "publish/tables.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "database/db_string.h"
+#include "database/table_export.h"
+#include "database/table_text.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_names.h"
+#include "foundation/path_guard.h"
+#include "foundation/text.h"
+#include "platform/ports.h"
+#include "publish/release_names.h"
+
+namespace publish {
+namespace {
+
+constexpr std::uint32_t kNotOfTheProduct = platform::kSystemObject | platform::kHiddenObject;
+
+// The kind that the last matching rule gives; nothing when none matches.
+const TableRule* RuleOf(const std::string& table, const std::vector<TableRule>& rules) {
+  const auto found = std::find_if(rules.rbegin(), rules.rend(), [&](const TableRule& rule) {
+    return tmw::MatchesMask(table, rule.mask);
+  });
+  return found == rules.rend() ? nullptr : &*found;
+}
+
+void ReadText(tmw::TableTextReader& reader, const TableRecord& table) {
+  const platform::TableDefinition definition = reader.ReadStructure();
+  if (definition.name != table.name)
+    tmw::RaiseProgramError("It is the text of the table " + tmw::Quoted(definition.name) + ".");
+  const bool has_rows = reader.ReadRowsOpener();
+  if (has_rows == table.is_user)
+    tmw::RaiseProgramError(has_rows ? "It carries rows." : "It carries no rows.");
+  std::vector<std::string_view> values;
+  while (has_rows && reader.ReadRow(values)) {
+    for (const std::string_view value : values)
+      static_cast<void>(tmw::DBStringToVariant(value));
+  }
+  reader.ReadEnd();
+}
+
+}  // namespace
+
+ReferenceTables::ReferenceTables(const std::string& database)
+    : database_(platform::CurrentPorts().database->OpenDatabase(database, false, true)) {}
+
+std::vector<TableRecord> ReferenceTables::Choose(const Description& description, Faults& faults) {
+  std::vector<TableRecord> dictionaries;
+  std::vector<TableRecord> user_tables;
+  std::vector<bool> is_rule_used(description.tables.size());
+  for (const platform::TableSummary& table : database_->Tables()) {
+    if ((table.attributes & kNotOfTheProduct) != 0) continue;
+    if (tmw::EqualIgnoringCase(table.name, kVersionTable)) continue;
+    const TableRule* const rule = RuleOf(table.name, description.tables);
+    if (rule == nullptr) {
+      faults.Add(table.name, "The description does not say what kind of table it is.");
+      continue;
+    }
+    is_rule_used[static_cast<std::size_t>(rule - description.tables.data())] = true;
+    if (rule->kind == TableKind::kSkipped) continue;
+    if (const auto verdict = tmw::CheckFileName(table.name); !verdict.IsAccepted())
+      faults.Add(table.name, "The updater refuses it: " + verdict.message);
+    const bool is_user = rule->kind == TableKind::kUser;
+    (is_user ? user_tables : dictionaries).push_back({table.name, is_user, 0, ""});
+  }
+  for (std::size_t i = 0; i < is_rule_used.size(); ++i) {
+    const std::string& mask = description.tables[i].mask;
+    if (!is_rule_used[i] && !IsPattern(mask))
+      faults.Add("description", "The reference database has no table " + mask +
+                                    ", or a later line says otherwise.");
+  }
+  dictionaries.insert(dictionaries.end(), user_tables.begin(), user_tables.end());
+  return dictionaries;
+}
+
+std::string ReferenceTables::TextOf(const TableRecord& table, Faults& faults) {
+  const std::string text = tmw::ExportTableToString(table.name, table.is_user, database_.get());
+  Faults found;
+  CheckTableText(text, table, found);
+  faults.Append(found);
+  return found.IsEmpty() ? text : "";
+}
+
+void CheckTableText(const std::string& text, const TableRecord& table, Faults& faults) {
+  tmw::TableTextReader reader(text);
+  try {
+    ReadText(reader, table);
+  } catch (...) {
+    faults.Add(table.name, "The updater could not import it: line " +
+                               std::to_string(reader.Line()) + ": " +
+                               tmw::CurrentError().Description);
+  }
+}
+
+std::string TableFileBytes(const std::string& text) {
+  return tmw::Utf16ToBytes(tmw::Utf8ToUtf16(text));
+}
+
+}  // namespace publish
