@@ -7,6 +7,9 @@
 #include "foundation/text.h"
 #include "platform/ports.h"
 #include "platform/processes.h"
+#include "publish/checker.h"
+#include "publish/difference.h"
+#include "publish/digest.h"
 #include "publish/faults.h"
 #include "publish/json.h"
 #include "publish/progress.h"
@@ -117,12 +120,97 @@ ExitCode RunPublish(Arguments arguments) {
   return Answer(is_json, json, faults, words);
 }
 
+ExitCode RunCheck(Arguments arguments) {
+  const bool is_json = arguments.TakeFlag("--json");
+  const std::string oldest = arguments.TakeOption("--from").value_or("");
+  if (!oldest.empty() && !IsVersion(oldest, 3))
+    throw UsageError("--from needs a version of three numbers");
+  const std::string place = arguments.Take(1).front();
+  Faults faults;
+  CheckedRelease release;
+  {
+    Progress progress(IsProgressShown());
+    release = CheckRelease(place, oldest, progress, faults);
+  }
+  JsonWriter json;
+  json.Text("version", release.version);
+  json.Number("files", static_cast<std::int64_t>(release.files));
+  json.Number("tables", static_cast<std::int64_t>(release.tables));
+  json.Number("volume", release.volume);
+  const std::string words =
+      faults.IsEmpty()
+          ? "release " + release.version + " is in order: files: " + std::to_string(release.files) +
+                ", tables: " + std::to_string(release.tables) +
+                ", bytes of a whole download: " + std::to_string(release.volume) + "\n"
+          : "";
+  return Answer(is_json, json, faults, words);
+}
+
+const char* NameOf(DownloadKind kind) {
+  if (kind == DownloadKind::kFile) return "file";
+  return kind == DownloadKind::kDictionary ? "dictionary" : "package";
+}
+
+std::string WordsOf(const Difference& difference) {
+  std::string words;
+  for (const Download& download : difference.downloads) {
+    words += std::to_string(download.bytes) + "\t" + NameOf(download.kind) + "\t" + download.name +
+             (download.is_new ? " (new)" : "") + "\n";
+  }
+  for (const std::string& file : difference.left_over)
+    words += "0\tleft over\t" + file + "\n";
+  return words + "bytes to download: " + std::to_string(difference.volume) +
+         "\nbytes on a client installation: " + std::to_string(difference.client_volume) + "\n";
+}
+
+void AddDifference(const Difference& difference, JsonWriter& json) {
+  json.BeginList("downloads");
+  for (const Download& download : difference.downloads) {
+    json.BeginObject();
+    json.Text("kind", NameOf(download.kind));
+    json.Text("name", download.name);
+    json.Number("bytes", download.bytes);
+    json.Number("new", download.is_new ? 1 : 0);
+    json.EndObject();
+  }
+  json.EndList();
+  json.BeginList("left_over");
+  for (const std::string& file : difference.left_over) {
+    json.BeginObject();
+    json.Text("name", file);
+    json.EndObject();
+  }
+  json.EndList();
+  json.Number("volume", difference.volume);
+  json.Number("client_volume", difference.client_volume);
+}
+
+ExitCode RunDiff(Arguments arguments) {
+  const bool is_json = arguments.TakeFlag("--json");
+  const std::vector<std::string>& places = arguments.Take(2);
+  Faults faults;
+  Manifest old_release;
+  Manifest new_release;
+  const bool has_old = LoadManifest(places[0], old_release, faults);
+  const bool has_new = LoadManifest(places[1], new_release, faults);
+  JsonWriter json;
+  std::string words;
+  if (has_old && has_new) {
+    const Difference difference = Compare(old_release, new_release);
+    json.Text("old", old_release.version);
+    json.Text("new", new_release.version);
+    AddDifference(difference, json);
+    words = old_release.version + " -> " + new_release.version + "\n" + WordsOf(difference);
+  }
+  return Answer(is_json, json, faults, words);
+}
+
 struct Command {
   const char* name;
   ExitCode (*run)(Arguments);
 };
 
-constexpr Command kCommands[] = {{"publish", RunPublish}};
+constexpr Command kCommands[] = {{"publish", RunPublish}, {"check", RunCheck}, {"diff", RunDiff}};
 
 }  // namespace
 

@@ -11,9 +11,8 @@
 #include "foundation/path_guard.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
-#include "foundation/version.h"
 #include "foundation/xml_helpers.h"
-#include "publish/manifest.h"
+#include "publish/digest.h"
 
 namespace publish {
 namespace {
@@ -36,7 +35,7 @@ class Reader {
       Blame(root, "Product", "must be \"" + std::string(tmw::names::kProductCode) + "\"");
     }
     result_.version = Needed(root, "Version");
-    if (!IsPlainVersion(result_.version, 4)) Blame(root, "Version", "must be four numbers");
+    if (!IsVersion(result_.version, 4)) Blame(root, "Version", "must be four numbers");
     result_.version_id = tmw::XmlGetStringAttributeDef(root, "VersionID", result_.version);
     if (!tmw::CheckFileName(result_.version_id).IsAccepted()) {
       Blame(root, "VersionID", "names a folder on users' machines, and this is no name for one");
@@ -123,8 +122,7 @@ class Reader {
     ExpectAttributes(*updater, {"MinVersion"});
     ExpectElements(*updater, {"Component"});
     result_.needed_updater = Needed(*updater, "MinVersion");
-    if (!IsPlainVersion(result_.needed_updater, 2))
-      Blame(*updater, "MinVersion", "must be two numbers");
+    if (!IsVersion(result_.needed_updater, 2)) Blame(*updater, "MinVersion", "must be two numbers");
     for (const XmlNode* const component : tmw::XmlGetChildElements(*updater, "Component")) {
       ExpectAttributes(*component, {"File"});
       result_.updater_files.push_back(Needed(*component, "File"));
@@ -179,7 +177,7 @@ class Reader {
     ExpectAttributes(database, {"From"});
     ExpectElements(database, {"Dict", "User", "Skip"});
     result_.oldest_database = tmw::XmlGetStringAttributeDef(database, "From", "");
-    if (!result_.oldest_database.empty() && !IsPlainVersion(result_.oldest_database, 3))
+    if (!result_.oldest_database.empty() && !IsVersion(result_.oldest_database, 3))
       Blame(database, "From", "must be three numbers");
     for (const auto& child : database.children) {
       if (child->kind != tmw::XmlNodeKind::kElement) continue;
@@ -214,17 +212,6 @@ Description ReadDescription(const std::string& file, Faults& faults) {
   }
   Reader(description, faults).Read(*root);
   return description;
-}
-
-bool IsPlainVersion(const std::string& text, int count) {
-  std::int32_t parts[4] = {};
-  std::int32_t found = 0;
-  if (!tmw::ParseVersionString(text, parts[0], parts[1], parts[2], parts[3], found)) return false;
-  if (found != count) return false;
-  std::string plain;
-  for (int i = 0; i < count; ++i)
-    plain += (i == 0 ? "" : ".") + std::to_string(parts[i]);
-  return plain == text && plain.find('-') == std::string::npos;
 }
 
 }  // namespace publish

@@ -53,9 +53,6 @@ struct Description {
 // What is wrong is a fault, and the rest is read all the same.
 Description ReadDescription(const std::string& file, Faults& faults);
 
-// Exactly count numbers, in decimal without leading zeros, "." between them.
-bool IsPlainVersion(const std::string& text, int count);
-
 // A mask that may well match nothing, as against a name.
 inline bool IsPattern(const std::string& mask) {
   return mask.find_first_of("*?") != std::string::npos;

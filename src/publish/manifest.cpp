@@ -198,20 +198,21 @@ std::string WriteManifest(const Manifest& manifest) {
   return writer.TakeText();
 }
 
-Manifest ReadManifest(const std::string& file, Faults& faults) {
+bool ReadManifest(const std::string& file, Manifest& manifest, Faults& faults) {
   std::string reason;
   const std::unique_ptr<tmw::XmlDocument> document = tmw::XmlCreateDocument(reason);
   if (document == nullptr) tmw::RaiseProgramError("No XML component: " + reason);
   if (!tmw::XmlLoadDocumentSafe(*document, file, reason)) {
     faults.Add("manifest", "Cannot be read:\n" + reason);
-    return {};
+    return false;
   }
   const XmlNode* const root = tmw::XmlFindSingleNode(document->Node(), "KSUpdateManifest");
   if (root == nullptr) {
     faults.Add("manifest", "Its root element is not KSUpdateManifest.");
-    return {};
+    return false;
   }
-  return Reader(faults).Read(*root);
+  manifest = Reader(faults).Read(*root);
+  return true;
 }
 
 std::string TablePackage(const std::string& table) {

@@ -57,7 +57,13 @@ struct Manifest {
 std::string WriteManifest(const Manifest& manifest);
 
 // Reads the extracted document. What cannot be read is a fault and left out; the rest is there.
-Manifest ReadManifest(const std::string& file, Faults& faults);
+// False when it is no manifest at all, which is a fault too.
+[[nodiscard]] bool ReadManifest(const std::string& file, Manifest& manifest, Faults& faults);
+
+// What can be said of the lists alone and the updater would stumble over: names that its path guard
+// refuses, a place or a server name taken twice, different contents under one name, tables that may
+// not be carried, more bytes than it can count.
+void CheckManifest(const Manifest& manifest, Faults& faults);
 
 // On the server a table lies under its own name, whatever the manifest says of its file.
 std::string TablePackage(const std::string& table);

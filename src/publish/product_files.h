@@ -28,8 +28,4 @@ std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
 // it needs no escaping in a URL. Paths of other characters get a piece of their hash behind.
 std::string MakeServerName(const std::string& path);
 
-// What the updater says of the whole list: names that the path guard refuses, a place or a server
-// name taken twice, different contents under one name.
-void CheckFileList(const Manifest& manifest, Faults& faults);
-
 }  // namespace publish

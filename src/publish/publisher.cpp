@@ -15,6 +15,7 @@
 #include "platform/file_system.h"
 #include "platform/ports.h"
 #include "publish/description.h"
+#include "publish/digest.h"
 #include "publish/file_tree.h"
 #include "publish/product_files.h"
 #include "publish/release_builder.h"
@@ -135,6 +136,7 @@ PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faul
   const Description description = ReadDescription(options.description, faults);
   std::vector<ProductFile> files = CollectProductFiles(options.product, description, faults);
   const std::vector<UpdateScript> scripts = ReadScripts(options.scripts, faults);
+  CheckServerList(ServerList(description), faults);
   CheckChain(scripts, description.oldest_database, description.version, faults);
   ReferenceTables reference(options.database);
   std::vector<TableRecord> tables = reference.Choose(description, faults);
@@ -143,7 +145,7 @@ PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faul
   if (!options.may_replace && tmw::IsFolderExists(place))
     faults.Add(place, "This version has been published already.");
   // Without a version there is no place to build in.
-  if (!IsPlainVersion(description.version, 4)) return {};
+  if (!IsVersion(description.version, 4)) return {};
 
   const Building building(root, description.version);
   ReleaseBuilder builder(description, building.Release(), building.Work(), progress);
@@ -154,7 +156,7 @@ PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faul
   builder.AddScripts(options.scripts);
   builder.AddUpdater(options.product, faults);
   const std::string server_list = Encoded(ServerList(description), "servers", faults);
-  const std::string digest = Encoded(builder.Digest(), "digest", faults);
+  const std::string digest = Encoded(WriteDigest(builder.Announcement()), "digest", faults);
   builder.Finish(faults);
   if (!faults.IsEmpty()) return {};
 

@@ -41,7 +41,8 @@ ReleaseBuilder::ReleaseBuilder(const Description& description, std::string relea
   manifest_.product = tmw::names::kProductCode;
   manifest_.version = description.version;
   manifest_.version_id = description.version_id;
-  digest_ = description.version + "\r\n" + description.needed_updater + "\r\n";
+  digest_.version = description.version;
+  digest_.needed_updater = description.needed_updater;
 }
 
 std::string ReleaseBuilder::PathOf(const std::string& server_name) const {
@@ -205,18 +206,13 @@ void ReleaseBuilder::AddUpdater(const std::string& product_folder, Faults& fault
       tmw::CopyFile(source, PathOf(name));
       const std::int64_t length = tmw::GetFileLength(PathOf(name));
       CheckSize(length, file, faults);
-      digest_ += "updater:" + name + "|" + std::to_string(length) + "|" + HashOfFile(PathOf(name)) +
-                 "\r\n";
-      updater_names_.push_back(name);
+      digest_.files.push_back({name, length, HashOfFile(PathOf(name))});
     }
   }
 }
 
 void ReleaseBuilder::Finish(Faults& faults) {
-  CheckFileList(manifest_, faults);
-  CheckSize(manifest_.scripts.length, kScriptsPackage, faults);
-  CheckSize(manifest_.structures.length, kStructuresPackage, faults);
-  CheckSize(WholeVolume(manifest_), "The whole release", faults);
+  CheckManifest(manifest_, faults);
   if (!faults.IsEmpty()) return;
   const std::string file = tmw::JoinPath(work_, "manifest");
   WriteWholeFile(file, WriteManifest(manifest_));
@@ -237,8 +233,8 @@ std::string ReleaseBuilder::Listing() const {
   add(std::string(tmw::names::kManifestPackage), "list of files");
   add(manifest_.scripts.server_name, "update scripts");
   add(manifest_.structures.server_name, "structures of the user's tables");
-  for (const std::string& name : updater_names_)
-    add(name, "the updater's own file");
+  for (const UpdaterFile& file : digest_.files)
+    add(file.name, "the updater's own file");
   for (const TableRecord& table : manifest_.tables) {
     if (!table.is_user) add(TablePackage(table.name), "dictionary " + table.name);
   }

@@ -7,6 +7,7 @@
 
 #include "packages/rar_writer.h"
 #include "publish/description.h"
+#include "publish/digest.h"
 #include "publish/faults.h"
 #include "publish/manifest.h"
 #include "publish/product_files.h"
@@ -40,7 +41,7 @@ class ReleaseBuilder {
   const Manifest& Content() const { return manifest_; }
 
   // The digest that announces the release.
-  const std::string& Digest() const { return digest_; }
+  const Digest& Announcement() const { return digest_; }
 
  private:
   // A file that goes into a package, and its name there.
@@ -59,8 +60,7 @@ class ReleaseBuilder {
   std::string work_;
   Progress& progress_;
   Manifest manifest_;
-  std::string digest_;
-  std::vector<std::string> updater_names_;
+  Digest digest_;
 };
 
 }  // namespace publish

@@ -9,7 +9,7 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_names.h"
-#include "foundation/path_guard.h"
+#include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "platform/ports.h"
 #include "publish/release_names.h"
@@ -61,8 +61,6 @@ std::vector<TableRecord> ReferenceTables::Choose(const Description& description,
     }
     is_rule_used[static_cast<std::size_t>(rule - description.tables.data())] = true;
     if (rule->kind == TableKind::kSkipped) continue;
-    if (const auto verdict = tmw::CheckFileName(table.name); !verdict.IsAccepted())
-      faults.Add(table.name, "The updater refuses it: " + verdict.message);
     const bool is_user = rule->kind == TableKind::kUser;
     (is_user ? user_tables : dictionaries).push_back({table.name, is_user, 0, ""});
   }
@@ -93,6 +91,13 @@ void CheckTableText(const std::string& text, const TableRecord& table, Faults& f
                                std::to_string(reader.Line()) + ": " +
                                tmw::CurrentError().Description);
   }
+}
+
+std::string ReadTableFile(const std::string& path) {
+  // A text begins with "Table:", so that a zero in its second byte, like a mark, means UTF-16.
+  const std::string bytes = tmw::ReadFileBytes(path);
+  const bool is_utf16 = bytes.starts_with("\xFF\xFE") || (bytes.size() > 1 && bytes[1] == '\0');
+  return is_utf16 ? tmw::ReadUnicodeFileToString(path) : tmw::ReadFileToString(path);
 }
 
 std::string TableFileBytes(const std::string& text) {

@@ -32,6 +32,9 @@ class ReferenceTables {
 // Reads a table's text as the updater's import does; anything it would refuse is a fault.
 void CheckTableText(const std::string& text, const TableRecord& table, Faults& faults);
 
+// The text of a table's file in any encoding that the updater's import recognises.
+std::string ReadTableFile(const std::string& path);
+
 // The bytes of a table's file: UTF-16 without a byte-order mark, so that an interrupted update
 // recognises a verified copy by the hash of its bytes.
 std::string TableFileBytes(const std::string& text);

@@ -1,0 +1,286 @@
+#include "publish/checker.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/file_names.h"
+#include "foundation/file_utils.h"
+#include "foundation/path_guard.h"
+#include "foundation/text.h"
+#include "packages/companion_functions.h"
+#include "packages/rar_archive.h"
+#include "publish/digest.h"
+#include "publish/file_tree.h"
+#include "publish/release_names.h"
+#include "publish/scripts.h"
+#include "publish/tables.h"
+#include "publish/workers.h"
+
+namespace publish {
+namespace {
+
+// The updater breaks a transfer off that brings more.
+std::int64_t MostBytes(std::int64_t announced) {
+  return announced * 2 + (std::int64_t{1} << 20);
+}
+
+using IntegrityCheck = std::int32_t(COMPANION_CALL*)(const char* path);
+
+bool IsIntact(IntegrityCheck check, const std::string& file) {
+  return check(tmw::Utf8ToCodePage(tmw::CodePage::k1251, file).c_str()) != 0;
+}
+
+// Reads one release of a source.
+class Checker {
+ public:
+  Checker(ReleaseSource& source, std::string folder, const std::string& scratch)
+      : source_(source), folder_(std::move(folder)), scratch_(scratch) {}
+
+  bool ReadManifest(Manifest& manifest, Faults& faults) {
+    const std::string package(tmw::names::kManifestPackage);
+    const auto fetched = Fetch(package, kMaxManifestPackage, package, faults);
+    if (fetched == nullptr) return false;
+    const std::string entry =
+        std::string(tmw::names::kProductCode) + std::string(tmw::names::kManifestFile);
+    std::string reason;
+    if (!tmw::UnrarOneFile(fetched->Path(), entry, scratch_, "", reason)) {
+      faults.Add(package, reason);
+      return false;
+    }
+    return publish::ReadManifest(tmw::JoinPath(scratch_, entry), manifest, faults);
+  }
+
+  void CheckUpdaterFile(const UpdaterFile& file, Faults& faults) {
+    if (!tmw::CheckFileName(file.name).IsAccepted() || file.length < 0) return;
+    const auto fetched = FetchSized(file.name, file.length, file.name, faults);
+    if (fetched != nullptr && HashOfFile(fetched->Path()) != file.hash)
+      faults.Add(file.name, "Its hash differs from the digest's.");
+  }
+
+  void CheckFile(const FileRecord& file, const std::string& scratch, Faults& faults) {
+    const std::string place = file.folder + " " + file.name;
+    const std::int32_t method = file.pack_method;
+    if (method != kPlain && method != kIntegrity && method != kText)
+      faults.Add(place, "Unknown pack method " + std::to_string(method) + ".");
+    if (!IsHash(file.hash)) faults.Add(place, "The hash is no SHA-256 in lower case.");
+    const bool has_names = tmw::CheckRelativeName(file.server_name).IsAccepted() &&
+                           tmw::CheckFileName(file.name).IsAccepted();
+    if (!has_names) return;  // told with the whole list
+    const auto fetched = FetchSized(file.server_name, file.server_length, place, faults);
+    if (fetched == nullptr) return;
+    const bool has_integrity = method == kIntegrity;
+    if (has_integrity && !IsIntact(tmw::CompanionFunctions().Sha256_GetFileCrcEx, fetched->Path()))
+      faults.Add(place, "The package lacks good integrity data.");
+    const auto unpacked = Unpack(*fetched, file.name, scratch, place, faults);
+    if (!unpacked) return;
+    if (has_integrity && !IsIntact(tmw::CompanionFunctions().Sha256_GetFileCrc, *unpacked))
+      faults.Add(place, "The file lacks good integrity data.");
+    const std::int64_t length = tmw::GetFileLength(*unpacked);
+    if (length != file.length) {
+      faults.Add(place, "It has " + std::to_string(length) + " bytes instead of " +
+                            std::to_string(file.length) + ".");
+    }
+    if (HashOfFile(*unpacked) != file.hash)
+      faults.Add(place, "Its hash differs from the manifest's.");
+  }
+
+  void CheckDictionary(const TableRecord& table, const std::string& scratch, Faults& faults) {
+    if (!tmw::CheckFileName(table.name).IsAccepted()) return;
+    const auto fetched =
+        FetchSized(TablePackage(table.name), table.server_length, table.name, faults);
+    if (fetched == nullptr) return;
+    const auto unpacked = Unpack(*fetched, table.name + std::string(tmw::names::kTableEnding),
+                                 scratch, table.name, faults);
+    if (!unpacked) return;
+    const std::string text = tmw::ReadUnicodeFileToString(*unpacked);
+    if (HashOfText(text) != table.hash)
+      faults.Add(table.name, "The hash of its text differs from the manifest's.");
+    if (HashOfFile(*unpacked) != HashOfText(text)) {
+      faults.Add(table.name,
+                 "Its file is not just the text in UTF-16 (a byte-order mark?): an interrupted "
+                 "update would download it again.");
+    }
+    CheckTableText(text, table, faults);
+  }
+
+  // Leaves the package's files in the scratch folder; false when there are none to look at.
+  bool CheckPackage(const PackageRecord& package, const std::string& scratch, Faults& faults) {
+    const auto verdict = tmw::CheckFileName(package.server_name);
+    if (!verdict.IsAccepted()) {
+      faults.Add(package.server_name, "The updater refuses it: " + verdict.message);
+      return false;
+    }
+    const auto fetched =
+        FetchSized(package.server_name, package.length, package.server_name, faults);
+    if (fetched == nullptr) return false;
+    if (HashOfFile(fetched->Path()) != package.hash)
+      faults.Add(package.server_name, "Its hash differs from the manifest's.");
+    std::string reason;
+    if (tmw::UnrarAllFiles(fetched->Path(), scratch, "", reason)) return true;
+    faults.Add(package.server_name, reason);
+    return false;
+  }
+
+ private:
+  std::unique_ptr<FetchedFile> Fetch(const std::string& name, std::int64_t max_bytes,
+                                     const std::string& place, Faults& faults) {
+    std::string reason;
+    auto fetched = source_.Fetch(folder_ + name, max_bytes, reason);
+    if (fetched == nullptr) faults.Add(place, "Cannot be had as " + name + ": " + reason);
+    return fetched;
+  }
+
+  std::unique_ptr<FetchedFile> FetchSized(const std::string& name, std::int64_t length,
+                                          const std::string& place, Faults& faults) {
+    auto fetched = Fetch(name, MostBytes(length), place, faults);
+    if (fetched == nullptr) return nullptr;
+    const std::int64_t found = tmw::GetFileLength(fetched->Path());
+    if (found != length) {
+      faults.Add(place, "On the server " + name + " has " + std::to_string(found) +
+                            " bytes instead of " + std::to_string(length) + ".");
+    }
+    return fetched;
+  }
+
+  static std::optional<std::string> Unpack(const FetchedFile& package, const std::string& entry,
+                                           const std::string& scratch, const std::string& place,
+                                           Faults& faults) {
+    std::string reason;
+    if (tmw::UnrarOneFile(package.Path(), entry, scratch, "", reason))
+      return tmw::JoinPath(scratch, entry);
+    faults.Add(place, reason);
+    return std::nullopt;
+  }
+
+  ReleaseSource& source_;
+  std::string folder_;  // of the release, "/" at its end; or empty
+  const std::string& scratch_;
+};
+
+// Of a whole server.
+class ServerCheck {
+ public:
+  ServerCheck(ReleaseSource& source, const std::string& scratch, Progress& progress, Faults& faults)
+      : source_(source), scratch_(scratch), progress_(progress), faults_(faults) {}
+
+  CheckedRelease Run(const std::string& oldest_database) {
+    CheckedRelease release;
+    if (const auto text = ReadText(tmw::names::kServerListFile)) CheckServerList(*text, faults_);
+    const auto text = ReadText(tmw::names::kDigestFile);
+    if (!text) return release;
+    const Digest digest = ReadDigest(*text, faults_);
+    release.version = digest.version;
+    if (digest.version.empty()) return release;
+    Checker checker(source_, ReleaseFolder(digest.version) + "/", scratch_);
+    for (const UpdaterFile& file : digest.files)
+      checker.CheckUpdaterFile(file, faults_);
+    Manifest manifest;
+    if (!checker.ReadManifest(manifest, faults_)) return release;
+    CheckHead(manifest, digest.version);
+    CheckManifest(manifest, faults_);
+    CheckComponents(manifest, checker);
+    CheckPackages(manifest, checker, oldest_database);
+    release.files = manifest.files.size();
+    release.tables = manifest.tables.size();
+    release.volume = WholeVolume(manifest);
+    return release;
+  }
+
+ private:
+  std::optional<std::string> ReadText(std::string_view name) {
+    std::string reason;
+    const auto fetched = source_.Fetch(std::string(name), kMaxSmallFile, reason);
+    if (fetched != nullptr) return tmw::ReadFileToString(fetched->Path());
+    faults_.Add(std::string(name), "Cannot be had: " + reason);
+    return std::nullopt;
+  }
+
+  void CheckHead(const Manifest& manifest, const std::string& version) {
+    const std::string place = "manifest";
+    if (manifest.product != tmw::names::kProductCode)
+      faults_.Add(place, "It is of another product: " + manifest.product + ".");
+    if (manifest.version != version) {
+      faults_.Add(place, "It is of version " + manifest.version + ", the digest announces " +
+                             version + ".");
+    }
+    if (const auto verdict = tmw::CheckFileName(manifest.version_id); !verdict.IsAccepted())
+      faults_.Add(place, "The updater refuses VersionID: " + verdict.message);
+  }
+
+  void CheckComponents(const Manifest& manifest, Checker& checker) {
+    const std::size_t files = manifest.files.size();
+    const std::size_t count = files + manifest.tables.size();
+    progress_.Begin("components", count);
+    std::vector<Faults> found(count);
+    RunSideBySide(count, source_.Workers(), [&](std::size_t i) {
+      const std::string scratch = tmw::JoinPath(scratch_, std::to_string(i));
+      if (i < files) {
+        checker.CheckFile(manifest.files[i], scratch, found[i]);
+      } else if (!manifest.tables[i - files].is_user) {
+        checker.CheckDictionary(manifest.tables[i - files], scratch, found[i]);
+      }
+      RemoveTree(scratch);
+      progress_.Advance();
+    });
+    for (const Faults& faults : found)
+      faults_.Append(faults);
+  }
+
+  void CheckPackages(const Manifest& manifest, Checker& checker,
+                     const std::string& oldest_database) {
+    const std::string scripts = tmw::JoinPath(scratch_, "scripts");
+    if (checker.CheckPackage(manifest.scripts, scripts, faults_))
+      CheckChain(ReadScripts(scripts, faults_), oldest_database, manifest.version, faults_);
+    const std::string structures = tmw::JoinPath(scratch_, "structures");
+    if (!checker.CheckPackage(manifest.structures, structures, faults_)) return;
+    for (const TableRecord& table : manifest.tables) {
+      if (table.is_user) CheckStructure(table, structures);
+    }
+  }
+
+  void CheckStructure(const TableRecord& table, const std::string& folder) {
+    if (!tmw::CheckFileName(table.name).IsAccepted()) return;
+    const std::string name = table.name + std::string(tmw::names::kTableStructureEnding);
+    const std::string file = tmw::JoinPath(folder, name);
+    if (!tmw::IsFileExists(file)) {
+      faults_.Add(table.name, "The package of structures has no " + name + ".");
+    } else {
+      CheckTableText(ReadTableFile(file), table, faults_);
+    }
+  }
+
+  ReleaseSource& source_;
+  const std::string& scratch_;
+  Progress& progress_;
+  Faults& faults_;
+};
+
+}  // namespace
+
+CheckedRelease CheckRelease(const std::string& place, const std::string& oldest_database,
+                            Progress& progress, Faults& faults) {
+  tmw::CompanionFunctions();  // loaded before there are several threads
+  const ScratchFolder scratch;
+  const auto source = OpenReleaseSource(place, scratch.Path());
+  return ServerCheck(*source, scratch.Path(), progress, faults).Run(oldest_database);
+}
+
+bool LoadManifest(const std::string& place, Manifest& manifest, Faults& faults) {
+  const ScratchFolder scratch;
+  const auto source = OpenReleaseSource(place, scratch.Path());
+  std::string reason;
+  std::string folder;
+  // A server's folder or address announces a release, a release's own folder has the manifest.
+  if (const auto digest =
+          source->Fetch(std::string(tmw::names::kDigestFile), kMaxSmallFile, reason)) {
+    const Digest announced = ReadDigest(tmw::ReadFileToString(digest->Path()), faults);
+    if (announced.version.empty()) return false;
+    folder = ReleaseFolder(announced.version) + "/";
+  }
+  return Checker(*source, folder, scratch.Path()).ReadManifest(manifest, faults);
+}
+
+}  // namespace publish

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "publish/faults.h"
+#include "publish/manifest.h"
+#include "publish/progress.h"
+#include "publish/release_source.h"
+
+namespace publish {
+
+struct CheckedRelease {
+  std::string version;  // empty when the digest does not tell
+  std::size_t files = 0;
+  std::size_t tables = 0;
+  std::int64_t volume = 0;  // bytes a first installation downloads
+};
+
+// Reads the release that a server announces as the updater will: digest, server list, manifest,
+// then every component, which is unpacked and verified. The faults are all that there are, in the
+// order of the manifest. oldest_database: see CheckChain.
+CheckedRelease CheckRelease(const std::string& place, const std::string& oldest_database,
+                            Progress& progress, Faults& faults);
+
+// The manifest of a release: place is its folder, or the server that announces it. False when there
+// is none to be read, which is a fault.
+bool LoadManifest(const std::string& place, Manifest& manifest, Faults& faults);
+
+}  // namespace publish

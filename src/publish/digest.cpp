@@ -1,0 +1,121 @@
+#include "publish/digest.h"
+
+#include <charconv>
+#include <set>
+
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/path_guard.h"
+#include "foundation/text.h"
+#include "foundation/version.h"
+
+namespace publish {
+namespace {
+
+constexpr std::string_view kUpdaterLine = "updater:";
+
+// The updater splits at CR LF; any other line end would stay in a line.
+std::vector<std::string> LinesOf(const std::string& text, const std::string& place,
+                                 Faults& faults) {
+  std::vector<std::string> lines = tmw::Split(text, tmw::kCrLf);
+  for (const std::string& line : lines) {
+    if (line.find_first_of(tmw::kCrLf) == std::string::npos) continue;
+    faults.Add(place, "Its lines do not all end with CR LF.");
+    break;
+  }
+  return lines;
+}
+
+void ReadUpdaterLine(const std::string& line, Digest& digest, Faults& faults) {
+  const std::vector<std::string> fields =
+      tmw::Split(std::string_view(line).substr(kUpdaterLine.size()), "|");
+  if (fields.size() < 3) {
+    faults.Add(line, "A file of the updater has a name, a size and a hash.");
+    return;
+  }
+  UpdaterFile file{fields[0], -1, tmw::Trim(fields[2])};
+  const std::string size = tmw::Trim(fields[1]);
+  std::int32_t length = -1;
+  const auto read = std::from_chars(size.data(), size.data() + size.size(), length);
+  if (read.ec != std::errc() || read.ptr != size.data() + size.size() || length < 0)
+    faults.Add(line, "The size is no number of bytes.");
+  file.length = length;
+  if (!IsHash(file.hash)) faults.Add(line, "The hash is no SHA-256 in lower case.");
+  if (const auto verdict = tmw::CheckFileName(file.name); !verdict.IsAccepted())
+    faults.Add(line, "The updater refuses it: " + verdict.message);
+  for (const UpdaterFile& other : digest.files) {
+    if (tmw::EqualIgnoringCase(other.name, file.name)) faults.Add(line, "The name comes twice.");
+  }
+  digest.files.push_back(std::move(file));
+}
+
+}  // namespace
+
+std::string WriteDigest(const Digest& digest) {
+  std::string text = digest.version + "\r\n" + digest.needed_updater + "\r\n";
+  for (const UpdaterFile& file : digest.files) {
+    text.append(kUpdaterLine)
+        .append(file.name + "|" + std::to_string(file.length) + "|" + file.hash)
+        .append(tmw::kCrLf);
+  }
+  return text;
+}
+
+Digest ReadDigest(const std::string& text, Faults& faults) {
+  const std::string place(tmw::names::kDigestFile);
+  const std::vector<std::string> lines = LinesOf(text, place, faults);
+  Digest digest;
+  if (lines.size() < 2) {
+    faults.Add(place, "It has less than two lines.");
+    return digest;
+  }
+  if (IsVersion(lines[0], 4)) {
+    digest.version = lines[0];
+  } else {
+    faults.Add(place, "The first line is no version of four numbers.");
+  }
+  digest.needed_updater = lines[1];
+  std::int32_t number = 0;
+  if (!tmw::ParseVersionString(lines[1], number, number, number, number, number))
+    faults.Add(place, "The second line is no version of the updater.");
+  for (std::size_t i = 2; i < lines.size(); ++i) {
+    if (tmw::LowerCase(lines[i].substr(0, kUpdaterLine.size())) == kUpdaterLine)
+      ReadUpdaterLine(lines[i], digest, faults);
+  }
+  return digest;
+}
+
+void CheckServerList(const std::string& text, Faults& faults) {
+  const std::string place(tmw::names::kServerListFile);
+  std::size_t servers = 0;
+  for (const std::string& line : LinesOf(text, place, faults)) {
+    const std::string server = tmw::Trim(line);
+    if (server.empty()) continue;
+    ++servers;
+    const std::string lower = tmw::LowerCase(server);
+    const std::size_t scheme = lower.find("://");
+    const bool is_known = scheme == std::string::npos || lower.starts_with("http://") ||
+                          lower.starts_with("https://") || lower.starts_with("ftp://");
+    const std::size_t host = scheme == std::string::npos ? 0 : scheme + 3;
+    if (!is_known || host >= server.size() || server.find_first_of(" \t\\") != std::string::npos)
+      faults.Add(place, "This is no address of a server: " + server + ".");
+  }
+  if (servers == 0) faults.Add(place, "It names no server.");
+}
+
+bool IsVersion(const std::string& text, int count) {
+  std::int32_t numbers[4] = {};
+  std::int32_t found = 0;
+  if (!tmw::ParseVersionString(text, numbers[0], numbers[1], numbers[2], numbers[3], found))
+    return false;
+  for (const std::string& number : tmw::Split(text, ".")) {
+    if (number.empty() || number.find_first_not_of("0123456789") != std::string::npos) return false;
+  }
+  return found == count;
+}
+
+bool IsHash(const std::string& text) {
+  return text.size() == 64 && text.find_first_not_of("0123456789abcdef") == std::string::npos;
+}
+
+}  // namespace publish

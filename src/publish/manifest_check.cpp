@@ -1,0 +1,100 @@
+#include <limits>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/path_guard.h"
+#include "foundation/text.h"
+#include "publish/manifest.h"
+#include "publish/release_names.h"
+
+namespace publish {
+namespace {
+
+// The folder as the updater expands it, on a machine whose product lies in that root.
+constexpr const char* kSomeRoot = "C:\\Tamrin";
+
+std::optional<std::string> Expand(const std::string& folder) {
+  std::string text = folder;
+  std::size_t position = 0;
+  while ((position = text.find('{', position)) != std::string::npos) {
+    const bool is_escaped = text.compare(position, 2, "{{") == 0;
+    const std::size_t end = text.find(is_escaped ? "}}" : "}", position + (is_escaped ? 2 : 1));
+    if (end == std::string::npos) break;
+    if (is_escaped) {
+      text.erase(end, 1).erase(position, 1);
+      position = end - 1;
+      continue;
+    }
+    if (text.substr(position, end + 1 - position) != "{p}") return std::nullopt;
+    const std::string root = std::string(kSomeRoot) + "\\";
+    text.replace(position, 3, root);
+    position += root.size();
+  }
+  return text;
+}
+
+void CheckNames(const FileRecord& file, const std::string& place, Faults& faults) {
+  const auto refuse = [&](const tmw::GuardVerdict& verdict) {
+    if (!verdict.IsAccepted()) faults.Add(place, "The updater refuses it: " + verdict.message);
+  };
+  refuse(tmw::CheckFileName(file.name));
+  refuse(tmw::CheckRelativeName(file.server_name));
+  const std::optional<std::string> folder = Expand(file.folder);
+  if (!folder) {
+    faults.Add(place, "Its folder has an unknown constant: " + file.folder + ".");
+  } else {
+    refuse(tmw::CheckFolderUnderRoot(*folder, kSomeRoot));
+  }
+}
+
+bool HasSameContent(const FileRecord& a, const FileRecord& b) {
+  return a.length == b.length && a.hash == b.hash;
+}
+
+void CheckFiles(const Manifest& manifest, std::map<std::string, const FileRecord*>& by_name,
+                Faults& faults) {
+  std::map<std::string, std::string> by_place;
+  std::map<std::string, std::string> by_server_name;
+  for (const FileRecord& file : manifest.files) {
+    const std::string place = file.folder + " " + file.name;
+    CheckNames(file, place, faults);
+    const auto [same_place, is_new_place] = by_place.emplace(InstalledPlace(file), place);
+    if (!is_new_place)
+      faults.Add(place, "It is installed where " + same_place->second + " is installed.");
+    const auto [same_server, is_new_server] =
+        by_server_name.emplace(tmw::LowerCase(file.server_name), place);
+    if (!is_new_server)
+      faults.Add(place, "On the server it has the name of " + same_server->second + ".");
+    const auto [same_name, is_new_name] = by_name.emplace(tmw::LowerCase(file.name), &file);
+    if (!is_new_name && !HasSameContent(*same_name->second, file)) {
+      faults.Add(place, "The updater keeps one content for a file's name, and " +
+                            same_name->second->folder + " has another file of this name.");
+    }
+  }
+}
+
+}  // namespace
+
+void CheckManifest(const Manifest& manifest, Faults& faults) {
+  std::map<std::string, const FileRecord*> files;
+  CheckFiles(manifest, files, faults);
+  std::set<std::string> tables;
+  for (const TableRecord& table : manifest.tables) {
+    const std::string& name = table.name;
+    if (const auto verdict = tmw::CheckFileName(name); !verdict.IsAccepted())
+      faults.Add(name, "The updater refuses it: " + verdict.message);
+    if (!tables.insert(tmw::LowerCase(name)).second) faults.Add(name, "The table comes twice.");
+    if (tmw::EqualIgnoringCase(name, kVersionTable))
+      faults.Add(name, "The table tells a database's version and is never carried.");
+    if (files.contains(tmw::LowerCase(name + std::string(tmw::names::kTableEnding))))
+      faults.Add(name, "A program file has the name of the table's file.");
+  }
+  if (WholeVolume(manifest) > std::numeric_limits<std::int32_t>::max())
+    faults.Add("manifest",
+               "All together is more than the 2147483647 bytes that the updater counts.");
+}
+
+}  // namespace publish

@@ -1,0 +1,74 @@
+#include "publish/release_source.h"
+
+#include "foundation/file_names.h"
+#include "foundation/file_utils.h"
+#include "foundation/program_error.h"
+#include "foundation/text.h"
+#include "publish/workers.h"
+#include "transfer/inet.h"
+
+namespace publish {
+namespace {
+
+class FolderSource final : public ReleaseSource {
+ public:
+  explicit FolderSource(std::string folder) : folder_(std::move(folder)) {
+    if (!tmw::IsFolderExists(folder_))
+      tmw::RaiseProgramError("No folder " + tmw::Quoted(folder_) + ".");
+  }
+
+  std::unique_ptr<FetchedFile> Fetch(const std::string& name, std::int64_t max_bytes,
+                                     std::string& reason) override {
+    const std::string path = tmw::JoinPath(folder_, name);
+    if (!tmw::IsFileExists(path)) {
+      reason = "there is no such file.";
+    } else if (tmw::GetFileLength(path) > max_bytes) {
+      reason = "it is longer than " + std::to_string(max_bytes) + " bytes.";
+    } else {
+      return std::make_unique<FetchedFile>(path, false);
+    }
+    return nullptr;
+  }
+
+  std::size_t Workers() const override { return WorkerCount(); }
+
+ private:
+  std::string folder_;
+};
+
+// The internet session belongs to one thread.
+class UrlSource final : public ReleaseSource {
+ public:
+  UrlSource(std::string url, std::string scratch)
+      : url_(std::move(url)), scratch_(std::move(scratch)) {}
+
+  std::unique_ptr<FetchedFile> Fetch(const std::string& name, std::int64_t max_bytes,
+                                     std::string& reason) override {
+    const std::string path = tmw::JoinPath(scratch_, "download" + std::to_string(++count_));
+    auto fetched = std::make_unique<FetchedFile>(path, true);
+    if (tmw::TryDownloadFile(tmw::JoinUrl(url_, name), path, reason, max_bytes)) return fetched;
+    return nullptr;
+  }
+
+  std::size_t Workers() const override { return 1; }
+
+ private:
+  std::string url_;
+  std::string scratch_;
+  std::size_t count_ = 0;
+};
+
+}  // namespace
+
+FetchedFile::~FetchedFile() {
+  // What stays goes with the scratch folder.
+  if (is_copy_) static_cast<void>(tmw::DeleteFile(path_, true));
+}
+
+std::unique_ptr<ReleaseSource> OpenReleaseSource(const std::string& place,
+                                                 const std::string& scratch) {
+  if (place.find("://") != std::string::npos) return std::make_unique<UrlSource>(place, scratch);
+  return std::make_unique<FolderSource>(tmw::GetAbsoluteFileName(place));
+}
+
+}  // namespace publish
