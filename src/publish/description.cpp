@@ -195,23 +195,22 @@ class Reader {
 
 }  // namespace
 
-Description ReadDescription(const std::string& file, Faults& faults) {
-  Description description;
+bool ReadDescription(const std::string& file, Description& description, Faults& faults) {
   description.folder = tmw::SplitFileName(tmw::GetAbsoluteFileName(file)).Folder;
   std::string reason;
   const std::unique_ptr<tmw::XmlDocument> document = tmw::XmlCreateDocument(reason);
   if (document == nullptr) tmw::RaiseProgramError("No XML component: " + reason);
   if (!tmw::XmlLoadDocumentSafe(*document, file, reason)) {
     faults.Add(file, "Cannot be read:\n" + reason);
-    return description;
+    return false;
   }
   const XmlNode* const root = tmw::XmlFindSingleNode(document->Node(), "Release");
   if (root == nullptr) {
     faults.Add(file, "Its root element is not Release.");
-    return description;
+    return false;
   }
   Reader(description, faults).Read(*root);
-  return description;
+  return true;
 }
 
 }  // namespace publish

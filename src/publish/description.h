@@ -50,8 +50,9 @@ struct Description {
   std::string oldest_database;  // the oldest version that scripts must lead on from; may be empty
 };
 
-// What is wrong is a fault, and the rest is read all the same.
-Description ReadDescription(const std::string& file, Faults& faults);
+// What is wrong is a fault, and the rest is read all the same. False when there is nothing to read.
+[[nodiscard]] bool ReadDescription(const std::string& file, Description& description,
+                                   Faults& faults);
 
 // A mask that may well match nothing, as against a name.
 inline bool IsPattern(const std::string& mask) {

@@ -75,8 +75,7 @@ Digest ReadDigest(const std::string& text, Faults& faults) {
     faults.Add(place, "The first line is no version of four numbers.");
   }
   digest.needed_updater = lines[1];
-  std::int32_t number = 0;
-  if (!tmw::ParseVersionString(lines[1], number, number, number, number, number))
+  if (!IsVersion(lines[1], 2) && !IsVersion(lines[1], 3) && !IsVersion(lines[1], 4))
     faults.Add(place, "The second line is no version of the updater.");
   for (std::size_t i = 2; i < lines.size(); ++i) {
     if (tmw::LowerCase(lines[i].substr(0, kUpdaterLine.size())) == kUpdaterLine)

@@ -133,7 +133,8 @@ PublishedRelease Summary(const Manifest& manifest, std::size_t scripts) {
 
 PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faults& faults) {
   RequireInputs(options);
-  const Description description = ReadDescription(options.description, faults);
+  Description description;
+  if (!ReadDescription(options.description, description, faults)) return {};
   std::vector<ProductFile> files = CollectProductFiles(options.product, description, faults);
   const std::vector<UpdateScript> scripts = ReadScripts(options.scripts, faults);
   CheckServerList(ServerList(description), faults);
@@ -150,8 +151,6 @@ PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faul
   const Building building(root, description.version);
   ReleaseBuilder builder(description, building.Release(), building.Work(), progress);
   builder.AddTables(reference, std::move(tables), faults);
-  // Packing takes long, and there will be no release.
-  if (!faults.IsEmpty()) return {};
   builder.AddFiles(std::move(files), faults);
   builder.AddScripts(options.scripts);
   builder.AddUpdater(options.product, faults);

@@ -14,6 +14,7 @@
 #include "foundation/program_error.h"
 #include "foundation/text.h"
 #include "foundation/xml_helpers.h"
+#include "packages/companion_functions.h"
 #include "packages/hash_api.h"
 #include "packages/rar_archive.h"
 #include "publish/file_tree.h"
@@ -94,8 +95,14 @@ void ReleaseBuilder::AddTables(ReferenceTables& reference, std::vector<TableReco
 }
 
 void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
+  for (const ProductFile& file : files)
+    manifest_.files.push_back(file.record);
+  CheckManifest(manifest_, faults);
+  if (!faults.IsEmpty()) return;
+  is_packed_ = true;
   progress_.Begin("files", files.size());
   for (ProductFile& file : files) {
+    if (!file.ready_package.empty()) tmw::CompanionFunctions();  // loaded before there are threads
     file.record.length = tmw::GetFileLength(file.source);
     tmw::CreateFolderIfAbsent(tmw::SplitFileName(PathOf(file.record.server_name)).Folder);
   }
@@ -113,7 +120,7 @@ void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
   });
   for (std::size_t i = 0; i < files.size(); ++i) {
     faults.Append(found[i]);
-    manifest_.files.push_back(std::move(files[i].record));
+    manifest_.files[i] = std::move(files[i].record);
   }
 }
 
@@ -212,7 +219,7 @@ void ReleaseBuilder::AddUpdater(const std::string& product_folder, Faults& fault
 }
 
 void ReleaseBuilder::Finish(Faults& faults) {
-  CheckManifest(manifest_, faults);
+  if (is_packed_) CheckManifest(manifest_, faults);  // again: contents are known
   if (!faults.IsEmpty()) return;
   const std::string file = tmw::JoinPath(work_, "manifest");
   WriteWholeFile(file, WriteManifest(manifest_));

@@ -26,7 +26,8 @@ class ReleaseBuilder {
   // Writes the tables' packages and the package of structures.
   void AddTables(ReferenceTables& reference, std::vector<TableRecord> tables, Faults& faults);
 
-  // Writes the files' packages, several side by side.
+  // Writes the files' packages, several side by side; not when there are faults already or the list
+  // has some, since packing takes long and there will be no release.
   void AddFiles(std::vector<ProductFile> files, Faults& faults);
 
   // The "*.xml" files of the folder.
@@ -61,6 +62,7 @@ class ReleaseBuilder {
   Progress& progress_;
   Manifest manifest_;
   Digest digest_;
+  bool is_packed_ = false;
 };
 
 }  // namespace publish

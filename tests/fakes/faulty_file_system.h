@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -87,6 +88,7 @@ class FaultyFileSystem final : public platform::FileSystem {
       return real_->Read(buffer, length);
     }
     Status Write(const void* buffer, std::size_t length) override {
+      const std::lock_guard lock(owner_.guard_);
       auto& budget = owner_.write_budget;
       const std::size_t allowed = budget ? std::min(*budget, length) : length;
       if (budget) *budget -= allowed;
@@ -105,6 +107,7 @@ class FaultyFileSystem final : public platform::FileSystem {
 
   template <typename Call>
   Status Do(const char* name, Code code, Call call) {
+    const std::lock_guard lock(guard_);
     log.emplace_back(name);
     if (!TakeChange()) return Status::Failure(kBroken);
     return code != 0 ? Status::Failure(code) : call();
@@ -125,6 +128,7 @@ class FaultyFileSystem final : public platform::FileSystem {
   }
 
   platform::FileSystem& real_;
+  std::mutex guard_;
 };
 
 }  // namespace tests

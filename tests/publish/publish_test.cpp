@@ -1,0 +1,300 @@
+#include <filesystem>
+
+#include "foundation/command_line.h"
+#include "foundation/file_utils.h"
+#include "platform/file_lock.h"
+#include "publish/checker.h"
+#include "publish/difference.h"
+#include "publish/product_files.h"
+#include "tests/engine/run_fixture.h"
+#include "tests/fakes/faulty_file_system.h"
+#include "tests/publish/sample.h"
+#include "tests/support/caught.h"
+#include "tests/support/processes.h"
+
+namespace tests {
+namespace {
+
+using Log = std::vector<std::string>;
+
+// The updater's own engine installs what has been published.
+TEST_F(RunTest, APublishedReleaseIsInstalled) {
+  Sample sample(sandbox_);
+  sample.Describe("http://one.example/\"/><Server Url=\"two.example", server_.Url(""));
+  sandbox_.Write("product/tm/Calc.ocx", tmw::ReadFileBytes(TMW_REGISTERING_LIBRARY));
+  ASSERT_EQ(sample.Publish(), Log{});
+  EXPECT_EQ(Sample::Check(sample.options.output), Log{});
+  ASSERT_EQ(Run().size(), 1U) << front_end_.log.back();
+  EXPECT_TRUE(updated_);
+  const std::pair<const char*, const char*> installed[] = {
+      {"tm/Updater.exe", "Продукт/tm/Updater.exe"},
+      {"tm/Calc.ocx", "Продукт/tm/Calc.ocx"},
+      {"tm/Тексты/Бланк.uni", "Продукт/tm/Тексты/Бланк.uni"},
+      {"Справка/Счёт №1.htm", "Продукт/Help/Счёт №1.htm"},
+      {"Справка/empty", "Продукт/Help/empty"}};
+  for (const auto& [made_of, place] : installed)
+    EXPECT_TRUE(sandbox_.Read(place) == sandbox_.Read("product/" + std::string(made_of))) << place;
+  EXPECT_EQ(sandbox_.Read("Продукт/tm/Core.dll").size(), 100'064U) << "with its integrity data";
+  EXPECT_FALSE(sandbox_.Has("Продукт/tm/Core.pdb"));
+  Run();
+  EXPECT_FALSE(updated_) << "nothing differs any more";
+}
+
+TEST(Publish, TheRootHasItsTwoTextsAndTheReleaseItsListing) {
+  const Sandbox sandbox;
+  Sample sample(sandbox);
+  ASSERT_EQ(sample.Publish(), Log{});
+  EXPECT_EQ(sandbox.Read("server/TMW_links.dat"), "http://one.example/\r\ntwo.example\r\n");
+  EXPECT_EQ(sandbox.Read("server/TMW_version.dat"),
+            "3.6.0.2\r\n1.0\r\nupdater:Updater.exe|7|"
+            "196c23750e800642e7c008dc0416536449f295069c8161c23283c86334f8d251\r\n");
+  const std::string listing = sandbox.Read("server/TMW_3.6.0.2/_Listing.txt");
+  for (const char* const name :
+       {"\tfiles/tm/Core.dll.tmz\t{p}tm Core.dll\n", "{p}tm Calc.ocx, COM\n", "{p}Help Счёт №1.htm",
+        "\tСтавки.table.tmz\tdictionary Ставки\n", "{p}tm\\Тексты Бланк.uni"})
+    EXPECT_NE(listing.find(name), std::string::npos) << name << listing;
+  for (const char* const name : {"DBVersion", "TempLog", "pdb"})
+    EXPECT_EQ(listing.find(name), std::string::npos) << name << listing;
+}
+
+TEST(Publish, TheSameInputGivesTheSameBytesWhateverTheTimesOfFiles) {
+  const Sandbox sandbox;
+  Sample sample(sandbox);
+  ASSERT_EQ(sample.Publish(), Log{});
+  const std::string first = Everything(sandbox, "server");
+  const std::filesystem::path file = ToPath(sandbox.Path("product/tm/Core.dll"));
+  std::filesystem::last_write_time(
+      file, std::filesystem::file_time_type::min() + std::chrono::hours(24 * 365 * 20));
+  EXPECT_EQ(sample.Publish().size(), 1U) << "it is there already";
+  sample.options.may_replace = true;
+  ASSERT_EQ(sample.Publish(), Log{});
+  EXPECT_TRUE(Everything(sandbox, "server") == first);
+}
+
+// Whatever is refused, all of it is told, and nothing is published.
+TEST(Publish, FaultyInputIsRefusedByName) {
+  const struct {
+    std::function<void(Sample&, const Sandbox&)> spoil;
+    Log faults;  // the beginning of each
+  } cases[] = {
+      {[](Sample& s, const Sandbox&) {
+         s.Describe("Product=\"TMW\"", "Product=\"ABC\" Colour=\"red\"");
+         s.Describe("3.6.0.2\" V", "3.6.0\" V");
+         s.Describe("R 3.6.0.2", "..");
+         s.Describe("2026-11-20", "2026-02-30");
+         s.Describe("MinVersion=\"1.0\"", "MinVersion=\"1\"");
+         s.Describe("IsCom=\"yes\"", "IsCom=\"perhaps\"");
+         s.Describe("PackType=\"3\"", "PackType=\"4\"");
+         s.Describe("<Skip ", "<Skp ");
+       },
+       {"/Release/@Colour: is no attribute", "/Release/@Product: must be \"TMW\"",
+        "/Release/@Version: must be four", "/Release/@VersionID: ", "/Release/@Date: is a day",
+        "/Release/Updater/@MinVersion: ", "/Release/Files/File[1]/@IsCom: is",
+        "/Release/Files/File[3]/@PackType: is 1, 2 or 3", "/Release/Database/Skp: is not known"}},
+      {[](Sample& s, const Sandbox&) { s.description = "<Release>"; },
+       {"release.xml: Cannot be read:\n   Reason: "}},
+      {[](Sample& s, const Sandbox&) {
+         s.Describe("<Folder Source=\"tm\" Target=\"{p}tm\"/>", "");
+         s.Describe("tm/Core.dll", "tm/Kore.dll");
+         s.Describe("Документы", "Документ");
+         s.Describe("<Dict Mask=\"*\"/>", "");
+         s.Describe("3.5.0", "3.4.0");
+       },
+       {"tm/Calc.ocx: No Folder", "tm/Core.dll: No Folder", "tm/Updater.exe: No Folder",
+        "tm/Тексты/Бланк.uni: No Folder", "description: The product has no file tm/Kore.dll.",
+        "scripts: No script leads on from version 3.4.0 to 3.6.0.",
+        "Документы: The description does not say", "Ставки: The description does not say",
+        "description: The reference database has no table Документ"}},
+      {[](Sample& s, const Sandbox&) {
+         s.Execute("create table Blob (a long primary key, b binary)");
+         const auto db =
+             platform::CurrentPorts().database->OpenDatabase(s.options.database, true, false);
+         const auto rows = db->OpenRecordset("Blob", platform::RecordsetType::kTable);
+         rows->AddNew();
+         rows->SetValue(0, 1);
+         rows->SetValue(1, platform::BinaryValue{"x"});
+         rows->Update();
+       },
+       {"Blob: The updater could not import it: line 6: Unrecognizing value"}},
+      {[](Sample& s, const Sandbox&) {
+         s.Execute("create table Holes (a long, b long)");
+         s.Execute("insert into Holes values (null, 5)");
+         s.Execute("create table Con (a long)");
+       },
+       {"Holes: The updater could not import it: line 5: ", "Con: The updater refuses it: "}},
+      {[](Sample& s, const Sandbox& box) {
+         box.Write("product/Справка/Ставки.table", "file");
+         s.Describe("\"{p}Help\"", "\"{p}Help\\..\"");
+         s.Describe("tm/Updater.exe", "tm/Gone.exe");
+       },
+       {"tm/Gone.exe: This file of the updater is missing.",
+        "{p}Help\\.. empty: The updater refuses it: Недопустимая папка",
+        "{p}Help\\.. Ставки.table: The updater", "{p}Help\\.. Счёт №1.htm: The updater",
+        "Ставки: A program file has the name of the table's file."}},
+      {[](Sample& s, const Sandbox& box) {
+         box.Write("product/Справка/core.DLL", "other");
+         box.Write("product/tm/bad.uni", "\xFF\xFEx");
+         box.Write("ready.rar", "no package");
+         s.Describe("<File Mask=\"*.pdb",
+                    "<File Mask=\"empty\" Package=\"ready.rar\"/><File Mask=\"*.pdb");
+       },
+       {"Справка/empty: Its package ", "tm/bad.uni: It is no UTF-16 text",
+        "{p}tm Core.dll: The updater keeps one content"}},
+  };
+  for (const auto& c : cases) {
+    const Sandbox sandbox;
+    Sample sample(sandbox);
+    c.spoil(sample, sandbox);
+    const Log faults = sample.Publish();
+    EXPECT_EQ(faults.size(), c.faults.size());
+    for (const std::string& expected : c.faults) {
+      EXPECT_TRUE(std::any_of(
+          faults.begin(), faults.end(),
+          [&](const std::string& fault) { return fault.find(expected) != std::string::npos; }))
+          << expected << "\n  in " << testing::PrintToString(faults);
+    }
+    EXPECT_FALSE(sandbox.Has("server/TMW_version.dat"));
+    EXPECT_FALSE(sandbox.Has("server/TMW_3.6.0.2"));
+    EXPECT_FALSE(sandbox.Has("server/TMW_3.6.0.2.new"));
+  }
+}
+
+TEST(Publish, AReadyMadePackageIsTakenAsItIs) {
+  const Sandbox sandbox;
+  Sample sample(sandbox);
+  sample.Describe("<File Mask=\"*.pdb",
+                  "<File Mask=\"Счёт*\" Package=\"ready.rar\"/><File Mask=\"*.pdb");
+  Pack(sandbox, "ready.rar", {{"readme", "of the packer"}, {"Счёт №1.htm", "help"}});
+  ASSERT_EQ(sample.Publish(), Log{});
+  EXPECT_NE(Everything(sandbox, "server/TMW_3.6.0.2/files").find(sandbox.Read("ready.rar")),
+            std::string::npos);
+  EXPECT_EQ(Sample::Check(sample.options.output), Log{});
+}
+
+// The newer release of a root in which an older one is announced.
+class Interrupted : public testing::Test {
+ protected:
+  Interrupted() {
+    sample_.Publish();
+    old_ = sandbox_.Read("server/TMW_version.dat");
+    sample_.Describe("Version=\"3.6.0.2", "Version=\"3.6.0.3");
+    sandbox_.Write("release.xml", sample_.description);
+  }
+
+  // Whatever has happened, a whole release is announced; and nothing that was left is in the way.
+  void ExpectWhole(const std::string& when) {
+    EXPECT_EQ(Sample::Check(sample_.options.output), Log{}) << when;
+    sample_.options.may_replace = true;
+    EXPECT_EQ(sample_.Publish(), Log{}) << when;
+    EXPECT_EQ(Sample::Check(sample_.options.output), Log{}) << when;
+    EXPECT_NE(sandbox_.Read("server/TMW_version.dat"), old_);
+    EXPECT_FALSE(sandbox_.Has("server/TMW_3.6.0.3.new")) << when;
+  }
+
+  const Sandbox sandbox_;
+  Sample sample_{sandbox_};
+  std::string old_;
+};
+
+TEST_F(Interrupted, AFaultAtAnyStepLeavesTheOldReleaseAnnounced) {
+  const ScopedPorts ports;
+  FaultyFileSystem files(*ports->files);
+  ports->files = &files;
+  files.log.clear();
+  ASSERT_EQ(sample_.Publish(), Log{});
+  const auto renames = std::count(files.log.begin(), files.log.end(), "rename");
+  ASSERT_GE(renames, 3) << "the release, the server list, the digest";
+  for (std::int64_t step = 0; step < renames + 3; ++step) {
+    sandbox_.Write("server/TMW_version.dat", old_);
+    std::filesystem::remove_all(ToPath(sandbox_.Path("server/TMW_3.6.0.3")));
+    files.rename_codes.assign(static_cast<std::size_t>(step), 0);
+    files.rename_codes.push_back(FaultyFileSystem::kBroken);
+    if (step >= renames) {
+      files.rename_codes.clear();
+      files.write_budget = 1 + 60'000 * static_cast<std::size_t>(step - renames);
+    }
+    sample_.options.may_replace = false;
+    EXPECT_NE(Caught([&] { sample_.Publish(); }).Number, 0) << step;
+    EXPECT_EQ(sandbox_.Read("server/TMW_version.dat"), old_) << step;
+    files.rename_codes.clear();
+    files.write_budget.reset();
+    ExpectWhole("step " + std::to_string(step));
+  }
+}
+
+TEST_F(Interrupted, AKilledRunLeavesTheOldReleaseAnnounced) {
+  for (int i = 0; i < 4; ++i)
+    sandbox_.Write("product/tm/big" + std::to_string(i), std::string(4 << 20, 'b'));
+  for (const std::string until : {"work", "release/files/tm", "release/_DBUpdates.tmz"}) {
+    sandbox_.Write("server/TMW_version.dat", old_);
+    std::filesystem::remove_all(ToPath(sandbox_.Path("server/TMW_3.6.0.3")));
+    platform::StartRequest request;
+    request.program = TMW_TMPUBLISH;
+    request.command_line = tmw::JoinCommandLine(
+        {TMW_TMPUBLISH, "publish", sample_.options.description, "--product",
+         sample_.options.product, "--database", sample_.options.database, "--scripts",
+         sample_.options.scripts, "--output", sample_.options.output});
+    const auto started = platform::CurrentPorts().processes->Start(request);
+    ASSERT_TRUE(started);
+    const std::string mark = "server/TMW_3.6.0.3.new/" + until;
+    while (!sandbox_.Has(mark) && !started.value->Wait(1).value) {
+    }
+    KillProcess(started.value->Id());
+    ASSERT_TRUE(started.value->Wait(20'000).value);
+    ExpectWhole(until);
+  }
+}
+
+TEST_F(Interrupted, TwoRunsDoNotBuildOneRelease) {
+  const std::string lock = sandbox_.Write("server/TMW_3.6.0.3.new/lock", "");
+  sandbox_.Write("server/TMW_3.6.0.3.new/release/file", "the other run's");
+  const auto held =
+      platform::CurrentPorts().file_locks->TryLock(lock, platform::FileLockMode::kExclusive);
+  EXPECT_TRUE(Caught([&] { sample_.Publish(); }).Description.starts_with("Another run"));
+  EXPECT_TRUE(sandbox_.Has("server/TMW_3.6.0.3.new/release/file"));
+}
+
+TEST(Diff, TellsWhatAUserOfTheOldReleaseDownloads) {
+  const Sandbox sandbox;
+  Sample sample(sandbox);
+  ASSERT_EQ(sample.Publish(), Log{});
+  sample.Describe("Version=\"3.6.0.2", "Version=\"3.6.0.3");
+  sample.Describe("Target=\"{p}tm\"", "Target=\"{p}\\TM/\"");
+  sandbox.Write("product/tm/Calc.ocx", "Control");
+  sandbox.Write("product/tm/new.dll", "new");
+  std::filesystem::remove(ToPath(sandbox.Path("product/Справка/empty")));
+  sample.Execute("update Ставки set Имя = 'Сбор' where Ид = 1");
+  sample.Execute("insert into Документы values (2, 2)");
+  ASSERT_EQ(sample.Publish(), Log{});
+
+  publish::Faults faults;
+  publish::Manifest old_release;
+  publish::Manifest new_release;
+  ASSERT_TRUE(publish::LoadManifest(sandbox.Path("server/TMW_3.6.0.2"), old_release, faults));
+  ASSERT_TRUE(publish::LoadManifest(sandbox.Path("server"), new_release, faults));
+  const publish::Difference difference = publish::Compare(old_release, new_release);
+  Log lines;
+  std::int64_t sum = 0;
+  for (const publish::Download& download : difference.downloads) {
+    lines.push_back(download.name + (download.is_new ? " (new)" : ""));
+    sum += download.bytes;
+  }
+  EXPECT_EQ(lines, (Log{"{p}\\TM/ Calc.ocx", "{p}\\TM/ new.dll (new)", "Ставки", "_DBUpdates.tmz",
+                        "_DBStruct.tmz"}));
+  EXPECT_EQ(difference.left_over, Log{"{p}Help empty"});
+  EXPECT_EQ(difference.volume, sum);
+  EXPECT_LT(difference.client_volume, sum);
+  EXPECT_FALSE(publish::LoadManifest(sandbox.Path("product"), old_release, faults));
+}
+
+TEST(ServerNames, NeedNoEscapingAndStayDifferent) {
+  EXPECT_EQ(publish::MakeServerName("tm/Core-1.dll"), "files/tm/Core-1.dll.tmz");
+  const std::string cyrillic = publish::MakeServerName("Справка/Счёт.htm");
+  EXPECT_TRUE(cyrillic.starts_with("files/_/_.htm-")) << cyrillic;
+  EXPECT_NE(cyrillic, publish::MakeServerName("Справка/Счёт2.htm"));
+  EXPECT_NE(publish::MakeServerName("a b"), publish::MakeServerName("a_b"));
+  EXPECT_LT(publish::MakeServerName(std::string(300, 'x')).size(), 140U);
+}
+
+}  // namespace
+}  // namespace tests

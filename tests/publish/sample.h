@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "publish/publisher.h"
+#include "tests/support/sandbox.h"
+
+namespace tests {
+
+// What a release of a small product is made from, and releases made from it: all in one sandbox.
+class Sample {
+ public:
+  explicit Sample(const Sandbox& sandbox);
+
+  // Changes a piece of the description, which is there.
+  void Describe(const std::string& piece, const std::string& instead);
+  void WriteScript(const std::string& name, const std::string& from, const std::string& to) const;
+  // Runs a statement on the reference database.
+  void Execute(const std::string& sql) const;
+
+  // Publishes into "server"; the faults, as "place: text".
+  std::vector<std::string> Publish() const;
+  // Checks the folder or the address; likewise.
+  static std::vector<std::string> Check(const std::string& place, const std::string& from = {});
+
+  publish::PublishOptions options;
+  std::string description;
+
+ private:
+  const Sandbox& sandbox_;
+};
+
+using Contents = std::vector<std::pair<std::string, std::string>>;  // entry, its bytes
+
+// Writes a package in the sandbox.
+void Pack(const Sandbox& sandbox, const std::string& package, const Contents& contents,
+          bool with_trailer = false);
+
+// The names and bytes of all files below a folder, in one text.
+std::string Everything(const Sandbox& sandbox, const std::string& folder);
+
+std::string Utf16(const std::string& text);
+
+}  // namespace tests
