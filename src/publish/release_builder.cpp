@@ -75,6 +75,7 @@ void ReleaseBuilder::AddTables(ReferenceTables& reference, std::vector<TableReco
   std::vector<Entry> structures;
   const std::string table_file = tmw::JoinPath(work_, "table");
   for (TableRecord& table : tables) {
+    if (!tmw::CheckFileName(table.name).IsAccepted()) continue;  // told with the whole list
     const std::string text = reference.TextOf(table, faults);
     if (table.is_user) {
       const std::string file = tmw::JoinPath(work_, "s" + std::to_string(structures.size()));

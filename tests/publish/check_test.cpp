@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "packages/rar_archive.h"
 #include "publish/scripts.h"
@@ -67,7 +68,6 @@ std::function<void(const Sandbox&)> Written(const std::string& file, const std::
 
 // Each alone.
 const std::vector<Damage>& Damages() {
-  static const std::string size = "manifest: On the server ";
   static const std::vector<Damage> damages = {
       {Written("server/TMW_version.dat", "3.6.0.2\n1.0\n"), {"do not all end", "than two lines"}},
       {Digest("3.6.0.2", "3.6.0"), {"The first line is no version of four"}},
@@ -137,7 +137,6 @@ TEST(Check, EveryKindOfDamageIsToldAndNothingElse) {
   const Sample sample(sandbox);
   ASSERT_EQ(sample.Publish(), Log{});
   ASSERT_EQ(Sample::Check(sample.options.output), Log{});
-  const std::vector<std::string> names = {"server/TMW_version.dat", "server/TMW_links.dat"};
   for (std::size_t i = 0; i < Damages().size(); ++i) {
     const Damage& damage = Damages()[i];
     const Sandbox box;
@@ -179,6 +178,8 @@ TEST(Check, AReleaseIsReadFromItsServer) {
                         : escaped[i];
       if (is_escape) i += 2;
     }
+    // The system's ANSI entry points may ask in their code page.
+    if (!tmw::TryUtf8ToUtf16(path)) path = tmw::CodePageToUtf8(tmw::CodePage::k1251, path);
     const bool is_there = sandbox.Has("server" + path);
     const std::string body = is_there ? sandbox.Read("server" + path) : "";
     peer.Send("HTTP/1.1 " + std::string(is_there ? "200 OK" : "404 Not Found") +
