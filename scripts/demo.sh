@@ -1,97 +1,245 @@
 #!/usr/bin/env bash
-# Shows what the program does today, on this machine, with nothing left behind but its folder.
+# Shows a whole update on this machine: a product is installed in its older release, the newer one is
+# published, served by nginx on loopback and fetched by the real updater from the product's folder.
+# Nothing is left behind but build/demo.
+#   scripts/demo.sh [--window]     with --window the updater shows its window on $DISPLAY and asks
 set -euo pipefail
 cd "$(dirname "$0")/.."
+window=
+if [ "${1:-}" = --window ]; then
+  window=yes
+  if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+    echo "--window needs a display" >&2
+    exit 2
+  fi
+elif [ $# -gt 0 ]; then
+  echo "usage: scripts/demo.sh [--window]" >&2
+  exit 2
+fi
 
 scripts/setup.sh
 scripts/build.sh linux-release
 
-updater=$PWD/build/linux-release/bin/TmWebUpdate
+bin=$PWD/build/linux-release/bin
 demo=$PWD/build/demo
+[ ! -e "$demo/nginx.pid" ] || kill "$(cat "$demo/nginx.pid")" 2>/dev/null || true
 rm -rf "$demo"
-mkdir -p "$demo/product/tm"
-export TMW_FRONT_END=terminal # what it says is read here, not in windows
-export TAMRIN_MACHINE_REG=$demo/machine.reg TAMRIN_USER_REG=$demo/user.reg
+mkdir -p "$demo/tmp" "$demo/db" "$demo/scripts"
+export TAMRIN_MACHINE_REG=$demo/machine.reg TAMRIN_USER_REG=$demo/user.reg TMPDIR=$demo/tmp
+export TAMRIN_DEMO_LOG=$demo/registrations.txt
+old=3.6.0.4 new=3.6.2.1
+
+title() { printf '\n=== %s\n' "$1"; }
+run() {
+  local line
+  line=${*//"$demo/"/}
+  printf '$ %s\n' "${line//"$bin/"/}"
+  "$@"
+}
+
+# make_component FILE NAME VERSION: a library that can be registered, and notes it down.
+make_component() {
+  cc -shared -fPIC -o "$1" -x c - <<END
+#include <stdio.h>
+#include <stdlib.h>
+static int Note(const char *what) {
+  FILE *log = fopen(getenv("TAMRIN_DEMO_LOG"), "a");
+  if (log == NULL) return 1;
+  fprintf(log, "%s: $2 $3\n", what);
+  return fclose(log);
+}
+int DllRegisterServer(void) { return Note("registered"); }
+int DllUnregisterServer(void) { return Note("unregistered"); }
+END
+}
+
+# make_product FOLDER VERSION: about 200 files; a tenth of them differ from release to release.
+make_product() {
+  local folder=$1 version=$2 i name last=60
+  mkdir -p "$folder/tm" "$folder/Шаблоны" "$folder/Справка"
+  [ "$version" = "$old" ] || last=63
+  for i in $(seq 1 $last); do
+    name=$folder/tm/Module$i.dll
+    seq "$i" $((i * 300)) >"$name"
+    [ $((i % 9)) != 0 ] || echo "$version" >>"$name"
+  done
+  for i in $(seq 1 80); do
+    name="$folder/Шаблоны/Форма $i.txt"
+    printf 'Форма %s, листов: %s\n' "$i" "$((i % 5 + 1))" >"$name"
+    [ $((i % 10)) != 0 ] || echo "Действует с версии $version" >>"$name"
+  done
+  for i in $(seq 1 50); do
+    echo "<p>Раздел $i справки</p>" >"$folder/Справка/Раздел $i.htm"
+  done
+  make_component "$folder/tm/Calc.ocx" Calc "$version"
+  make_component "$folder/tm/Exchange.ocx" Exchange "$version"
+  make_component "$folder/tm/Print.ocx" Print 1.0
+  cat >"$folder/tm/Tamrin" <<END
+#!/bin/sh
+echo "Tamrin $version started with: \$*" >"$demo/started.txt"
+END
+  chmod +x "$folder/tm/Tamrin"
+  cp "$bin/TmWebUpdate" "$bin/UnTmz.so" "$folder/tm/"
+}
+
+# table NAME FIELDS ROWS-PROGRAM: writes a table's text; the awk program prints its rows.
+table() {
+  printf '\xEF\xBB\xBF' >"$demo/db/$1.table"
+  {
+    printf 'Table:%s\n%s\nIndex:PrimaryKey|Primary|Fields:Ид;\nRows\n' "$1" "$2"
+    awk "BEGIN { $3 }"
+    printf 'EndRows\nEndTable\n'
+  } | sed 's/$/\r/' >>"$demo/db/$1.table"
+}
+
+# make_database FILE VERSION RATE: dictionaries and the user's tables.
+make_database() {
+  table Ставки $'Field:Ид|Long|4|NotNull\nField:Название|Text|40\nField:Ставка|Curr|8' \
+    "for (i = 1; i <= 200; i++) printf \"%d|SСтавка налога № %d|%s\\n\", i, i, i % 7 == 0 ? $3 : i"
+  table Регионы $'Field:Ид|Long|4|NotNull\nField:Название|Text|40' \
+    'for (i = 1; i <= 89; i++) printf "%d|SРегион %02d\n", i, i'
+  "$bin/jetsql" create "$1"
+  "$bin/jetsql" import "$1" "$demo/db/Ставки.table" "$demo/db/Регионы.table" \
+    "$demo/db/Документы.table" "$demo/db/Контрагенты.table"
+  "$bin/jetsql" run "$1" "create table DBVersion (MajorVersion long, MinorVersion long, BuildNumber long);
+    insert into DBVersion values (${2//./, })" >/dev/null
+}
+
+# publish VERSION PRODUCT DATABASE
+publish() {
+  sed "s/VERSION/$1/" "$demo/release.xml" >"$demo/release-$1.xml"
+  run "$bin/tmpublish" publish "$demo/release-$1.xml" --product "$2" --database "$3" \
+    --scripts "$demo/scripts" --output "$demo/server" | sed "s|$demo/||"
+}
+
+title "Two releases of a product"
+make_product "$demo/product" $old
+make_product "$demo/newer" $new
+table Документы $'Field:Ид|Long|4|NotNull\nField:Номер|Text|20\nField:Содержание|Text|80|AllowZero\nField:Сумма|Curr|8\nField:Дата|Date|8' \
+  'for (i = 1; i <= 5000; i++) printf "%d|SА-%05d|SОплата по договору № %d, «Ромашка»|%d.%02d|d%d\n", i, i, i % 97, i % 9000, i % 100, i % 2500'
+table Контрагенты $'Field:Ид|Long|4|NotNull\nField:Название|Text|60\nField:Активен|Bool|1' \
+  'for (i = 1; i <= 2000; i++) printf "%d|SОбщество «Ёлка %d»|%s\n", i, i, i % 2 ? "T" : "F"'
+make_database "$demo/old.mdb" 3.6.0 20
+make_database "$demo/reference.mdb" 3.6.2 22
+"$bin/jetsql" run "$demo/reference.mdb" "alter table Документы add column Примечание text(100)" >/dev/null
+mkdir -p "$demo/product/db"
+cp "$demo/old.mdb" "$demo/product/db/Tamrin.mdb"
+cat >"$demo/scripts/3.6.1.xml" <<'END'
+<?xml version="1.0" encoding="utf-8"?>
+<TMW_Database_Update db_version_from="3.6.0" db_version_to="3.6.1">
+  <Action type="addfield" Table="Документы" FieldName="Примечание" Type="text" Size="100" AllowZeroString="yes"/>
+</TMW_Database_Update>
+END
+cat >"$demo/scripts/3.6.2.xml" <<'END'
+<?xml version="1.0" encoding="utf-8"?>
+<TMW_Database_Update db_version_from="3.6.1" db_version_to="3.6.2">
+  <Action type="sql">update Документы set Примечание = 'Крупный' where Сумма &gt; 4000</Action>
+</TMW_Database_Update>
+END
+port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+url=http://127.0.0.1:$port/
+cat >"$demo/release.xml" <<END
+<?xml version="1.0" encoding="utf-8"?>
+<Release Product="TMW" Version="VERSION" Date="2026-11-20">
+  <Updater MinVersion="1.0"><Component File="tm/TmWebUpdate"/><Component File="tm/UnTmz.so"/></Updater>
+  <Servers><Server Url="$url"/></Servers>
+  <Files>
+    <Folder Source="" Target="{p}"/>
+    <File Mask="*.ocx" IsCom="yes"/>
+    <File Mask="Tamrin" Executable="yes"/>
+    <File Mask="TmWebUpdate" Executable="yes"/>
+    <File Mask="db/*" Skip="yes"/>
+  </Files>
+  <Database>
+    <Dict Mask="*"/>
+    <User Mask="Документы"/>
+    <User Mask="Контрагенты"/>
+  </Database>
+</Release>
+END
+publish $old "$demo/product" "$demo/old.mdb"
+publish $new "$demo/newer" "$demo/reference.mdb"
+
+title "The newer release is served, checked as an updater reads it, and compared with the older one"
+cat >"$demo/nginx.conf" <<END
+pid nginx.pid; events {}
+http {
+  log_format plain '\$uri \$status \$body_bytes_sent'; access_log access.log plain;
+  client_body_temp_path t; proxy_temp_path t; fastcgi_temp_path t; uwsgi_temp_path t; scgi_temp_path t;
+  server { listen 127.0.0.1:$port; root server; }
+}
+END
+nginx -p "$demo" -e error.log -c nginx.conf
+trap 'kill "$(cat "$demo/nginx.pid")" 2>/dev/null || true' EXIT
+run "$bin/tmpublish" check "$url" --from 3.6.0
+run "$bin/tmpublish" diff "$demo/server/TMW_$old" "$demo/server/TMW_$new" >"$demo/difference.txt"
+head -n 6 "$demo/difference.txt"
+echo "..."
+tail -n 4 "$demo/difference.txt"
+: >"$demo/access.log"
+
 cat >"$TAMRIN_MACHINE_REG" <<END
 REGEDIT4
 
 [HKEY_LOCAL_MACHINE\\SOFTWARE\\Kestrel Soft\\Tamrin\\General]
 "RootPath"="$demo/product/"
 "DataBasePath"="$demo/product/db/"
-END
-cat >"$demo/product/Tamrin" <<'END'
-#!/bin/sh
-echo "Tamrin started with: $*"
-END
-chmod +x "$demo/product/Tamrin"
 
-show() {
-  printf '\n$ TmWebUpdate'
-  printf ' %s' "$@"
-  printf '\n'
-  "$updater" "$@" </dev/null || printf '(exit code %d)\n' "$?"
+[HKEY_CLASSES_ROOT\\Tm_Version.VersionInfo]
+"VersionEx"="$old"
+END
+
+# The state of the installation, in a few lines.
+state() {
+  local database=$demo/product/db/Tamrin.mdb
+  printf '  program: %s\n' "$(grep -o 'Tamrin [0-9.]*' "$demo/product/tm/Tamrin")"
+  printf '  files: %s, of which as in %s: %s\n' "$(find "$demo/product" -type f ! -path '*/db/*' | wc -l)" \
+    $new "$(cd "$demo/newer" && find . -type f -exec cmp -s {} "$demo/product/{}" \; -print | wc -l)"
+  printf '  database: version %s\n' "$("$bin/jetsql" run "$database" 'select * from DBVersion' | tail -n 1 | tr '\t' .)"
+  "$bin/jetsql" run "$database" 'select count(*), sum(Сумма) from Документы; select count(*), max(Название) from Контрагенты;
+    select count(*), sum(Ставка) from Ставки' | grep -v Expr |
+    paste -d '|' - <(printf 'documents, their sum\npartners, the last one\nrates, their sum (changed)\n') |
+    sed 's/^\(.*\)|\(.*\)$/  \2: \1/' | tr '\t' ' '
 }
 
-echo
-echo "=== An unknown option is refused; nothing else happens"
-show -z
+title "Before"
+state | tee "$demo/before.txt"
 
-echo
-echo "=== A network installation is refused, and the product is started again"
-touch "$demo/product/tm/client01.cln"
-show -e "$demo/product/Tamrin" -p "-open books"
-sleep 0.3
-rm "$demo/product/tm/client01.cln"
-
-echo
-echo "=== A client installation is brought up to date"
-# The product as it is installed, and the release that is newer: one file is changed, one is new,
-# one is current. The program and its library are part of the product.
-bin=$PWD/build/linux-release/bin
-mkdir -p "$demo/release/tm" "$demo/release/help" "$demo/product/db" "$demo/tmp"
-cp "$bin/TmWebUpdate" "$bin/UnTmz.so" "$demo/product/tm/"
-printf '#!/bin/sh\necho "Tamrin 3.6.0.1 started with: $*"\n' >"$demo/product/tm/Tamrin"
-printf '#!/bin/sh\necho "Tamrin 3.6.0.2 started with: $*"\n' >"$demo/release/tm/Tamrin"
-chmod +x "$demo/product/tm/Tamrin" "$demo/release/tm/Tamrin"
-echo 'Rates, unchanged' | tee "$demo/product/tm/Ставки.txt" >"$demo/release/tm/Ставки.txt"
-echo 'Help of 3.6.0.2' >"$demo/release/help/Справка.txt"
-"$bin/jetsql" create "$demo/product/db/Tamrin.mdb"
-cat >>"$TAMRIN_MACHINE_REG" <<'END'
-"InstallationType"="Client"
-
-[HKEY_CLASSES_ROOT\Tm_Version.VersionInfo]
-"VersionEx"="3.6.0.1"
-END
-port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
-build/linux-release/tests/release_writer "$demo/server" "http://127.0.0.1:$port/" 3.6.0.2 "$demo/release"
-cat >"$demo/nginx.conf" <<END
-pid nginx.pid; events {}
-http {
-  log_format plain '\$request_uri \$status \$body_bytes_sent'; access_log access.log plain;
-  client_body_temp_path t; proxy_temp_path t; fastcgi_temp_path t; uwsgi_temp_path t; scgi_temp_path t;
-  server { listen 127.0.0.1:$port; root server; }
-}
-END
-nginx -p "$demo" -e error.log -c nginx.conf
-trap 'kill "$(cat "$demo/nginx.pid")"' EXIT
-
-contents() {
-  (cd "$demo/product" && find . -type f ! -path './db/*' ! -name 'TmWebUpdate' ! -name 'UnTmz.so' \
-    -exec sh -c 'printf "  %s: " "$1"; tail -n 1 "$1"' sh {} \; | sort)
-}
-echo "before:"
-contents
+title "The update, from the product's folder"
 cd "$demo/product/tm"
-export TMPDIR=$demo/tmp
-updater=./TmWebUpdate
-show -y -w "http://127.0.0.1:$port/" -e "$demo/product/tm/Tamrin" -p "-after-update"
-# The program has restarted itself from the temporary folder: the product's start ends the chain.
-for _ in $(seq 100); do
-  ! [ -e "$demo/tmp/TMW_WebUpdate" ] && break
+options=(-w "$url" -e "$demo/product/tm/Tamrin" -p "-open books")
+if [ -z "$window" ]; then
+  unset DISPLAY WAYLAND_DISPLAY
+  options=(-y "${options[@]}")
+fi
+patience=$([ -z "$window" ] && echo 60 || echo 900)
+started=$SECONDS
+# Its copy in the temporary folder goes on when it has ended: the product's start ends the chain.
+run ./TmWebUpdate "${options[@]}" </dev/null 2>&1 | cat
+until [ -e "$demo/started.txt" ]; do
+  if [ $((SECONDS - started)) -gt "$patience" ]; then
+    echo "FAILED: the product has not been started" >&2
+    exit 1
+  fi
   sleep 0.1
 done
-sleep 0.5
-echo "after:"
-contents
-echo "asked of the server:"
-sed 's/^/  /' "$demo/access.log"
+sleep 0.3
+
+title "After"
+state | tee "$demo/after.txt"
+cat "$demo/started.txt" "$TAMRIN_DEMO_LOG" | sed 's/^/  /'
+echo "  requests to the server: $(wc -l <"$demo/access.log"), bytes: $(awk '{ n += $3 } END { print n }' "$demo/access.log")"
+(cd "$demo/product/db" && find . -type f -printf '  %P\n' | sort)
+for backup in "$demo"/product/db/*.zip "$demo"/product/db/*/*.zip; do
+  [ ! -e "$backup" ] || unzip -l "$backup" | sed -n 's/^/  /; /mdb/p'
+done
+
+# What has been shown must also be so.
+for line in documents partners; do
+  diff <(grep "^  $line" "$demo/before.txt") <(grep "^  $line" "$demo/after.txt")
+done
+grep -q "version 3.6.2" "$demo/after.txt"
+grep -q "Tamrin $new started with: -open books" "$demo/started.txt"
+diff -r "$demo/newer" "$demo/product" | grep -v '^Only in .*/product: db$' && exit 1
+echo
+echo "The installation is the release $new; all is in ${demo#"$OLDPWD"/}."
