@@ -110,7 +110,8 @@ class ScriptReader {
 
 std::vector<UpdateScript> ReadScripts(const std::string& folder, Faults& faults) {
   std::vector<UpdateScript> scripts;
-  for (const std::string& file : tmw::CollectFileNamesInFolder(folder, "*.xml")) {
+  for (const std::string& file :
+       tmw::CollectFileNamesInFolder(folder, std::string(tmw::names::kScriptMask))) {
     std::string reason;
     const std::unique_ptr<tmw::XmlDocument> document = tmw::XmlCreateDocument(reason);
     if (document == nullptr) tmw::RaiseProgramError("No XML component: " + reason);
