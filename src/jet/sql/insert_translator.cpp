@@ -36,6 +36,7 @@ std::vector<const FieldInfo*> NamedFields(const Insert& insert, const TableInfo&
 
 std::vector<const FieldInfo*> AllFields(const TableInfo& table) {
   std::vector<const FieldInfo*> fields;
+  fields.reserve(table.fields.size());
   for (const FieldInfo& field : table.fields)
     fields.push_back(&field);
   return fields;
@@ -63,7 +64,7 @@ class InsertSql {
       std::string value = is_given ? values[static_cast<std::size_t>(place - fields.begin())]
                                    : OmittedValue(table, field);
       if (is_given && field.IsAutonumber())
-        value = "jet_used_number(" + std::to_string(table.id) + ", " + value + ")";
+        value.insert(0, "jet_used_number(" + std::to_string(table.id) + ", ").append(")");
       takes_numbers_ = takes_numbers_ || field.IsAutonumber();
       if (!value.empty()) Put(field.column, value);
     }

@@ -23,7 +23,7 @@ struct Kept {
 };
 
 void Keep(sqlite3_context* context, sqlite3_value** values, bool is_last) {
-  Kept* const kept = StateOf<Kept>(context, true);
+  auto* const kept = StateOf<Kept>(context, true);
   if (kept == nullptr) return sqlite3_result_error_nomem(context);
   const sqlite3_int64 row = sqlite3_value_int64(values[1]);
   const bool is_better = kept->value == nullptr || (is_last ? row >= kept->row : row < kept->row);
@@ -41,7 +41,7 @@ void Last(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
 }
 
 void Only(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-  Kept* const kept = StateOf<Kept>(context, true);
+  auto* const kept = StateOf<Kept>(context, true);
   if (kept == nullptr) return sqlite3_result_error_nomem(context);
   if (kept->value == nullptr) {
     kept->value = sqlite3_value_dup(values[0]);
@@ -56,7 +56,7 @@ void Only(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
 }
 
 void PutKept(sqlite3_context* context) {
-  Kept* const kept = StateOf<Kept>(context, false);
+  auto* const kept = StateOf<Kept>(context, false);
   if (kept == nullptr || kept->value == nullptr) return;
   sqlite3_result_value(context, kept->value);
   sqlite3_value_free(kept->value);
@@ -72,7 +72,7 @@ struct Spread {
 
 void AddToSpread(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
   if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
-  Spread* const spread = StateOf<Spread>(context, true);
+  auto* const spread = StateOf<Spread>(context, true);
   if (spread == nullptr) return sqlite3_result_error_nomem(context);
   const double value = sqlite3_value_double(values[0]);
   const double distance = value - spread->mean;
@@ -84,7 +84,7 @@ void AddToSpread(sqlite3_context* context, int /*count*/, sqlite3_value** values
 // A sample of one value has no spread.
 template <bool is_sample, bool is_root>
 void PutSpread(sqlite3_context* context) {
-  const Spread* const spread = StateOf<Spread>(context, false);
+  const auto* const spread = StateOf<Spread>(context, false);
   if (spread == nullptr) return;
   const double divisor = spread->count - (is_sample ? 1 : 0);
   if (divisor <= 0) return;
