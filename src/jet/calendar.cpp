@@ -212,7 +212,7 @@ std::int64_t IntervalsBetween(double from, double to, Interval interval, WeekRul
 double DateOf(std::int64_t year, std::int64_t month, std::int64_t day) {
   if (year >= 0 && year < 100) year += year < 30 ? 2000 : 1900;
   // More years than any date has: the calendar below need not go there.
-  if (std::abs(year) > 20000 || std::abs(month) > 200000) Fail(kInvalidCall);
+  if (std::abs(year) > 15000 || std::abs(month) > 200000) Fail(kInvalidCall);
   return Moment(DayNumber(year, month, day), 0);
 }
 

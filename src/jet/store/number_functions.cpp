@@ -1,6 +1,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <limits>
 #include <string>
 
 #include "jet/coercion.h"
@@ -118,6 +119,7 @@ void Random(FunctionCall& call) {
   if (call.AnyNull()) return;
   std::uint32_t& state = call.Context().random_state;
   const double number = call.Count() > 0 ? call.Number(0) : 1;
+  if (number < -std::numeric_limits<float>::max()) Fail(kOverflow);
   if (number < 0) {
     const auto bits = std::bit_cast<std::uint32_t>(static_cast<float>(number));
     state = (bits + (bits >> 24U)) & kMask;
