@@ -107,6 +107,9 @@ TEST_F(RelationTest, RelationsAreMadeAndKeepTheirTablesFromHarm) {
       {"create table Т (а long references Группы, б long references Группы) -> drop table Т", "0"},
       {"create table Ветви (Ид long primary key, С long references Ветви) -> drop table Ветви",
        "0"},
+      {"create table [Имя такой длины, что с другим вместе оно для связи не годится] (Ид long "
+       "references Группы, Ещё long references Группы)",
+       "0"},
       {"alter table Товары add constraint Н not null (Группа)", "#3314"},
       {"alter table Товары add constraint Н not null (Имя) -> insert into Товары (Группа)"
        " values (1)",

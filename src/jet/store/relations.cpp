@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
@@ -203,7 +204,10 @@ std::string RelationTriggers(const Relation& relation, const TableInfo& table,
 
 std::string Relations::FreeName(const TableInfo& table, const TableInfo& referenced) {
   const std::vector<Relation> relations = LoadRelations(session_.SharedStorage());
-  const std::string base = referenced.name + table.name;
+  // Two long names together are longer than a name may be.
+  constexpr std::size_t kMostUnits = 60;
+  const std::u16string units = tmw::Utf8ToUtf16(referenced.name + table.name);
+  const std::string base = tmw::Trim(tmw::Utf16ToUtf8(units.substr(0, kMostUnits)));
   std::string name = base;
   for (int number = 1;; ++number) {
     const bool is_taken = table.FindIndex(name) != nullptr ||
