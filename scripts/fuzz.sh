@@ -38,7 +38,7 @@ if [ "$target" = sql_statements ]; then
       *) printf 'select %s from Товары' "$text" ;;
     esac | sed 's/ -> /\n/g' >"$seed"
   done
-  texts_of src/jet/sql/*.cpp tests/jet/*_test.cpp | grep -oE '[a-zA-Z]{2,}' | tr A-Z a-z |
+  texts_of src/jet/sql/*.cpp tests/jet/*_test.cpp | grep -oE '[a-zA-Z]{2,}' | tr '[:upper:]' '[:lower:]' |
     sort -u | sed 's/.*/"& "/' >"$build/sql.dict"
   options+=(-dict="$build/sql.dict")
 else

@@ -82,8 +82,7 @@ TypedSql ExpressionTranslator::Call(const Expression& expression) {
     return CallScalar(expression, *function);
   const FunctionSpec* const function = FindFunction(name);
   if (function == nullptr) Fail(kUndefinedFunction, name);
-  if (count < function->least_arguments || count > function->most_arguments)
-    Fail(kWrongArgumentCount, name);
+  if (count != 1) Fail(kWrongArgumentCount, name);
   return CallAggregate(expression, function->sql_name);
 }
 

@@ -8,17 +8,9 @@ namespace jet::sql {
 namespace {
 
 constexpr FunctionSpec kFunctions[] = {
-    {"avg", 1, 1, "avg", ValueType::kNumber, true},
-    {"count", 1, 1, "count", ValueType::kInteger, true},
-    {"first", 1, 1, "jet_first", ValueType::kUnknown, true},
-    {"last", 1, 1, "jet_last", ValueType::kUnknown, true},
-    {"max", 1, 1, "max", ValueType::kUnknown, true},
-    {"min", 1, 1, "min", ValueType::kUnknown, true},
-    {"stdev", 1, 1, "jet_stdev", ValueType::kNumber, true},
-    {"stdevp", 1, 1, "jet_stdevp", ValueType::kNumber, true},
-    {"sum", 1, 1, "sum", ValueType::kUnknown, true},
-    {"var", 1, 1, "jet_var", ValueType::kNumber, true},
-    {"varp", 1, 1, "jet_varp", ValueType::kNumber, true},
+    {"avg", "avg"}, {"count", "count"}, {"first", "jet_first"}, {"last", "jet_last"},
+    {"max", "max"}, {"min", "min"},     {"stdev", "jet_stdev"}, {"stdevp", "jet_stdevp"},
+    {"sum", "sum"}, {"var", "jet_var"}, {"varp", "jet_varp"},
 };
 
 }  // namespace

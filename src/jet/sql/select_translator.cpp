@@ -16,10 +16,8 @@ namespace {
 
 bool HasAggregate(const ExpressionPtr& expression) {
   if (!expression) return false;
-  if (expression->kind == ExpressionKind::kCall) {
-    const FunctionSpec* const function = FindFunction(expression->text);
-    if (function != nullptr && function->is_aggregate) return true;
-  }
+  if (expression->kind == ExpressionKind::kCall && FindFunction(expression->text) != nullptr)
+    return true;
   return std::any_of(expression->arguments.begin(), expression->arguments.end(), HasAggregate);
 }
 

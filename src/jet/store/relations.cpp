@@ -64,10 +64,10 @@ class TriggerWriter {
       own_columns_.push_back(own);
       other_columns_.push_back(other);
       refers_.push_back("NEW." + own + " IS NOT NULL");
-      found_.push_back(other + " = NEW." + own);
-      related_.push_back(own + " = OLD." + other);
-      key_differs_.push_back("NEW." + other + " IS NOT OLD." + other);
-      bytes_differ_.push_back("NEW." + other + " COLLATE BINARY IS NOT OLD." + other);
+      found_.push_back(Joined({other, "NEW." + own}, " = "));
+      related_.push_back(Joined({own, "OLD." + other}, " = "));
+      key_differs_.push_back(Joined({"NEW." + other, "OLD." + other}, " IS NOT "));
+      bytes_differ_.push_back(Joined({"NEW." + other, "OLD." + other}, " COLLATE BINARY IS NOT "));
     }
   }
 
