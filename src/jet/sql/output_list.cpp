@@ -34,8 +34,10 @@ void OutputList::AddStar(const std::string& qualifier) {
   for (const ScopeTable& table : scope_.Tables()) {
     if (!qualifier.empty() && &table != scope_.FindTable(qualifier)) continue;
     table.is_used = true;
-    for (const ScopeColumn& column : table.columns)
-      Put({{table.Sql(column), column.type, column.field}, column.name, &table});
+    for (const ScopeColumn& column : table.columns) {
+      TypedSql raw{table.Sql(column), column.type, column.field};
+      Put({std::move(raw), column.name, &table});
+    }
   }
 }
 
