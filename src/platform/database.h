@@ -61,7 +61,8 @@ class Database {
   virtual TableDefinition Table(const std::string& name) = 0;
 
   virtual void CreateTable(const TableDefinition& table) = 0;  // 3010 when the name is taken
-  virtual void DeleteTable(const std::string& name) = 0;       // 3265
+  // 3265; 3281 while another table's relation refers to it.
+  virtual void DeleteTable(const std::string& name) = 0;
   virtual void CreateField(const std::string& table, const FieldDefinition& field) = 0;
   virtual void CreateIndex(const std::string& table, const IndexDefinition& index) = 0;
 
