@@ -12,7 +12,7 @@ packages=(
   # the windows: Qt, and the pictures of both front ends
   qt6-base-dev librsvg2-bin
   # screenshots, and clicks into the windows
-  fonts-dejavu-core fonts-wine imagemagick openbox xauth xdotool xvfb
+  fonts-dejavu-core fonts-wine imagemagick openbox xvfb
   # SQLite for the Windows tests is built from its source package
   tcl xz-utils
   # running the Windows programs

@@ -56,7 +56,8 @@ class Writer {
     if (!release_.dict.empty()) {
       const std::string text = tmw::Utf16ToBytes(tmw::Utf8ToUtf16(release_.dict_text));
       WriteBytes(source_, text);
-      Pack(release_.dict + ".table.tmz", release_.dict + ".table");
+      if (tmw::CheckFileName(release_.dict).IsAccepted())
+        Pack(release_.dict + ".table.tmz", release_.dict + ".table");
       manifest += "<Dict" + Attribute("TableName", release_.dict) + Attribute("SrvFile", "x") +
                   Attribute("SrvSize", "10") + Attribute("Hash", HashOf(text)) + "/>";
     }

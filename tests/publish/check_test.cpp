@@ -178,8 +178,6 @@ TEST(Check, AReleaseIsReadFromItsServer) {
                         : escaped[i];
       if (is_escape) i += 2;
     }
-    // The system's ANSI entry points may ask in their code page.
-    if (!tmw::TryUtf8ToUtf16(path)) path = tmw::CodePageToUtf8(tmw::CodePage::k1251, path);
     const bool is_there = sandbox.Has("server" + path);
     const std::string body = is_there ? sandbox.Read("server" + path) : "";
     peer.Send("HTTP/1.1 " + std::string(is_there ? "200 OK" : "404 Not Found") +

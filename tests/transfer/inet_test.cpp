@@ -73,6 +73,14 @@ TEST_F(Inet, ARaisedFailureNamesTheUrlTheStatusAndEveryProcedure) {
   EXPECT_EQ(sandbox_.Read("f"), "12345");
 }
 
+TEST_F(Inet, NamesAreAskedForInPercentEncodedUtf8) {
+  std::string text;
+  EXPECT_FALSE(TryDownloadFile(server_.Url("/Ставки/№1.tmz"), file_, text));
+  EXPECT_TRUE(server_.Heads().at(0).starts_with(
+      "GET /%D0%A1%D1%82%D0%B0%D0%B2%D0%BA%D0%B8/%E2%84%961.tmz HTTP"))
+      << server_.Heads()[0];
+}
+
 TEST_F(Inet, TheSecondUrlIsTriedOnlyWhenTheFirstFailsAndBothFailuresAreTold) {
   const std::string cut = Caught([&] { DownloadFile(server_.Url("/cut"), file_); }).Description;
   const struct {

@@ -1,8 +1,10 @@
 #include "platform/internet.h"
 
 #include <cstdlib>
+#include <string_view>
 #include <vector>
 
+#include "foundation/encodings.h"
 #include "platform/unique_handle.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
@@ -28,6 +30,25 @@ Status CloseInternetHandle(InternetHandle& handle) {
   if (InternetCloseHandle(handle.Get()) == FALSE) return Status::Failure(LastError());
   handle.Release();
   return Status::Success();
+}
+
+// Servers name their files in UTF-8, whatever this system's code page is: what of an HTTP address
+// stands behind the host goes percent-encoded. FTP has no such agreement.
+std::string ToSentUrl(const std::string& url) {
+  constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+  const std::size_t scheme_end = url.find("://");
+  const std::size_t path = url.find('/', scheme_end == std::string::npos ? 0 : scheme_end + 3);
+  if (path == std::string::npos || tmw::LowerCase(url.substr(0, 3)) == "ftp") return ToAnsi(url);
+  std::string sent = ToAnsi(url.substr(0, path));
+  for (const char c : url.substr(path)) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) {
+      sent += c;
+    } else {
+      sent += {'%', kHexDigits[byte >> 4U], kHexDigits[byte & 0xFU]};
+    }
+  }
+  return sent;
 }
 
 class WinInetRequest final : public InternetRequest {
@@ -115,7 +136,7 @@ class WinInetSession final : public InternetSession {
                                                     const WaitHandler& /*on_wait*/) override {
     using Result = Outcome<std::unique_ptr<InternetRequest>>;
     InternetHandle request(
-        InternetOpenUrlA(handle_.Get(), ToAnsi(url).c_str(), "", 0, flags, context));
+        InternetOpenUrlA(handle_.Get(), ToSentUrl(url).c_str(), "", 0, flags, context));
     if (!request) return Result::Failure(LastError());
     return Result::Success(std::make_unique<WinInetRequest>(std::move(request)));
   }
