@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -16,5 +17,9 @@ std::vector<std::string> OrdinaryTables(platform::Database& database);
 
 // The number of a table's rows, counted by the engine: nothing is carried over.
 std::int64_t CountRows(platform::Database& database, const std::string& table);
+
+// By table. Linked tables are left out: their rows lie in other files.
+using TableRows = std::map<std::string, std::int64_t>;
+TableRows CountAllRows(platform::Database& database);
 
 }  // namespace tmw

@@ -25,9 +25,8 @@ constexpr const char* kModule = "KsUpdater";
 bool ExpectUserRows(const std::set<std::string>& replaced, RowCounts& counts) {
   const auto user_database = GetUserDB();
   if (!user_database) return false;
-  for (const std::string& table : OrdinaryTables(*user_database)) {
-    if (!replaced.contains(LowerCase(table)))
-      counts.Expect(table, CountRows(*user_database, table));
+  for (const auto& [table, rows] : CountAllRows(*user_database)) {
+    if (!replaced.contains(LowerCase(table))) counts.Expect(table, rows);
   }
   return true;
 }

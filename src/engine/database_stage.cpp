@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "database/database_paths.h"
 #include "database/etalon_db.h"
@@ -54,6 +56,10 @@ bool KsUpdater::BuildEtalonDB() try {
 }
 
 bool KsUpdater::BuildWorkingDB() try {
+  // Before the copy is made, so that no row comes in unnoticed between the two.
+  auto rows = CountUserRows();
+  if (!rows) return false;
+  user_rows_ = *std::move(rows);
   return tmw::BuildWorkingDB(MakeDatabaseBuild(), *this);
 } catch (...) {
   ReRaiseError(kModule, "BuildWorkingDB");
@@ -75,8 +81,8 @@ bool KsUpdater::CopyNewUserDB() try {
   PlaceReferenceDatabase(BuiltReferencePath(release_.Structures));
   SetSubAction(engine_texts::kPlacingWorking);
   const DatabaseBuild build = MakeDatabaseBuild();
-  const bool result =
-      ReplaceUserDatabase(BuiltWorkingPath(release_.Scripts), build.TargetVersion, *this);
+  const bool result = ReplaceUserDatabase(BuiltWorkingPath(release_.Scripts), build.TargetVersion,
+                                          user_rows_, *this);
   if (result) {
     SetSubAction(engine_texts::kPlacingScripts);
     PlaceScripts(release_.Scripts);

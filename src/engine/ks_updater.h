@@ -10,6 +10,7 @@
 
 #include "database/build_events.h"
 #include "database/database_build.h"
+#include "database/table_lookup.h"
 #include "engine/records.h"
 #include "engine/release_paths.h"
 #include "engine/updater_events.h"
@@ -158,6 +159,8 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   std::map<std::string, std::size_t> table_by_name_;  // lower-cased name to position in tables_
   WuPackage scripts_package_;
   WuPackage structures_package_;
+
+  TableRows user_rows_;  // of the user database, as its working copy was made
 
   bool tables_need_update_ = false;
   bool files_need_update_ = false;

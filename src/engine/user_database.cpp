@@ -25,6 +25,13 @@ bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersi
   return false;
 }
 
+// Rows and not the file's bytes or time: opening the database may change those.
+bool IsUnchanged(const TableRows& rows, BuildEvents& events) {
+  const auto now = CountUserRows();
+  if (now && *now != rows) events.DownloadError(engine_texts::kDatabaseChanged);
+  return now == rows;
+}
+
 }  // namespace
 
 void MendUserDatabase() {
@@ -54,8 +61,14 @@ bool PackUserDatabase(BuildEvents& events) {
   return result == 0;
 }
 
+std::optional<TableRows> CountUserRows() {
+  const auto database = GetUserDB();
+  if (!database) return std::nullopt;
+  return CountAllRows(*database);
+}
+
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
-                         BuildEvents& events) {
+                         const TableRows& rows, BuildEvents& events) {
   const std::string database = database_utils::GetUserDBFileName();
   const std::string copy = NewUserDatabasePath();
   CopyFile(built, copy);
@@ -65,7 +78,11 @@ bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_versi
   }
   // A file that somebody has open can be deleted on some systems; what he writes would be lost.
   if (IsFileExists(database)) {
-    if (!GetUserDB()) return false;
+    if (!IsUnchanged(rows, events)) {
+      DeleteFile(copy, true);
+      return false;
+    }
+    CopyRights(database, copy);
     DeleteFileRepeatedly(database);
   }
   MoveFile(copy, database);

@@ -128,6 +128,14 @@ void CopyFile(const std::string& source, const std::string& target) try {
   ReRaiseError(kModule, "CopyFile");
 }
 
+void CopyRights(const std::string& source, const std::string& target) try {
+  const Status status = Files().CopyRights(source, target);
+  if (!status)
+    RaiseApiErrorWithMessage("Ошибка установки прав на файл " + Quoted(target) + ":", status.code);
+} catch (...) {
+  ReRaiseError(kModule, "CopyRights");
+}
+
 void MoveFile(const std::string& source, const std::string& target) try {
   Status status = RenamePatiently(source, target);
   if (!status && Files().MeansOtherDevice(status.code)) {

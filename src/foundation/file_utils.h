@@ -42,6 +42,9 @@ void CreateEmptyFile(const std::string& path);
 // the old file or the whole new one. A failed copy leaves nothing behind.
 void CopyFile(const std::string& source, const std::string& target);
 
+// Gives target the rights of source, as far as this user may give them.
+void CopyRights(const std::string& source, const std::string& target);
+
 // Renames, replacing the target. To another file system: a CopyFile, then the source is deleted.
 void MoveFile(const std::string& source, const std::string& target);
 

@@ -76,6 +76,7 @@ using DatabaseValue = std::variant<EmptyValue, NullValue, bool, std::uint8_t, st
 // Attributes of tables and fields (bit masks of DAO).
 inline constexpr std::uint32_t kSystemObject = 0x80000002;
 inline constexpr std::uint32_t kHiddenObject = 0x00000001;
+inline constexpr std::uint32_t kLinkedTable = 0x60000000;  // to another database, or through ODBC
 inline constexpr std::int32_t kAutoIncrementField = 16;
 
 struct FieldDefinition {

@@ -91,6 +91,10 @@ class FileSystem {
   // what the target's file system cannot hold is left out.
   virtual Status CopyAttributes(const std::string& source, const std::string& target) = 0;
 
+  // Gives target the owner, the group and the permission bits of source; what this user may not
+  // give is left out. Windows: nothing to do, a file inherits its folder's rights.
+  virtual Status CopyRights(const std::string& source, const std::string& target) = 0;
+
   // Makes a path absolute against the current folder and takes "." and ".." out; nothing is read
   // from the disk.
   virtual Outcome<std::string> MakeAbsolute(const std::string& path) = 0;

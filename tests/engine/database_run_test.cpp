@@ -126,12 +126,13 @@ TEST_F(DatabaseRunTest, AnInterruptedReplacementIsMendedAtEveryMoment) {
     ASSERT_LT(allowed, 100U);
     tmw::CopyFile(kept, database);
     tmw::CopyFile(kept, built);
+    const auto counted = tmw::CountUserRows().value();
     Execute(built, {"update DBVersion set BuildNumber = 2", "insert into Заметки values (8)"});
     FaultyFileSystem dying(real);
     dying.changes_left = allowed;
     ports_->files = &dying;
     try {
-      is_done = tmw::ReplaceUserDatabase(built, {3, 6, 2}, events);
+      is_done = tmw::ReplaceUserDatabase(built, {3, 6, 2}, counted, events);
     } catch (const tmw::ProgramError&) {
       is_done = false;
     }

@@ -67,6 +67,9 @@ class FaultyFileSystem final : public platform::FileSystem {
   Status CopyAttributes(const Path& source, const Path& target) override {
     return Do("attributes", attributes_code, [&] { return real_.CopyAttributes(source, target); });
   }
+  Status CopyRights(const Path& source, const Path& target) override {
+    return Do("rights", 0, [&] { return real_.CopyRights(source, target); });
+  }
   Outcome<Path> MakeAbsolute(const Path& path) override { return real_.MakeAbsolute(path); }
   Outcome<Path> TemporaryFolder() override { return real_.TemporaryFolder(); }
   Status FlushFolder(const Path& folder) override {

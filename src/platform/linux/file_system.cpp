@@ -45,6 +45,14 @@ Status Result(int returned) {
   return returned == 0 ? Status::Success() : Status::Failure(errno);
 }
 
+// What the file system cannot hold, or this user may not set, is no failure.
+Status AsFarAsPossible(int returned) {
+  const Status status = Result(returned);
+  const bool is_refused =
+      status.code == EPERM || status.code == EOPNOTSUPP || status.code == EINVAL;
+  return !status && is_refused ? Status::Success() : status;
+}
+
 FileKind KindOf(mode_t mode) {
   if (S_ISREG(mode)) return FileKind::kFile;
   if (S_ISDIR(mode)) return FileKind::kFolder;
@@ -187,13 +195,20 @@ class LinuxFileSystem final : public FileSystem {
     struct stat status {};
     if (stat(Name(source), &status) != 0) return Status::Failure(errno);
     const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
-    const Status timed = Result(utimensat(AT_FDCWD, Name(target), times, 0));
-    const Status allowed = Result(chmod(Name(target), status.st_mode & kPermissionBits));
-    for (const Status& step : {timed, allowed}) {
-      if (!step && step.code != EPERM && step.code != EOPNOTSUPP && step.code != EINVAL)
-        return step;
+    const Status timed = AsFarAsPossible(utimensat(AT_FDCWD, Name(target), times, 0));
+    const Status allowed = AsFarAsPossible(chmod(Name(target), status.st_mode & kPermissionBits));
+    return timed ? allowed : timed;
+  }
+
+  Status CopyRights(const std::string& source, const std::string& target) override {
+    struct stat status {};
+    if (stat(Name(source), &status) != 0) return Status::Failure(errno);
+    // The group on its own: whoever belongs to it may give it, the owner only root.
+    for (const uid_t owner : {static_cast<uid_t>(-1), status.st_uid}) {
+      const Status owned = AsFarAsPossible(chown(Name(target), owner, status.st_gid));
+      if (!owned) return owned;
     }
-    return Status::Success();
+    return AsFarAsPossible(chmod(Name(target), status.st_mode & kPermissionBits));
   }
 
   Outcome<std::string> MakeAbsolute(const std::string& path) override {

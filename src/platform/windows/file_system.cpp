@@ -271,6 +271,10 @@ class WindowsFileSystem final : public FileSystem {
     return Result(SetAttributes(native, found.dwFileAttributes & kCopiedAttributes));
   }
 
+  Status CopyRights(const std::string& /*source*/, const std::string& /*target*/) override {
+    return Status::Success();
+  }
+
   Outcome<std::string> MakeAbsolute(const std::string& path) override {
     const std::wstring full = FullPath(path);
     if (full.empty()) return Outcome<std::string>::Failure(LastError());
