@@ -33,6 +33,7 @@ class RunListener final : public tmw::UpdaterEvents {
   std::vector<std::string> log;
   std::vector<std::int32_t> positions;
   std::string cancel_at;
+  std::function<void(const std::string& line)> on_told;
 
   void OnSetMainAction(const std::string& text) override { Add("main " + text); }
   void OnSetupProgress(std::int32_t max, bool show_count) override {
@@ -52,6 +53,7 @@ class RunListener final : public tmw::UpdaterEvents {
   void Add(const std::string& line) {
     log.push_back(line);
     if (line == cancel_at) is_cancelled_ = true;
+    if (on_told) on_told(line);
   }
 
   bool is_cancelled_ = false;
@@ -103,6 +105,7 @@ class RunTest : public testing::Test {
     front_end_.log.clear();
     listener_ = RunListener();
     listener_.cancel_at = cancel_at_;
+    listener_.on_told = on_told_;
     requests_before_ = server_.Heads().size();
     updated_ = true;
     has_exited_ = false;
@@ -112,7 +115,7 @@ class RunTest : public testing::Test {
     });
     updater.SetOldProductVersion(old_version_);
     try {
-      updater.Execute("TMW", server_.Url(""), "", updated_);
+      updater.Execute("TMW", url_.empty() ? server_.Url("") : url_, fallback_url_, updated_);
     } catch (const tmw::ProgramError& error) {
       front_end_.log.push_back("error|" + error.Description);
     }
@@ -152,6 +155,9 @@ class RunTest : public testing::Test {
   Release release_;
   RunListener listener_;
   std::string cancel_at_;
+  std::function<void(const std::string& line)> on_told_;
+  std::string url_;  // empty: the server's
+  std::string fallback_url_;
   std::string old_version_;
   bool updated_ = false;
   bool has_exited_ = false;  // in favour of the next updater

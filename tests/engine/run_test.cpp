@@ -77,19 +77,6 @@ TEST_F(RunTest, AClientInstallationIsBroughtUpToDate) {
   EXPECT_FALSE(updated_);
 }
 
-TEST_F(RunTest, AnswersAndUnattendedRuns) {
-  Publish();
-  front_end_.answers = {false};
-  EXPECT_EQ(Run().size(), 1U);
-  EXPECT_FALSE(updated_);
-  EXPECT_FALSE(sandbox_.Has("Продукт/help.txt"));
-  tmw::UpdaterSettings settings = tmw::GetUpdaterSettings();
-  settings.NoFinalMessage = true;
-  tmw::SetUpdaterSettings(settings);
-  EXPECT_EQ(Run(), Log{});
-  EXPECT_TRUE(updated_);
-}
-
 TEST_F(RunTest, ASecondRunAfterACancelFetchesOnlyTheRest) {
   Publish();
   cancel_at_ = "sub " + server_.Url("/TMW_3.6.0.2/f2.tmz");
@@ -280,10 +267,6 @@ TEST_F(RunTest, FaultyManifestsAreTold) {
     Run();
     return front_end_.log.at(0);
   };
-  EXPECT_EQ(manifest_of([](Release& r) { r.product = "ABC"; }),
-            kError +
-                "Загруженный файл обновления предназначен для другого программного продукта "
-                "(TMW).");
   EXPECT_EQ(manifest_of([](Release& r) { r.dict = r.user = "Tbl"; }),
             "error|В списке файлов дважды встречается таблица \"Tbl\".");
   EXPECT_EQ(manifest_of([](Release& r) {
@@ -342,15 +325,6 @@ TEST_F(RunTest, TablesAreAnAffairOfTheServerComputer) {
                                 "однако эту операцию следует выполнять с серверного компьютера."});
   EXPECT_TRUE(listener_.Told("sub Справочник: Справочник1"));
   EXPECT_TRUE(listener_.Told("sub Таблица: Таблица1"));
-}
-
-TEST_F(RunTest, ADatabaseInUseEndsTheRun) {
-  Publish();
-  const auto holder =
-      platform::CurrentPorts().database->OpenDatabase(Path("db/Tamrin.mdb"), false, true);
-  ASSERT_EQ(Run().size(), 1U);
-  EXPECT_TRUE(front_end_.log[0].starts_with("error|")) << front_end_.log[0];
-  EXPECT_TRUE(Requests().empty());
 }
 
 TEST_F(RunTest, ComponentsAreRegistered) {

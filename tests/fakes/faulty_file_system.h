@@ -37,8 +37,11 @@ class FaultyFileSystem final : public platform::FileSystem {
   // Answers of the next renames and removals; code 0 lets one through.
   std::deque<Code> rename_codes;
   std::deque<Code> remove_codes;
-  // Changes of the disk that still succeed; then all fail with kBroken, as for a process that dies.
+  // Changes of the disk that still succeed; then all fail with kBroken, as for a process that dies,
+  // or only the next one does.
   std::optional<std::size_t> changes_left;
+  bool fails_once = false;
+  std::size_t failures = 0;
   Code flush_code = 0;
   Code attributes_code = 0;
   std::vector<std::string> log;
@@ -55,8 +58,12 @@ class FaultyFileSystem final : public platform::FileSystem {
     return opened;
   }
   Outcome<Entries> List(const Path& folder) override { return real_.List(folder); }
-  Status CreateFolder(const Path& path) override { return real_.CreateFolder(path); }
-  Status RemoveFolder(const Path& path) override { return real_.RemoveFolder(path); }
+  Status CreateFolder(const Path& path) override {
+    return Do("create folder", 0, [&] { return real_.CreateFolder(path); });
+  }
+  Status RemoveFolder(const Path& path) override {
+    return Do("remove folder", 0, [&] { return real_.RemoveFolder(path); });
+  }
   Status RemoveFile(const Path& path) override {
     return Do("remove", Next(remove_codes), [&] { return real_.RemoveFile(path); });
   }
@@ -92,6 +99,7 @@ class FaultyFileSystem final : public platform::FileSystem {
     }
     Status Write(const void* buffer, std::size_t length) override {
       const std::lock_guard lock(owner_.guard_);
+      if (!owner_.TakeChange()) return Status::Failure(kBroken);
       auto& budget = owner_.write_budget;
       const std::size_t allowed = budget ? std::min(*budget, length) : length;
       if (budget) *budget -= allowed;
@@ -118,9 +126,13 @@ class FaultyFileSystem final : public platform::FileSystem {
 
   bool TakeChange() {
     if (!changes_left) return true;
-    if (*changes_left == 0) return false;
-    --*changes_left;
-    return true;
+    if (*changes_left > 0) {
+      --*changes_left;
+      return true;
+    }
+    ++failures;
+    if (fails_once) changes_left.reset();
+    return false;
   }
 
   static Code Next(std::deque<Code>& codes) {

@@ -1,0 +1,35 @@
+#include "tests/engine/database_run_fixture.h"
+#include "tests/support/linux/small_files_only.h"
+
+namespace tests {
+namespace {
+
+using FullDiskRunTest = DatabaseRunTest;
+
+// Downloads, both databases, the backup and the installation write by ways of their own; each of
+// them meets the end of the room in one of these runs.
+TEST_F(FullDiskRunTest, HoweverFullTheDiskIsTheDatabaseIsTheOldOneOrTheRunSucceeds) {
+  release_.files[0].content = std::string(30'000, 'x');
+  Publish();
+  const std::string kept = sandbox_.Read("db/Tamrin.mdb");
+  int failed = 0;
+  for (rlim_t limit = 2000; !updated_; limit += 4000) {
+    ASSERT_LT(limit, rlim_t{1'000'000});
+    front_end_.answers = {true};
+    {
+      const SmallFilesOnly full_disk(limit);
+      Run();
+    }
+    if (updated_) break;
+    ++failed;
+    EXPECT_NE(front_end_.log, std::vector<std::string>{}) << limit;
+    EXPECT_EQ(sandbox_.Read("db/Tamrin.mdb"), kept) << limit << front_end_.log.back();
+  }
+  EXPECT_GT(failed, 5);
+  EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), kNewBook);
+  EXPECT_EQ(Rows("db/Tamrin.mdb", "Заметки"), "7\r\n");
+  EXPECT_EQ(sandbox_.Read("Продукт/help.txt"), release_.files[0].content);
+}
+
+}  // namespace
+}  // namespace tests

@@ -1,0 +1,222 @@
+#include <filesystem>
+#include <map>
+
+#include "tests/engine/database_run_fixture.h"
+#include "tests/fakes/faulty_file_system.h"
+
+namespace tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kError = "warning|Ошибка загрузки|";
+const std::string kFileError = kError + "Ошибка загрузки файла ";
+const std::string kQuestion = "question|Обновление программы|";
+const std::string kInUse = "question|Файл уже используется|";
+const std::string kPlacing = "sub Установка рабочей базы данных...";
+
+// A server installation that is behind the release, on a disk that can fail.
+class WholeRunTest : public DatabaseRunTest {
+ protected:
+  WholeRunTest() {
+    release_.files.insert(release_.files.begin(), {"Программа.dll", "new program"});
+    good_ = release_;
+    Restore();
+  }
+
+  // As if no run had been tried yet.
+  void Restore() {
+    EndFaults();
+    for (const char* const folder : {"Продукт", "db", "tmp"})
+      fs::remove_all(ToPath(Path(folder)));
+    fs::create_directories(ToPath(Path("tmp")));
+    sandbox_.Write("Продукт/Bin/Программа.dll", "old program");
+    sandbox_.Write("Продукт/help.txt", "old help");
+    sandbox_.Write("db/Tamrin_LastVer.mdb", "old");
+    sandbox_.Write("db/DBUpdates/1.xml", "old");
+    sandbox_.Write("db/Tamrin.mdb", kept_);
+    database_ = kept_;
+  }
+
+  void EndFaults() {
+    holder_.reset();
+    disk_ = std::make_unique<FaultyFileSystem>(real_disk_);
+    ports_->files = disk_.get();
+    for (std::string* const text : {&url_, &fallback_url_, &cancel_at_, &old_version_})
+      text->clear();
+    on_told_ = nullptr;
+    front_end_.answers = {true};
+    release_ = good_;
+    Publish();
+  }
+
+  void When(const std::string& told, std::function<void()> action) {
+    on_told_ = [told, action](const std::string& line) {
+      if (line == told) action();
+    };
+  }
+
+  void HoldDatabase() {
+    holder_ = platform::CurrentPorts().database->OpenDatabase(Path("db/Tamrin.mdb"), false, true);
+  }
+
+  void Damage(const std::string& name, std::size_t length = std::string::npos) {
+    const std::string file = "server/TMW_3.6.2.0/" + name;
+    std::string bytes = sandbox_.Read(file).substr(0, length);
+    bytes[bytes.size() / 2] ^= '\x20';
+    sandbox_.Write(file, bytes);
+  }
+
+  // The list of files stays the old one.
+  void ServeInstead(const std::string& content) {
+    const std::string list = sandbox_.Read("server/TMW_3.6.2.0/_PackageManifest.tmz");
+    release_.files[0].content = content;
+    Publish();
+    sandbox_.Write("server/TMW_3.6.2.0/_PackageManifest.tmz", list);
+  }
+
+  std::map<std::string, std::string> Installed() const {
+    std::map<std::string, std::string> files;
+    for (const char* const folder : {"Продукт", "db"}) {
+      for (const auto& entry : fs::recursive_directory_iterator(ToPath(Path(folder)))) {
+        const std::string path = FromPath(entry.path());
+        if (entry.is_regular_file()) files[path] = tmw::ReadFileBytes(path);
+      }
+    }
+    return files;
+  }
+
+  void RunUnattended() {
+    tmw::UpdaterSettings settings = tmw::GetUpdaterSettings();
+    settings.NoFinalMessage = true;
+    tmw::SetUpdaterSettings(settings);
+    Run();
+    SetMode(false);
+  }
+
+  void ExpectAllNew(const std::string& notes = "7\r\n") const {
+    EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), "new program");
+    EXPECT_EQ(sandbox_.Read("Продукт/help.txt"), "new help");
+    EXPECT_EQ(Rows("db/Tamrin.mdb", "DBVersion"), "3|6|2\r\n");
+    EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), kNewBook);
+    EXPECT_EQ(Rows("db/Tamrin.mdb", "Заметки"), notes);
+    EXPECT_EQ(Rows("db/Tamrin_LastVer.mdb", "DBVersion"), "3|6|2\r\n");
+    EXPECT_EQ(sandbox_.Read("db/DBUpdates/1.xml"), good_.scripts[0].second);
+    EXPECT_TRUE(sandbox_.Has("db/Tamrin_0.zip"));
+    EXPECT_FALSE(sandbox_.Has("db/Tamrin.mdb.new"));
+    EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2/_Installing.txt"));
+  }
+
+  platform::FileSystem& real_disk_ = *ports_->files;
+  std::unique_ptr<FaultyFileSystem> disk_;
+  Release good_;
+  const std::string kept_ = sandbox_.Read("db/Tamrin.mdb");
+  std::string database_;  // what the user database holds until it is replaced
+  std::unique_ptr<platform::Database> holder_;
+};
+
+TEST_F(WholeRunTest, AFailedRunIsToldLeavesTheBooksAloneAndIsMadeGoodByTheNextOne) {
+  const struct {
+    std::string box;  // the last one's beginning
+    std::function<void()> arrange;
+    bool is_touched = false;  // program files are replaced already
+    std::string notes = "7\r\n";
+  } cases[] = {
+      {kFileError + "с информацией о версии:\r\n",
+       [&] { url_ = "http://127.0.0.1:" + std::to_string(UnusedPort()); }},
+      {kError + "Ошибка при обработке архивного файла ",
+       [&] { Damage("_PackageManifest.tmz", 300); }},
+      {kError + "Загруженный файл обновления предназначен для другого программного продукта (TMW).",
+       [&] { release_.product = "ABC", Publish(); }},
+      {kQuestion, [&] { front_end_.answers = {false}; }},
+      {kQuestion, [&] { cancel_at_ = "sub " + server_.Url("/TMW_3.6.2.0/f2.tmz"); }},
+      {kQuestion, [&] { cancel_at_ = "sub Выполнение сценария обновления 3.6.0 -> 3.6.1 ..."; }},
+      {kFileError + "Программа.dll:\r\nКонтрольная", [&] { ServeInstead("new pr0gram"); }},
+      {kFileError + "Программа.dll:\r\nДлина", [&] { ServeInstead("new"); }},
+      {kError + "Ошибка распаковки файла Программа.dll", [&] { Damage("f1.tmz"); }},
+      {kError + "Ошибка распаковки файла Banks.table", [&] { Damage("Banks.table.tmz"); }},
+      {kFileError + server_.Url("/TMW_3.6.2.0/updates.tmz:\r\nКонтрольная сумма"),
+       [&] { Damage("updates.tmz"); }},
+      {kError + "Отсутствует сценарий обновления базы данных для версии 3.6.1.",
+       [&] { release_.scripts.pop_back(), Publish(); }},
+      {"error|", [&] { HoldDatabase(); }},
+      {kInUse, [&] { When("icon scan", [&] { HoldDatabase(); }); }},
+      {"error|Ошибка удаления файла ",
+       [&] {
+         When("icon trash", [&] { disk_->remove_codes.assign(41, FaultyFileSystem::kBusy); });
+       }},
+      {"error|Ошибка копирования файла ",
+       [&] { When("icon install", [&] { disk_->write_budget = 5; }); }, true},
+      {kInUse, [&] { When("icon install", [&] { HoldDatabase(); }); }, true},
+      {"error|Ошибка копирования файла ", [&] { When(kPlacing, [&] { disk_->write_budget = 5; }); },
+       true},
+      {kError + "Пока готовилась новая база данных, другая программа изменила рабочую базу",
+       [&] {
+         When(kPlacing, [&] {
+           Execute(Path("db/Tamrin.mdb"), {"insert into Заметки values (8)"});
+           database_ = sandbox_.Read("db/Tamrin.mdb");
+         });
+       },
+       true, "7\r\n8\r\n"},
+  };
+  for (const auto& c : cases) {
+    Restore();
+    const auto old = Installed();
+    c.arrange();
+    const auto boxes = Run();
+    SCOPED_TRACE(boxes.empty() ? c.box : boxes.back());
+    EXPECT_TRUE(!updated_ && !boxes.empty() && boxes.back().starts_with(c.box)) << c.box;
+    EndFaults();
+    EXPECT_EQ(sandbox_.Read("db/Tamrin.mdb"), database_);
+    EXPECT_TRUE(c.is_touched || Installed() == old);
+    RunUnattended();
+    EXPECT_TRUE(updated_ && front_end_.log.empty());
+    ExpectAllNew(c.notes);
+  }
+}
+
+TEST_F(WholeRunTest, AFallbackServerServesAndARepairMendsWhatIsDamaged) {
+  fs::permissions(ToPath(Path("db/Tamrin.mdb")), fs::perms{0600});
+  const auto rights = fs::status(ToPath(Path("db/Tamrin.mdb"))).permissions();
+  url_ = "http://127.0.0.1:" + std::to_string(UnusedPort());
+  fallback_url_ = server_.Url("");
+  Run();
+  ExpectAllNew();
+  EXPECT_EQ(fs::status(ToPath(Path("db/Tamrin.mdb"))).permissions(), rights);
+  sandbox_.Write("Продукт/Bin/Программа.dll", "new pr0gram");
+  old_version_ = "3.6.2.0";
+  front_end_.answers = {true, true};
+  Run();
+  EXPECT_TRUE(updated_);
+  ExpectAllNew();
+}
+
+// As when the process dies there, and as when that one change is refused.
+TEST_F(WholeRunTest, WhicheverChangeOfTheDiskFailsTheRowsAreWholeAndTheNextRunFinishes) {
+  for (const bool once : {false, true}) {
+    int without_database = 0;
+    bool has_failed = true;
+    for (std::size_t allowed = 0; has_failed; ++allowed) {
+      ASSERT_LT(allowed, 200U);
+      Restore();
+      disk_->fails_once = once;
+      When("icon trash", [&] { disk_->changes_left = allowed; });
+      Run();
+      SCOPED_TRACE(std::to_string(allowed) + front_end_.log.back());
+      has_failed = disk_->failures > 0;
+      EndFaults();
+      const bool is_there = sandbox_.Has("db/Tamrin.mdb");
+      const std::string file = is_there ? "db/Tamrin.mdb" : "db/Tamrin.mdb.new";
+      const bool is_old = is_there && sandbox_.Read(file) == kept_;
+      EXPECT_TRUE(is_old || Rows(file, "Книга") + Rows(file, "Заметки") == kNewBook + "7\r\n");
+      EXPECT_TRUE(is_old || sandbox_.Has("db/Tamrin_0.zip"));
+      if (!is_there) ++without_database;
+      if (has_failed) RunUnattended();
+      ExpectAllNew();
+    }
+    EXPECT_EQ(without_database, 1);
+  }
+}
+
+}  // namespace
+}  // namespace tests
