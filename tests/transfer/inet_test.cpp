@@ -1,5 +1,6 @@
 #include "transfer/inet.h"
 
+#include "foundation/encodings.h"
 #include "tests/support/caught.h"
 #include "tests/support/scripted_server.h"
 #include "tests/transfer/download_fixture.h"
@@ -76,9 +77,10 @@ TEST_F(Inet, ARaisedFailureNamesTheUrlTheStatusAndEveryProcedure) {
 TEST_F(Inet, NamesAreAskedForInPercentEncodedUtf8) {
   std::string text;
   EXPECT_FALSE(TryDownloadFile(server_.Url("/Ставки/№1.tmz"), file_, text));
-  EXPECT_TRUE(server_.Heads().at(0).starts_with(
-      "GET /%D0%A1%D1%82%D0%B0%D0%B2%D0%BA%D0%B8/%E2%84%961.tmz HTTP"))
-      << server_.Heads()[0];
+  // The case of the hexadecimal digits is each library's own.
+  const std::string head = tmw::LowerCase(server_.Heads().at(0));
+  EXPECT_TRUE(head.starts_with("get /%d0%a1%d1%82%d0%b0%d0%b2%d0%ba%d0%b8/%e2%84%961.tmz http"))
+      << head;
 }
 
 TEST_F(Inet, TheSecondUrlIsTriedOnlyWhenTheFirstFailsAndBothFailuresAreTold) {
