@@ -41,6 +41,14 @@ clean_up() {
 }
 trap clean_up EXIT
 trap 'exit 143' INT TERM HUP
+# Before there is a screen: it would end with this server, its last client.
+if [ "$screen" != "$(cat "$WINEPREFIX/.dpi" 2>/dev/null || echo 96)" ]; then
+  wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$screen" /f \
+    >/dev/null 2>&1 9>&-
+  wineserver --kill 9>&- || true
+  wineserver --wait 9>&-
+  echo "$screen" >"$WINEPREFIX/.dpi"
+fi
 DISPLAY=${TMW_WINE_DISPLAY:-}
 if [ -z "$DISPLAY" ]; then
   # -displayfd: the server takes a free number itself. -terminate: it ends with its last client,
@@ -53,12 +61,6 @@ if [ -z "$DISPLAY" ]; then
   DISPLAY=:$number
 fi
 export DISPLAY
-if [ "$screen" != "$(cat "$WINEPREFIX/.dpi" 2>/dev/null || echo 96)" ]; then
-  wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$screen" /f \
-    >/dev/null 2>&1 9>&-
-  wineserver --kill 9>&- || true
-  echo "$screen" >"$WINEPREFIX/.dpi"
-fi
 # In the background: a signal to this script is heard while the program runs.
 wine "$@" <&0 9>&- &
 wait $!

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -21,7 +22,9 @@ std::string FromPath(const fs::path& path) {
 
 Sandbox::Sandbox() {
   std::random_device random;
-  root_ = fs::temp_directory_path() / ToPath("проба " + std::to_string(random()));
+  const char* const parent = std::getenv("TMW_TEST_FOLDER");
+  root_ = parent != nullptr ? fs::path(parent).make_preferred() : fs::temp_directory_path();
+  root_ /= ToPath("проба " + std::to_string(random()));
   fs::create_directories(root_);
 }
 

@@ -7,7 +7,7 @@
 namespace tests {
 
 // Owner of one temporary folder with a Cyrillic name and a blank in it; all real files of a test
-// lie inside and go with it.
+// lie inside and go with it. It stands in $TMW_TEST_FOLDER, else in the folder for temporary files.
 class Sandbox {
  public:
   Sandbox();
