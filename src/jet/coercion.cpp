@@ -187,6 +187,15 @@ DatabaseValue ConvertTo(const DatabaseValue& value, DataType type, std::int32_t 
   }
 }
 
+DatabaseValue ConvertFor(const DatabaseValue& value, const Target& target,
+                         std::int32_t mismatch_number) {
+  try {
+    return ConvertTo(value, target.type, target.size, mismatch_number);
+  } catch (const platform::DatabaseError& error) {
+    Fail(error.Number, ": поле \"" + target.name + "\"");
+  }
+}
+
 void CheckAllowed(const DatabaseValue& value, const Target& target) {
   if (IsNull(value)) {
     if (target.in_primary_key) Fail(kNullInIndex, target.name);

@@ -25,6 +25,10 @@ struct Target {
 platform::DatabaseValue ConvertTo(const platform::DatabaseValue& value, platform::DataType type,
                                   std::int32_t size, std::int32_t mismatch_number);
 
+// Likewise for a field, which the failure names.
+platform::DatabaseValue ConvertFor(const platform::DatabaseValue& value, const Target& target,
+                                   std::int32_t mismatch_number);
+
 // True when a text is not longer than that many UTF-16 units; 0 is no limit.
 bool FitsText(std::string_view text, std::int32_t size);
 

@@ -28,12 +28,8 @@ namespace {
 using Arguments = std::vector<std::string>;
 
 constexpr std::uint32_t kSystemMask = 0x80000003;
-
-// A statement that gives rows.
-bool IsSelect(std::string_view statement) {
-  constexpr std::string_view kSelect = "select";
-  return tmw::EqualIgnoringCase(statement.substr(0, kSelect.size()), kSelect);
-}
+// What executing a statement that only gives rows fails with.
+constexpr std::int32_t kNotAnActionQuery = 3065;
 
 platform::DatabaseEngine& Engine() {
   return *platform::CurrentPorts().database;
@@ -94,14 +90,20 @@ void PrintRows(platform::Database& database, const std::string& statement) {
   }
 }
 
+// The engine itself tells which statements give rows: SELECT … INTO, for one, gives none.
+void RunStatement(platform::Database& database, const std::string& statement) {
+  try {
+    std::cout << database.Execute(statement, true) << " rows\n";
+  } catch (const platform::DatabaseError& error) {
+    if (error.Number != kNotAnActionQuery) throw;
+    PrintRows(database, statement);
+  }
+}
+
 void RunStatements(platform::Database& database, const std::string& script) {
   for (const std::string& statement : tmw::CutStatements(script)) {
     try {
-      if (IsSelect(statement)) {
-        PrintRows(database, statement);
-      } else {
-        std::cout << database.Execute(statement, true) << " rows\n";
-      }
+      RunStatement(database, statement);
     } catch (const platform::DatabaseError& error) {
       throw platform::DatabaseError(error.Number, error.Description + "\n" + statement,
                                     error.Source);

@@ -27,7 +27,8 @@ expect 0 $'0 rows\n1 rows\nИмя\tКод\nS;\tT' \
   run база.mdb 'create table Т ([Имя] text(3), Код bit); insert into Т values (";", yes);; select * from Т'
 expect 1 "1 rows" run база.mdb "insert into Т values ('1', no); insert into Т values ('long', no)"
 errors "insert into Т values ('long', no)"
-expect 0 $'Expr1000\n1' run база.mdb "select count(*) from Т"
+errors ' поле "Имя".'
+expect 0 $'1 rows\n0 rows\nExpr1000\n1' run база.mdb "select * into У from Т; drop table У; select count(*) from Т"
 echo "insert into [Т] values ('[;]', no)" | iconv -t cp1251 >script.sql
 expect 0 "1 rows" run база.mdb --file script.sql
 expect 0 "Т" tables база.mdb

@@ -45,16 +45,14 @@ void To(FunctionCall& call) {
   const auto type = static_cast<DataType>(call.Integer(2));
   if (IsStorable(call, type)) return call.PutArgument(0);
   const std::int64_t flags = call.Integer(4);
-  const DatabaseValue value =
-      ConvertTo(call.Typed(0), type, static_cast<std::int32_t>(call.Integer(3)), kTypeMismatch);
-  if (flags != 2) {
-    Target target;
-    target.name = call.Text(5);
-    target.required = (flags & 1) != 0;
-    target.allow_zero_length = (flags & 2) != 0;
-    target.in_primary_key = (flags & 4) != 0;
-    CheckAllowed(value, target);
-  }
+  const Target target = {std::string(call.Text(5)),
+                         type,
+                         static_cast<std::int32_t>(call.Integer(3)),
+                         (flags & 1) != 0,
+                         (flags & 2) != 0,
+                         (flags & 4) != 0};
+  const DatabaseValue value = ConvertFor(call.Typed(0), target, kTypeMismatch);
+  CheckAllowed(value, target);
   call.PutStored(value, type);
 }
 
