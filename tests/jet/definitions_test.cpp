@@ -81,6 +81,7 @@ TEST_F(DefinitionTest, TablesFieldsAndIndexesAreMadeChangedAndRefused) {
       {"create table B ([a.b] long)", 3125},
       {"create table B (x decimals)", 3292},
       {"create table B (x text(300))", 3163},
+      {"create table B (x counter, y counter)", 3259},
       {"create table B", 3290},
       {"alter table A add column Ещё text(3)", 0},
       {"alter table A add ещё long", 3380},
@@ -170,6 +171,7 @@ TEST_F(DefinitionTest, DefaultsFillNewRowsAndPropertiesAreKept) {
   table.fields.push_back({"Л", DataType::kBoolean, 0, 0, false, false, true});
   db->CreateTable(table);
   EXPECT_EQ(Run("insert into Д (Ч) values (null)"), 0);
+  EXPECT_EQ(Run("alter table Д alter column Т text(9)"), 0);
   EXPECT_EQ(Run("insert into Д (Т) values ('')"), 3315);
   const auto rows = db->OpenRecordset("Д", RecordsetType::kTable);
   rows->AddNew();

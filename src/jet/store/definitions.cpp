@@ -36,9 +36,26 @@ std::string CheckedDefault(const platform::FieldDefinition& field) {
   return text;
 }
 
+bool IsCounter(const platform::FieldDefinition& field) {
+  return (field.attributes & platform::kAutoIncrementField) != 0;
+}
+
+// A table numbers its rows once.
+void RefuseSecondCounter(const TableInfo& table, const platform::FieldDefinition& wanted,
+                         const FieldInfo* replaced) {
+  if (!IsCounter(wanted)) return;
+  for (const FieldInfo& field : table.fields) {
+    if (field.IsAutonumber() && &field != replaced) Fail(kInvalidFieldType, wanted.name);
+  }
+}
+
 void CheckFields(const std::vector<platform::FieldDefinition>& fields, const std::string& table) {
   if (fields.empty()) Fail(kNoFieldsDefined, table);
   if (fields.size() > kMostFields) Fail(kTooManyFields);
+  const auto first = std::find_if(fields.begin(), fields.end(), IsCounter);
+  const auto second =
+      first == fields.end() ? first : std::find_if(first + 1, fields.end(), IsCounter);
+  if (second != fields.end()) Fail(kInvalidFieldType, second->name);
   std::vector<std::string> names;
   for (const platform::FieldDefinition& field : fields)
     names.push_back(tmw::LowerCase(field.name));
@@ -74,8 +91,7 @@ std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
                                       const platform::FieldDefinition& field) {
   CheckName(field.name);
   const std::int32_t size = FieldSize(field.type, field.size, field.name);
-  if ((field.attributes & platform::kAutoIncrementField) != 0 &&
-      field.type != platform::DataType::kLong)
+  if (IsCounter(field) && field.type != platform::DataType::kLong)
     Fail(kInvalidFieldType, field.name);
   const std::string default_text = CheckedDefault(field);
   Statement insert = Prepare(
@@ -139,6 +155,7 @@ void Definitions::DropTable(const TableInfo& table) {
 void Definitions::AddField(const TableInfo& table, const platform::FieldDefinition& field) {
   if (table.FindField(field.name) != nullptr) Fail(kFieldExists, field.name, table.name);
   if (table.fields.size() >= kMostFields) Fail(kTooManyFields);
+  RefuseSecondCounter(table, field, nullptr);
   Connection& storage = session_.Storage();
   const std::int64_t ordinal = storage.ReadInteger(
       "SELECT max(ordinal) + 1 FROM _jet_field WHERE table_id = " + std::to_string(table.id));
@@ -147,7 +164,7 @@ void Definitions::AddField(const TableInfo& table, const platform::FieldDefiniti
   storage.Run("ALTER TABLE " + table.StorageName() + " ADD COLUMN " +
               ColumnSql(column, field.type));
   // Rows that are there get numbers or False; defaults are for new rows only.
-  if ((field.attributes & platform::kAutoIncrementField) != 0) {
+  if (IsCounter(field)) {
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = jet_next_number(" +
                 std::to_string(table.id) + ")");
   } else if (field.type == platform::DataType::kBoolean) {
@@ -171,11 +188,14 @@ void Definitions::ConvertColumn(const TableInfo& table, const FieldInfo& old_fie
 void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
                              platform::FieldDefinition wanted) {
   Relations(session_).RefuseField(field);
+  RefuseSecondCounter(table, wanted, &field);
   Connection& storage = session_.Storage();
   const std::string old_id = std::to_string(field.id);
   wanted.name = field.definition.name;
   wanted.required = wanted.required || field.definition.required;
   wanted.default_value = field.definition.default_value;
+  if (IsTextType(field.definition.type) && IsTextType(wanted.type))
+    wanted.allow_zero_length = field.definition.allow_zero_length;
   const std::int64_t ordinal =
       storage.ReadInteger("SELECT ordinal FROM _jet_field WHERE id = " + old_id);
   FieldInfo made;
@@ -208,7 +228,7 @@ void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
   const TablePtr altered = session_.Tables().FindTable(table.name);
   for (const std::string& index : indexes)
     storage.Run(CreateIndexSql(*altered, *altered->FindIndex(index)));
-  if ((wanted.attributes & platform::kAutoIncrementField) != 0) {
+  if (IsCounter(wanted)) {
     storage.Run("UPDATE _jet_table SET next_number = (SELECT coalesce(max(" + made.column +
                 "), 0) + 1 FROM " + table.StorageName() +
                 ") WHERE id = " + std::to_string(table.id));

@@ -133,7 +133,7 @@ void Recordset::SetValue(std::size_t position, const DatabaseValue& value) {
   const std::size_t index = TableField(position);
   const FieldInfo& field = plan_.table->fields[index];
   if (field.IsAutonumber()) Fail(kFieldNotUpdatable, field.definition.name);
-  buffer_[index] = ConvertTo(value, field.definition.type, field.definition.size, kConversion);
+  buffer_[index] = ConvertFor(value, field.target, kConversion);
 }
 
 void Recordset::RequireUpdatable() const {
@@ -175,11 +175,15 @@ void Recordset::BindBuffered(Statement& statement, int parameter, std::size_t fi
 void Recordset::InsertBuffer() {
   const TableInfo& table = *plan_.table;
   if (!insert_) {
+    // Named: a field that has changed its type lies behind the others.
+    std::string columns;
     std::string parameters;
-    for (std::size_t i = 0; i < table.fields.size(); ++i)
-      parameters += i == 0 ? "?" : ", ?";
-    insert_ = Statement(session_->SharedStorage(),
-                        "INSERT INTO " + table.StorageName() + " VALUES(" + parameters + ")");
+    for (const FieldInfo& field : table.fields) {
+      columns += (columns.empty() ? "" : ", ") + field.column;
+      parameters += parameters.empty() ? "?" : ", ?";
+    }
+    insert_ = Statement(session_->SharedStorage(), "INSERT INTO " + table.StorageName() + "(" +
+                                                       columns + ") VALUES(" + parameters + ")");
   }
   for (std::size_t i = 0; i < table.fields.size(); ++i) {
     const FieldInfo& field = table.fields[i];
