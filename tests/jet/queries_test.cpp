@@ -247,6 +247,9 @@ TEST_F(QueriesTest, ActionsReachThroughJoinsAndSubSelects) {
        "10;11;12"},
       {"delete * from Люди where exists (select 1 from Счета where Чей = [№])", "2"},
       {"delete * from Люди inner join Счета on [№] = Чей", "#3128"},
+      {"delete Люди.*, Ид, Счета.Чей from Люди inner join Счета on [№] = Чей where Ид = 12 -> "
+       "select Имя from Люди",
+       "Анна;Ёлка;Вера"},
       {"delete Люди.*, Счета.* from Люди inner join Счета on [№] = Чей", "#3251"},
       {"delete х.* from (select distinct Город from Люди) as х", "#3086"},
       {"insert into Люди (Имя, Рост) select Вид & Чей, Ид from Счета order by Ид desc -> "

@@ -143,7 +143,7 @@ struct Update {
 };
 
 struct Delete {
-  std::string target;  // of "DELETE t.* FROM", may be empty
+  std::vector<OutputItem> items;  // may be empty
   std::vector<SourcePtr> from;
   ExpressionPtr where;
 };

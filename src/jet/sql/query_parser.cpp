@@ -268,13 +268,12 @@ Delete QueryParser::ReadDelete() {
   tokens_.ExpectKeyword("delete");
   tokens_.TakeKeyword("distinctrow");
   Delete statement;
-  if (tokens_.TakeSymbol("*")) {
-    // every field, which is the same as none
-  } else if (tokens_.AtName()) {
-    statement.target = tokens_.ExpectName();
-    if (!tokens_.TakeSymbol(".")) tokens_.ExpectSymbol("!");
-    tokens_.ExpectSymbol("*");
-    if (tokens_.AtSymbol(",")) FailUnsupported("DELETE из нескольких таблиц");
+  // Fields may stand beside "t.*", which alone says what is deleted from.
+  if (!tokens_.AtKeyword("from")) {
+    do
+      statement.items.push_back(ReadItem());
+    while (tokens_.TakeSymbol(","));
+    if (!tokens_.AtKeyword("from")) tokens_.FailAt("FROM");
   }
   statement.from = ReadFrom();
   statement.where = ReadWhere();

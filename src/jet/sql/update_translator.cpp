@@ -127,6 +127,23 @@ std::string RowOrderOf(const Scope& scope) {
   return order;
 }
 
+// The table of "t.*", or the only one; the fields beside it must be known.
+const ScopeTable* DeleteTarget(const Delete& statement, const Scope& scope,
+                               ExpressionTranslator& translator) {
+  const ScopeTable* target = nullptr;
+  for (const OutputItem& item : statement.items) {
+    if (!item.is_star) translator.Raw(*item.expression);
+    if (item.star_qualifier.empty()) continue;
+    const ScopeTable* const named = scope.FindTable(item.star_qualifier);
+    if (named == nullptr) Fail(kInputTableNotFound, item.star_qualifier);
+    if (target != nullptr && target != named) FailUnsupported("DELETE из нескольких таблиц");
+    target = named;
+  }
+  if (target == nullptr && scope.Tables().size() > 1)
+    Fail(kSyntaxInDelete, "не указана таблица, из которой удаляются записи");
+  return target == nullptr ? &scope.Tables().front() : target;
+}
+
 bool IsOneTable(const std::vector<SourcePtr>& from) {
   return from.size() == 1 && !from.front()->join && !from.front()->select;
 }
@@ -156,13 +173,9 @@ ActionPlan TranslateDelete(const Delete& statement, TableFinder& tables, std::st
   SourceTranslator sources(scope, text);
   const std::string from = sources.Sources(statement.from);
   const bool is_one_table = IsOneTable(statement.from);
-  if (statement.target.empty() && scope.Tables().size() > 1)
-    Fail(kSyntaxInDelete, "не указана таблица, из которой удаляются записи");
-  const ScopeTable* const target =
-      statement.target.empty() ? &scope.Tables().front() : scope.FindTable(statement.target);
-  if (target == nullptr) Fail(kInputTableNotFound, statement.target);
-  if (!target->table || sources.MetComputedRows()) Fail(kCannotDelete);
   ExpressionTranslator translator(scope, text);
+  const ScopeTable* const target = DeleteTarget(statement, scope, translator);
+  if (!target->table || sources.MetComputedRows()) Fail(kCannotDelete);
   const std::string where = WhereSql(statement.where, translator);
   scope.FailOnUnknown();
   if (is_one_table) return {{"DELETE FROM " + from + where}};
