@@ -77,6 +77,11 @@ TEST_F(ExpressionTest, OperatorsHaveJetsPrecedenceTypesAndNulls) {
       {"65536 * 65536", "#6"},
       {"(-2147483647 - 1) \\ -1", "#6"},
       {"3000000000 + 1", "Double 3000000001"},
+      // amounts are exact
+      {"ccur(0.1) + ccur(0.2) = ccur(0.3) and 3 * ccur(0.1) - ccur(0.3) = 0", "True"},
+      {"ccur(0.01) * ccur(0.025) & ccur(-0.015) * ccur(0.03)", "Text 0,0002-0,0004"},
+      {"ccur('922337203685477') + Цена * 80", "#6"},
+      {"ccur('922337203685477') * Цена", "#6"},
       {"1e300 * 1e300", "#6"},
       {"#12/31/9999# + 1", "#6"},
       // comparisons and logic are -1 and 0 as values; And, Or, Xor are no operations on bits

@@ -121,7 +121,7 @@ TEST_F(QueriesTest, GroupsHaveTotalsAndNothingElse) {
       {"select count(Город), count(*), min(Имя), max(Имя), avg(Рост) from Люди",
        "3|4|Анна|Ёлка|1.7"},
       {"select count(*), sum(Рост), min(Имя) from Люди where false", "0|Null|Null"},
-      {"select sum(Сумма) from Счета", "900000000013.6234"},
+      {"select sum(Сумма), sum(Сумма * 2 + 0) from Счета", "900000000013.6234|1800000000027.2468"},
       {"select first(Имя), last(Имя) from Люди", "Анна|Вера"},
       {"select Оклад, first(Имя), last(Имя) from Люди where Оклад > 1 group by Оклад",
        "100.5|Анна|Анна;200.25|Борис|Вера"},

@@ -43,6 +43,8 @@ TypedSql ExpressionTranslator::CallAggregate(const Expression& expression,
   const TypedSql value = Decoded(raw);
   if (value.type == ValueType::kText || value.type == ValueType::kBinary)
     Fail(kTypeMismatch, ": " + std::string(TextOf(expression)));
+  if (function == "sum" && value.type == ValueType::kCurrency)
+    return {"sum(jet_scaled(" + value.sql + "))", ValueType::kStoredCurrency};
   return {function + "(1.0 * " + NumberSql(value) + ")", ValueType::kNumber};
 }
 

@@ -76,6 +76,25 @@ std::string CallSql(std::string_view function, std::string_view first, std::stri
   return std::string(function) + "(" + std::string(first) + ", " + std::string(second) + ")";
 }
 
+// A value of an amount or a whole number in ten-thousandths.
+std::string ScaledSql(const TypedSql& raw) {
+  if (raw.type == ValueType::kStoredCurrency) return raw.sql;
+  return "jet_scaled(" + raw.sql + ")";
+}
+
+// Sums, differences and products of amounts and whole numbers are exact amounts, so that 0.1 + 0.2
+// is 0.3; no text for any other operator.
+TypedSql Amount(Operator op, const TypedSql& a, const TypedSql& b) {
+  TypedSql amount{{}, ValueType::kStoredCurrency};
+  if (op == Operator::kAdd || op == Operator::kSubtract) {
+    amount.sql =
+        "jet_amount(" + ScaledSql(a) + (op == Operator::kAdd ? " + " : " - ") + ScaledSql(b) + ")";
+  } else if (op == Operator::kMultiply) {
+    amount.sql = CallSql("jet_amount_product", ScaledSql(a), ScaledSql(b));
+  }
+  return amount;
+}
+
 // True when every value of the column is one of the field as it lies; Null may come from any
 // column, through an outer join too.
 bool IsCopy(const TypedSql& raw, const Target& target) {
@@ -290,8 +309,14 @@ TypedSql ExpressionTranslator::Unary(const Expression& expression) {
 }
 
 TypedSql ExpressionTranslator::Binary(const Expression& expression) {
-  const TypedSql a = Value(*expression.arguments[0]);
-  const TypedSql b = Value(*expression.arguments[1]);
+  const TypedSql raw_a = Raw(*expression.arguments[0]);
+  const TypedSql raw_b = Raw(*expression.arguments[1]);
+  const TypedSql a = Decoded(raw_a);
+  const TypedSql b = Decoded(raw_b);
+  if (Wider(a.type, b.type) == ValueType::kCurrency) {
+    const TypedSql amount = Amount(expression.op, raw_a, raw_b);
+    if (!amount.sql.empty()) return amount;
+  }
   switch (expression.op) {
     case Operator::kConcatenate:
       return Concatenation(a, b);

@@ -91,6 +91,38 @@ double RoundedAmount(double value, std::int32_t digits) {
   return static_cast<double>(steps * step) / 10000;
 }
 
+// jet_scaled(number): as ten-thousandths.
+void Scaled(FunctionCall& call) {
+  if (call.IsNull(0)) return;
+  std::int64_t amount = 0;
+  if (!ToCurrency(call.Number(0), amount)) Fail(kOverflow);
+  call.PutInteger(amount);
+}
+
+// jet_amount(ten-thousandths): a sum or difference; the engine makes a floating number of one that
+// has no room.
+void Amount(FunctionCall& call) {
+  if (call.IsNull(0)) return;
+  if (!call.IsWhole(0)) Fail(kOverflow);
+  call.PutArgument(0);
+}
+
+// jet_amount_product(ten-thousandths, ten-thousandths), halves to even. Both are split at the
+// decimal point, so that no part of the product is beyond 64 bits unless all of it is.
+void AmountProduct(FunctionCall& call) {
+  constexpr std::int64_t kScale = 10000;
+  constexpr double kMost = 9.2233720368e18;
+  if (call.AnyNull()) return;
+  const std::int64_t a = call.Integer(0);
+  const std::int64_t b = call.Integer(1);
+  if (std::fabs(static_cast<double>(a) * static_cast<double>(b) / kScale) > kMost) Fail(kOverflow);
+  const std::int64_t parts = a % kScale * (b % kScale);
+  std::int64_t product = a / kScale * b + a % kScale * (b / kScale) + parts / kScale;
+  const std::int64_t twice = 2 * std::abs(parts % kScale);
+  if (twice > kScale || (twice == kScale && product % 2 != 0)) product += parts < 0 ? -1 : 1;
+  call.PutInteger(product);
+}
+
 // jet_round(value, its type[, digits])
 void Round(FunctionCall& call) {
   constexpr std::int32_t kMostDigits = 22;
@@ -154,6 +186,8 @@ void Partition(FunctionCall& call) {
 
 constexpr FunctionEntry kFunctions[] = {
     {"jet_abs", Guarded<Absolute>, 1},
+    {"jet_amount", Guarded<Amount>, 1},
+    {"jet_amount_product", Guarded<AmountProduct>, 2},
     {"jet_atn", Guarded<Computed<ArcTangent>>, 1},
     {"jet_cos", Guarded<Computed<Cosine>>, 1},
     {"jet_exp", Guarded<Computed<Exponential>>, 1},
@@ -163,6 +197,7 @@ constexpr FunctionEntry kFunctions[] = {
     {"jet_partition", Guarded<Partition>, 4},
     {"jet_random", Guarded<Random>, -1, false},
     {"jet_round", Guarded<Round>, -1},
+    {"jet_scaled", Guarded<Scaled>, 1},
     {"jet_sgn", Guarded<Sign>, 1},
     {"jet_sin", Guarded<Computed<Sine>>, 1},
     {"jet_sqr", Guarded<Computed<Root>>, 1},
