@@ -35,11 +35,14 @@ std::vector<std::int32_t> NumbersBetween(std::string_view text, char separator) 
 }
 
 bool ReadDay(std::string_view text, tmw::DateParts& parts) {
+  constexpr std::int32_t kCentury = 100;
   for (const char separator : {'.', '/', '-'}) {
     const std::vector<std::int32_t> n = NumbersBetween(text, separator);
     if (n.size() != 3) continue;
-    const bool is_year_first = separator == '-';
+    const bool is_year_first = text.find(separator) == 4;
     parts.year = is_year_first ? n[0] : n[2];
+    const bool is_short = !is_year_first && text.size() - text.rfind(separator) <= 3;
+    if (is_short) parts.year += parts.year < 30 ? 20 * kCentury : 19 * kCentury;
     parts.month = n[1];
     parts.day = is_year_first ? n[2] : n[0];
     return true;

@@ -35,15 +35,15 @@ std::int32_t FullYear(std::int32_t year, bool is_short) {
 }
 
 bool ReadDay(const std::string& text, tmw::DateParts& parts) {
-  if (const auto n = Numbers(text, "-"); n && n->size() == 3 && text.find('-') == 4) {
-    parts.year = (*n)[0];
-    parts.month = (*n)[1];
-    parts.day = (*n)[2];
-    return true;
-  }
   for (const char* const separator : {"/", "-"}) {
     const auto n = Numbers(text, separator);
     if (!n || n->size() != 3) continue;
+    if (text.find(*separator) == 4) {
+      parts.year = (*n)[0];
+      parts.month = (*n)[1];
+      parts.day = (*n)[2];
+      return true;
+    }
     const bool is_day_first = (*n)[0] > 12;
     parts.month = (*n)[is_day_first ? 1 : 0];
     parts.day = (*n)[is_day_first ? 0 : 1];
