@@ -43,19 +43,42 @@ std::string ExpressionTranslator::InSelect(const Expression& value, const Select
   return "(" + left.sql + (may_be_text ? " COLLATE JET" : "") + " IN (" + values.sql + "))";
 }
 
-// A comparison with ANY or ALL of a sub-select's values: unknown when Null leaves it open.
+// A comparison with ANY or ALL of a sub-select's values: unknown when Null leaves it open. Only the
+// least or the greatest of them matters, so that a sub-select that stands for itself is run once.
 std::string ExpressionTranslator::Quantified(const Expression& expression) {
   const Expression& right = *expression.arguments[1];
   const bool is_any = right.quantifier == Quantifier::kAny;
-  if (is_any && expression.op == Operator::kEqual)
-    return InSelect(*expression.arguments[0], *right.select, expression);
+  const bool is_equal = expression.op == Operator::kEqual;
+  const bool is_equality = is_equal || expression.op == Operator::kNotEqual;
+  if (is_equality && is_any == is_equal) {
+    const std::string test = InSelect(*expression.arguments[0], *right.select, expression);
+    return is_equal ? test : "(NOT " + test + ")";
+  }
   const TypedSql left = Raw(*expression.arguments[0]);
   const SelectSql values = OneColumn(*right.select, scope_, statement_);
-  const std::string test = Compare(left, ComparisonSymbol(expression.op),
-                                   {"o0", values.columns.front().type}, expression);
-  return std::string("(SELECT CASE WHEN ") + (is_any ? "max(v) = 1 THEN 1" : "min(v) = 0 THEN 0") +
-         " WHEN count(*) > count(v) THEN NULL ELSE " + (is_any ? "0" : "1") + " END FROM (SELECT " +
-         test + " AS v FROM (" + values.sql + ")))";
+  const ValueType type = values.columns.front().type;
+  const auto test = [&](Operator op, const char* bound) {
+    return Compare(left, ComparisonSymbol(op), {bound, type}, expression);
+  };
+  const bool is_upward =
+      expression.op == Operator::kGreater || expression.op == Operator::kGreaterOrEqual;
+  std::string result;
+  if (is_equality) {
+    // "<> ANY" is the opposite of "= ALL".
+    result = test(Operator::kEqual, "low") + " AND " + test(Operator::kEqual, "high");
+  } else {
+    result = test(expression.op, is_upward == is_any ? "low" : "high");
+  }
+  if (is_any && !is_equality) {
+    result = "total > 0 AND (" + result + " OR CASE WHEN present = total THEN 0 END)";
+  } else {
+    result = "total = 0 OR (" + result + " AND CASE WHEN present = total THEN 1 END)";
+  }
+  const std::string value = "o0" + std::string(CollationOf(type));
+  return std::string(is_equality && is_any ? "(NOT " : "(") +
+         "(WITH s AS MATERIALIZED (SELECT min(" + value + ") AS low, max(" + value +
+         ") AS high, count(*) AS total, count(o0) AS present FROM (" + values.sql + ")) SELECT " +
+         result + " FROM s))";
 }
 
 }  // namespace jet::sql
