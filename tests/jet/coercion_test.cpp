@@ -138,7 +138,7 @@ TEST(Like, FollowsJetsWildcards) {
 TEST(DateLiteral, IsReadMonthFirstUnlessItCannotBe) {
   const struct {
     const char* text;
-    const char* literal;  // empty: refused
+    const char* literal;
   } cases[] = {
       {"1/2/2003", "#01/02/2003#"},
       {"13/2/2003", "#02/13/2003#"},
@@ -152,21 +152,14 @@ TEST(DateLiteral, IsReadMonthFirstUnlessItCannotBe) {
       {"1/2/2003 4:05:06 PM", "#01/02/2003 16:05:06#"},
       {"12:00 am", "#12/30/1899#"},
       {"12:30 pm", "#12/30/1899 12:30:00#"},
-      {"", ""},
-      {"13/13/2003", ""},
-      {"2/30/2003", ""},
-      {"1/2", ""},
-      {"1/2/3/4", ""},
-      {"25:00", ""},
-      {"13:00 pm", ""},
-      {"1/2/2003 x", ""},
-      {"4:05 1/2/2003", ""},
-      {"1.2.2003", ""},
   };
   for (const auto& c : cases) {
     const auto days = jet::sql::ParseDateLiteral(c.text);
     EXPECT_EQ(days ? jet::sql::DateLiteral(*days) : "", c.literal) << c.text;
   }
+  for (const char* const refused : {"", "13/13/2003", "2/30/2003", "1/2", "1/2/3/4", "25:00",
+                                    "13:00 pm", "1/2/2003 x", "4:05 1/2/2003", "1.2.2003"})
+    EXPECT_FALSE(jet::sql::ParseDateLiteral(refused)) << refused;
 }
 
 }  // namespace
