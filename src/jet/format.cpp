@@ -44,28 +44,9 @@ constexpr std::array<NamedPattern, 14> kNamed = {{
     {"short time", "hh:nn"},
 }};
 
-// The sections between ";", quoted and escaped ones apart.
-std::vector<std::string_view> Sections(std::string_view pattern) {
-  std::vector<std::string_view> sections;
-  std::size_t begin = 0;
-  bool is_quoted = false;
-  for (std::size_t i = 0; i < pattern.size(); ++i) {
-    if (pattern[i] == '\\') {
-      ++i;
-    } else if (pattern[i] == '"') {
-      is_quoted = !is_quoted;
-    } else if (pattern[i] == ';' && !is_quoted) {
-      sections.push_back(pattern.substr(begin, i - begin));
-      begin = i + 1;
-    }
-  }
-  sections.push_back(pattern.substr(begin));
-  return sections;
-}
-
-// The marks of a pattern, without what is quoted or escaped.
-std::string BareMarks(std::string_view pattern) {
-  std::string marks;
+// Calls action(position) for each byte of a pattern that is neither quoted nor escaped.
+template <typename Action>
+void ForEachBare(std::string_view pattern, Action action) {
   bool is_quoted = false;
   for (std::size_t i = 0; i < pattern.size(); ++i) {
     if (pattern[i] == '\\') {
@@ -73,9 +54,28 @@ std::string BareMarks(std::string_view pattern) {
     } else if (pattern[i] == '"') {
       is_quoted = !is_quoted;
     } else if (!is_quoted) {
-      marks += pattern[i];
+      action(i);
     }
   }
+}
+
+// The sections between ";", quoted and escaped ones apart.
+std::vector<std::string_view> Sections(std::string_view pattern) {
+  std::vector<std::string_view> sections;
+  std::size_t begin = 0;
+  ForEachBare(pattern, [&](std::size_t i) {
+    if (pattern[i] != ';') return;
+    sections.push_back(pattern.substr(begin, i - begin));
+    begin = i + 1;
+  });
+  sections.push_back(pattern.substr(begin));
+  return sections;
+}
+
+// The marks of a pattern, without what is quoted or escaped.
+std::string BareMarks(std::string_view pattern) {
+  std::string marks;
+  ForEachBare(pattern, [&](std::size_t i) { marks += pattern[i]; });
   return tmw::LowerCase(marks);
 }
 
