@@ -1,8 +1,10 @@
 #include "database/etalon_db.h"
 
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <set>
+#include <vector>
 
 #include "database/access_helpers.h"
 #include "database/compaction.h"
@@ -65,6 +67,23 @@ class TableCreator {
   RowCounts counts_;
 };
 
+// Deletes and takes from the list every table but those that others refer to: they can go when the
+// others have gone. At least one goes, or the failure is raised.
+void DeleteFreeTables(std::vector<std::string>& tables, platform::Database& database) {
+  std::exception_ptr failure;
+  const auto deleted = std::erase_if(tables, [&](const std::string& table) {
+    try {
+      database.DeleteTable(table);
+      return true;
+    } catch (const platform::DatabaseError& error) {
+      if (error.Number != platform::kUsedInRelation) throw;
+      failure = std::current_exception();
+      return false;
+    }
+  });
+  if (deleted == 0) std::rethrow_exception(failure);
+}
+
 bool Build(const DatabaseBuild& build, BuildEvents& events) {
   const std::string path = BuiltReferencePath(build.StructuresFolder);
   events.SetSubAction(database_texts::kCopyingExisting);
@@ -102,9 +121,11 @@ bool DeteleUnnecessaryTables(const DatabaseBuild& build, platform::Database& dat
   std::set<std::string> kept = {kVersionTable};
   for (const WuTableNode& table : *build.Tables)
     kept.insert(LowerCase(table.TableName));
-  for (const std::string& table : OrdinaryTables(database)) {
-    if (!kept.contains(LowerCase(table))) database.DeleteTable(table);
-  }
+  std::vector<std::string> unnecessary = OrdinaryTables(database);
+  std::erase_if(unnecessary,
+                [&](const std::string& table) { return kept.contains(LowerCase(table)); });
+  while (!unnecessary.empty())
+    DeleteFreeTables(unnecessary, database);
   return true;
 } catch (...) {
   ReRaiseError(kModule, "DeteleUnnecessaryTables");

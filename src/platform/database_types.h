@@ -140,6 +140,7 @@ inline constexpr std::int32_t kDiskFull = 3026;
 inline constexpr std::int32_t kDiskError = 3043;
 inline constexpr std::int32_t kFileAlreadyInUse = 3045;
 inline constexpr std::int32_t kItemNotFound = 3265;
+inline constexpr std::int32_t kUsedInRelation = 3281;
 inline constexpr std::int32_t kOpenedExclusively = 3356;
 
 }  // namespace platform

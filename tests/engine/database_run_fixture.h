@@ -26,7 +26,9 @@ class DatabaseRunTest : public RunTest {
          "insert into DBVersion values (3, 6, 0)", "create table Banks (Код long, Имя text(20))",
          "insert into Banks values (1, 'Банк')", "create table Книга (Ид long, Сумма currency)",
          "insert into Книга values (1, 10.5)", "insert into Книга values (2, -3)",
-         "create table Заметки (Ид long)", "insert into Заметки values (7)"});
+         "create table Заметки (Ид long)", "insert into Заметки values (7)",
+         "create table Архив (Ид long constraint Ключ primary key)",
+         "create table Журнал (Ид long constraint Связь references Архив (Ид))"});
     release_.version = "3.6.2.0";
     release_.files = {{"help.txt", "new help", "{p}"}};
     release_.dict = "Banks";
