@@ -17,6 +17,9 @@ class BuildEvents {
   virtual bool CancelPressed() = 0;
   // An expected failure, told to the user before a step returns false.
   virtual void DownloadError(const std::string& message) = 0;
+  // The working copy of the user database has been made: what is written to the original from now
+  // on is not in it. Nothing of the building opens the original for writing afterwards.
+  virtual void OnUserDatabaseCopied() = 0;
 
  protected:
   ~BuildEvents() = default;

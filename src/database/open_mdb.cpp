@@ -14,6 +14,7 @@ namespace tmw {
 namespace {
 
 constexpr const char* kModule = "KsUpdater";
+constexpr const char* kUserDatabase = "базы данных";
 constexpr int kSilentRetries = 10;
 constexpr std::int32_t kSilentWait = 1000;  // milliseconds
 constexpr std::int32_t kAskedWait = 500;
@@ -67,9 +68,13 @@ std::unique_ptr<platform::Database> OpenMdb(const std::string& path, const std::
 }
 
 std::unique_ptr<platform::Database> GetUserDB() try {
-  return OpenMdb(database_utils::GetUserDBFileName(), "базы данных", true, false);
+  return OpenMdb(database_utils::GetUserDBFileName(), kUserDatabase, true, false);
 } catch (...) {
   ReRaiseError(kModule, "GetUserDB");
+}
+
+std::unique_ptr<platform::Database> GetUserDBForReading() {
+  return OpenMdb(database_utils::GetUserDBFileName(), kUserDatabase, true, true);
 }
 
 }  // namespace tmw

@@ -16,4 +16,7 @@ std::unique_ptr<platform::Database> OpenMdb(const std::string& path, const std::
 // The user database, exclusively, for reading and writing; the update run's way to it.
 std::unique_ptr<platform::Database> GetUserDB();
 
+// The same for reading only, which leaves the file as it is, byte for byte.
+std::unique_ptr<platform::Database> GetUserDBForReading();
+
 }  // namespace tmw

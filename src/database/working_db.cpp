@@ -23,7 +23,7 @@ constexpr const char* kModule = "KsUpdater";
 
 // Everything but the dictionaries that have just been replaced.
 bool ExpectUserRows(const std::set<std::string>& replaced, RowCounts& counts) {
-  const auto user_database = GetUserDB();
+  const auto user_database = GetUserDBForReading();
   if (!user_database) return false;
   for (const auto& [table, rows] : CountAllRows(*user_database)) {
     if (!replaced.contains(LowerCase(table))) counts.Expect(table, rows);
@@ -35,6 +35,7 @@ bool Build(const DatabaseBuild& build, BuildEvents& events) {
   const std::string path = BuiltWorkingPath(build.ScriptsFolder);
   events.SetSubAction(database_texts::kMakingTemporaryCopy);
   CopyUserDatabase(path);
+  events.OnUserDatabaseCopied();
   if (events.CancelPressed()) return false;
   events.SetSubAction(database_texts::kOpening);
   const auto database = OpenMdb(path, database_texts::kWorkingCopy, true, false);

@@ -1,7 +1,6 @@
 #include <algorithm>
-#include <optional>
-#include <utility>
 
+#include "database/access_helpers.h"
 #include "database/database_paths.h"
 #include "database/etalon_db.h"
 #include "database/working_db.h"
@@ -11,6 +10,7 @@
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "packages/hash_api.h"
 
 namespace tmw {
 namespace {
@@ -56,13 +56,15 @@ bool KsUpdater::BuildEtalonDB() try {
 }
 
 bool KsUpdater::BuildWorkingDB() try {
-  // Before the copy is made, so that no row comes in unnoticed between the two.
-  auto rows = CountUserRows();
-  if (!rows) return false;
-  user_rows_ = *std::move(rows);
   return tmw::BuildWorkingDB(MakeDatabaseBuild(), *this);
 } catch (...) {
   ReRaiseError(kModule, "BuildWorkingDB");
+}
+
+void KsUpdater::OnUserDatabaseCopied() try {
+  user_database_hash_ = GetFileHash(database_utils::GetUserDBFileName());
+} catch (...) {
+  ReRaiseError(kModule, "OnUserDatabaseCopied");
 }
 
 bool KsUpdater::BackupUserDB() try {
@@ -82,7 +84,7 @@ bool KsUpdater::CopyNewUserDB() try {
   SetSubAction(engine_texts::kPlacingWorking);
   const DatabaseBuild build = MakeDatabaseBuild();
   const bool result = ReplaceUserDatabase(BuiltWorkingPath(release_.Scripts), build.TargetVersion,
-                                          user_rows_, *this);
+                                          user_database_hash_, *this);
   if (result) {
     SetSubAction(engine_texts::kPlacingScripts);
     PlaceScripts(release_.Scripts);

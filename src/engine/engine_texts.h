@@ -188,9 +188,9 @@ inline constexpr const char* kPlacingReference = "Установка справ�
 inline constexpr const char* kPlacingWorking = "Установка рабочей базы данных...";
 inline constexpr const char* kPlacingScripts = "Установка скриптов обновления...";
 inline constexpr const char* kDatabaseChanged =
-    "Пока готовилась новая база данных, другая программа изменила рабочую базу данных: в ее "
-    "таблицах стало другое количество строк. Рабочая база данных оставлена без изменений. Закройте "
-    "все программы, работающие с этой базой данных, и запустите обновление еще раз.";
+    "Пока готовилась новая база данных, другая программа изменила рабочую базу данных. "
+    "Рабочая база данных оставлена без изменений. Закройте все программы, работающие с этой базой "
+    "данных, и запустите обновление еще раз.";
 inline constexpr const char* kNewDatabase = "новой базы данных";
 
 inline std::string BackupFailed(const std::string& reason) {

@@ -25,11 +25,15 @@ bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersi
   return false;
 }
 
-// Rows and not the file's bytes or time: opening the database may change those.
-bool IsUnchanged(const TableRows& rows, BuildEvents& events) {
-  const auto now = CountUserRows();
-  if (now && *now != rows) events.DownloadError(engine_texts::kDatabaseChanged);
-  return now == rows;
+// Alone with it first: who has it open could still write. Bytes and not rows: a changed amount
+// leaves their number as it was.
+bool IsUnchanged(const std::string& hash, BuildEvents& events) {
+  const auto database = GetUserDBForReading();
+  if (!database) return false;
+  database->Close();
+  if (GetFileHash(database_utils::GetUserDBFileName()) == hash) return true;
+  events.DownloadError(engine_texts::kDatabaseChanged);
+  return false;
 }
 
 }  // namespace
@@ -45,7 +49,7 @@ void ForgetUnusedCopy() {
 }
 
 bool PackUserDatabase(BuildEvents& events) {
-  const auto database = GetUserDB();
+  const auto database = GetUserDBForReading();
   if (!database) return false;
   const DbVersion version = GetDataBaseVersion(*database);
   database->Close();
@@ -61,14 +65,8 @@ bool PackUserDatabase(BuildEvents& events) {
   return result == 0;
 }
 
-std::optional<TableRows> CountUserRows() {
-  const auto database = GetUserDB();
-  if (!database) return std::nullopt;
-  return CountAllRows(*database);
-}
-
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
-                         const TableRows& rows, BuildEvents& events) {
+                         const std::string& hash, BuildEvents& events) {
   const std::string database = database_utils::GetUserDBFileName();
   const std::string copy = NewUserDatabasePath();
   CopyFile(built, copy);
@@ -78,7 +76,7 @@ bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_versi
   }
   // A file that somebody has open can be deleted on some systems; what he writes would be lost.
   if (IsFileExists(database)) {
-    if (!IsUnchanged(rows, events)) {
+    if (!IsUnchanged(hash, events)) {
       DeleteFile(copy, true);
       return false;
     }

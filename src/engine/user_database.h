@@ -1,11 +1,9 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "database/build_events.h"
 #include "database/db_version.h"
-#include "database/table_lookup.h"
 
 // The user database's change to the next one. Its rows exist whole at every moment, in one of two
 // files: the next one is copied completely beside the old one and checked, then the old one is
@@ -23,13 +21,10 @@ void ForgetUnusedCopy();
 // user has been told.
 bool PackUserDatabase(BuildEvents& events);
 
-// How many rows the tables of the user database have. None: the user has been told.
-std::optional<TableRows> CountUserRows();
-
-// rows: as counted before the built one was made; a user database that has others now has been
-// written to since, and stays. The built one goes when the new one is in its place. False, with the
-// old one in its place: the user has been told.
+// hash: the user database's, as the built one was made from it; a file that has another one now has
+// been written to since, and stays. The built one goes when the new one is in its place. False,
+// with the old one in its place: the user has been told.
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
-                         const TableRows& rows, BuildEvents& events);
+                         const std::string& hash, BuildEvents& events);
 
 }  // namespace tmw

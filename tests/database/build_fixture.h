@@ -74,6 +74,8 @@ class BuildTest : public testing::Test, protected tmw::BuildEvents {
     front_end.log.push_back("told|" + message);
   }
 
+  void OnUserDatabaseCopied() override {}
+
   Sandbox sandbox;
   ScopedPorts ports;
   HandClock clock;

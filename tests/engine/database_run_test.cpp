@@ -51,5 +51,15 @@ TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
   EXPECT_FALSE(updated_);
 }
 
+TEST_F(DatabaseRunTest, AnAmountThatIsChangedWhileTheFilesAreInstalledIsKept) {
+  Publish();
+  on_told_ = [this](const std::string& line) {
+    if (line == "icon install")
+      Execute(Path("db/Tamrin.mdb"), {"update Книга set Сумма = 11 where Ид = 1"});
+  };
+  EXPECT_TRUE(Run().back().starts_with("warning|Ошибка загрузки|Пока готовилась новая база"));
+  EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|11\r\n2|-3\r\n");
+}
+
 }  // namespace
 }  // namespace tests
