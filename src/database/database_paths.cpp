@@ -2,7 +2,7 @@
 
 #include "database/access_helpers.h"
 #include "foundation/contract_names.h"
-#include "foundation/file_names.h"
+#include "foundation/file_utils.h"
 #include "startup/services/product_settings.h"
 
 namespace tmw {
@@ -30,8 +30,12 @@ std::string BuiltWorkingPath(const std::string& scripts_folder) {
   return JoinPath(scripts_folder, UserDatabase().FileName());
 }
 
+std::string UserDatabasePlace() {
+  return FollowLinks(database_utils::GetUserDBFileName());
+}
+
 std::string NewUserDatabasePath() {
-  return database_utils::GetUserDBFileName() + std::string(names::kNewDatabaseEnding);
+  return UserDatabasePlace() + std::string(names::kNewDatabaseEnding);
 }
 
 std::string BackupPath(std::int32_t build_number) {

@@ -14,6 +14,10 @@ std::string InstalledReferencePath();
 // "Tamrin.mdb" in the release's scripts folder.
 std::string BuiltWorkingPath(const std::string& scripts_folder);
 
+// Where the user database's file lies: what its name leads to when that is a link. This is the
+// place where the file is changed for the next one.
+std::string UserDatabasePlace();
+
 // The new user database beside the old one. Under this name there is only ever a complete copy.
 std::string NewUserDatabasePath();
 

@@ -39,7 +39,7 @@ bool IsUnchanged(const std::string& hash, BuildEvents& events) {
 }  // namespace
 
 void MendUserDatabase() {
-  const std::string database = database_utils::GetUserDBFileName();
+  const std::string database = UserDatabasePlace();
   const std::string copy = NewUserDatabasePath();
   if (IsFileExists(copy) && !IsFileExists(database)) MoveFile(copy, database);
 }
@@ -67,7 +67,7 @@ bool PackUserDatabase(BuildEvents& events) {
 
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
                          const std::string& hash, BuildEvents& events) {
-  const std::string database = database_utils::GetUserDBFileName();
+  const std::string database = UserDatabasePlace();
   const std::string copy = NewUserDatabasePath();
   CopyFile(built, copy);
   if (!IsGoodCopy(copy, built, target_version, events)) {

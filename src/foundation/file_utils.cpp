@@ -32,10 +32,13 @@ platform::FileSystem& Files() {
   return *platform::CurrentPorts().files;
 }
 
+[[noreturn]] void RaiseAccessError(const std::string& path, platform::SystemCode code) {
+  RaiseApiErrorWithMessage("Ошибка обращения к файлу " + Quoted(path) + ":", code);
+}
+
 platform::FileFacts Examine(const std::string& path) {
   const auto facts = Files().Examine(path);
-  if (!facts)
-    RaiseApiErrorWithMessage("Ошибка обращения к файлу " + Quoted(path) + ":", facts.code);
+  if (!facts) RaiseAccessError(path, facts.code);
   return facts.value;
 }
 
@@ -95,6 +98,14 @@ bool IsFolderExists(const std::string& path) try {
   return Examine(path).kind == FileKind::kFolder;
 } catch (...) {
   ReRaiseError(kModule, "IsFolderExists");
+}
+
+std::string FollowLinks(const std::string& path) try {
+  const auto followed = Files().FollowLinks(path);
+  if (!followed) RaiseAccessError(path, followed.code);
+  return followed.value;
+} catch (...) {
+  ReRaiseError(kModule, "FollowLinks");
 }
 
 std::int64_t GetFileLength(const std::string& path) try {

@@ -15,6 +15,9 @@ namespace tmw {
 bool IsFileExists(const std::string& path);
 bool IsFolderExists(const std::string& path);
 
+// What a link leads to; path itself when it is none. Nothing need be there.
+std::string FollowLinks(const std::string& path);
+
 // Bytes.
 std::int64_t GetFileLength(const std::string& path);
 

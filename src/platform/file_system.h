@@ -95,6 +95,10 @@ class FileSystem {
   // give is left out. Windows: nothing to do, a file inherits its folder's rights.
   virtual Status CopyRights(const std::string& source, const std::string& target) = 0;
 
+  // What the links that path itself is lead to, or path when it is none; nothing need be there.
+  // Folders above may still be links. Windows: a link that leads nowhere stands for itself.
+  virtual Outcome<std::string> FollowLinks(const std::string& path) = 0;
+
   // Makes a path absolute against the current folder and takes "." and ".." out; nothing is read
   // from the disk.
   virtual Outcome<std::string> MakeAbsolute(const std::string& path) = 0;

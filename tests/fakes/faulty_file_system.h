@@ -77,6 +77,7 @@ class FaultyFileSystem final : public platform::FileSystem {
   Status CopyRights(const Path& source, const Path& target) override {
     return Do("rights", 0, [&] { return real_.CopyRights(source, target); });
   }
+  Outcome<Path> FollowLinks(const Path& path) override { return real_.FollowLinks(path); }
   Outcome<Path> MakeAbsolute(const Path& path) override { return real_.MakeAbsolute(path); }
   Outcome<Path> TemporaryFolder() override { return real_.TemporaryFolder(); }
   Status FlushFolder(const Path& folder) override {

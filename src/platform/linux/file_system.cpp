@@ -19,6 +19,7 @@ namespace {
 constexpr mode_t kPermissionBits = 0777;
 constexpr mode_t kNewFileMode = 0666;
 constexpr mode_t kNewCopyMode = 0600;
+constexpr int kMostLinks = 40;  // as the kernel itself follows
 constexpr mode_t kAllWriteBits = S_IWUSR | S_IWGRP | S_IWOTH;
 
 struct DescriptorTraits {
@@ -209,6 +210,27 @@ class LinuxFileSystem final : public FileSystem {
       if (!owned) return owned;
     }
     return AsFarAsPossible(chmod(Name(target), status.st_mode & kPermissionBits));
+  }
+
+  Outcome<std::string> FollowLinks(const std::string& path) override {
+    std::string followed = path;
+    for (int links = 0; links < kMostLinks; ++links) {
+      char target[PATH_MAX];
+      const ssize_t length = readlink(Name(followed), target, sizeof target);
+      if (length < 0) {
+        const bool is_no_link = errno == EINVAL || MeansMissing(errno);
+        return is_no_link ? Outcome<std::string>::Success(std::move(followed))
+                          : Outcome<std::string>::Failure(errno);
+      }
+      // A relative one starts from the folder of the link.
+      if (target[0] == '/') {
+        followed.clear();
+      } else {
+        followed.erase(followed.rfind('/') + 1);
+      }
+      followed.append(target, static_cast<std::size_t>(length));
+    }
+    return Outcome<std::string>::Failure(ELOOP);
   }
 
   Outcome<std::string> MakeAbsolute(const std::string& path) override {

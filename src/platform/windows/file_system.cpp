@@ -13,6 +13,8 @@ namespace {
 // Folders get no names beyond this length through an ordinary path (a file of 8.3 must still fit).
 constexpr std::size_t kLongPath = 240;
 
+constexpr DWORD kLongestPath = 32768;
+
 constexpr DWORD kReadOnly = FILE_ATTRIBUTE_READONLY;
 
 // What a copy takes over from its source.
@@ -87,11 +89,24 @@ FileFacts MakeFacts(DWORD attributes, DWORD size_high, DWORD size_low) {
   return facts;
 }
 
+// None when it leads nowhere.
+FileHandle OpenLinkTarget(const std::wstring& path) {
+  return FileHandle(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
+// Without the prefix that the system puts before it; empty on failure.
+std::wstring PathOfHandle(const FileHandle& handle) {
+  std::wstring path(kLongestPath, L'\0');
+  path.resize(GetFinalPathNameByHandleW(handle.Get(), path.data(), kLongestPath, 0));
+  if (path.starts_with(L"\\\\?\\UNC\\")) return L"\\" + path.substr(7);
+  return path.starts_with(L"\\\\?\\") ? path.substr(4) : path;
+}
+
 // What a link leads to; kOther when it leads nowhere.
 FileFacts FactsOfLinkTarget(const std::wstring& path) {
-  const FileHandle handle(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  const FileHandle handle = OpenLinkTarget(path);
   BY_HANDLE_FILE_INFORMATION found{};
   if (!handle || !GetFileInformationByHandle(handle.Get(), &found)) {
     FileFacts facts;
@@ -273,6 +288,18 @@ class WindowsFileSystem final : public FileSystem {
 
   Status CopyRights(const std::string& /*source*/, const std::string& /*target*/) override {
     return Status::Success();
+  }
+
+  Outcome<std::string> FollowLinks(const std::string& path) override {
+    const std::wstring native = Native(path);
+    const DWORD attributes = GetFileAttributesW(native.c_str());
+    const bool is_link =
+        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    const FileHandle handle = is_link ? OpenLinkTarget(native) : FileHandle();
+    if (!handle) return Outcome<std::string>::Success(path);
+    const std::wstring followed = PathOfHandle(handle);
+    if (followed.empty()) return Outcome<std::string>::Failure(LastError());
+    return Outcome<std::string>::Success(FromWide(followed));
   }
 
   Outcome<std::string> MakeAbsolute(const std::string& path) override {

@@ -1,8 +1,12 @@
+#include <filesystem>
+
 #include "tests/engine/database_run_fixture.h"
 #include "tests/support/linux/small_files_only.h"
 
 namespace tests {
 namespace {
+
+namespace fs = std::filesystem;
 
 using FullDiskRunTest = DatabaseRunTest;
 
@@ -10,6 +14,11 @@ using FullDiskRunTest = DatabaseRunTest;
 // them meets the end of the room in one of these runs.
 TEST_F(FullDiskRunTest, HoweverFullTheDiskIsTheDatabaseIsTheOldOneOrTheRunSucceeds) {
   release_.files[0].content = std::string(30'000, 'x');
+  // The database lies elsewhere, and stays there.
+  const fs::path link = ToPath(Path("db/Tamrin.mdb"));
+  fs::create_directories(ToPath(Path("Учет")));
+  fs::rename(link, ToPath(Path("Учет/2026.mdb")));
+  fs::create_symlink(ToPath("../Учет/2026.mdb"), link);
   Publish();
   const std::string kept = sandbox_.Read("db/Tamrin.mdb");
   int failed = 0;
@@ -26,8 +35,9 @@ TEST_F(FullDiskRunTest, HoweverFullTheDiskIsTheDatabaseIsTheOldOneOrTheRunSuccee
     EXPECT_EQ(sandbox_.Read("db/Tamrin.mdb"), kept) << limit << front_end_.log.back();
   }
   EXPECT_GT(failed, 5);
-  EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), kNewBook);
-  EXPECT_EQ(Rows("db/Tamrin.mdb", "Заметки"), "7\r\n");
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_EQ(Rows("Учет/2026.mdb", "Книга"), kNewBook);
+  EXPECT_EQ(Rows("Учет/2026.mdb", "Заметки"), "7\r\n");
   EXPECT_EQ(sandbox_.Read("Продукт/help.txt"), release_.files[0].content);
 }
 
