@@ -21,6 +21,13 @@ class BuildEvents {
   // on is not in it. Nothing of the building opens the original for writing afterwards.
   virtual void OnUserDatabaseCopied() = 0;
 
+  // Takes both texts and the bar away.
+  void ClearProgress() {
+    SetMainAction("");
+    SetSubAction("");
+    SetupProgress(0, false);
+  }
+
  protected:
   ~BuildEvents() = default;
 };

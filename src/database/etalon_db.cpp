@@ -111,9 +111,7 @@ bool Build(const DatabaseBuild& build, BuildEvents& events) {
 bool BuildEtalonDB(const DatabaseBuild& build, BuildEvents& events) {
   events.SetMainAction(database_texts::kBuildingReference);
   const bool result = Build(build, events);
-  events.SetMainAction("");
-  events.SetSubAction("");
-  events.SetupProgress(0, false);
+  events.ClearProgress();
   return result;
 }
 

@@ -55,9 +55,7 @@ bool Build(const DatabaseBuild& build, BuildEvents& events) {
 bool BuildWorkingDB(const DatabaseBuild& build, BuildEvents& events) {
   events.SetMainAction(database_texts::kBuildingWorking);
   const bool result = Build(build, events);
-  events.SetMainAction("");
-  events.SetSubAction("");
-  events.SetupProgress(0, false);
+  events.ClearProgress();
   return result;
 }
 

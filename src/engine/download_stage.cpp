@@ -39,9 +39,7 @@ bool KsUpdater::DownloadNecessaryFiles() try {
   progress_position_ = 0;
   const bool result = DownloadFiles() && (GetUpdaterSettings().IsClientInstallation ||
                                           (DownloadTables() && DownloadDatabasePackages()));
-  SetMainAction("");
-  SetSubAction("");
-  SetupProgress(0, false);
+  ClearProgress();
   downloader_.reset();
   return result;
 } catch (...) {

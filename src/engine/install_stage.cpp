@@ -70,49 +70,45 @@ void CleanupFolder(const std::string& folder) {
 
 }  // namespace
 
-bool KsUpdater::UninstallOldFiles() try {
-  SetMainAction(engine_texts::kRemovingOld);
-  const auto needed = std::count_if(files_.begin(), files_.end(),
-                                    [](const WuFileNode& file) { return file.NeedUpdate; });
-  SetupProgress(static_cast<std::int32_t>(needed), false);
-  MarkInstallation(release_, version_id_);
+// Counted on the bar. False: a step has told the user why the run ends.
+bool KsUpdater::HandleFiles(const char* action, bool (*is_concerned)(const WuFileNode& file),
+                            const std::function<bool(const WuFileNode& file)>& step) {
+  SetMainAction(action);
+  const auto concerned = std::count_if(files_.begin(), files_.end(), is_concerned);
+  SetupProgress(static_cast<std::int32_t>(concerned), false);
   std::int32_t count = 0;
   for (const WuFileNode& file : files_) {
-    if (!file.NeedUpdate) continue;
+    if (!is_concerned(file)) continue;
     SetSubAction(file.OrigName);
-    UninstallFile(file);
+    if (!step(file)) return false;
     SetProgress(++count);
   }
-  SetMainAction("");
-  SetSubAction("");
-  SetupProgress(0, false);
+  ClearProgress();
   return true;
+}
+
+bool KsUpdater::UninstallOldFiles() try {
+  MarkInstallation(release_, version_id_);
+  return HandleFiles(
+      engine_texts::kRemovingOld, [](const WuFileNode& file) { return file.NeedUpdate; },
+      [](const WuFileNode& file) {
+        UninstallFile(file);
+        return true;
+      });
 } catch (...) {
   ReRaiseError(kModule, "UninstallOldFiles");
 }
 
 bool KsUpdater::InstallNewFiles() try {
-  SetMainAction(engine_texts::kInstalling);
-  const auto handled = std::count_if(files_.begin(), files_.end(), [](const WuFileNode& file) {
-    return file.NeedUpdate || file.IsCom;
-  });
-  SetupProgress(static_cast<std::int32_t>(handled), false);
-  std::int32_t count = 0;
-  for (const WuFileNode& file : files_) {
-    if (!file.NeedUpdate && !file.IsCom) continue;
-    SetSubAction(file.OrigName);
-    if (file.NeedUpdate) {
-      if (!InstallFile(release_, file)) return false;
-    } else {
-      // An unchanged component is registered again; that it fails is nothing new.
-      static_cast<void>(DoRegisterDll(InstalledPath(file), true));
-    }
-    SetProgress(++count);
-  }
-  SetMainAction("");
-  SetSubAction("");
-  SetupProgress(0, false);
-  return true;
+  return HandleFiles(
+      engine_texts::kInstalling,
+      [](const WuFileNode& file) { return file.NeedUpdate || file.IsCom; },
+      [this](const WuFileNode& file) {
+        if (file.NeedUpdate) return InstallFile(release_, file);
+        // An unchanged component is registered again; that it fails is nothing new.
+        static_cast<void>(DoRegisterDll(InstalledPath(file), true));
+        return true;
+      });
 } catch (...) {
   ReRaiseError(kModule, "InstallNewFiles");
 }

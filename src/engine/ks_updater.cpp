@@ -150,9 +150,7 @@ bool KsUpdater::Initialize() try {
   const SplitName parts = SplitFileName(database);
   database_folder_ = parts.Folder;
   database_name_ = parts.FileName();
-  SetMainAction("");
-  SetSubAction("");
-  SetupProgress(0, false);
+  ClearProgress();
   return true;
 } catch (...) {
   ReRaiseError(kModule, "Initialize");

@@ -116,6 +116,8 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   void OnCheckCancel(bool& is_cancelled) override;
 
   // install_stage.cpp
+  bool HandleFiles(const char* action, bool (*is_concerned)(const WuFileNode& file),
+                   const std::function<bool(const WuFileNode& file)>& step);
   bool UninstallOldFiles();
   bool InstallNewFiles();
   void CleanupTempFolders();

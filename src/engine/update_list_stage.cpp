@@ -29,9 +29,7 @@ bool KsUpdater::BuildUpdateList() try {
     AddChecked(download_volume_, scripts_package_.PackSize);
     AddChecked(download_volume_, structures_package_.PackSize);
   }
-  SetMainAction("");
-  SetSubAction("");
-  SetupProgress(0, false);
+  ClearProgress();
   return result;
 } catch (...) {
   ReRaiseError(kModule, "BuildUpdateList");
