@@ -207,6 +207,13 @@ inline std::string NewDatabaseTooOld(const std::string& version) {
          ", который меньше номера версии обновления. Рабочая база данных не изменена.";
 }
 
+inline std::string CopyNotNamed(const std::string& reason, const std::string& copy,
+                                const std::string& database) {
+  return reason + kBreak + kBreak +
+         "Новая рабочая база данных со всеми вашими записями лежит в файле \"" + copy +
+         "\". Запустите обновление еще раз: оно даст ей имя \"" + database + "\".";
+}
+
 // Installing.
 inline constexpr const char* kRemovingOld = "Удаление старых компонент...";
 inline constexpr const char* kInstalling = "Установка новых компонент...";

@@ -4,6 +4,7 @@
 #include "database/database_paths.h"
 #include "database/open_mdb.h"
 #include "engine/engine_texts.h"
+#include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "packages/hash_api.h"
 #include "packages/tm_zipper.h"
@@ -34,6 +35,18 @@ bool IsUnchanged(const std::string& hash, BuildEvents& events) {
   if (GetFileHash(database_utils::GetUserDBFileName()) == hash) return true;
   events.DownloadError(engine_texts::kDatabaseChanged);
   return false;
+}
+
+// The old one is gone: whoever reads of the failure must learn where his rows are.
+void GiveCopyItsName(const std::string& copy, const std::string& database) {
+  try {
+    MoveFile(copy, database);
+  } catch (...) {
+    const ProgramError error = CurrentError();
+    if (!IsFileExists(copy)) throw;
+    throw ProgramError(error.Number, engine_texts::CopyNotNamed(error.Description, copy, database),
+                       error.Source);
+  }
 }
 
 }  // namespace
@@ -83,7 +96,7 @@ bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_versi
     CopyRights(database, copy);
     DeleteFileRepeatedly(database);
   }
-  MoveFile(copy, database);
+  GiveCopyItsName(copy, database);
   DeleteFile(built);
   return true;
 }

@@ -61,7 +61,7 @@ TEST_F(WorkingDbTest, ScriptsRunInTheOrderOfTheirVersionsOrEndTheBuild) {
        "",
        "1|Sодин\r\n2|S1.1\r\n"},
       {{first(Sql("\r\n ; insert into T values (2, 'a;\"b') ;\t\r\n insert into T ([Ид], "
-                  "[Имя]) values (3, \"c';d\");;")),
+                  "[Имя]) values (3, \"c';d\"); create table [к;'л] (а long);")),
         last},
        "",
        "1|Sодин\r\n2|Sa;\"b\r\n3|Sc';d\r\n"},
