@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -36,7 +37,10 @@ Exit codes: 0 done, 1 failed (the reason is on standard error), 2 wrong usage.
 )";
 
 int Run(const std::vector<std::string>& arguments) {
-  if (!arguments.empty() && (arguments[0] == "--help" || arguments[0] == "-h")) {
+  const auto has = [&](const char* option) {
+    return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
+  };
+  if (has("--help") || has("-h")) {
     std::cout << kHelp;
     return EXIT_SUCCESS;
   }

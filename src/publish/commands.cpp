@@ -208,11 +208,48 @@ ExitCode RunDiff(Arguments arguments) {
 struct Command {
   const char* name;
   ExitCode (*run)(Arguments);
+  const char* help;
 };
 
-constexpr Command kCommands[] = {{"publish", RunPublish}, {"check", RunCheck}, {"diff", RunDiff}};
+constexpr Command kCommands[] = {
+    {"publish", RunPublish,
+     R"(  tmpublish publish DESCRIPTION         make a release and announce it
+      --product FOLDER                  the product's files
+      --database FILE                   the reference database
+      --scripts FOLDER                  the update scripts (*.xml)
+      --output FOLDER                   what the web server offers; older releases stay
+      --replace                         ... even over a release of the same version
+)"},
+    {"check", RunCheck,
+     R"(  tmpublish check FOLDER|URL            read the announced release as the updater will and report
+                                        every fault
+      --from VERSION                    ... with scripts for databases of this version (3.5.0) on
+)"},
+    {"diff", RunDiff,
+     R"(  tmpublish diff OLD NEW                what a user of the release OLD downloads to get NEW; each is
+                                        a release's folder (TMW_3.6.0.2) or its address, or a
+                                        server's, which stands for the release it announces
+)"}};
+
+constexpr const char* kHelpHead =
+    "tmpublish - makes releases for the update server and checks them\n\n";
+constexpr const char* kHelpTail = R"(  tmpublish --help | --version
+
+      --json                            with any command: one JSON object on standard output
+Exit codes: 0 done, 1 faults found (they are listed; nothing is published), 2 wrong usage,
+3 failed or stopped (the reason is on standard error). docs/publishing.md describes DESCRIPTION.
+)";
 
 }  // namespace
+
+std::string HelpFor(const std::string& command) {
+  std::string commands;
+  for (const Command& known : kCommands) {
+    if (command == known.name) return std::string(kHelpHead) + known.help + kHelpTail;
+    commands += known.help;
+  }
+  return kHelpHead + commands + kHelpTail;
+}
 
 ExitCode RunCommand(std::vector<std::string> arguments) {
   if (arguments.empty()) throw UsageError("no command");

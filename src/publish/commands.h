@@ -20,6 +20,9 @@ enum ExitCode {
   kFailed = 3,
 };
 
+// How the command is used, or every command when the name is none's.
+std::string HelpFor(const std::string& command);
+
 // Runs the command that the arguments name (without the program's own name) and prints what it has
 // to say.
 ExitCode RunCommand(std::vector<std::string> arguments);

@@ -1,39 +1,42 @@
+#include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
 
 #include "foundation/command_line.h"
 #include "foundation/error_handling.h"
+#include "foundation/text.h"
 #include "foundation/version.h"
 #include "platform/host.h"
 #include "platform/ports.h"
 #include "platform/processes.h"
 #include "publish/commands.h"
+#include "publish/json.h"
+#include "publish/stop.h"
 
 namespace {
 
-constexpr const char* kHelp = R"(tmpublish - makes releases for the update server and checks them
+// The second time the system's own way: at once.
+void Stop(int number) {
+  publish::is_stop_wanted = true;
+  std::signal(number, SIG_DFL);
+}
 
-  tmpublish publish DESCRIPTION         make a release and announce it
-      --product FOLDER                  the product's files
-      --database FILE                   the reference database
-      --scripts FOLDER                  the update scripts (*.xml)
-      --output FOLDER                   what the web server offers; older releases stay
-      --replace                         ... even over a release of the same version
-  tmpublish check FOLDER|URL            read the announced release as the updater will and report
-                                        every fault
-      --from VERSION                    ... with scripts for databases of this version (3.5.0) on
-  tmpublish diff OLD NEW                what a user of the release OLD downloads to get NEW; each is
-                                        the folder of a release (TMW_3.6.0.2)
-  tmpublish --help | --version
-
-      --json                            with any command: one JSON object on standard output
-Exit codes: 0 done, 1 faults found (they are listed; nothing is published), 2 wrong usage,
-3 failed (the reason is on standard error). docs/publishing.md describes DESCRIPTION.
-)";
+// Tells why nothing came of the command: people on standard error, machines besides in the answer.
+void Complain(const std::string& text, bool is_json) {
+  std::cerr << "tmpublish: " << text << '\n';
+  if (!is_json) return;
+  publish::JsonWriter json;
+  json.Text("error", text);
+  std::cout << json.Finish();
+}
 
 int Run(const std::vector<std::string>& arguments) {
-  if (!arguments.empty() && (arguments[0] == "--help" || arguments[0] == "-h")) {
-    std::cout << kHelp;
+  const auto has = [&](const char* option) {
+    return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
+  };
+  if (has("--help") || has("-h")) {
+    std::cout << publish::HelpFor(arguments[0]);
     return publish::kDone;
   }
   if (!arguments.empty() && arguments[0] == "--version") {
@@ -45,11 +48,13 @@ int Run(const std::vector<std::string>& arguments) {
     std::cout.flush();
     return std::cout ? code : publish::kFailed;
   } catch (const publish::UsageError& error) {
-    std::cerr << "tmpublish: " << error.what() << "; see tmpublish --help\n";
+    Complain(error.what() + std::string("; see tmpublish --help"), has("--json"));
     return publish::kWrongUsage;
   } catch (...) {
     const tmw::ProgramError error = tmw::CurrentError();
-    std::cerr << "tmpublish: error " << error.Number << ": " << error.Description << '\n';
+    Complain("error " + std::to_string(error.Number) + ": " +
+                 tmw::TrimCharacters(error.Description, tmw::kCrLf),
+             has("--json"));
     return publish::kFailed;
   }
 }
@@ -59,6 +64,11 @@ int Run(const std::vector<std::string>& arguments) {
 int main(int argc, char** argv) {
   const auto host = platform::MakeHost(argc, argv);
   platform::CurrentPorts() = host->MakePorts();
+  for (const int number : {SIGINT, SIGTERM}) {
+    // A run in the background ignores them from the start: the terminal's Ctrl+C is not meant for
+    // it.
+    if (std::signal(number, Stop) == SIG_IGN) std::signal(number, SIG_IGN);
+  }
   // Taken from the port: it has them in UTF-8 on both systems.
   return Run(tmw::SplitCommandLine(platform::CurrentPorts().processes->OwnArguments()));
 }

@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include "publish/stop.h"
+
 namespace publish {
 
 Progress::~Progress() {
@@ -9,6 +11,7 @@ Progress::~Progress() {
 }
 
 void Progress::Begin(const std::string& step, std::size_t parts) {
+  ThrowIfStopped();
   Clear();
   const std::lock_guard lock(guard_);
   step_ = step;
@@ -19,6 +22,7 @@ void Progress::Begin(const std::string& step, std::size_t parts) {
 }
 
 void Progress::Advance() {
+  ThrowIfStopped();
   const std::lock_guard lock(guard_);
   ++done_;
   const std::size_t percent = parts_ == 0 ? 100 : done_ * 100 / parts_;

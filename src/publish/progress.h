@@ -14,7 +14,7 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress();
 
-  // Begins a step of that many parts.
+  // Begins a step of that many parts. Raises when the user has broken the run off, as Advance does.
   void Begin(const std::string& step, std::size_t parts);
 
   // One part is done. May be called on any thread.

@@ -41,8 +41,7 @@ class Building {
       : root_(root), place_(tmw::JoinPath(root, ReleaseFolder(version))), folder_(place_ + ".new") {
     tmw::CreateFolderIfAbsent(folder_);
     Lock();
-    // An interrupted exchange of releases is taken back.
-    if (tmw::IsFolderExists(Old()) && !tmw::IsFolderExists(place_)) Rename(Old(), place_);
+    TakeExchangeBack();
     for (const std::string& leftover : {Release(), Work(), Old()})
       RemoveTree(leftover);
     tmw::CreateFolderIfAbsent(Release());
@@ -51,8 +50,9 @@ class Building {
   Building(const Building&) = delete;
   Building& operator=(const Building&) = delete;
   ~Building() {
-    lock_ = nullptr;
     try {
+      TakeExchangeBack();
+      lock_ = nullptr;
       RemoveTree(folder_);
     } catch (const std::exception&) {
       // The next run takes it away.
@@ -72,6 +72,11 @@ class Building {
 
  private:
   std::string Old() const { return tmw::JoinPath(folder_, "old"); }
+
+  // The older release of this version, when its place has not been taken.
+  void TakeExchangeBack() const {
+    if (tmw::IsFolderExists(Old()) && !tmw::IsFolderExists(place_)) Rename(Old(), place_);
+  }
 
   void Lock() {
     const std::string file = tmw::JoinPath(folder_, "lock");
@@ -116,6 +121,11 @@ void RequireInputs(const PublishOptions& options) {
   }
 }
 
+bool IsWithin(const std::string& path, const std::string& folder) {
+  const std::string start = tmw::JoinPath(folder, "");
+  return tmw::JoinPath(path, "").starts_with(start);
+}
+
 PublishedRelease Summary(const Manifest& manifest, std::size_t scripts) {
   PublishedRelease made;
   made.version = manifest.version;
@@ -133,6 +143,9 @@ PublishedRelease Summary(const Manifest& manifest, std::size_t scripts) {
 
 PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faults& faults) {
   RequireInputs(options);
+  const std::string root = tmw::GetAbsoluteFileName(options.output);
+  if (IsWithin(root, tmw::GetAbsoluteFileName(options.product)))
+    faults.Add(root, "It lies in the product's folder: the next release would contain this one.");
   Description description;
   if (!ReadDescription(options.description, description, faults)) return {};
   std::vector<ProductFile> files = CollectProductFiles(options.product, description, faults);
@@ -141,7 +154,6 @@ PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faul
   CheckChain(scripts, description.oldest_database, description.version, faults);
   ReferenceTables reference(options.database);
   std::vector<TableRecord> tables = reference.Choose(description, faults);
-  const std::string root = tmw::GetAbsoluteFileName(options.output);
   const std::string place = tmw::JoinPath(root, ReleaseFolder(description.version));
   if (!options.may_replace && tmw::IsFolderExists(place))
     faults.Add(place, "This version has been published already.");
