@@ -57,14 +57,20 @@ std::string OrderIndex(const platform::TableDefinition& table) {
 std::string ExportTableToString(const std::string& table, bool structure_only,
                                 platform::Database* database) try {
   platform::Database& source = database != nullptr ? *database : database_utils::GetCachedUserDB();
-  const platform::TableDefinition definition = source.Table(table);
   StringAccumulator text;
-  ExportTableHeader(definition, text);
-  if (!structure_only) ExportTableRows(definition, text, source);
-  text.AddLine("EndTable");
+  ExportTable(table, structure_only, source, text);
   return text.TakeText();
 } catch (...) {
   ReRaiseError(kModule, "ExportTableToString");
+}
+
+// Without a frame of its own: the chain of procedures is that of the export to a string.
+void ExportTable(const std::string& table, bool structure_only, platform::Database& database,
+                 StringAccumulator& text) {
+  const platform::TableDefinition definition = database.Table(table);
+  ExportTableHeader(definition, text);
+  if (!structure_only) ExportTableRows(definition, text, database);
+  text.AddLine("EndTable");
 }
 
 void ExportTableHeader(const platform::TableDefinition& table, StringAccumulator& text) try {

@@ -18,6 +18,10 @@ namespace tmw {
 std::string ExportTableToString(const std::string& table, bool structure_only,
                                 platform::Database* database);
 
+// The same text into an accumulator, which may hand it on.
+void ExportTable(const std::string& table, bool structure_only, platform::Database& database,
+                 StringAccumulator& text);
+
 void ExportTableHeader(const platform::TableDefinition& table, StringAccumulator& text);
 void ExportTableFields(const platform::TableDefinition& table, StringAccumulator& text);
 void ExportTableIndexes(const platform::TableDefinition& table, StringAccumulator& text);

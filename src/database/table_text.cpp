@@ -37,8 +37,19 @@ std::optional<std::int32_t> ReadSize(std::string_view digits) {
 
 }  // namespace
 
-std::string_view TableTextReader::Peek(const char* expected) const {
-  const std::size_t end = text_.find(kCrLf, position_);
+bool TableTextReader::ReadPiece() {
+  const std::string piece = source_ ? source_() : "";
+  if (piece.empty()) return false;
+  held_.erase(0, position_);
+  position_ = 0;
+  text_ = held_ += piece;
+  return true;
+}
+
+std::string_view TableTextReader::Peek(const char* expected) {
+  std::size_t end = text_.find(kCrLf, position_);
+  while (end == std::string_view::npos && ReadPiece())
+    end = text_.find(kCrLf, position_);
   if (end == std::string_view::npos) RaiseProgramError(database_texts::UnexpectedEnd(expected));
   return text_.substr(position_, end - position_);
 }
@@ -147,7 +158,7 @@ void TableTextReader::ReadEnd() {
   const std::string_view line = Take("EndTable");
   if (line != kEndTable)
     RaiseProgramError(database_texts::ExpectedLine("EndTable", std::string(line)));
-  if (position_ == text_.size()) return;
+  if (position_ == text_.size() && !ReadPiece()) return;
   ++line_;
   RaiseProgramError(database_texts::TextBehindEnd());
 }

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/database_types.h"
@@ -13,8 +15,15 @@ namespace tmw {
 // error 1001 with the reason; Line() then is the line to blame.
 class TableTextReader {
  public:
+  // Gives the next piece of a text, whatever its length; an empty one at the end.
+  using Source = std::function<std::string()>;
+
   // The text must outlive the reader.
   explicit TableTextReader(std::string_view text) : text_(text) {}
+  // Holds no more of the text than a piece and a line.
+  explicit TableTextReader(Source source) : source_(std::move(source)) {}
+  TableTextReader(const TableTextReader&) = delete;
+  TableTextReader& operator=(const TableTextReader&) = delete;
 
   // The structure; to be called first.
   platform::TableDefinition ReadStructure();
@@ -22,7 +31,8 @@ class TableTextReader {
   // Behind the structure: true when rows follow.
   bool ReadRowsOpener();
 
-  // The next row's DB strings, as many as the table has fields; false at the rows' end.
+  // The next row's DB strings, as many as the table has fields, valid until the next call; false at
+  // the rows' end.
   bool ReadRow(std::vector<std::string_view>& values);
 
   // Behind the rows, or the structure when there are none.
@@ -34,12 +44,15 @@ class TableTextReader {
   std::size_t IndexLine(std::size_t i) const { return index_lines_[i]; }
 
  private:
-  std::string_view Peek(const char* expected) const;
+  bool ReadPiece();
+  std::string_view Peek(const char* expected);
   std::string_view Take(const char* expected);
   void ReadField(std::string_view line, platform::TableDefinition& table) const;
   void ReadIndex(std::string_view line, platform::TableDefinition& table) const;
 
-  std::string_view text_;
+  Source source_;
+  std::string held_;       // what has been read of the source and not yet been passed
+  std::string_view text_;  // the whole text, or what is held
   std::size_t position_ = 0;
   std::size_t line_ = 0;
   std::size_t field_count_ = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -8,19 +10,40 @@
 
 namespace tmw {
 
-// An appendable text buffer.
+// An appendable text buffer. One with a taker hands its text on whenever it has grown long, and so
+// stays short itself.
 class StringAccumulator {
  public:
-  void Add(std::string_view text) { text_.append(text); }
-  void AddLine(std::string_view text) { text_.append(text).append(kCrLf); }
+  using Taker = std::function<void(std::string_view)>;
+
+  StringAccumulator() = default;
+  explicit StringAccumulator(Taker taker) : taker_(std::move(taker)) {}
+
+  void Add(std::string_view text) {
+    text_.append(text);
+    if (taker_ && text_.size() >= kLong) HandOn();
+  }
+  void AddLine(std::string_view text) {
+    text_.append(text);
+    Add(kCrLf);
+  }
 
   const std::string& Text() const { return text_; }
 
   // Hands the whole text over; the accumulator is empty afterwards.
   std::string TakeText() { return std::exchange(text_, {}); }
 
+  // Gives the taker what it has not had yet.
+  void HandOn() {
+    taker_(text_);
+    text_.clear();
+  }
+
  private:
+  static constexpr std::size_t kLong = 256U << 10U;
+
   std::string text_;
+  Taker taker_;
 };
 
 }  // namespace tmw

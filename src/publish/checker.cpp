@@ -95,15 +95,14 @@ class Checker {
     const auto unpacked = Unpack(*fetched, table.name + std::string(tmw::names::kTableEnding),
                                  scratch, table.name, faults);
     if (!unpacked) return;
-    const std::string text = tmw::ReadUnicodeFileToString(*unpacked);
-    if (HashOfText(text) != table.hash)
+    const std::string hash = CheckTableFile(*unpacked, table, faults);
+    if (hash != table.hash)
       faults.Add(table.name, "The hash of its text differs from the manifest's.");
-    if (HashOfFile(*unpacked) != HashOfText(text)) {
+    if (HashOfFile(*unpacked) != hash) {
       faults.Add(table.name,
                  "Its file is not just the text in UTF-16 (a byte-order mark?): an interrupted "
                  "update would download it again.");
     }
-    CheckTableText(text, table, faults);
   }
 
   // Leaves the package's files in the scratch folder; false when there are none to look at.
@@ -248,7 +247,7 @@ class ServerCheck {
     if (!tmw::IsFileExists(file)) {
       faults_.Add(table.name, "The package of structures has no " + name + ".");
     } else {
-      CheckTableText(ReadTableFile(file), table, faults_);
+      CheckStructureFile(file, table, faults_);
     }
   }
 

@@ -5,7 +5,6 @@
 #include <span>
 
 #include "foundation/api_errors.h"
-#include "foundation/encodings.h"
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
@@ -13,6 +12,7 @@
 #include "packages/sha256.h"
 #include "platform/file_system.h"
 #include "platform/ports.h"
+#include "publish/stop.h"
 
 namespace publish {
 namespace {
@@ -77,11 +77,10 @@ void RemoveTree(const std::string& folder) {
 }
 
 void WriteWholeFile(const std::string& path, std::string_view bytes) {
-  auto opened = Files().Open(path, platform::FileMode::kWriteNew);
-  Require({opened.ok, opened.code}, "write", path);
-  Require(opened.value->Write(bytes.data(), bytes.size()), "write", path);
-  Require(opened.value->Flush(), "write", path);
-  Require(opened.value->Close(), "write", path);
+  const auto file = OpenToWrite(path);
+  WritePiece(*file, bytes, path);
+  Require(file->Flush(), "write", path);
+  CloseWritten(*file, path);
 }
 
 void ReplaceFile(const std::string& path, std::string_view bytes) {
@@ -91,16 +90,42 @@ void ReplaceFile(const std::string& path, std::string_view bytes) {
   Require(Files().FlushFolder(tmw::SplitFileName(path).Folder), "replace", path);
 }
 
-std::string HashOfFile(const std::string& path) {
+std::unique_ptr<platform::File> OpenToRead(const std::string& path) {
   auto opened = Files().Open(path, platform::FileMode::kRead);
   Require({opened.ok, opened.code}, "read", path);
+  return std::move(opened.value);
+}
+
+std::size_t ReadPiece(platform::File& file, char* buffer, std::size_t length,
+                      const std::string& path) {
+  const auto got = file.Read(buffer, length);
+  Require({got.ok, got.code}, "read", path);
+  return got.value;
+}
+
+std::unique_ptr<platform::File> OpenToWrite(const std::string& path) {
+  auto opened = Files().Open(path, platform::FileMode::kWriteNew);
+  Require({opened.ok, opened.code}, "write", path);
+  return std::move(opened.value);
+}
+
+void WritePiece(platform::File& file, std::string_view bytes, const std::string& path) {
+  Require(file.Write(bytes.data(), bytes.size()), "write", path);
+}
+
+void CloseWritten(platform::File& file, const std::string& path) {
+  Require(file.Close(), "write", path);
+}
+
+std::string HashOfFile(const std::string& path) {
+  const auto file = OpenToRead(path);
   std::vector<char> buffer(256U << 10U);
   tmw::Sha256Stream stream;
   for (;;) {
-    const auto got = opened.value->Read(buffer.data(), buffer.size());
-    Require({got.ok, got.code}, "read", path);
-    if (got.value == 0) return TextOf(stream);
-    stream.Update(buffer.data(), got.value);
+    ThrowIfStopped();
+    const std::size_t got = ReadPiece(*file, buffer.data(), buffer.size(), path);
+    if (got == 0) return TextOf(stream);
+    stream.Update(buffer.data(), got);
   }
 }
 
@@ -108,10 +133,6 @@ std::string HashOfBytes(std::string_view bytes) {
   tmw::Sha256Stream stream;
   stream.Update(bytes.data(), bytes.size());
   return TextOf(stream);
-}
-
-std::string HashOfText(std::string_view utf8) {
-  return HashOfBytes(tmw::Utf16ToBytes(tmw::Utf8ToUtf16(utf8)));
 }
 
 ScratchFolder::ScratchFolder(const std::string& parent) {

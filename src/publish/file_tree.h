@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/file_system.h"
 
 namespace publish {
 
@@ -20,12 +24,18 @@ void WriteWholeFile(const std::string& path, std::string_view bytes);
 // new.
 void ReplaceFile(const std::string& path, std::string_view bytes);
 
+// Files piece by piece; the path is for the error. 0 bytes are the end. A written file is closed,
+// so that no failure goes unseen.
+std::unique_ptr<platform::File> OpenToRead(const std::string& path);
+std::size_t ReadPiece(platform::File& file, char* buffer, std::size_t length,
+                      const std::string& path);
+std::unique_ptr<platform::File> OpenToWrite(const std::string& path);
+void WritePiece(platform::File& file, std::string_view bytes, const std::string& path);
+void CloseWritten(platform::File& file, const std::string& path);
+
 // SHA-256 as text, read piece by piece.
 std::string HashOfFile(const std::string& path);
 std::string HashOfBytes(std::string_view bytes);
-
-// Of the text's UTF-16 code units, as the updater judges table texts.
-std::string HashOfText(std::string_view utf8);
 
 // A folder for files of one run; it goes with the object.
 class ScratchFolder {

@@ -19,6 +19,7 @@
 #include "packages/rar_archive.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
+#include "publish/unicode_text.h"
 #include "publish/workers.h"
 
 namespace publish {
@@ -29,6 +30,17 @@ constexpr std::int64_t kLargestNumber = std::numeric_limits<std::int32_t>::max()
 void CheckSize(std::int64_t length, const std::string& place, Faults& faults) {
   if (length > kLargestNumber)
     faults.Add(place, "It is longer than the 2147483647 bytes that the updater can count.");
+}
+
+// One file that cannot be read is told like any other fault, with the rest of them.
+bool CheckReadable(const std::string& file, const std::string& place, Faults& faults) {
+  try {
+    OpenToRead(file);
+    return true;
+  } catch (const tmw::ProgramError& error) {
+    faults.Add(place, tmw::TrimCharacters(error.Description, tmw::kCrLf));
+    return false;
+  }
 }
 
 }  // namespace
@@ -76,18 +88,16 @@ void ReleaseBuilder::AddTables(ReferenceTables& reference, std::vector<TableReco
   const std::string table_file = tmw::JoinPath(work_, "table");
   for (TableRecord& table : tables) {
     if (!tmw::CheckFileName(table.name).IsAccepted()) continue;  // told with the whole list
-    const std::string text = reference.TextOf(table, faults);
     if (table.is_user) {
       const std::string file = tmw::JoinPath(work_, "s" + std::to_string(structures.size()));
-      WriteWholeFile(file, TableFileBytes(text));
+      reference.WriteText(table, file, faults);
       structures.emplace_back(file, table.name + std::string(tmw::names::kTableStructureEnding));
     } else {
-      WriteWholeFile(table_file, TableFileBytes(text));
+      table.hash = reference.WriteText(table, table_file, faults);
       const PackageRecord package =
           PackTogether(TablePackage(table.name),
                        {{table_file, table.name + std::string(tmw::names::kTableEnding)}});
       table.server_length = package.length;
-      table.hash = HashOfText(text);
     }
     progress_.Advance();
   }
@@ -127,6 +137,7 @@ void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
 
 void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& faults) const {
   FileRecord& record = file.record;
+  if (!CheckReadable(file.source, file.path, faults)) return;
   if (record.length > tmw::StoredRarWriter::kLargestFile) {
     CheckSize(record.length, file.path, faults);
     return;
@@ -162,6 +173,7 @@ void ReleaseBuilder::TakeReadyPackage(ProductFile& file, const std::string& scra
     faults.Add(file.path, "A ready-made package cannot have pack method 2.");
     return;
   }
+  if (!CheckReadable(file.ready_package, file.path, faults)) return;
   record.hash = HashOfFile(file.source);
   const std::string target = PathOf(record.server_name);
   tmw::CopyFile(file.ready_package, target);
@@ -179,7 +191,7 @@ void ReleaseBuilder::TakeReadyPackage(ProductFile& file, const std::string& scra
 
 // Installed files are judged by the hash of their bytes, whatever the pack method was.
 void ReleaseBuilder::CheckText(const ProductFile& file, Faults& faults) const {
-  if (HashOfText(tmw::ReadUnicodeFileToString(file.source)) == file.record.hash) return;
+  if (UnicodeText(file.source).Hash() == file.record.hash) return;
   faults.Add(file.path,
              "It is no UTF-16 text without a byte-order mark: with pack method 3 every run of the "
              "updater would download it again.");

@@ -12,7 +12,10 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "platform/ports.h"
+#include "publish/file_tree.h"
 #include "publish/release_names.h"
+#include "publish/stop.h"
+#include "publish/unicode_text.h"
 
 namespace publish {
 namespace {
@@ -40,6 +43,17 @@ void ReadText(tmw::TableTextReader& reader, const TableRecord& table) {
       static_cast<void>(tmw::DBStringToVariant(value));
   }
   reader.ReadEnd();
+}
+
+void CheckText(tmw::TableTextReader& reader, const TableRecord& table, Faults& faults) {
+  try {
+    ReadText(reader, table);
+  } catch (...) {
+    ThrowIfStopped();
+    faults.Add(table.name, "The updater could not import it: line " +
+                               std::to_string(reader.Line()) + ": " +
+                               tmw::CurrentError().Description);
+  }
 }
 
 }  // namespace
@@ -74,34 +88,34 @@ std::vector<TableRecord> ReferenceTables::Choose(const Description& description,
   return dictionaries;
 }
 
-std::string ReferenceTables::TextOf(const TableRecord& table, Faults& faults) {
-  const std::string text = tmw::ExportTableToString(table.name, table.is_user, database_.get());
-  Faults found;
-  CheckTableText(text, table, found);
-  faults.Append(found);
-  return found.IsEmpty() ? text : "";
+std::string ReferenceTables::WriteText(const TableRecord& table, const std::string& file,
+                                       Faults& faults) {
+  const auto opened = OpenToWrite(file);
+  tmw::StringAccumulator text([&](std::string_view piece) {
+    ThrowIfStopped();
+    WritePiece(*opened, tmw::Utf16ToBytes(tmw::Utf8ToUtf16(piece)), file);
+  });
+  tmw::ExportTable(table.name, table.is_user, *database_, text);
+  text.HandOn();
+  CloseWritten(*opened, file);
+  return CheckTableFile(file, table, faults);
 }
 
-void CheckTableText(const std::string& text, const TableRecord& table, Faults& faults) {
-  tmw::TableTextReader reader(text);
-  try {
-    ReadText(reader, table);
-  } catch (...) {
-    faults.Add(table.name, "The updater could not import it: line " +
-                               std::to_string(reader.Line()) + ": " +
-                               tmw::CurrentError().Description);
-  }
+std::string CheckTableFile(const std::string& path, const TableRecord& table, Faults& faults) {
+  UnicodeText text(path);
+  tmw::TableTextReader reader([&] { return text.Next(); });
+  CheckText(reader, table, faults);
+  return text.Hash();
 }
 
-std::string ReadTableFile(const std::string& path) {
+void CheckStructureFile(const std::string& path, const TableRecord& table, Faults& faults) {
   // A text begins with "Table:", so that a zero in its second byte, like a mark, means UTF-16.
   const std::string bytes = tmw::ReadFileBytes(path);
   const bool is_utf16 = bytes.starts_with("\xFF\xFE") || (bytes.size() > 1 && bytes[1] == '\0');
-  return is_utf16 ? tmw::ReadUnicodeFileToString(path) : tmw::ReadFileToString(path);
-}
-
-std::string TableFileBytes(const std::string& text) {
-  return tmw::Utf16ToBytes(tmw::Utf8ToUtf16(text));
+  const std::string text =
+      is_utf16 ? tmw::ReadUnicodeFileToString(path) : tmw::ReadFileToString(path);
+  tmw::TableTextReader reader(text);
+  CheckText(reader, table, faults);
 }
 
 }  // namespace publish

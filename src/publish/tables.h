@@ -21,22 +21,20 @@ class ReferenceTables {
   // names. A table that no rule matches is a fault.
   std::vector<TableRecord> Choose(const Description& description, Faults& faults);
 
-  // The text of a table; a user table's is its structure. A table that the format cannot carry is a
-  // fault, and the text is empty.
-  std::string TextOf(const TableRecord& table, Faults& faults);
+  // Writes the text of a table into a file: UTF-16 without a byte-order mark, so that an
+  // interrupted update recognises a verified copy by the hash of its bytes. A user table's text is
+  // its structure. A table that the format cannot carry is a fault. Gives the hash.
+  std::string WriteText(const TableRecord& table, const std::string& file, Faults& faults);
 
  private:
   std::unique_ptr<platform::Database> database_;
 };
 
-// Reads a table's text as the updater's import does; anything it would refuse is a fault.
-void CheckTableText(const std::string& text, const TableRecord& table, Faults& faults);
+// Reads a dictionary's file as the updater does; anything that its import would refuse is a fault.
+// Gives the hash of the text.
+std::string CheckTableFile(const std::string& path, const TableRecord& table, Faults& faults);
 
-// The text of a table's file in any encoding that the updater's import recognises.
-std::string ReadTableFile(const std::string& path);
-
-// The bytes of a table's file: UTF-16 without a byte-order mark, so that an interrupted update
-// recognises a verified copy by the hash of its bytes.
-std::string TableFileBytes(const std::string& text);
+// The same for a structure, whose file may have any encoding that the import recognises.
+void CheckStructureFile(const std::string& path, const TableRecord& table, Faults& faults);
 
 }  // namespace publish

@@ -2,9 +2,12 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "database/imp_table.h"
 #include "database/table_export.h"
+#include "database/table_text.h"
 #include "foundation/program_error.h"
 #include "platform/ports.h"
 #include "tests/support/sandbox.h"
@@ -48,6 +51,20 @@ std::string Damaged(std::string text, Dice& dice) {
   return text;
 }
 
+// What a reader has read before the end or the fault.
+std::string ReadAll(tmw::TableTextReader&& reader) {
+  std::string log;
+  try {
+    log = reader.ReadStructure().name + std::to_string(reader.ReadRowsOpener());
+    for (std::vector<std::string_view> row; reader.ReadRow(row);)
+      log.append("\n").append(row.front()).append(row.back());
+    reader.ReadEnd();
+  } catch (const tmw::ProgramError& error) {
+    log += error.Description;
+  }
+  return log + std::to_string(reader.Line());
+}
+
 // A damaged text either is refused, the old table being as it was, or makes a table whose own text
 // comes back the same.
 TEST(TableTextFuzz, DamageIsRefusedOrMakesAWholeTable) {
@@ -78,6 +95,13 @@ TEST(TableTextFuzz, DamageIsRefusedOrMakesAWholeTable) {
       EXPECT_NE(error.Number, 51) << error.Description;
     }
     ASSERT_EQ(tmw::ExportTableToString("Т", false, db.get()), held) << text;
+    std::size_t given = 0;
+    ASSERT_EQ(ReadAll(tmw::TableTextReader([&] {
+                const auto piece = text.substr(given, 1U + static_cast<std::size_t>(round) % 97);
+                given += piece.size();
+                return piece;
+              })),
+              ReadAll(tmw::TableTextReader(text)));
     if (round % 50 == 0) {
       importer.ImportFromString(held, *db);
       ASSERT_EQ(tmw::ExportTableToString("Т", false, db.get()), held);

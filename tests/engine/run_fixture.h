@@ -132,7 +132,9 @@ class RunTest : public testing::Test {
   }
 
   void Serve(Peer& peer, const std::string& head) const {
-    const std::string path = "server" + tmw::Split(head, " ").at(1);
+    std::string path = "server" + tmw::Split(head, " ").at(1);
+    for (std::size_t at = 0; (at = path.find('%', at)) != std::string::npos; ++at)
+      path.replace(at, 3, 1, static_cast<char>(std::stoi(path.substr(at + 1, 2), nullptr, 16)));
     if (on_request_) on_request_(path);
     if (!sandbox_.Has(path)) {
       peer.Send("HTTP/1.1 404 Not Found\r\nConnection: close\r\nContent-Length: 0\r\n\r\n");

@@ -7,8 +7,8 @@
 #include "foundation/text.h"
 #include "packages/rar_archive.h"
 #include "publish/scripts.h"
+#include "tests/engine/run_fixture.h"
 #include "tests/publish/sample.h"
-#include "tests/support/scripted_server.h"
 
 namespace tests {
 namespace {
@@ -165,29 +165,13 @@ TEST(Check, AllFaultsAreToldAtOnce) {
     EXPECT_TRUE(HasFault(faults, fault)) << fault << testing::PrintToString(faults);
 }
 
-TEST(Check, AReleaseIsReadFromItsServer) {
-  const Sandbox sandbox;
-  const Sample sample(sandbox);
+TEST_F(RunTest, APublishedReleaseIsCheckedOnItsServer) {
+  const Sample sample(sandbox_);
   ASSERT_EQ(sample.Publish(), Log{});
-  ScriptedServer server([&](Peer& peer, const std::string& head) {
-    std::string path;
-    const std::string escaped = tmw::Split(head, " ").at(1);
-    for (std::size_t i = 0; i < escaped.size(); ++i) {
-      const bool is_escape = escaped[i] == '%';
-      path += is_escape ? static_cast<char>(std::stoi(escaped.substr(i + 1, 2), nullptr, 16))
-                        : escaped[i];
-      if (is_escape) i += 2;
-    }
-    const bool is_there = sandbox.Has("server" + path);
-    const std::string body = is_there ? sandbox.Read("server" + path) : "";
-    peer.Send("HTTP/1.1 " + std::string(is_there ? "200 OK" : "404 Not Found") +
-              "\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) +
-              "\r\n\r\n" + body);
-  });
-  EXPECT_EQ(Sample::Check(server.Url("/")), Log{});
-  std::filesystem::remove(ToPath(sandbox.Path(kRelease + "_DBStruct.tmz")));
-  sandbox.Write(kRelease + "files/tm/Calc.ocx.tmz", std::string(2 << 20, 'x'));
-  const Log faults = Sample::Check(server.Url(""), "3.4.0");
+  EXPECT_EQ(Sample::Check(server_.Url("/")), Log{});
+  std::filesystem::remove(ToPath(sandbox_.Path(kRelease + "_DBStruct.tmz")));
+  sandbox_.Write(kRelease + "files/tm/Calc.ocx.tmz", std::string(2 << 20, 'x'));
+  const Log faults = Sample::Check(server_.Url(""), "3.4.0");
   EXPECT_EQ(faults.size(), 3U) << testing::PrintToString(faults);
   for (const char* const fault :
        {"Calc.ocx: Cannot be had as files/tm/Calc.ocx.tmz: ",

@@ -126,8 +126,10 @@ TEST(Publish, FaultyInputIsRefusedByName) {
          box.Write("product/Справка/Ставки.table", "file");
          s.Describe("\"{p}Help\"", "\"{p}Help\\..\"");
          s.Describe("tm/Updater.exe", "tm/Gone.exe");
+         s.options.output = box.Path("product/server");
        },
-       {"tm/Gone.exe: This file of the updater is missing.",
+       {"product/server: It lies in the product's folder",
+        "tm/Gone.exe: This file of the updater is missing.",
         "{p}Help\\.. empty: The updater refuses it: Недопустимая папка",
         "{p}Help\\.. Ставки.table: The updater", "{p}Help\\.. Счёт №1.htm: The updater",
         "Ставки: A program file has the name of the table's file."}},
@@ -136,10 +138,11 @@ TEST(Publish, FaultyInputIsRefusedByName) {
          box.Write("product/tm/bad.uni", "\xFF\xFEx");
          box.Write("ready.rar", "no package");
          s.Describe("<File Mask=\"*.pdb",
-                    "<File Mask=\"empty\" Package=\"ready.rar\"/><File Mask=\"*.pdb");
+                    "<File Mask=\"empty\" Package=\"ready.rar\"/><File Mask=\"Calc*\" "
+                    "Package=\"gone.rar\"/><File Mask=\"*.pdb");
        },
-       {"Справка/empty: Its package ", "tm/bad.uni: It is no UTF-16 text",
-        "{p}tm Core.dll: The updater keeps one content"}},
+       {"Справка/empty: Its package ", "tm/Calc.ocx: Cannot read ",
+        "tm/bad.uni: It is no UTF-16 text", "{p}tm Core.dll: The updater keeps one content"}},
   };
   for (const auto& c : cases) {
     const Sandbox sandbox;
@@ -220,6 +223,10 @@ TEST_F(Interrupted, AFaultAtAnyStepLeavesTheOldReleaseAnnounced) {
     files.write_budget.reset();
     ExpectWhole("step " + std::to_string(step));
   }
+  // The release that is to be exchanged has gone aside, and the new one does not get its place.
+  files.rename_codes = {0, FaultyFileSystem::kBroken};
+  EXPECT_NE(Caught([&] { sample_.Publish(); }).Number, 0);
+  ExpectWhole("the exchange");
 }
 
 TEST_F(Interrupted, AKilledRunLeavesTheOldReleaseAnnounced) {
