@@ -18,11 +18,14 @@ elif [ $# -gt 0 ]; then
 fi
 
 scripts/setup.sh
-scripts/build.sh linux-release
+TMW_TARGETS="TmWebUpdate companion tmpublish jetsql" scripts/build.sh linux-release
 
 bin=$PWD/build/linux-release/bin
 demo=$PWD/build/demo
-[ ! -e "$demo/nginx.pid" ] || kill "$(cat "$demo/nginx.pid")" 2>/dev/null || true
+# A server that an aborted demonstration has left.
+for process in $(cat "$demo/nginx.pid" 2>/dev/null); do
+  [ "$(cat "/proc/$process/comm" 2>/dev/null)" != nginx ] || kill "$process"
+done
 rm -rf "$demo"
 mkdir -p "$demo/tmp" "$demo/db" "$demo/scripts"
 export TAMRIN_MACHINE_REG=$demo/machine.reg TAMRIN_USER_REG=$demo/user.reg TMPDIR=$demo/tmp
@@ -32,8 +35,9 @@ old=3.6.0.4 new=3.6.2.1
 title() { printf '\n=== %s\n' "$1"; }
 run() {
   local line
-  line=${*//"$demo/"/}
-  printf '$ %s\n' "${line//"$bin/"/}"
+  line=$(printf ' %q' "$@")
+  line=${line//"$demo/"/}
+  printf '$%s\n' "${line//"$bin/"/}"
   "$@"
 }
 
@@ -79,7 +83,8 @@ make_product() {
 echo "Tamrin $version started with: \$*" >"$demo/started.txt"
 END
   chmod +x "$folder/tm/Tamrin"
-  cp "$bin/TmWebUpdate" "$bin/UnTmz.so" "$folder/tm/"
+  # As products are delivered, without what only debuggers read.
+  for name in TmWebUpdate UnTmz.so; do strip -o "$folder/tm/$name" "$bin/$name"; done
 }
 
 # table NAME FIELDS ROWS-PROGRAM: writes a table's text; the awk program prints its rows.
@@ -163,13 +168,14 @@ publish $new "$demo/newer" "$demo/reference.mdb"
 title "The newer release is served, checked as an updater reads it, and compared with the older one"
 cat >"$demo/nginx.conf" <<END
 pid nginx.pid; events {}
+$([ "$(id -u)" -ne 0 ] || echo 'user root;') # whoever owns the folder may read it
 http {
   log_format plain '\$uri \$status \$body_bytes_sent'; access_log access.log plain;
   client_body_temp_path t; proxy_temp_path t; fastcgi_temp_path t; uwsgi_temp_path t; scgi_temp_path t;
   server { listen 127.0.0.1:$port; root server; }
 }
 END
-nginx -p "$demo" -e error.log -c nginx.conf
+PATH=$PATH:/usr/sbin nginx -p "$demo" -e error.log -c nginx.conf
 trap 'kill "$(cat "$demo/nginx.pid")" 2>/dev/null || true' EXIT
 run "$bin/tmpublish" check "$url" --from 3.6.0
 run "$bin/tmpublish" diff "$demo/server/TMW_$old" "$demo/server/TMW_$new" >"$demo/difference.txt"
@@ -206,6 +212,7 @@ title "Before"
 state | tee "$demo/before.txt"
 
 title "The update, from the product's folder"
+[ -z "$window" ] || echo "(Its window asks and waits for the answer.)"
 cd "$demo/product/tm"
 options=(-w "$url" -e "$demo/product/tm/Tamrin" -p "-open books")
 if [ -z "$window" ]; then
