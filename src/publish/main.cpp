@@ -19,7 +19,7 @@ namespace {
 // The second time the system's own way: at once.
 void Stop(int number) {
   publish::is_stop_wanted = true;
-  std::signal(number, SIG_DFL);
+  static_cast<void>(std::signal(number, SIG_DFL));
 }
 
 // Tells why nothing came of the command: people on standard error, machines besides in the answer.
@@ -67,7 +67,7 @@ int main(int argc, char** argv) {
   for (const int number : {SIGINT, SIGTERM}) {
     // A run in the background ignores them from the start: the terminal's Ctrl+C is not meant for
     // it.
-    if (std::signal(number, Stop) == SIG_IGN) std::signal(number, SIG_IGN);
+    if (std::signal(number, Stop) == SIG_IGN) static_cast<void>(std::signal(number, SIG_IGN));
   }
   // Taken from the port: it has them in UTF-8 on both systems.
   return Run(tmw::SplitCommandLine(platform::CurrentPorts().processes->OwnArguments()));

@@ -223,10 +223,12 @@ TEST_F(Interrupted, AFaultAtAnyStepLeavesTheOldReleaseAnnounced) {
     files.write_budget.reset();
     ExpectWhole("step " + std::to_string(step));
   }
-  // The release that is to be exchanged has gone aside, and the new one does not get its place.
-  files.rename_codes = {0, FaultyFileSystem::kBroken};
-  EXPECT_NE(Caught([&] { sample_.Publish(); }).Number, 0);
-  ExpectWhole("the exchange");
+  for (std::int64_t step = 0; step <= renames; ++step) {
+    files.rename_codes.assign(static_cast<std::size_t>(step), 0);
+    files.rename_codes.push_back(FaultyFileSystem::kBroken);
+    EXPECT_NE(Caught([&] { sample_.Publish(); }).Number, 0) << step;
+    ExpectWhole("exchange, step " + std::to_string(step));
+  }
 }
 
 TEST_F(Interrupted, AKilledRunLeavesTheOldReleaseAnnounced) {
