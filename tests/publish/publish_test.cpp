@@ -128,7 +128,7 @@ TEST(Publish, FaultyInputIsRefusedByName) {
          s.Describe("tm/Updater.exe", "tm/Gone.exe");
          s.options.output = box.Path("product/server");
        },
-       {"product/server: It lies in the product's folder",
+       {"server: It lies in the product's folder",
         "tm/Gone.exe: This file of the updater is missing.",
         "{p}Help\\.. empty: The updater refuses it: Недопустимая папка",
         "{p}Help\\.. Ставки.table: The updater", "{p}Help\\.. Счёт №1.htm: The updater",
