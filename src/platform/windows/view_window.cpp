@@ -135,6 +135,24 @@ SIZE ViewWindow::ClientSize() const {
   return {client.right, client.bottom};
 }
 
+SIZE ViewWindow::ClientAt(int dpi) const {
+  const bool is_resizable = (GetWindowLongW(window_, GWL_STYLE) & WS_THICKFRAME) != 0;
+  const SIZE from = is_resizable ? ClientSize() : client_;
+  const int from_dpi = is_resizable ? dpi_ : USER_DEFAULT_SCREEN_DPI;
+  return {MulDiv(from.cx, dpi, from_dpi), MulDiv(from.cy, dpi, from_dpi)};
+}
+
+void ViewWindow::FitClient(SIZE wanted) const {
+  const SIZE client = ClientSize();
+  const bool fits = client.cx == wanted.cx && client.cy == wanted.cy;
+  if (fits || IsZoomed(window_) != FALSE || IsIconic(window_) != FALSE) return;
+  RECT outer{};
+  GetWindowRect(window_, &outer);
+  SetWindowPos(window_, nullptr, 0, 0, outer.right - outer.left + wanted.cx - client.cx,
+               outer.bottom - outer.top + wanted.cy - client.cy,
+               SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 int ViewWindow::FooterButtonWidth(HWND button) const {
   wchar_t text[64] = {};
   GetWindowTextW(button, text, 64);
@@ -232,17 +250,17 @@ std::optional<LRESULT> ViewWindow::HandleScale(UINT message, WPARAM parameter, L
       return 0;
     }
     case kGetDpiScaledSize: {
-      const SIZE client = ClientSize();
       const auto dpi = static_cast<int>(parameter);
-      *reinterpret_cast<SIZE*>(data) =
-          GetOuterSize(window_, {MulDiv(client.cx, dpi, dpi_), MulDiv(client.cy, dpi, dpi_)}, dpi);
+      *reinterpret_cast<SIZE*>(data) = GetOuterSize(window_, ClientAt(dpi), dpi);
       return TRUE;
     }
     case WM_DPICHANGED: {
+      const SIZE client = ClientAt(HIWORD(parameter));
       SetScale(HIWORD(parameter));
       const RECT& place = *reinterpret_cast<const RECT*>(data);
       SetWindowPos(window_, nullptr, place.left, place.top, place.right - place.left,
                    place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+      FitClient(client);
       LayOut(ClientSize());
       RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
       return 0;

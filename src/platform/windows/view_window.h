@@ -108,6 +108,11 @@ class ViewWindow {
   void Paint();
   void Place(HWND owner) const;
   SIZE ClientSize() const;
+  SIZE ClientAt(int dpi) const;  // what the window shows now, on a screen of that scale
+
+  // Windows before 10 1703 leave a frame as it is on a screen of another scale; the size that they
+  // suggest does not count with it.
+  void FitClient(SIZE wanted) const;
 
   OpenWindows& open_;
   SIZE client_;  // for 96 dots per inch

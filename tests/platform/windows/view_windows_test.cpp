@@ -171,10 +171,11 @@ TEST_F(Windows, EveryWayToCancelAsksOnceAndClosesNothing) {
 TEST_F(Windows, WhatIsSetIsPaintedWithoutEvents) {
   InProgressWindow([&] {
     const HDC dc = GetDC(window_);
+    const int dpi = GetDeviceCaps(dc, LOGPIXELSX);
     const auto picture = [&] {
       std::vector<COLORREF> pixels;
       for (int i = 0; i < 48 * 48; ++i)
-        pixels.push_back(GetPixel(dc, 16 + i % 48, 16 + i / 48));
+        pixels.push_back(GetPixel(dc, (16 + i % 48) * dpi / 96, (16 + i / 48) * dpi / 96));
       return pixels;
     };
     std::vector<std::vector<COLORREF>> seen = {picture()};
