@@ -22,11 +22,20 @@ class ProgressViewEvents {
   virtual void OnStop() = 0;
 };
 
+// The detail line stands below the bar; without a bar it moves up.
 enum class BarKind {
-  kNone,            // no bar, no counter; the detail line moves up
-  kBar,             // a bar over the whole width
+  kNone,
+  kBar,             // over the whole width
   kBarWithCounter,  // a shorter bar, the counter beside it
+  kCounter,         // the counter alone, where it stands beside a bar
 };
+
+constexpr bool HasBar(BarKind kind) {
+  return kind == BarKind::kBar || kind == BarKind::kBarWithCounter;
+}
+constexpr bool HasCounter(BarKind kind) {
+  return kind == BarKind::kCounter || kind == BarKind::kBarWithCounter;
+}
 
 // The window of a run as a front end shows it. It keeps no rules: which texts, when, and what a
 // press means is decided above. Texts are UTF-8. SetStage, SetDetail, SetPicture, ShowBar and
@@ -43,6 +52,7 @@ class ProgressView {
   // "download", "scan", "dbnew", "dbgear", "trash", "install" or "brush"; empty: no picture.
   virtual void SetPicture(const std::string& name) = 0;
 
+  // Bar and counter keep their values, whether they are seen or not.
   virtual void ShowBar(BarKind kind) = 0;
 
   // The bar's value, 0 to 100, and the counter's text. Called as often as a person can see.

@@ -24,6 +24,12 @@ std::int64_t Now() {
   return platform::CurrentPorts().clock->TickCount();
 }
 
+platform::BarKind KindOfBar(bool has_range, bool has_counter) {
+  using platform::BarKind;
+  if (has_range) return has_counter ? BarKind::kBarWithCounter : BarKind::kBar;
+  return has_counter ? BarKind::kCounter : BarKind::kNone;
+}
+
 }  // namespace
 
 DownloadingForm::DownloadingForm(std::function<void()> exit_updater)
@@ -120,10 +126,8 @@ void DownloadingForm::fUpdater_OnSetupProgress(std::int32_t max, bool show_count
   last_painting_ = Now();
   if (!pace_.Words().empty()) view_->SetPace("");
   pace_.Start(max, last_painting_);
-  if (max != 0) view_->SetProgress(0, show_count ? "0/" + max_words_ : "");
-  const platform::BarKind kind =
-      show_count ? platform::BarKind::kBarWithCounter : platform::BarKind::kBar;
-  view_->ShowBar(max == 0 ? platform::BarKind::kNone : kind);
+  if (max != 0 || show_count) view_->SetProgress(0, show_count ? "0/" + max_words_ : "");
+  view_->ShowBar(KindOfBar(max != 0, show_count));
 } catch (...) {
   ReRaiseError(kModule, "fUpdater_OnSetupProgress");
 }
@@ -154,7 +158,9 @@ void DownloadingForm::PaintProgress(std::int64_t now) {
   is_progress_held_ = false;
   last_painting_ = now;
   const double percent = static_cast<double>(progress_value_) / progress_max_ * 100;
-  view_->SetProgress(percent, show_count_ ? FineNumStr(progress_value_) + "/" + max_words_ : "");
+  // No bar is shorter than empty, whatever a run reports.
+  view_->SetProgress(std::max(percent, 0.0),
+                     show_count_ ? FineNumStr(progress_value_) + "/" + max_words_ : "");
 }
 
 void DownloadingForm::fUpdater_OnSetButtonMode(std::int32_t mode) try {

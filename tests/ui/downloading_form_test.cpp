@@ -68,13 +68,17 @@ TEST_F(Form, WhatTheRunTellsIsShownAtOnce) {
               form.OnSetProgress(0);
               clock_.now = 80;
               form.OnSetProgress(2000000000);
+              clock_.now = 120;
+              form.OnSetProgress(-1234);
+              form.OnSetupProgress(0, true);
               form.OnSetupProgress(3, false);
               form.OnSetupProgress(0, false);
             }),
             (Log{"stage Загрузка", "detail файл", "picture scan", "picture ",
                  "button Отмена disabled", "button Отмена", "button Закрыть",
                  "progress 0.00 0/1 234 567", "bar 2", "progress 0.00 /1 234 567",
-                 "progress 100. 1 234 567/1 234 567", "progress 0.00 ", "bar 1", "bar 0"}));
+                 "progress 100. 1 234 567/1 234 567", "progress 0.00 -1 234/1 234 567",
+                 "progress 0.00 0/", "bar 3", "progress 0.00 ", "bar 1", "bar 0"}));
 }
 
 TEST_F(Form, BarAndCounterArePaintedAsOftenAsAPersonCanSeeAndEndExact) {

@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QProgressBar>
 #include <QPushButton>
@@ -30,7 +31,7 @@ class ProgressDialog final : public QDialog {
  public:
   ProgressDialog();
 
-  void LeaveBar(BarKind kind);
+  void ShowBar(BarKind kind);
 
   // True once after each press of the button, the cross or Esc.
   bool TakeCancel() { return std::exchange(cancel_noted_, false); }
@@ -41,9 +42,8 @@ class ProgressDialog final : public QDialog {
   PictureView picture{this};
   FixedLabel stage{1, this};
   FixedLabel detail{kDetailLines, this};
-  QWidget bar_line{this};
-  QProgressBar bar{&bar_line};
-  QLabel counter{&bar_line};
+  QProgressBar bar{this};
+  QLabel counter{this};
   FixedLabel pace{1, this};
   QPushButton button{this};
 
@@ -54,6 +54,7 @@ class ProgressDialog final : public QDialog {
   }
 
  private:
+  QGridLayout* texts_ = new QGridLayout;  // stage, bar and counter, detail
   bool cancel_noted_ = false;
 };
 
@@ -78,21 +79,18 @@ ProgressDialog::ProgressDialog() {
   counter.setAccessibleName("Выполнено");
   pace.setAccessibleName("Скорость и оставшееся время");
 
-  auto* bar_layout = new QHBoxLayout(&bar_line);
-  bar_layout->setContentsMargins(0, 0, 0, 0);
-  bar_layout->setSpacing(kGap);
-  bar_layout->addWidget(&bar, 1);
-  bar_layout->addWidget(&counter);
-  auto* texts = new QVBoxLayout;
-  texts->setSpacing(kGap * 2 / 3);
-  texts->addWidget(&stage);
-  texts->addWidget(&bar_line);
-  texts->addWidget(&detail);
-  texts->addStretch(1);
+  texts_->setHorizontalSpacing(kGap);
+  texts_->setVerticalSpacing(kGap * 2 / 3);
+  texts_->setColumnStretch(0, 1);
+  texts_->setRowStretch(3, 1);
+  texts_->addWidget(&stage, 0, 0, 1, 2);
+  texts_->addWidget(&bar, 1, 0);
+  texts_->addWidget(&counter, 1, 1);
+  texts_->addWidget(&detail, 2, 0, 1, 2);
   auto* upper = new QHBoxLayout;
   upper->setSpacing(kGap);
   upper->addWidget(&picture, 0, Qt::AlignTop);
-  upper->addLayout(texts, 1);
+  upper->addLayout(texts_, 1);
   auto* lower = new QHBoxLayout;
   lower->setSpacing(kGap);
   lower->addSpacing(picture.width() + kGap);
@@ -105,14 +103,15 @@ ProgressDialog::ProgressDialog() {
   layout->addLayout(lower);
   const int text_width = fontMetrics().averageCharWidth() * kTextWidth;
   setFixedSize(picture.width() + text_width + 3 * kGap, layout->sizeHint().height());
-  LeaveBar(BarKind::kNone);
+  ShowBar(BarKind::kNone);
 }
 
-void ProgressDialog::LeaveBar(BarKind kind) {
-  bar_line.setVisible(kind != BarKind::kNone);
-  counter.setVisible(kind == BarKind::kBarWithCounter);
-  counter.clear();
-  bar.setValue(0);
+void ProgressDialog::ShowBar(BarKind kind) {
+  bar.setVisible(HasBar(kind));
+  counter.setVisible(HasCounter(kind));
+  texts_->removeWidget(&detail);
+  const int detail_row = HasBar(kind) ? 2 : 1;
+  texts_->addWidget(&detail, detail_row, 0, 1, kind == BarKind::kCounter ? 1 : 2);
   layout()->activate();
 }
 
@@ -138,7 +137,7 @@ void QtProgressView::SetPicture(const std::string& name) {
 }
 
 void QtProgressView::ShowBar(BarKind kind) {
-  dialog_->LeaveBar(kind);
+  dialog_->ShowBar(kind);
   dialog_->repaint();
 }
 
@@ -153,7 +152,7 @@ void QtProgressView::SetProgress(double percent, const std::string& counter) {
     dialog_->counter.setMinimumWidth(width);
     dialog_->layout()->activate();
   }
-  dialog_->bar_line.repaint();
+  dialog_->counter.repaint();
 }
 
 void QtProgressView::SetPace(const std::string& text) {

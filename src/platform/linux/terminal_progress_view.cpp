@@ -99,7 +99,7 @@ void TerminalProgressView::SetButton(const std::string& caption, bool is_enabled
 
 std::vector<std::string> TerminalProgressView::Lines(int columns) const {
   std::vector<std::string> lines;
-  const std::string bar = bar_ == BarKind::kNone ? "" : BarLine(columns);
+  const std::string bar = HasBar(bar_) ? BarLine(columns) : HasCounter(bar_) ? counter_ : "";
   const std::string key = button_.empty() ? "" : "Ctrl+C: " + button_;
   for (const std::string& line : {caption_, stage_, detail_, bar, pace_, key}) {
     if (!line.empty()) lines.push_back(line);
@@ -112,7 +112,7 @@ std::string TerminalProgressView::BarLine(int columns) const {
   const std::string percent = std::to_string(static_cast<int>(std::floor(percent_)));
   std::string words =
       " " + std::string(3 - std::min<std::size_t>(percent.size(), 3), ' ') + percent + " %";
-  if (bar_ == BarKind::kBarWithCounter) words += "  " + counter_;
+  if (HasCounter(bar_)) words += "  " + counter_;
   const int width = std::min(columns - ColumnsOf(words), kWidestBar);
   if (width < kNarrowestBar) return words.substr(1);
   const int filled = std::clamp(static_cast<int>(percent_ / 100 * width), 0, width);

@@ -63,10 +63,10 @@ class WinProgressView final : public ProgressView, private ViewWindow {
 
   void ShowBar(BarKind kind) override {
     kind_ = kind;
-    const int bar = kind == BarKind::kNone ? SW_HIDE : SW_SHOWNA;
+    const int bar = HasBar(kind) ? SW_SHOWNA : SW_HIDE;
     ShowWindow(bar_, bar);
     ShowWindow(pace_, bar);
-    ShowWindow(counter_, kind == BarKind::kBarWithCounter ? SW_SHOWNA : SW_HIDE);
+    ShowWindow(counter_, HasCounter(kind) ? SW_SHOWNA : SW_HIDE);
     ShowInTaskbar();
     Arrange();
   }
@@ -75,7 +75,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     percent_ = std::clamp(percent, 0.0, 100.0);
     SetBarPosition(static_cast<int>(std::lround(percent_ * kBarRange / 100)));
     SetControlText(counter_, counter);
-    if (kind_ == BarKind::kBarWithCounter && CounterWidth() > counter_width_) Arrange();
+    if (HasCounter(kind_) && CounterWidth() > counter_width_) Arrange();
     ShowInTaskbar();
     UpdateWindow(counter_);
   }
@@ -118,14 +118,15 @@ class WinProgressView final : public ProgressView, private ViewWindow {
   void LayOut(SIZE client) override {
     const int left = Scaled(kTextLeft);
     const int width = client.cx - Scaled(kMargin) - left;
-    const bool has_bar = kind_ != BarKind::kNone;
-    counter_width_ = kind_ == BarKind::kBarWithCounter ? CounterWidth() : 0;
+    const bool has_bar = HasBar(kind_);
+    counter_width_ = HasCounter(kind_) ? CounterWidth() : 0;
     const int bar_width = counter_width_ == 0 ? width : width - counter_width_ - Scaled(12);
+    const int detail_width = has_bar ? width : bar_width;  // a counter alone stands beside it
     const int counter_top = kBarTop + (kBarHeight - kLine) / 2;
     Move(stage_, left, kStageTop, width, kStageLine);
     Move(bar_, left, kBarTop, bar_width, kBarHeight);
     Move(counter_, left + width - counter_width_, counter_top, counter_width_, kLine);
-    Move(detail_, left, has_bar ? kDetailTop : kDetailTopNoBar, width, kLine);
+    Move(detail_, left, has_bar ? kDetailTop : kDetailTopNoBar, detail_width, kLine);
     Move(pace_, left, kPaceTop, width, kLine);
     PlaceFooterButton(button_, client.cx - Scaled(kMargin) - FooterButtonWidth(button_), client);
   }
@@ -187,8 +188,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
   }
 
   void ShowInTaskbar() {
-    taskbar_.Set(kind_ == BarKind::kNone ? std::nullopt
-                                         : std::optional(static_cast<int>(percent_)));
+    taskbar_.Set(HasBar(kind_) ? std::optional(static_cast<int>(percent_)) : std::nullopt);
   }
 
   // Room for "maximum/maximum", so that the bar keeps its length while the counter grows.

@@ -151,12 +151,13 @@ TEST_F(QtFrontEndTest, ShowsWhatItIsToldAtOnceAndKeepsItsSize) {
     EXPECT_EQ(paintings.Of([&] { view.SetButton("Закрыть", true); }), 1);
     const auto* label = Seen<QLabel>("Подробности");
     const int y_without_bar = label->y();
-    EXPECT_GT(paintings.Of([&] { view.ShowBar(BarKind::kBarWithCounter); }), 1);
     view.SetProgress(12.5, "1 234/9 872");
+    EXPECT_GT(paintings.Of([&] { view.ShowBar(BarKind::kBarWithCounter); }), 1);
     EXPECT_EQ(Seen<QProgressBar>("Ход обновления")->value(), 125);
     EXPECT_EQ(Seen<QLabel>("Выполнено")->text(), "1 234/9 872");
     EXPECT_GT(label->y(), y_without_bar);
-    view.ShowBar(BarKind::kNone);
+    view.ShowBar(BarKind::kCounter);
+    EXPECT_EQ(Seen<QLabel>("Выполнено")->text(), "1 234/9 872");
     EXPECT_EQ(Seen<QProgressBar>("Ход обновления"), nullptr);
     EXPECT_EQ(label->y(), y_without_bar);
     EXPECT_EQ(window.size(), size);

@@ -210,14 +210,14 @@ TEST_F(Windows, ControlsNeverOverlapAtAnyScale) {
   InProgressWindow([&] {
     for (const int dpi : {96, 120, 144, 192, 96}) {
       ChangeScale(window_, dpi);
-      for (const auto kind : {BarKind::kNone, BarKind::kBar, BarKind::kBarWithCounter}) {
-        progress_->ShowBar(kind);
+      for (int kind = 0; kind <= int(BarKind::kCounter); ++kind) {
+        progress_->ShowBar(BarKind(kind));
         progress_->SetProgress(50, "1 234 567 890/2 147 483 647");
-        ExpectTidy(window_, std::to_string(dpi) + " dpi, bar " + std::to_string(int(kind)));
+        ExpectTidy(window_, std::to_string(dpi) + " dpi, bar " + std::to_string(kind));
         RECT place{};
         GetWindowRect(Control(kProgressDetailId), &place);
         MapWindowPoints(nullptr, window_, reinterpret_cast<POINT*>(&place), 2);
-        EXPECT_EQ(place.top * 1440 / dpi, kind == BarKind::kNone ? 600 : 960);
+        EXPECT_EQ(place.top * 1440 / dpi, !HasBar(BarKind(kind)) ? 600 : 960);
       }
     }
   });
