@@ -115,8 +115,8 @@ void ShowError(bool is_detailed) {
       "Процесс не может получить доступ к файлу, так как этот файл занят другим процессом.",
       32);
   const auto view = platform::CurrentPorts().front_end->MakeErrorView();
-  view->SetTexts({ui_texts::kErrorTitle, ui_texts::kErrorLabel, form.ShortText(), form.FullText(),
-                  ui_texts::kCopy, ui_texts::kClose});
+  view->SetTexts({ui_texts::kErrorTitle, ui_texts::kErrorLabel, ui_texts::kFullTextName,
+                  form.ShortText(), form.FullText(), ui_texts::kCopy, ui_texts::kClose});
   view->SetDetailView(is_detailed, is_detailed ? ui_texts::kLessDetails : ui_texts::kMoreDetails);
   NoEvents events;
   view->Run(events);

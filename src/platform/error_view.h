@@ -19,7 +19,8 @@ class ErrorViewEvents {
 // The words of the error window that never change while it is open. UTF-8; lines end in CR LF.
 struct ErrorViewTexts {
   std::string title;
-  std::string label;  // stands above the short text, hidden in the detailed view
+  std::string label;           // stands above the short text, hidden in the detailed view
+  std::string full_text_name;  // never seen: how a screen reader calls the full text
   std::string short_text;
   std::string full_text;
   std::string copy_button;

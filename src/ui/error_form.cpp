@@ -57,6 +57,7 @@ void ErrorForm::Execute(const std::string& message, const std::string& chain, st
   view_ = platform::CurrentPorts().front_end->MakeErrorView();
   view_->SetTexts({.title = caption.empty() ? ui_texts::kErrorTitle : caption,
                    .label = ui_texts::kErrorLabel,
+                   .full_text_name = ui_texts::kFullTextName,
                    .short_text = short_text_,
                    .full_text = full_text_,
                    .copy_button = ui_texts::kCopy,

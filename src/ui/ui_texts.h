@@ -12,6 +12,7 @@ inline constexpr const char* kCancelQuestion = "Прекратить загру�
 
 inline constexpr const char* kErrorTitle = "Ошибка";
 inline constexpr const char* kErrorLabel = "При обновлении программы произошла ошибка:";
+inline constexpr const char* kFullTextName = "Подробное описание ошибки";
 inline constexpr const char* kCopy = "Копировать";
 inline constexpr const char* kMoreDetails = "Подробнее  >>";
 inline constexpr const char* kLessDetails = "Подробнее  <<";

@@ -318,7 +318,8 @@ TEST(TerminalWindow, AnErrorIsShownShortAndInFullOnRequest) {
   Conversation talk("ru_RU.UTF-8", [&](FrontEnd& front_end) {
     Details details;
     details.view = front_end.MakeErrorView();
-    details.view->SetTexts({"Ошибка", "Произошла ошибка:", "Беда", "Беда\r\nСтек", "", "Закрыть"});
+    details.view->SetTexts(
+        {"Ошибка", "Произошла ошибка:", "", "Беда", "Беда\r\nСтек", "", "Закрыть"});
     details.view->SetDetailView(false, "Подробнее  >>");
     details.view->Run(details);
     close(STDIN_FILENO);  // nobody can answer

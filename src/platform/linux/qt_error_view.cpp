@@ -2,11 +2,13 @@
 
 #include <QClipboard>
 #include <QDialog>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -31,6 +33,7 @@ class ErrorDialog final : public QDialog {
   bool TakeDetails() { return std::exchange(details_noted_, false); }
   bool TakeCopy() { return std::exchange(copy_noted_, false); }
 
+  QLabel sign{this};
   QLabel label{this};
   QPlainTextEdit short_text{this};
   QPlainTextEdit full_text{this};
@@ -57,6 +60,8 @@ ErrorDialog::ErrorDialog(QWidget* owner) : QDialog(owner) {
                  Qt::WindowCloseButtonHint);
   setModal(true);
   setSizeGripEnabled(true);
+  const int sign_size = style()->pixelMetric(QStyle::PM_LargeIconSize, nullptr, this);
+  sign.setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(sign_size));
   label.setTextFormat(Qt::PlainText);
   label.setWordWrap(true);
   for (QPlainTextEdit* text : {&short_text, &full_text}) {
@@ -65,8 +70,6 @@ ErrorDialog::ErrorDialog(QWidget* owner) : QDialog(owner) {
     text->setTabChangesFocus(true);
     text->installEventFilter(this);
   }
-  short_text.setAccessibleName("Сообщение об ошибке");
-  full_text.setAccessibleName("Подробное описание ошибки");
   close_button.setDefault(true);
   close_button.setFocus();
   for (QPushButton* button : {&details, &copy})
@@ -81,8 +84,11 @@ ErrorDialog::ErrorDialog(QWidget* owner) : QDialog(owner) {
   buttons->addWidget(&copy);
   buttons->addWidget(&close_button);
   auto* layout = new QVBoxLayout(this);
-  layout->addWidget(&label);
-  layout->addWidget(&short_text, 1);
+  auto* short_view = new QGridLayout;
+  short_view->addWidget(&sign, 0, 0, 2, 1, Qt::AlignTop);
+  short_view->addWidget(&label, 0, 1);
+  short_view->addWidget(&short_text, 1, 1);
+  layout->addLayout(short_view, 1);
   layout->addWidget(&full_text, 1);
   layout->addLayout(buttons);
   const QFontMetrics metrics = fontMetrics();
@@ -93,8 +99,8 @@ ErrorDialog::ErrorDialog(QWidget* owner) : QDialog(owner) {
 }
 
 void ErrorDialog::ShowView(bool is_detailed) {
-  label.setVisible(!is_detailed);
-  short_text.setVisible(!is_detailed);
+  for (QWidget* part : std::initializer_list<QWidget*>{&sign, &label, &short_text})
+    part->setVisible(!is_detailed);
   full_text.setVisible(is_detailed);
   if (is_detailed == is_detailed_) return;
   is_detailed_ = is_detailed;
@@ -131,6 +137,8 @@ QtErrorView::~QtErrorView() = default;
 void QtErrorView::SetTexts(const ErrorViewTexts& texts) {
   dialog_->setWindowTitle(ToQt(texts.title));
   dialog_->label.setText(ToQt(texts.label));
+  dialog_->short_text.setAccessibleName(ToQt(texts.label));
+  dialog_->full_text.setAccessibleName(ToQt(texts.full_text_name));
   dialog_->short_text.setPlainText(ToQt(texts.short_text));
   dialog_->full_text.setPlainText(ToQt(texts.full_text));
   dialog_->copy.setText(ToButtonText(texts.copy_button));

@@ -31,6 +31,9 @@ class WinErrorView final : public ErrorView, private ViewWindow {
       : ViewWindow(open, WS_THICKFRAME | WS_MAXIMIZEBOX, kClient) {
     label_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_ENDELLIPSIS, kErrorLabelId);
     short_ = AddTextBox(kErrorShortId);
+    // A screen reader names a text box by the label before it, which need not be seen.
+    full_name_ = AddControl(L"STATIC", SS_NOPREFIX, kErrorFullNameId);
+    ShowWindow(full_name_, SW_HIDE);
     full_ = AddTextBox(kErrorFullId);
     details_ = AddButton(kErrorDetailsId);
     copy_ = AddButton(kErrorCopyId);
@@ -43,6 +46,7 @@ class WinErrorView final : public ErrorView, private ViewWindow {
     texts_ = texts;
     SetControlText(Get(), texts.title);
     SetControlText(label_, texts.label);
+    SetControlText(full_name_, texts.full_text_name);
     SetControlText(short_, texts.short_text);
     SetControlText(full_, texts.full_text);
     SetControlText(copy_, texts.copy_button);
@@ -174,6 +178,7 @@ class WinErrorView final : public ErrorView, private ViewWindow {
   UniqueIcon sign_;
   HWND label_ = nullptr;
   HWND short_ = nullptr;
+  HWND full_name_ = nullptr;
   HWND full_ = nullptr;
   HWND details_ = nullptr;
   HWND copy_ = nullptr;

@@ -17,5 +17,6 @@ inline constexpr int kErrorFullId = 102;
 inline constexpr int kErrorDetailsId = 103;
 inline constexpr int kErrorCopyId = 104;
 inline constexpr int kErrorCloseId = 105;
+inline constexpr int kErrorFullNameId = 106;
 
 }  // namespace platform

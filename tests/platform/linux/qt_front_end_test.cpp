@@ -227,11 +227,12 @@ struct Reader final : ErrorViewEvents {
 
 TEST_F(QtFrontEndTest, TheErrorWindowTurnsItsViewCopiesAndCloses) {
   const auto view = front_end->MakeErrorView();
-  view->SetTexts({"Сбой", "Произошла ошибка:", "кратко", "кратко\r\nвсё", "Копировать", "Закрыть"});
+  view->SetTexts({"Сбой", "Произошла ошибка:", "Подробно", "кратко", "кратко\r\nвсё", "Копировать",
+                  "Закрыть"});
   view->SetDetailView(false, "Подробнее  >>");
   Reader reader(*view);
   QClipboard* clipboard = QApplication::clipboard();
-  const auto full_text = [] { return Seen<QPlainTextEdit>("Подробное описание ошибки"); };
+  const auto full_text = [] { return Seen<QPlainTextEdit>("Подробно"); };
   const auto copy = [](QWidget* focused) { QTest::keySequence(focused, QKeySequence::Copy); };
   // Each step is one of the person's; the next one comes when the window has answered.
   const Act steps[] = {Click("Подробнее  >>"),

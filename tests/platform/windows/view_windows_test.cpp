@@ -104,7 +104,8 @@ class Windows : public testing::Test, protected ProgressViewEvents, protected Er
     running_ = this;
     script_ = std::move(script);
     error_ = front_end_->MakeErrorView();
-    error_->SetTexts({"Ошибка", "Случилось:", "Беда & одна", full_, "Копировать", "Закрыть"});
+    error_->SetTexts(
+        {"Ошибка", "Случилось:", "Подробно", "Беда & одна", full_, "Копировать", "Закрыть"});
     error_->SetDetailView(false, "Подробнее  >>");
     window_ = FindWindowW(nullptr, ToWide("Ошибка").c_str());
     ASSERT_NE(window_, nullptr);
