@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "platform/linux/qt_application.h"
+#include "platform/linux/qt_labels.h"
 
 namespace platform {
 namespace {
@@ -19,6 +20,21 @@ constexpr const char* kOk = "OK";
 constexpr const char* kCancel = "Отмена";
 constexpr int kAnswerLength = 40;  // characters that the line of an answer shows
 
+constexpr int kLongestWord = 60;  // in characters
+constexpr int kMostLines = 30;    // that leave the buttons on a small screen
+
+// The text as a box can show it: Qt cuts a path or an address that is wider than the box, and what
+// a server says may be higher than the screen.
+QString FitBox(const std::string& text, const QWidget& box) {
+  const int width = box.fontMetrics().averageCharWidth() * kLongestWord;
+  QStringList words = ToQt(text).split(' ');
+  for (QString& word : words)
+    word = BreakLines(word, box.font(), width).join('\n');
+  const QString fitting = words.join(' ');
+  const QStringList lines = BreakLines(fitting, box.font(), width);
+  return lines.size() <= kMostLines ? fitting : lines.mid(0, kMostLines).join('\n') + "\n…";
+}
+
 // A box whose text can be selected and is never taken for markup: it may quote a server.
 class PlainBox final : public QMessageBox {
  public:
@@ -27,7 +43,7 @@ class PlainBox final : public QMessageBox {
     setIcon(kind);
     setWindowTitle(ToQt(title));
     setTextFormat(Qt::PlainText);
-    setText(ToQt(text));
+    setText(FitBox(text, *this));
     setTextInteractionFlags(Qt::TextSelectableByMouse);
   }
 };
@@ -57,13 +73,13 @@ std::optional<std::string> AskTextBox(QtApplication& application, const std::str
                                       const std::string& prompt, bool is_secret) {
   QDialog box(application.BoxOwner());
   box.setWindowTitle(ToQt(title));
-  QLabel label(ToQt(prompt), &box);
+  QLabel label(FitBox(prompt, box), &box);
   label.setTextFormat(Qt::PlainText);
   label.setTextInteractionFlags(Qt::TextSelectableByMouse);
   QLineEdit line(&box);
   line.setEchoMode(is_secret ? QLineEdit::Password : QLineEdit::Normal);
   line.setMinimumWidth(line.fontMetrics().averageCharWidth() * kAnswerLength);
-  line.setAccessibleName(label.text());
+  line.setAccessibleName(ToQt(prompt));
   QPushButton ok(kOk, &box);
   ok.setDefault(true);
   QPushButton cancel(kCancel, &box);

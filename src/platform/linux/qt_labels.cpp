@@ -10,9 +10,10 @@ namespace {
 
 constexpr int kPictureSize = 48;
 
-// Breaks the text into lines of the given width, words being broken where they must.
-std::vector<QString> BreakLines(const QString& text, const QFont& font, int width) {
-  std::vector<QString> lines;
+}  // namespace
+
+QStringList BreakLines(const QString& text, const QFont& font, int width) {
+  QStringList lines;
   for (const QString& part : text.split('\n')) {
     QTextLayout layout(part, font);
     QTextOption option;
@@ -28,8 +29,6 @@ std::vector<QString> BreakLines(const QString& text, const QFont& font, int widt
   return lines;
 }
 
-}  // namespace
-
 FixedLabel::FixedLabel(int lines, QWidget* parent) : QLabel(parent), lines_(lines) {
   setTextFormat(Qt::PlainText);
   setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
@@ -39,8 +38,10 @@ void FixedLabel::SetText(const std::string& text) {
   const QString shown = ToQt(text);
   if (shown == QLabel::text()) return;
   setText(shown);
-  const bool fits = BreakLines(shown, font(), width()).size() <= static_cast<std::size_t>(lines_);
-  setToolTip(fits ? QString() : shown.toHtmlEscaped());
+  // As markup, for a tip that looks like markup by chance would be read as such.
+  const QStringList lines = BreakLines(shown, font(), width());
+  const QString tip = lines.join('\n').toHtmlEscaped().replace('\n', "<br>");
+  setToolTip(lines.size() <= lines_ ? QString() : "<nobr>" + tip + "</nobr>");
   repaint();
 }
 
@@ -53,7 +54,7 @@ void FixedLabel::paintEvent(QPaintEvent* /*event*/) {
   QString shown = text();
   auto lines = BreakLines(shown, font(), width());
   // Line ends waste room, so that the first guess may still be a line too long.
-  for (int room = width() * lines_; lines.size() > static_cast<std::size_t>(lines_) && room > 0;
+  for (int room = width() * lines_; lines.size() > lines_ && room > 0;
        room -= metrics.averageCharWidth()) {
     shown = metrics.elidedText(text().replace('\n', ' '), Qt::ElideMiddle, room);
     lines = BreakLines(shown, font(), width());

@@ -2,10 +2,14 @@
 
 #include <QIcon>
 #include <QLabel>
+#include <QStringList>
 #include <QWidget>
 #include <string>
 
 namespace platform {
+
+// Lines of the given width in pixels; a word is broken where it must be.
+QStringList BreakLines(const QString& text, const QFont& font, int width);
 
 // A text of one or several lines in a place of fixed height: what is too long loses its middle, so
 // that both ends of a path can be read. The tool tip and assistive programs get all of it.
