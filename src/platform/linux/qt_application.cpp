@@ -100,8 +100,16 @@ void QtApplication::RunBox(QDialog& box) {
     if (IsEndAsked()) box.reject();
   });
   watch.start(kWatchMilliseconds);
+  CallAttention();
   box.exec();
   if (open_window_ != nullptr) open_window_->ForgetPresses();
+}
+
+void QtApplication::CallAttention() {
+  QWidget* const owner = BoxOwner();
+  if (owner == nullptr) return;
+  owner->setWindowState(owner->windowState() & ~Qt::WindowMinimized);
+  QApplication::alert(owner);
 }
 
 QWidget* QtApplication::BoxOwner() {

@@ -48,6 +48,10 @@ class QtApplication {
 
   // The window that boxes belong to; null: none is open.
   QWidget* BoxOwner();
+
+  // Lets the person see that a box is about to open: its owner is brought back when it is
+  // minimised, and marked in the taskbar while he works elsewhere.
+  void CallAttention();
   bool IsEndAsked();
 
  private:

@@ -158,6 +158,7 @@ bool QtErrorView::CopyText(const std::string& text) {
 }
 
 void QtErrorView::Run(ErrorViewEvents& events) {
+  application_.CallAttention();
   dialog_->show();
   while (dialog_->isVisible()) {
     QtApplication::RunEvents(kWaitSlice);

@@ -24,7 +24,8 @@ class WindowsFrontEnd final : public FrontEnd {
 
   std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
                                      bool is_secret) override {
-    return ShowInputBox(CallAttention(), title, prompt, is_secret);
+    open_.CallAttention();
+    return ShowInputBox(open_.Top(), title, prompt, is_secret);
   }
 
   void RunPendingEvents() override { open_.RunPending(); }
@@ -36,24 +37,11 @@ class WindowsFrontEnd final : public FrontEnd {
 
  private:
   int Show(const std::string& title, const std::string& text, UINT flags) {
-    const HWND owner = CallAttention();
+    open_.CallAttention();
+    const HWND owner = open_.Top();
     // Only a box without a window comes to the front by itself.
     const UINT manner = owner == nullptr ? MB_TASKMODAL | MB_SETFOREGROUND : MB_APPLMODAL;
     return MessageBoxW(owner, ToWide(text).c_str(), ToWide(title).c_str(), flags | manner);
-  }
-
-  // The window that a box belongs to, seen by the user: brought back when it is minimised, its
-  // button in the taskbar flashing while he works elsewhere.
-  HWND CallAttention() {
-    const HWND owner = open_.Top();
-    if (owner == nullptr) return nullptr;
-    if (IsIconic(owner) != FALSE) ShowWindow(owner, SW_SHOWNOACTIVATE);
-    FLASHWINFO flash{};
-    flash.cbSize = sizeof(flash);
-    flash.hwnd = owner;
-    flash.dwFlags = FLASHW_TRAY | FLASHW_TIMERNOFG;
-    if (GetForegroundWindow() != owner) FlashWindowEx(&flash);
-    return owner;
   }
 
   OpenWindows open_;

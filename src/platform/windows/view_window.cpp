@@ -32,6 +32,17 @@ HWND OpenWindows::Top() const {
   return windows_.empty() ? nullptr : windows_.back()->Get();
 }
 
+void OpenWindows::CallAttention() const {
+  const HWND owner = Top();
+  if (owner == nullptr) return;
+  if (IsIconic(owner) != FALSE) ShowWindow(owner, SW_SHOWNOACTIVATE);
+  FLASHWINFO flash{};
+  flash.cbSize = sizeof(flash);
+  flash.hwnd = owner;
+  flash.dwFlags = FLASHW_TRAY | FLASHW_TIMERNOFG;
+  if (GetForegroundWindow() != owner) FlashWindowEx(&flash);
+}
+
 void OpenWindows::Dispatch(MSG& message) const {
   for (ViewWindow* const window : windows_) {
     const bool is_ours = message.hwnd == window->Get() || IsChild(window->Get(), message.hwnd);

@@ -22,6 +22,10 @@ class OpenWindows {
   // The window that boxes belong to; nullptr when none is open.
   HWND Top() const;
 
+  // Lets the user see that a box is about to open: the window that it belongs to is brought back
+  // when it is minimised, its button in the taskbar flashes while he works elsewhere.
+  void CallAttention() const;
+
   // Handles the messages that are there. A request to end the thread stays posted.
   void RunPending();
 

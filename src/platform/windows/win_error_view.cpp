@@ -15,8 +15,7 @@ constexpr int kMargin = 16;
 constexpr int kSign = 32;
 constexpr int kLabelLine = 20;
 
-constexpr DWORD kTextStyle =
-    WS_TABSTOP | WS_BORDER | WS_VSCROLL | ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL;
+constexpr DWORD kTextStyle = WS_TABSTOP | WS_VSCROLL | ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL;
 
 // A multi-line text box claims Tab, Enter and Esc for itself; they are the window's.
 LRESULT CALLBACK TextProcedure(HWND box, UINT message, WPARAM parameter, LPARAM data) {
@@ -75,6 +74,7 @@ class WinErrorView final : public ErrorView, private ViewWindow {
     }
     events_ = &events;
     is_closed_ = false;
+    Open().CallAttention();
     const Showing showing(*this);
     Open().RunPending();
     while (!is_closed_ && Open().WaitAndRun()) {
@@ -103,7 +103,7 @@ class WinErrorView final : public ErrorView, private ViewWindow {
 
  private:
   HWND AddTextBox(int id) {
-    const HWND box = AddControl(L"EDIT", kTextStyle, id);
+    const HWND box = AddControl(L"EDIT", kTextStyle, id, WS_EX_CLIENTEDGE);
     if (box == nullptr) return box;
     SendMessageW(box, EM_SETLIMITTEXT, 0, 0);  // as much as the memory holds
     SetWindowLongPtrW(box, GWLP_USERDATA, GetWindowLongPtrW(box, GWLP_WNDPROC));

@@ -170,7 +170,11 @@ class WinProgressView final : public ProgressView, private ViewWindow {
   }
 
   void ShowText(HWND control, const std::string& text) const {
-    SetControlText(control, text);
+    // A line end would be drawn as a character.
+    std::string line = text;
+    std::erase(line, '\r');
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    SetControlText(control, line);
     UpdateWindow(control);
   }
 
@@ -191,14 +195,17 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     taskbar_.Set(HasBar(kind_) ? std::optional(static_cast<int>(percent_)) : std::nullopt);
   }
 
-  // Room for "maximum/maximum", so that the bar keeps its length while the counter grows.
+  // Room for the counter and for "maximum/maximum", so that the bar keeps its length while the
+  // counter grows.
   int CounterWidth() const {
     wchar_t text[64] = {};
     GetWindowTextW(counter_, text, 64);
     const std::wstring counter = text;
     const std::wstring most = counter.substr(counter.find(L'/') + 1);
-    const std::wstring widest = most == counter ? counter : most + L"/" + most;
-    return MeasureText(Get(), Font(), widest.c_str()).cx + Scaled(2);
+    const std::wstring last = most + L"/" + most;
+    const LONG widest = std::max(MeasureText(Get(), Font(), counter.c_str()).cx,
+                                 MeasureText(Get(), Font(), last.c_str()).cx);
+    return widest + Scaled(2);
   }
 
   RECT PicturePlace() const {
