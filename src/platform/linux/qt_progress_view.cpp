@@ -73,11 +73,12 @@ ProgressDialog::ProgressDialog() {
   counter.setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   button.setDefault(true);
   connect(&button, &QPushButton::clicked, this, [this] { reject(); });
-  stage.setAccessibleName("Этап");
-  detail.setAccessibleName("Подробности");
   bar.setAccessibleName("Ход обновления");
-  counter.setAccessibleName("Выполнено");
-  pace.setAccessibleName("Скорость и оставшееся время");
+  // A name would be read in place of the text.
+  stage.setAccessibleDescription("Этап");
+  detail.setAccessibleDescription("Подробности");
+  counter.setAccessibleDescription("Выполнено");
+  pace.setAccessibleDescription("Скорость и оставшееся время");
 
   texts_->setHorizontalSpacing(kGap);
   texts_->setVerticalSpacing(kGap * 2 / 3);

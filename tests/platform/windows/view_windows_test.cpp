@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <thread>
 
 #include "platform/front_end.h"
+#include "platform/windows/input_box.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/win_error_view.h"
 #include "platform/windows/win_progress_view.h"
@@ -18,6 +20,14 @@ std::string TextOf(HWND window, int id) {
   wchar_t text[4096] = {};
   const UINT length = GetDlgItemTextW(window, id, text, 4096);
   return FromWide({text, length});
+}
+
+// The window with this title, once it is there.
+HWND AwaitWindow(const std::string& title) {
+  HWND window = nullptr;
+  for (int i = 0; i < 1000 && window == nullptr; ++i, Sleep(10))
+    window = FindWindowW(nullptr, ToWide(title).c_str());
+  return window;
 }
 
 void Press(std::initializer_list<int> keys) {
@@ -241,11 +251,7 @@ TEST_F(Windows, QuestionsBelongToTheOpenWindow) {
   InProgressWindow([&] {
     bool is_owned = false;
     std::thread user([&] {
-      HWND box = nullptr;
-      for (int i = 0; i < 600 && box == nullptr; ++i) {
-        Sleep(10);
-        box = FindWindowW(nullptr, ToWide("Вопрос").c_str());
-      }
+      const HWND box = AwaitWindow("Вопрос");
       is_owned = GetWindow(box, GW_OWNER) == window_ && IsWindowEnabled(window_) == FALSE;
       PostMessageW(box, WM_COMMAND, IDYES, 0);
     });
@@ -261,6 +267,7 @@ TEST_F(Windows, TheErrorWindowShowsOneTextAndHearsItsButtons) {
   InErrorWindow([&] {
     EXPECT_EQ(TextOf(window_, kErrorShortId), "Беда & одна");
     EXPECT_EQ(TextOf(window_, kErrorFullId), full_);
+    EXPECT_EQ(GetWindow(Control(kErrorFullId), GW_HWNDPREV), Control(kErrorFullNameId));
     const auto seen = [&] {
       std::string ids;
       for (const int id : {kErrorLabelId, kErrorShortId, kErrorFullId})
@@ -318,6 +325,64 @@ TEST_F(Windows, TextReachesTheClipboardAlsoWhenItIsHeld) {
     EXPECT_EQ(clipboard(), "Беда & одна");
     Press({VK_ESCAPE});
   });
+}
+
+TEST(InputBox, GivesTheTypedLineOrNothing) {
+  const struct {
+    const char* typed;
+    int button;  // 0: the keyboard
+    WPARAM key;
+    bool is_secret;
+    std::optional<std::string> result;
+  } cases[] = {
+      {"Пароль & №", IDOK, 0, false, "Пароль & №"},
+      {"тайна", 0, VK_RETURN, true, "тайна"},
+      {"", IDOK, 0, true, ""},
+      {"abc", IDCANCEL, 0, false, std::nullopt},
+      {"abc", 0, VK_ESCAPE, true, std::nullopt},
+  };
+  const auto front_end = MakeFrontEnd();
+  for (const auto& c : cases) {
+    std::string seen;
+    std::thread user([&] {
+      const HWND box = AwaitWindow("Пароль архива");
+      Sleep(50);
+      const HWND line = GetDlgItem(box, kInputBoxLineId);
+      GUITHREADINFO state{};
+      state.cbSize = sizeof(state);
+      GetGUIThreadInfo(GetWindowThreadProcessId(box, nullptr), &state);
+      seen = TextOf(box, kInputBoxPromptId) + "|" + TextOf(box, IDOK) + "|" +
+             TextOf(box, IDCANCEL) + (state.hwndFocus == line ? "|focus" : "") +
+             ((GetWindowLongPtrW(line, GWL_STYLE) & ES_PASSWORD) != 0 ? "|secret" : "");
+      for (const wchar_t character : ToWide(c.typed))
+        PostMessageW(line, WM_CHAR, character, 0);
+      if (c.button != 0) {
+        PostMessageW(GetDlgItem(box, c.button), BM_CLICK, 0, 0);
+      } else {
+        PostMessageW(line, WM_KEYDOWN, c.key, 0);
+      }
+    });
+    const auto answer = front_end->AskText("Пароль архива", "Введите A&B:\r\nвторая", c.is_secret);
+    user.join();
+    EXPECT_EQ(answer, c.result) << c.typed;
+    EXPECT_EQ(seen, std::string("Введите A&B:\r\nвторая|OK|Отмена|focus") +
+                        (c.is_secret ? "|secret" : ""));
+  }
+}
+
+TEST(FrontEndEvents, PendingEventsRunAndAnEndingStaysAsked) {
+  static int ticks = 0;
+  const auto front_end = MakeFrontEnd();
+  front_end->RunPendingEvents();
+  SetTimer(nullptr, 0, 10, [](HWND, UINT, UINT_PTR, DWORD) { ++ticks; });
+  for (int i = 0; i < 300 && ticks == 0; ++i, Sleep(10))
+    front_end->RunPendingEvents();
+  EXPECT_GT(ticks, 0);
+  PostQuitMessage(7);
+  front_end->RunPendingEvents();
+  MSG message{};
+  EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);
+  EXPECT_EQ(message.wParam, 7U);
 }
 
 }  // namespace
