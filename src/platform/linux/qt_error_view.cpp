@@ -33,9 +33,10 @@ class ErrorDialog final : public QDialog {
   bool TakeDetails() { return std::exchange(details_noted_, false); }
   bool TakeCopy() { return std::exchange(copy_noted_, false); }
 
-  QLabel sign{this};
-  QLabel label{this};
-  QPlainTextEdit short_text{this};
+  QWidget short_view{this};
+  QLabel sign{&short_view};
+  QLabel label{&short_view};
+  QPlainTextEdit short_text{&short_view};
   QPlainTextEdit full_text{this};
   QPushButton details{this};
   QPushButton copy{this};
@@ -84,11 +85,12 @@ ErrorDialog::ErrorDialog(QWidget* owner) : QDialog(owner) {
   buttons->addWidget(&copy);
   buttons->addWidget(&close_button);
   auto* layout = new QVBoxLayout(this);
-  auto* short_view = new QGridLayout;
-  short_view->addWidget(&sign, 0, 0, 2, 1, Qt::AlignTop);
-  short_view->addWidget(&label, 0, 1);
-  short_view->addWidget(&short_text, 1, 1);
-  layout->addLayout(short_view, 1);
+  auto* short_layout = new QGridLayout(&short_view);
+  short_layout->setContentsMargins(0, 0, 0, 0);
+  short_layout->addWidget(&sign, 0, 0, 2, 1, Qt::AlignTop);
+  short_layout->addWidget(&label, 0, 1);
+  short_layout->addWidget(&short_text, 1, 1);
+  layout->addWidget(&short_view, 1);
   layout->addWidget(&full_text, 1);
   layout->addLayout(buttons);
   const QFontMetrics metrics = fontMetrics();
@@ -99,8 +101,7 @@ ErrorDialog::ErrorDialog(QWidget* owner) : QDialog(owner) {
 }
 
 void ErrorDialog::ShowView(bool is_detailed) {
-  for (QWidget* part : std::initializer_list<QWidget*>{&sign, &label, &short_text})
-    part->setVisible(!is_detailed);
+  short_view.setVisible(!is_detailed);
   full_text.setVisible(is_detailed);
   if (is_detailed == is_detailed_) return;
   is_detailed_ = is_detailed;

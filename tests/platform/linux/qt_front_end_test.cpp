@@ -240,7 +240,10 @@ TEST_F(QtFrontEndTest, TheErrorWindowTurnsItsViewCopiesAndCloses) {
   const auto copy = [](QWidget* focused) { QTest::keySequence(focused, QKeySequence::Copy); };
   // Each step is one of the person's; the next one comes when the window has answered.
   const Act steps[] = {Click("Подробнее  >>"),
-                       [&](QWidget&) { EXPECT_EQ(full_text()->toPlainText(), "кратко\nвсё"); },
+                       [&](QWidget& window) {
+                         EXPECT_EQ(full_text()->toPlainText(), "кратко\nвсё");
+                         EXPECT_GT(full_text()->height(), window.height() / 2) << "fills it";
+                       },
                        Click("Копировать"),
                        [&](QWidget&) { copy(full_text()); },
                        [&](QWidget&) { copy(Seen<QPushButton>("Подробнее  <<")); },
