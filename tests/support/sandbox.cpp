@@ -23,7 +23,7 @@ std::string FromPath(const fs::path& path) {
 Sandbox::Sandbox() {
   std::random_device random;
   const char* const parent = std::getenv("TMW_TEST_FOLDER");
-  root_ = parent != nullptr ? fs::path(parent).make_preferred() : fs::temp_directory_path();
+  root_ = parent != nullptr ? fs::absolute(parent).make_preferred() : fs::temp_directory_path();
   root_ /= ToPath("проба " + std::to_string(random()));
   fs::create_directories(root_);
 }
