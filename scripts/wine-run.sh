@@ -33,7 +33,8 @@ if [ -z "$screen" ]; then
   trap 'rm -rf "$state"' EXIT
   # Through a file: Wine's services, which the first program starts, keep what it writes to open
   # until the last one has ended, and whoever reads a pipe to its end would wait for them.
-  wine "$@" >"$state/output" 2>&1 <&0 &
+  : >"$state/output"
+  wine "$@" >>"$state/output" 2>&1 <&0 &
   program=$!
   tail -c +1 -f -s 0.05 --pid=$program "$state/output"
   wait $program

@@ -14,16 +14,27 @@ namespace {
 
 const std::string kDashes = "\r\n——————————————————————————————————————————————————\r\n";
 
-class BrokenSystemInfo final : public platform::SystemInfo {
+class FixedSystemInfo final : public platform::SystemInfo {
  public:
-  std::optional<platform::OsFacts> Os() override { throw std::runtime_error("no version"); }
-  platform::HardwareFacts Hardware() override { throw std::runtime_error("no memory"); }
+  bool is_broken = false;
+
+  std::optional<platform::OsFacts> Os() override {
+    if (is_broken) throw std::runtime_error("no version");
+    return platform::OsFacts{6, 1, 7601, 2, "Service Pack 1"};
+  }
+  platform::HardwareFacts Hardware() override { return {2047U << 20, 1024U << 20, 7, 0, 4}; }
   platform::SystemFolders Folders() override { return {}; }
 };
 
 TEST(ErrorForm, TheFullTextGathersWhatSupportNeeds) {
   const std::string build = "Сборка программы обновления: " + GetAppVersionString() + "\r\n";
-  const std::string tail = build + "Версия Windows: " + GetOSVersionString() + "\r\n";
+  const std::string tail =
+      build +
+      "Версия Windows: 6.1.7601 (NT), Service Pack 1\r\n"
+      "RAM: 2047 Mb, free: 1024 Mb; VM: 0 Mb, free VM: 0 Mb; processors: 4\r\n";
+  const tests::ScopedPorts ports;
+  FixedSystemInfo system_info;
+  ports->system_info = &system_info;
   const struct {
     const char* message;
     const char* chain;
@@ -47,9 +58,7 @@ TEST(ErrorForm, TheFullTextGathersWhatSupportNeeds) {
     EXPECT_EQ(form.ShortText(), c.short_text);
     EXPECT_EQ(form.FullText(), c.full_text + tail);
   }
-  const tests::ScopedPorts ports;
-  BrokenSystemInfo broken;
-  ports->system_info = &broken;
+  system_info.is_broken = true;
   ErrorForm form;
   form.Compose("Беда", "", 0);
   EXPECT_EQ(form.FullText(), "Беда" + kDashes + build);
