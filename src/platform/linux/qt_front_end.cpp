@@ -1,5 +1,7 @@
 #include "platform/linux/qt_front_end.h"
 
+#include <QElapsedTimer>
+
 #include "platform/linux/qt_application.h"
 #include "platform/linux/qt_boxes.h"
 #include "platform/linux/qt_error_view.h"
@@ -7,6 +9,8 @@
 
 namespace platform {
 namespace {
+
+constexpr int kAskingPeriod = 20;  // milliseconds
 
 class QtFrontEnd final : public FrontEnd {
  public:
@@ -27,7 +31,12 @@ class QtFrontEnd final : public FrontEnd {
 
   void RunPendingEvents() override {
     if (!application_) return;
-    QtApplication::RunEvents(0);
+    // Asking the display server is a system call: a download that did so for every piece would
+    // spend more time on its window than a person can notice.
+    if (!asked_.isValid() || asked_.hasExpired(kAskingPeriod)) {
+      QtApplication::RunEvents(0);
+      asked_.start();
+    }
     application_->RaiseEvents();
   }
 
@@ -52,6 +61,7 @@ class QtFrontEnd final : public FrontEnd {
   }
 
   std::unique_ptr<QtApplication> application_;
+  QElapsedTimer asked_;
 };
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <QElapsedTimer>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <QWindow>
@@ -13,6 +12,7 @@
 #include <utility>
 
 #include "platform/linux/qt_labels.h"
+#include "platform/linux/qt_progress_bar.h"
 
 namespace platform {
 namespace {
@@ -42,7 +42,7 @@ class ProgressDialog final : public QDialog {
   PictureView picture{this};
   FixedLabel stage{1, this};
   FixedLabel detail{kDetailLines, this};
-  QProgressBar bar{this};
+  ProgressBar bar{this};
   QLabel counter{this};
   FixedLabel pace{1, this};
   QPushButton button{this};
@@ -69,7 +69,9 @@ ProgressDialog::ProgressDialog() {
   bar.setRange(0, kBarSteps);
   bar.setTextVisible(false);
   counter.setTextFormat(Qt::PlainText);
-  counter.setMinimumWidth(counter.fontMetrics().horizontalAdvance("000 000 000/000 000 000"));
+  // Fixed, so that a new text asks for no new layout.
+  const QFontMetrics metrics = counter.fontMetrics();
+  counter.setFixedSize(metrics.horizontalAdvance("000 000 000/000 000 000"), metrics.height());
   counter.setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   button.setDefault(true);
   connect(&button, &QPushButton::clicked, this, [this] { reject(); });
@@ -143,17 +145,25 @@ void QtProgressView::ShowBar(BarKind kind) {
 }
 
 void QtProgressView::SetProgress(double percent, const std::string& counter) {
-  dialog_->bar.setValue(static_cast<int>(std::lround(percent * kBarSteps / 100)));
+  ProgressBar& bar = dialog_->bar;
+  QLabel& label = dialog_->counter;
+  // Both are painted in one go.
+  bar.setUpdatesEnabled(false);
+  bar.setValue(static_cast<int>(std::lround(percent * kBarSteps / 100)));
+  bar.setUpdatesEnabled(true);
   const QString text = ToQt(counter);
-  if (text == dialog_->counter.text()) return;
-  dialog_->counter.setText(text);
+  if (text == label.text()) {
+    bar.repaint();
+    return;
+  }
+  label.setText(text);
   // The bar gives way to a longer counter and never takes the room back: it would tremble.
-  const int width = dialog_->counter.sizeHint().width();
-  if (width > dialog_->counter.minimumWidth()) {
-    dialog_->counter.setMinimumWidth(width);
+  const int width = label.fontMetrics().horizontalAdvance(text);
+  if (width > label.width()) {
+    label.setFixedWidth(width);
     dialog_->layout()->activate();
   }
-  dialog_->counter.repaint();
+  label.repaint();
 }
 
 void QtProgressView::SetPace(const std::string& text) {
