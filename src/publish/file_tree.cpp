@@ -6,7 +6,6 @@
 
 #include "foundation/api_errors.h"
 #include "foundation/file_utils.h"
-#include "foundation/program_error.h"
 #include "foundation/text.h"
 #include "packages/hash_api.h"
 #include "packages/sha256.h"
@@ -36,16 +35,13 @@ std::vector<platform::FolderEntry> List(const std::string& folder) {
   return std::move(listed.value);
 }
 
-void AddTree(const std::string& folder, const std::string& prefix,
-             std::vector<std::string>& files) {
+void AddTree(const std::string& folder, const std::string& prefix, std::vector<TreeEntry>& files) {
   for (const platform::FolderEntry& entry : List(folder)) {
     const std::string path = tmw::JoinPath(folder, entry.name);
     if (entry.kind == FileKind::kFolder) {
       AddTree(path, prefix + entry.name + "/", files);
-    } else if (entry.kind == FileKind::kFile) {
-      files.push_back(prefix + entry.name);
     } else {
-      tmw::RaiseProgramError("Neither a file nor a folder: " + tmw::Quoted(path) + ".");
+      files.push_back({prefix + entry.name, entry.kind == FileKind::kFile});
     }
   }
 }
@@ -56,10 +52,11 @@ std::string TextOf(tmw::Sha256Stream& stream) {
 
 }  // namespace
 
-std::vector<std::string> ListTree(const std::string& folder) {
-  std::vector<std::string> files;
+std::vector<TreeEntry> ListTree(const std::string& folder) {
+  std::vector<TreeEntry> files;
   AddTree(folder, "", files);
-  std::sort(files.begin(), files.end());
+  std::sort(files.begin(), files.end(),
+            [](const TreeEntry& a, const TreeEntry& b) { return a.path < b.path; });
   return files;
 }
 

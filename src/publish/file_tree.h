@@ -10,9 +10,13 @@
 
 namespace publish {
 
-// The files below a folder as paths relative to it, "/" between the parts, in byte order. A device
-// or a link that leads nowhere is an error.
-std::vector<std::string> ListTree(const std::string& folder);
+struct TreeEntry {
+  std::string path;  // relative to the listed folder, "/" between the parts
+  bool is_file;      // false: a device, or a link that leads nowhere
+};
+
+// What lies below a folder apart from folders, in byte order.
+std::vector<TreeEntry> ListTree(const std::string& folder);
 
 // A missing folder counts as removed.
 void RemoveTree(const std::string& folder);

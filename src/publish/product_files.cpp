@@ -76,9 +76,9 @@ std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
                                              const Description& description, Faults& faults) {
   std::vector<ProductFile> files;
   std::vector<bool> is_rule_used(description.files.size());
-  for (std::string& path : ListTree(product_folder)) {
+  for (TreeEntry& entry : ListTree(product_folder)) {
     ProductFile file;
-    file.path = std::move(path);
+    file.path = std::move(entry.path);
     file.source = tmw::JoinPath(product_folder, file.path);
     bool is_skipped = false;
     for (std::size_t i = 0; i < description.files.size(); ++i) {
@@ -87,6 +87,10 @@ std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
       Apply(description.files[i], description, file, is_skipped);
     }
     if (is_skipped) continue;
+    if (!entry.is_file) {
+      faults.Add(file.path, "Neither a file nor a folder.");
+      continue;
+    }
     const FolderRule* const rule = FolderOf(file.path, description.folders);
     if (rule == nullptr) {
       faults.Add(file.path, "No Folder of the description says where it is installed.");

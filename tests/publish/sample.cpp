@@ -118,8 +118,8 @@ void Pack(const Sandbox& sandbox, const std::string& package, const Contents& co
 
 std::string Everything(const Sandbox& sandbox, const std::string& folder) {
   std::string text;
-  for (const std::string& name : publish::ListTree(sandbox.Path(folder)))
-    text.append(name).append("\n").append(sandbox.Read(folder + "/" + name)).append("\n");
+  for (const publish::TreeEntry& entry : publish::ListTree(sandbox.Path(folder)))
+    text.append(entry.path).append("\n").append(sandbox.Read(folder + "/" + entry.path)) += '\n';
   return text;
 }
 
