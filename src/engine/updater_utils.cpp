@@ -46,9 +46,9 @@ bool AskYesNo(const std::string& question, const std::string& title) try {
 }
 
 bool GetNoRegisteringParam() try {
-  static const bool value = ReadRegistryBoolean(true, std::string(names::kDevelopmentKey),
-                                                std::string(names::kNoRegisteringSetting), false);
-  return value;
+  static const bool kValue = ReadRegistryBoolean(true, std::string(names::kDevelopmentKey),
+                                                 std::string(names::kNoRegisteringSetting), false);
+  return kValue;
 } catch (...) {
   ReRaiseError(kModule, "GetNoRegisteringParam");
 }

@@ -68,6 +68,8 @@ bool PackUserDatabase(BuildEvents& events) {
   database->Close();
   const std::string archive = BackupPath(version[2]);
   if (IsFileExists(archive)) return true;
+  // What runs that were killed while they packed have left.
+  DeleteFiles(archive + ".*.tmp", true);
   const std::string file = database_utils::GetUserDBFileName();
   TmZipper zipper;
   zipper.AddFileName(file);

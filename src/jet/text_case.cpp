@@ -26,10 +26,10 @@ std::vector<char16_t> MakeCapitals() {
 }  // namespace
 
 std::string UpperCase(std::string_view text) {
-  static const std::vector<char16_t> capitals = MakeCapitals();
+  static const std::vector<char16_t> kCapitals = MakeCapitals();
   std::u16string units = tmw::Utf8ToUtf16(text);
   for (char16_t& unit : units) {
-    if (capitals[unit] != 0) unit = capitals[unit];
+    if (kCapitals[unit] != 0) unit = kCapitals[unit];
   }
   return tmw::Utf16ToUtf8(units);
 }

@@ -106,13 +106,14 @@ std::string DateText(double days) {
   std::string text;
   const bool has_time = parts.hour != 0 || parts.minute != 0 || parts.second != 0;
   if (std::trunc(days) != 0 || !has_time) {
-    std::snprintf(buffer.data(), buffer.size(), "%02d.%02d.%04d", parts.day, parts.month,
-                  parts.year);
+    static_cast<void>(std::snprintf(buffer.data(), buffer.size(), "%02d.%02d.%04d", parts.day,
+                                    parts.month, parts.year));
     text = buffer.data();
   }
   if (has_time) {
-    std::snprintf(buffer.data(), buffer.size(), "%s%d:%02d:%02d", text.empty() ? "" : " ",
-                  parts.hour, parts.minute, parts.second);
+    static_cast<void>(std::snprintf(buffer.data(), buffer.size(), "%s%d:%02d:%02d",
+                                    text.empty() ? "" : " ", parts.hour, parts.minute,
+                                    parts.second));
     text += buffer.data();
   }
   return text;

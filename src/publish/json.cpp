@@ -57,7 +57,8 @@ void JsonWriter::String(std::string_view value) {
       text_ += c;
     } else if (static_cast<unsigned char>(c) < 0x20) {
       std::array<char, 8> escape{};
-      std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(c));
+      static_cast<void>(
+          std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(c)));
       text_ += escape.data();
     } else {
       text_ += c;

@@ -10,6 +10,7 @@ using Log = std::vector<std::string>;
 TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
   std::filesystem::create_directories(ToPath(Path("db/DBUpdates")));
   sandbox_.Write("db/Tamrin_LastVer.mdb", "old");
+  sandbox_.Write("db/Tamrin_0.zip.7.tmp", "of a killed backup");
   Publish();
   Run();
   ASSERT_TRUE(updated_) << front_end_.log.back();
@@ -18,6 +19,7 @@ TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
   EXPECT_EQ(Rows("db/Tamrin_LastVer.mdb", "Banks"), "1|SБанк\r\n2|SБанк №2\r\n");
   EXPECT_THROW(Rows("db/Tamrin_LastVer.mdb", "Заметки"), tmw::ProgramError);
   EXPECT_EQ(sandbox_.Read("db/Tamrin_0.zip").substr(0, 2), "PK");
+  EXPECT_FALSE(sandbox_.Has("db/Tamrin_0.zip.7.tmp"));
   EXPECT_TRUE(sandbox_.Has("db/DBUpdates/2.xml"));
   EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate"));
   std::string told;

@@ -10,7 +10,7 @@ TypedSql ExpressionTranslator::AggregateArgument(const Expression& expression) {
   in_aggregate_ = true;
   met_own_field_ = false;
   met_outer_field_ = false;
-  const TypedSql argument = Raw(*expression.arguments[0]);
+  TypedSql argument = Raw(*expression.arguments[0]);
   in_aggregate_ = false;
   if (met_outer_field_ && !met_own_field_)
     FailUnsupported(expression.text + " по полю внешнего запроса");

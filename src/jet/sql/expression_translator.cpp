@@ -314,7 +314,7 @@ TypedSql ExpressionTranslator::Binary(const Expression& expression) {
   const TypedSql a = Decoded(raw_a);
   const TypedSql b = Decoded(raw_b);
   if (Wider(a.type, b.type) == ValueType::kCurrency) {
-    const TypedSql amount = Amount(expression.op, raw_a, raw_b);
+    TypedSql amount = Amount(expression.op, raw_a, raw_b);
     if (!amount.sql.empty()) return amount;
   }
   switch (expression.op) {

@@ -46,6 +46,7 @@ std::vector<const FieldInfo*> AllFields(const TableInfo& table) {
 std::vector<const FieldInfo*> FieldsByColumns(const TableInfo& table,
                                               const std::vector<OutputColumn>& columns) {
   std::vector<const FieldInfo*> fields;
+  fields.reserve(columns.size());
   for (const OutputColumn& column : columns)
     fields.push_back(RequireField(table, column.name));
   RefuseRepeated(fields);

@@ -46,8 +46,8 @@ void CopyAll(const std::shared_ptr<Connection>& source, Connection& target) {
   Catalogue catalogue(source);
   for (const char* const name : {"_jet_table", "_jet_field", "_jet_index", "_jet_index_field",
                                  "_jet_property", "_jet_relation", "_jet_relation_field"}) {
-    const std::string table = name;
-    target.Run("INSERT INTO main." + table + " SELECT * FROM source." + table);
+    std::string sql = "INSERT INTO main.";
+    target.Run(sql.append(name).append(" SELECT * FROM source.").append(name));
   }
   std::map<std::int64_t, TablePtr> tables;
   for (const platform::TableSummary& summary : catalogue.Tables()) {

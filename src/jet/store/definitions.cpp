@@ -57,6 +57,7 @@ void CheckFields(const std::vector<platform::FieldDefinition>& fields, const std
       first == fields.end() ? first : std::find_if(first + 1, fields.end(), IsCounter);
   if (second != fields.end()) Fail(kInvalidFieldType, second->name);
   std::vector<std::string> names;
+  names.reserve(fields.size());
   for (const platform::FieldDefinition& field : fields)
     names.push_back(tmw::LowerCase(field.name));
   std::sort(names.begin(), names.end());

@@ -85,6 +85,7 @@ class SpawnPlan {
       environment.push_back(variable.data());
     environment.push_back(nullptr);
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments)
       argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
