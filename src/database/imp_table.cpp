@@ -62,9 +62,7 @@ void ImpTable::Import(std::string_view text, bool has_rows, const std::string& l
   try {
     blamed_line_ = 0;
     row_count_ = 0;
-    Transaction transaction;
     Replace(reader, has_rows, database);
-    transaction.Commit();
   } catch (...) {
     const ProgramError error = CurrentError();
     const std::size_t line = blamed_line_ != 0 ? blamed_line_ : reader.Line();
@@ -81,11 +79,16 @@ void ImpTable::Replace(TableTextReader& reader, bool has_rows, platform::Databas
   if (has_rows && !rows_follow) RaiseProgramError(database_texts::RowsMissing());
   if (!has_rows && rows_follow) RaiseProgramError(database_texts::RowsNotWanted());
 
-  // Indexes are built when the rows are in, each in one go.
+  // Indexes are built when the rows are in, each in one go. The transaction is for the rows alone:
+  // in one with them the product's own engine may find the table in use when it gets its indexes.
   const std::vector<platform::IndexDefinition> indexes = std::exchange(table.indexes, {});
   if (HasTable(database, table.name)) database.DeleteTable(table.name);
   database.CreateTable(table);
-  if (rows_follow) Fill(reader, table, database);
+  if (rows_follow) {
+    Transaction transaction;
+    Fill(reader, table, database);
+    transaction.Commit();
+  }
   reader.ReadEnd();
   for (std::size_t i = 0; i < indexes.size(); ++i) {
     blamed_line_ = reader.IndexLine(i);

@@ -11,8 +11,9 @@ namespace tmw {
 
 class TableTextReader;
 
-// Imports a table from its text: the table of that name is replaced in one transaction, so that a
-// faulty text leaves the old one as it was. Errors name the file, the line and the reason.
+// Imports a table from its text: the table of that name is replaced. A faulty text leaves it
+// without its rows or gone; whoever needs the old one then begins a transaction before. Errors name
+// the file, the line and the reason.
 class ImpTable {
  public:
   // The table that is expected; a text that describes another one is refused. Empty: any.

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "database/table_export.h"
+#include "database/transaction.h"
 #include "foundation/program_error.h"
 #include "platform/ports.h"
 #include "tests/support/caught.h"
@@ -96,7 +97,7 @@ TEST_F(ImpTableTest, FilesReplaceTheTableInBothEncodings) {
   EXPECT_EQ(Export("Т", *db), "Table:Т\r\nField:б|Long|4\r\nRows\r\nEndRows\r\nEndTable\r\n");
 }
 
-TEST_F(ImpTableTest, AFaultyTextNamesItsPlaceAndLeavesTheOldTable) {
+TEST_F(ImpTableTest, AFaultyTextNamesItsPlaceAndCanBeTakenBack) {
   const std::string old = "Table:T\r\nField:a|Long|4\r\nRows\r\n7\r\nEndRows\r\nEndTable\r\n";
   tmw::ImpTable importer;
   importer.SetTableName("T");
@@ -141,7 +142,10 @@ TEST_F(ImpTableTest, AFaultyTextNamesItsPlaceAndLeavesTheOldTable) {
        "Недопустимый тип поля"},
   };
   for (const auto& c : cases) {
-    const tmw::ProgramError error = tests::Caught([&] { importer.ImportFromString(c.text, *db); });
+    const tmw::ProgramError error = tests::Caught([&] {
+      const tmw::Transaction transaction;
+      importer.ImportFromString(c.text, *db);
+    });
     EXPECT_TRUE(error.Description.starts_with("Ошибка в файле таблицы \"T\"" +
                                               std::string(c.place) + ":\r\n" + c.reason))
         << error.Description << "\n"
