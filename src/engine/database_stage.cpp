@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "database/access_helpers.h"
 #include "database/database_paths.h"
 #include "database/etalon_db.h"
 #include "database/working_db.h"
@@ -10,7 +9,6 @@
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
-#include "packages/hash_api.h"
 
 namespace tmw {
 namespace {
@@ -61,9 +59,7 @@ bool KsUpdater::BuildWorkingDB() try {
   ReRaiseError(kModule, "BuildWorkingDB");
 }
 
-void KsUpdater::OnUserDatabaseCopied() try {
-  user_database_hash_ = GetFileHash(database_utils::GetUserDBFileName());
-} catch (...) {
+void KsUpdater::OnUserDatabaseCopied() try { user_database_hash_ = HashOfUserRows(); } catch (...) {
   ReRaiseError(kModule, "OnUserDatabaseCopied");
 }
 

@@ -1,16 +1,28 @@
 #include "engine/user_database.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
 #include "database/access_helpers.h"
 #include "database/database_paths.h"
 #include "database/open_mdb.h"
 #include "engine/engine_texts.h"
+#include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "foundation/text.h"
 #include "packages/hash_api.h"
+#include "packages/sha256.h"
 #include "packages/tm_zipper.h"
+#include "platform/file_system.h"
+#include "platform/ports.h"
 
 namespace tmw {
 namespace {
+
+constexpr std::size_t kPageBytes = 4096;
+constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 
 bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersion& target_version,
                 BuildEvents& events) {
@@ -26,13 +38,13 @@ bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersi
   return false;
 }
 
-// Alone with it first: who has it open could still write. Bytes and not rows: a changed amount
-// leaves their number as it was.
+// Alone with it first: who has it open could still write. A hash and not the number of rows: a
+// changed amount leaves that as it was.
 bool IsUnchanged(const std::string& hash, BuildEvents& events) {
   const auto database = GetUserDBForReading();
   if (!database) return false;
   database->Close();
-  if (GetFileHash(database_utils::GetUserDBFileName()) == hash) return true;
+  if (HashOfUserRows() == hash) return true;
   events.DownloadError(engine_texts::kDatabaseChanged);
   return false;
 }
@@ -59,6 +71,25 @@ void MendUserDatabase() {
 
 void ForgetUnusedCopy() {
   DeleteFile(NewUserDatabasePath(), true);
+}
+
+std::string HashOfUserRows() {
+  const std::string path = database_utils::GetUserDBFileName();
+  const auto raise = [&path](platform::SystemCode code) {
+    RaiseApiErrorWithMessage("Ошибка чтения файла " + Quoted(path) + ":", code);
+  };
+  const auto opened = platform::CurrentPorts().files->Open(path, platform::FileMode::kRead);
+  if (!opened) raise(opened.code);
+  Sha256Stream stream;
+  std::vector<char> buffer(kReadBytes);
+  for (std::size_t to_pass_over = kPageBytes;;) {
+    const auto count = opened.value->Read(buffer.data(), buffer.size());
+    if (!count) raise(count.code);
+    if (count.value == 0) return GetHashString(stream.Finish());
+    const std::size_t passed = std::min(to_pass_over, count.value);
+    to_pass_over -= passed;
+    stream.Update(buffer.data() + passed, count.value - passed);
+  }
 }
 
 bool PackUserDatabase(BuildEvents& events) {
