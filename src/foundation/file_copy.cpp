@@ -26,7 +26,7 @@ constexpr const char* kGrowingEnding = ".copying";
 constexpr std::size_t kLongestNameTaken = 200;
 
 // A file that has just been written is often opened by a virus scanner at once.
-constexpr int kRenameAttempts = 10;
+constexpr int kRenameAttempts = 50;
 constexpr std::int32_t kRenameIntervalMs = 100;
 
 platform::FileSystem& Files() {

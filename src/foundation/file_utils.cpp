@@ -25,6 +25,7 @@ constexpr char16_t kUtf16Mark = 0xFEFF;
 constexpr std::size_t kReadBytes = std::size_t{64} << 10;
 
 constexpr int kDeleteAttempts = 40;
+constexpr int kPatientAttempts = 10;
 constexpr std::int32_t kDeleteIntervalMs = 100;
 constexpr std::int32_t kLastDeleteIntervalMs = 1000;
 
@@ -53,6 +54,15 @@ platform::FileFacts Examine(const std::string& path) {
 platform::Status RemoveIfThere(const std::string& path) {
   const platform::Status status = Files().RemoveFile(path);
   return !status && Files().MeansMissing(status.code) ? platform::Status::Success() : status;
+}
+
+// A file that has just been written or read is often opened by a virus scanner at once.
+platform::Status RemovePatiently(const std::string& path) {
+  for (int attempt = 1;; ++attempt) {
+    const platform::Status status = RemoveIfThere(path);
+    if (status || !Files().MeansBusy(status.code) || attempt == kPatientAttempts) return status;
+    platform::CurrentPorts().clock->Sleep(kDeleteIntervalMs);
+  }
 }
 
 // Entries that are no folders: files, and links that lead nowhere.
@@ -176,9 +186,10 @@ void CreateEmptyFile(const std::string& path) try {
 }
 
 bool DeleteFile(const std::string& path, bool is_quiet) try {
-  const platform::Status status = RemoveIfThere(path);
-  if (!status && !is_quiet) RaiseDeleteError(path, status.code);
-  return status.ok;
+  if (is_quiet) return RemoveIfThere(path).ok;
+  const platform::Status status = RemovePatiently(path);
+  if (!status) RaiseDeleteError(path, status.code);
+  return true;
 } catch (...) {
   ReRaiseError(kModule, "DeleteFile");
 }
@@ -212,7 +223,7 @@ void DeleteFileRepeatedly(const std::string& path) try {
     if (DeleteFile(path, true)) return;
   }
   clock.Sleep(kLastDeleteIntervalMs);
-  DeleteFile(path);
+  if (const platform::Status last = RemoveIfThere(path); !last) RaiseDeleteError(path, last.code);
 } catch (...) {
   ReRaiseError(kModule, "DeleteFileRepeatedly");
 }

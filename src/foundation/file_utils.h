@@ -51,7 +51,8 @@ void CopyRights(const std::string& source, const std::string& target);
 // Renames, replacing the target. To another file system: a CopyFile, then the source is deleted.
 void MoveFile(const std::string& source, const std::string& target);
 
-// A missing file counts as deleted. Quiet: a failure is the result false instead of an error.
+// A missing file counts as deleted. Whoever holds it for a moment gets a second. Quiet: one
+// attempt, whose failure is the result false instead of an error.
 bool DeleteFile(const std::string& path, bool is_quiet = false);
 
 // Deletes the files of a folder (no folders) that match the mask, the last part of the path. All

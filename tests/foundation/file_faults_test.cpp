@@ -78,7 +78,7 @@ TEST_F(FileFaults, AFailedCopyLeavesTheOldTargetAndNoHalfFile) {
       {F::kBroken, [](F& files) { files.flush_code = F::kBroken; }},
       {F::kBroken, [](F& files) { files.attributes_code = F::kBroken; }},
       {F::kBroken, [](F& files) { files.rename_codes = {F::kBroken}; }},
-      {F::kBusy, [](F& files) { files.rename_codes.assign(10, F::kBusy); }}};
+      {F::kBusy, [](F& files) { files.rename_codes.assign(50, F::kBusy); }}};
   for (const auto& [code, arrange] : cases) {
     F files(static_cast<platform::FileSystem&>(files_));
     ports_->files = &files;
@@ -114,6 +114,9 @@ TEST_F(FileFaults, AHeldFileIsDeletedAsSoonAsItIsLetGo) {
   DeleteFileRepeatedly(source_);
   EXPECT_FALSE(box_.Has("Новая база.mdb"));
   EXPECT_EQ(clock_.sleeps, std::vector<std::int32_t>(39, 100));
+  files_.remove_codes.assign(9, F::kBusy);
+  DeleteFile(target_);
+  EXPECT_FALSE(box_.Has("куда/Тамрин.mdb"));
 }
 
 TEST_F(FileFaults, AFileHeldForFiveSecondsIsReported) {

@@ -17,6 +17,14 @@
 namespace companion::os {
 namespace {
 
+constexpr int kRenameAttempts = 50;
+constexpr DWORD kRenameInterval = 100;  // milliseconds
+
+bool MeansBusy(DWORD code) {
+  return code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION ||
+         code == ERROR_ACCESS_DENIED;
+}
+
 std::wstring Wide(const std::string& path) {
   const std::u16string units = tmw::Utf8ToUtf16(path);
   return {units.begin(), units.end()};
@@ -277,8 +285,16 @@ std::vector<std::string> List(const std::string& folder) {
 }
 
 bool Rename(const std::string& from, const std::string& to) {
-  return MoveFileExW(SystemPath(from).c_str(), SystemPath(to).c_str(),
-                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+  const std::wstring source = SystemPath(from);
+  const std::wstring target = SystemPath(to);
+  // A file that has just been written is often opened by a virus scanner at once.
+  for (int attempt = 1;; ++attempt) {
+    if (MoveFileExW(source.c_str(), target.c_str(),
+                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE)
+      return true;
+    if (!MeansBusy(GetLastError()) || attempt == kRenameAttempts) return false;
+    Sleep(kRenameInterval);
+  }
 }
 bool Remove(const std::string& path) {
   return DeleteFileW(SystemPath(path).c_str()) != FALSE;

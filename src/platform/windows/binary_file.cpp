@@ -7,6 +7,9 @@
 namespace platform {
 namespace {
 
+constexpr int kOpenAttempts = 10;
+constexpr DWORD kOpenInterval = 100;  // milliseconds
+
 SystemCode LastError() {
   return static_cast<SystemCode>(GetLastError());
 }
@@ -62,10 +65,16 @@ class WindowsBinaryFiles final : public BinaryFiles {
                                                   std::uint32_t disposition,
                                                   std::uint32_t flags) override {
     using Result = Outcome<std::unique_ptr<BinaryFileHandle>>;
-    FileHandle handle(CreateFileA(ToAnsi(path).c_str(), access, share_mode, nullptr, disposition,
-                                  flags, nullptr));
-    if (!handle) return Result::Failure(LastError());
-    return Result::Success(std::make_unique<WindowsBinaryFile>(std::move(handle)));
+    const std::string name = ToAnsi(path);
+    // A file that has just been written is often opened by a virus scanner at once.
+    for (int attempt = 1;; ++attempt) {
+      FileHandle handle(
+          CreateFileA(name.c_str(), access, share_mode, nullptr, disposition, flags, nullptr));
+      if (handle) return Result::Success(std::make_unique<WindowsBinaryFile>(std::move(handle)));
+      const SystemCode code = LastError();
+      if (code != ERROR_SHARING_VIOLATION || attempt == kOpenAttempts) return Result::Failure(code);
+      Sleep(kOpenInterval);
+    }
   }
 };
 
