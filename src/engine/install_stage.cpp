@@ -9,6 +9,7 @@
 #include "foundation/file_utils.h"
 #include "platform/clock.h"
 #include "platform/file_system.h"
+#include "platform/front_end.h"
 #include "platform/ports.h"
 
 namespace tmw {
@@ -82,6 +83,8 @@ bool KsUpdater::HandleFiles(const char* action, bool (*is_concerned)(const WuFil
     SetSubAction(file.OrigName);
     if (!step(file)) return false;
     SetProgress(++count);
+    // Nothing can be cancelled here, but the window can be moved and uncovered.
+    platform::CurrentPorts().front_end->RunPendingEvents();
   }
   ClearProgress();
   return true;

@@ -29,6 +29,17 @@ constexpr int kDetailTop = 64;       // 960 twips
 constexpr int kDetailTopNoBar = 40;  // 600 twips
 constexpr int kPaceTop = 86;
 
+constexpr const wchar_t* kBusyReason = L"Устанавливается обновление программы";
+
+// The system does not fall asleep for want of keys pressed while one of these lives.
+class Wakefulness {
+ public:
+  Wakefulness() { SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED); }
+  Wakefulness(const Wakefulness&) = delete;
+  Wakefulness& operator=(const Wakefulness&) = delete;
+  ~Wakefulness() { SetThreadExecutionState(ES_CONTINUOUS); }
+};
+
 class WinProgressView final : public ProgressView, private ViewWindow {
  public:
   explicit WinProgressView(OpenWindows& open)
@@ -77,7 +88,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     SetControlText(counter_, counter);
     if (HasCounter(kind_) && CounterWidth() > counter_width_) Arrange();
     ShowInTaskbar();
-    UpdateWindow(counter_);
+    PaintWhatIsDue();
   }
 
   void SetPace(const std::string& text) override { ShowText(pace_, text); }
@@ -86,6 +97,12 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     SetControlText(button_, caption);
     const bool had_focus = GetFocus() == button_ || GetFocus() == Get();
     EnableWindow(button_, is_enabled ? TRUE : FALSE);
+    // Said beforehand: whoever shuts the system down in the middle of a long step is shown it.
+    if (is_enabled) {
+      ShutdownBlockReasonDestroy(Get());
+    } else {
+      ShutdownBlockReasonCreate(Get(), kBusyReason);
+    }
     // A disabled control would keep the focus, and Esc would be heard by nobody.
     if (had_focus) SetFocus(is_enabled ? button_ : Get());
     Arrange();
@@ -95,6 +112,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     events_ = &events;
     is_closed_ = false;
     const Showing showing(*this);
+    const Wakefulness wakefulness;
     Open().RunPending();
     events.OnShown();
     while (!is_closed_ && Get() != nullptr && Open().WaitAndRun()) {
@@ -175,7 +193,12 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     std::erase(line, '\r');
     std::replace(line.begin(), line.end(), '\n', ' ');
     SetControlText(control, line);
-    UpdateWindow(control);
+    PaintWhatIsDue();
+  }
+
+  // All of it: what another window has uncovered too, while the run asks for no messages.
+  void PaintWhatIsDue() const {
+    RedrawWindow(Get(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
   }
 
   // The system moves the bar forward slowly and back at once: a step too far and back shows the
@@ -188,7 +211,6 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     SendMessageW(bar_, PBM_SETPOS, value + 1, 0);
     SendMessageW(bar_, PBM_SETPOS, value, 0);
     SendMessageW(bar_, PBM_SETRANGE32, 0, kBarRange);
-    UpdateWindow(bar_);
   }
 
   void ShowInTaskbar() {
