@@ -59,6 +59,7 @@ class WinInetRequest final : public InternetRequest {
   Outcome<InternetChunk> Read(void* buffer, std::uint32_t length) override {
     using Result = Outcome<InternetChunk>;
     DWORD read = 0;
+    if (whole_length_ >= 0 && position_ >= whole_length_) return Result::Success({0, true});
     // Some releases hand out bytes beyond the announced end.
     if (whole_length_ >= 0 && whole_length_ - position_ < length)
       length = static_cast<std::uint32_t>(whole_length_ - position_);
@@ -74,6 +75,9 @@ class WinInetRequest final : public InternetRequest {
 
   Status Seek(std::int32_t position, const WaitHandler& /*on_wait*/) override {
     if (position == position_) return Status::Success();
+    // WinINet would agree, and ask for such bytes at the next reading.
+    if (position < 0 || whole_length_ < 0 || position > whole_length_)
+      return Status::Failure(ERROR_INTERNET_INVALID_OPERATION);
     const DWORD result = InternetSetFilePointer(handle_.Get(), position, nullptr, FILE_BEGIN, 0);
     if (result == INVALID_SET_FILE_POINTER) return Status::Failure(LastError());
     position_ = position;
@@ -168,6 +172,10 @@ class WinInet final : public Internet {
     for (const DWORD option : {INTERNET_OPTION_CONNECT_TIMEOUT, INTERNET_OPTION_SEND_TIMEOUT,
                                INTERNET_OPTION_RECEIVE_TIMEOUT})
       InternetSetOptionA(session.Get(), option, &limit, sizeof(limit));
+    // One attempt at each of a host's addresses: WinINet's five take minutes to say that a server
+    // is down, while another one stands ready.
+    DWORD attempts = 1;
+    InternetSetOptionA(session.Get(), INTERNET_OPTION_CONNECT_RETRIES, &attempts, sizeof(attempts));
     return Result::Success(std::make_unique<WinInetSession>(std::move(session)));
   }
 
