@@ -1,5 +1,7 @@
 #include "platform/windows/dao_errors.h"
 
+#include <utility>
+
 #include "foundation/text.h"
 
 namespace platform {
@@ -40,11 +42,13 @@ DatabaseError ErrorOfCall(HRESULT result, EXCEPINFO& details) {
 }
 
 DatabaseError NoDao(HRESULT result) {
-  return {static_cast<std::int32_t>(result),
-          "Для работы с базой данных нужна компонента DAO 3.6 (\"DAO.DBEngine.36\"): она не "
-          "установлена или не работает (0x" +
-              tmw::ToHex(static_cast<std::int32_t>(result)) + ").",
-          kComponent};
+  std::string text =
+      "Для работы с базой данных нужна компонента DAO 3.6 (\"DAO.DBEngine.36\"): она не "
+      "установлена или не работает (0x" +
+      tmw::ToHex(static_cast<std::int32_t>(result)) + ").";
+  if constexpr (sizeof(void*) > 4)
+    text += " Она бывает только 32-разрядной, а запущена 64-разрядная программа обновления.";
+  return {static_cast<std::int32_t>(result), std::move(text), kComponent};
 }
 
 }  // namespace platform
