@@ -64,7 +64,8 @@ struct Putter {
   }
   void operator()(const DecimalValue& value) const {
     DECIMAL decimal = {};
-    if (FAILED(VarDecFromStr(ToWide(value.text).data(), kEnglish, 0, &decimal))) return;
+    if (FAILED(VarDecFromStr(ToWide(value.text).data(), kEnglish, LOCALE_NOUSEROVERRIDE, &decimal)))
+      return;
     variant.decVal = decimal;
     variant.vt = VT_DECIMAL;  // after the value: it overlies the type
   }
@@ -88,7 +89,8 @@ std::string BytesOf(const VARIANT& variant) {
 DatabaseValue DecimalOf(const VARIANT& variant) {
   DECIMAL decimal = variant.decVal;
   ComText text;
-  if (FAILED(VarBstrFromDec(&decimal, kEnglish, 0, text.Out()))) return OtherValue{VT_DECIMAL};
+  if (FAILED(VarBstrFromDec(&decimal, kEnglish, LOCALE_NOUSEROVERRIDE, text.Out())))
+    return OtherValue{VT_DECIMAL};
   return DecimalValue{text.ToString()};
 }
 
