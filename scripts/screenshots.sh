@@ -35,8 +35,13 @@ start_screen() {
   read -r -t 20 number <"$scratch/number" || fail "no screen: $(cat "$scratch/xvfb.log")"
   export DISPLAY=:$number
   unset WAYLAND_DISPLAY QT_QPA_PLATFORM TMW_FRONT_END
-  openbox --sm-disable >"$scratch/manager.log" 2>&1 &
+  openbox --sm-disable --startup "touch $scratch/managed" >"$scratch/manager.log" 2>&1 &
   manager=$!
+  for _ in $(seq 100); do
+    [ ! -e "$scratch/managed" ] || return 0
+    sleep 0.1
+  done
+  fail "no window manager: $(cat "$scratch/manager.log")"
 }
 
 # grab FILE: what stands out from the background of the screen; false while nothing does.
