@@ -120,7 +120,7 @@ void KsUpdater::CleanupTempFolders() try {
   SetMainAction(engine_texts::kCleaning);
   SetSubAction("");
   // First of all: the installation is complete now, whatever becomes of the rest.
-  UnmarkInstallation(release_);
+  UnmarkInstallations(temp_dir_);
   for (const std::string& folder : {release_.Structures, release_.Scripts, release_.Loaded,
                                     release_.Parts, release_.Folder, temp_dir_}) {
     CleanupFolder(folder);

@@ -102,7 +102,7 @@ bool KsUpdater::ReplaceUpdater() {
 
 bool KsUpdater::HasWork() {
   // A half-done installation is finished even when every file already is the new one.
-  if (IsInstallationInterrupted(MakeReleasePaths(temp_dir_, version_id_), version_id_)) return true;
+  if (IsInstallationInterrupted(temp_dir_)) return true;
   if (GetUpdaterSettings().IsClientInstallation && tables_need_update_ && !files_need_update_) {
     ShowInformation(engine_texts::kUpdaterTitle, engine_texts::kServerComputerOnly);
     return false;

@@ -1,4 +1,5 @@
 #include "engine/engine_texts.h"
+#include "engine/interruption_mark.h"
 #include "engine/ks_updater.h"
 #include "engine/updater_utils.h"
 #include "foundation/error_handling.h"
@@ -37,6 +38,8 @@ bool KsUpdater::CompareProductVersions() {
     case -1:
       return true;
     case 0:
+      // The files, the version's own among them, may be all that has been installed.
+      if (IsInstallationInterrupted(temp_dir_)) return true;
       // Asked in an unattended run too: a repair is nothing that goes without saying.
       return front_end.AskYesNo(engine_texts::kNotNeededTitle,
                                 engine_texts::SameVersionQuestion(old_product_version_));

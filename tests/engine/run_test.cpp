@@ -115,9 +115,13 @@ TEST_F(RunTest, AnInterruptedInstallationIsFinishedThoughAllFilesAreNew) {
   std::filesystem::remove(ToPath(Path("Продукт/sub")));
   sandbox_.Write("Продукт/sub/two", "2");
   front_end_.answers = {true};
-  EXPECT_EQ(Run(), Log{Volume("0байт")});
+  old_version_ = "3.6.0.2";
+  release_.version_id = "R 3.6.0.2 again";
+  Publish();
+  EXPECT_EQ(Run(), Log{Volume("0байт")}) << "the version is no reason to ask";
   EXPECT_TRUE(updated_);
-  EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2"));
+  EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2/_Installing.txt"));
+  old_version_.clear();
   EXPECT_EQ(Run().size(), 1U);
   EXPECT_FALSE(updated_) << "the mark went with the clean-up";
 }
