@@ -72,6 +72,9 @@ bool KsUpdater::DownloadTables() {
 }
 
 bool KsUpdater::DownloadDatabasePackages() {
+  // What an earlier form of the release has left; the packages bring all that counts.
+  DeleteFiles(JoinPath(release_.Scripts, std::string(names::kScriptMask)), true);
+  DeleteFiles(JoinPath(release_.Structures, "*" + std::string(names::kTableStructureEnding)), true);
   return DownloadSrvMiltiFiles(release_.Scripts, scripts_package_, false) && !CancelPressed() &&
          DownloadSrvMiltiFiles(release_.Structures, structures_package_, false) && !CancelPressed();
 }
