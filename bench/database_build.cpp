@@ -34,7 +34,7 @@ class SilentEvents final : public tmw::BuildEvents {
   void DownloadError(const std::string& message) override {
     std::fprintf(stderr, "%s\n", message.c_str());
   }
-  void OnUserDatabaseCopied() override {}
+  void OnCopyingUserDatabase() override {}
 };
 
 bool Build(const std::string& folder) {

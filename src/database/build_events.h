@@ -17,9 +17,9 @@ class BuildEvents {
   virtual bool CancelPressed() = 0;
   // An expected failure, told to the user before a step returns false.
   virtual void DownloadError(const std::string& message) = 0;
-  // The working copy of the user database has been made: what is written to the original from now
-  // on is not in it. Nothing of the building opens the original for writing afterwards.
-  virtual void OnUserDatabaseCopied() = 0;
+  // The working copy of the user database is about to be made: what is written to the original from
+  // now on may not be in it. Nothing of the building opens the original for writing afterwards.
+  virtual void OnCopyingUserDatabase() = 0;
 
   // Takes both texts and the bar away.
   void ClearProgress() {

@@ -2,6 +2,7 @@
 
 #include "database/access_helpers.h"
 #include "foundation/contract_names.h"
+#include "foundation/encodings.h"
 #include "foundation/file_utils.h"
 #include "startup/services/product_settings.h"
 
@@ -10,6 +11,14 @@ namespace {
 
 SplitName UserDatabase() {
   return SplitFileName(database_utils::GetUserDBFileName());
+}
+
+// For comparison with other folders.
+std::string Key(std::string folder) {
+  folder = GetAbsoluteFileName(folder);
+  while (folder.size() > 1 && (folder.back() == '/' || folder.back() == '\\'))
+    folder.pop_back();
+  return LowerCase(FollowLinks(folder));
 }
 
 std::string ReferenceName() {
@@ -36,6 +45,16 @@ std::string UserDatabasePlace() {
 
 std::string NewUserDatabasePath() {
   return UserDatabasePlace() + std::string(names::kNewDatabaseEnding);
+}
+
+bool IsUserDatabaseFile(const std::string& folder, const std::string& name) {
+  const SplitName database = UserDatabase();
+  const std::string key = LowerCase(name);
+  const bool is_backup = key.starts_with(LowerCase(database.Name + "_")) &&
+                         key.find(names::kBackupEnding) != std::string::npos;
+  if (!is_backup && !key.starts_with(LowerCase(database.FileName()))) return false;
+  return Key(folder) == Key(database.Folder) ||
+         Key(folder) == Key(SplitFileName(UserDatabasePlace()).Folder);
 }
 
 std::string BackupPath(std::int32_t build_number) {

@@ -24,6 +24,10 @@ std::string NewUserDatabasePath();
 // "Tamrin_117.zip" beside the user database of that build.
 std::string BackupPath(std::int32_t build_number);
 
+// True for the files in which the user's rows lie: the user database, what stands beside it under
+// its name, its backups. The folder is absolute; letter case does not count.
+bool IsUserDatabaseFile(const std::string& folder, const std::string& name);
+
 // The scripts that the product itself keeps.
 std::string InstalledScriptsFolder();
 

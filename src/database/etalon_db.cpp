@@ -26,7 +26,6 @@ namespace {
 constexpr const char* kModule = "KsUpdater";
 
 // Lower-cased; it stands in no manifest.
-constexpr const char* kVersionTable = "dbversion";
 
 // Fills the tables one after another; the user database is opened once, when a dictionary first
 // comes from there.
@@ -116,7 +115,7 @@ bool BuildEtalonDB(const DatabaseBuild& build, BuildEvents& events) {
 }
 
 bool DeteleUnnecessaryTables(const DatabaseBuild& build, platform::Database& database) try {
-  std::set<std::string> kept = {kVersionTable};
+  std::set<std::string> kept = {std::string(names::kVersionTable)};
   for (const WuTableNode& table : *build.Tables)
     kept.insert(LowerCase(table.TableName));
   std::vector<std::string> unnecessary = OrdinaryTables(database);

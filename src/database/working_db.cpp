@@ -34,8 +34,8 @@ bool ExpectUserRows(const std::set<std::string>& replaced, RowCounts& counts) {
 bool Build(const DatabaseBuild& build, BuildEvents& events) {
   const std::string path = BuiltWorkingPath(build.ScriptsFolder);
   events.SetSubAction(database_texts::kMakingTemporaryCopy);
+  events.OnCopyingUserDatabase();
   CopyUserDatabase(path);
-  events.OnUserDatabaseCopied();
   if (events.CancelPressed()) return false;
   events.SetSubAction(database_texts::kOpening);
   const auto database = OpenMdb(path, database_texts::kWorkingCopy, true, false);

@@ -17,7 +17,10 @@ constexpr const char* kModule = "KsUpdater";
 
 void PlaceReferenceDatabase(const std::string& built) {
   const std::string installed = InstalledReferencePath();
-  if (IsFileExists(installed)) DeleteFileRepeatedly(installed);
+  if (IsFileExists(installed)) {
+    CopyRights(installed, built);
+    DeleteFileRepeatedly(installed);
+  }
   CopyFile(built, installed);
   DeleteFile(built);
 }
@@ -59,8 +62,10 @@ bool KsUpdater::BuildWorkingDB() try {
   ReRaiseError(kModule, "BuildWorkingDB");
 }
 
-void KsUpdater::OnUserDatabaseCopied() try { user_database_hash_ = HashOfUserRows(); } catch (...) {
-  ReRaiseError(kModule, "OnUserDatabaseCopied");
+void KsUpdater::OnCopyingUserDatabase() try {
+  user_database_hash_ = HashOfUserRows();
+} catch (...) {
+  ReRaiseError(kModule, "OnCopyingUserDatabase");
 }
 
 bool KsUpdater::BackupUserDB() try {

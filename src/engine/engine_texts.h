@@ -128,6 +128,16 @@ inline std::string TableTwice(const std::string& name) {
   return "В списке файлов дважды встречается таблица \"" + name + "\".";
 }
 
+inline std::string VersionTableNamed(const std::string& name) {
+  return "В списке файлов встречается служебная таблица \"" + name + "\".";
+}
+
+inline std::string UserFileNamed(const std::string& name) {
+  return "В списке файлов встречается \"" + name +
+         "\" в папке базы данных. В этом файле лежат данные пользователя; программа обновления его "
+         "не заменяет.";
+}
+
 inline std::string FileTwice(const std::string& name) {
   return "В списке файлов дважды и с разным содержимым встречается файл \"" + name + "\".";
 }

@@ -62,7 +62,7 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   }
   void SetProgress(std::int32_t value) override { events_.OnSetProgress(value); }
   void DownloadError(const std::string& message) override;
-  void OnUserDatabaseCopied() override;
+  void OnCopyingUserDatabase() override;
   void SetButtonMode(std::int32_t mode) { events_.OnSetButtonMode(mode); }
   void SetIcon(const std::string& name) { events_.OnSetIcon(name); }
 
@@ -163,7 +163,7 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   WuPackage scripts_package_;
   WuPackage structures_package_;
 
-  std::string user_database_hash_;  // as its working copy was made
+  std::string user_database_hash_;  // before its working copy was made
 
   bool tables_need_update_ = false;
   bool files_need_update_ = false;

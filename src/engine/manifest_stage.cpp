@@ -1,3 +1,4 @@
+#include "database/database_paths.h"
 #include "engine/engine_texts.h"
 #include "engine/ks_updater.h"
 #include "engine/limits.h"
@@ -151,6 +152,8 @@ bool KsUpdater::ParseFileNode(const XmlNode& node, const std::string& folder) tr
   file.IsCom = XmlGetBooleanAttributeDef(node, "IsCom", false);
   RequireFileName(file.OrigName);
   RequireRelativeName(file.SrvName);
+  if (IsUserDatabaseFile(folder, file.OrigName))
+    RaiseProgramError(engine_texts::UserFileNamed(file.OrigName));
   files_.push_back(std::move(file));
   return true;
 } catch (...) {
@@ -167,7 +170,10 @@ bool KsUpdater::ParseTableNode(const XmlNode& node, bool is_user) try {
     table.Hash = XmlGetStringAttribute(node, "Hash");
   }
   RequireFileName(table.TableName);
-  const auto [found, is_new] = table_by_name_.emplace(LowerCase(table.TableName), tables_.size());
+  const std::string key = LowerCase(table.TableName);
+  if (key == names::kVersionTable || key.starts_with(names::kSystemTablePrefix))
+    RaiseProgramError(engine_texts::VersionTableNamed(table.TableName));
+  const auto [found, is_new] = table_by_name_.emplace(key, tables_.size());
   if (!is_new) RaiseProgramError(engine_texts::TableTwice(table.TableName));
   tables_.push_back(std::move(table));
   return true;

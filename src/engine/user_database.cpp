@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "database/access_helpers.h"
@@ -24,6 +26,10 @@ namespace {
 constexpr std::size_t kPageBytes = 4096;
 constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 
+[[noreturn]] void RaiseReadError(const std::string& path, platform::SystemCode code) {
+  RaiseApiErrorWithMessage("Ошибка чтения файла " + Quoted(path) + ":", code);
+}
+
 bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersion& target_version,
                 BuildEvents& events) {
   if (GetFileHash(copy) != GetFileHash(built)) {
@@ -38,13 +44,35 @@ bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersi
   return false;
 }
 
-// Alone with it first: who has it open could still write. A hash and not the number of rows: a
-// changed amount leaves that as it was.
+// Of all pages but the first; nothing when the file cannot be opened.
+std::optional<std::string> TryHashOfUserRows(platform::SystemCode& code) {
+  const std::string path = database_utils::GetUserDBFileName();
+  const auto opened = platform::CurrentPorts().files->Open(path, platform::FileMode::kRead);
+  code = opened.code;
+  if (!opened) return std::nullopt;
+  Sha256Stream stream;
+  std::vector<char> buffer(kReadBytes);
+  for (std::size_t to_pass_over = kPageBytes;;) {
+    const auto count = opened.value->Read(buffer.data(), buffer.size());
+    if (!count) RaiseReadError(path, count.code);
+    if (count.value == 0) return GetHashString(stream.Finish());
+    const std::size_t passed = std::min(to_pass_over, count.value);
+    to_pass_over -= passed;
+    stream.Update(buffer.data() + passed, count.value - passed);
+  }
+}
+
+// A hash and not the number of rows: a changed amount leaves that as it was. Nobody else may write
+// meanwhile: the file is held by the engine or, where that keeps it from being read, by the
+// reading.
 bool IsUnchanged(const std::string& hash, BuildEvents& events) {
   const auto database = GetUserDBForReading();
   if (!database) return false;
+  platform::SystemCode code = 0;
+  std::optional<std::string> present = TryHashOfUserRows(code);
   database->Close();
-  if (HashOfUserRows() == hash) return true;
+  if (!present) present = HashOfUserRows();
+  if (*present == hash) return true;
   events.DownloadError(engine_texts::kDatabaseChanged);
   return false;
 }
@@ -74,22 +102,10 @@ void ForgetUnusedCopy() {
 }
 
 std::string HashOfUserRows() {
-  const std::string path = database_utils::GetUserDBFileName();
-  const auto raise = [&path](platform::SystemCode code) {
-    RaiseApiErrorWithMessage("Ошибка чтения файла " + Quoted(path) + ":", code);
-  };
-  const auto opened = platform::CurrentPorts().files->Open(path, platform::FileMode::kRead);
-  if (!opened) raise(opened.code);
-  Sha256Stream stream;
-  std::vector<char> buffer(kReadBytes);
-  for (std::size_t to_pass_over = kPageBytes;;) {
-    const auto count = opened.value->Read(buffer.data(), buffer.size());
-    if (!count) raise(count.code);
-    if (count.value == 0) return GetHashString(stream.Finish());
-    const std::size_t passed = std::min(to_pass_over, count.value);
-    to_pass_over -= passed;
-    stream.Update(buffer.data() + passed, count.value - passed);
-  }
+  platform::SystemCode code = 0;
+  std::optional<std::string> hash = TryHashOfUserRows(code);
+  if (!hash) RaiseReadError(database_utils::GetUserDBFileName(), code);
+  return *std::move(hash);
 }
 
 bool PackUserDatabase(BuildEvents& events) {
@@ -107,8 +123,13 @@ bool PackUserDatabase(BuildEvents& events) {
   zipper.ZipFileName = archive;
   zipper.RootDir = SplitFileName(file).Folder;
   const std::int32_t result = zipper.DoZipping();
-  if (result != 0) events.DownloadError(engine_texts::BackupFailed(GetZipResultText(result)));
-  return result == 0;
+  if (result != 0) {
+    events.DownloadError(engine_texts::BackupFailed(GetZipResultText(result)));
+    return false;
+  }
+  // Whoever may not read the books may not read their backup either.
+  CopyRights(file, archive);
+  return true;
 }
 
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,

@@ -24,7 +24,7 @@ bool PackUserDatabase(BuildEvents& events);
 // Of all pages of the user database but the first, in which an engine notes who has it open.
 std::string HashOfUserRows();
 
-// hash: HashOfUserRows as the built one was made from them; a file that has another one now has
+// hash: HashOfUserRows before the built one was made from them; a file that has another one now has
 // been written to since, and stays. The built one goes when the new one is in its place. False,
 // with the old one in its place: the user has been told.
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,

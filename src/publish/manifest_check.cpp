@@ -41,6 +41,9 @@ void CheckNames(const FileRecord& file, const std::string& place, Faults& faults
     if (!verdict.IsAccepted()) faults.Add(place, "The updater refuses it: " + verdict.message);
   };
   refuse(tmw::CheckFileName(file.name));
+  if (tmw::LowerCase(file.name).starts_with(tmw::LowerCase(std::string(tmw::names::kUserDatabase))))
+    faults.Add(place,
+               "It has the name of the user's own database, which the updater never replaces.");
   refuse(tmw::CheckRelativeName(file.server_name));
   const std::optional<std::string> folder = Expand(file.folder);
   if (!folder) {

@@ -74,7 +74,7 @@ class BuildTest : public testing::Test, protected tmw::BuildEvents {
     front_end.log.push_back("told|" + message);
   }
 
-  void OnUserDatabaseCopied() override {}
+  void OnCopyingUserDatabase() override {}
 
   Sandbox sandbox;
   ScopedPorts ports;

@@ -46,14 +46,53 @@ TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
   EXPECT_FALSE(updated_);
 }
 
-TEST_F(DatabaseRunTest, AnAmountThatIsChangedWhileTheFilesAreInstalledIsKept) {
+TEST_F(DatabaseRunTest, AnAmountThatIsChangedWhileTheUpdateIsMadeIsKept) {
   Publish();
-  on_told_ = [this](const std::string& line) {
-    if (line == "icon install")
-      Execute(Path("db/Tamrin.mdb"), {"update Книга set Сумма = 11 where Ид = 1"});
+  int amount = 11;
+  const auto change = [&] {
+    Execute(Path("db/Tamrin.mdb"),
+            {"update Книга set Сумма = " + std::to_string(++amount) + " where Ид = 1"});
+  };
+  on_told_ = [&](const std::string& line) {
+    if (line == "icon install") change();
   };
   EXPECT_TRUE(Run().back().starts_with("warning|Ошибка загрузки|Пока готовилась новая база"));
-  EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|11\r\n2|-3\r\n");
+  EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|12\r\n2|-3\r\n");
+  on_told_ = nullptr;
+  front_end_.answers = {true};
+  clock_.on_sleep = [&] {
+    if (listener_.log.back() == "sub Создание временной копии базы данных...") change();
+  };
+  EXPECT_TRUE(Run().back().starts_with("warning|Ошибка загрузки|Пока готовилась новая база"));
+  EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|13\r\n2|-3\r\n");
+}
+
+// Neither they nor their backups are anything that a release may bring.
+TEST_F(DatabaseRunTest, TheBooksAreNoProgramFile) {
+  settings_.Set(platform::SettingsRoot::kMachine,
+                "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath", sandbox_.Path());
+  tmw::ForgetProductPaths();
+  for (const char* const name : {"Tamrin.mdb", "tamrin.MDB.new", "Tamrin_0.zip"}) {
+    release_.files = {{name, "of the maker", "{p}db"}};
+    Publish();
+    EXPECT_NE(Run().back().find("В этом файле лежат данные пользователя"), std::string::npos)
+        << name;
+  }
+  EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|10.5\r\n2|-3\r\n");
+  release_.files = {{"Tamrin.mdb", "a pattern", "{p}Образцы"}};
+  Publish();
+  Run();
+  EXPECT_TRUE(updated_) << front_end_.log.back();
+  release_.dict = "DBVersion";
+  Publish();
+  EXPECT_NE(Run().back().find("служебная таблица \"DBVersion\""), std::string::npos);
+}
+
+TEST_F(DatabaseRunTest, ScriptsOfAnEarlierFormOfTheReleaseAreForgotten) {
+  Publish();
+  sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/DBUpdates/old.xml", release_.scripts[0].second);
+  Run();
+  EXPECT_TRUE(updated_) << front_end_.log.back();
 }
 
 }  // namespace
