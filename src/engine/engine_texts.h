@@ -41,6 +41,11 @@ inline std::string NoTempFolder(const std::string& folder) {
          "настройках Windows указан неверный путь к временной папке.";
 }
 
+inline std::string FolderNotWritable(const std::string& folder, const std::string& reason) {
+  return "Невозможно заменить файлы в папке \"" + folder + "\":\r\n" + reason +
+         "\r\nВозможно, у текущего пользователя нет необходимых прав. Ничего не изменено.";
+}
+
 // The digest.
 inline constexpr const char* kGettingVersion = "Получение номера текущей версии...";
 inline constexpr const char* kDigestEmpty = "Файл с информацией о версии пуст.";

@@ -1,9 +1,14 @@
 #include <algorithm>
+#include <set>
+#include <string>
+#include <utility>
 
+#include "database/database_paths.h"
 #include "engine/engine_texts.h"
 #include "engine/interruption_mark.h"
 #include "engine/ks_updater.h"
 #include "engine/registration.h"
+#include "foundation/api_errors.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
@@ -11,6 +16,7 @@
 #include "platform/file_system.h"
 #include "platform/front_end.h"
 #include "platform/ports.h"
+#include "startup/services/updater_settings.h"
 
 namespace tmw {
 namespace {
@@ -18,6 +24,7 @@ namespace {
 constexpr const char* kModule = "KsUpdater";
 
 constexpr std::int32_t kAfterUnregisteringMs = 10;
+constexpr const char* kProbe = "TmWebUpdate.probe";
 constexpr const char* kScriptEnding = ".tms";
 constexpr const char* kScriptCompanionEnding = ".xml";
 
@@ -62,6 +69,27 @@ bool InstallFile(const ReleasePaths& release, const WuFileNode& file) {
   return !file.IsCom || DoRegisterDll(installed, false);
 }
 
+// The folder itself, or the nearest one above it that is there.
+std::string ExistingPart(std::string folder) {
+  while (!IsFolderExists(folder)) {
+    std::string above = SplitFileName(folder).Folder;
+    if (above.empty() || above == folder) break;
+    folder = std::move(above);
+  }
+  return folder;
+}
+
+platform::Status TryToWrite(const std::string& folder) {
+  platform::FileSystem& files = *platform::CurrentPorts().files;
+  const std::string probe = JoinPath(folder, kProbe);
+  static_cast<void>(files.RemoveFile(probe));
+  const auto opened = files.Open(probe, platform::FileMode::kCreateNew);
+  if (!opened) return platform::Status::Failure(opened.code);
+  const platform::Status closed = opened.value->Close();
+  const platform::Status removed = files.RemoveFile(probe);
+  return closed ? removed : closed;
+}
+
 void CleanupFolder(const std::string& folder) {
   if (folder.empty() || !IsFolderExists(folder)) return;
   DeleteFiles(JoinPath(folder, "*.*"), true);
@@ -70,6 +98,25 @@ void CleanupFolder(const std::string& folder) {
 }
 
 }  // namespace
+
+// Told before anything is downloaded, let alone removed.
+bool KsUpdater::CanReplaceFiles() {
+  std::set<std::string> folders;
+  for (const WuFileNode& file : files_) {
+    if (file.NeedUpdate) folders.insert(ExistingPart(file.Folder));
+  }
+  if (!GetUpdaterSettings().IsClientInstallation) {
+    folders.insert(database_folder_);
+    folders.insert(SplitFileName(UserDatabasePlace()).Folder);
+  }
+  for (const std::string& folder : folders) {
+    const platform::Status written = TryToWrite(folder);
+    if (written) continue;
+    DownloadError(engine_texts::FolderNotWritable(folder, GetApiErrorText(written.code, "")));
+    return false;
+  }
+  return true;
+}
 
 // Counted on the bar. False: a step has told the user why the run ends.
 bool KsUpdater::HandleFiles(const char* action, bool (*is_concerned)(const WuFileNode& file),

@@ -70,7 +70,7 @@ bool KsUpdater::RunStages() {
   SetIcon("scan");
   if (!BuildUpdateList()) return false;
   if (CancelPressed()) return false;
-  if (!HasWork()) return false;
+  if (!HasWork() || !CanReplaceFiles()) return false;
   if (!AskForDownload()) return false;
   SetIcon("download");
   if (!CreateDownloadingFolder() || CancelPressed()) return false;

@@ -48,6 +48,7 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   bool MoveToTempCopy();
   bool ReplaceUpdater();
   bool HasWork();
+  bool CanReplaceFiles();
   bool AskForDownload();
   bool BuildDatabases();
   bool PlaceDatabases();
