@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/linux/own_folder.h"
 #include "platform/unique_handle.h"
 
 namespace platform {
@@ -49,9 +51,27 @@ Status Result(int returned) {
 // What the file system cannot hold, or this user may not set, is no failure.
 Status AsFarAsPossible(int returned) {
   const Status status = Result(returned);
-  const bool is_refused =
-      status.code == EPERM || status.code == EOPNOTSUPP || status.code == EINVAL;
+  const bool is_refused = status.code == EPERM || status.code == EACCES ||
+                          status.code == EOPNOTSUPP || status.code == ENOSYS ||
+                          status.code == EINVAL || status.code == EOVERFLOW;
   return !status && is_refused ? Status::Success() : status;
+}
+
+// The updater's copy runs from the temporary folder.
+bool LetsProgramsRun(const std::string& folder) {
+  struct statvfs facts {};
+  return statvfs(folder.c_str(), &facts) != 0 || (facts.f_flag & ST_NOEXEC) == 0;
+}
+
+// In a folder that everybody writes to, another user could have prepared what is to be found there.
+Outcome<std::string> PrivatePartOf(std::string folder) {
+  struct stat facts {};
+  if (stat(folder.c_str(), &facts) != 0 || (facts.st_mode & S_IWOTH) == 0)
+    return Outcome<std::string>::Success(std::move(folder));
+  folder += "/tamrin-" + std::to_string(geteuid());
+  const SystemCode code = MakeOwnFolder(folder);
+  return code == 0 ? Outcome<std::string>::Success(std::move(folder))
+                   : Outcome<std::string>::Failure(code);
 }
 
 FileKind KindOf(mode_t mode) {
@@ -244,7 +264,7 @@ class LinuxFileSystem final : public FileSystem {
 
   Outcome<std::string> TemporaryFolder() override {
     std::string folder = AbsoluteVariable("TMPDIR");
-    if (!folder.empty()) return Outcome<std::string>::Success(std::move(folder));
+    if (!folder.empty() && LetsProgramsRun(folder)) return PrivatePartOf(std::move(folder));
     folder = AbsoluteVariable("XDG_CACHE_HOME");
     if (folder.empty()) {
       folder = AbsoluteVariable("HOME");

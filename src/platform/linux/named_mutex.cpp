@@ -3,17 +3,18 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <utility>
 
 #include "platform/linux/descriptor.h"
+#include "platform/linux/own_folder.h"
 
 namespace platform {
 namespace {
 
-constexpr mode_t kPrivateFolder = 0700;
 // With the sticky bit set, clean-up of the run-time folder leaves a long-held lock file alone.
 constexpr mode_t kLockFile = S_ISVTX | 0600;
 
@@ -24,15 +25,6 @@ class LockFile final : public NamedMutex {
  private:
   UniqueDescriptor file_;  // its lock goes with it
 };
-
-// A folder that nobody else can put a file into: 0, or the code that says why not.
-SystemCode CheckOwnFolder(const std::string& folder) {
-  struct stat facts {};
-  if (lstat(folder.c_str(), &facts) != 0) return errno;
-  if (!S_ISDIR(facts.st_mode)) return ENOTDIR;
-  const bool is_own = facts.st_uid == geteuid() && (facts.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-  return is_own ? 0 : EPERM;
-}
 
 // The user's run-time folder; where there is none, a folder of his own in the temporary one. All
 // programs of one user have to come to the same place, whatever environment they were given.
@@ -48,8 +40,7 @@ Outcome<std::string> LockFolder() {
   const std::string folder =
       std::string(temporary == nullptr || *temporary != '/' ? "/tmp" : temporary) + "/tamrin-" +
       user;
-  if (mkdir(folder.c_str(), kPrivateFolder) != 0 && errno != EEXIST) return Result::Failure(errno);
-  const SystemCode code = CheckOwnFolder(folder);
+  const SystemCode code = MakeOwnFolder(folder);
   return code == 0 ? Result::Success(folder) : Result::Failure(code);
 }
 

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -180,6 +181,9 @@ bool IsProgramOfOthers(const std::string& path) {
   struct stat facts {};
   if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return false;
   const bool is_program = (facts.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
+  // Where no program may run at all, an administrator's may not either.
+  struct statvfs place {};
+  if (statvfs(path.c_str(), &place) == 0 && (place.f_flag & ST_NOEXEC) != 0) return false;
   return is_program && faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) != 0;
 }
 

@@ -118,6 +118,14 @@ std::optional<int> WaitForMember(pid_t member) {
   return std::nullopt;
 }
 
+// A program that is started without them would take its first files for its input and output.
+void OpenStandardDescriptors() {
+  int descriptor = open("/dev/null", O_RDWR);
+  while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+    descriptor = open("/dev/null", O_RDWR);
+  if (descriptor >= 0) close(descriptor);
+}
+
 int WaitForChain(int pipe, pid_t first, const TerminalModes& modes) {
   working_member = first;
   LeaveSignalsToMembers();
@@ -152,6 +160,7 @@ void AnnounceChainMember(pid_t member) {
 }
 
 std::optional<int> WaitForUpdaterChain() {
+  OpenStandardDescriptors();
   if (ChainPipe() >= 0 || !IsStartedFromTerminal()) return std::nullopt;
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;

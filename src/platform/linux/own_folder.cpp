@@ -1,0 +1,23 @@
+#include "platform/linux/own_folder.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace platform {
+
+SystemCode CheckOwnFolder(const std::string& folder) {
+  struct stat facts {};
+  if (lstat(folder.c_str(), &facts) != 0) return errno;
+  if (!S_ISDIR(facts.st_mode)) return ENOTDIR;
+  const bool is_own = facts.st_uid == geteuid() && (facts.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+  return is_own ? 0 : EPERM;
+}
+
+SystemCode MakeOwnFolder(const std::string& folder) {
+  if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) return errno;
+  return CheckOwnFolder(folder);
+}
+
+}  // namespace platform

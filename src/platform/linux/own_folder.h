@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "platform/outcome.h"
+
+namespace platform {
+
+// 0 when the folder is this user's own and nobody else may write to it, else a code. A link is
+// none.
+SystemCode CheckOwnFolder(const std::string& folder);
+
+// The same; a missing folder is made, for this user alone.
+SystemCode MakeOwnFolder(const std::string& folder);
+
+}  // namespace platform
