@@ -8,6 +8,7 @@
 #include "foundation/path_guard.h"
 #include "foundation/text.h"
 #include "foundation/version.h"
+#include "publish/release_names.h"
 
 namespace publish {
 namespace {
@@ -43,6 +44,7 @@ void ReadUpdaterLine(const std::string& line, Digest& digest, Faults& faults) {
   if (!IsHash(file.hash)) faults.Add(line, "The hash is no SHA-256 in lower case.");
   if (const auto verdict = tmw::CheckFileName(file.name); !verdict.IsAccepted())
     faults.Add(line, "The updater refuses it: " + verdict.message);
+  if (!FitsAddresses(file.name)) faults.Add(line, kFitsNoAddress);
   for (const UpdaterFile& other : digest.files) {
     if (tmw::EqualIgnoringCase(other.name, file.name)) faults.Add(line, "The name comes twice.");
   }
@@ -96,7 +98,7 @@ void CheckServerList(const std::string& text, Faults& faults) {
     const bool is_known = scheme == std::string::npos || lower.starts_with("http://") ||
                           lower.starts_with("https://") || lower.starts_with("ftp://");
     const std::size_t host = scheme == std::string::npos ? 0 : scheme + 3;
-    if (!is_known || host >= server.size() || server.find_first_of(" \t\\") != std::string::npos)
+    if (!is_known || host >= server.size() || server.find_first_of(" \t\\?#") != std::string::npos)
       faults.Add(place, "This is no address of a server: " + server + ".");
   }
   if (servers == 0) faults.Add(place, "It names no server.");

@@ -61,8 +61,8 @@ std::string WriteManifest(const Manifest& manifest);
 [[nodiscard]] bool ReadManifest(const std::string& file, Manifest& manifest, Faults& faults);
 
 // What can be said of the lists alone and the updater would stumble over: names that its path guard
-// refuses, a place or a server name taken twice, different contents under one name, tables that may
-// not be carried, more bytes than it can count.
+// refuses or that no address can hold, a place or a server name taken twice, different contents
+// under one name, tables that may not be carried, more bytes than it can count.
 void CheckManifest(const Manifest& manifest, Faults& faults);
 
 // On the server a table lies under its own name, whatever the manifest says of its file.

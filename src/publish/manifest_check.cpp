@@ -79,11 +79,26 @@ void CheckFiles(const Manifest& manifest, std::map<std::string, const FileRecord
   }
 }
 
+void CheckServerNames(const Manifest& manifest, Faults& faults) {
+  const auto check = [&](const std::string& server_name, const std::string& place) {
+    if (!FitsAddresses(server_name)) faults.Add(place, kFitsNoAddress);
+  };
+  for (const FileRecord& file : manifest.files)
+    check(file.server_name, file.folder + " " + file.name);
+  // A user's table lies in the package of structures, not under its own name.
+  for (const TableRecord& table : manifest.tables) {
+    if (!table.is_user) check(table.name, table.name);
+  }
+  for (const PackageRecord& package : {manifest.scripts, manifest.structures})
+    check(package.server_name, package.server_name);
+}
+
 }  // namespace
 
 void CheckManifest(const Manifest& manifest, Faults& faults) {
   std::map<std::string, const FileRecord*> files;
   CheckFiles(manifest, files, faults);
+  CheckServerNames(manifest, faults);
   std::set<std::string> tables;
   for (const TableRecord& table : manifest.tables) {
     const std::string& name = table.name;

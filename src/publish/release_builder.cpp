@@ -219,6 +219,8 @@ void ReleaseBuilder::AddUpdater(const std::string& product_folder, Faults& fault
     const tmw::GuardVerdict verdict = tmw::CheckFileName(name);
     if (!verdict.IsAccepted()) {
       faults.Add(file, "The updater refuses it: " + verdict.message);
+    } else if (!FitsAddresses(name)) {
+      faults.Add(file, kFitsNoAddress);
     } else if (!taken.insert(tmw::LowerCase(name)).second) {
       faults.Add(file, "Another file of the release has this name on the server.");
     } else if (!tmw::IsFileExists(source)) {

@@ -18,6 +18,13 @@ inline const std::string kStructuresPackage = "_DBStruct" + std::string(tmw::nam
 inline constexpr const char* kFilesFolder = "files";
 inline constexpr const char* kListing = "_Listing.txt";
 
+// Names go into addresses as they are.
+inline bool FitsAddresses(const std::string& name) {
+  return name.find_first_of("#%?") == std::string::npos;
+}
+inline constexpr const char* kFitsNoAddress =
+    "Nobody could download it: #, % and ? mean something else in an address.";
+
 // Never carried by a release: it tells the version of the database it stands in.
 inline constexpr const char* kVersionTable = "DBVersion";
 

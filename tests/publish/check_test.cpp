@@ -76,12 +76,13 @@ const std::vector<Damage>& Damages() {
       {Digest("|7|", "|7 b|"), {"The size is no number"}},
       {Digest("|7|", ";7|"), {"a name, a size and a hash"}},
       {Digest("Updater", "..\\Updater"), {"The updater refuses it: "}},
+      {Digest("Updater", "Up%64ater"), {"Nobody could download it", "Cannot be had as Up%64ater"}},
       {Digest("updater:", "updater:Updater.exe|7|x\r\nUPDATER:"),
        {"no SHA-256", "The name comes twice", "Its hash differs from the digest's"}},
       {Written(kRelease + "Updater.exe", "upd4ter"), {"Its hash differs from the digest's"}},
       {Written("server/TMW_links.dat", " \r\n"), {"It names no server"}},
-      {Written("server/TMW_links.dat", "gopher://a\r\nhttp://\r\nb c"),
-       {"server: gopher://a.", "server: http://.", "server: b c."}},
+      {Written("server/TMW_links.dat", "gopher://a\r\nhttp://\r\nb c\r\nhttp://a/?b\r\na%20b"),
+       {"server: gopher://a.", "server: http://.", "server: b c.", "server: http://a/?b."}},
       {Written("server/TMW_links.dat", std::string(2 << 20, 'x')), {"longer than 1048576 bytes"}},
       {Written(kRelease + "_PackageManifest.tmz", "damaged"), {"_PackageManifest.tmz: Ошибка"}},
       {Repacked("_PackageManifest.tmz", {{"ABC_manifest.xml", "<a/>"}}), {"не найден в архиве"}},
@@ -95,6 +96,8 @@ const std::vector<Damage>& Damages() {
       {InManifest("\"files/tm/Calc.ocx.tmz\"", "\"../Calc.ocx\""), {"refuses it: Недопустимое"}},
       {InManifest("\"files/tm/Calc.ocx.tmz\"", "\"files/tm/Core.dll.tmz\""),
        {"has the name of", "bytes instead of", "не найден в архиве"}},
+      {InManifest("\"files/tm/Calc.ocx.tmz\"", "\"files/tm/Calc%2Eocx.tmz\""),
+       {"Calc.ocx: Nobody could download it", "Cannot be had as files/tm/Calc%2E"}},
       {InManifest("name=\"{p}tm\"", "name=\"{q}tm\""),
        {"unknown constant", "unknown constant", "unknown constant"}},
       {InManifest("OrigSize=\"7\"", "OrigSize=\"8\""), {"It has 7 bytes instead of 8"}},
@@ -155,7 +158,7 @@ TEST(Check, AllFaultsAreToldAtOnce) {
   const Sample sample(sandbox);
   ASSERT_EQ(sample.Publish(), Log{});
   Log expected;
-  for (const std::size_t i : {3U, 10U, 26U, 28U, 33U, 37U}) {
+  for (const std::size_t i : {3U, 11U, 28U, 30U, 35U, 39U}) {
     Damages()[i].spoil(sandbox);
     expected.insert(expected.end(), Damages()[i].faults.begin(), Damages()[i].faults.end());
   }

@@ -123,6 +123,12 @@ TEST(Publish, FaultyInputIsRefusedByName) {
        },
        {"Holes: The updater could not import it: line 5: ", "Con: The updater refuses it: "}},
       {[](Sample& s, const Sandbox& box) {
+         s.Execute("create table [Счет#1] (a long)");
+         box.Write("product/tm/50%.exe", "%");
+         s.Describe("tm/Updater.exe", "tm/50%.exe");
+       },
+       {"Счет#1: Nobody could download it", "tm/50%.exe: Nobody could download it"}},
+      {[](Sample& s, const Sandbox& box) {
          box.Write("product/Справка/Ставки.table", "file");
          s.Describe("\"{p}Help\"", "\"{p}Help\\..\"");
          s.Describe("tm/Updater.exe", "tm/Gone.exe");
