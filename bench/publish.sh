@@ -23,7 +23,7 @@ END
 cat >release.xml <<'END'
 <?xml version="1.0" encoding="utf-8"?>
 <Release Product="TMW" Version="3.6.0.2" Date="2026-11-20">
-  <Updater MinVersion="3.12"/><Servers><Server Url="http://localhost/"/></Servers>
+  <Updater MinVersion="3.0"/><Servers><Server Url="http://localhost/"/></Servers>
   <Files><Folder Target="{p}"/></Files>
 </Release>
 END

@@ -5,6 +5,7 @@
 
 #include "foundation/contract_names.h"
 #include "foundation/encodings.h"
+#include "foundation/file_names.h"
 #include "foundation/path_guard.h"
 #include "foundation/text.h"
 #include "foundation/version.h"
@@ -83,7 +84,30 @@ Digest ReadDigest(const std::string& text, Faults& faults) {
     if (tmw::LowerCase(lines[i].substr(0, kUpdaterLine.size())) == kUpdaterLine)
       ReadUpdaterLine(lines[i], digest, faults);
   }
+  std::vector<std::string> names;
+  for (const UpdaterFile& file : digest.files)
+    names.push_back(file.name);
+  CheckUpdater(digest.needed_updater, names, place, faults);
   return digest;
+}
+
+void CheckUpdater(const std::string& needed_updater, const std::vector<std::string>& files,
+                  const std::string& place, Faults& faults) {
+  std::int32_t numbers[4] = {};
+  std::int32_t count = 0;
+  // The second number decides who replaces himself, whatever the first is.
+  const bool is_read = tmw::ParseVersionString(needed_updater, numbers[0], numbers[1], numbers[2],
+                                               numbers[3], count);
+  if (is_read && numbers[1] > 0 && files.empty()) {
+    faults.Add(place, "Updaters older than " + needed_updater +
+                          " would stop: there is no file to replace themselves by.");
+  }
+  if (files.empty()) return;
+  const std::string ending = tmw::LowerCase(tmw::SplitFileName(files.front()).Extension);
+  if (ending == "dll" || ending == "so" || ending == "ocx") {
+    faults.Add(place, "The updater starts the first of its files, and this is no program: " +
+                          files.front() + ".");
+  }
 }
 
 void CheckServerList(const std::string& text, Faults& faults) {

@@ -27,6 +27,10 @@ std::string WriteDigest(const Digest& digest);
 // The text of the digest's file; whatever the updater would refuse or misread is a fault.
 Digest ReadDigest(const std::string& text, Faults& faults);
 
+// Whether updaters can replace themselves by these files; names may have folders.
+void CheckUpdater(const std::string& needed_updater, const std::vector<std::string>& files,
+                  const std::string& place, Faults& faults);
+
 void CheckServerList(const std::string& text, Faults& faults);
 
 // Exactly count decimal numbers with "." between them.

@@ -150,6 +150,7 @@ PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faul
   if (!ReadDescription(options.description, description, faults)) return {};
   std::vector<ProductFile> files = CollectProductFiles(options.product, description, faults);
   const std::vector<UpdateScript> scripts = ReadScripts(options.scripts, faults);
+  CheckUpdater(description.needed_updater, description.updater_files, "updater", faults);
   CheckServerList(ServerList(description), faults);
   CheckChain(scripts, description.oldest_database, description.version, faults);
   ReferenceTables reference(options.database);

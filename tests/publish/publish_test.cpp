@@ -82,15 +82,17 @@ TEST(Publish, FaultyInputIsRefusedByName) {
          s.Describe("3.6.0.2\" V", "3.6.0\" V");
          s.Describe("R 3.6.0.2", "..");
          s.Describe("2026-11-20", "2026-02-30");
-         s.Describe("MinVersion=\"1.0\"", "MinVersion=\"1\"");
+         s.Describe("MinVersion=\"1.0\"", "MinVersion=\"1.0.0\"");
+         s.Describe("Updater.exe", "Core.dll");
          s.Describe("IsCom=\"yes\"", "IsCom=\"perhaps\"");
          s.Describe("PackType=\"3\"", "PackType=\"4\"");
          s.Describe("<Skip ", "<Skp ");
        },
        {"/Release/@Colour: is no attribute", "/Release/@Product: must be \"TMW\"",
         "/Release/@Version: must be four", "/Release/@VersionID: ", "/Release/@Date: is a day",
-        "/Release/Updater/@MinVersion: ", "/Release/Files/File[1]/@IsCom: is",
-        "/Release/Files/File[3]/@PackType: is 1, 2 or 3", "/Release/Database/Skp: is not known"}},
+        "/Release/Updater/@MinVersion: ", "updater: The updater starts the first of its files",
+        "/Release/Files/File[1]/@IsCom: is", "/Release/Files/File[3]/@PackType: is 1, 2 or 3",
+        "/Release/Database/Skp: is not known"}},
       {[](Sample& s, const Sandbox&) { s.description = "<Release>"; },
        {"release.xml: Cannot be read:\n   Reason: "}},
       {[](Sample& s, const Sandbox&) {
