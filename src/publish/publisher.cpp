@@ -1,6 +1,7 @@
 #include "publish/publisher.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <optional>
 
@@ -11,6 +12,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
+#include "foundation/version.h"
 #include "platform/file_lock.h"
 #include "platform/file_system.h"
 #include "platform/ports.h"
@@ -121,9 +123,27 @@ void RequireInputs(const PublishOptions& options) {
   }
 }
 
+std::array<std::int32_t, 4> NumbersOf(const std::string& version) {
+  std::array<std::int32_t, 4> numbers{};
+  std::int32_t count = 0;
+  static_cast<void>(
+      tmw::ParseVersionString(version, numbers[0], numbers[1], numbers[2], numbers[3], count));
+  return numbers;
+}
+
 bool IsWithin(const std::string& path, const std::string& folder) {
   const std::string start = tmw::JoinPath(folder, "");
   return tmw::JoinPath(path, "").starts_with(start);
+}
+
+// Whether users may be downloading that release: the digest announces it or a later one, or cannot
+// be read. One that a killed run has put in its place without announcing it is nobody's yet.
+bool IsAnnounced(const std::string& root, const std::string& version) {
+  const std::string digest = tmw::JoinPath(root, tmw::names::kDigestFile);
+  if (!tmw::IsFileExists(digest)) return false;
+  Faults ignored;
+  const std::string announced = ReadDigest(tmw::ReadFileToString(digest), ignored).version;
+  return announced.empty() || NumbersOf(announced) >= NumbersOf(version);
 }
 
 PublishedRelease Summary(const Manifest& manifest, std::size_t scripts) {
@@ -156,7 +176,7 @@ PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faul
   ReferenceTables reference(options.database);
   std::vector<TableRecord> tables = reference.Choose(description, faults);
   const std::string place = tmw::JoinPath(root, ReleaseFolder(description.version));
-  if (!options.may_replace && tmw::IsFolderExists(place))
+  if (!options.may_replace && tmw::IsFolderExists(place) && IsAnnounced(root, description.version))
     faults.Add(place, "This version has been published already.");
   // Without a version there is no place to build in.
   if (!IsVersion(description.version, 4)) return {};

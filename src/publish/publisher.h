@@ -15,7 +15,7 @@ struct PublishOptions {
   std::string database;      // the reference database
   std::string scripts;       // the folder of the update scripts
   std::string output;        // the folder that the web server offers
-  bool may_replace = false;  // a release of the same version
+  bool may_replace = false;  // a release of the same version that is announced, or was before
 };
 
 // What has been made.
