@@ -38,8 +38,10 @@ Difference Compare(const Manifest& old_release, const Manifest& new_release) {
     if (!is_new && old_table->second == table.hash) continue;
     add({DownloadKind::kDictionary, table.name, table.server_length, is_new});
   }
-  for (const PackageRecord& package : {new_release.scripts, new_release.structures})
-    add({DownloadKind::kPackage, package.server_name, package.length, false});
+  if (!result.downloads.empty()) {  // else the updater finds nothing to do
+    for (const PackageRecord& package : {new_release.scripts, new_release.structures})
+      add({DownloadKind::kPackage, package.server_name, package.length, false});
+  }
   for (const FileRecord& file : old_release.files) {
     if (!new_places.contains(InstalledPlace(file)))
       result.left_over.push_back(file.folder + " " + file.name);

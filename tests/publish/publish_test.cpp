@@ -300,6 +300,7 @@ TEST(Diff, TellsWhatAUserOfTheOldReleaseDownloads) {
   EXPECT_EQ(difference.left_over, Log{"{p}Help empty"});
   EXPECT_EQ(difference.volume, sum);
   EXPECT_LT(difference.client_volume, sum);
+  EXPECT_EQ(publish::Compare(old_release, old_release).volume, 0);
   EXPECT_FALSE(publish::LoadManifest(sandbox.Path("product"), old_release, faults));
 }
 
