@@ -1,6 +1,5 @@
 #include "packages/rar_writer.h"
 
-#include <functional>
 #include <vector>
 
 #include "foundation/api_errors.h"
@@ -26,13 +25,15 @@ void Require(const platform::Status& status, const std::string& path) {
 }
 
 // Hands the file's bytes over piece by piece.
-void ForEachPiece(const std::string& path, const std::function<void(std::string_view)>& take) {
+void ForEachPiece(const std::string& path, const std::function<void()>& on_piece,
+                  const std::function<void(std::string_view)>& take) {
   const std::unique_ptr<platform::File> file = Open(path, platform::FileMode::kRead);
   std::vector<char> buffer(256U << 10U);
   for (;;) {
     const auto got = file->Read(buffer.data(), buffer.size());
     if (!got) RaiseApiErrorWithMessage("Ошибка чтения файла \"" + path + "\": ", got.code);
     if (got.value == 0) return;
+    if (on_piece) on_piece();
     take({buffer.data(), got.value});
   }
 }
@@ -63,10 +64,11 @@ StoredRarWriter::StoredRarWriter(const std::string& package, rar_blocks::RarForm
 
 // The header in front of the data names its checksum, so the source is read twice; a file that
 // changes in between is refused.
-PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::string& source) try {
+PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::string& source,
+                                    const std::function<void()>& on_piece) try {
   EntryHeader header = HeaderOf(facts);
   Sha256Stream content;
-  ForEachPiece(source, [&](std::string_view piece) {
+  ForEachPiece(source, on_piece, [&](std::string_view piece) {
     header.crc = rar_blocks::UpdateCrc32(header.crc, piece);
     content.Update(piece.data(), piece.size());
     header.size += piece.size();
@@ -78,7 +80,7 @@ PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::strin
   Write(rar_blocks::MakeEntryHeader(format_, header));
   std::uint32_t crc = 0;
   std::uint64_t length = 0;
-  ForEachPiece(source, [&](std::string_view piece) {
+  ForEachPiece(source, on_piece, [&](std::string_view piece) {
     crc = rar_blocks::UpdateCrc32(crc, piece);
     length += piece.size();
     Write(piece);
@@ -118,11 +120,12 @@ void StoredRarWriter::Write(std::string_view bytes) {
   length_ += bytes.size();
 }
 
-void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target) try {
+void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target,
+                                  const std::function<void()>& on_piece) try {
   const std::unique_ptr<platform::File> file = Open(target, platform::FileMode::kWriteNew);
   Sha256Stream digest;
   std::uint64_t length = 0;
-  ForEachPiece(source, [&](std::string_view piece) {
+  ForEachPiece(source, on_piece, [&](std::string_view piece) {
     Require(file->Write(piece.data(), piece.size()), target);
     digest.Update(piece.data(), piece.size());
     length += piece.size();

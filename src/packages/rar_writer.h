@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,7 +39,10 @@ class StoredRarWriter {
   StoredRarWriter(const std::string& package, rar_blocks::RarFormat format,
                   bool with_trailer = false);
 
-  PackedFile AddFile(const RarEntryFacts& facts, const std::string& source);
+  // on_piece is called before every piece of the source that is read or written; what it raises
+  // ends the work.
+  PackedFile AddFile(const RarEntryFacts& facts, const std::string& source,
+                     const std::function<void()>& on_piece = {});
   void AddFolder(const RarEntryFacts& facts);
 
   // Ends the package and brings it to the disk.
@@ -54,7 +58,8 @@ class StoredRarWriter {
   std::uint64_t length_ = 0;
 };
 
-// Copies a file with integrity data for pack method 2 behind its content.
-void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target);
+// Copies a file with integrity data for pack method 2 behind its content; on_piece as above.
+void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target,
+                                  const std::function<void()>& on_piece = {});
 
 }  // namespace tmw

@@ -19,6 +19,7 @@
 #include "packages/rar_archive.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
+#include "publish/stop.h"
 #include "publish/unicode_text.h"
 #include "publish/workers.h"
 
@@ -76,7 +77,7 @@ PackageRecord ReleaseBuilder::PackTogether(const std::string& server_name,
   const std::string path = PathOf(server_name);
   tmw::StoredRarWriter writer(path, description_.format);
   for (const auto& [file, name] : entries)
-    writer.AddFile(FactsOf(name), file);
+    writer.AddFile(FactsOf(name), file, ThrowIfStopped);
   writer.Finish();
   return {server_name, tmw::GetFileLength(path), HashOfFile(path)};
 }
@@ -151,11 +152,12 @@ void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& fau
   const bool has_integrity = record.pack_method == kIntegrity;
   std::string source = file.source;
   if (has_integrity) {
-    tmw::CopyFileWithIntegrityTrailer(file.source, scratch);
+    tmw::CopyFileWithIntegrityTrailer(file.source, scratch, ThrowIfStopped);
     source = scratch;
   }
   tmw::StoredRarWriter writer(target, description_.format, has_integrity);
-  const tmw::PackedFile packed = writer.AddFile(FactsOf(record.name, file.is_executable), source);
+  const tmw::PackedFile packed =
+      writer.AddFile(FactsOf(record.name, file.is_executable), source, ThrowIfStopped);
   writer.Finish();
   if (has_integrity) tmw::DeleteFile(scratch);
   record.length = packed.length;

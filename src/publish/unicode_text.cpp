@@ -6,6 +6,7 @@
 #include "foundation/encodings.h"
 #include "packages/hash_api.h"
 #include "publish/file_tree.h"
+#include "publish/stop.h"
 
 namespace publish {
 namespace {
@@ -22,6 +23,7 @@ UnicodeText::UnicodeText(const std::string& path) : path_(path), file_(OpenToRea
 
 std::string UnicodeText::Next() {
   for (;;) {
+    ThrowIfStopped();
     std::string bytes = std::exchange(rest_, {});
     const std::size_t kept = bytes.size();
     bytes.resize(kept + kPiece);
