@@ -5,6 +5,8 @@
 #include <span>
 
 #include "foundation/api_errors.h"
+#include "foundation/encodings.h"
+#include "foundation/file_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "packages/hash_api.h"
@@ -19,6 +21,7 @@ namespace {
 using platform::FileKind;
 
 constexpr int kScratchAttempts = 1000;
+constexpr int kMostLinks = 40;  // in one path
 
 platform::FileSystem& Files() {
   return *platform::CurrentPorts().files;
@@ -35,16 +38,59 @@ std::vector<platform::FolderEntry> List(const std::string& folder) {
   return std::move(listed.value);
 }
 
-void AddTree(const std::string& folder, const std::string& prefix, std::vector<TreeEntry>& files) {
-  for (const platform::FolderEntry& entry : List(folder)) {
-    const std::string path = tmw::JoinPath(folder, entry.name);
-    if (entry.kind == FileKind::kFolder) {
-      AddTree(path, prefix + entry.name + "/", files);
+// The path without links, as far as the system tells.
+std::string RealPath(std::string path) {
+  int links = 0;
+  std::size_t end = 0;
+  while (end != std::string::npos) {
+    end = path.find(Files().Separator(), end + 1);
+    const std::string start = path.substr(0, end);
+    const auto followed = Files().FollowLinks(start);
+    if (!followed || followed.value == start || ++links > kMostLinks) continue;
+    const std::string rest = end == std::string::npos ? "" : path.substr(end);
+    path = tmw::GetAbsoluteFileName(followed.value + rest);
+    end = 0;
+  }
+  return path;
+}
+
+class TreeLister {
+ public:
+  // Both name the folder; the second has no links in it.
+  void Add(const std::string& folder, const std::string& real, const std::string& prefix) {
+    above_.push_back(real);
+    for (const platform::FolderEntry& entry : List(folder)) {
+      const std::string name = prefix + entry.name;
+      if (entry.kind == FileKind::kFolder) {
+        AddFolder(tmw::JoinPath(folder, entry.name), tmw::JoinPath(real, entry.name), name);
+      } else {
+        files_.push_back(
+            {name, entry.kind == FileKind::kFile ? "" : "Neither a file nor a folder."});
+      }
+    }
+    above_.pop_back();
+  }
+
+  std::vector<TreeEntry> TakeFiles() { return std::move(files_); }
+
+ private:
+  void AddFolder(const std::string& folder, const std::string& entry, const std::string& name) {
+    const auto followed = Files().FollowLinks(entry);
+    const bool is_link = followed && followed.value != entry;
+    const std::string real = is_link ? RealPath(tmw::GetAbsoluteFileName(followed.value)) : entry;
+    const bool leads_back =
+        is_link && std::any_of(above_.begin(), above_.end(),
+                               [&](const std::string& above) { return IsWithin(above, real); });
+    if (leads_back) {
+      files_.push_back({name, "A link to a folder that contains it."});
     } else {
-      files.push_back({prefix + entry.name, entry.kind == FileKind::kFile});
+      Add(folder, real, name + "/");
     }
   }
-}
+
+  std::vector<std::string> above_;  // the folders on the way here, without links
+  std::vector<TreeEntry> files_;
+};
 
 std::string TextOf(tmw::Sha256Stream& stream) {
   return tmw::GetHashString(stream.Finish());
@@ -53,11 +99,22 @@ std::string TextOf(tmw::Sha256Stream& stream) {
 }  // namespace
 
 std::vector<TreeEntry> ListTree(const std::string& folder) {
-  std::vector<TreeEntry> files;
-  AddTree(folder, "", files);
+  TreeLister lister;
+  lister.Add(folder, RealPath(tmw::GetAbsoluteFileName(folder)), "");
+  std::vector<TreeEntry> files = lister.TakeFiles();
   std::sort(files.begin(), files.end(),
             [](const TreeEntry& a, const TreeEntry& b) { return a.path < b.path; });
   return files;
+}
+
+bool IsWithin(const std::string& path, const std::string& folder) {
+  const char separator = Files().Separator();
+  const auto key = [&](const std::string& name) {
+    std::string text = separator == '\\' ? tmw::LowerCase(name) : name;
+    if (!text.ends_with(separator)) text += separator;
+    return text;
+  };
+  return key(path).starts_with(key(folder));
 }
 
 void RemoveTree(const std::string& folder) {

@@ -11,12 +11,16 @@
 namespace publish {
 
 struct TreeEntry {
-  std::string path;  // relative to the listed folder, "/" between the parts
-  bool is_file;      // false: a device, or a link that leads nowhere
+  std::string path;   // relative to the listed folder, "/" between the parts
+  std::string fault;  // a whole sentence; empty: a file
 };
 
-// What lies below a folder apart from folders, in byte order.
+// What lies below a folder apart from folders, in byte order. Links are followed, but not one to a
+// folder that contains it.
 std::vector<TreeEntry> ListTree(const std::string& folder);
+
+// Whether a path is the folder or lies below it; both are absolute, and words alone are compared.
+bool IsWithin(const std::string& path, const std::string& folder);
 
 // A missing folder counts as removed.
 void RemoveTree(const std::string& folder);

@@ -87,8 +87,8 @@ std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
       Apply(description.files[i], description, file, is_skipped);
     }
     if (is_skipped) continue;
-    if (!entry.is_file) {
-      faults.Add(file.path, "Neither a file nor a folder.");
+    if (!entry.fault.empty()) {
+      faults.Add(file.path, entry.fault);
       continue;
     }
     const FolderRule* const rule = FolderOf(file.path, description.folders);

@@ -131,11 +131,6 @@ std::array<std::int32_t, 4> NumbersOf(const std::string& version) {
   return numbers;
 }
 
-bool IsWithin(const std::string& path, const std::string& folder) {
-  const std::string start = tmw::JoinPath(folder, "");
-  return tmw::JoinPath(path, "").starts_with(start);
-}
-
 // Whether users may be downloading that release: the digest announces it or a later one, or cannot
 // be read. One that a killed run has put in its place without announcing it is nobody's yet.
 bool IsAnnounced(const std::string& root, const std::string& version) {

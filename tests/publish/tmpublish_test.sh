@@ -41,6 +41,10 @@ END
   echo "program $version" >product/Программа.exe
 done
 expect 1 "^faults: 1$" "${publish[@]}"
+mkdir beside
+ln -s .. product/up && ln -s "$work/beside" product/ && ln -s "$work/product" beside/back
+expect 1 "^faults: 2$" "${publish[@]/%server/product-server}"
+rm product/up product/beside
 expect 0 '^\{"version":"3.6.0.3","folder":".*","files":1,.*"faults":\[\]\}$' "${publish[@]}" --replace --json
 [ "$(ls -A server)" = $'TMW_3.6.0.2\nTMW_3.6.0.3\nTMW_links.dat\nTMW_version.dat' ]
 expect 0 "release 3.6.0.3 is in order: files: 1" check server
