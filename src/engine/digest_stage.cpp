@@ -1,7 +1,6 @@
 #include "engine/digest.h"
 #include "engine/engine_texts.h"
 #include "engine/ks_updater.h"
-#include "engine/limits.h"
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
@@ -10,7 +9,6 @@
 #include "foundation/version.h"
 #include "platform/front_end.h"
 #include "platform/ports.h"
-#include "transfer/inet.h"
 
 namespace tmw {
 namespace {
@@ -32,12 +30,7 @@ bool KsUpdater::DownloadDigest() try {
 bool KsUpdater::LoadDigest() {
   const std::string name(names::kDigestFile);
   const std::string local = JoinPath(temp_dir_, name);
-  std::string reason;
-  if (!TryDownloadFileFromTwoUrls(url_ + name, fallback_url_.empty() ? "" : fallback_url_ + name,
-                                  local, reason, kMaxSmallFile)) {
-    DownloadError(engine_texts::DigestNotLoaded(reason));
-    return false;
-  }
+  if (!FetchSmallFile(name, local, engine_texts::DigestNotLoaded)) return false;
   const std::string text = ReadFileToString(local);
   if (text.empty()) {
     DownloadError(engine_texts::kDigestEmpty);

@@ -11,6 +11,7 @@
 #include "packages/hash_api.h"
 #include "packages/rar_archive.h"
 #include "startup/services/updater_settings.h"
+#include "transfer/inet.h"
 
 namespace tmw {
 namespace {
@@ -77,6 +78,28 @@ bool KsUpdater::DownloadDatabasePackages() {
   DeleteFiles(JoinPath(release_.Structures, "*" + std::string(names::kTableStructureEnding)), true);
   return DownloadSrvMiltiFiles(release_.Scripts, scripts_package_, false) && !CancelPressed() &&
          DownloadSrvMiltiFiles(release_.Structures, structures_package_, false) && !CancelPressed();
+}
+
+// From the server that was set, or the one behind it.
+bool KsUpdater::FetchSmallFile(const std::string& name, const std::string& local,
+                               std::string (*failure)(const std::string& reason)) {
+  std::string reason;
+  const std::string fallback = fallback_url_.empty() ? "" : fallback_url_ + name;
+  const bool is_loaded = TryDownloadFileFromTwoUrls(
+      url_ + name, fallback, local, reason, kMaxSmallFile, [this] { return !CancelPressed(); });
+  if (!is_loaded && !CancelPressed()) DownloadError(failure(reason));
+  return is_loaded;
+}
+
+// False when the user has cancelled; he knows why the file does not come.
+bool KsUpdater::Fetch(const std::string& url, const std::string& local, std::int64_t max_bytes) {
+  try {
+    DownloadFile(url, local, max_bytes, [this] { return !CancelPressed(); });
+    return true;
+  } catch (...) {
+    if (!CancelPressed()) throw;
+  }
+  return false;
 }
 
 bool KsUpdater::Transfer(const std::string& url, const std::string& target) {

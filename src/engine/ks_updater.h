@@ -105,6 +105,9 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   bool DownloadFiles();
   bool DownloadTables();
   bool DownloadDatabasePackages();
+  bool FetchSmallFile(const std::string& name, const std::string& local,
+                      std::string (*failure)(const std::string& reason));
+  bool Fetch(const std::string& url, const std::string& local, std::int64_t max_bytes);
   bool Transfer(const std::string& url, const std::string& target);
   bool DownloadSrvFile(const std::string& name, const std::string& server_name,
                        std::int32_t pack_method, std::int32_t server_size,

@@ -12,7 +12,6 @@
 #include "platform/file_system.h"
 #include "platform/ports.h"
 #include "startup/services/product_settings.h"
-#include "transfer/inet.h"
 
 namespace tmw {
 namespace {
@@ -53,8 +52,8 @@ bool KsUpdater::DownloadAndParseManifest() try {
 
 bool KsUpdater::FetchManifest() {
   const std::string package = JoinPath(temp_dir_, names::kManifestPackage);
-  DownloadFile(loading_url_ + "/" + std::string(names::kManifestPackage), package,
-               kMaxManifestPackage);
+  const std::string url = loading_url_ + "/" + std::string(names::kManifestPackage);
+  if (!Fetch(url, package, kMaxManifestPackage)) return false;
   const std::string entry = product_code_ + std::string(names::kManifestFile);
   std::string reason;
   if (!UnrarOneFile(package, entry, temp_dir_, "", reason)) {

@@ -145,7 +145,7 @@ bool KsUpdater::DownloadUpdaterComponent(WuUpdaterComponent& component) {
     component.LocalFileName = JoinPath(temp_dir_, component.Name);
     DeleteFileRepeatedly(component.LocalFileName);
   }
-  DownloadFile(url, component.LocalFileName, MaxComponent(component.Size));
+  if (!Fetch(url, component.LocalFileName, MaxComponent(component.Size))) return false;
   return !CancelPressed() && VerifyUpdaterComponent(url, component) && !CancelPressed();
 }
 

@@ -1,6 +1,5 @@
 #include "engine/engine_texts.h"
 #include "engine/ks_updater.h"
-#include "engine/limits.h"
 #include "engine/server_list.h"
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
@@ -30,12 +29,7 @@ bool KsUpdater::ChooseServer() {
   const std::string name(names::kServerListFile);
   const std::string local = JoinPath(temp_dir_, name);
   if (IsFileExists(local)) DeleteFileRepeatedly(local);
-  std::string reason;
-  if (!TryDownloadFileFromTwoUrls(url_ + name, fallback_url_.empty() ? "" : fallback_url_ + name,
-                                  local, reason, kMaxSmallFile)) {
-    DownloadError(engine_texts::ServerListNotLoaded(reason));
-    return false;
-  }
+  if (!FetchSmallFile(name, local, engine_texts::ServerListNotLoaded)) return false;
   const std::string text = ReadFileToString(local);
   DeleteFile(local);
   if (text.empty()) {

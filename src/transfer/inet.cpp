@@ -5,6 +5,7 @@
 #include "foundation/error_handling.h"
 #include "foundation/version.h"
 #include "transfer/binary_file.h"
+#include "transfer/inet_errors.h"
 #include "transfer/inet_opened_url.h"
 #include "transfer/transfer_texts.h"
 
@@ -26,6 +27,8 @@ void CopyBody(InetOpenedUrl& url, BinaryFile& file, std::int64_t max_bytes) {
   std::int64_t total = 0;
   std::int32_t count = 0;
   while (url.ReadChunk(buffer.data(), kReadSize, count)) {
+    if (!url.MayWait())
+      RaiseInetError(platform::kInternetCancelled, transfer_texts::LoadingFailed(url.Url()));
     if (count < 1) continue;
     total += count;
     if (total > max_bytes) RaiseProgramError(transfer_texts::TooLong(max_bytes));
@@ -69,9 +72,9 @@ std::string JoinUrl(std::string_view base, std::string_view tail) try {
   ReRaiseError(kModule, "JoinUrl");
 }
 
-void DownloadFile(const std::string& url, const std::string& local_name,
-                  std::int64_t max_bytes) try {
-  InetOpenedUrl opened_url;
+void DownloadFile(const std::string& url, const std::string& local_name, std::int64_t max_bytes,
+                  const platform::WaitHandler& may_wait) try {
+  InetOpenedUrl opened_url(may_wait);
   opened_url.OpenUrl(GetInetConnection(), url, 0);
   BinaryFile file;
   OpenLocalFile(file, local_name);
@@ -83,9 +86,9 @@ void DownloadFile(const std::string& url, const std::string& local_name,
 }
 
 bool TryDownloadFile(const std::string& url, const std::string& local_name, std::string& error_text,
-                     std::int64_t max_bytes) try {
+                     std::int64_t max_bytes, const platform::WaitHandler& may_wait) try {
   error_text.clear();
-  InetOpenedUrl opened_url;
+  InetOpenedUrl opened_url(may_wait);
   if (!opened_url.TryOpenUrl(GetInetConnection(), url, 0, error_text)) return false;
   BinaryFile file;
   OpenLocalFile(file, local_name);
@@ -105,12 +108,13 @@ bool TryDownloadFile(const std::string& url, const std::string& local_name, std:
 
 bool TryDownloadFileFromTwoUrls(const std::string& first_url, const std::string& second_url,
                                 const std::string& local_name, std::string& error_text,
-                                std::int64_t max_bytes) try {
+                                std::int64_t max_bytes, const platform::WaitHandler& may_wait) try {
   error_text.clear();
   std::string first_text;
-  if (TryDownloadFile(first_url, local_name, first_text, max_bytes)) return true;
+  if (TryDownloadFile(first_url, local_name, first_text, max_bytes, may_wait)) return true;
+  const bool has_second = !second_url.empty() && (!may_wait || may_wait());
   std::string second_text;
-  if (!second_url.empty() && TryDownloadFile(second_url, local_name, second_text, max_bytes))
+  if (has_second && TryDownloadFile(second_url, local_name, second_text, max_bytes, may_wait))
     return true;
   const bool has_both = !first_text.empty() && !second_text.empty();
   error_text = first_text + (has_both ? std::string(kCrLf) : "") + second_text;

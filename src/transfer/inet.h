@@ -25,21 +25,25 @@ std::shared_ptr<InetConnection> MakeInetConnection(const UpdaterSettings& settin
 // Without a base the tail alone.
 std::string JoinUrl(std::string_view base, std::string_view tail);
 
-// Replaces the local file. A body of more than max_bytes is a failure.
+// Replaces the local file. A body of more than max_bytes is a failure. may_wait is asked while the
+// server is awaited and after every chunk, and lets events run; false ends the download as a
+// failure. Without it events run just the same.
 void DownloadFile(const std::string& url, const std::string& local_name,
-                  std::int64_t max_bytes = kNoLimit);
+                  std::int64_t max_bytes = kNoLimit, const platform::WaitHandler& may_wait = {});
 
 // The same; false and a text when the transfer fails. What has come by then stays in the local
 // file. A local file that cannot be made still raises.
 [[nodiscard]] bool TryDownloadFile(const std::string& url, const std::string& local_name,
-                                   std::string& error_text, std::int64_t max_bytes = kNoLimit);
+                                   std::string& error_text, std::int64_t max_bytes = kNoLimit,
+                                   const platform::WaitHandler& may_wait = {});
 
-// The first URL, then, when that fails, the second unless it is empty. The text has one failure a
-// line, the first URL's first.
+// The first URL, then, when that fails, the second unless it is empty or may_wait says no. The text
+// has one failure a line, the first URL's first.
 [[nodiscard]] bool TryDownloadFileFromTwoUrls(const std::string& first_url,
                                               const std::string& second_url,
                                               const std::string& local_name,
                                               std::string& error_text,
-                                              std::int64_t max_bytes = kNoLimit);
+                                              std::int64_t max_bytes = kNoLimit,
+                                              const platform::WaitHandler& may_wait = {});
 
 }  // namespace tmw

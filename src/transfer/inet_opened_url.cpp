@@ -84,7 +84,7 @@ void InetOpenedUrl::Reopen() try {
 
 void InetOpenedUrl::SetFilePos(std::int32_t position) try {
   if (request_ == nullptr) return;
-  if (const platform::Status moved = request_->Seek(position, Waiting()); !moved)
+  if (const platform::Status moved = request_->Seek(position, [this] { return MayWait(); }); !moved)
     RaiseInetError(moved.code, transfer_texts::SeekingUrlFailed(url_));
 } catch (...) {
   ReRaiseError(kModule, "SetFilePos");
@@ -92,7 +92,7 @@ void InetOpenedUrl::SetFilePos(std::int32_t position) try {
 
 bool InetOpenedUrl::SetFilePosSafe(std::int32_t position, std::string& error_text) try {
   if (request_ == nullptr) return true;
-  const platform::Status moved = request_->Seek(position, Waiting());
+  const platform::Status moved = request_->Seek(position, [this] { return MayWait(); });
   if (!moved) error_text = GetApiErrorText(moved.code, "");
   return moved.ok;
 } catch (...) {
@@ -104,7 +104,6 @@ bool InetOpenedUrl::ReadChunk(void* buffer, std::uint32_t length, std::int32_t& 
   const auto chunk = request_->Read(buffer, length);
   if (!chunk) RaiseInetError(chunk.code, "");
   loaded = static_cast<std::int32_t>(chunk.value.length);
-  if (loaded == 0 && !chunk.value.is_end) platform::CurrentPorts().front_end->RunPendingEvents();
   return !chunk.value.is_end;
 } catch (...) {
   ReRaiseError(kModule, "ReadChunk");
@@ -165,7 +164,7 @@ platform::Outcome<std::unique_ptr<platform::InternetRequest>> InetOpenedUrl::Sen
   if (connection == nullptr || connection->Handle() == nullptr)
     return Result::Failure(platform::kInternetWrongState);
   return connection->Handle()->OpenUrl(url, flags, reinterpret_cast<std::uintptr_t>(&context_),
-                                       Waiting());
+                                       [this] { return MayWait(); });
 }
 
 bool InetOpenedUrl::IsHttp() const {
@@ -177,11 +176,10 @@ void InetOpenedUrl::Keep(std::shared_ptr<InetConnection> connection, const std::
   url_ = url;
 }
 
-platform::WaitHandler InetOpenedUrl::Waiting() const {
-  return [this] {
-    platform::CurrentPorts().front_end->RunPendingEvents();
-    return !may_wait_ || may_wait_();
-  };
+bool InetOpenedUrl::MayWait() const {
+  if (may_wait_) return may_wait_();
+  platform::CurrentPorts().front_end->RunPendingEvents();
+  return true;
 }
 
 }  // namespace tmw

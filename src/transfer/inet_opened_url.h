@@ -15,13 +15,13 @@ enum class InetProtocol : std::int32_t { kUnknown = 0, kHttp = 1, kFtp = 2, kHtt
 // By the URL's first characters, whatever their case; "www." is HTTP.
 InetProtocol ClassifyUrl(std::string_view url);
 
-// One opened URL, read from its beginning or from a position. While it waits for the server the
-// pending events of the windows run.
+// One opened URL, read from its beginning or from a position. While an opening or a seek waits for
+// the server, the pending events of the windows run; who reads runs them between two reads.
 class InetOpenedUrl {
  public:
   InetOpenedUrl() = default;
   // Asked about every tenth of a second while an opening or a seek waits (on Linux); false gives up
-  // the wait, and the operation fails.
+  // the wait, and the operation fails. It also is what lets the events run. May be empty.
   explicit InetOpenedUrl(platform::WaitHandler may_wait);
   InetOpenedUrl(const InetOpenedUrl&) = delete;
   InetOpenedUrl& operator=(const InetOpenedUrl&) = delete;
@@ -52,6 +52,10 @@ class InetOpenedUrl {
 
   void CloseHandle();
 
+  // For who reads on: lets events run; false when the reader should give up.
+  bool MayWait() const;
+  const std::string& Url() const { return url_; }  // of the last successful opening
+
   // nullptr while closed.
   platform::InternetRequest* Handle() const { return request_.get(); }
 
@@ -61,10 +65,9 @@ class InetOpenedUrl {
       std::uint32_t flags);
   bool IsHttp() const;
   void Keep(std::shared_ptr<InetConnection> connection, const std::string& url);
-  platform::WaitHandler Waiting() const;  // lets events run while a call waits
 
   platform::WaitHandler may_wait_;
-  std::string url_;  // of the last successful opening
+  std::string url_;
   std::uint32_t open_flags_ = 0;
   InetProtocol protocol_ = InetProtocol::kUnknown;
   std::int32_t context_ = 0;  // its address is the request's context value

@@ -95,6 +95,22 @@ TEST_F(RunTest, ASecondRunAfterACancelFetchesOnlyTheRest) {
   EXPECT_EQ(sandbox_.Read("Продукт/help.txt"), "new help");
 }
 
+TEST_F(RunTest, ACancelIsHeardInEveryDownloadOfThePreparation) {
+  fallback_url_ = server_.Url("/fallback");
+  for (const auto& [stage, updater, requests] :
+       {std::tuple("Получение номера текущей версии...", "1.0", 1U),
+        {"Выбор сервера для загрузки...", "1.0", 2U},
+        {"Получение списка файлов...", "1.0", 3U},
+        {"Загрузка новой версии программы обновления...", "1.9999", 3U}}) {
+    release_.needed_updater = updater;
+    release_.updater_components = {{"next", sandbox_.Write("next", "next")}};
+    Publish();
+    cancel_at_ = std::string("main ") + stage;
+    EXPECT_EQ(Run(), Log{}) << stage;
+    EXPECT_EQ(Requests().size(), requests) << stage;
+  }
+}
+
 TEST_F(RunTest, ASpoiledLoadedFileIsFetchedAgain) {
   Publish();
   sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/Программа.dll", "new pr0gram");
