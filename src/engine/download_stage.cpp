@@ -10,6 +10,8 @@
 #include "foundation/file_utils.h"
 #include "packages/hash_api.h"
 #include "packages/rar_archive.h"
+#include "platform/clock.h"
+#include "platform/ports.h"
 #include "startup/services/updater_settings.h"
 #include "transfer/inet.h"
 
@@ -18,6 +20,7 @@ namespace {
 
 constexpr const char* kModule = "KsUpdater";
 constexpr std::int32_t kNoLength = -1;  // a table's length is not known
+constexpr std::int64_t kRest = 1000;    // milliseconds; events alone take less
 
 }  // namespace
 
@@ -91,29 +94,52 @@ bool KsUpdater::FetchSmallFile(const std::string& name, const std::string& local
   return is_loaded;
 }
 
-// False when the user has cancelled; he knows why the file does not come.
 bool KsUpdater::Fetch(const std::string& url, const std::string& local, std::int64_t max_bytes) {
-  try {
-    DownloadFile(url, local, max_bytes, [this] { return !CancelPressed(); });
+  return Attempt([&] {
+    DownloadFile(url, local, max_bytes, [this] { return MayTransfer(); });
     return true;
-  } catch (...) {
-    if (!CancelPressed()) throw;
-  }
-  return false;
+  });
 }
 
 bool KsUpdater::Transfer(const std::string& url, const std::string& target) {
   transfer_url_ = url;
-  too_much_received_ = false;
-  try {
-    if (downloader_->DownloadFile(url, target, true)) return true;
-  } catch (...) {
-    // Nothing that a later run could continue: its first look would fail on the same bytes.
-    if (too_much_received_) DeleteFile(target + std::string(names::kPartEnding), true);
-    throw;
-  }
-  if (!downloader_->Cancelled()) DownloadError(engine_texts::NotLoaded(url));
+  const auto download = [&] {
+    too_much_received_ = false;
+    try {
+      return downloader_->DownloadFile(url, target, true);
+    } catch (...) {
+      // Nothing that a later run could continue: its first look would fail on the same bytes.
+      if (too_much_received_) DeleteFile(target + std::string(names::kPartEnding), true);
+      throw;
+    }
+  };
+  if (Attempt(download)) return true;
+  if (!downloader_->Cancelled() && !CancelPressed()) DownloadError(engine_texts::NotLoaded(url));
   return false;
+}
+
+// False when the user has cancelled; he knows why the file does not come. Nothing is read while a
+// question stands, and a server grows tired of waiting: a failure after that is worth a second try.
+bool KsUpdater::Attempt(const std::function<bool()>& transfer) {
+  for (bool is_second = false;; is_second = true) {
+    has_rested_ = false;
+    file_received_ = 0;
+    try {
+      return transfer();
+    } catch (...) {
+      if (CancelPressed()) return false;
+      if (is_second || !has_rested_) throw;
+    }
+  }
+}
+
+// The one place where events run during a transfer, and with them a question to the user.
+bool KsUpdater::MayTransfer() {
+  const auto now = [] { return platform::CurrentPorts().clock->TickCount(); };
+  const std::int64_t begin = now();
+  const bool is_cancelled = CancelPressed();
+  if (now() - begin >= kRest) has_rested_ = true;
+  return !is_cancelled;
 }
 
 bool KsUpdater::DownloadSrvFile(const std::string& name, const std::string& server_name,
@@ -184,7 +210,7 @@ void KsUpdater::OnChunkLoaded(bool /*is_skipped*/, std::int32_t byte_count) try 
 }
 
 void KsUpdater::OnCheckCancel(bool& is_cancelled) try {
-  is_cancelled = CancelPressed();
+  is_cancelled = !MayTransfer();
 } catch (...) {
   ReRaiseError(kModule, "fLoader_OnCheckCancel");
 }

@@ -108,6 +108,8 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   bool FetchSmallFile(const std::string& name, const std::string& local,
                       std::string (*failure)(const std::string& reason));
   bool Fetch(const std::string& url, const std::string& local, std::int64_t max_bytes);
+  bool Attempt(const std::function<bool()>& transfer);
+  bool MayTransfer();
   bool Transfer(const std::string& url, const std::string& target);
   bool DownloadSrvFile(const std::string& name, const std::string& server_name,
                        std::int32_t pack_method, std::int32_t server_size,
@@ -178,6 +180,7 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   std::unique_ptr<InetFileDownloader> downloader_;
   std::string transfer_url_;  // of the component under way
   bool too_much_received_ = false;
+  bool has_rested_ = false;  // the transfer, while the user was thinking
   std::int32_t progress_position_ = 0;
   std::int32_t file_start_ = 0;
   std::int32_t file_end_ = 0;

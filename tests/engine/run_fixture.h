@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -141,8 +142,10 @@ class RunTest : public testing::Test {
       return;
     }
     const std::string body = sandbox_.Read(path);
-    peer.Send("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
-              std::to_string(body.size()) + "\r\n\r\n" + body);
+    const bool is_cut = path.ends_with("/f1.tmz") && cuts_left_-- > 0;
+    peer.Send(
+        "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) +
+        "\r\n\r\n" + body.substr(0, is_cut ? body.size() / 2 : body.size()));
   }
 
   Sandbox sandbox_;
@@ -158,7 +161,8 @@ class RunTest : public testing::Test {
   RunListener listener_;
   std::string cancel_at_;
   std::function<void(const std::string& line)> on_told_;
-  std::string url_;  // empty: the server's
+  mutable std::atomic<int> cuts_left_ = 0;  // answers about f1.tmz that break off halfway
+  std::string url_;                         // empty: the server's
   std::string fallback_url_;
   std::string old_version_;
   bool updated_ = false;

@@ -111,6 +111,19 @@ TEST_F(RunTest, ACancelIsHeardInEveryDownloadOfThePreparation) {
   }
 }
 
+TEST_F(RunTest, ABrokenTransferThatRestedForAQuestionIsTriedOnceMore) {
+  Publish();
+  // Milliseconds of every check, and how many answers are cut.
+  for (const auto& [rest, cuts, is_done] :
+       {std::tuple(999, 1, false), {1000, 9, false}, {1000, 1, true}}) {
+    cuts_left_ = cuts;
+    clock_.step = rest;
+    front_end_.answers = {true};
+    EXPECT_EQ(Run().size(), is_done ? 1U : 2U);
+    EXPECT_EQ(updated_, is_done);
+  }
+}
+
 TEST_F(RunTest, ASpoiledLoadedFileIsFetchedAgain) {
   Publish();
   sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/Программа.dll", "new pr0gram");

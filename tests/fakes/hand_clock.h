@@ -12,6 +12,7 @@ class HandClock final : public platform::Clock {
  public:
   std::vector<std::int32_t> sleeps;
   std::int64_t now = 0;
+  std::int64_t step = 0;  // a look at the clock moves it on
   std::function<void()> on_sleep;
 
   void Sleep(std::int32_t milliseconds) override {
@@ -20,7 +21,7 @@ class HandClock final : public platform::Clock {
     if (on_sleep) on_sleep();
   }
 
-  std::int64_t TickCount() override { return now; }
+  std::int64_t TickCount() override { return now += step; }
 };
 
 }  // namespace tests
