@@ -182,6 +182,7 @@ TEST_F(RealServers, WhatIsWrongWithAConnectionIsSaidInWords) {
     std::string outcome;
   } cases[] = {
       {right + "/small", authority, "small file"},
+      {right + "/small", "", "small file"},  // empty is unset: the next variable counts
       {right + "/small", root_->Path("wrong.pem"),
        "Сертификат сервера выдан неизвестным центром сертификации."},
       {"https://" + hosts_["wrong"] + "/small", authority,
@@ -199,6 +200,7 @@ TEST_F(RealServers, WhatIsWrongWithAConnectionIsSaidInWords) {
        "Протокол, указанный в адресе (URL), не поддерживается."},
       {"file:///etc/passwd", "", "Протокол, указанный в адресе (URL), не поддерживается."},
   };
+  const ScopedVariable next("SSL_CERT_FILE", authority);
   for (const auto& c : cases) {
     const ScopedVariable trusted("CURL_CA_BUNDLE", c.trusted);
     const std::string line_end = c.outcome.ends_with('.') ? "\r\n" : "";

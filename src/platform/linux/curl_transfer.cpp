@@ -23,6 +23,12 @@ constexpr std::int32_t kFirstFinalStatus = 200;
 constexpr std::size_t kBufferLimit = std::size_t{256} * 1024;
 constexpr long kReceiveBufferSize = 128L * 1024;
 
+// Empty counts as unset: users clear a variable that way.
+const char* Variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr || *value == '\0' ? nullptr : value;
+}
+
 }  // namespace
 
 CurlTransfer::CurlTransfer(std::shared_ptr<CurlCore> core) : core_(std::move(core)) {
@@ -69,6 +75,9 @@ void CurlTransfer::SetOptions(const std::string& url, std::int64_t position) {
   Set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   Set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
   Set(CURLOPT_BUFFERSIZE, kReceiveBufferSize);
+#if LIBCURL_VERSION_NUM >= 0x075700
+  Set(CURLOPT_QUICK_EXIT, 1L);  // giving up does not wait for the resolver's thread
+#endif
   Set(CURLOPT_PRIVATE, static_cast<void*>(this));
   Set(CURLOPT_WRITEFUNCTION, &CurlTransfer::OnBody);
   Set(CURLOPT_WRITEDATA, static_cast<void*>(this));
@@ -86,10 +95,10 @@ void CurlTransfer::SetOptions(const std::string& url, std::int64_t position) {
 
 // The variables that the curl program knows; without them the system's store.
 void CurlTransfer::SetCertificates() {
-  const char* bundle = std::getenv("CURL_CA_BUNDLE");
-  if (bundle == nullptr) bundle = std::getenv("SSL_CERT_FILE");
+  const char* bundle = Variable("CURL_CA_BUNDLE");
+  if (bundle == nullptr) bundle = Variable("SSL_CERT_FILE");
   if (bundle != nullptr) Set(CURLOPT_CAINFO, bundle);
-  const char* const folder = std::getenv("SSL_CERT_DIR");
+  const char* const folder = Variable("SSL_CERT_DIR");
   if (folder != nullptr) Set(CURLOPT_CAPATH, folder);
 }
 
@@ -127,7 +136,8 @@ bool CurlTransfer::Pump() {
     if (HasBytes() || is_done_ || is_answered_ != was_answered) break;
     const auto passed = std::chrono::duration_cast<milliseconds>(Clock::now() - start);
     if (passed >= kSlice) {
-      silence_ = is_alive_ ? milliseconds::zero() : silence_ + passed;
+      // Far longer than a slice: this process was stopped, and the server is not to blame.
+      silence_ = is_alive_ ? milliseconds::zero() : silence_ + std::min(passed, 2 * kSlice);
       return silence_ < core_->stall_limit;
     }
     const auto rest = static_cast<int>((kSlice - passed).count());
