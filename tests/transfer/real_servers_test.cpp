@@ -229,14 +229,15 @@ TEST(ProxyLists, AreReadAsTheSettingsWriteThem) {
   const char* const cases[][5] = {
       // proxies, bypassed hosts, scheme, host, what is used
       {"p:3128", "", "ftp", "h.ru", "http://p:3128"},
-      {"P", "", "http", "h.ru", "http://p:80"},
+      {"P", "", "http", "h.ru", "http://P:80"},
+      {"HTTP=User:Pass@p", "", "http", "h.ru", "http://User:Pass@p:80"},
       {"http://[::1]/", "", "http", "h.ru", "http://[::1]:80"},
       {"http=a:1;https=b:2 ftp=c", "", "https", "h.ru", "http://b:2"},
       {"http=a:1;https=b:2 ftp=c", "", "ftp", "h.ru", "http://c:80"},
       {"http=a:1", "", "https", "h.ru", ""},
       {"http=a:1;d:4", "", "https", "h.ru", "http://d:4"},
       {"http=a:1;socks=s:9", "", "ftp", "h.ru", "socks4a://s:9"},
-      {"p:1", "*.local;h.*", "http", "H.ru", ""},
+      {"p:1", "*.local;H.*", "http", "h.ru", ""},
       {"p:1", "<local>", "http", "h.ru", "http://p:1"},
       {"p:1", "<local>", "http", "server", ""},
       {"p:1", "10.*; https://x.ru", "http", "x.ru", ""},

@@ -17,14 +17,15 @@ std::vector<std::string> Entries(std::string_view list) {
   std::size_t begin = list.find_first_not_of(kSeparators);
   while (begin != std::string_view::npos) {
     const std::size_t end = list.find_first_of(kSeparators, begin);
-    entries.push_back(tmw::LowerCase(list.substr(begin, end - begin)));
+    entries.emplace_back(list.substr(begin, end - begin));
     begin = end == std::string_view::npos ? end : list.find_first_not_of(kSeparators, end);
   }
   return entries;
 }
 
 bool IsBypassed(std::string_view bypass, const std::string& host) {
-  for (std::string mask : Entries(bypass)) {
+  for (const std::string& entry : Entries(bypass)) {
+    std::string mask = tmw::LowerCase(entry);
     if (mask == "<local>") {
       if (host.find('.') == std::string::npos) return true;
       continue;
@@ -36,13 +37,16 @@ bool IsBypassed(std::string_view bypass, const std::string& host) {
   return false;
 }
 
-// "http://" is what an entry without a scheme of its own means.
+// "http://" is what an entry without a scheme of its own means. A user's name and password may
+// stand before the server, with a colon of their own.
 std::string WithSchemeAndPort(std::string server) {
   while (server.ends_with('/'))
     server.pop_back();
   const std::size_t mark = server.find(kSchemeMark);
   if (mark == std::string::npos) server.insert(0, "http://");
-  const std::size_t host = server.find(kSchemeMark) + kSchemeMark.size();
+  const std::size_t user_end = server.rfind('@');
+  const std::size_t host =
+      user_end == std::string::npos ? server.find(kSchemeMark) + kSchemeMark.size() : user_end + 1;
   const std::size_t bracket = server.rfind(']');
   const std::size_t colon = server.rfind(':');
   const bool has_port = colon != std::string::npos && colon >= host &&
@@ -63,7 +67,7 @@ std::string ChooseProxy(std::string_view proxies, std::string_view bypass, std::
       if (general.empty()) general = WithSchemeAndPort(entry);
       continue;
     }
-    const std::string_view for_scheme = std::string_view(entry).substr(0, equals);
+    const std::string for_scheme = tmw::LowerCase(entry.substr(0, equals));
     const std::string server = entry.substr(equals + 1);
     if (for_scheme == scheme) return WithSchemeAndPort(server);
     if (for_scheme == "socks" && socks.empty()) socks = "socks4a://" + server;
