@@ -14,6 +14,7 @@
 #include "platform/ports.h"
 #include "startup/services/updater_settings.h"
 #include "transfer/inet.h"
+#include "transfer/transfer_texts.h"
 
 namespace tmw {
 namespace {
@@ -21,6 +22,14 @@ namespace {
 constexpr const char* kModule = "KsUpdater";
 constexpr std::int32_t kNoLength = -1;  // a table's length is not known
 constexpr std::int64_t kRest = 1000;    // milliseconds; events alone take less
+
+// A connection that breaks off does not tell by itself which file it was about to bring.
+ProgramError WithUrl(ProgramError error, const std::string& url) {
+  if (error.Description.find(url) == std::string::npos) {
+    error.Description = transfer_texts::LoadingFailed(url) + std::string(kCrLf) + error.Description;
+  }
+  return error;
+}
 
 }  // namespace
 
@@ -95,7 +104,7 @@ bool KsUpdater::FetchSmallFile(const std::string& name, const std::string& local
 }
 
 bool KsUpdater::Fetch(const std::string& url, const std::string& local, std::int64_t max_bytes) {
-  return Attempt([&] {
+  return Attempt(url, [&] {
     DownloadFile(url, local, max_bytes, [this] { return MayTransfer(); });
     return true;
   });
@@ -113,14 +122,14 @@ bool KsUpdater::Transfer(const std::string& url, const std::string& target) {
       throw;
     }
   };
-  if (Attempt(download)) return true;
+  if (Attempt(url, download)) return true;
   if (!downloader_->Cancelled() && !CancelPressed()) DownloadError(engine_texts::NotLoaded(url));
   return false;
 }
 
 // False when the user has cancelled; he knows why the file does not come. Nothing is read while a
 // question stands, and a server grows tired of waiting: a failure after that is worth a second try.
-bool KsUpdater::Attempt(const std::function<bool()>& transfer) {
+bool KsUpdater::Attempt(const std::string& url, const std::function<bool()>& transfer) {
   for (bool is_second = false;; is_second = true) {
     has_rested_ = false;
     file_received_ = 0;
@@ -128,7 +137,7 @@ bool KsUpdater::Attempt(const std::function<bool()>& transfer) {
       return transfer();
     } catch (...) {
       if (CancelPressed()) return false;
-      if (is_second || !has_rested_) throw;
+      if (is_second || !has_rested_) throw WithUrl(CurrentError(), url);
     }
   }
 }

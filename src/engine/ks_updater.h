@@ -108,7 +108,7 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   bool FetchSmallFile(const std::string& name, const std::string& local,
                       std::string (*failure)(const std::string& reason));
   bool Fetch(const std::string& url, const std::string& local, std::int64_t max_bytes);
-  bool Attempt(const std::function<bool()>& transfer);
+  bool Attempt(const std::string& url, const std::function<bool()>& transfer);
   bool MayTransfer();
   bool Transfer(const std::string& url, const std::string& target);
   bool DownloadSrvFile(const std::string& name, const std::string& server_name,

@@ -31,7 +31,7 @@ void CopyBody(InetOpenedUrl& url, BinaryFile& file, std::int64_t max_bytes) {
       RaiseInetError(platform::kInternetCancelled, transfer_texts::LoadingFailed(url.Url()));
     if (count < 1) continue;
     total += count;
-    if (total > max_bytes) RaiseProgramError(transfer_texts::TooLong(max_bytes));
+    if (total > max_bytes) RaiseProgramError(transfer_texts::TooLong(url.Url(), max_bytes));
     file.WriteBuffer(buffer.data(), static_cast<std::uint32_t>(count), true);
   }
 }

@@ -20,8 +20,8 @@ inline std::string HttpError(std::int32_t code, const std::string& reason) {
   return "Ошибка HTTP " + std::to_string(code) + ": " + reason;
 }
 
-inline std::string TooLong(std::int64_t max_bytes) {
-  return "Файл на сервере больше допустимого (" + std::to_string(max_bytes) + " байт).";
+inline std::string TooLong(const std::string& url, std::int64_t max_bytes) {
+  return "Файл " + Quoted(url) + " больше допустимого (" + std::to_string(max_bytes) + " байт).";
 }
 
 inline std::string OpeningFailed(const std::string& file_name) {

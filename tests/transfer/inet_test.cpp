@@ -116,7 +116,7 @@ TEST_F(Inet, ALongerFileThanAllowedIsRefusedAndALocalFailureIsRaised) {
   std::string text;
   EXPECT_TRUE(TryDownloadFile(server_.Url("/good"), file_, text, 5));
   EXPECT_FALSE(TryDownloadFile(endless.Url("/"), file_, text, 1000000));
-  EXPECT_EQ(text, "Файл на сервере больше допустимого (1000000 байт).");
+  EXPECT_EQ(text, "Файл \"" + endless.Url("/") + "\" больше допустимого (1000000 байт).");
   EXPECT_LE(sandbox_.Read("f").size(), 1000000U);
   int left = 3;  // steady as it comes, it ends when it is told to, and nobody else is asked
   EXPECT_FALSE(TryDownloadFileFromTwoUrls(endless.Url("/"), server_.Url("/no"), file_, text,
