@@ -195,6 +195,8 @@ class Interrupted : public testing::Test {
   // Whatever has happened, a whole release is announced; and nothing that was left is in the way.
   void ExpectWhole(const std::string& when) {
     EXPECT_EQ(Sample::Check(sample_.options.output), Log{}) << when;
+    // Only what has been announced, by a run that was quicker than its end, stands in the way.
+    sample_.options.may_replace = sandbox_.Read("server/TMW_version.dat") != old_;
     EXPECT_EQ(sample_.Publish(), Log{}) << when;
     EXPECT_EQ(Sample::Check(sample_.options.output), Log{}) << when;
     EXPECT_NE(sandbox_.Read("server/TMW_version.dat"), old_);
