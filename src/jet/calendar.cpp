@@ -6,6 +6,7 @@
 
 #include "foundation/date_parts.h"
 #include "foundation/encodings.h"
+#include "jet/date_numbers.h"
 #include "jet/errors.h"
 
 namespace jet {
@@ -210,7 +211,7 @@ std::int64_t IntervalsBetween(double from, double to, Interval interval, WeekRul
 }
 
 double DateOf(std::int64_t year, std::int64_t month, std::int64_t day) {
-  if (year >= 0 && year < 100) year += year < 30 ? 2000 : 1900;
+  if (year >= 0 && year < 100) year = FullYear(static_cast<std::int32_t>(year), true);
   // More years than any date has: the calendar below need not go there.
   if (std::abs(year) > 15000 || std::abs(month) > 200000) Fail(kInvalidCall);
   return Moment(DayNumber(year, month, day), 0);

@@ -10,6 +10,7 @@
 #include "foundation/date_parts.h"
 #include "foundation/number_text.h"
 #include "foundation/text.h"
+#include "jet/date_numbers.h"
 
 namespace jet {
 namespace {
@@ -19,30 +20,13 @@ std::string WithComma(std::string text) {
   return text;
 }
 
-// The numbers of a text that consists of digits and one separator; empty when it has another form.
-std::vector<std::int32_t> NumbersBetween(std::string_view text, char separator) {
-  std::vector<std::int32_t> numbers;
-  for (const std::string& piece : tmw::Split(text, std::string(1, separator))) {
-    if (piece.empty() || piece.size() > 4) return {};
-    std::int32_t number = 0;
-    for (const char c : piece) {
-      if (c < '0' || c > '9') return {};
-      number = number * 10 + (c - '0');
-    }
-    numbers.push_back(number);
-  }
-  return numbers;
-}
-
 bool ReadDay(std::string_view text, tmw::DateParts& parts) {
-  constexpr std::int32_t kCentury = 100;
   for (const char separator : {'.', '/', '-'}) {
     const std::vector<std::int32_t> n = NumbersBetween(text, separator);
     if (n.size() != 3) continue;
     const bool is_year_first = text.find(separator) == 4;
-    parts.year = is_year_first ? n[0] : n[2];
-    const bool is_short = !is_year_first && text.size() - text.rfind(separator) <= 3;
-    if (is_short) parts.year += parts.year < 30 ? 20 * kCentury : 19 * kCentury;
+    const bool is_short = text.size() - text.rfind(separator) <= 3;
+    parts.year = is_year_first ? n[0] : FullYear(n[2], is_short);
     parts.month = n[1];
     parts.day = is_year_first ? n[2] : n[0];
     return true;

@@ -9,56 +9,36 @@
 #include "foundation/date_parts.h"
 #include "foundation/encodings.h"
 #include "foundation/text.h"
+#include "jet/date_numbers.h"
 
 namespace jet::sql {
 namespace {
 
-// Numbers of up to four digits between separators of one kind; nothing for any other form.
-std::optional<std::vector<std::int32_t>> Numbers(std::string_view text,
-                                                 std::string_view separator) {
-  std::vector<std::int32_t> numbers;
-  for (const std::string& piece : tmw::Split(text, separator)) {
-    if (piece.empty() || piece.size() > 4) return std::nullopt;
-    std::int32_t number = 0;
-    for (const char c : piece) {
-      if (c < '0' || c > '9') return std::nullopt;
-      number = number * 10 + (c - '0');
-    }
-    numbers.push_back(number);
-  }
-  return numbers;
-}
-
-std::int32_t FullYear(std::int32_t year, bool is_short) {
-  if (!is_short) return year;
-  return year < 30 ? 2000 + year : 1900 + year;
-}
-
 bool ReadDay(const std::string& text, tmw::DateParts& parts) {
-  for (const char* const separator : {"/", "-"}) {
-    const auto n = Numbers(text, separator);
-    if (!n || n->size() != 3) continue;
-    if (text.find(*separator) == 4) {
-      parts.year = (*n)[0];
-      parts.month = (*n)[1];
-      parts.day = (*n)[2];
+  for (const char separator : {'/', '-'}) {
+    const std::vector<std::int32_t> n = NumbersBetween(text, separator);
+    if (n.size() != 3) continue;
+    if (text.find(separator) == 4) {
+      parts.year = n[0];
+      parts.month = n[1];
+      parts.day = n[2];
       return true;
     }
-    const bool is_day_first = (*n)[0] > 12;
-    parts.month = (*n)[is_day_first ? 1 : 0];
-    parts.day = (*n)[is_day_first ? 0 : 1];
-    parts.year = FullYear((*n)[2], text.size() - text.rfind(*separator) <= 3);
+    const bool is_day_first = n[0] > 12;
+    parts.month = n[is_day_first ? 1 : 0];
+    parts.day = n[is_day_first ? 0 : 1];
+    parts.year = FullYear(n[2], text.size() - text.rfind(separator) <= 3);
     return true;
   }
   return false;
 }
 
 bool ReadTime(const std::string& text, const std::string& half, tmw::DateParts& parts) {
-  const auto n = Numbers(text, ":");
-  if (!n || n->size() < 2 || n->size() > 3) return false;
-  parts.hour = (*n)[0];
-  parts.minute = (*n)[1];
-  parts.second = n->size() == 3 ? (*n)[2] : 0;
+  const std::vector<std::int32_t> n = NumbersBetween(text, ':');
+  if (n.size() != 2 && n.size() != 3) return false;
+  parts.hour = n[0];
+  parts.minute = n[1];
+  parts.second = n.size() == 3 ? n[2] : 0;
   if (half.empty()) return true;
   if ((half != "am" && half != "pm") || parts.hour < 1 || parts.hour > 12) return false;
   parts.hour = parts.hour % 12 + (half == "pm" ? 12 : 0);
