@@ -6,6 +6,7 @@
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "foundation/patience.h"
 #include "foundation/text.h"
 #include "platform/clock.h"
 #include "platform/file_system.h"
@@ -25,9 +26,7 @@ constexpr const char* kGrowingEnding = ".copying";
 // target's own name does.
 constexpr std::size_t kLongestNameTaken = 200;
 
-// A file that has just been written is often opened by a virus scanner at once.
 constexpr int kRenameAttempts = 50;
-constexpr std::int32_t kRenameIntervalMs = 100;
 
 platform::FileSystem& Files() {
   return *platform::CurrentPorts().files;
@@ -88,11 +87,7 @@ Status CopyContent(platform::File& source, const std::string& target) {
 }
 
 Status RenamePatiently(const std::string& from, const std::string& to) {
-  for (int attempt = 1;; ++attempt) {
-    const Status status = Files().Rename(from, to);
-    if (status || !Files().MeansBusy(status.code) || attempt == kRenameAttempts) return status;
-    platform::CurrentPorts().clock->Sleep(kRenameIntervalMs);
-  }
+  return TryPatiently(kRenameAttempts, [&] { return Files().Rename(from, to); });
 }
 
 Status FlushFolderOf(const std::string& path) {

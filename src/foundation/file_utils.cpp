@@ -9,6 +9,7 @@
 #include "foundation/api_errors.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
+#include "foundation/patience.h"
 #include "foundation/text.h"
 #include "platform/clock.h"
 #include "platform/file_system.h"
@@ -54,15 +55,6 @@ platform::FileFacts Examine(const std::string& path) {
 platform::Status RemoveIfThere(const std::string& path) {
   const platform::Status status = Files().RemoveFile(path);
   return !status && Files().MeansMissing(status.code) ? platform::Status::Success() : status;
-}
-
-// A file that has just been written or read is often opened by a virus scanner at once.
-platform::Status RemovePatiently(const std::string& path) {
-  for (int attempt = 1;; ++attempt) {
-    const platform::Status status = RemoveIfThere(path);
-    if (status || !Files().MeansBusy(status.code) || attempt == kPatientAttempts) return status;
-    platform::CurrentPorts().clock->Sleep(kDeleteIntervalMs);
-  }
 }
 
 // Entries that are no folders: files, and links that lead nowhere.
@@ -187,7 +179,8 @@ void CreateEmptyFile(const std::string& path) try {
 
 bool DeleteFile(const std::string& path, bool is_quiet) try {
   if (is_quiet) return RemoveIfThere(path).ok;
-  const platform::Status status = RemovePatiently(path);
+  const platform::Status status =
+      TryPatiently(kPatientAttempts, [&] { return RemoveIfThere(path); });
   if (!status) RaiseDeleteError(path, status.code);
   return true;
 } catch (...) {
