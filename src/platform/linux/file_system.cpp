@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -55,12 +54,6 @@ Status AsFarAsPossible(int returned) {
                           status.code == EOPNOTSUPP || status.code == ENOSYS ||
                           status.code == EINVAL || status.code == EOVERFLOW;
   return !status && is_refused ? Status::Success() : status;
-}
-
-// The updater's copy runs from the temporary folder.
-bool LetsProgramsRun(const std::string& folder) {
-  struct statvfs facts {};
-  return statvfs(folder.c_str(), &facts) != 0 || (facts.f_flag & ST_NOEXEC) == 0;
 }
 
 // In a folder that everybody writes to, another user could have prepared what is to be found there.
@@ -264,6 +257,7 @@ class LinuxFileSystem final : public FileSystem {
 
   Outcome<std::string> TemporaryFolder() override {
     std::string folder = AbsoluteVariable("TMPDIR");
+    // The updater's copy runs from it.
     if (!folder.empty() && LetsProgramsRun(folder)) return PrivatePartOf(std::move(folder));
     folder = AbsoluteVariable("XDG_CACHE_HOME");
     if (folder.empty()) {

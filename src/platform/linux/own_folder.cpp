@@ -1,6 +1,7 @@
 #include "platform/linux/own_folder.h"
 
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,6 +19,11 @@ SystemCode CheckOwnFolder(const std::string& folder) {
 SystemCode MakeOwnFolder(const std::string& folder) {
   if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) return errno;
   return CheckOwnFolder(folder);
+}
+
+bool LetsProgramsRun(const std::string& path) {
+  struct statvfs facts {};
+  return statvfs(path.c_str(), &facts) != 0 || (facts.f_flag & ST_NOEXEC) == 0;
 }
 
 }  // namespace platform

@@ -13,4 +13,7 @@ SystemCode CheckOwnFolder(const std::string& folder);
 // The same; a missing folder is made, for this user alone.
 SystemCode MakeOwnFolder(const std::string& folder);
 
+// False on a file system that is mounted without the right to run programs.
+bool LetsProgramsRun(const std::string& path);
+
 }  // namespace platform

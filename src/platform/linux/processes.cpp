@@ -4,7 +4,6 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,6 +23,7 @@
 #include "foundation/command_line.h"
 #include "platform/linux/descriptor.h"
 #include "platform/linux/exit_codes.h"
+#include "platform/linux/own_folder.h"
 #include "platform/linux/terminal_parent.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
@@ -182,9 +182,8 @@ bool IsProgramOfOthers(const std::string& path) {
   if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return false;
   const bool is_program = (facts.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
   // Where no program may run at all, an administrator's may not either.
-  struct statvfs place {};
-  if (statvfs(path.c_str(), &place) == 0 && (place.f_flag & ST_NOEXEC) != 0) return false;
-  return is_program && faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) != 0;
+  return is_program && LetsProgramsRun(path) &&
+         faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) != 0;
 }
 
 // Once pkexec has given its place to the program, the process bears the program's name.
