@@ -13,12 +13,9 @@ SplitName UserDatabase() {
   return SplitFileName(database_utils::GetUserDBFileName());
 }
 
-// For comparison with other folders.
-std::string Key(std::string folder) {
-  folder = GetAbsoluteFileName(folder);
-  while (folder.size() > 1 && (folder.back() == '/' || folder.back() == '\\'))
-    folder.pop_back();
-  return LowerCase(FollowLinks(folder));
+// For comparison with other folders. Without a separator at the end, as all are here.
+std::string Key(const std::string& folder) {
+  return LowerCase(FollowLinks(GetAbsoluteFileName(folder)));
 }
 
 std::string ReferenceName() {
@@ -53,8 +50,8 @@ bool IsUserDatabaseFile(const std::string& folder, const std::string& name) {
   const bool is_backup = key.starts_with(LowerCase(database.Name + "_")) &&
                          key.find(names::kBackupEnding) != std::string::npos;
   if (!is_backup && !key.starts_with(LowerCase(database.FileName()))) return false;
-  return Key(folder) == Key(database.Folder) ||
-         Key(folder) == Key(SplitFileName(UserDatabasePlace()).Folder);
+  const std::string place = Key(folder);
+  return place == Key(database.Folder) || place == Key(SplitFileName(UserDatabasePlace()).Folder);
 }
 
 std::string BackupPath(std::int32_t build_number) {

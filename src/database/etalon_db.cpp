@@ -25,8 +25,6 @@ namespace {
 
 constexpr const char* kModule = "KsUpdater";
 
-// Lower-cased; it stands in no manifest.
-
 // Fills the tables one after another; the user database is opened once, when a dictionary first
 // comes from there.
 class TableCreator {

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <optional>
-#include <utility>
 #include <vector>
 
 #include "database/access_helpers.h"
@@ -26,10 +24,6 @@ namespace {
 constexpr std::size_t kPageBytes = 4096;
 constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 
-[[noreturn]] void RaiseReadError(const std::string& path, platform::SystemCode code) {
-  RaiseApiErrorWithMessage("Ошибка чтения файла " + Quoted(path) + ":", code);
-}
-
 bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersion& target_version,
                 BuildEvents& events) {
   if (GetFileHash(copy) != GetFileHash(built)) {
@@ -44,18 +38,17 @@ bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersi
   return false;
 }
 
-// Of all pages but the first; nothing when the file cannot be opened.
-std::optional<std::string> TryHashOfUserRows(platform::SystemCode& code) {
-  const std::string path = database_utils::GetUserDBFileName();
-  const auto opened = platform::CurrentPorts().files->Open(path, platform::FileMode::kRead);
-  code = opened.code;
-  if (!opened) return std::nullopt;
+platform::Outcome<std::string> TryHashOfUserRows() {
+  using Result = platform::Outcome<std::string>;
+  const auto opened = platform::CurrentPorts().files->Open(database_utils::GetUserDBFileName(),
+                                                           platform::FileMode::kRead);
+  if (!opened) return Result::Failure(opened.code);
   Sha256Stream stream;
   std::vector<char> buffer(kReadBytes);
   for (std::size_t to_pass_over = kPageBytes;;) {
     const auto count = opened.value->Read(buffer.data(), buffer.size());
-    if (!count) RaiseReadError(path, count.code);
-    if (count.value == 0) return GetHashString(stream.Finish());
+    if (!count) return Result::Failure(count.code);
+    if (count.value == 0) return Result::Success(GetHashString(stream.Finish()));
     const std::size_t passed = std::min(to_pass_over, count.value);
     to_pass_over -= passed;
     stream.Update(buffer.data() + passed, count.value - passed);
@@ -68,11 +61,9 @@ std::optional<std::string> TryHashOfUserRows(platform::SystemCode& code) {
 bool IsUnchanged(const std::string& hash, BuildEvents& events) {
   const auto database = GetUserDBForReading();
   if (!database) return false;
-  platform::SystemCode code = 0;
-  std::optional<std::string> present = TryHashOfUserRows(code);
+  const auto present = TryHashOfUserRows();
   database->Close();
-  if (!present) present = HashOfUserRows();
-  if (*present == hash) return true;
+  if ((present ? present.value : HashOfUserRows()) == hash) return true;
   events.DownloadError(engine_texts::kDatabaseChanged);
   return false;
 }
@@ -102,10 +93,12 @@ void ForgetUnusedCopy() {
 }
 
 std::string HashOfUserRows() {
-  platform::SystemCode code = 0;
-  std::optional<std::string> hash = TryHashOfUserRows(code);
-  if (!hash) RaiseReadError(database_utils::GetUserDBFileName(), code);
-  return *std::move(hash);
+  const auto hash = TryHashOfUserRows();
+  if (!hash) {
+    RaiseApiErrorWithMessage(
+        "Ошибка чтения файла " + Quoted(database_utils::GetUserDBFileName()) + ":", hash.code);
+  }
+  return hash.value;
 }
 
 bool PackUserDatabase(BuildEvents& events) {

@@ -105,7 +105,7 @@ void CheckManifest(const Manifest& manifest, Faults& faults) {
     if (const auto verdict = tmw::CheckFileName(name); !verdict.IsAccepted())
       faults.Add(name, "The updater refuses it: " + verdict.message);
     if (!tables.insert(tmw::LowerCase(name)).second) faults.Add(name, "The table comes twice.");
-    if (tmw::EqualIgnoringCase(name, kVersionTable))
+    if (tmw::EqualIgnoringCase(name, tmw::names::kVersionTable))
       faults.Add(name, "The table tells a database's version and is never carried.");
     if (files.contains(tmw::LowerCase(name + std::string(tmw::names::kTableEnding))))
       faults.Add(name, "A program file has the name of the table's file.");

@@ -25,7 +25,4 @@ inline bool FitsAddresses(const std::string& name) {
 inline constexpr const char* kFitsNoAddress =
     "Nobody could download it: #, % and ? mean something else in an address.";
 
-// Never carried by a release: it tells the version of the database it stands in.
-inline constexpr const char* kVersionTable = "DBVersion";
-
 }  // namespace publish

@@ -67,7 +67,7 @@ std::vector<TableRecord> ReferenceTables::Choose(const Description& description,
   std::vector<bool> is_rule_used(description.tables.size());
   for (const platform::TableSummary& table : database_->Tables()) {
     if ((table.attributes & kNotOfTheProduct) != 0) continue;
-    if (tmw::EqualIgnoringCase(table.name, kVersionTable)) continue;
+    if (tmw::EqualIgnoringCase(table.name, tmw::names::kVersionTable)) continue;
     const TableRule* const rule = RuleOf(table.name, description.tables);
     if (rule == nullptr) {
       faults.Add(table.name, "The description does not say what kind of table it is.");
