@@ -12,13 +12,13 @@
 #include "database/etalon_db.h"
 #include "database/working_db.h"
 #include "foundation/error_handling.h"
-#include "platform/clock.h"
-#include "platform/host.h"
-#include "platform/ports.h"
+#include "ports/clock.h"
+#include "ports/host.h"
+#include "ports/ports.h"
 
 namespace {
 
-class NoWaits final : public platform::Clock {
+class NoWaits final : public ports::Clock {
  public:
   void Sleep(std::int32_t /*milliseconds*/) override {}
   std::int64_t TickCount() override { return 0; }
@@ -58,10 +58,10 @@ bool Build(const std::string& folder) {
 
 int main(int argc, char** argv) try {
   if (argc != 2) return 2;
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
   NoWaits clock;
-  platform::CurrentPorts().clock = &clock;
+  ports::CurrentPorts().clock = &clock;
   const auto start = std::chrono::steady_clock::now();
   if (!Build(argv[1])) return 1;
   const auto took = std::chrono::steady_clock::now() - start;

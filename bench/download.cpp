@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "foundation/program_error.h"
-#include "platform/host.h"
+#include "ports/host.h"
 #include "transfer/inet_file_downloader.h"
 
 // Downloads one URL in turn with curl and with InetFileDownloader, each time in a process of its
@@ -78,8 +78,8 @@ double Median(std::vector<double> values) {
 
 int main(int argc, char** argv) {
   if (argc != 3) return 2;
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
   const std::string url = argv[1];
   const std::string file = std::string(argv[2]) + "/downloaded";
   std::vector<double> theirs;

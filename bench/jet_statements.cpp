@@ -15,8 +15,8 @@
 #include <string>
 
 #include "jet/engine.h"
-#include "platform/host.h"
-#include "platform/ports.h"
+#include "ports/host.h"
+#include "ports/ports.h"
 
 namespace {
 
@@ -138,7 +138,7 @@ constexpr const char* kPlainTables =
     "create unique index pd on d(a); create unique index pc on copy(a);"
     "create unique index ps on s(a); create unique index pk on k(a);";
 
-void Compare(platform::Database& db, Plain& plain, const Pair& pair) {
+void Compare(ports::Database& db, Plain& plain, const Pair& pair) {
   Cost jet;
   Cost hand;
   std::int64_t touched = 0;
@@ -154,12 +154,12 @@ void Compare(platform::Database& db, Plain& plain, const Pair& pair) {
 }
 
 // What walking all rows of a recordset costs; values are read and dropped.
-void Walk(platform::Database& db, const char* name, const char* select) {
+void Walk(ports::Database& db, const char* name, const char* select) {
   const std::size_t before = ResidentKilobytes();
   std::size_t most = before;
   std::size_t count = 0;
   const Cost cost = CostOf([&] {
-    const auto rows = db.OpenRecordset(select, platform::RecordsetType::kDynaset);
+    const auto rows = db.OpenRecordset(select, ports::RecordsetType::kDynaset);
     for (; !rows->AtEnd(); rows->MoveNext()) {
       if (++count % 10000 == 0) most = std::max(most, ResidentKilobytes());
       rows->Value(2);
@@ -171,8 +171,8 @@ void Walk(platform::Database& db, const char* name, const char* select) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
   const fs::path folder = fs::temp_directory_path() / "tmw_jet_statements";
   fs::remove_all(folder);
   fs::create_directories(folder);
@@ -189,7 +189,7 @@ int main(int argc, char** argv) {
     Walk(*db, "Walking a join",
          "select Документы.*, Итоги.*, Документы.Имя & ' и ещё много слов, одинаковых в каждой "
          "записи' as Слова from Документы inner join Итоги on Документы.Ид = Итоги.Ид");
-  } catch (const platform::DatabaseError& error) {
+  } catch (const ports::DatabaseError& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 1;
   }

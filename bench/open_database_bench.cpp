@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/database.h"
-#include "platform/host.h"
-#include "platform/ports.h"
+#include "ports/database.h"
+#include "ports/host.h"
+#include "ports/ports.h"
 
 namespace {
 
@@ -15,25 +15,25 @@ constexpr int kTables = 200;
 std::string MakeManyTables() {
   const std::filesystem::path path = std::filesystem::temp_directory_path() / "tmw_many_tables.mdb";
   std::filesystem::remove(path);
-  const auto db = platform::CurrentPorts().database->CreateDatabase(path.string());
-  platform::CurrentPorts().database->BeginTrans();
+  const auto db = ports::CurrentPorts().database->CreateDatabase(path.string());
+  ports::CurrentPorts().database->BeginTrans();
   for (int i = 0; i < kTables; ++i) {
-    platform::TableDefinition table;
+    ports::TableDefinition table;
     table.name = "Таблица " + std::to_string(i);
     for (int f = 0; f < 13; ++f) {
-      platform::FieldDefinition field;
+      ports::FieldDefinition field;
       field.name = "Поле " + std::to_string(f);
       table.fields.push_back(field);
     }
     for (int x = 0; x < 2; ++x) {
-      platform::IndexDefinition index;
+      ports::IndexDefinition index;
       index.name = "Индекс " + std::to_string(x);
       index.fields.push_back({"Поле " + std::to_string(x), false});
       table.indexes.push_back(index);
     }
     db->CreateTable(table);
   }
-  platform::CurrentPorts().database->CommitTrans();
+  ports::CurrentPorts().database->CommitTrans();
   return path.string();
 }
 
@@ -41,7 +41,7 @@ std::string MakeManyTables() {
 void OpenAndLook(benchmark::State& state) {
   const std::string path = MakeManyTables();
   for (auto _ : state) {
-    const auto db = platform::CurrentPorts().database->OpenDatabase(path, true, true);
+    const auto db = ports::CurrentPorts().database->OpenDatabase(path, true, true);
     benchmark::DoNotOptimize(db->Tables());
     benchmark::DoNotOptimize(db->Table("Таблица 150"));
   }
@@ -52,8 +52,8 @@ BENCHMARK(OpenAndLook)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   return 0;

@@ -7,8 +7,8 @@
 #include "packages/rar_archive.h"
 #include "packages/rar_writer.h"
 #include "packages/tm_zipper.h"
-#include "platform/host.h"
-#include "platform/ports.h"
+#include "ports/host.h"
+#include "ports/ports.h"
 
 // One operation of the packages room a run, for packages_bench.sh to time. Prints the peak of the
 // process's memory.
@@ -46,8 +46,8 @@ void PrintPeakMemory() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
   if (argc < 3 || !Run({argv + 1, argv + argc})) {
     std::cerr << "packages_bench: failed\n";
     return 1;

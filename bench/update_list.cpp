@@ -14,8 +14,8 @@
 
 #include "engine/ks_updater.h"
 #include "packages/hash_api.h"
-#include "platform/host.h"
-#include "startup/services/updater_settings.h"
+#include "ports/host.h"
+#include "services/updater_settings.h"
 
 namespace tmw {
 
@@ -77,8 +77,8 @@ double Seconds(Action action) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
   tmw::UpdaterSettings settings;
   settings.IsClientInstallation = true;
   tmw::SetUpdaterSettings(settings);

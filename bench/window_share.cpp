@@ -12,8 +12,9 @@
 #include <string>
 #include <utility>
 
-#include "platform/front_end.h"
-#include "platform/host.h"
+#include "platform/factories.h"
+#include "ports/front_end.h"
+#include "ports/host.h"
 #include "transfer/inet_file_downloader.h"
 #include "ui/downloading_form.h"
 
@@ -49,9 +50,9 @@ double CostOfMeasuring() {
 }
 
 // A window that passes everything on and counts what painting takes.
-class MeasuredView final : public platform::ProgressView {
+class MeasuredView final : public ports::ProgressView {
  public:
-  explicit MeasuredView(std::unique_ptr<platform::ProgressView> inner) : inner_(std::move(inner)) {}
+  explicit MeasuredView(std::unique_ptr<ports::ProgressView> inner) : inner_(std::move(inner)) {}
 
   // Seconds in which painting waited for the display and took no processor time.
   double Waited() const { return passed_ - taken_; }
@@ -66,7 +67,7 @@ class MeasuredView final : public platform::ProgressView {
   void SetPicture(const std::string& name) override {
     Measure([&] { inner_->SetPicture(name); });
   }
-  void ShowBar(platform::BarKind kind) override {
+  void ShowBar(ports::BarKind kind) override {
     Measure([&] { inner_->ShowBar(kind); });
   }
   void SetProgress(double percent, const std::string& counter) override {
@@ -78,7 +79,7 @@ class MeasuredView final : public platform::ProgressView {
   void SetButton(const std::string& caption, bool is_enabled) override {
     Measure([&] { inner_->SetButton(caption, is_enabled); });
   }
-  void Run(platform::ProgressViewEvents& events) override { inner_->Run(events); }
+  void Run(ports::ProgressViewEvents& events) override { inner_->Run(events); }
   void Close() override { inner_->Close(); }
 
  private:
@@ -91,7 +92,7 @@ class MeasuredView final : public platform::ProgressView {
     passed_ += Clock() - start;
   }
 
-  std::unique_ptr<platform::ProgressView> inner_;
+  std::unique_ptr<ports::ProgressView> inner_;
   double passed_ = 0;
   double taken_ = 0;
 };
@@ -138,12 +139,12 @@ class Download final : public tmw::DownloaderEvents {
 };
 
 // The front end that the environment chooses; it remembers the window that it made last.
-class Remembering final : public platform::FrontEnd {
+class Remembering final : public ports::FrontEnd {
  public:
   MeasuredView* view = nullptr;
 
   bool CanAsk() override { return inner_->CanAsk(); }
-  void ShowMessage(platform::MessageKind kind, const std::string& title,
+  void ShowMessage(ports::MessageKind kind, const std::string& title,
                    const std::string& text) override {
     inner_->ShowMessage(kind, title, text);
   }
@@ -156,19 +157,19 @@ class Remembering final : public platform::FrontEnd {
   }
   void RunPendingEvents() override { inner_->RunPendingEvents(); }
   void ResetCursor() override { inner_->ResetCursor(); }
-  std::unique_ptr<platform::ProgressView> MakeProgressView() override {
+  std::unique_ptr<ports::ProgressView> MakeProgressView() override {
     auto made = std::make_unique<MeasuredView>(inner_->MakeProgressView());
     view = made.get();
     return made;
   }
-  std::unique_ptr<platform::ErrorView> MakeErrorView() override { return inner_->MakeErrorView(); }
+  std::unique_ptr<ports::ErrorView> MakeErrorView() override { return inner_->MakeErrorView(); }
 
  private:
-  std::unique_ptr<platform::FrontEnd> inner_ = platform::MakeFrontEnd();
+  std::unique_ptr<ports::FrontEnd> inner_ = platform::MakeFrontEnd();
 };
 
 // Starts the download when the window is on the screen.
-class Starter final : public platform::ProgressViewEvents {
+class Starter final : public ports::ProgressViewEvents {
  public:
   explicit Starter(std::function<void()> start) : start_(std::move(start)) {}
   void OnShown() override { start_(); }
@@ -187,7 +188,7 @@ struct Result {
 
 Result RunWindow(const std::string& url, const std::string& file, std::int32_t bytes) {
   Remembering front_end;
-  platform::CurrentPorts().front_end = &front_end;
+  ports::CurrentPorts().front_end = &front_end;
   tmw::DownloadingForm form([] {});
   Download download(form, bytes);
   Result result;
@@ -232,8 +233,8 @@ int main(int argc, char** argv) {
   const std::string file = std::string(argv[2]) + "/downloaded";
   const auto bytes = static_cast<std::int32_t>(std::atol(argv[3]));
   const auto run = [&] {
-    const auto host = platform::MakeHost(argc, argv);
-    platform::CurrentPorts() = host->MakePorts();
+    const auto host = ports::MakeHost(argc, argv);
+    ports::CurrentPorts() = host->MakePorts();
     return RunWindow(argv[1], file, bytes);
   };
   Result result;

@@ -6,16 +6,16 @@
 #include "database/database_texts.h"
 #include "engine/engine_texts.h"
 #include "foundation/error_handling.h"
-#include "platform/front_end.h"
-#include "platform/host.h"
-#include "platform/ports.h"
-#include "platform/system_info.h"
+#include "ports/front_end.h"
+#include "ports/host.h"
+#include "ports/ports.h"
+#include "ports/system_info.h"
 #include "ui/error_form.h"
 #include "ui/ui_texts.h"
 
 namespace {
 
-using platform::BarKind;
+using ports::BarKind;
 namespace database_texts = tmw::database_texts;
 namespace engine_texts = tmw::engine_texts;
 namespace ui_texts = tmw::ui_texts;
@@ -51,21 +51,21 @@ constexpr State kStates[] = {
 };
 
 // The same machine in every picture.
-class ExampleSystem final : public platform::SystemInfo {
+class ExampleSystem final : public ports::SystemInfo {
  public:
-  std::optional<platform::OsFacts> Os() override {
-    return platform::OsFacts{6, 1, 7601, 2, "Service Pack 1"};
+  std::optional<ports::OsFacts> Os() override {
+    return ports::OsFacts{6, 1, 7601, 2, "Service Pack 1"};
   }
-  platform::HardwareFacts Hardware() override {
+  ports::HardwareFacts Hardware() override {
     return {2047U << 20U, 1024U << 20U, 2047U << 20U, 1900U << 20U, 4};
   }
-  platform::SystemFolders Folders() override { return {}; }
+  ports::SystemFolders Folders() override { return {}; }
 };
 
 // Brings the window of a run into a state and leaves it there.
-class Exhibition final : public platform::ProgressViewEvents {
+class Exhibition final : public ports::ProgressViewEvents {
  public:
-  Exhibition(platform::ProgressView& view, const State& state, bool is_question)
+  Exhibition(ports::ProgressView& view, const State& state, bool is_question)
       : view_(view), state_(state), is_question_(is_question) {}
 
   void OnShown() override {
@@ -79,8 +79,7 @@ class Exhibition final : public platform::ProgressViewEvents {
     view_.SetPace(state_.pace);
     view_.SetButton(ui_texts::kCancel, state_.can_cancel);
     if (is_question_) {
-      platform::CurrentPorts().front_end->AskYesNo(ui_texts::kUpdateTitle,
-                                                   ui_texts::kCancelQuestion);
+      ports::CurrentPorts().front_end->AskYesNo(ui_texts::kUpdateTitle, ui_texts::kCancelQuestion);
     }
   }
 
@@ -88,19 +87,19 @@ class Exhibition final : public platform::ProgressViewEvents {
   void OnStop() override { view_.Close(); }
 
  private:
-  platform::ProgressView& view_;
+  ports::ProgressView& view_;
   const State& state_;
   bool is_question_;
 };
 
 void ShowState(const State& state, bool is_question) {
-  const auto view = platform::CurrentPorts().front_end->MakeProgressView();
+  const auto view = ports::CurrentPorts().front_end->MakeProgressView();
   view->SetCaption(ui_texts::kCaption);
   Exhibition exhibition(*view, state, is_question);
   view->Run(exhibition);
 }
 
-class NoEvents final : public platform::ErrorViewEvents {
+class NoEvents final : public ports::ErrorViewEvents {
  public:
   void OnDetails() override {}
   void OnCopy() override {}
@@ -114,7 +113,7 @@ void ShowError(bool is_detailed) {
       "mFileUtils.CopyFile\r\nKsUpdater.InstallComponents\r\nKsUpdater.Execute\r\n"
       "Процесс не может получить доступ к файлу, так как этот файл занят другим процессом.",
       32);
-  const auto view = platform::CurrentPorts().front_end->MakeErrorView();
+  const auto view = ports::CurrentPorts().front_end->MakeErrorView();
   view->SetTexts({ui_texts::kErrorTitle, ui_texts::kErrorLabel, ui_texts::kFullTextName,
                   form.ShortText(), form.FullText(), ui_texts::kCopy, ui_texts::kClose});
   view->SetDetailView(is_detailed, is_detailed ? ui_texts::kLessDetails : ui_texts::kMoreDetails);
@@ -126,10 +125,10 @@ void ShowError(bool is_detailed) {
 
 int main(int argc, char** argv) {
   const std::string_view wanted = argc > 1 ? argv[1] : "";
-  const auto host = platform::MakeHost(1, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  const auto host = ports::MakeHost(1, argv);
+  ports::CurrentPorts() = host->MakePorts();
   static ExampleSystem system;
-  platform::CurrentPorts().system_info = &system;
+  ports::CurrentPorts().system_info = &system;
   for (const State& state : kStates) {
     if (wanted.empty()) std::puts(state.name);
     if (wanted == state.name) return ShowState(state, false), 0;

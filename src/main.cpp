@@ -1,14 +1,14 @@
 #include "foundation/error_handling.h"
-#include "platform/host.h"
+#include "ports/host.h"
+#include "services/updater_settings.h"
 #include "startup/main_procedure.h"
-#include "startup/services/updater_settings.h"
 #include "ui/downloading_form.h"
 #include "ui/error_form.h"
 
 int main(int argc, char** argv) {
-  if (const auto exit_code = platform::WaitForUpdaterChain()) return *exit_code;
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  if (const auto exit_code = ports::WaitForUpdaterChain()) return *exit_code;
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
   tmw::SetErrorEnvironment({[] { return std::make_unique<tmw::ErrorForm>(); },
                             [] { return tmw::GetUpdaterSettings().NoFinalMessage; }});
   tmw::Main([] { return std::make_unique<tmw::DownloadingForm>(tmw::ExitUpdater); });

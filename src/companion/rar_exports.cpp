@@ -13,7 +13,7 @@ namespace {
 // What a handle stands for.
 struct OpenedArchive {
   rar::Archive archive;
-  RarCallback callback = nullptr;
+  ports::RarCallback callback = nullptr;
   std::intptr_t user_data = 0;
 };
 
@@ -30,13 +30,13 @@ std::int32_t Guarded(Action action) noexcept {
   } catch (const rar::Failure& failure) {
     return failure.code;
   } catch (const std::bad_alloc&) {
-    return kRarNoMemory;
+    return ports::kRarNoMemory;
   } catch (const std::exception&) {
-    return kRarUnknown;
+    return ports::kRarUnknown;
   }
 }
 
-void SetCallback(OpenedArchive& opened, RarCallback callback, std::intptr_t user_data) {
+void SetCallback(OpenedArchive& opened, ports::RarCallback callback, std::intptr_t user_data) {
   opened.callback = callback;
   opened.user_data = user_data;
   if (callback == nullptr) {
@@ -44,7 +44,7 @@ void SetCallback(OpenedArchive& opened, RarCallback callback, std::intptr_t user
     return;
   }
   opened.archive.SetListener([callback, user_data](const std::uint8_t* data, std::size_t length) {
-    return callback(kRarProcessData, user_data, reinterpret_cast<std::intptr_t>(data),
+    return callback(ports::kRarProcessData, user_data, reinterpret_cast<std::intptr_t>(data),
                     static_cast<std::intptr_t>(length)) != -1;
   });
 }
@@ -53,20 +53,21 @@ OpenedArchive* Open(const std::string& path, std::uint32_t mode, std::uint32_t& 
   std::unique_ptr<OpenedArchive> opened;
   result = static_cast<std::uint32_t>(Guarded([&] {
     opened = std::make_unique<OpenedArchive>(
-        OpenedArchive{rar::Archive(path, mode == kRarExtract, OpenVolume)});
-    return kRarOk;
+        OpenedArchive{rar::Archive(path, mode == ports::kRarExtract, OpenVolume)});
+    return ports::kRarOk;
   }));
   return opened.release();
 }
 
-OpenedArchive* FromHandle(RarHandle handle) {
+OpenedArchive* FromHandle(ports::RarHandle handle) {
   return static_cast<OpenedArchive*>(handle);
 }
 
 std::uint32_t HeaderFlags(const rar::Entry& entry) {
-  return (entry.split_before ? kRarSplitBefore : 0U) | (entry.split_after ? kRarSplitAfter : 0U) |
-         (entry.encrypted ? kRarEncrypted : 0U) | (entry.solid ? kRarSolid : 0U) |
-         (entry.directory ? kRarDirectory : 0U);
+  return (entry.split_before ? ports::kRarSplitBefore : 0U) |
+         (entry.split_after ? ports::kRarSplitAfter : 0U) |
+         (entry.encrypted ? ports::kRarEncrypted : 0U) | (entry.solid ? ports::kRarSolid : 0U) |
+         (entry.directory ? ports::kRarDirectory : 0U);
 }
 
 std::uint32_t Low(std::uint64_t value) {
@@ -95,7 +96,7 @@ void FillCommon(const rar::Archive& archive, Record& record) {
   record.CmtState = 0;
 }
 
-void FillExtended(const rar::Archive& archive, RARHeaderDataEx& record) {
+void FillExtended(const rar::Archive& archive, ports::RARHeaderDataEx& record) {
   const rar::Entry& entry = archive.Current();
   PutUnits(record.ArcNameW, archive.VolumePath());
   PutUnits(record.FileNameW, entry.name);
@@ -118,14 +119,15 @@ void FillExtended(const rar::Archive& archive, RARHeaderDataEx& record) {
   record.MtimeHigh = High(ticks);
 }
 
-int Process(RarHandle handle, int operation, const std::string& folder, const std::string& name) {
-  if (handle == nullptr) return kRarUnknown;
+int Process(ports::RarHandle handle, int operation, const std::string& folder,
+            const std::string& name) {
+  if (handle == nullptr) return ports::kRarUnknown;
   rar::Archive& archive = FromHandle(handle)->archive;
   return Guarded([&] {
     switch (operation) {
-      case kRarSkip:
+      case ports::kRarSkip:
         return archive.Skip();
-      case kRarTest:
+      case ports::kRarTest:
         return archive.Test();
       default:
         return archive.Extract(folder, name);
@@ -137,16 +139,16 @@ int Process(RarHandle handle, int operation, const std::string& folder, const st
 }  // namespace companion
 
 using companion::FromHandle;
-using companion::RarHandle;
+using ports::RarHandle;
 
-RarHandle COMPANION_CALL RAROpenArchive(companion::RAROpenArchiveData* record) {
+ports::RarHandle COMPANION_CALL RAROpenArchive(ports::RAROpenArchiveData* record) {
   if (record == nullptr) return nullptr;
   record->CmtSize = 0;
   record->CmtState = 0;
   return companion::Open(companion::FromOem(record->ArcName), record->OpenMode, record->OpenResult);
 }
 
-RarHandle COMPANION_CALL RAROpenArchiveEx(companion::RAROpenArchiveDataEx* record) {
+ports::RarHandle COMPANION_CALL RAROpenArchiveEx(ports::RAROpenArchiveDataEx* record) {
   if (record == nullptr) return nullptr;
   const bool has_wide_name = record->ArcNameW != nullptr && record->ArcNameW[0] != 0;
   const std::string path =
@@ -160,20 +162,20 @@ RarHandle COMPANION_CALL RAROpenArchiveEx(companion::RAROpenArchiveDataEx* recor
   return opened;
 }
 
-int COMPANION_CALL RARReadHeader(RarHandle handle, companion::RARHeaderData* header) {
-  if (handle == nullptr || header == nullptr) return companion::kRarUnknown;
+int COMPANION_CALL RARReadHeader(ports::RarHandle handle, ports::RARHeaderData* header) {
+  if (handle == nullptr || header == nullptr) return ports::kRarUnknown;
   return companion::Guarded([&] {
     const auto result = FromHandle(handle)->archive.ReadHeader();
-    if (result == companion::kRarOk) companion::FillCommon(FromHandle(handle)->archive, *header);
+    if (result == ports::kRarOk) companion::FillCommon(FromHandle(handle)->archive, *header);
     return result;
   });
 }
 
-int COMPANION_CALL RARReadHeaderEx(RarHandle handle, companion::RARHeaderDataEx* header) {
-  if (handle == nullptr || header == nullptr) return companion::kRarUnknown;
+int COMPANION_CALL RARReadHeaderEx(ports::RarHandle handle, ports::RARHeaderDataEx* header) {
+  if (handle == nullptr || header == nullptr) return ports::kRarUnknown;
   return companion::Guarded([&] {
     const auto result = FromHandle(handle)->archive.ReadHeader();
-    if (result == companion::kRarOk) {
+    if (result == ports::kRarOk) {
       companion::FillCommon(FromHandle(handle)->archive, *header);
       companion::FillExtended(FromHandle(handle)->archive, *header);
     }
@@ -181,31 +183,31 @@ int COMPANION_CALL RARReadHeaderEx(RarHandle handle, companion::RARHeaderDataEx*
   });
 }
 
-int COMPANION_CALL RARProcessFile(RarHandle handle, int operation, const char* folder,
+int COMPANION_CALL RARProcessFile(ports::RarHandle handle, int operation, const char* folder,
                                   const char* name) {
   return companion::Process(handle, operation, companion::FromOem(folder),
                             companion::FromOem(name));
 }
 
-int COMPANION_CALL RARProcessFileW(RarHandle handle, int operation, const char16_t* folder,
+int COMPANION_CALL RARProcessFileW(ports::RarHandle handle, int operation, const char16_t* folder,
                                    const char16_t* name) {
   return companion::Process(handle, operation, companion::FromUnits(folder),
                             companion::FromUnits(name));
 }
 
-void COMPANION_CALL RARSetCallback(RarHandle handle, companion::RarCallback callback,
+void COMPANION_CALL RARSetCallback(ports::RarHandle handle, ports::RarCallback callback,
                                    std::intptr_t user_data) {
   if (handle != nullptr) companion::SetCallback(*FromHandle(handle), callback, user_data);
 }
 
-void COMPANION_CALL RARSetPassword(RarHandle /*handle*/, const char* /*password*/) {}
+void COMPANION_CALL RARSetPassword(ports::RarHandle /*handle*/, const char* /*password*/) {}
 
 int COMPANION_CALL RARGetDllVersion() {
   return 6;
 }
 
-int COMPANION_CALL RARCloseArchive(RarHandle handle) {
-  if (handle == nullptr) return companion::kRarCloseFailed;
+int COMPANION_CALL RARCloseArchive(ports::RarHandle handle) {
+  if (handle == nullptr) return ports::kRarCloseFailed;
   delete FromHandle(handle);
-  return companion::kRarOk;
+  return ports::kRarOk;
 }

@@ -16,8 +16,8 @@ namespace {
 // The interface keeps its functions and options between calls.
 struct ZipState {
   bool initialised = false;
-  ZpFunctions functions{};
-  ZpOptions options{};
+  ports::ZpFunctions functions{};
+  ports::ZpOptions options{};
   std::string date;
   std::string root_folder;
   std::string temporary_folder;
@@ -55,7 +55,7 @@ std::optional<std::int64_t> ParseDate(const std::string& text) {
 
 // Nothing for options that cannot be honoured: encryption, repair, a level that is no digit, a date
 // that is none.
-std::optional<zip::ZipSettings> Settings(const ZpOptions& options) {
+std::optional<zip::ZipSettings> Settings(const ports::ZpOptions& options) {
   if (options.Encrypt != 0 || options.Repair != 0) return std::nullopt;
   if (options.Level < '0' || options.Level > '9') return std::nullopt;
   if (options.Recurse < 0 || options.Recurse > 2) return std::nullopt;
@@ -89,7 +89,7 @@ std::string ToAnsi(const std::string& text) {
   return tmw::Utf8ToCodePage(tmw::CodePage::k1251, text);
 }
 
-zip::ZipListeners Listeners(const ZpFunctions& functions) {
+zip::ZipListeners Listeners(const ports::ZpFunctions& functions) {
   zip::ZipListeners listeners;
   listeners.print = [&functions](const std::string& line) {
     if (functions.Print == nullptr) return;
@@ -102,7 +102,7 @@ zip::ZipListeners Listeners(const ZpFunctions& functions) {
   };
   listeners.ask_comment = [&functions](const std::string& comment) {
     if (functions.Comment == nullptr) return comment;
-    std::array<char, kZpCommentSize> buffer{};
+    std::array<char, ports::kZpCommentSize> buffer{};
     comment.copy(buffer.data(), buffer.size() - 1);
     functions.Comment(buffer.data());
     buffer.back() = 0;
@@ -111,12 +111,12 @@ zip::ZipListeners Listeners(const ZpFunctions& functions) {
   return listeners;
 }
 
-int Run(const ZpCommand& command) {
+int Run(const ports::ZpCommand& command) {
   const ZipState& state = State();
-  if (!state.initialised) return kZipInternal;
+  if (!state.initialised) return ports::kZipInternal;
   const auto settings = Settings(state.options);
-  if (!settings || command.Count < 0 || command.ZipName == nullptr) return kZipBadOptions;
-  if (command.Count > 0 && command.Names == nullptr) return kZipBadOptions;
+  if (!settings || command.Count < 0 || command.ZipName == nullptr) return ports::kZipBadOptions;
+  if (command.Count > 0 && command.Names == nullptr) return ports::kZipBadOptions;
   std::vector<std::string> names;
   names.reserve(static_cast<std::size_t>(command.Count));
   for (std::int32_t i = 0; i < command.Count; ++i)
@@ -128,18 +128,18 @@ int Run(const ZpCommand& command) {
 }  // namespace
 }  // namespace companion
 
-int COMPANION_CALL ZpInit(companion::ZpFunctions* functions) {
+int COMPANION_CALL ZpInit(ports::ZpFunctions* functions) {
   if (functions == nullptr) return 0;
   companion::State().functions = *functions;
   companion::State().initialised = true;
   return 1;
 }
 
-int COMPANION_CALL ZpSetOptions(companion::ZpOptions* options) {
+int COMPANION_CALL ZpSetOptions(ports::ZpOptions* options) {
   if (options == nullptr) return 0;
   companion::ZipState& state = companion::State();
   try {
-    companion::ZpOptions kept = *options;
+    ports::ZpOptions kept = *options;
     kept.Date = companion::Keep(state.date, options->Date);
     kept.RootDir = companion::Keep(state.root_folder, options->RootDir);
     kept.TempDir = companion::Keep(state.temporary_folder, options->TempDir);
@@ -150,16 +150,16 @@ int COMPANION_CALL ZpSetOptions(companion::ZpOptions* options) {
   return 1;
 }
 
-companion::ZpOptions* COMPANION_CALL ZpGetOptions() {
+ports::ZpOptions* COMPANION_CALL ZpGetOptions() {
   return &companion::State().options;
 }
 
-int COMPANION_CALL ZpArchive(companion::ZpCommand command) {
+int COMPANION_CALL ZpArchive(ports::ZpCommand command) {
   try {
     return companion::Run(command);
   } catch (const std::bad_alloc&) {
-    return companion::kZipNoMemory;
+    return ports::kZipNoMemory;
   } catch (const std::exception&) {
-    return companion::kZipInternal;
+    return ports::kZipInternal;
   }
 }

@@ -3,8 +3,8 @@
 #include "database/database_texts.h"
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
-#include "platform/ports.h"
-#include "startup/services/product_settings.h"
+#include "ports/ports.h"
+#include "services/product_settings.h"
 
 namespace tmw::database_utils {
 namespace {
@@ -12,12 +12,12 @@ namespace {
 constexpr const char* kModule = "mTmDaoDataBaseForUtils";
 
 // Never destroyed: the process's end frees the file, whatever the order of its last acts.
-std::unique_ptr<platform::Database>& CachedUserDB() {
-  static auto& cached = *new std::unique_ptr<platform::Database>();
+std::unique_ptr<ports::Database>& CachedUserDB() {
+  static auto& cached = *new std::unique_ptr<ports::Database>();
   return cached;
 }
 
-platform::Database& GivenOrCached(platform::Database* database) {
+ports::Database& GivenOrCached(ports::Database* database) {
   return database != nullptr ? *database : GetCachedUserDB();
 }
 
@@ -29,14 +29,14 @@ std::string GetUserDBFileName() try {
   ReRaiseError(kModule, "GetUserDBFileName");
 }
 
-std::unique_ptr<platform::Database> GetUserDB() try {
-  return platform::CurrentPorts().database->OpenDatabase(GetUserDBFileName(), false, false);
+std::unique_ptr<ports::Database> GetUserDB() try {
+  return ports::CurrentPorts().database->OpenDatabase(GetUserDBFileName(), false, false);
 } catch (...) {
   ReRaiseError(kModule, "GetUserDB");
 }
 
-platform::Database& GetCachedUserDB() try {
-  std::unique_ptr<platform::Database>& cached = CachedUserDB();
+ports::Database& GetCachedUserDB() try {
+  std::unique_ptr<ports::Database>& cached = CachedUserDB();
   if (!cached) cached = GetUserDB();
   return *cached;
 } catch (...) {
@@ -47,27 +47,27 @@ void CloseCachedUserDB() {
   CachedUserDB().reset();
 }
 
-void TmExecuteSql(const std::string& sql, platform::Database* database) try {
+void TmExecuteSql(const std::string& sql, ports::Database* database) try {
   GivenOrCached(database).Execute(sql, false);
 } catch (...) {
   ReRaiseError(kModule, "TmExecuteSql", database_texts::FailedStatement(sql));
 }
 
-std::unique_ptr<platform::DatabaseRecordset> OpenTableRecordset(const std::string& table,
-                                                                const std::string& index,
-                                                                platform::Database* database) try {
-  auto recordset = GivenOrCached(database).OpenRecordset(table, platform::RecordsetType::kTable);
+std::unique_ptr<ports::DatabaseRecordset> OpenTableRecordset(const std::string& table,
+                                                             const std::string& index,
+                                                             ports::Database* database) try {
+  auto recordset = GivenOrCached(database).OpenRecordset(table, ports::RecordsetType::kTable);
   if (!index.empty()) recordset->SetIndex(index);
   return recordset;
 } catch (...) {
   ReRaiseError(kModule, "OpenTableRecordset", database_texts::FailedTable(table, index));
 }
 
-void SafeMoveFirst(platform::DatabaseRecordset& recordset) try {
+void SafeMoveFirst(ports::DatabaseRecordset& recordset) try {
   try {
     recordset.MoveFirst();
-  } catch (const platform::DatabaseError& error) {
-    if (error.Number != platform::kNoCurrentRecord) throw;
+  } catch (const ports::DatabaseError& error) {
+    if (error.Number != ports::kNoCurrentRecord) throw;
   }
 } catch (...) {
   ReRaiseError(kModule, "SafeMoveFirst");

@@ -4,7 +4,7 @@
 #include "foundation/contract_names.h"
 #include "foundation/encodings.h"
 #include "foundation/file_utils.h"
-#include "startup/services/product_settings.h"
+#include "services/product_settings.h"
 
 namespace tmw {
 namespace {

@@ -18,11 +18,11 @@ constexpr std::int32_t kByteArrayCode = 0x2011;
 constexpr std::string_view kNoBreakSpace = "\u00A0";
 
 struct TypeToken {
-  platform::DataType type;
+  ports::DataType type;
   std::string_view token;
 };
 
-using platform::DataType;
+using ports::DataType;
 
 constexpr std::array<TypeToken, 21> kTypeTokens = {{
     {DataType::kBoolean, "Bool"},        {DataType::kByte, "Byte"},
@@ -121,42 +121,38 @@ std::string UnreadableText(std::int32_t type_code) {
 }
 
 struct TextOf {
-  std::string operator()(platform::EmptyValue) const { return "E"; }
-  std::string operator()(platform::NullValue) const { return {}; }
+  std::string operator()(ports::EmptyValue) const { return "E"; }
+  std::string operator()(ports::NullValue) const { return {}; }
   std::string operator()(bool value) const { return value ? "T" : "F"; }
   std::string operator()(std::uint8_t value) const { return std::to_string(value); }
   std::string operator()(std::int16_t value) const { return std::to_string(value); }
   std::string operator()(std::int32_t value) const { return std::to_string(value); }
-  std::string operator()(platform::CurrencyValue value) const {
+  std::string operator()(ports::CurrencyValue value) const {
     return CurrencyToText(value.ten_thousandths);
   }
   std::string operator()(float value) const { return SingleToText(value); }
   std::string operator()(double value) const { return DoubleToText(value); }
-  std::string operator()(platform::DateValue value) const { return DateText(value.days); }
-  std::string operator()(const platform::DecimalValue& value) const { return value.text; }
+  std::string operator()(ports::DateValue value) const { return DateText(value.days); }
+  std::string operator()(const ports::DecimalValue& value) const { return value.text; }
   std::string operator()(const std::string& value) const { return EscapedText(value); }
-  std::string operator()(const platform::BinaryValue&) const {
-    return UnreadableText(kByteArrayCode);
-  }
-  std::string operator()(platform::OtherValue value) const {
-    return UnreadableText(value.type_code);
-  }
+  std::string operator()(const ports::BinaryValue&) const { return UnreadableText(kByteArrayCode); }
+  std::string operator()(ports::OtherValue value) const { return UnreadableText(value.type_code); }
 };
 
 [[noreturn]] void RaiseUnrecognised(std::string_view text) {
   RaiseProgramError("Unrecognizing value in DBString: [" + std::string(text) + "]");
 }
 
-platform::DatabaseValue WholeDay(std::string_view text) {
+ports::DatabaseValue WholeDay(std::string_view text) {
   std::size_t length = 0;
   const double days = ReadNumberPrefix(text.substr(1), &length);
   if (length == 0 || length + 1 != text.size() || !IsDateInRange(days + kDay2001))
     RaiseUnrecognised(text);
-  return platform::DateValue{days + kDay2001};
+  return ports::DateValue{days + kDay2001};
 }
 
-platform::DatabaseValue Moment(std::string_view digits) {
-  if (digits == "0") return platform::DateValue{0};
+ports::DatabaseValue Moment(std::string_view digits) {
+  if (digits == "0") return ports::DateValue{0};
   const auto part = [&](std::size_t from, std::size_t count) {
     std::int32_t value = 0;
     for (const char c : digits.substr(from, count))
@@ -169,12 +165,12 @@ platform::DatabaseValue Moment(std::string_view digits) {
         DateFromParts({part(0, 4), part(4, 2), part(6, 2), part(8, 2), part(10, 2), part(12, 2)});
   }
   if (!days) RaiseProgramError("Invalid date in DBString: [D" + std::string(digits) + "]");
-  return platform::DateValue{*days};
+  return ports::DateValue{*days};
 }
 
 }  // namespace
 
-std::string FieldTypeToStr(platform::DataType type) try {
+std::string FieldTypeToStr(ports::DataType type) try {
   for (const TypeToken& entry : kTypeTokens) {
     if (entry.type == type) return std::string(entry.token);
   }
@@ -183,24 +179,24 @@ std::string FieldTypeToStr(platform::DataType type) try {
   ReRaiseError(kModule, "FieldTypeToStr");
 }
 
-std::optional<platform::DataType> FieldTypeFromStr(std::string_view token) {
+std::optional<ports::DataType> FieldTypeFromStr(std::string_view token) {
   for (const TypeToken& entry : kTypeTokens) {
     if (entry.token == token) return entry.type;
   }
   return std::nullopt;
 }
 
-std::string VariantToDBString(const platform::DatabaseValue& value) try {
+std::string VariantToDBString(const ports::DatabaseValue& value) try {
   return std::visit(TextOf{}, value);
 } catch (...) {
   ReRaiseError(kModule, "VariantToDBString");
 }
 
-platform::DatabaseValue DBStringToVariant(std::string_view text) try {
-  if (text.empty()) return platform::NullValue{};
+ports::DatabaseValue DBStringToVariant(std::string_view text) try {
+  if (text.empty()) return ports::NullValue{};
   switch (text.front()) {
     case 'E':
-      return platform::EmptyValue{};
+      return ports::EmptyValue{};
     case 'S':
       return UnescapedText(text.substr(1));
     case 'd':

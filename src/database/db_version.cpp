@@ -17,13 +17,13 @@ constexpr const char* kModule = "KsUpdater";
 constexpr std::array<const char*, 3> kColumns = {"MajorVersion", "MinorVersion", "BuildNumber"};
 
 // The columns are numeric, of whatever size.
-std::int32_t ToLong(const platform::DatabaseValue& value) {
+std::int32_t ToLong(const ports::DatabaseValue& value) {
   const double number = std::visit(
       [](const auto& content) {
         using Content = std::decay_t<decltype(content)>;
         if constexpr (std::is_arithmetic_v<Content>) {
           return static_cast<double>(content);
-        } else if constexpr (std::is_same_v<Content, platform::CurrencyValue>) {
+        } else if constexpr (std::is_same_v<Content, ports::CurrencyValue>) {
           return static_cast<double>(content.ten_thousandths) / 10000;
         } else {
           return std::numeric_limits<double>::quiet_NaN();
@@ -53,8 +53,8 @@ std::optional<DbVersion> ParseDbVersion(std::string_view text) {
   return version;
 }
 
-DbVersion GetDataBaseVersion(platform::Database& database) try {
-  const auto rows = database.OpenRecordset("DBVersion", platform::RecordsetType::kDynaset);
+DbVersion GetDataBaseVersion(ports::Database& database) try {
+  const auto rows = database.OpenRecordset("DBVersion", ports::RecordsetType::kDynaset);
   rows->MoveFirst();
   DbVersion version{};
   for (std::size_t i = 0; i < version.size(); ++i)

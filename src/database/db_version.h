@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/database.h"
+#include "ports/database.h"
 
 namespace tmw {
 
@@ -20,7 +20,7 @@ std::string DbVersionText(const DbVersion& version);
 std::optional<DbVersion> ParseDbVersion(std::string_view text);
 
 // From the first row of the table DBVersion.
-DbVersion GetDataBaseVersion(platform::Database& database);
+DbVersion GetDataBaseVersion(ports::Database& database);
 
 // The statement that writes a version there.
 std::string SetDataBaseVersionSql(const DbVersion& version);

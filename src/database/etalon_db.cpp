@@ -29,7 +29,7 @@ constexpr const char* kModule = "KsUpdater";
 // comes from there.
 class TableCreator {
  public:
-  TableCreator(const DatabaseBuild& build, BuildEvents& events, platform::Database& database)
+  TableCreator(const DatabaseBuild& build, BuildEvents& events, ports::Database& database)
       : build_(build), events_(events), database_(database) {}
 
   bool Create(const WuTableNode& table) {
@@ -59,21 +59,21 @@ class TableCreator {
 
   const DatabaseBuild& build_;
   BuildEvents& events_;
-  platform::Database& database_;
-  std::unique_ptr<platform::Database> user_database_;
+  ports::Database& database_;
+  std::unique_ptr<ports::Database> user_database_;
   RowCounts counts_;
 };
 
 // Deletes and takes from the list every table but those that others refer to: they can go when the
 // others have gone. At least one goes, or the failure is raised.
-void DeleteFreeTables(std::vector<std::string>& tables, platform::Database& database) {
+void DeleteFreeTables(std::vector<std::string>& tables, ports::Database& database) {
   std::exception_ptr failure;
   const auto deleted = std::erase_if(tables, [&](const std::string& table) {
     try {
       database.DeleteTable(table);
       return true;
-    } catch (const platform::DatabaseError& error) {
-      if (error.Number != platform::kUsedInRelation) throw;
+    } catch (const ports::DatabaseError& error) {
+      if (error.Number != ports::kUsedInRelation) throw;
       failure = std::current_exception();
       return false;
     }
@@ -112,7 +112,7 @@ bool BuildEtalonDB(const DatabaseBuild& build, BuildEvents& events) {
   return result;
 }
 
-bool DeteleUnnecessaryTables(const DatabaseBuild& build, platform::Database& database) try {
+bool DeteleUnnecessaryTables(const DatabaseBuild& build, ports::Database& database) try {
   std::set<std::string> kept = {std::string(names::kVersionTable)};
   for (const WuTableNode& table : *build.Tables)
     kept.insert(LowerCase(table.TableName));
@@ -127,7 +127,7 @@ bool DeteleUnnecessaryTables(const DatabaseBuild& build, platform::Database& dat
 }
 
 bool CreateTablesInEtalonDB(const DatabaseBuild& build, BuildEvents& events,
-                            platform::Database& database) try {
+                            ports::Database& database) try {
   events.SetupProgress(static_cast<std::int32_t>(build.Tables->size()), false);
   TableCreator creator(build, events, database);
   std::int32_t count = 0;

@@ -2,7 +2,7 @@
 
 #include "database/build_events.h"
 #include "database/database_build.h"
-#include "platform/database.h"
+#include "ports/database.h"
 
 // The reference database: the release's tables, user tables empty, dictionaries filled. Operations
 // return false when they have told the user or he wants out.
@@ -12,10 +12,10 @@ namespace tmw {
 bool BuildEtalonDB(const DatabaseBuild& build, BuildEvents& events);
 
 // Deletes the tables that the release does not name.
-bool DeteleUnnecessaryTables(const DatabaseBuild& build, platform::Database& database);
+bool DeteleUnnecessaryTables(const DatabaseBuild& build, ports::Database& database);
 
 // Creates the release's tables anew and counts their rows.
 bool CreateTablesInEtalonDB(const DatabaseBuild& build, BuildEvents& events,
-                            platform::Database& database);
+                            ports::Database& database);
 
 }  // namespace tmw

@@ -15,8 +15,8 @@
 #include "foundation/file_utils.h"
 #include "foundation/number_text.h"
 #include "foundation/text.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -26,22 +26,22 @@ constexpr const char* kModule = "ImpTable";
 // A text begins with "Table:": a zero in its second byte, like a mark, gives UTF-16 away.
 bool IsUnicodeFile(const std::string& path) {
   std::array<char, 2> start{'\xFF', '\xFF'};
-  const auto opened = platform::CurrentPorts().files->Open(path, platform::FileMode::kRead);
+  const auto opened = ports::CurrentPorts().files->Open(path, ports::FileMode::kRead);
   if (!opened || !opened.value->Read(start.data(), start.size())) return false;
   return start[1] == '\0' || (start[0] == '\xFF' && start[1] == '\xFE');
 }
 
 // An amount's digits go over as they are: a double holds only fifteen of them.
-platform::DatabaseValue RowValue(std::string_view text, platform::DataType type) {
-  if (type == platform::DataType::kCurrency) {
-    if (const auto amount = ReadCurrency(text)) return platform::CurrencyValue{*amount};
+ports::DatabaseValue RowValue(std::string_view text, ports::DataType type) {
+  if (type == ports::DataType::kCurrency) {
+    if (const auto amount = ReadCurrency(text)) return ports::CurrencyValue{*amount};
   }
   return DBStringToVariant(text);
 }
 
 }  // namespace
 
-void ImpTable::ImportFromFile(const std::string& path, platform::Database& database) try {
+void ImpTable::ImportFromFile(const std::string& path, ports::Database& database) try {
   const std::string text =
       IsUnicodeFile(path) ? ReadUnicodeFileToString(path) : ReadFileToString(path);
   const bool has_rows = !LowerCase(path).ends_with(names::kTableStructureEnding);
@@ -50,14 +50,14 @@ void ImpTable::ImportFromFile(const std::string& path, platform::Database& datab
   ReRaiseError(kModule, "ImportFromFile");
 }
 
-void ImpTable::ImportFromString(const std::string& text, platform::Database& database) try {
+void ImpTable::ImportFromString(const std::string& text, ports::Database& database) try {
   Import(text, true, table_name_, database);
 } catch (...) {
   ReRaiseError(kModule, "ImportFromString");
 }
 
 void ImpTable::Import(std::string_view text, bool has_rows, const std::string& label,
-                      platform::Database& database) {
+                      ports::Database& database) {
   TableTextReader reader(text);
   try {
     blamed_line_ = 0;
@@ -71,8 +71,8 @@ void ImpTable::Import(std::string_view text, bool has_rows, const std::string& l
   }
 }
 
-void ImpTable::Replace(TableTextReader& reader, bool has_rows, platform::Database& database) {
-  platform::TableDefinition table = reader.ReadStructure();
+void ImpTable::Replace(TableTextReader& reader, bool has_rows, ports::Database& database) {
+  ports::TableDefinition table = reader.ReadStructure();
   if (!table_name_.empty() && !EqualIgnoringCase(table.name, table_name_))
     RaiseProgramError(database_texts::WrongTable(table_name_, table.name));
   const bool rows_follow = reader.ReadRowsOpener();
@@ -81,7 +81,7 @@ void ImpTable::Replace(TableTextReader& reader, bool has_rows, platform::Databas
 
   // Indexes are built when the rows are in, each in one go. The transaction is for the rows alone:
   // in one with them the product's own engine may find the table in use when it gets its indexes.
-  const std::vector<platform::IndexDefinition> indexes = std::exchange(table.indexes, {});
+  const std::vector<ports::IndexDefinition> indexes = std::exchange(table.indexes, {});
   if (HasTable(database, table.name)) database.DeleteTable(table.name);
   database.CreateTable(table);
   if (rows_follow) {
@@ -97,11 +97,11 @@ void ImpTable::Replace(TableTextReader& reader, bool has_rows, platform::Databas
   blamed_line_ = 0;
 }
 
-void ImpTable::Fill(TableTextReader& reader, const platform::TableDefinition& table,
-                    platform::Database& database) {
-  const auto rows = database.OpenRecordset(table.name, platform::RecordsetType::kTable);
+void ImpTable::Fill(TableTextReader& reader, const ports::TableDefinition& table,
+                    ports::Database& database) {
+  const auto rows = database.OpenRecordset(table.name, ports::RecordsetType::kTable);
   std::vector<std::size_t> positions;
-  for (const platform::FieldDefinition& field : table.fields)
+  for (const ports::FieldDefinition& field : table.fields)
     positions.push_back(rows->FieldPosition(field.name));
   std::vector<std::string_view> values;
   while (reader.ReadRow(values)) {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/database.h"
+#include "ports/database.h"
 
 namespace tmw {
 
@@ -22,20 +22,20 @@ class ImpTable {
 
   // The file is UTF-16, as dictionaries are delivered, UTF-8 with its mark, or code page 1251. A
   // ".table" file must carry rows, a ".tablestruct" file must not: its table becomes empty.
-  void ImportFromFile(const std::string& path, platform::Database& database);
+  void ImportFromFile(const std::string& path, ports::Database& database);
 
   // A text that carries rows.
-  void ImportFromString(const std::string& text, platform::Database& database);
+  void ImportFromString(const std::string& text, ports::Database& database);
 
   // Of the text imported last.
   std::int64_t RowCount() const { return row_count_; }
 
  private:
   void Import(std::string_view text, bool has_rows, const std::string& label,
-              platform::Database& database);
-  void Replace(TableTextReader& reader, bool has_rows, platform::Database& database);
-  void Fill(TableTextReader& reader, const platform::TableDefinition& table,
-            platform::Database& database);
+              ports::Database& database);
+  void Replace(TableTextReader& reader, bool has_rows, ports::Database& database);
+  void Fill(TableTextReader& reader, const ports::TableDefinition& table,
+            ports::Database& database);
 
   std::string table_name_;
   std::int64_t row_count_ = 0;

@@ -44,7 +44,7 @@ void WithdrawMigration(std::string_view name) {
   if (found != SuppliedMigrations().end()) SuppliedMigrations().erase(found);
 }
 
-void RunMigration(const std::string& name, platform::Database& database) {
+void RunMigration(const std::string& name, ports::Database& database) {
   try {
     Find(name).Run(database);
   } catch (...) {

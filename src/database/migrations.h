@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/database.h"
+#include "ports/database.h"
 
 // Rewritings of data that are written into the program and that a database update script runs by
 // their name. Those that the product's scripts ask for are known by name; each is supplied by a
@@ -16,7 +16,7 @@ class Migration {
   virtual ~Migration() = default;
   virtual std::string Name() const = 0;
   // Raises when the data cannot be rewritten: the update then ends.
-  virtual void Run(platform::Database& database) = 0;
+  virtual void Run(ports::Database& database) = 0;
 };
 
 // Replaces one of the same name.
@@ -25,6 +25,6 @@ void WithdrawMigration(std::string_view name);
 
 // Runs the migration of exactly that name. Whatever fails, and a name that nothing is supplied for,
 // raises error 1001 with the name and the reason.
-void RunMigration(const std::string& name, platform::Database& database);
+void RunMigration(const std::string& name, ports::Database& database);
 
 }  // namespace tmw

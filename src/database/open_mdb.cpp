@@ -6,9 +6,9 @@
 #include "database/database_texts.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
-#include "platform/clock.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
+#include "ports/clock.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -20,17 +20,17 @@ constexpr std::int32_t kSilentWait = 1000;  // milliseconds
 constexpr std::int32_t kAskedWait = 500;
 
 void Warn(const std::string& text) {
-  platform::CurrentPorts().front_end->ShowMessage(platform::MessageKind::kWarning,
-                                                  database_texts::kUpdateErrorTitle, text);
+  ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning,
+                                               database_texts::kUpdateErrorTitle, text);
 }
 
 bool IsInUse(std::int32_t number) {
-  return number == platform::kOpenedExclusively || number == platform::kFileAlreadyInUse;
+  return number == ports::kOpenedExclusively || number == ports::kFileAlreadyInUse;
 }
 
 // Waits for the next attempt; false when the user gives up.
 bool AwaitNextAttempt(int failures, const std::string& path, const std::string& description) {
-  const platform::Ports& ports = platform::CurrentPorts();
+  const ports::Ports& ports = ports::CurrentPorts();
   if (failures <= kSilentRetries) {
     ports.clock->Sleep(kSilentWait);
     return true;
@@ -46,16 +46,16 @@ bool AwaitNextAttempt(int failures, const std::string& path, const std::string& 
 
 }  // namespace
 
-std::unique_ptr<platform::Database> OpenMdb(const std::string& path, const std::string& description,
-                                            bool exclusive, bool read_only) try {
+std::unique_ptr<ports::Database> OpenMdb(const std::string& path, const std::string& description,
+                                         bool exclusive, bool read_only) try {
   if (!IsFileExists(path)) {
     Warn(database_texts::FileMissing(description, path));
     return nullptr;
   }
   for (int failures = 1;; ++failures) {
     try {
-      return platform::CurrentPorts().database->OpenDatabase(path, exclusive, read_only);
-    } catch (const platform::DatabaseError& error) {
+      return ports::CurrentPorts().database->OpenDatabase(path, exclusive, read_only);
+    } catch (const ports::DatabaseError& error) {
       if (!exclusive || !IsInUse(error.Number)) {
         Warn(database_texts::CannotOpen(description, path, error.Description));
         return nullptr;
@@ -67,13 +67,13 @@ std::unique_ptr<platform::Database> OpenMdb(const std::string& path, const std::
   ReRaiseError(kModule, "OpenMdb");
 }
 
-std::unique_ptr<platform::Database> GetUserDB() try {
+std::unique_ptr<ports::Database> GetUserDB() try {
   return OpenMdb(database_utils::GetUserDBFileName(), kUserDatabase, true, false);
 } catch (...) {
   ReRaiseError(kModule, "GetUserDB");
 }
 
-std::unique_ptr<platform::Database> GetUserDBForReading() {
+std::unique_ptr<ports::Database> GetUserDBForReading() {
   return OpenMdb(database_utils::GetUserDBFileName(), kUserDatabase, true, true);
 }
 

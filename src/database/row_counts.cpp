@@ -5,7 +5,7 @@
 
 namespace tmw {
 
-bool RowCounts::Check(platform::Database& database, BuildEvents& events) const {
+bool RowCounts::Check(ports::Database& database, BuildEvents& events) const {
   for (const Expectation& expectation : expected_) {
     const std::int64_t found = CountRows(database, expectation.table);
     if (found == expectation.rows) continue;

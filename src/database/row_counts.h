@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "database/build_events.h"
-#include "platform/database.h"
+#include "ports/database.h"
 
 namespace tmw {
 
@@ -15,7 +15,7 @@ class RowCounts {
   void Expect(const std::string& table, std::int64_t rows) { expected_.push_back({table, rows}); }
 
   // False when a table differs: the user has been told which, and both numbers.
-  bool Check(platform::Database& database, BuildEvents& events) const;
+  bool Check(ports::Database& database, BuildEvents& events) const;
 
  private:
   struct Expectation {

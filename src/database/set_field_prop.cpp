@@ -5,9 +5,9 @@
 
 namespace tmw {
 
-void SetFieldProp(platform::Database& database, const std::string& table, const std::string& field,
-                  const std::string& property, platform::DataType type,
-                  const platform::DatabaseValue& value) try {
+void SetFieldProp(ports::Database& database, const std::string& table, const std::string& field,
+                  const std::string& property, ports::DataType type,
+                  const ports::DatabaseValue& value) try {
   database.SetFieldProperty(table, field, property, type, value);
 } catch (...) {
   ReRaiseError("WuDbUpdNode", "SetFieldProp", table + "." + field + ": " + property);

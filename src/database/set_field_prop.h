@@ -2,13 +2,13 @@
 
 #include <string>
 
-#include "platform/database.h"
+#include "ports/database.h"
 
 namespace tmw {
 
 // Gives a field a property beside those of its definition, or replaces the one it has.
-void SetFieldProp(platform::Database& database, const std::string& table, const std::string& field,
-                  const std::string& property, platform::DataType type,
-                  const platform::DatabaseValue& value);
+void SetFieldProp(ports::Database& database, const std::string& table, const std::string& field,
+                  const std::string& property, ports::DataType type,
+                  const ports::DatabaseValue& value);
 
 }  // namespace tmw

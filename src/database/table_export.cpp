@@ -17,15 +17,15 @@ constexpr const char* kModule = "miDBExport";
 constexpr const char* kExportOrder = "ExportOrder";
 
 // A date always has a text; of the rest, Empty, Null and "" have none.
-bool HasDefault(const platform::DatabaseValue& value) {
-  if (std::holds_alternative<platform::EmptyValue>(value) ||
-      std::holds_alternative<platform::NullValue>(value))
+bool HasDefault(const ports::DatabaseValue& value) {
+  if (std::holds_alternative<ports::EmptyValue>(value) ||
+      std::holds_alternative<ports::NullValue>(value))
     return false;
   const auto* const text = std::get_if<std::string>(&value);
   return text == nullptr || !text->empty();
 }
 
-std::string FieldLine(const platform::FieldDefinition& field) {
+std::string FieldLine(const ports::FieldDefinition& field) {
   std::string line =
       "Field:" + field.name + "|" + FieldTypeToStr(field.type) + "|" + std::to_string(field.size);
   if (field.required) line += "|NotNull";
@@ -34,7 +34,7 @@ std::string FieldLine(const platform::FieldDefinition& field) {
   return line;
 }
 
-std::string IndexLine(const platform::IndexDefinition& index) {
+std::string IndexLine(const ports::IndexDefinition& index) {
   std::string line = "Index:" + index.name;
   if (index.primary) {
     line += "|Primary";
@@ -43,20 +43,20 @@ std::string IndexLine(const platform::IndexDefinition& index) {
     if (index.ignore_nulls) line += "|IgnoreNulls";
   }
   line += "|Fields:";
-  for (const platform::IndexFieldDefinition& field : index.fields)
+  for (const ports::IndexFieldDefinition& field : index.fields)
     line += field.name + (field.descending ? "/D;" : ";");
   return line;
 }
 
-std::string OrderIndex(const platform::TableDefinition& table) {
+std::string OrderIndex(const ports::TableDefinition& table) {
   return TableHasIndex(table, kExportOrder) ? kExportOrder : GetPrimaryIndex(table);
 }
 
 }  // namespace
 
 std::string ExportTableToString(const std::string& table, bool structure_only,
-                                platform::Database* database) try {
-  platform::Database& source = database != nullptr ? *database : database_utils::GetCachedUserDB();
+                                ports::Database* database) try {
+  ports::Database& source = database != nullptr ? *database : database_utils::GetCachedUserDB();
   StringAccumulator text;
   ExportTable(table, structure_only, source, text);
   return text.TakeText();
@@ -65,15 +65,15 @@ std::string ExportTableToString(const std::string& table, bool structure_only,
 }
 
 // Without a frame of its own: the chain of procedures is that of the export to a string.
-void ExportTable(const std::string& table, bool structure_only, platform::Database& database,
+void ExportTable(const std::string& table, bool structure_only, ports::Database& database,
                  StringAccumulator& text) {
-  const platform::TableDefinition definition = database.Table(table);
+  const ports::TableDefinition definition = database.Table(table);
   ExportTableHeader(definition, text);
   if (!structure_only) ExportTableRows(definition, text, database);
   text.AddLine("EndTable");
 }
 
-void ExportTableHeader(const platform::TableDefinition& table, StringAccumulator& text) try {
+void ExportTableHeader(const ports::TableDefinition& table, StringAccumulator& text) try {
   text.AddLine("Table:" + table.name);
   ExportTableFields(table, text);
   ExportTableIndexes(table, text);
@@ -81,27 +81,27 @@ void ExportTableHeader(const platform::TableDefinition& table, StringAccumulator
   ReRaiseError(kModule, "ExportTableHeader");
 }
 
-void ExportTableFields(const platform::TableDefinition& table, StringAccumulator& text) try {
-  for (const platform::FieldDefinition& field : table.fields)
+void ExportTableFields(const ports::TableDefinition& table, StringAccumulator& text) try {
+  for (const ports::FieldDefinition& field : table.fields)
     text.AddLine(FieldLine(field));
 } catch (...) {
   ReRaiseError(kModule, "ExportTableFields");
 }
 
-void ExportTableIndexes(const platform::TableDefinition& table, StringAccumulator& text) try {
-  for (const platform::IndexDefinition& index : table.indexes)
+void ExportTableIndexes(const ports::TableDefinition& table, StringAccumulator& text) try {
+  for (const ports::IndexDefinition& index : table.indexes)
     text.AddLine(IndexLine(index));
 } catch (...) {
   ReRaiseError(kModule, "ExportTableIndexes");
 }
 
-void ExportTableRows(const platform::TableDefinition& table, StringAccumulator& text,
-                     platform::Database& database) try {
+void ExportTableRows(const ports::TableDefinition& table, StringAccumulator& text,
+                     ports::Database& database) try {
   text.AddLine("Rows");
-  const std::unique_ptr<platform::DatabaseRecordset> rows =
+  const std::unique_ptr<ports::DatabaseRecordset> rows =
       database_utils::OpenTableRecordset(table.name, OrderIndex(table), &database);
   std::vector<std::size_t> positions;
-  for (const platform::FieldDefinition& field : table.fields)
+  for (const ports::FieldDefinition& field : table.fields)
     positions.push_back(rows->FieldPosition(field.name));
   database_utils::SafeMoveFirst(*rows);
   std::string line;
@@ -119,8 +119,8 @@ void ExportTableRows(const platform::TableDefinition& table, StringAccumulator& 
   ReRaiseError(kModule, "ExportTableRows");
 }
 
-std::string GetPrimaryIndex(const platform::TableDefinition& table) try {
-  for (const platform::IndexDefinition& index : table.indexes) {
+std::string GetPrimaryIndex(const ports::TableDefinition& table) try {
+  for (const ports::IndexDefinition& index : table.indexes) {
     if (index.primary) return index.name;
   }
   return {};
@@ -128,8 +128,8 @@ std::string GetPrimaryIndex(const platform::TableDefinition& table) try {
   ReRaiseError(kModule, "GetPrimaryIndex");
 }
 
-bool TableHasIndex(const platform::TableDefinition& table, const std::string& index) {
-  for (const platform::IndexDefinition& candidate : table.indexes) {
+bool TableHasIndex(const ports::TableDefinition& table, const std::string& index) {
+  for (const ports::IndexDefinition& candidate : table.indexes) {
     if (EqualIgnoringCase(candidate.name, index)) return true;
   }
   return false;

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "foundation/string_accumulator.h"
-#include "platform/database.h"
+#include "ports/database.h"
 
 // Writes a table as text (module miDBExport). Lines, each ended by CR LF:
 //   Table:<name>
@@ -16,22 +16,22 @@ namespace tmw {
 
 // Without a database: the user database.
 std::string ExportTableToString(const std::string& table, bool structure_only,
-                                platform::Database* database);
+                                ports::Database* database);
 
 // The same text into an accumulator, which may hand it on.
-void ExportTable(const std::string& table, bool structure_only, platform::Database& database,
+void ExportTable(const std::string& table, bool structure_only, ports::Database& database,
                  StringAccumulator& text);
 
-void ExportTableHeader(const platform::TableDefinition& table, StringAccumulator& text);
-void ExportTableFields(const platform::TableDefinition& table, StringAccumulator& text);
-void ExportTableIndexes(const platform::TableDefinition& table, StringAccumulator& text);
+void ExportTableHeader(const ports::TableDefinition& table, StringAccumulator& text);
+void ExportTableFields(const ports::TableDefinition& table, StringAccumulator& text);
+void ExportTableIndexes(const ports::TableDefinition& table, StringAccumulator& text);
 
 // In the order of the index "ExportOrder", else of the primary key, else as stored.
-void ExportTableRows(const platform::TableDefinition& table, StringAccumulator& text,
-                     platform::Database& database);
+void ExportTableRows(const ports::TableDefinition& table, StringAccumulator& text,
+                     ports::Database& database);
 
 // The name of the first primary index; empty when there is none.
-std::string GetPrimaryIndex(const platform::TableDefinition& table);
-bool TableHasIndex(const platform::TableDefinition& table, const std::string& index);
+std::string GetPrimaryIndex(const ports::TableDefinition& table);
+bool TableHasIndex(const ports::TableDefinition& table, const std::string& index);
 
 }  // namespace tmw

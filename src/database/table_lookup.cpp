@@ -10,9 +10,9 @@ namespace tmw {
 namespace {
 
 // The tables that have none of these attributes.
-std::vector<std::string> TablesWithout(std::uint32_t attributes, platform::Database& database) {
+std::vector<std::string> TablesWithout(std::uint32_t attributes, ports::Database& database) {
   std::vector<std::string> names;
-  for (const platform::TableSummary& table : database.Tables()) {
+  for (const ports::TableSummary& table : database.Tables()) {
     if ((table.attributes & attributes) == 0) names.push_back(table.name);
   }
   return names;
@@ -20,26 +20,26 @@ std::vector<std::string> TablesWithout(std::uint32_t attributes, platform::Datab
 
 }  // namespace
 
-bool HasTable(platform::Database& database, const std::string& name) {
-  for (const platform::TableSummary& table : database.Tables()) {
+bool HasTable(ports::Database& database, const std::string& name) {
+  for (const ports::TableSummary& table : database.Tables()) {
     if (EqualIgnoringCase(table.name, name)) return true;
   }
   return false;
 }
 
-std::vector<std::string> OrdinaryTables(platform::Database& database) {
-  return TablesWithout(platform::kSystemObject | platform::kHiddenObject, database);
+std::vector<std::string> OrdinaryTables(ports::Database& database) {
+  return TablesWithout(ports::kSystemObject | ports::kHiddenObject, database);
 }
 
-std::int64_t CountRows(platform::Database& database, const std::string& table) {
+std::int64_t CountRows(ports::Database& database, const std::string& table) {
   const auto counted = database.OpenRecordset("select count(*) from [" + table + "]",
-                                              platform::RecordsetType::kDynaset);
+                                              ports::RecordsetType::kDynaset);
   return std::get<std::int32_t>(counted->Value(0));
 }
 
-TableRows CountAllRows(platform::Database& database) {
+TableRows CountAllRows(ports::Database& database) {
   constexpr std::uint32_t kNotCounted =
-      platform::kSystemObject | platform::kHiddenObject | platform::kLinkedTable;
+      ports::kSystemObject | ports::kHiddenObject | ports::kLinkedTable;
   TableRows rows;
   for (const std::string& table : TablesWithout(kNotCounted, database))
     rows.emplace(table, CountRows(database, table));

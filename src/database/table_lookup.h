@@ -5,21 +5,21 @@
 #include <string>
 #include <vector>
 
-#include "platform/database.h"
+#include "ports/database.h"
 
 // Questions about a database's tables.
 namespace tmw {
 
-bool HasTable(platform::Database& database, const std::string& name);
+bool HasTable(ports::Database& database, const std::string& name);
 
 // The names of all tables that are neither the system's nor hidden.
-std::vector<std::string> OrdinaryTables(platform::Database& database);
+std::vector<std::string> OrdinaryTables(ports::Database& database);
 
 // The number of a table's rows, counted by the engine: nothing is carried over.
-std::int64_t CountRows(platform::Database& database, const std::string& table);
+std::int64_t CountRows(ports::Database& database, const std::string& table);
 
 // By table. Linked tables are left out: their rows lie in other files.
 using TableRows = std::map<std::string, std::int64_t>;
-TableRows CountAllRows(platform::Database& database);
+TableRows CountAllRows(ports::Database& database);
 
 }  // namespace tmw

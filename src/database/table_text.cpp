@@ -63,8 +63,8 @@ std::string_view TableTextReader::Take(const char* expected) {
   return line;
 }
 
-platform::TableDefinition TableTextReader::ReadStructure() {
-  platform::TableDefinition table;
+ports::TableDefinition TableTextReader::ReadStructure() {
+  ports::TableDefinition table;
   const std::string_view header = Take("Table:");
   if (!header.starts_with(kTable) || header.size() == kTable.size())
     RaiseProgramError(database_texts::ExpectedLine("Table:", std::string(header)));
@@ -81,15 +81,15 @@ platform::TableDefinition TableTextReader::ReadStructure() {
   return table;
 }
 
-void TableTextReader::ReadField(std::string_view line, platform::TableDefinition& table) const {
-  platform::FieldDefinition field;
+void TableTextReader::ReadField(std::string_view line, ports::TableDefinition& table) const {
+  ports::FieldDefinition field;
   std::string_view rest = line.substr(kField.size());
   field.name = CutPiece(rest, '|');
   const std::string type(CutPiece(rest, '|'));
   const std::optional<std::int32_t> size = ReadSize(CutPiece(rest, '|'));
   if (field.name.empty() || !size)
     RaiseProgramError(database_texts::BadFieldLine(std::string(line)));
-  const std::optional<platform::DataType> known_type = FieldTypeFromStr(type);
+  const std::optional<ports::DataType> known_type = FieldTypeFromStr(type);
   if (!known_type) RaiseProgramError(database_texts::BadFieldType(type));
   field.type = *known_type;
   field.size = *size;
@@ -104,8 +104,8 @@ void TableTextReader::ReadField(std::string_view line, platform::TableDefinition
   table.fields.push_back(std::move(field));
 }
 
-void TableTextReader::ReadIndex(std::string_view line, platform::TableDefinition& table) const {
-  platform::IndexDefinition index;
+void TableTextReader::ReadIndex(std::string_view line, ports::TableDefinition& table) const {
+  ports::IndexDefinition index;
   std::string_view rest = line.substr(kIndex.size());
   index.name = CutPiece(rest, '|');
   if (rest.starts_with("Primary|")) {
@@ -121,7 +121,7 @@ void TableTextReader::ReadIndex(std::string_view line, platform::TableDefinition
   rest.remove_prefix(kFields.size());
   while (!rest.empty()) {
     std::string_view name = CutPiece(rest, ';');
-    platform::IndexFieldDefinition field;
+    ports::IndexFieldDefinition field;
     field.descending = name.ends_with("/D");
     if (field.descending) name.remove_suffix(2);
     if (name.empty()) RaiseProgramError(database_texts::BadIndexLine(std::string(line)));

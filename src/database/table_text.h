@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 namespace tmw {
 
@@ -26,7 +26,7 @@ class TableTextReader {
   TableTextReader& operator=(const TableTextReader&) = delete;
 
   // The structure; to be called first.
-  platform::TableDefinition ReadStructure();
+  ports::TableDefinition ReadStructure();
 
   // Behind the structure: true when rows follow.
   bool ReadRowsOpener();
@@ -47,8 +47,8 @@ class TableTextReader {
   bool ReadPiece();
   std::string_view Peek(const char* expected);
   std::string_view Take(const char* expected);
-  void ReadField(std::string_view line, platform::TableDefinition& table) const;
-  void ReadIndex(std::string_view line, platform::TableDefinition& table) const;
+  void ReadField(std::string_view line, ports::TableDefinition& table) const;
+  void ReadIndex(std::string_view line, ports::TableDefinition& table) const;
 
   Source source_;
   std::string held_;       // what has been read of the source and not yet been passed

@@ -1,24 +1,24 @@
 #include "database/transaction.h"
 
-#include "platform/database.h"
-#include "platform/ports.h"
+#include "ports/database.h"
+#include "ports/ports.h"
 
 namespace tmw {
 
 Transaction::Transaction() {
-  platform::CurrentPorts().database->BeginTrans();
+  ports::CurrentPorts().database->BeginTrans();
 }
 
 Transaction::~Transaction() {
   if (!is_open_) return;
   try {
-    platform::CurrentPorts().database->Rollback();
-  } catch (const platform::DatabaseError&) {  // NOLINT(bugprone-empty-catch): an error is in flight
+    ports::CurrentPorts().database->Rollback();
+  } catch (const ports::DatabaseError&) {  // NOLINT(bugprone-empty-catch): an error is in flight
   }
 }
 
 void Transaction::Commit() {
-  platform::CurrentPorts().database->CommitTrans();
+  ports::CurrentPorts().database->CommitTrans();
   is_open_ = false;
 }
 

@@ -60,7 +60,7 @@ bool BuildWorkingDB(const DatabaseBuild& build, BuildEvents& events) {
 }
 
 bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, BuildEvents& events,
-                            platform::Database& database) try {
+                            ports::Database& database) try {
   RowCounts counts;
   std::set<std::string> replaced;
   for (const WuTableNode& table : *build.Tables) {
@@ -103,7 +103,7 @@ bool LoadUpdateScripts(const DatabaseBuild& build, BuildEvents& events, ScriptSe
 }
 
 bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, BuildEvents& events,
-                                 platform::Database& database) try {
+                                 ports::Database& database) try {
   events.SetSubAction(database_texts::kReadingScripts);
   ScriptSet scripts;
   if (!LoadUpdateScripts(build, events, scripts)) return false;

@@ -6,7 +6,7 @@
 #include "database/build_events.h"
 #include "database/database_build.h"
 #include "database/wu_db_ver_update.h"
-#include "platform/database.h"
+#include "ports/database.h"
 
 // The working database: a copy of the user database with the new dictionaries, brought up to the
 // release's version by its update scripts. Operations return false when they have told the user or
@@ -22,11 +22,11 @@ bool BuildWorkingDB(const DatabaseBuild& build, BuildEvents& events);
 // Imports the dictionaries that were delivered, then counts the rows of all tables: the scripts
 // start from everything the user has.
 bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, BuildEvents& events,
-                            platform::Database& database);
+                            ports::Database& database);
 
 bool LoadUpdateScripts(const DatabaseBuild& build, BuildEvents& events, ScriptSet& scripts);
 
 bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, BuildEvents& events,
-                                 platform::Database& database);
+                                 ports::Database& database);
 
 }  // namespace tmw

@@ -15,7 +15,7 @@
 namespace tmw {
 namespace {
 
-using platform::DataType;
+using ports::DataType;
 using update_actions::AddField;
 using update_actions::CustomScript;
 using update_actions::Sql;
@@ -50,9 +50,8 @@ DataType ReadType(const std::string& word) {
 }
 
 bool HasAttribute(const XmlNode& node, std::string_view name) {
-  return std::any_of(
-      node.attributes.begin(), node.attributes.end(),
-      [&](const platform::XmlAttribute& attribute) { return attribute.name == name; });
+  return std::any_of(node.attributes.begin(), node.attributes.end(),
+                     [&](const ports::XmlAttribute& attribute) { return attribute.name == name; });
 }
 
 bool ReadSuppressErrors(const XmlNode& node) {
@@ -61,8 +60,8 @@ bool ReadSuppressErrors(const XmlNode& node) {
 
 // A script may say that a statement can fail (the field is there already). That the disk is full or
 // broken is no fault of a statement: the rest of the script would run on half a change.
-bool MayBeSuppressed(const platform::DatabaseError& error) {
-  return error.Number != platform::kDiskFull && error.Number != platform::kDiskError;
+bool MayBeSuppressed(const ports::DatabaseError& error) {
+  return error.Number != ports::kDiskFull && error.Number != ports::kDiskError;
 }
 
 template <typename Step>
@@ -70,7 +69,7 @@ bool RunStep(bool suppress_errors, Step step) {
   try {
     step();
     return true;
-  } catch (const platform::DatabaseError& error) {
+  } catch (const ports::DatabaseError& error) {
     if (!suppress_errors || !MayBeSuppressed(error)) throw;
     return false;
   }
@@ -89,7 +88,7 @@ AddField LoadAddField(const XmlNode& node) {
   action.field.required = XmlGetBooleanAttributeDef(node, "NotNull", false);
   action.field.allow_zero_length = XmlGetBooleanAttributeDef(node, "AllowZeroString", false);
   if (XmlGetBooleanAttributeDef(node, "Counter", false))
-    action.field.attributes = platform::kAutoIncrementField;
+    action.field.attributes = ports::kAutoIncrementField;
   const std::string default_value = XmlGetStringAttributeDef(node, "DefaultValue", kNoDefaultValue);
   if (default_value != kNoDefaultValue) action.field.default_value = default_value;
 
@@ -106,7 +105,7 @@ AddField LoadAddField(const XmlNode& node) {
   return action;
 }
 
-void Run(const Sql& action, platform::Database& database) {
+void Run(const Sql& action, ports::Database& database) {
   for (const std::string& statement : action.statements) {
     RunStep(action.suppress_errors, [&] {
       Transaction transaction;
@@ -116,7 +115,7 @@ void Run(const Sql& action, platform::Database& database) {
   }
 }
 
-void Run(const AddField& action, platform::Database& database) {
+void Run(const AddField& action, ports::Database& database) {
   const std::string& field = action.field.name;
   if (!HasTable(database, action.table))
     RaiseProgramError(database_texts::NoTableForField(action.table, field));
@@ -128,7 +127,7 @@ void Run(const AddField& action, platform::Database& database) {
   }
 }
 
-void Run(const CustomScript& action, platform::Database& database) {
+void Run(const CustomScript& action, ports::Database& database) {
   RunMigration(action.name, database);
 }
 
@@ -149,7 +148,7 @@ void WuDbUpdNode::LoadFromNode(const XmlNode& node) try {
   ReRaiseError(kModule, "LoadFromNode");
 }
 
-void WuDbUpdNode::Execute(platform::Database& database) const try {
+void WuDbUpdNode::Execute(ports::Database& database) const try {
   std::visit([&](const auto& action) { Run(action, database); }, action_);
 } catch (...) {
   ReRaiseError(kModule, "Execute");

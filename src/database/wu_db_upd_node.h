@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "foundation/xml_helpers.h"
-#include "platform/database.h"
+#include "ports/database.h"
 
 namespace tmw {
 
@@ -20,13 +20,13 @@ struct Sql {
 
 struct Property {
   const char* name;
-  platform::DataType type;
-  platform::DatabaseValue value;
+  ports::DataType type;
+  ports::DatabaseValue value;
 };
 
 struct AddField {
   std::string table;
-  platform::FieldDefinition field;
+  ports::FieldDefinition field;
   std::vector<Property> properties;  // those that are given, in the order of setting
   bool suppress_errors = false;
 };
@@ -44,7 +44,7 @@ class WuDbUpdNode {
   void LoadFromNode(const XmlNode& node);
 
   // SuppressErrors covers each statement, and the creation of a field; not a missing table.
-  void Execute(platform::Database& database) const;
+  void Execute(ports::Database& database) const;
 
  private:
   std::variant<update_actions::Sql, update_actions::AddField, update_actions::CustomScript> action_;

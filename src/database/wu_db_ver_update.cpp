@@ -3,8 +3,8 @@
 #include "database/database_texts.h"
 #include "database/transaction.h"
 #include "foundation/error_handling.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -13,8 +13,8 @@ constexpr const char* kModule = "WuDbVerUpdate";
 constexpr const char* kRootEnding = "_Database_Update";
 
 void ShowError(const std::string& text) {
-  platform::CurrentPorts().front_end->ShowMessage(platform::MessageKind::kWarning,
-                                                  database_texts::kErrorTitle, text);
+  ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning,
+                                               database_texts::kErrorTitle, text);
 }
 
 }  // namespace
@@ -68,7 +68,7 @@ void WuDbVerUpdate::LoadVersions(const XmlNode& root) {
   to_ = *to;
 }
 
-bool WuDbVerUpdate::Execute(platform::Database& database) const try {
+bool WuDbVerUpdate::Execute(ports::Database& database) const try {
   try {
     for (const WuDbUpdNode& action : actions_)
       action.Execute(database);

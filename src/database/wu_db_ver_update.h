@@ -7,7 +7,7 @@
 #include "database/db_version.h"
 #include "database/wu_db_upd_node.h"
 #include "foundation/xml_helpers.h"
-#include "platform/database.h"
+#include "ports/database.h"
 
 namespace tmw {
 
@@ -28,7 +28,7 @@ class WuDbVerUpdate {
 
   // Runs the actions in order, then writes the end version into the database. False at the first
   // failure, which the user has been told.
-  bool Execute(platform::Database& database) const;
+  bool Execute(ports::Database& database) const;
 
   // As the file has them.
   const std::string& FromVersionText() const { return from_text_; }

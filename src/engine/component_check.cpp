@@ -9,7 +9,7 @@
 #include "packages/companion_functions.h"
 #include "packages/hash_api.h"
 #include "packages/rar_archive.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -25,15 +25,15 @@ bool Refuse(const std::string& message, const std::string& file) {
 // What the companion library says of a file's integrity data.
 using IntegrityCheck = std::int32_t(COMPANION_CALL*)(const char* path);
 
-platform::Status CheckIntegrity(IntegrityCheck check, const std::string& file) {
+ports::Status CheckIntegrity(IntegrityCheck check, const std::string& file) {
   const std::string ansi_name = Utf8ToCodePage(CodePage::k1251, file);
   const std::int32_t result = check(ansi_name.c_str());
-  const platform::SystemCode code = platform::CurrentPorts().companion->LastError();
-  return result != 0 ? platform::Status::Success() : platform::Status::Failure(code);
+  const ports::SystemCode code = ports::CurrentPorts().companion->LastError();
+  return result != 0 ? ports::Status::Success() : ports::Status::Failure(code);
 }
 
 // The text of a failed integrity check; code 0 is a failure without a reason.
-void TellCheckFailure(const std::string& file, platform::SystemCode code) {
+void TellCheckFailure(const std::string& file, ports::SystemCode code) {
   DownloadError(code == 0 ? engine_texts::CheckFailedUnknown(file)
                           : engine_texts::CheckFailed(file, GetApiErrorText(code, "")));
 }
@@ -106,7 +106,7 @@ bool VerifyPackage(const std::string& url, const std::string& file, const WuPack
 }
 
 bool CheckFileCrc(const std::string& file) try {
-  const platform::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrc, file);
+  const ports::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrc, file);
   if (status) return true;
   DeleteFile(file);
   TellCheckFailure(file, status.code);
@@ -116,7 +116,7 @@ bool CheckFileCrc(const std::string& file) try {
 }
 
 bool CheckFileCrcEx(const std::string& file) try {
-  const platform::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrcEx, file);
+  const ports::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrcEx, file);
   if (status) return true;
   TellCheckFailure(file, status.code);
   return false;

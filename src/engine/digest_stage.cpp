@@ -7,8 +7,8 @@
 #include "foundation/path_guard.h"
 #include "foundation/text.h"
 #include "foundation/version.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -59,9 +59,9 @@ bool KsUpdater::CheckForUpdaterVersion(const std::string& line) try {
       DownloadError(engine_texts::kNoUpdaterVersion);
       return false;
     case UpdaterVersionCheck::kTooOld:
-      platform::CurrentPorts().front_end->ShowMessage(platform::MessageKind::kInformation,
-                                                      engine_texts::kUpdateTitle,
-                                                      engine_texts::kUpdaterTooOld);
+      ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kInformation,
+                                                   engine_texts::kUpdateTitle,
+                                                   engine_texts::kUpdaterTooOld);
       return false;
     case UpdaterVersionCheck::kUpdateNeeded:
       updater_update_needed_ = true;

@@ -10,9 +10,9 @@
 #include "foundation/file_utils.h"
 #include "packages/hash_api.h"
 #include "packages/rar_archive.h"
-#include "platform/clock.h"
-#include "platform/ports.h"
-#include "startup/services/updater_settings.h"
+#include "ports/clock.h"
+#include "ports/ports.h"
+#include "services/updater_settings.h"
 #include "transfer/inet.h"
 #include "transfer/transfer_texts.h"
 
@@ -144,7 +144,7 @@ bool KsUpdater::Attempt(const std::string& url, const std::function<bool()>& tra
 
 // The one place where events run during a transfer, and with them a question to the user.
 bool KsUpdater::MayTransfer() {
-  const auto now = [] { return platform::CurrentPorts().clock->TickCount(); };
+  const auto now = [] { return ports::CurrentPorts().clock->TickCount(); };
   const std::int64_t begin = now();
   const bool is_cancelled = CancelPressed();
   if (now() - begin >= kRest) has_rested_ = true;

@@ -12,11 +12,11 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
-#include "platform/clock.h"
-#include "platform/file_system.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
-#include "startup/services/updater_settings.h"
+#include "ports/clock.h"
+#include "ports/file_system.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "services/updater_settings.h"
 
 namespace tmw {
 namespace {
@@ -45,7 +45,7 @@ void UninstallFile(const WuFileNode& file) {
   if (IsFileExists(installed)) {
     if (file.IsCom) {
       static_cast<void>(UnregisterDll(installed, true));
-      platform::CurrentPorts().clock->Sleep(kAfterUnregisteringMs);
+      ports::CurrentPorts().clock->Sleep(kAfterUnregisteringMs);
     }
     DeleteFileRepeatedly(installed);
   }
@@ -79,14 +79,14 @@ std::string ExistingPart(std::string folder) {
   return folder;
 }
 
-platform::Status TryToWrite(const std::string& folder) {
-  platform::FileSystem& files = *platform::CurrentPorts().files;
+ports::Status TryToWrite(const std::string& folder) {
+  ports::FileSystem& files = *ports::CurrentPorts().files;
   const std::string probe = JoinPath(folder, kProbe);
   static_cast<void>(files.RemoveFile(probe));
-  const auto opened = files.Open(probe, platform::FileMode::kCreateNew);
-  if (!opened) return platform::Status::Failure(opened.code);
-  const platform::Status closed = opened.value->Close();
-  const platform::Status removed = files.RemoveFile(probe);
+  const auto opened = files.Open(probe, ports::FileMode::kCreateNew);
+  if (!opened) return ports::Status::Failure(opened.code);
+  const ports::Status closed = opened.value->Close();
+  const ports::Status removed = files.RemoveFile(probe);
   return closed ? removed : closed;
 }
 
@@ -94,7 +94,7 @@ void CleanupFolder(const std::string& folder) {
   if (folder.empty() || !IsFolderExists(folder)) return;
   DeleteFiles(JoinPath(folder, "*.*"), true);
   DeleteFiles(JoinPath(folder, "*"), true);
-  static_cast<void>(platform::CurrentPorts().files->RemoveFolder(folder));
+  static_cast<void>(ports::CurrentPorts().files->RemoveFolder(folder));
 }
 
 }  // namespace
@@ -110,7 +110,7 @@ bool KsUpdater::CanReplaceFiles() {
     folders.insert(SplitFileName(UserDatabasePlace()).Folder);
   }
   for (const std::string& folder : folders) {
-    const platform::Status written = TryToWrite(folder);
+    const ports::Status written = TryToWrite(folder);
     if (written) continue;
     DownloadError(engine_texts::FolderNotWritable(folder, GetApiErrorText(written.code, "")));
     return false;
@@ -131,7 +131,7 @@ bool KsUpdater::HandleFiles(const char* action, bool (*is_concerned)(const WuFil
     if (!step(file)) return false;
     SetProgress(++count);
     // Nothing can be cancelled here, but the window can be moved and uncovered.
-    platform::CurrentPorts().front_end->RunPendingEvents();
+    ports::CurrentPorts().front_end->RunPendingEvents();
   }
   ClearProgress();
   return true;

@@ -9,11 +9,11 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
-#include "platform/database.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
-#include "startup/services/product_settings.h"
-#include "startup/services/updater_settings.h"
+#include "ports/database.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "services/product_settings.h"
+#include "services/updater_settings.h"
 
 namespace tmw {
 namespace {
@@ -21,7 +21,7 @@ namespace {
 constexpr const char* kModule = "KsUpdater";
 
 void ShowInformation(const char* title, const std::string& text) {
-  platform::CurrentPorts().front_end->ShowMessage(platform::MessageKind::kInformation, title, text);
+  ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kInformation, title, text);
 }
 
 std::string WithSlashAtEnd(const std::string& url) {
@@ -31,8 +31,8 @@ std::string WithSlashAtEnd(const std::string& url) {
 }  // namespace
 
 void DownloadError(const std::string& message) {
-  platform::CurrentPorts().front_end->ShowMessage(platform::MessageKind::kWarning,
-                                                  engine_texts::kLoadingError, message);
+  ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning,
+                                               engine_texts::kLoadingError, message);
 }
 
 void KsUpdater::DownloadError(const std::string& message) {
@@ -145,7 +145,7 @@ bool KsUpdater::Initialize() try {
   const std::string database = database_utils::GetUserDBFileName();
   const bool is_client = GetUpdaterSettings().IsClientInstallation;
   if (!is_client) MendUserDatabase();
-  platform::CurrentPorts().database->OpenDatabase(database, true, false)->Close();
+  ports::CurrentPorts().database->OpenDatabase(database, true, false)->Close();
   if (!is_client) ForgetUnusedCopy();
   const SplitName parts = SplitFileName(database);
   database_folder_ = parts.Folder;

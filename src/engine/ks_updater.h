@@ -13,9 +13,9 @@
 #include "database/table_lookup.h"
 #include "engine/records.h"
 #include "engine/release_paths.h"
-#include "engine/updater_events.h"
-#include "platform/database.h"
-#include "platform/xml_document.h"
+#include "ports/database.h"
+#include "ports/xml_document.h"
+#include "services/updater_events.h"
 #include "transfer/inet_file_downloader.h"
 
 namespace tmw {
@@ -86,10 +86,10 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   bool DownloadAndParseManifest();
   bool FetchManifest();
   bool ParseManifest(const std::string& file);
-  bool ParseFileNode(const platform::XmlNode& node, const std::string& folder);
-  bool ParseTableNode(const platform::XmlNode& node, bool is_user);
-  bool ParseFiles(const platform::XmlNode& root);
-  bool ParseTables(const platform::XmlNode& root);
+  bool ParseFileNode(const ports::XmlNode& node, const std::string& folder);
+  bool ParseTableNode(const ports::XmlNode& node, bool is_user);
+  bool ParseFiles(const ports::XmlNode& root);
+  bool ParseTables(const ports::XmlNode& root);
   void RequireOneContentPerName() const;
 
   // update_list_stage.cpp
@@ -188,7 +188,7 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
 };
 
 // False also when the database cannot tell.
-bool TableExists(const std::string& table, platform::Database& database);
+bool TableExists(const std::string& table, ports::Database& database);
 
 // A warning titled "Ошибка загрузки".
 void DownloadError(const std::string& message);

@@ -9,9 +9,9 @@
 #include "foundation/path_guard.h"
 #include "foundation/xml_helpers.h"
 #include "packages/rar_archive.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
-#include "startup/services/product_settings.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
+#include "services/product_settings.h"
 
 namespace tmw {
 namespace {
@@ -33,7 +33,7 @@ WuPackage ReadPackage(const XmlNode& root, const char* name) {
 std::string CheckedFolder(const std::string& expanded) {
   RequireFolderUnderRoot(expanded, GetProductRootPath());
   std::string folder = GetAbsoluteFileName(NativePath(expanded));
-  const char separator = platform::CurrentPorts().files->Separator();
+  const char separator = ports::CurrentPorts().files->Separator();
   while (folder.size() > 1 && folder.back() == separator)
     folder.pop_back();
   return folder;

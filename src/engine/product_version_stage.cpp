@@ -4,9 +4,9 @@
 #include "engine/updater_utils.h"
 #include "foundation/error_handling.h"
 #include "foundation/version.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
-#include "platform/product_version.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "ports/product_version.h"
 
 namespace tmw {
 namespace {
@@ -17,7 +17,7 @@ constexpr std::int32_t kNotComparable = -2;
 }  // namespace
 
 std::string KsUpdater::LoadOldProductVersion() try {
-  return platform::CurrentPorts().product_version->InstalledVersion().value_or("");
+  return ports::CurrentPorts().product_version->InstalledVersion().value_or("");
 } catch (...) {
   ReRaiseError(kModule, "LoadOldProductVersion");
 }
@@ -33,7 +33,7 @@ bool KsUpdater::CheckProductVersion() try {
 }
 
 bool KsUpdater::CompareProductVersions() {
-  platform::FrontEnd& front_end = *platform::CurrentPorts().front_end;
+  ports::FrontEnd& front_end = *ports::CurrentPorts().front_end;
   switch (CompareVersionStrings(old_product_version_, new_version_, kNotComparable)) {
     case -1:
       return true;
@@ -44,7 +44,7 @@ bool KsUpdater::CompareProductVersions() {
       return front_end.AskYesNo(engine_texts::kNotNeededTitle,
                                 engine_texts::SameVersionQuestion(old_product_version_));
     case 1:
-      front_end.ShowMessage(platform::MessageKind::kInformation, engine_texts::kImpossibleTitle,
+      front_end.ShowMessage(ports::MessageKind::kInformation, engine_texts::kImpossibleTitle,
                             engine_texts::InstalledIsNewer(old_product_version_, new_version_));
       return false;
     default:

@@ -11,9 +11,9 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "packages/companion_functions.h"
-#include "platform/ports.h"
-#include "platform/system_info.h"
-#include "startup/services/processes.h"
+#include "ports/ports.h"
+#include "ports/system_info.h"
+#include "services/processes.h"
 
 namespace tmw {
 namespace {
@@ -37,7 +37,7 @@ struct Direction {
   const char* tool_options;
   std::string (*missing)(const std::string& file);
   std::string (*failed)(const std::string& file, std::int32_t code, const std::string& reason);
-  std::int32_t (COMPANION_CALL* companion::EntryPoints::*call)(const char* path);
+  std::int32_t (COMPANION_CALL* ports::EntryPoints::*call)(const char* path);
 };
 
 bool Change(const Direction& direction, const std::string& file, bool is_quiet) {
@@ -63,7 +63,7 @@ bool Change(const Direction& direction, const std::string& file, bool is_quiet) 
 bool DoRegisterDll(const std::string& file, bool is_quiet) try {
   static constexpr Direction kRegister = {" -s ", engine_texts::RegisteredFileMissing,
                                           engine_texts::NotRegistered,
-                                          &companion::EntryPoints::RegisterDll};
+                                          &ports::EntryPoints::RegisterDll};
   return Change(kRegister, file, is_quiet);
 } catch (...) {
   ReRaiseError(kModule, "DoRegisterDll");
@@ -72,7 +72,7 @@ bool DoRegisterDll(const std::string& file, bool is_quiet) try {
 bool UnregisterDll(const std::string& file, bool is_quiet) try {
   static constexpr Direction kUnregister = {" -u -s ", engine_texts::UnregisteredFileMissing,
                                             engine_texts::NotUnregistered,
-                                            &companion::EntryPoints::UnregisterDll};
+                                            &ports::EntryPoints::UnregisterDll};
   return Change(kUnregister, file, is_quiet);
 } catch (...) {
   ReRaiseError(kModule, "UnregisterDll");
@@ -86,13 +86,13 @@ std::string GetRegSvr32FileName() try {
 }
 
 std::string GetWindowsFolder() try {
-  return platform::CurrentPorts().system_info->Folders().windows;
+  return ports::CurrentPorts().system_info->Folders().windows;
 } catch (...) {
   ReRaiseError(kModule, "GetWindowsFolder");
 }
 
 std::string GetSystemFolder() try {
-  return platform::CurrentPorts().system_info->Folders().system;
+  return ports::CurrentPorts().system_info->Folders().system;
 } catch (...) {
   ReRaiseError(kModule, "GetSystemFolder");
 }

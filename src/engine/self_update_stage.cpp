@@ -12,11 +12,11 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "packages/sha256.h"
-#include "platform/companion_library.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
-#include "platform/processes.h"
-#include "startup/services/processes.h"
+#include "ports/companion_library.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
+#include "services/processes.h"
 #include "transfer/inet.h"
 
 namespace tmw {
@@ -25,8 +25,8 @@ namespace {
 constexpr const char* kModule = "KsUpdater";
 constexpr int kNumberedNames = 100;
 
-platform::Processes& OwnProcess() {
-  return *platform::CurrentPorts().processes;
+ports::Processes& OwnProcess() {
+  return *ports::CurrentPorts().processes;
 }
 
 // The options this process was started with come last, so that they survive the restart.
@@ -49,7 +49,7 @@ std::string FindFreeName(const std::string& folder, const std::string& name) {
 }
 
 std::string CompanionFileName() {
-  return SplitFileName(platform::CurrentPorts().companion->Path()).FileName();
+  return SplitFileName(ports::CurrentPorts().companion->Path()).FileName();
 }
 
 bool IsProgram(const std::string& name) {
@@ -165,7 +165,7 @@ bool KsUpdater::StartNewUpdater() {
     return false;
   }
   const std::string& program = updater_components_.front().LocalFileName;
-  const platform::Status status = platform::CurrentPorts().files->MakeExecutable(program);
+  const ports::Status status = ports::CurrentPorts().files->MakeExecutable(program);
   if (!status)
     RaiseApiErrorWithMessage("Ошибка подготовки программы " + Quoted(program) + ":", status.code);
   RunProcess(program, RestartLine(program, " " + std::string(names::kOptionRestarted)), "", false,

@@ -4,9 +4,9 @@
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
-#include "platform/clock.h"
-#include "platform/ports.h"
-#include "startup/services/updater_settings.h"
+#include "ports/clock.h"
+#include "ports/ports.h"
+#include "services/updater_settings.h"
 #include "transfer/inet.h"
 
 namespace tmw {
@@ -41,7 +41,7 @@ bool KsUpdater::ChooseServer() {
     DownloadError(engine_texts::kNoServer);
     return false;
   }
-  const std::int64_t tick = platform::CurrentPorts().clock->TickCount();
+  const std::int64_t tick = ports::CurrentPorts().clock->TickCount();
   loading_url_ =
       JoinUrl(servers[PickServer(tick, servers.size())], product_code_ + "_" + new_version_);
   return true;

@@ -7,8 +7,8 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "packages/hash_api.h"
-#include "platform/database.h"
-#include "startup/services/updater_settings.h"
+#include "ports/database.h"
+#include "services/updater_settings.h"
 
 namespace tmw {
 namespace {
@@ -79,7 +79,7 @@ bool KsUpdater::CheckForFileUpdate(WuFileNode& node) try {
 
 bool KsUpdater::CheckForTableUpdate(WuTableNode& node) try {
   // Opened anew for every table: whoever wants the database meanwhile finds out at once.
-  const std::unique_ptr<platform::Database> database = GetUserDB();
+  const std::unique_ptr<ports::Database> database = GetUserDB();
   if (database == nullptr) return false;
   node.NeedUpdate = false;
   if (node.IsUser) return true;
@@ -94,7 +94,7 @@ bool KsUpdater::CheckForTableUpdate(WuTableNode& node) try {
   ReRaiseError(kModule, "CheckForTableUpdate");
 }
 
-bool TableExists(const std::string& table, platform::Database& database) {
+bool TableExists(const std::string& table, ports::Database& database) {
   try {
     database.Table(table);
     return true;

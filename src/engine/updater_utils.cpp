@@ -5,10 +5,10 @@
 
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
-#include "startup/services/product_settings.h"
-#include "startup/services/updater_settings.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "services/product_settings.h"
+#include "services/updater_settings.h"
 
 namespace tmw {
 namespace {
@@ -40,7 +40,7 @@ std::string GetFriendlySizeString(double bytes, bool is_short) try {
 
 bool AskYesNo(const std::string& question, const std::string& title) try {
   if (GetUpdaterSettings().NoFinalMessage) return true;
-  return platform::CurrentPorts().front_end->AskYesNo(title, question);
+  return ports::CurrentPorts().front_end->AskYesNo(title, question);
 } catch (...) {
   ReRaiseError(kModule, "AskYesNo");
 }

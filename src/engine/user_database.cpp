@@ -15,8 +15,8 @@
 #include "packages/hash_api.h"
 #include "packages/sha256.h"
 #include "packages/tm_zipper.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -38,10 +38,10 @@ bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersi
   return false;
 }
 
-platform::Outcome<std::string> TryHashOfUserRows() {
-  using Result = platform::Outcome<std::string>;
-  const auto opened = platform::CurrentPorts().files->Open(database_utils::GetUserDBFileName(),
-                                                           platform::FileMode::kRead);
+ports::Outcome<std::string> TryHashOfUserRows() {
+  using Result = ports::Outcome<std::string>;
+  const auto opened = ports::CurrentPorts().files->Open(database_utils::GetUserDBFileName(),
+                                                        ports::FileMode::kRead);
   if (!opened) return Result::Failure(opened.code);
   Sha256Stream stream;
   std::vector<char> buffer(kReadBytes);

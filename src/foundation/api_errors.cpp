@@ -2,25 +2,25 @@
 
 #include "foundation/program_error.h"
 #include "foundation/text.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 
 namespace tmw {
 
-void RaiseApiError(platform::SystemCode code) {
+void RaiseApiError(ports::SystemCode code) {
   if (code == 0) RaiseProgramError(kUnknownApiError);
   throw ProgramError(code, GetApiErrorText(code, ""));
 }
 
-void RaiseApiErrorWithMessage(const std::string& message, platform::SystemCode code) {
+void RaiseApiErrorWithMessage(const std::string& message, ports::SystemCode code) {
   const std::string beginning = message + std::string(kCrLf);
   if (code == 0) RaiseProgramError(beginning + kUnknownApiError);
   throw ProgramError(code, beginning + GetApiErrorText(code, ""));
 }
 
-std::string GetApiErrorText(platform::SystemCode code, const std::string& modules) {
+std::string GetApiErrorText(ports::SystemCode code, const std::string& modules) {
   if (!modules.empty()) {
     for (const std::string& name : Split(modules, "|")) {
-      const auto module = platform::CurrentPorts().error_texts->FindLoadedModule(name);
+      const auto module = ports::CurrentPorts().error_texts->FindLoadedModule(name);
       if (!module) continue;
       std::string text = FormatSystemMessage(code, *module);
       if (!text.empty()) return text;
@@ -31,8 +31,8 @@ std::string GetApiErrorText(platform::SystemCode code, const std::string& module
   return "Неизвестная ошибка API " + std::to_string(code) + " (0x" + ToHex(code) + ")";
 }
 
-std::string FormatSystemMessage(platform::SystemCode code, platform::ErrorTexts::Module module) {
-  return platform::CurrentPorts().error_texts->Format(code, module);
+std::string FormatSystemMessage(ports::SystemCode code, ports::ErrorTexts::Module module) {
+  return ports::CurrentPorts().error_texts->Format(code, module);
 }
 
 }  // namespace tmw

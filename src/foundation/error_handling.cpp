@@ -7,10 +7,10 @@
 
 #include "foundation/encodings.h"
 #include "foundation/text.h"
-#include "platform/database_types.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
-#include "platform/processes.h"
+#include "ports/database_types.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
 
 namespace tmw {
 namespace {
@@ -22,7 +22,7 @@ ErrorEnvironment& Environment() {
 
 // The program's file name without folder and extension.
 std::string ExecutableName() {
-  const platform::Processes* const processes = platform::CurrentPorts().processes;
+  const ports::Processes* const processes = ports::CurrentPorts().processes;
   std::string name = processes == nullptr ? "TmWebUpdate" : processes->OwnProgram();
   const std::size_t separator = name.find_last_of("/\\");
   if (separator != std::string::npos) name.erase(0, separator + 1);
@@ -32,7 +32,7 @@ std::string ExecutableName() {
 }
 
 void ResetCursor() {
-  platform::FrontEnd* const front_end = platform::CurrentPorts().front_end;
+  ports::FrontEnd* const front_end = ports::CurrentPorts().front_end;
   if (front_end != nullptr) front_end->ResetCursor();
 }
 
@@ -105,7 +105,7 @@ ProgramError CurrentError() {
     throw;
   } catch (const ProgramError& error) {
     return error;
-  } catch (const platform::DatabaseError& error) {
+  } catch (const ports::DatabaseError& error) {
     return {error.Number, error.Description, error.Source};
   } catch (const std::bad_alloc&) {
     return {kOutOfMemoryErrorNumber, "Недостаточно памяти."};

@@ -8,15 +8,15 @@
 #include "foundation/file_utils.h"
 #include "foundation/patience.h"
 #include "foundation/text.h"
-#include "platform/clock.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "ports/clock.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 
 // Copying and moving, whose one aim is that a name never bears half a file.
 namespace tmw {
 namespace {
 
-using platform::Status;
+using ports::Status;
 
 constexpr const char* kModule = "mTmFilesOld";
 constexpr std::size_t kCopyBytes = std::size_t{256} << 10;
@@ -28,8 +28,8 @@ constexpr std::size_t kLongestNameTaken = 200;
 
 constexpr int kRenameAttempts = 50;
 
-platform::FileSystem& Files() {
-  return *platform::CurrentPorts().files;
+ports::FileSystem& Files() {
+  return *ports::CurrentPorts().files;
 }
 
 bool ContinuesCharacter(char byte) {
@@ -67,7 +67,7 @@ class GrowingCopy {
   bool is_kept_ = false;
 };
 
-Status CopyBytes(platform::File& source, platform::File& target) {
+Status CopyBytes(ports::File& source, ports::File& target) {
   std::vector<char> buffer(kCopyBytes);
   for (;;) {
     const auto count = source.Read(buffer.data(), buffer.size());
@@ -77,10 +77,10 @@ Status CopyBytes(platform::File& source, platform::File& target) {
   }
 }
 
-Status CopyContent(platform::File& source, const std::string& target) {
-  const auto opened = Files().Open(target, platform::FileMode::kCreateNew);
+Status CopyContent(ports::File& source, const std::string& target) {
+  const auto opened = Files().Open(target, ports::FileMode::kCreateNew);
   if (!opened) return Status::Failure(opened.code);
-  platform::File& file = *opened.value;
+  ports::File& file = *opened.value;
   if (const Status copied = CopyBytes(source, file); !copied) return copied;
   if (const Status flushed = file.Flush(); !flushed) return flushed;
   return file.Close();
@@ -95,8 +95,7 @@ Status FlushFolderOf(const std::string& path) {
   return Files().FlushFolder(folder.empty() ? "." : folder);
 }
 
-Status CopySafely(platform::File& source, const std::string& source_path,
-                  const std::string& target) {
+Status CopySafely(ports::File& source, const std::string& source_path, const std::string& target) {
   GrowingCopy copy(NameOfGrowingCopy(target));
   static_cast<void>(Files().RemoveFile(copy.Path()));
   if (const Status status = CopyContent(source, copy.Path()); !status) return status;
@@ -110,7 +109,7 @@ Status CopySafely(platform::File& source, const std::string& source_path,
 }  // namespace
 
 void CopyFile(const std::string& source, const std::string& target) try {
-  const auto opened = Files().Open(source, platform::FileMode::kRead);
+  const auto opened = Files().Open(source, ports::FileMode::kRead);
   if (!opened)
     RaiseApiErrorWithMessage("Ошибка открытия файла " + Quoted(source) + ":", opened.code);
   const Status status = CopySafely(*opened.value, source, target);

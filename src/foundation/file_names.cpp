@@ -7,8 +7,8 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/text.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -54,19 +54,19 @@ std::string JoinPath(std::string_view folder, std::string_view name) {
   std::string path(folder.substr(0, LengthWithoutSeparatorsAtEnd(folder)));
   name.remove_prefix(std::min(name.find_first_not_of(kSeparators), name.size()));
   if (name.empty()) return path;
-  if (!IsSeparator(path.back())) path += platform::CurrentPorts().files->Separator();
+  if (!IsSeparator(path.back())) path += ports::CurrentPorts().files->Separator();
   return path + NativePath(name);
 }
 
 std::string NativePath(std::string_view path) {
   std::string native(path);
   std::replace_if(native.begin(), native.end(), IsSeparator,
-                  platform::CurrentPorts().files->Separator());
+                  ports::CurrentPorts().files->Separator());
   return native;
 }
 
 std::string GetAbsoluteFileName(const std::string& path) try {
-  const auto absolute = platform::CurrentPorts().files->MakeAbsolute(path);
+  const auto absolute = ports::CurrentPorts().files->MakeAbsolute(path);
   if (!absolute) {
     RaiseApiErrorWithMessage("Ошибка определения полного имени файла " + Quoted(path) + ":",
                              absolute.code);

@@ -11,14 +11,14 @@
 #include "foundation/error_handling.h"
 #include "foundation/patience.h"
 #include "foundation/text.h"
-#include "platform/clock.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "ports/clock.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
 
-using platform::FileKind;
+using ports::FileKind;
 
 constexpr const char* kModule = "mTmFilesOld";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
@@ -30,31 +30,31 @@ constexpr int kPatientAttempts = 10;
 constexpr std::int32_t kDeleteIntervalMs = 100;
 constexpr std::int32_t kLastDeleteIntervalMs = 1000;
 
-platform::FileSystem& Files() {
-  return *platform::CurrentPorts().files;
+ports::FileSystem& Files() {
+  return *ports::CurrentPorts().files;
 }
 
-[[noreturn]] void RaiseAccessError(const std::string& path, platform::SystemCode code) {
+[[noreturn]] void RaiseAccessError(const std::string& path, ports::SystemCode code) {
   RaiseApiErrorWithMessage("Ошибка обращения к файлу " + Quoted(path) + ":", code);
 }
 
-platform::FileFacts Examine(const std::string& path) {
+ports::FileFacts Examine(const std::string& path) {
   const auto facts = Files().Examine(path);
   if (!facts) RaiseAccessError(path, facts.code);
   return facts.value;
 }
 
-[[noreturn]] void RaiseReadError(const std::string& path, platform::SystemCode code) {
+[[noreturn]] void RaiseReadError(const std::string& path, ports::SystemCode code) {
   RaiseApiErrorWithMessage("Ошибка чтения файла " + Quoted(path) + ":", code);
 }
 
-[[noreturn]] void RaiseDeleteError(const std::string& path, platform::SystemCode code) {
+[[noreturn]] void RaiseDeleteError(const std::string& path, ports::SystemCode code) {
   RaiseApiErrorWithMessage("Ошибка удаления файла " + Quoted(path) + ":", code);
 }
 
-platform::Status RemoveIfThere(const std::string& path) {
-  const platform::Status status = Files().RemoveFile(path);
-  return !status && Files().MeansMissing(status.code) ? platform::Status::Success() : status;
+ports::Status RemoveIfThere(const std::string& path) {
+  const ports::Status status = Files().RemoveFile(path);
+  return !status && Files().MeansMissing(status.code) ? ports::Status::Success() : status;
 }
 
 // Entries that are no folders: files, and links that lead nowhere.
@@ -66,7 +66,7 @@ std::vector<std::string> ListFiles(const std::string& folder, const std::string&
                              entries.code);
   }
   std::vector<std::pair<std::string, std::string>> found;  // the key of the order, the name
-  for (const platform::FolderEntry& entry : entries.value) {
+  for (const ports::FolderEntry& entry : entries.value) {
     if (entry.kind != FileKind::kFolder && MatchesMask(entry.name, mask))
       found.emplace_back(LowerCase(entry.name), entry.name);
   }
@@ -83,7 +83,7 @@ void CreateMissingFolder(const std::string& path) {
   if (Examine(path).kind == FileKind::kFolder) return;
   const std::string parent = SplitFileName(path).Folder;
   if (!parent.empty() && parent.size() < path.size()) CreateMissingFolder(parent);
-  const platform::Status status = Files().CreateFolder(path);
+  const ports::Status status = Files().CreateFolder(path);
   if (!status && Examine(path).kind != FileKind::kFolder)
     RaiseApiErrorWithMessage("Ошибка создания папки " + Quoted(path) + ":", status.code);
 }
@@ -111,9 +111,9 @@ std::string FollowLinks(const std::string& path) try {
 }
 
 std::int64_t GetFileLength(const std::string& path) try {
-  const platform::FileFacts facts = Examine(path);
+  const ports::FileFacts facts = Examine(path);
   if (facts.kind != FileKind::kFile) {
-    const auto opened = Files().Open(path, platform::FileMode::kRead);
+    const auto opened = Files().Open(path, ports::FileMode::kRead);
     RaiseApiErrorWithMessage("Ошибка определения длины файла " + Quoted(path) + ":", opened.code);
   }
   return facts.length;
@@ -122,7 +122,7 @@ std::int64_t GetFileLength(const std::string& path) try {
 }
 
 std::string ReadFileBytes(const std::string& path) try {
-  const auto opened = Files().Open(path, platform::FileMode::kRead);
+  const auto opened = Files().Open(path, ports::FileMode::kRead);
   if (!opened) RaiseApiErrorWithMessage("Ошибка открытия файла " + Quoted(path) + ":", opened.code);
   std::string bytes;
   for (;;) {
@@ -169,9 +169,8 @@ bool TryCreateFolderIfAbsent(const std::string& path, std::string& error_text) {
 }
 
 void CreateEmptyFile(const std::string& path) try {
-  const auto opened = Files().Open(path, platform::FileMode::kWriteNew);
-  const platform::Status closed =
-      opened ? opened.value->Close() : platform::Status::Failure(opened.code);
+  const auto opened = Files().Open(path, ports::FileMode::kWriteNew);
+  const ports::Status closed = opened ? opened.value->Close() : ports::Status::Failure(opened.code);
   if (!closed) RaiseApiErrorWithMessage("Ошибка создания файла " + Quoted(path) + ":", closed.code);
 } catch (...) {
   ReRaiseError(kModule, "CreateEmptyFile");
@@ -179,8 +178,7 @@ void CreateEmptyFile(const std::string& path) try {
 
 bool DeleteFile(const std::string& path, bool is_quiet) try {
   if (is_quiet) return RemoveIfThere(path).ok;
-  const platform::Status status =
-      TryPatiently(kPatientAttempts, [&] { return RemoveIfThere(path); });
+  const ports::Status status = TryPatiently(kPatientAttempts, [&] { return RemoveIfThere(path); });
   if (!status) RaiseDeleteError(path, status.code);
   return true;
 } catch (...) {
@@ -191,12 +189,12 @@ bool DeleteFiles(const std::string& mask_path, bool is_quiet) {
   try {
     const SplitName split = SplitFileName(mask_path);
     const std::string folder = split.Folder.empty() ? "." : split.Folder;
-    platform::Status first_failure;
+    ports::Status first_failure;
     std::string first_failed;
     for (const std::string& name : ListFiles(folder, split.FileName())) {
       // Not JoinPath: a name from the disk is taken as it stands.
       const std::string path = std::string(folder).append(1, Files().Separator()).append(name);
-      const platform::Status status = RemoveIfThere(path);
+      const ports::Status status = RemoveIfThere(path);
       if (status || !first_failure) continue;
       first_failure = status;
       first_failed = path;
@@ -210,19 +208,19 @@ bool DeleteFiles(const std::string& mask_path, bool is_quiet) {
 }
 
 void DeleteFileRepeatedly(const std::string& path) try {
-  platform::Clock& clock = *platform::CurrentPorts().clock;
+  ports::Clock& clock = *ports::CurrentPorts().clock;
   for (int attempt = 0; attempt < kDeleteAttempts; ++attempt) {
     if (attempt > 0) clock.Sleep(kDeleteIntervalMs);
     if (DeleteFile(path, true)) return;
   }
   clock.Sleep(kLastDeleteIntervalMs);
-  if (const platform::Status last = RemoveIfThere(path); !last) RaiseDeleteError(path, last.code);
+  if (const ports::Status last = RemoveIfThere(path); !last) RaiseDeleteError(path, last.code);
 } catch (...) {
   ReRaiseError(kModule, "DeleteFileRepeatedly");
 }
 
 void ClearReadOnlyAttributeFromFile(const std::string& path) try {
-  const platform::Status status = Files().SetReadOnly(path, false);
+  const ports::Status status = Files().SetReadOnly(path, false);
   if (!status) {
     RaiseApiErrorWithMessage(
         "Ошибка снятия атрибута \"только чтение\" с файла " + Quoted(path) + ":", status.code);

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "foundation/text.h"
-#include "platform/ports.h"
-#include "platform/system_info.h"
+#include "ports/ports.h"
+#include "ports/system_info.h"
 
 namespace tmw {
 namespace {
@@ -78,7 +78,7 @@ std::string GetOSVersionString() {
 }
 
 std::string GetOSInfoString() {
-  const std::optional<platform::OsFacts> os = platform::CurrentPorts().system_info->Os();
+  const std::optional<ports::OsFacts> os = ports::CurrentPorts().system_info->Os();
   if (!os) return {};
   std::string text =
       std::to_string(os->major) + "." + std::to_string(os->minor) + "." + std::to_string(os->build);
@@ -90,7 +90,7 @@ std::string GetOSInfoString() {
 }
 
 std::string GetHardwareInfoString() {
-  const platform::HardwareFacts facts = platform::CurrentPorts().system_info->Hardware();
+  const ports::HardwareFacts facts = ports::CurrentPorts().system_info->Hardware();
   return "RAM: " + Megabytes(facts.total_physical) +
          ", free: " + Megabytes(facts.available_physical) +
          "; VM: " + Megabytes(facts.total_virtual) +

@@ -8,7 +8,7 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -25,7 +25,7 @@ const XmlNode* FindChildElement(const XmlNode& node, std::string_view name) {
   return nullptr;
 }
 
-const platform::XmlAttribute* FindAttribute(const XmlNode& node, std::string_view name) {
+const ports::XmlAttribute* FindAttribute(const XmlNode& node, std::string_view name) {
   const auto found = std::find_if(node.attributes.begin(), node.attributes.end(),
                                   [&](const auto& attribute) { return attribute.name == name; });
   return found == node.attributes.end() ? nullptr : &*found;
@@ -44,7 +44,7 @@ std::string Shortened(const std::string& line) {
   return Utf16ToUtf8(units) + "…";
 }
 
-std::string Explain(const platform::XmlParseError& error) {
+std::string Explain(const ports::XmlParseError& error) {
   return std::string("   Reason: ")
       .append(error.reason)
       .append(kCrLf)
@@ -69,15 +69,15 @@ bool DeclaresEntities(std::string_view bytes) {
   return false;
 }
 
-platform::XmlParseResult ParseFile(const std::string& file) {
-  platform::XmlParseResult result;
+ports::XmlParseResult ParseFile(const std::string& file) {
+  ports::XmlParseResult result;
   try {
     if (GetFileLength(file) > kMaxXmlLength) {
       result.error.reason = "Файл слишком велик.";
       return result;
     }
     const std::string bytes = ReadFileBytes(file);
-    if (!DeclaresEntities(bytes)) return platform::CurrentPorts().xml->Parse(bytes);
+    if (!DeclaresEntities(bytes)) return ports::CurrentPorts().xml->Parse(bytes);
     result.error.reason = "Описания сущностей (ENTITY) не допускаются.";
   } catch (const ProgramError& error) {
     result.error.reason = TrimCharacters(error.Description, " \r\n");
@@ -109,7 +109,7 @@ bool IsIn(const Ranges& ranges, char16_t unit) {
 }  // namespace
 
 std::unique_ptr<XmlDocument> XmlCreateDocument(std::string& reason) try {
-  if (!platform::CurrentPorts().xml->IsAvailable(reason)) return nullptr;
+  if (!ports::CurrentPorts().xml->IsAvailable(reason)) return nullptr;
   return std::make_unique<XmlDocument>();
 } catch (...) {
   ReRaiseError(kModule, "XmlCreateDocument");
@@ -117,7 +117,7 @@ std::unique_ptr<XmlDocument> XmlCreateDocument(std::string& reason) try {
 
 bool XmlLoadDocumentSafe(XmlDocument& document, const std::string& file,
                          std::string& explanation) try {
-  platform::XmlParseResult result = ParseFile(file);
+  ports::XmlParseResult result = ParseFile(file);
   const bool is_loaded = result.document != nullptr;
   if (!is_loaded) {
     explanation = Explain(result.error);
@@ -175,7 +175,7 @@ std::string XmlGetText(const XmlNode& node) {
 }
 
 std::string XmlGetStringAttribute(const XmlNode& node, std::string_view name) try {
-  const platform::XmlAttribute* const attribute = FindAttribute(node, name);
+  const ports::XmlAttribute* const attribute = FindAttribute(node, name);
   if (attribute != nullptr) return attribute->value;
   RaiseProgramError("Missing attribute " + AttributePath(node, name));
 } catch (...) {
@@ -184,7 +184,7 @@ std::string XmlGetStringAttribute(const XmlNode& node, std::string_view name) tr
 
 std::string XmlGetStringAttributeDef(const XmlNode& node, std::string_view name,
                                      std::string_view default_value) {
-  const platform::XmlAttribute* const attribute = FindAttribute(node, name);
+  const ports::XmlAttribute* const attribute = FindAttribute(node, name);
   return attribute == nullptr ? std::string(default_value) : attribute->value;
 }
 

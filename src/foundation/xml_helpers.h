@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/xml_document.h"
+#include "ports/xml_document.h"
 
 // XML documents, read only (module mTmXmlToolsErr).
 //
@@ -14,8 +14,8 @@
 // by "/@" and its name. Names are case-sensitive.
 namespace tmw {
 
-using platform::XmlNode;
-using platform::XmlNodeKind;
+using ports::XmlNode;
+using ports::XmlNodeKind;
 
 // Longer files are refused before they are read. Ours have a few megabytes at most; a parsed
 // document takes about twenty times its length in memory.

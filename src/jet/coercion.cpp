@@ -14,39 +14,39 @@
 namespace jet {
 namespace {
 
-using platform::DatabaseValue;
-using platform::DataType;
+using ports::DatabaseValue;
+using ports::DataType;
 
 constexpr std::int32_t kMostTextUnits = 255;
 constexpr std::int32_t kMostBinaryBytes = 510;
 constexpr std::int64_t kTenThousand = 10000;
 
 bool IsNull(const DatabaseValue& value) {
-  return std::holds_alternative<platform::NullValue>(value) ||
-         std::holds_alternative<platform::EmptyValue>(value);
+  return std::holds_alternative<ports::NullValue>(value) ||
+         std::holds_alternative<ports::EmptyValue>(value);
 }
 
 struct NumberOf {
-  std::optional<double> operator()(platform::EmptyValue) const { return std::nullopt; }
-  std::optional<double> operator()(platform::NullValue) const { return std::nullopt; }
+  std::optional<double> operator()(ports::EmptyValue) const { return std::nullopt; }
+  std::optional<double> operator()(ports::NullValue) const { return std::nullopt; }
   std::optional<double> operator()(bool value) const { return value ? -1.0 : 0.0; }
   std::optional<double> operator()(std::uint8_t value) const { return value; }
   std::optional<double> operator()(std::int16_t value) const { return value; }
   std::optional<double> operator()(std::int32_t value) const { return value; }
-  std::optional<double> operator()(platform::CurrencyValue value) const {
+  std::optional<double> operator()(ports::CurrencyValue value) const {
     return static_cast<double>(value.ten_thousandths) / kTenThousand;
   }
   std::optional<double> operator()(float value) const { return static_cast<double>(value); }
   std::optional<double> operator()(double value) const { return value; }
-  std::optional<double> operator()(platform::DateValue value) const { return value.days; }
-  std::optional<double> operator()(const platform::DecimalValue& value) const {
+  std::optional<double> operator()(ports::DateValue value) const { return value.days; }
+  std::optional<double> operator()(const ports::DecimalValue& value) const {
     return ParseNumberText(value.text);
   }
   std::optional<double> operator()(const std::string& value) const {
     return ParseNumberText(value);
   }
-  std::optional<double> operator()(const platform::BinaryValue&) const { return std::nullopt; }
-  std::optional<double> operator()(platform::OtherValue) const { return std::nullopt; }
+  std::optional<double> operator()(const ports::BinaryValue&) const { return std::nullopt; }
+  std::optional<double> operator()(ports::OtherValue) const { return std::nullopt; }
 };
 
 double NumberOrFail(const DatabaseValue& value, std::int32_t mismatch_number) {
@@ -82,11 +82,11 @@ DatabaseValue ToCurrencyValue(const DatabaseValue& value, std::int32_t mismatch_
     std::string digits = tmw::Trim(*text);
     std::replace(digits.begin(), digits.end(), ',', '.');
     if (const std::optional<std::int64_t> exact = tmw::ReadCurrency(digits))
-      return platform::CurrencyValue{*exact};
+      return ports::CurrencyValue{*exact};
   }
   std::int64_t amount = 0;
   if (!ToCurrency(NumberOrFail(value, mismatch_number), amount)) Fail(mismatch_number);
-  return platform::CurrencyValue{amount};
+  return ports::CurrencyValue{amount};
 }
 
 DatabaseValue ToSingle(const DatabaseValue& value, std::int32_t mismatch_number) {
@@ -101,7 +101,7 @@ DatabaseValue ToDate(const DatabaseValue& value, std::int32_t mismatch_number) {
   if (const auto* const text = std::get_if<std::string>(&value)) days = ParseDateText(*text);
   if (!days) days = NumberOrFail(value, mismatch_number);
   if (!tmw::IsDateInRange(*days)) Fail(mismatch_number);
-  return platform::DateValue{*days};
+  return ports::DateValue{*days};
 }
 
 std::size_t Utf16Length(std::string_view text) {
@@ -122,7 +122,7 @@ DatabaseValue ToText(const DatabaseValue& value, std::int32_t size, std::int32_t
 
 DatabaseValue ToBinary(const DatabaseValue& value, std::int32_t size,
                        std::int32_t mismatch_number) {
-  const auto* const binary = std::get_if<platform::BinaryValue>(&value);
+  const auto* const binary = std::get_if<ports::BinaryValue>(&value);
   if (binary == nullptr) Fail(mismatch_number);
   if (size > 0 && binary->bytes.size() > static_cast<std::size_t>(size)) Fail(kFieldTooSmall);
   return value;
@@ -131,7 +131,7 @@ DatabaseValue ToBinary(const DatabaseValue& value, std::int32_t size,
 DatabaseValue ToGuid(const DatabaseValue& value, std::int32_t mismatch_number) {
   std::optional<std::string> bytes;
   if (const auto* const text = std::get_if<std::string>(&value)) bytes = ParseGuidText(*text);
-  if (const auto* const binary = std::get_if<platform::BinaryValue>(&value)) bytes = binary->bytes;
+  if (const auto* const binary = std::get_if<ports::BinaryValue>(&value)) bytes = binary->bytes;
   if (!bytes || bytes->size() != 16) Fail(mismatch_number);
   return GuidText(*bytes);
 }
@@ -154,7 +154,7 @@ DatabaseValue ConvertTo(const DatabaseValue& value, DataType type, std::int32_t 
                         std::int32_t mismatch_number) {
   if (IsNull(value)) {
     if (type == DataType::kBoolean) return false;
-    return platform::NullValue{};
+    return ports::NullValue{};
   }
   switch (type) {
     case DataType::kBoolean:
@@ -166,7 +166,7 @@ DatabaseValue ConvertTo(const DatabaseValue& value, DataType type, std::int32_t 
     case DataType::kLong:
       return ToInteger<std::int32_t>(value, mismatch_number);
     case DataType::kCurrency:
-      if (std::holds_alternative<platform::CurrencyValue>(value)) return value;
+      if (std::holds_alternative<ports::CurrencyValue>(value)) return value;
       return ToCurrencyValue(value, mismatch_number);
     case DataType::kSingle:
       return ToSingle(value, mismatch_number);
@@ -191,7 +191,7 @@ DatabaseValue ConvertFor(const DatabaseValue& value, const Target& target,
                          std::int32_t mismatch_number) {
   try {
     return ConvertTo(value, target.type, target.size, mismatch_number);
-  } catch (const platform::DatabaseError& error) {
+  } catch (const ports::DatabaseError& error) {
     Fail(error.Number, ": поле \"" + target.name + "\"");
   }
 }

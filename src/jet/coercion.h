@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 // Conversion of values to field types, and what a field demands of its values.
 namespace jet {
@@ -12,7 +12,7 @@ namespace jet {
 // What a value is stored into.
 struct Target {
   std::string name;
-  platform::DataType type = platform::DataType::kText;
+  ports::DataType type = ports::DataType::kText;
   std::int32_t size = 0;
   bool required = false;
   bool allow_zero_length = true;
@@ -22,22 +22,22 @@ struct Target {
 // The value as the type has it, Null staying Null (a Boolean has none: it becomes False). What does
 // not convert, or does not fit the type's range, fails with the number given (3421 on assignment,
 // 3464 in a statement); a text or binary value that is too long fails with 3163.
-platform::DatabaseValue ConvertTo(const platform::DatabaseValue& value, platform::DataType type,
-                                  std::int32_t size, std::int32_t mismatch_number);
+ports::DatabaseValue ConvertTo(const ports::DatabaseValue& value, ports::DataType type,
+                               std::int32_t size, std::int32_t mismatch_number);
 
 // Likewise for a field, which the failure names.
-platform::DatabaseValue ConvertFor(const platform::DatabaseValue& value, const Target& target,
-                                   std::int32_t mismatch_number);
+ports::DatabaseValue ConvertFor(const ports::DatabaseValue& value, const Target& target,
+                                std::int32_t mismatch_number);
 
 // True when a text is not longer than that many UTF-16 units; 0 is no limit.
 bool FitsText(std::string_view text, std::int32_t size);
 
 // Fails with 3058, 3314 or 3315 when the field refuses the value. It must have the field's type.
-void CheckAllowed(const platform::DatabaseValue& value, const Target& target);
+void CheckAllowed(const ports::DatabaseValue& value, const Target& target);
 
 // The size that the engine gives a field of that type; asked is the wanted size of a text or binary
 // field. Fails with 3259 for a type that Jet 4 tables do not have, 3163 for a size above the limit.
-std::int32_t FieldSize(platform::DataType type, std::int32_t asked, const std::string& field);
+std::int32_t FieldSize(ports::DataType type, std::int32_t asked, const std::string& field);
 
 // To the nearest ten-thousandth, halves to even; false when it does not fit.
 bool ToCurrency(double value, std::int64_t& ten_thousandths);

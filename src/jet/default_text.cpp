@@ -11,10 +11,10 @@ struct LiteralOf {
   std::string operator()(bool value) const { return value ? "True" : "False"; }
   std::string operator()(float value) const { return tmw::SingleToText(value); }
   std::string operator()(double value) const { return tmw::DoubleToText(value); }
-  std::string operator()(platform::CurrencyValue value) const {
+  std::string operator()(ports::CurrencyValue value) const {
     return tmw::CurrencyToText(value.ten_thousandths);
   }
-  std::string operator()(platform::DateValue value) const { return sql::DateLiteral(value.days); }
+  std::string operator()(ports::DateValue value) const { return sql::DateLiteral(value.days); }
   std::string operator()(const std::string& value) const { return value; }
   template <typename Other>
   std::string operator()(const Other& value) const {
@@ -24,7 +24,7 @@ struct LiteralOf {
 
 }  // namespace
 
-std::string DefaultText(const platform::DatabaseValue& value) {
+std::string DefaultText(const ports::DatabaseValue& value) {
   return std::visit(LiteralOf{}, value);
 }
 

@@ -2,12 +2,12 @@
 
 #include <string>
 
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 namespace jet {
 
 // The expression that a field's default value is kept as: a text is one already, other kinds become
 // literals ("2.5", "#01/31/2003#", "True"). Empty for none.
-std::string DefaultText(const platform::DatabaseValue& value);
+std::string DefaultText(const ports::DatabaseValue& value);
 
 }  // namespace jet

@@ -2,11 +2,11 @@
 
 #include <memory>
 
-#include "platform/database.h"
+#include "ports/database.h"
 
 namespace jet {
 
 // The embedded database engine: databases are storage files of its own.
-std::unique_ptr<platform::DatabaseEngine> MakeEngine();
+std::unique_ptr<ports::DatabaseEngine> MakeEngine();
 
 }  // namespace jet

@@ -140,8 +140,8 @@ std::string Filled(std::string_view pattern, std::string_view first, std::string
 
 }  // namespace
 
-platform::DatabaseError MakeError(std::int32_t number, std::string_view first,
-                                  std::string_view second) {
+ports::DatabaseError MakeError(std::int32_t number, std::string_view first,
+                               std::string_view second) {
   for (const ErrorText& entry : kTexts) {
     if (entry.number == number) return {number, Filled(entry.text, first, second), kComponent};
   }

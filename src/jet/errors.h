@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 // The engine's numbered failures. The numbers are those of DAO 3.6, so that callers tell them apart
 // on both systems; the words are the product's language.
@@ -117,8 +117,8 @@ enum ErrorNumber : std::int32_t {
 };
 
 // The failure of that number, the arguments filled into its text.
-platform::DatabaseError MakeError(std::int32_t number, std::string_view first = {},
-                                  std::string_view second = {});
+ports::DatabaseError MakeError(std::int32_t number, std::string_view first = {},
+                               std::string_view second = {});
 
 [[noreturn]] void Fail(std::int32_t number, std::string_view first = {},
                        std::string_view second = {});

@@ -19,8 +19,8 @@
 namespace jet {
 namespace {
 
-using platform::DatabaseValue;
-using platform::DataType;
+using ports::DatabaseValue;
+using ports::DataType;
 
 struct NamedPattern {
   std::string_view name;
@@ -91,7 +91,7 @@ PatternKind KindOf(std::string_view pattern) {
 
 std::optional<double> AsNumber(const DatabaseValue& value) {
   if (const auto* const text = std::get_if<std::string>(&value)) return ParseNumberText(*text);
-  if (std::holds_alternative<platform::BinaryValue>(value)) Fail(kTypeMismatch);
+  if (std::holds_alternative<ports::BinaryValue>(value)) Fail(kTypeMismatch);
   const DatabaseValue number = ConvertTo(value, DataType::kDouble, 0, kTypeMismatch);
   return std::get<double>(number);
 }
@@ -170,7 +170,7 @@ std::string FormatText(std::string_view value, std::string_view pattern) {
 
 std::string OwnText(const DatabaseValue& value) {
   const std::optional<std::string> text = ValueText(value);
-  if (!text && std::holds_alternative<platform::BinaryValue>(value)) Fail(kTypeMismatch);
+  if (!text && std::holds_alternative<ports::BinaryValue>(value)) Fail(kTypeMismatch);
   return text.value_or("");
 }
 
@@ -178,7 +178,7 @@ std::string ByPattern(const DatabaseValue& value, std::string_view pattern, Week
   const PatternKind kind = KindOf(pattern);
   const auto* const text = std::get_if<std::string>(&value);
   if (kind == PatternKind::kText) return FormatText(OwnText(value), pattern);
-  if (std::holds_alternative<platform::NullValue>(value)) {
+  if (std::holds_alternative<ports::NullValue>(value)) {
     const std::vector<std::string_view> sections = Sections(pattern);
     return sections.size() > 3 ? FormatDigits("0", sections[3]) : std::string();
   }
@@ -198,7 +198,7 @@ std::string FormatValue(const DatabaseValue& value, std::string_view pattern, We
   if (pattern.empty() || lower == "general number" || lower == "general date") {
     const auto* const text = std::get_if<std::string>(&value);
     const bool is_moment = lower == "general date" && text == nullptr &&
-                           !std::holds_alternative<platform::NullValue>(value);
+                           !std::holds_alternative<ports::NullValue>(value);
     return is_moment ? ByPattern(value, "c", rules) : OwnText(value);
   }
   for (const NamedPattern& named : kNamed) {

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "jet/calendar.h"
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 namespace jet {
 
@@ -13,7 +13,7 @@ namespace jet {
 // h n s c w q ttttt AM/PM) or for texts (@ & < > !). Sections between ";" serve positive, negative
 // and zero numbers and Null. An empty pattern: the value's own text. A text that is no number or
 // date stays as it is under a pattern for those.
-std::string FormatValue(const platform::DatabaseValue& value, std::string_view pattern,
+std::string FormatValue(const ports::DatabaseValue& value, std::string_view pattern,
                         WeekRules rules);
 
 // A number by one section, its sign dropped; the digits are "12345.678".

@@ -39,8 +39,8 @@ std::string IndexOrder(const TableInfo& table, const IndexInfo& index) {
   return order;
 }
 
-bool IsTextType(platform::DataType type) {
-  return type == platform::DataType::kText || type == platform::DataType::kMemo;
+bool IsTextType(ports::DataType type) {
+  return type == ports::DataType::kText || type == ports::DataType::kMemo;
 }
 
 }  // namespace jet

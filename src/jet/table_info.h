@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "jet/coercion.h"
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 // What the catalogue knows of a table. In the container, tables, columns and indexes bear numbers
 // ("t3", "c17", "i5"): names of the database may be anything and change freely.
@@ -16,18 +16,18 @@ namespace jet {
 
 struct FieldInfo {
   std::int64_t id = 0;
-  platform::FieldDefinition definition;
+  ports::FieldDefinition definition;
   std::string lower_name;
   std::string column;
   std::string default_text;  // an expression; empty for none
   Target target;
 
-  bool IsAutonumber() const { return (definition.attributes & platform::kAutoIncrementField) != 0; }
+  bool IsAutonumber() const { return (definition.attributes & ports::kAutoIncrementField) != 0; }
 };
 
 struct IndexInfo {
   std::int64_t id = 0;
-  platform::IndexDefinition definition;
+  ports::IndexDefinition definition;
   std::string lower_name;
   std::vector<std::size_t> positions;  // of its fields in the table
 };
@@ -59,6 +59,6 @@ class TableFinder {
 // "c1 COLLATE JET, c2 DESC": the storage's columns in an index's order.
 std::string IndexOrder(const TableInfo& table, const IndexInfo& index);
 
-bool IsTextType(platform::DataType type);
+bool IsTextType(ports::DataType type);
 
 }  // namespace jet

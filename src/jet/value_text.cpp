@@ -44,13 +44,13 @@ bool ReadTime(std::string_view text, tmw::DateParts& parts) {
 }
 
 struct TextOf {
-  std::optional<std::string> operator()(platform::EmptyValue) const { return std::nullopt; }
-  std::optional<std::string> operator()(platform::NullValue) const { return std::nullopt; }
+  std::optional<std::string> operator()(ports::EmptyValue) const { return std::nullopt; }
+  std::optional<std::string> operator()(ports::NullValue) const { return std::nullopt; }
   std::optional<std::string> operator()(bool value) const { return value ? "-1" : "0"; }
   std::optional<std::string> operator()(std::uint8_t value) const { return std::to_string(value); }
   std::optional<std::string> operator()(std::int16_t value) const { return std::to_string(value); }
   std::optional<std::string> operator()(std::int32_t value) const { return std::to_string(value); }
-  std::optional<std::string> operator()(platform::CurrencyValue value) const {
+  std::optional<std::string> operator()(ports::CurrencyValue value) const {
     return WithComma(tmw::CurrencyToText(value.ten_thousandths));
   }
   std::optional<std::string> operator()(float value) const {
@@ -59,15 +59,15 @@ struct TextOf {
   std::optional<std::string> operator()(double value) const {
     return WithComma(tmw::DoubleToText(value));
   }
-  std::optional<std::string> operator()(platform::DateValue value) const {
+  std::optional<std::string> operator()(ports::DateValue value) const {
     return DateText(value.days);
   }
-  std::optional<std::string> operator()(const platform::DecimalValue& value) const {
+  std::optional<std::string> operator()(const ports::DecimalValue& value) const {
     return WithComma(value.text);
   }
   std::optional<std::string> operator()(const std::string& value) const { return value; }
-  std::optional<std::string> operator()(const platform::BinaryValue&) const { return std::nullopt; }
-  std::optional<std::string> operator()(platform::OtherValue) const { return std::nullopt; }
+  std::optional<std::string> operator()(const ports::BinaryValue&) const { return std::nullopt; }
+  std::optional<std::string> operator()(ports::OtherValue) const { return std::nullopt; }
 };
 
 std::int32_t HexDigit(char c) {
@@ -125,7 +125,7 @@ std::optional<double> ParseNumberText(std::string_view text) {
   return value;
 }
 
-std::optional<std::string> ValueText(const platform::DatabaseValue& value) {
+std::optional<std::string> ValueText(const ports::DatabaseValue& value) {
   return std::visit(TextOf{}, value);
 }
 

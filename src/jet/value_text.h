@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 // Values as texts and back, as the product's users have them under Russian regional settings:
 // "0,5", "01.02.2003 4:05:06".
@@ -21,7 +21,7 @@ std::optional<double> ParseNumberText(std::string_view text);
 
 // The text of a number, a date or a Boolean ("-1", "0"); a text as it is. Nothing for Null, Empty
 // and what has no text.
-std::optional<std::string> ValueText(const platform::DatabaseValue& value);
+std::optional<std::string> ValueText(const ports::DatabaseValue& value);
 
 // "{guid {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}}" of 16 bytes, and the bytes of that form or of
 // one with single or without braces.

@@ -18,9 +18,9 @@
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
-#include "platform/database.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "ports/database.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 
 namespace jetsql {
 namespace {
@@ -31,11 +31,11 @@ constexpr std::uint32_t kSystemMask = 0x80000003;
 // What executing a statement that only gives rows fails with.
 constexpr std::int32_t kNotAnActionQuery = 3065;
 
-platform::DatabaseEngine& Engine() {
-  return *platform::CurrentPorts().database;
+ports::DatabaseEngine& Engine() {
+  return *ports::CurrentPorts().database;
 }
 
-std::unique_ptr<platform::Database> Open(const std::string& path, bool read_only) {
+std::unique_ptr<ports::Database> Open(const std::string& path, bool read_only) {
   return Engine().OpenDatabase(path, !read_only, read_only);
 }
 
@@ -67,18 +67,18 @@ void Expect(const Arguments& arguments, std::size_t least, std::size_t most) {
 }
 
 void WriteFile(const std::string& path, const std::string& bytes) {
-  const auto check = [&path](platform::Status status) {
+  const auto check = [&path](ports::Status status) {
     if (!status)
       tmw::RaiseApiErrorWithMessage("Cannot write " + tmw::Quoted(path) + ": ", status.code);
   };
-  const auto opened = platform::CurrentPorts().files->Open(path, platform::FileMode::kWriteNew);
+  const auto opened = ports::CurrentPorts().files->Open(path, ports::FileMode::kWriteNew);
   check({opened.ok, opened.code});
   check(opened.value->Write(bytes.data(), bytes.size()));
   check(opened.value->Close());
 }
 
-void PrintRows(platform::Database& database, const std::string& statement) {
-  const auto rows = database.OpenRecordset(statement, platform::RecordsetType::kDynaset);
+void PrintRows(ports::Database& database, const std::string& statement) {
+  const auto rows = database.OpenRecordset(statement, ports::RecordsetType::kDynaset);
   const std::vector<std::string> names = rows->FieldNames();
   for (std::size_t i = 0; i < names.size(); ++i)
     std::cout << (i == 0 ? "" : "\t") << names[i];
@@ -91,22 +91,21 @@ void PrintRows(platform::Database& database, const std::string& statement) {
 }
 
 // The engine itself tells which statements give rows: SELECT … INTO, for one, gives none.
-void RunStatement(platform::Database& database, const std::string& statement) {
+void RunStatement(ports::Database& database, const std::string& statement) {
   try {
     std::cout << database.Execute(statement, true) << " rows\n";
-  } catch (const platform::DatabaseError& error) {
+  } catch (const ports::DatabaseError& error) {
     if (error.Number != kNotAnActionQuery) throw;
     PrintRows(database, statement);
   }
 }
 
-void RunStatements(platform::Database& database, const std::string& script) {
+void RunStatements(ports::Database& database, const std::string& script) {
   for (const std::string& statement : tmw::CutStatements(script)) {
     try {
       RunStatement(database, statement);
-    } catch (const platform::DatabaseError& error) {
-      throw platform::DatabaseError(error.Number, error.Description + "\n" + statement,
-                                    error.Source);
+    } catch (const ports::DatabaseError& error) {
+      throw ports::DatabaseError(error.Number, error.Description + "\n" + statement, error.Source);
     }
   }
 }
@@ -142,7 +141,7 @@ void Tables(Arguments arguments) {
     std::cout << tmw::ExportTableToString(arguments[1], true, database.get());
     return;
   }
-  for (const platform::TableSummary& table : database->Tables()) {
+  for (const ports::TableSummary& table : database->Tables()) {
     if (all || (table.attributes & kSystemMask) == 0) std::cout << table.name << '\n';
   }
 }

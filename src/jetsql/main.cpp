@@ -7,9 +7,9 @@
 #include "foundation/error_handling.h"
 #include "foundation/version.h"
 #include "jetsql/commands.h"
-#include "platform/host.h"
-#include "platform/ports.h"
-#include "platform/processes.h"
+#include "ports/host.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
 
 namespace {
 
@@ -65,8 +65,8 @@ int Run(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
   // Taken from the port: it has them in UTF-8 on both systems.
-  return Run(tmw::SplitCommandLine(platform::CurrentPorts().processes->OwnArguments()));
+  return Run(tmw::SplitCommandLine(ports::CurrentPorts().processes->OwnArguments()));
 }

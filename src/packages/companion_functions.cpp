@@ -1,12 +1,12 @@
 #include "packages/companion_functions.h"
 
 #include "foundation/api_errors.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 
 namespace tmw {
 
-const companion::EntryPoints& CompanionFunctions() {
-  platform::CompanionLibrary& library = *platform::CurrentPorts().companion;
+const ports::EntryPoints& CompanionFunctions() {
+  ports::CompanionLibrary& library = *ports::CurrentPorts().companion;
   const auto loaded = library.Load();
   if (!loaded) {
     RaiseApiErrorWithMessage("Ошибка загрузки библиотеки \"" + library.Path() + "\": ",

@@ -7,7 +7,7 @@
 #include "foundation/error_handling.h"
 #include "foundation/text.h"
 #include "packages/companion_functions.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -17,13 +17,13 @@ constexpr const char* kModule = "miHashApi";
 }  // namespace
 
 std::string GetFileHash(const std::string& file_name) try {
-  const companion::EntryPoints& functions = CompanionFunctions();
+  const ports::EntryPoints& functions = CompanionFunctions();
   const std::int32_t length = functions.Sha256_GetHashLength();
   if (length <= 0) return {};
   std::vector<std::uint8_t> digest(static_cast<std::size_t>(length));
   const std::string ansi_name = Utf8ToCodePage(CodePage::k1251, file_name);
   const std::int32_t result = functions.Sha256_GetFileHash(ansi_name.c_str(), digest.data());
-  const platform::SystemCode code = platform::CurrentPorts().companion->LastError();
+  const ports::SystemCode code = ports::CurrentPorts().companion->LastError();
   if (result != 1) {
     RaiseApiErrorWithMessage("Ошибка подсчета контрольной суммы файла " + file_name + ": ", code);
   }
@@ -33,7 +33,7 @@ std::string GetFileHash(const std::string& file_name) try {
 }
 
 std::string GetStringHash(const std::string& text) try {
-  const companion::EntryPoints& functions = CompanionFunctions();
+  const ports::EntryPoints& functions = CompanionFunctions();
   const std::int32_t length = functions.Sha256_GetHashLength();
   if (length <= 0) return {};
   std::vector<std::uint8_t> digest(static_cast<std::size_t>(length));

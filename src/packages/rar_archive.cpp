@@ -46,7 +46,7 @@ void RarArchive::OpenArchive(const std::string& archive_name, std::uint32_t open
   ArchiveName = archive_name;
   const std::string oem_name = Utf8ToCodePage(CodePage::k866, archive_name);
   const std::u16string wide_name = Utf8ToUtf16(archive_name);
-  companion::RAROpenArchiveDataEx record{};
+  ports::RAROpenArchiveDataEx record{};
   record.ArcName = oem_name.c_str();
   record.ArcNameW = wide_name.c_str();
   record.OpenMode = open_mode;
@@ -72,11 +72,11 @@ void RarArchive::ApplyPassword() const {
 
 bool RarArchive::ReadHeader(std::string& file_name, std::uint32_t& flags,
                             std::uint32_t& packed_size, std::uint32_t& unpacked_size) try {
-  const auto record = std::make_unique<companion::RARHeaderDataEx>();
+  const auto record = std::make_unique<ports::RARHeaderDataEx>();
   current_name_.clear();
   const int result = CompanionFunctions().RARReadHeaderEx(handle_, record.get());
-  if (result == companion::kRarEndOfArchive) return false;
-  if (result != companion::kRarOk) RaiseRarError(result);
+  if (result == ports::kRarEndOfArchive) return false;
+  if (result != ports::kRarOk) RaiseRarError(result);
   current_name_ = UpToZero(record->FileNameW);
   file_name = current_name_;
   flags = record->Flags;
@@ -90,16 +90,16 @@ bool RarArchive::ReadHeader(std::string& file_name, std::uint32_t& flags,
 void RarArchive::ProcessFile(std::int32_t operation, const std::string& folder,
                              const std::string& name) try {
   RequireOpen();
-  if (operation == companion::kRarExtractFile &&
+  if (operation == ports::kRarExtractFile &&
       !CheckRelativeName(WithSlashes(current_name_)).IsAccepted()) {
-    RaiseRarError(companion::kRarCreateFailed);
+    RaiseRarError(ports::kRarCreateFailed);
   }
   const std::u16string wide_folder = Utf8ToUtf16(folder);
   const std::u16string wide_name = Utf8ToUtf16(name);
   const int result = CompanionFunctions().RARProcessFileW(
       handle_, operation, folder.empty() ? nullptr : wide_folder.c_str(),
       name.empty() ? nullptr : wide_name.c_str());
-  if (result != companion::kRarOk) RaiseRarError(result);
+  if (result != ports::kRarOk) RaiseRarError(result);
 } catch (...) {
   ReRaiseError(kModule, "ProcessFile");
 }
@@ -116,9 +116,9 @@ void RarArchive::ExtractFile(const std::string& entry_name, const std::string& f
       RaiseProgramError(rar_texts::EntryNotFound(entry_name, ArchiveName));
     }
     if (Folded(name) == wanted) break;
-    ProcessFile(companion::kRarSkip, "", "");
+    ProcessFile(ports::kRarSkip, "", "");
   }
-  ProcessFile(companion::kRarExtractFile, folder, "");
+  ProcessFile(ports::kRarExtractFile, folder, "");
 } catch (...) {
   ReRaiseError(kModule, "ExtractFile");
 }
@@ -130,7 +130,7 @@ void RarArchive::ExtractAllFiles(const std::string& folder) try {
   std::uint32_t packed_size = 0;
   std::uint32_t unpacked_size = 0;
   while (ReadHeader(name, flags, packed_size, unpacked_size)) {
-    ProcessFile(companion::kRarExtractFile, folder, "");
+    ProcessFile(ports::kRarExtractFile, folder, "");
   }
 } catch (...) {
   ReRaiseError(kModule, "ExtractAllFiles");
@@ -162,7 +162,7 @@ bool TryWithPackage(const std::string& package, const std::string& password,
   try {
     RarArchive archive;
     if (!password.empty()) archive.SetPassword(password);
-    archive.OpenArchive(package, companion::kRarExtract);
+    archive.OpenArchive(package, ports::kRarExtract);
     action(archive);
     archive.CloseHandle();
     return true;

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/companion_library.h"
+#include "ports/companion_library.h"
 
 namespace tmw {
 
@@ -19,7 +19,7 @@ class RarArchive {
   // Path given to the last OpenArchive; used in messages.
   std::string ArchiveName;
 
-  companion::RarHandle Handle() const { return handle_; }
+  ports::RarHandle Handle() const { return handle_; }
 
   // open_mode: 0 lists, 1 extracts.
   void OpenArchive(const std::string& archive_name, std::uint32_t open_mode);
@@ -52,7 +52,7 @@ class RarArchive {
   void RequireOpen() const;
   void ApplyPassword() const;
 
-  companion::RarHandle handle_ = nullptr;
+  ports::RarHandle handle_ = nullptr;
   std::string password_;
   std::string current_name_;
 };

@@ -5,7 +5,7 @@
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
 #include "packages/sha256/integrity_trailer.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -14,20 +14,20 @@ using rar_blocks::EntryHeader;
 
 constexpr const char* kModule = "StoredRarWriter";
 
-std::unique_ptr<platform::File> Open(const std::string& path, platform::FileMode mode) {
-  auto opened = platform::CurrentPorts().files->Open(path, mode);
+std::unique_ptr<ports::File> Open(const std::string& path, ports::FileMode mode) {
+  auto opened = ports::CurrentPorts().files->Open(path, mode);
   if (!opened) RaiseApiErrorWithMessage("Ошибка открытия файла \"" + path + "\": ", opened.code);
   return std::move(opened.value);
 }
 
-void Require(const platform::Status& status, const std::string& path) {
+void Require(const ports::Status& status, const std::string& path) {
   if (!status) RaiseApiErrorWithMessage("Ошибка записи файла \"" + path + "\": ", status.code);
 }
 
 // Hands the file's bytes over piece by piece.
 void ForEachPiece(const std::string& path, const std::function<void()>& on_piece,
                   const std::function<void(std::string_view)>& take) {
-  const std::unique_ptr<platform::File> file = Open(path, platform::FileMode::kRead);
+  const std::unique_ptr<ports::File> file = Open(path, ports::FileMode::kRead);
   std::vector<char> buffer(256U << 10U);
   for (;;) {
     const auto got = file->Read(buffer.data(), buffer.size());
@@ -55,7 +55,7 @@ EntryHeader HeaderOf(const RarEntryFacts& facts) {
 
 StoredRarWriter::StoredRarWriter(const std::string& package, rar_blocks::RarFormat format,
                                  bool with_trailer) try
-    : package_(package), format_(format), file_(Open(package, platform::FileMode::kWriteNew)) {
+    : package_(package), format_(format), file_(Open(package, ports::FileMode::kWriteNew)) {
   if (with_trailer) digest_.emplace();
   Write(rar_blocks::MakeBeginning(format_));
 } catch (...) {
@@ -122,7 +122,7 @@ void StoredRarWriter::Write(std::string_view bytes) {
 
 void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target,
                                   const std::function<void()>& on_piece) try {
-  const std::unique_ptr<platform::File> file = Open(target, platform::FileMode::kWriteNew);
+  const std::unique_ptr<ports::File> file = Open(target, ports::FileMode::kWriteNew);
   Sha256Stream digest;
   std::uint64_t length = 0;
   ForEachPiece(source, on_piece, [&](std::string_view piece) {

@@ -8,7 +8,7 @@
 
 #include "packages/rar_blocks.h"
 #include "packages/sha256.h"
-#include "platform/file_system.h"
+#include "ports/file_system.h"
 
 namespace tmw {
 
@@ -53,7 +53,7 @@ class StoredRarWriter {
 
   std::string package_;
   rar_blocks::RarFormat format_;
-  std::unique_ptr<platform::File> file_;
+  std::unique_ptr<ports::File> file_;
   std::optional<Sha256Stream> digest_;  // of the package, for its trailer
   std::uint64_t length_ = 0;
 };

@@ -6,9 +6,9 @@
 
 #include "foundation/encodings.h"
 #include "packages/tm_zipper.h"
-#include "platform/companion_library.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
+#include "ports/companion_library.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -22,7 +22,7 @@ std::string ToAnsi(const std::string& text) {
 // Asks the user and puts his answer into the library's buffer; -1 when he declines.
 int AskInto(char* buffer, std::size_t size, const char* prompt, bool is_secret) noexcept try {
   if (buffer == nullptr || size == 0) return -1;
-  const auto answer = platform::CurrentPorts().front_end->AskText(kBoxTitle, prompt, is_secret);
+  const auto answer = ports::CurrentPorts().front_end->AskText(kBoxTitle, prompt, is_secret);
   if (!answer) return -1;
   const std::string ansi = ToAnsi(*answer);
   const std::size_t length = std::min(ansi.size(), size - 1);
@@ -44,7 +44,7 @@ int COMPANION_CALL OnPassword(char* buffer, int size, const char* /*prompt*/,
 }
 
 int COMPANION_CALL OnComment(char* buffer) {
-  return AskInto(buffer, companion::kZpCommentSize, "Enter the comment", false);
+  return AskInto(buffer, ports::kZpCommentSize, "Enter the comment", false);
 }
 
 int COMPANION_CALL OnService(const char* /*name*/, std::uint32_t /*size*/) {
@@ -58,8 +58,8 @@ struct AnsiTexts {
   std::string temporary_folder;
 };
 
-companion::ZpOptions MakeOptions(const TmZipper& zipper, const AnsiTexts& texts) {
-  companion::ZpOptions options{};
+ports::ZpOptions MakeOptions(const TmZipper& zipper, const AnsiTexts& texts) {
+  ports::ZpOptions options{};
   options.Date = texts.date.c_str();
   options.RootDir = texts.root_folder.c_str();
   options.TempDir = texts.temporary_folder.c_str();
@@ -99,15 +99,15 @@ companion::ZpOptions MakeOptions(const TmZipper& zipper, const AnsiTexts& texts)
 }  // namespace
 
 std::int32_t RunZipRoutine(const TmZipper& zipper) {
-  const auto loaded = platform::CurrentPorts().companion->Load();
-  companion::ZpFunctions callbacks{OnPrint, OnComment, OnPassword, OnService};
+  const auto loaded = ports::CurrentPorts().companion->Load();
+  ports::ZpFunctions callbacks{OnPrint, OnComment, OnPassword, OnService};
   if (!loaded || loaded.value->ZpInit(&callbacks) == 0) {
-    platform::CurrentPorts().front_end->ShowMessage(platform::MessageKind::kWarning, "Ошибка",
-                                                    "Отсутствует UnTmz.dll.");
-    return companion::kZipInternal;
+    ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning, "Ошибка",
+                                                 "Отсутствует UnTmz.dll.");
+    return ports::kZipInternal;
   }
   const AnsiTexts texts{ToAnsi(zipper.ZipDate), ToAnsi(zipper.RootDir), ToAnsi(zipper.TempDir)};
-  companion::ZpOptions options = MakeOptions(zipper, texts);
+  ports::ZpOptions options = MakeOptions(zipper, texts);
   loaded.value->ZpSetOptions(&options);
 
   std::vector<std::string> ansi_names;

@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "foundation/text.h"
-#include "platform/ports.h"
-#include "platform/processes.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
 #include "publish/checker.h"
 #include "publish/difference.h"
 #include "publish/digest.h"
@@ -58,7 +58,7 @@ class Arguments {
 };
 
 bool IsProgressShown() {
-  return platform::CurrentPorts().processes->HasTerminal();
+  return ports::CurrentPorts().processes->HasTerminal();
 }
 
 void AddFaults(const Faults& faults, JsonWriter& json) {

@@ -61,7 +61,7 @@ class Reader {
 
   // A misspelt name would be passed over in silence.
   void ExpectAttributes(const XmlNode& node, Names names) {
-    for (const platform::XmlAttribute& attribute : node.attributes) {
+    for (const ports::XmlAttribute& attribute : node.attributes) {
       if (!Has(names, attribute.name)) Blame(node, attribute.name, "is no attribute of this");
     }
   }

@@ -11,28 +11,28 @@
 #include "foundation/text.h"
 #include "packages/hash_api.h"
 #include "packages/sha256.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 #include "publish/stop.h"
 
 namespace publish {
 namespace {
 
-using platform::FileKind;
+using ports::FileKind;
 
 constexpr int kScratchAttempts = 1000;
 constexpr int kMostLinks = 40;  // in one path
 
-platform::FileSystem& Files() {
-  return *platform::CurrentPorts().files;
+ports::FileSystem& Files() {
+  return *ports::CurrentPorts().files;
 }
 
-void Require(const platform::Status& status, const std::string& what, const std::string& path) {
+void Require(const ports::Status& status, const std::string& what, const std::string& path) {
   if (status) return;
   tmw::RaiseApiErrorWithMessage("Cannot " + what + " " + tmw::Quoted(path) + ": ", status.code);
 }
 
-std::vector<platform::FolderEntry> List(const std::string& folder) {
+std::vector<ports::FolderEntry> List(const std::string& folder) {
   auto listed = Files().List(folder);
   Require({listed.ok, listed.code}, "read the folder", folder);
   return std::move(listed.value);
@@ -59,7 +59,7 @@ class TreeLister {
   // Both name the folder; the second has no links in it.
   void Add(const std::string& folder, const std::string& real, const std::string& prefix) {
     above_.push_back(real);
-    for (const platform::FolderEntry& entry : List(folder)) {
+    for (const ports::FolderEntry& entry : List(folder)) {
       const std::string name = prefix + entry.name;
       if (entry.kind == FileKind::kFolder) {
         AddFolder(tmw::JoinPath(folder, entry.name), tmw::JoinPath(real, entry.name), name);
@@ -119,10 +119,10 @@ bool IsWithin(const std::string& path, const std::string& folder) {
 
 void RemoveTree(const std::string& folder) {
   if (!tmw::IsFolderExists(folder)) return;
-  for (const platform::FolderEntry& entry : List(folder)) {
+  for (const ports::FolderEntry& entry : List(folder)) {
     const std::string path = tmw::JoinPath(folder, entry.name);
     // A link to a folder goes as a file does; what it leads to stays.
-    const platform::Status removed = Files().RemoveFile(path);
+    const ports::Status removed = Files().RemoveFile(path);
     if (removed) continue;
     if (entry.kind != FileKind::kFolder) Require(removed, "remove", path);
     RemoveTree(path);
@@ -144,30 +144,30 @@ void ReplaceFile(const std::string& path, std::string_view bytes) {
   Require(Files().FlushFolder(tmw::SplitFileName(path).Folder), "replace", path);
 }
 
-std::unique_ptr<platform::File> OpenToRead(const std::string& path) {
-  auto opened = Files().Open(path, platform::FileMode::kRead);
+std::unique_ptr<ports::File> OpenToRead(const std::string& path) {
+  auto opened = Files().Open(path, ports::FileMode::kRead);
   Require({opened.ok, opened.code}, "read", path);
   return std::move(opened.value);
 }
 
-std::size_t ReadPiece(platform::File& file, char* buffer, std::size_t length,
+std::size_t ReadPiece(ports::File& file, char* buffer, std::size_t length,
                       const std::string& path) {
   const auto got = file.Read(buffer, length);
   Require({got.ok, got.code}, "read", path);
   return got.value;
 }
 
-std::unique_ptr<platform::File> OpenToWrite(const std::string& path) {
-  auto opened = Files().Open(path, platform::FileMode::kWriteNew);
+std::unique_ptr<ports::File> OpenToWrite(const std::string& path) {
+  auto opened = Files().Open(path, ports::FileMode::kWriteNew);
   Require({opened.ok, opened.code}, "write", path);
   return std::move(opened.value);
 }
 
-void WritePiece(platform::File& file, std::string_view bytes, const std::string& path) {
+void WritePiece(ports::File& file, std::string_view bytes, const std::string& path) {
   Require(file.Write(bytes.data(), bytes.size()), "write", path);
 }
 
-void CloseWritten(platform::File& file, const std::string& path) {
+void CloseWritten(ports::File& file, const std::string& path) {
   Require(file.Close(), "write", path);
 }
 
@@ -192,7 +192,7 @@ std::string HashOfBytes(std::string_view bytes) {
 ScratchFolder::ScratchFolder(const std::string& parent) {
   const std::string base = parent.empty() ? tmw::GetTemporaryFolder() : parent;
   tmw::CreateFolderIfAbsent(base);
-  platform::Status status;
+  ports::Status status;
   for (int i = 0; i < kScratchAttempts; ++i) {
     path_ = tmw::JoinPath(base, "tmpublish" + std::to_string(i));
     status = Files().CreateFolder(path_);

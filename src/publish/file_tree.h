@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/file_system.h"
+#include "ports/file_system.h"
 
 namespace publish {
 
@@ -34,12 +34,11 @@ void ReplaceFile(const std::string& path, std::string_view bytes);
 
 // Files piece by piece; the path is for the error. 0 bytes are the end. A written file is closed,
 // so that no failure goes unseen.
-std::unique_ptr<platform::File> OpenToRead(const std::string& path);
-std::size_t ReadPiece(platform::File& file, char* buffer, std::size_t length,
-                      const std::string& path);
-std::unique_ptr<platform::File> OpenToWrite(const std::string& path);
-void WritePiece(platform::File& file, std::string_view bytes, const std::string& path);
-void CloseWritten(platform::File& file, const std::string& path);
+std::unique_ptr<ports::File> OpenToRead(const std::string& path);
+std::size_t ReadPiece(ports::File& file, char* buffer, std::size_t length, const std::string& path);
+std::unique_ptr<ports::File> OpenToWrite(const std::string& path);
+void WritePiece(ports::File& file, std::string_view bytes, const std::string& path);
+void CloseWritten(ports::File& file, const std::string& path);
 
 // SHA-256 as text, read piece by piece.
 std::string HashOfFile(const std::string& path);

@@ -7,9 +7,9 @@
 #include "foundation/error_handling.h"
 #include "foundation/text.h"
 #include "foundation/version.h"
-#include "platform/host.h"
-#include "platform/ports.h"
-#include "platform/processes.h"
+#include "ports/host.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
 #include "publish/commands.h"
 #include "publish/json.h"
 #include "publish/stop.h"
@@ -62,13 +62,13 @@ int Run(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
   for (const int number : {SIGINT, SIGTERM}) {
     // A run in the background ignores them from the start: the terminal's Ctrl+C is not meant for
     // it.
     if (std::signal(number, Stop) == SIG_IGN) static_cast<void>(std::signal(number, SIG_IGN));
   }
   // Taken from the port: it has them in UTF-8 on both systems.
-  return Run(tmw::SplitCommandLine(platform::CurrentPorts().processes->OwnArguments()));
+  return Run(tmw::SplitCommandLine(ports::CurrentPorts().processes->OwnArguments()));
 }

@@ -13,9 +13,9 @@
 #include "foundation/program_error.h"
 #include "foundation/text.h"
 #include "foundation/version.h"
-#include "platform/file_lock.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "ports/file_lock.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 #include "publish/description.h"
 #include "publish/digest.h"
 #include "publish/file_tree.h"
@@ -29,7 +29,7 @@ namespace publish {
 namespace {
 
 void Rename(const std::string& from, const std::string& to) {
-  const platform::Status renamed = platform::CurrentPorts().files->Rename(from, to);
+  const ports::Status renamed = ports::CurrentPorts().files->Rename(from, to);
   if (!renamed) {
     tmw::RaiseApiErrorWithMessage(
         "Cannot rename " + tmw::Quoted(from) + " to " + tmw::Quoted(to) + ": ", renamed.code);
@@ -69,7 +69,7 @@ class Building {
   void MoveIntoPlace() const {
     if (tmw::IsFolderExists(place_)) Rename(place_, Old());
     Rename(Release(), place_);
-    static_cast<void>(platform::CurrentPorts().files->FlushFolder(root_));
+    static_cast<void>(ports::CurrentPorts().files->FlushFolder(root_));
   }
 
  private:
@@ -83,11 +83,10 @@ class Building {
   void Lock() {
     const std::string file = tmw::JoinPath(folder_, "lock");
     if (!tmw::IsFileExists(file)) tmw::CreateEmptyFile(file);
-    auto locked =
-        platform::CurrentPorts().file_locks->TryLock(file, platform::FileLockMode::kExclusive);
+    auto locked = ports::CurrentPorts().file_locks->TryLock(file, ports::FileLockMode::kExclusive);
     if (!locked)
       tmw::RaiseApiErrorWithMessage("Cannot lock " + tmw::Quoted(file) + ": ", locked.code);
-    if (locked.value.verdict != platform::FileLockVerdict::kLocked)
+    if (locked.value.verdict != ports::FileLockVerdict::kLocked)
       tmw::RaiseProgramError("Another run is publishing this version: " + tmw::Quoted(folder_) +
                              ".");
     lock_ = std::move(locked.value.lock);
@@ -96,7 +95,7 @@ class Building {
   std::string root_;
   std::string place_;
   std::string folder_;
-  std::unique_ptr<platform::FileLock> lock_;
+  std::unique_ptr<ports::FileLock> lock_;
 };
 
 std::string ServerList(const Description& description) {

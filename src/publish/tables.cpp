@@ -11,7 +11,7 @@
 #include "foundation/file_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
 #include "publish/stop.h"
@@ -20,7 +20,7 @@
 namespace publish {
 namespace {
 
-constexpr std::uint32_t kNotOfTheProduct = platform::kSystemObject | platform::kHiddenObject;
+constexpr std::uint32_t kNotOfTheProduct = ports::kSystemObject | ports::kHiddenObject;
 
 // The kind that the last matching rule gives; nothing when none matches.
 const TableRule* RuleOf(const std::string& table, const std::vector<TableRule>& rules) {
@@ -31,7 +31,7 @@ const TableRule* RuleOf(const std::string& table, const std::vector<TableRule>& 
 }
 
 void ReadText(tmw::TableTextReader& reader, const TableRecord& table) {
-  const platform::TableDefinition definition = reader.ReadStructure();
+  const ports::TableDefinition definition = reader.ReadStructure();
   if (definition.name != table.name)
     tmw::RaiseProgramError("It is the text of the table " + tmw::Quoted(definition.name) + ".");
   const bool has_rows = reader.ReadRowsOpener();
@@ -59,13 +59,13 @@ void CheckText(tmw::TableTextReader& reader, const TableRecord& table, Faults& f
 }  // namespace
 
 ReferenceTables::ReferenceTables(const std::string& database)
-    : database_(platform::CurrentPorts().database->OpenDatabase(database, false, true)) {}
+    : database_(ports::CurrentPorts().database->OpenDatabase(database, false, true)) {}
 
 std::vector<TableRecord> ReferenceTables::Choose(const Description& description, Faults& faults) {
   std::vector<TableRecord> dictionaries;
   std::vector<TableRecord> user_tables;
   std::vector<bool> is_rule_used(description.tables.size());
-  for (const platform::TableSummary& table : database_->Tables()) {
+  for (const ports::TableSummary& table : database_->Tables()) {
     if ((table.attributes & kNotOfTheProduct) != 0) continue;
     if (tmw::EqualIgnoringCase(table.name, tmw::names::kVersionTable)) continue;
     const TableRule* const rule = RuleOf(table.name, description.tables);

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/database.h"
+#include "ports/database.h"
 #include "publish/description.h"
 #include "publish/faults.h"
 #include "publish/manifest.h"
@@ -27,7 +27,7 @@ class ReferenceTables {
   std::string WriteText(const TableRecord& table, const std::string& file, Faults& faults);
 
  private:
-  std::unique_ptr<platform::Database> database_;
+  std::unique_ptr<ports::Database> database_;
 };
 
 // Reads a dictionary's file as the updater does; anything that its import would refuse is a fault.

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "packages/sha256.h"
-#include "platform/file_system.h"
+#include "ports/file_system.h"
 
 namespace publish {
 
@@ -22,7 +22,7 @@ class UnicodeText {
 
  private:
   std::string path_;
-  std::unique_ptr<platform::File> file_;
+  std::unique_ptr<ports::File> file_;
   tmw::Sha256Stream digest_;
   std::string rest_;  // bytes of a character that is not whole yet
   bool is_start_ = true;

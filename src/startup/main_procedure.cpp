@@ -13,14 +13,14 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
-#include "platform/processes.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
+#include "services/mutexes.h"
+#include "services/processes.h"
+#include "services/product_settings.h"
+#include "services/updater_settings.h"
 #include "startup/default_urls.h"
-#include "startup/services/mutexes.h"
-#include "startup/services/processes.h"
-#include "startup/services/product_settings.h"
-#include "startup/services/updater_settings.h"
 #include "startup/start_up_texts.h"
 
 namespace tmw {
@@ -31,8 +31,8 @@ constexpr const char* kModule = "miMain";
 constexpr std::int32_t kNamedProxy = 3;
 constexpr std::int32_t kLastProxyType = 4;
 
-void ShowMessage(platform::MessageKind kind, const char* title, const std::string& text) {
-  platform::CurrentPorts().front_end->ShowMessage(kind, title, text);
+void ShowMessage(ports::MessageKind kind, const char* title, const std::string& text) {
+  ports::CurrentPorts().front_end->ShowMessage(kind, title, text);
 }
 
 bool HasClientLists(const std::string& root_path) {
@@ -107,7 +107,7 @@ std::optional<std::string> ApplyArguments(const std::vector<std::string>& argume
 }
 
 void RefuseNetworkInstallation() {
-  ShowMessage(platform::MessageKind::kInformation, start_up_texts::kWebUpdateTitle,
+  ShowMessage(ports::MessageKind::kInformation, start_up_texts::kWebUpdateTitle,
               start_up_texts::kNetworkInstallation);
   RunMainExeFile();
 }
@@ -134,7 +134,7 @@ void RunUpdate(const ProgressWindowFactory& make_progress_window) {
     new_version = window->NewVersion();
   }
   if (!settings.NoFinalMessage && updated) {
-    ShowMessage(platform::MessageKind::kInformation, start_up_texts::kUpdaterTitle,
+    ShowMessage(ports::MessageKind::kInformation, start_up_texts::kUpdaterTitle,
                 start_up_texts::Updated(new_version));
   }
 }
@@ -157,7 +157,7 @@ void Main(const ProgressWindowFactory& make_progress_window) try {
 
 bool ParseCmdLine() try {
   UpdaterSettings settings = ReadProductSettings();
-  const std::string line = platform::CurrentPorts().processes->OwnArguments();
+  const std::string line = ports::CurrentPorts().processes->OwnArguments();
   const auto unknown = ApplyArguments(SplitCommandLine(line), settings);
   if (unknown) {
     CmdLineError(start_up_texts::UnknownOption(*unknown));
@@ -170,7 +170,7 @@ bool ParseCmdLine() try {
 }
 
 void CmdLineError(const std::string& message) try {
-  ShowMessage(platform::MessageKind::kWarning, start_up_texts::kUpdaterTitle,
+  ShowMessage(ports::MessageKind::kWarning, start_up_texts::kUpdaterTitle,
               start_up_texts::CommandLineError(message));
 } catch (...) {
   ReRaiseError(kModule, "CmdLineError");
@@ -180,7 +180,7 @@ void RunMainExeFile() try {
   std::string program = GetUpdaterSettings().MainExeFile;
   if (program.empty()) return;
   const SplitName parts = SplitFileName(program);
-  if (parts.Extension.empty()) program += platform::CurrentPorts().processes->ProgramEnding();
+  if (parts.Extension.empty()) program += ports::CurrentPorts().processes->ProgramEnding();
   if (!IsFileExists(program)) return;
   const std::string& parameters = GetUpdaterSettings().MainExeParams;
   const std::string line = parameters.empty() ? "" : Quoted(program) + " " + parameters;
@@ -198,7 +198,7 @@ void ExitUpdater() try {
 }
 
 void UnconditionallyTerminateApplication() try {
-  const platform::Status status = platform::CurrentPorts().processes->Terminate(0);
+  const ports::Status status = ports::CurrentPorts().processes->Terminate(0);
   RaiseApiError(status.code);
 } catch (...) {
   ReRaiseError(kModule, "UnconditionallyTerminateApplication");

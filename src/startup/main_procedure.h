@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "startup/services/progress_window.h"
+#include "services/progress_window.h"
 
 // Entry, command line and start-up sequence (module miMain).
 namespace tmw {

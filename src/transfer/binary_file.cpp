@@ -2,7 +2,7 @@
 
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "transfer/transfer_texts.h"
 
 namespace tmw {
@@ -19,8 +19,8 @@ void BinaryFile::OpenFile(const std::string& file_name, std::uint32_t access,
                           std::uint32_t share_mode, std::uint32_t disposition,
                           std::uint32_t flags) try {
   CloseHandle();
-  auto opened = platform::CurrentPorts().binary_files->Open(file_name, access, share_mode,
-                                                            disposition, flags);
+  auto opened =
+      ports::CurrentPorts().binary_files->Open(file_name, access, share_mode, disposition, flags);
   if (!opened) RaiseApiErrorWithMessage(transfer_texts::OpeningFailed(file_name), opened.code);
   handle_ = std::move(opened.value);
   file_name_ = file_name;
@@ -36,7 +36,7 @@ std::int32_t BinaryFile::GetSize() try {
 
 void BinaryFile::SetFilePos(std::int32_t position, std::uint32_t move_method) try {
   if (handle_ == nullptr) return;
-  if (const platform::Status moved = handle_->Seek(position, move_method); !moved) {
+  if (const ports::Status moved = handle_->Seek(position, move_method); !moved) {
     RaiseApiErrorWithMessage(transfer_texts::SeekingFileFailed(file_name_, position, move_method),
                              moved.code);
   }
@@ -61,7 +61,7 @@ std::uint32_t BinaryFile::WriteBuffer(const void* data, std::uint32_t length,
 
 void BinaryFile::Flush() try {
   if (handle_ == nullptr) return;
-  if (const platform::Status flushed = handle_->Flush(); !flushed)
+  if (const ports::Status flushed = handle_->Flush(); !flushed)
     RaiseApiErrorWithMessage(transfer_texts::WritingFailed(file_name_), flushed.code);
 } catch (...) {
   ReRaiseError(kModule, "Flush");
@@ -69,7 +69,7 @@ void BinaryFile::Flush() try {
 
 void BinaryFile::CloseHandle() try {
   if (handle_ == nullptr) return;
-  if (const platform::Status closed = handle_->Close(); !closed) RaiseApiError(closed.code);
+  if (const ports::Status closed = handle_->Close(); !closed) RaiseApiError(closed.code);
   handle_.reset();
 } catch (...) {
   ReRaiseError(kModule, "CloseHandle");

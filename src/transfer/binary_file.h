@@ -4,11 +4,11 @@
 #include <memory>
 #include <string>
 
-#include "platform/binary_file.h"
+#include "ports/binary_file.h"
 
 namespace tmw {
 
-// One file for writing, opened with Win32's modes (platform::win32). Sizes and positions have 32
+// One file for writing, opened with Win32's modes (ports::win32). Sizes and positions have 32
 // bits: files of 2 GiB and more are not supported. While no file is open GetSize, SetFilePos and
 // WriteBuffer do nothing.
 class BinaryFile {
@@ -36,11 +36,11 @@ class BinaryFile {
   void CloseHandle();
 
   // nullptr while closed.
-  platform::BinaryFileHandle* Handle() const { return handle_.get(); }
+  ports::BinaryFileHandle* Handle() const { return handle_.get(); }
 
  private:
   std::string file_name_;
-  std::unique_ptr<platform::BinaryFileHandle> handle_;
+  std::unique_ptr<ports::BinaryFileHandle> handle_;
 };
 
 }  // namespace tmw

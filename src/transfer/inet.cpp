@@ -12,13 +12,14 @@
 namespace tmw {
 namespace {
 
-namespace win32 = platform::win32;
+namespace win32 = ports::win32;
 
 constexpr const char* kModule = "miInet";
 constexpr std::uint32_t kReadSize = 16384;
 
 void OpenLocalFile(BinaryFile& file, const std::string& name) {
-  file.OpenFile(name, win32::kGenericWrite, win32::kShareRead, win32::kCreateAlways, 0);
+  file.OpenFile(name, ports::win32::kGenericWrite, ports::win32::kShareRead,
+                ports::win32::kCreateAlways, 0);
 }
 
 // Writes the whole body to the file, chunk by chunk.
@@ -28,7 +29,7 @@ void CopyBody(InetOpenedUrl& url, BinaryFile& file, std::int64_t max_bytes) {
   std::int32_t count = 0;
   while (url.ReadChunk(buffer.data(), kReadSize, count)) {
     if (!url.MayWait())
-      RaiseInetError(platform::kInternetCancelled, transfer_texts::LoadingFailed(url.Url()));
+      RaiseInetError(ports::kInternetCancelled, transfer_texts::LoadingFailed(url.Url()));
     if (count < 1) continue;
     total += count;
     if (total > max_bytes) RaiseProgramError(transfer_texts::TooLong(url.Url(), max_bytes));
@@ -49,9 +50,9 @@ std::shared_ptr<InetConnection> GetInetConnection() try {
 std::shared_ptr<InetConnection> MakeInetConnection(const UpdaterSettings& settings) {
   auto connection = std::make_shared<InetConnection>();
   connection->AccessType = settings.ProxyType;
-  if (settings.ProxyType == platform::kAccessProxy) {
+  if (settings.ProxyType == ports::kAccessProxy) {
     if (settings.ProxyServer.empty()) {
-      connection->AccessType = platform::kAccessDirect;
+      connection->AccessType = ports::kAccessDirect;
     } else {
       connection->Proxy = settings.ProxyServer;
     }
@@ -73,7 +74,7 @@ std::string JoinUrl(std::string_view base, std::string_view tail) try {
 }
 
 void DownloadFile(const std::string& url, const std::string& local_name, std::int64_t max_bytes,
-                  const platform::WaitHandler& may_wait) try {
+                  const ports::WaitHandler& may_wait) try {
   InetOpenedUrl opened_url(may_wait);
   opened_url.OpenUrl(GetInetConnection(), url, 0);
   BinaryFile file;
@@ -86,7 +87,7 @@ void DownloadFile(const std::string& url, const std::string& local_name, std::in
 }
 
 bool TryDownloadFile(const std::string& url, const std::string& local_name, std::string& error_text,
-                     std::int64_t max_bytes, const platform::WaitHandler& may_wait) try {
+                     std::int64_t max_bytes, const ports::WaitHandler& may_wait) try {
   error_text.clear();
   InetOpenedUrl opened_url(may_wait);
   if (!opened_url.TryOpenUrl(GetInetConnection(), url, 0, error_text)) return false;
@@ -108,7 +109,7 @@ bool TryDownloadFile(const std::string& url, const std::string& local_name, std:
 
 bool TryDownloadFileFromTwoUrls(const std::string& first_url, const std::string& second_url,
                                 const std::string& local_name, std::string& error_text,
-                                std::int64_t max_bytes, const platform::WaitHandler& may_wait) try {
+                                std::int64_t max_bytes, const ports::WaitHandler& may_wait) try {
   error_text.clear();
   std::string first_text;
   if (TryDownloadFile(first_url, local_name, first_text, max_bytes, may_wait)) return true;

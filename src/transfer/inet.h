@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "startup/services/updater_settings.h"
+#include "services/updater_settings.h"
 #include "transfer/inet_connection.h"
 
 // The shared session and the simple downloads (module miInet): no side file, no resuming, for small
@@ -29,13 +29,13 @@ std::string JoinUrl(std::string_view base, std::string_view tail);
 // server is awaited and after every chunk, and lets events run; false ends the download as a
 // failure. Without it events run just the same.
 void DownloadFile(const std::string& url, const std::string& local_name,
-                  std::int64_t max_bytes = kNoLimit, const platform::WaitHandler& may_wait = {});
+                  std::int64_t max_bytes = kNoLimit, const ports::WaitHandler& may_wait = {});
 
 // The same; false and a text when the transfer fails. What has come by then stays in the local
 // file. A local file that cannot be made still raises.
 [[nodiscard]] bool TryDownloadFile(const std::string& url, const std::string& local_name,
                                    std::string& error_text, std::int64_t max_bytes = kNoLimit,
-                                   const platform::WaitHandler& may_wait = {});
+                                   const ports::WaitHandler& may_wait = {});
 
 // The first URL, then, when that fails, the second unless it is empty or may_wait says no. The text
 // has one failure a line, the first URL's first.
@@ -44,6 +44,6 @@ void DownloadFile(const std::string& url, const std::string& local_name,
                                               const std::string& local_name,
                                               std::string& error_text,
                                               std::int64_t max_bytes = kNoLimit,
-                                              const platform::WaitHandler& may_wait = {});
+                                              const ports::WaitHandler& may_wait = {});
 
 }  // namespace tmw

@@ -2,7 +2,7 @@
 
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 
 namespace tmw {
 namespace {
@@ -16,15 +16,15 @@ InetConnection::~InetConnection() = default;
 
 void InetConnection::OpenInternet() try {
   CloseHandle();
-  platform::InternetSessionOptions options;
+  ports::InternetSessionOptions options;
   options.agent = Agent;
   options.access_type = AccessType;
   options.flags = Flags;
-  if (AccessType == platform::kAccessProxy) {
+  if (AccessType == ports::kAccessProxy) {
     options.proxy = Proxy;
     options.proxy_bypass = ProxyBypass;
   }
-  auto opened = platform::CurrentPorts().internet->OpenSession(options);
+  auto opened = ports::CurrentPorts().internet->OpenSession(options);
   if (!opened) RaiseApiError(opened.code);
   session_ = std::move(opened.value);
 } catch (...) {
@@ -33,7 +33,7 @@ void InetConnection::OpenInternet() try {
 
 void InetConnection::CloseHandle() try {
   if (session_ == nullptr) return;
-  if (const platform::Status closed = session_->Close(); !closed) RaiseApiError(closed.code);
+  if (const ports::Status closed = session_->Close(); !closed) RaiseApiError(closed.code);
   session_.reset();
 } catch (...) {
   ReRaiseError(kModule, "CloseHandle");

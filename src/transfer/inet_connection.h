@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/internet.h"
+#include "ports/internet.h"
 
 namespace tmw {
 
@@ -13,7 +13,7 @@ namespace tmw {
 class InetConnection {
  public:
   std::string Agent = "Tamrin";
-  std::int32_t AccessType = platform::kAccessPreconfigured;
+  std::int32_t AccessType = ports::kAccessPreconfigured;
   std::string Proxy;        // access type 3 only
   std::string ProxyBypass;  // access type 3 only
   std::uint32_t Flags = 0;
@@ -27,10 +27,10 @@ class InetConnection {
   void CloseHandle();
 
   // nullptr while closed.
-  platform::InternetSession* Handle() const { return session_.get(); }
+  ports::InternetSession* Handle() const { return session_.get(); }
 
  private:
-  std::unique_ptr<platform::InternetSession> session_;
+  std::unique_ptr<ports::InternetSession> session_;
 };
 
 }  // namespace tmw

@@ -6,12 +6,12 @@
 
 namespace tmw {
 
-std::string GetInetErrorText(platform::SystemCode code, const std::string& message) {
+std::string GetInetErrorText(ports::SystemCode code, const std::string& message) {
   const std::string text = code != 0 ? GetApiErrorText(code, "wininet.dll") : kUnknownApiError;
   return message.empty() ? text : message + std::string(kCrLf) + text;
 }
 
-void RaiseInetError(platform::SystemCode code, const std::string& message) {
+void RaiseInetError(ports::SystemCode code, const std::string& message) {
   RaiseProgramError(GetInetErrorText(code, message));
 }
 

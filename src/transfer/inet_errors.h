@@ -2,16 +2,16 @@
 
 #include <string>
 
-#include "platform/outcome.h"
+#include "ports/outcome.h"
 
 // Failures of the internet layer in words.
 namespace tmw {
 
 // The message, if any, on a line of its own, then the code's text, looked up among the internet
 // layer's before the system's.
-std::string GetInetErrorText(platform::SystemCode code, const std::string& message);
+std::string GetInetErrorText(ports::SystemCode code, const std::string& message);
 
 // Throws kProgramErrorNumber (not the code) with that text.
-[[noreturn]] void RaiseInetError(platform::SystemCode code, const std::string& message);
+[[noreturn]] void RaiseInetError(ports::SystemCode code, const std::string& message);
 
 }  // namespace tmw

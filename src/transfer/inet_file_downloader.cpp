@@ -5,15 +5,15 @@
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
-#include "platform/clock.h"
-#include "platform/ports.h"
+#include "ports/clock.h"
+#include "ports/ports.h"
 #include "transfer/inet.h"
 #include "transfer/transfer_texts.h"
 
 namespace tmw {
 namespace {
 
-namespace win32 = platform::win32;
+namespace win32 = ports::win32;
 
 constexpr const char* kModule = "InetFileDownloader";
 
@@ -25,7 +25,8 @@ std::int32_t ToPosition(std::int64_t value) {
 }
 
 void OpenForAppending(BinaryFile& file, const std::string& name) {
-  file.OpenFile(name, win32::kGenericWrite, win32::kShareRead, win32::kOpenExisting, 0);
+  file.OpenFile(name, ports::win32::kGenericWrite, ports::win32::kShareRead,
+                ports::win32::kOpenExisting, 0);
 }
 
 }  // namespace
@@ -98,7 +99,7 @@ void InetFileDownloader::PerformDownloading() try {
     std::int32_t count = 0;
     if (!url_->ReadChunk(buffer_.data(), kChunkSize, count)) break;
     if (count <= 0) {
-      platform::CurrentPorts().clock->Sleep(kIdleWait);
+      ports::CurrentPorts().clock->Sleep(kIdleWait);
       continue;
     }
     AppendDataToFile(buffer_.data(), count);
@@ -125,17 +126,17 @@ void InetFileDownloader::OpenPartFileIfNeed() try {
   auto part_file = std::make_unique<BinaryFile>();
   OpenForAppending(*part_file, part_file_name_);
   const std::int32_t size = part_file->GetSize();
-  if (size > 0) part_file->SetFilePos(size, win32::kMoveFromBegin);
+  if (size > 0) part_file->SetFilePos(size, ports::win32::kMoveFromBegin);
   part_file_ = std::move(part_file);
   bytes_since_open_ = 0;
-  last_open_tick_ = platform::CurrentPorts().clock->TickCount();
+  last_open_tick_ = ports::CurrentPorts().clock->TickCount();
 } catch (...) {
   ReRaiseError(kModule, "OpenPartFileIfNeed");
 }
 
 void InetFileDownloader::SyncPartFileIfNeed(bool is_forced) try {
   if (part_file_ == nullptr) return;
-  const std::int64_t open_for = platform::CurrentPorts().clock->TickCount() - last_open_tick_;
+  const std::int64_t open_for = ports::CurrentPorts().clock->TickCount() - last_open_tick_;
   if (!is_forced && open_for < kSyncPeriod && bytes_since_open_ < kSyncVolume) return;
   part_file_->CloseHandle();
   part_file_.reset();

@@ -5,8 +5,8 @@
 #include "foundation/api_errors.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
 #include "transfer/inet_errors.h"
 #include "transfer/transfer_texts.h"
 
@@ -37,7 +37,7 @@ InetProtocol ClassifyUrl(std::string_view url) {
   return InetProtocol::kUnknown;
 }
 
-InetOpenedUrl::InetOpenedUrl(platform::WaitHandler may_wait) : may_wait_(std::move(may_wait)) {}
+InetOpenedUrl::InetOpenedUrl(ports::WaitHandler may_wait) : may_wait_(std::move(may_wait)) {}
 
 // Destroying the port's request closes it; a failure of that is nobody's any more.
 InetOpenedUrl::~InetOpenedUrl() = default;
@@ -84,7 +84,7 @@ void InetOpenedUrl::Reopen() try {
 
 void InetOpenedUrl::SetFilePos(std::int32_t position) try {
   if (request_ == nullptr) return;
-  if (const platform::Status moved = request_->Seek(position, [this] { return MayWait(); }); !moved)
+  if (const ports::Status moved = request_->Seek(position, [this] { return MayWait(); }); !moved)
     RaiseInetError(moved.code, transfer_texts::SeekingUrlFailed(url_));
 } catch (...) {
   ReRaiseError(kModule, "SetFilePos");
@@ -92,7 +92,7 @@ void InetOpenedUrl::SetFilePos(std::int32_t position) try {
 
 bool InetOpenedUrl::SetFilePosSafe(std::int32_t position, std::string& error_text) try {
   if (request_ == nullptr) return true;
-  const platform::Status moved = request_->Seek(position, [this] { return MayWait(); });
+  const ports::Status moved = request_->Seek(position, [this] { return MayWait(); });
   if (!moved) error_text = GetApiErrorText(moved.code, "");
   return moved.ok;
 } catch (...) {
@@ -150,19 +150,19 @@ bool InetOpenedUrl::TryCheckForHttpSuccess(const std::string& message,
 
 void InetOpenedUrl::CloseHandle() try {
   if (request_ == nullptr) return;
-  if (const platform::Status closed = request_->Close(); !closed) RaiseInetError(closed.code, "");
+  if (const ports::Status closed = request_->Close(); !closed) RaiseInetError(closed.code, "");
   request_.reset();
   connection_.reset();
 } catch (...) {
   ReRaiseError(kModule, "CloseHandle");
 }
 
-platform::Outcome<std::unique_ptr<platform::InternetRequest>> InetOpenedUrl::Send(
+ports::Outcome<std::unique_ptr<ports::InternetRequest>> InetOpenedUrl::Send(
     const std::shared_ptr<InetConnection>& connection, const std::string& url,
     std::uint32_t flags) {
-  using Result = platform::Outcome<std::unique_ptr<platform::InternetRequest>>;
+  using Result = ports::Outcome<std::unique_ptr<ports::InternetRequest>>;
   if (connection == nullptr || connection->Handle() == nullptr)
-    return Result::Failure(platform::kInternetWrongState);
+    return Result::Failure(ports::kInternetWrongState);
   return connection->Handle()->OpenUrl(url, flags, reinterpret_cast<std::uintptr_t>(&context_),
                                        [this] { return MayWait(); });
 }
@@ -178,7 +178,7 @@ void InetOpenedUrl::Keep(std::shared_ptr<InetConnection> connection, const std::
 
 bool InetOpenedUrl::MayWait() const {
   if (may_wait_) return may_wait_();
-  platform::CurrentPorts().front_end->RunPendingEvents();
+  ports::CurrentPorts().front_end->RunPendingEvents();
   return true;
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/internet.h"
+#include "ports/internet.h"
 #include "transfer/inet_connection.h"
 
 namespace tmw {
@@ -22,7 +22,7 @@ class InetOpenedUrl {
   InetOpenedUrl() = default;
   // Asked about every tenth of a second while an opening or a seek waits (on Linux); false gives up
   // the wait, and the operation fails. It also is what lets the events run. May be empty.
-  explicit InetOpenedUrl(platform::WaitHandler may_wait);
+  explicit InetOpenedUrl(ports::WaitHandler may_wait);
   InetOpenedUrl(const InetOpenedUrl&) = delete;
   InetOpenedUrl& operator=(const InetOpenedUrl&) = delete;
   ~InetOpenedUrl();
@@ -57,23 +57,23 @@ class InetOpenedUrl {
   const std::string& Url() const { return url_; }  // of the last successful opening
 
   // nullptr while closed.
-  platform::InternetRequest* Handle() const { return request_.get(); }
+  ports::InternetRequest* Handle() const { return request_.get(); }
 
  private:
-  platform::Outcome<std::unique_ptr<platform::InternetRequest>> Send(
+  ports::Outcome<std::unique_ptr<ports::InternetRequest>> Send(
       const std::shared_ptr<InetConnection>& connection, const std::string& url,
       std::uint32_t flags);
   bool IsHttp() const;
   void Keep(std::shared_ptr<InetConnection> connection, const std::string& url);
 
-  platform::WaitHandler may_wait_;
+  ports::WaitHandler may_wait_;
   std::string url_;
   std::uint32_t open_flags_ = 0;
   InetProtocol protocol_ = InetProtocol::kUnknown;
   std::int32_t context_ = 0;  // its address is the request's context value
   // Declared before the request: a request is closed before its session.
   std::shared_ptr<InetConnection> connection_;
-  std::unique_ptr<platform::InternetRequest> request_;
+  std::unique_ptr<ports::InternetRequest> request_;
 };
 
 }  // namespace tmw

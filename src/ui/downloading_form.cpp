@@ -7,10 +7,10 @@
 #include "engine/ks_updater.h"
 #include "foundation/error_handling.h"
 #include "foundation/program_error.h"
-#include "platform/clock.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
-#include "startup/services/updater_settings.h"
+#include "ports/clock.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "services/updater_settings.h"
 #include "ui/ui_texts.h"
 
 namespace tmw {
@@ -21,11 +21,11 @@ constexpr const char* kModule = "DownloadingForm";
 constexpr std::int64_t kPaintingPeriod = 33;  // milliseconds
 
 std::int64_t Now() {
-  return platform::CurrentPorts().clock->TickCount();
+  return ports::CurrentPorts().clock->TickCount();
 }
 
-platform::BarKind KindOfBar(bool has_range, bool has_counter) {
-  using platform::BarKind;
+ports::BarKind KindOfBar(bool has_range, bool has_counter) {
+  using ports::BarKind;
   if (has_range) return has_counter ? BarKind::kBarWithCounter : BarKind::kBar;
   return has_counter ? BarKind::kCounter : BarKind::kNone;
 }
@@ -34,7 +34,7 @@ platform::BarKind KindOfBar(bool has_range, bool has_counter) {
 
 DownloadingForm::DownloadingForm(std::function<void()> exit_updater)
     : exit_updater_(std::move(exit_updater)),
-      view_(platform::CurrentPorts().front_end->MakeProgressView()) {}
+      view_(ports::CurrentPorts().front_end->MakeProgressView()) {}
 
 DownloadingForm::~DownloadingForm() = default;
 
@@ -85,8 +85,8 @@ void DownloadingForm::theCancel_Click() try {
   // A second press while the question stands is not a second question.
   if (!cancel_enabled_ || is_asking_) return;
   is_asking_ = true;
-  const bool is_confirmed = platform::CurrentPorts().front_end->AskYesNo(ui_texts::kUpdateTitle,
-                                                                         ui_texts::kCancelQuestion);
+  const bool is_confirmed =
+      ports::CurrentPorts().front_end->AskYesNo(ui_texts::kUpdateTitle, ui_texts::kCancelQuestion);
   is_asking_ = false;
   if (is_confirmed) cancel_pressed_ = true;
 } catch (...) {
@@ -172,7 +172,7 @@ void DownloadingForm::fUpdater_OnSetButtonMode(std::int32_t mode) try {
 }
 
 void DownloadingForm::fUpdater_OnCheckCancelPressed(bool& cancel) try {
-  platform::CurrentPorts().front_end->RunPendingEvents();
+  ports::CurrentPorts().front_end->RunPendingEvents();
   PaintProgressIfDue();
   cancel = cancel_pressed_;
 } catch (...) {

@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "engine/updater_events.h"
-#include "platform/progress_view.h"
-#include "startup/services/progress_window.h"
+#include "ports/progress_view.h"
+#include "services/progress_window.h"
+#include "services/updater_events.h"
 #include "ui/transfer_pace.h"
 
 namespace tmw {
@@ -22,7 +22,7 @@ class KsUpdater;
 // follows with a later check or with the next stage.
 class DownloadingForm final : public ProgressWindow,
                               public UpdaterEvents,
-                              private platform::ProgressViewEvents {
+                              private ports::ProgressViewEvents {
  public:
   // exit_updater ends this process once the next updater runs; the window is closed before.
   explicit DownloadingForm(std::function<void()> exit_updater);
@@ -71,7 +71,7 @@ class DownloadingForm final : public ProgressWindow,
   void PaintHeldProgress();
 
   std::function<void()> exit_updater_;
-  std::unique_ptr<platform::ProgressView> view_;
+  std::unique_ptr<ports::ProgressView> view_;
   std::unique_ptr<KsUpdater> updater_;  // fUpdater
   std::string product_code_;
   std::string url_;

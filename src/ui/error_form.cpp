@@ -3,8 +3,8 @@
 #include "foundation/string_accumulator.h"
 #include "foundation/text.h"
 #include "foundation/version.h"
-#include "platform/front_end.h"
-#include "platform/ports.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
 #include "ui/ui_texts.h"
 
 namespace tmw {
@@ -54,7 +54,7 @@ void ErrorForm::Compose(const std::string& message, const std::string& chain, st
 void ErrorForm::Execute(const std::string& message, const std::string& chain, std::int32_t code,
                         const std::string& caption) {
   Compose(message, chain, code);
-  view_ = platform::CurrentPorts().front_end->MakeErrorView();
+  view_ = ports::CurrentPorts().front_end->MakeErrorView();
   view_->SetTexts({.title = caption.empty() ? ui_texts::kErrorTitle : caption,
                    .label = ui_texts::kErrorLabel,
                    .full_text_name = ui_texts::kFullTextName,

@@ -5,13 +5,13 @@
 #include <string>
 
 #include "foundation/error_handling.h"
-#include "platform/error_view.h"
+#include "ports/error_view.h"
 
 namespace tmw {
 
 // The window that ends the life of an error: the message in a short view and, on request, a
 // detailed text that can be sent to support. The view shows and keeps no rules.
-class ErrorForm final : public ErrorWindow, private platform::ErrorViewEvents {
+class ErrorForm final : public ErrorWindow, private ports::ErrorViewEvents {
  public:
   // Modal; where nobody can answer, the detailed text is printed.
   void Execute(const std::string& message, const std::string& chain, std::int32_t code,
@@ -33,7 +33,7 @@ class ErrorForm final : public ErrorWindow, private platform::ErrorViewEvents {
   void OnCopy() override;
   void ApplyView();
 
-  std::unique_ptr<platform::ErrorView> view_;  // while it is shown
+  std::unique_ptr<ports::ErrorView> view_;  // while it is shown
   std::string short_text_;
   std::string full_text_;
   bool detail_view_ = false;

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "companion/abi.h"
 #include "foundation/encodings.h"
 #include "packages/companion_functions.h"
+#include "ports/companion_abi.h"
 
 namespace tests {
 
@@ -33,23 +33,23 @@ struct ArchiveRun {
 // All entries, or only the one of that name while the others are skipped.
 inline ArchiveRun RunArchive(const std::string& path, int operation, const std::string& folder,
                              const std::string& only = {}) {
-  const companion::EntryPoints& functions = tmw::CompanionFunctions();
+  const ports::EntryPoints& functions = tmw::CompanionFunctions();
   const std::u16string wide = tmw::Utf8ToUtf16(path);
   const std::u16string wide_folder = tmw::Utf8ToUtf16(folder);
-  companion::RAROpenArchiveDataEx record{};
+  ports::RAROpenArchiveDataEx record{};
   record.ArcNameW = wide.c_str();
-  record.OpenMode = companion::kRarExtract;
+  record.OpenMode = ports::kRarExtract;
   ArchiveRun run;
-  const companion::RarHandle handle = functions.RAROpenArchiveEx(&record);
+  const ports::RarHandle handle = functions.RAROpenArchiveEx(&record);
   run.open_code = static_cast<int>(record.OpenResult);
   if (handle == nullptr) return run;
   // A reader that never ends must not hang the tests.
   for (int i = 0; i < 10000; ++i) {
-    const auto header = std::make_unique<companion::RARHeaderDataEx>();
+    const auto header = std::make_unique<ports::RARHeaderDataEx>();
     run.end_code = functions.RARReadHeaderEx(handle, header.get());
     if (run.end_code != 0) break;
     const std::string name = tmw::Utf16ToUtf8(header->FileNameW);
-    const int chosen = only.empty() || name == only ? operation : int{companion::kRarSkip};
+    const int chosen = only.empty() || name == only ? operation : int{ports::kRarSkip};
     const int code = functions.RARProcessFileW(handle, chosen, wide_folder.c_str(), nullptr);
     run.entries.push_back({name, code});
   }

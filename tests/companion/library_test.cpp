@@ -3,8 +3,9 @@
 #include "foundation/encodings.h"
 #include "packages/companion_functions.h"
 #include "packages/sha256/integrity_trailer.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "platform/factories.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scoped_ports.h"
@@ -48,24 +49,24 @@ TEST(CompanionLibrary, IntegrityDataIsCheckedByBothFunctions) {
   } kCases[] = {
       {sound, true},        {WithTrailer(""), true},  {changed, false}, {changed_trailer, false},
       {sound + "x", false}, {sound.substr(1), false}, {"short", false}, {"", false}};
-  const companion::EntryPoints& functions = tmw::CompanionFunctions();
+  const ports::EntryPoints& functions = tmw::CompanionFunctions();
   for (const auto& test : kCases) {
     sandbox.Write("file", test.bytes);
     const std::string path = tmw::Utf8ToCodePage(tmw::CodePage::k1251, sandbox.Path("file"));
     for (const auto function : {functions.Sha256_GetFileCrc, functions.Sha256_GetFileCrcEx}) {
       const bool intact = function(path.c_str()) != 0;
-      const platform::SystemCode code = platform::CurrentPorts().companion->LastError();
+      const ports::SystemCode code = ports::CurrentPorts().companion->LastError();
       EXPECT_EQ(intact, test.intact) << test.bytes.size();
       EXPECT_TRUE(intact || code != 0) << test.bytes.size();
     }
   }
   EXPECT_EQ(functions.Sha256_GetFileCrc("none"), 0);
-  const platform::SystemCode code = platform::CurrentPorts().companion->LastError();
-  EXPECT_TRUE(platform::CurrentPorts().files->MeansMissing(code));
+  const ports::SystemCode code = ports::CurrentPorts().companion->LastError();
+  EXPECT_TRUE(ports::CurrentPorts().files->MeansMissing(code));
 }
 
 TEST(CompanionLibrary, RegistrationHandsOnWhatTheLibrarySays) {
-  const companion::EntryPoints& functions = tmw::CompanionFunctions();
+  const ports::EntryPoints& functions = tmw::CompanionFunctions();
   Sandbox sandbox;
   EXPECT_EQ(functions.RegisterDll(TMW_REGISTERING_LIBRARY), 0);
   EXPECT_EQ(functions.UnregisterDll(TMW_REGISTERING_LIBRARY), 5);

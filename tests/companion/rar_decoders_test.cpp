@@ -225,7 +225,7 @@ ModelRun RunModel(const Bytes& packed, std::uint32_t order) {
     model.Start(order, 1U << 20U);
     while (reader.Position() / 8 + 6 < packed.size()) {
       run.content.push_back(model.Decode(range));
-      if (run.content.back() == kEscape) throw Failure{companion::kRarBadData};
+      if (run.content.back() == kEscape) throw Failure{ports::kRarBadData};
     }
   } catch (const Failure&) {
     run.failed_at = static_cast<std::size_t>(reader.Position() / 8);

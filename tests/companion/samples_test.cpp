@@ -67,7 +67,7 @@ std::vector<Sample> ReadExpectations(const std::string& path) {
 // The last code that is not good news.
 int FinalCode(const ArchiveRun& run) {
   if (run.open_code != 0) return run.open_code;
-  if (run.end_code != companion::kRarEndOfArchive) return run.end_code;
+  if (run.end_code != ports::kRarEndOfArchive) return run.end_code;
   for (auto entry = run.entries.rbegin(); entry != run.entries.rend(); ++entry) {
     if (entry->code != 0) return entry->code;
   }
@@ -78,7 +78,7 @@ int FinalCode(const ArchiveRun& run) {
 void ForgetRefusedLinks(ArchiveRun& run, const Sample& sample) {
   std::erase_if(run.entries, [&](EntryResult entry) {
     std::replace(entry.name.begin(), entry.name.end(), '\\', '/');
-    return entry.code == companion::kRarCreateFailed && !sample.files.contains(entry.name);
+    return entry.code == ports::kRarCreateFailed && !sample.files.contains(entry.name);
   });
 }
 
@@ -92,7 +92,7 @@ TEST(RarSamples, ArchivesOfOtherMakersGiveTheirFilesOrTheirCode) {
     ForgetRefusedLinks(run, sample);
     EXPECT_EQ(FinalCode(run), sample.code) << sample.name << " " << run.Codes();
     // What an entry with damaged data leaves behind is nobody's business.
-    if (sample.code == companion::kRarBadData) continue;
+    if (sample.code == ports::kRarBadData) continue;
     for (const auto& [name, hash] : sample.files) {
       // One is too large to be hashed here; its checksum was found right.
       if (hash == "HUGE") continue;

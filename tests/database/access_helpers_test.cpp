@@ -5,8 +5,8 @@
 #include <string>
 
 #include "foundation/program_error.h"
-#include "platform/ports.h"
-#include "startup/services/product_settings.h"
+#include "ports/ports.h"
+#include "services/product_settings.h"
 #include "tests/fakes/memory_settings.h"
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
@@ -20,7 +20,7 @@ TEST(AccessHelpers, OpenTheUserDatabaseOnceAndNameWhatFailed) {
   const tests::Sandbox sandbox;
   const tests::ScopedPorts ports;
   tests::MemorySettings settings;
-  settings.Set(platform::SettingsRoot::kMachine,
+  settings.Set(ports::SettingsRoot::kMachine,
                "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\DataBasePath", sandbox.Path());
   ports->settings = &settings;
   tmw::ForgetProductPaths();
@@ -29,7 +29,7 @@ TEST(AccessHelpers, OpenTheUserDatabaseOnceAndNameWhatFailed) {
 
   ports->database->CreateDatabase(utils::GetUserDBFileName());
   utils::TmExecuteSql("create table T (a long)");
-  const platform::Database* const first = &utils::GetCachedUserDB();
+  const ports::Database* const first = &utils::GetCachedUserDB();
   utils::TmExecuteSql("insert into T values (2)");
   utils::TmExecuteSql("insert into T values (1)");
   EXPECT_EQ(&utils::GetCachedUserDB(), first);
@@ -43,7 +43,7 @@ TEST(AccessHelpers, OpenTheUserDatabaseOnceAndNameWhatFailed) {
       << bad.Source;
 
   const auto rows = utils::OpenTableRecordset("T", "");
-  EXPECT_EQ(rows->Value(0), platform::DatabaseValue(std::int32_t{2}));
+  EXPECT_EQ(rows->Value(0), ports::DatabaseValue(std::int32_t{2}));
   const tmw::ProgramError no_index = tests::Caught([] { utils::OpenTableRecordset("T", "Нет"); });
   EXPECT_EQ(no_index.Number, 3015);
   EXPECT_NE(no_index.Source.find("{Таблица: T, Индекс: Нет}"), std::string::npos);

@@ -12,8 +12,8 @@
 #include "database/database_build.h"
 #include "database/table_export.h"
 #include "database/working_db.h"
-#include "platform/ports.h"
-#include "startup/services/product_settings.h"
+#include "ports/ports.h"
+#include "services/product_settings.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/memory_settings.h"
 #include "tests/fakes/scripted_front_end.h"
@@ -29,7 +29,7 @@ class BuildTest : public testing::Test, protected tmw::BuildEvents {
     ports->clock = &clock;
     ports->front_end = &front_end;
     ports->settings = &settings;
-    settings.Set(platform::SettingsRoot::kMachine,
+    settings.Set(ports::SettingsRoot::kMachine,
                  "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\DataBasePath", sandbox.Path("db"));
     tmw::ForgetProductPaths();
     for (const char* const folder : {"db", "Loaded", "DBUpdates", "DBStruct"})
@@ -47,13 +47,13 @@ class BuildTest : public testing::Test, protected tmw::BuildEvents {
   }
   ~BuildTest() override { tmw::ForgetProductPaths(); }
 
-  static void Execute(platform::Database& database, const std::vector<std::string>& statements) {
+  static void Execute(ports::Database& database, const std::vector<std::string>& statements) {
     for (const std::string& statement : statements)
       database.Execute(statement, true);
   }
 
-  std::unique_ptr<platform::Database> Open(const std::string& name) const {
-    return platform::CurrentPorts().database->OpenDatabase(sandbox.Path(name), true, false);
+  std::unique_ptr<ports::Database> Open(const std::string& name) const {
+    return ports::CurrentPorts().database->OpenDatabase(sandbox.Path(name), true, false);
   }
 
   std::string Text(const std::string& name, const std::string& table) const {

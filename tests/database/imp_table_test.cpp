@@ -7,7 +7,7 @@
 #include "database/table_export.h"
 #include "database/transaction.h"
 #include "foundation/program_error.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
 
@@ -15,12 +15,12 @@ namespace {
 
 class ImpTableTest : public testing::Test {
  protected:
-  std::string Export(const std::string& table, platform::Database& from) const {
+  std::string Export(const std::string& table, ports::Database& from) const {
     return tmw::ExportTableToString(table, false, &from);
   }
 
   std::string Reimported(const std::string& table) const {
-    const auto other = platform::CurrentPorts().database->CreateDatabase(
+    const auto other = ports::CurrentPorts().database->CreateDatabase(
         sandbox.Path("копия" + std::to_string(++copies)));
     tmw::ImpTable importer;
     importer.SetTableName(table);
@@ -30,8 +30,8 @@ class ImpTableTest : public testing::Test {
 
   tests::Sandbox sandbox;
   mutable int copies = 0;
-  std::unique_ptr<platform::Database> db =
-      platform::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));
+  std::unique_ptr<ports::Database> db =
+      ports::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));
 };
 
 TEST_F(ImpTableTest, EveryTypeValueAndIndexComesBackTheSame) {
@@ -49,13 +49,13 @@ TEST_F(ImpTableTest, EveryTypeValueAndIndexComesBackTheSame) {
         "insert into Всё (Ид) values (4)", "insert into Всё (Ид, Дата, Т) values (5, 0, 'Я')"}) {
     db->Execute(sql, true);
   }
-  const auto rows = db->OpenRecordset("Всё", platform::RecordsetType::kTable);
+  const auto rows = db->OpenRecordset("Всё", ports::RecordsetType::kTable);
   rows->Edit();
   std::string memo = "начало ^1^|\r\n\r\r\n\n\t\u00A0конец";
   for (int i = 0; i < 40000; ++i)
     memo += "Слова и строки\r\n";
   rows->SetValue(rows->FieldPosition("М"), memo);
-  rows->SetValue(rows->FieldPosition("Ц"), platform::CurrencyValue{9223372036854775807});
+  rows->SetValue(rows->FieldPosition("Ц"), ports::CurrencyValue{9223372036854775807});
   rows->Update();
   const std::string text = Export("Всё", *db);
   EXPECT_GT(text.size(), 1000000U);
@@ -64,14 +64,14 @@ TEST_F(ImpTableTest, EveryTypeValueAndIndexComesBackTheSame) {
 }
 
 TEST_F(ImpTableTest, TwoHundredAndFiftyFiveFieldsAndTheirDefaultsComeBack) {
-  platform::TableDefinition table;
+  ports::TableDefinition table;
   table.name = "Широкая";
-  const platform::DatabaseValue defaults[] = {platform::EmptyValue{}, std::string("\"а|б\""), 2.5,
-                                              platform::DateValue{37000.5}, true};
+  const ports::DatabaseValue defaults[] = {ports::EmptyValue{}, std::string("\"а|б\""), 2.5,
+                                           ports::DateValue{37000.5}, true};
   for (int i = 0; i < 255; ++i) {
-    platform::FieldDefinition field;
+    ports::FieldDefinition field;
     field.name = "Поле " + std::to_string(i);
-    field.type = platform::DataType::kText;
+    field.type = ports::DataType::kText;
     field.size = i + 1;
     field.allow_zero_length = i % 2 == 0;
     field.required = i % 3 == 0;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/processes.h"

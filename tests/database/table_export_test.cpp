@@ -4,14 +4,14 @@
 
 #include <string>
 
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "tests/support/sandbox.h"
 
 namespace {
 
 TEST(TableExport, WritesStructureAndRowsLineByLine) {
   const tests::Sandbox sandbox;
-  const auto db = platform::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));
+  const auto db = ports::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));
   for (const char* const sql :
        {"create table Дела (Ид long not null, Имя text(30), Дата datetime, Сумма currency, Да bit)",
         "create index ПоДате on Дела (Дата desc, Имя) with ignore null",
@@ -20,9 +20,9 @@ TEST(TableExport, WritesStructureAndRowsLineByLine) {
         "insert into Дела values (1, '', null, null, no)"}) {
     db->Execute(sql, true);
   }
-  platform::FieldDefinition field;
+  ports::FieldDefinition field;
   field.name = "Вид";
-  field.type = platform::DataType::kMemo;
+  field.type = ports::DataType::kMemo;
   field.default_value = std::string("\"нет|\"");
   db->CreateField("Дела", field);
 
@@ -49,7 +49,7 @@ TEST(TableExport, WritesStructureAndRowsLineByLine) {
 
 TEST(TableExport, KeepsTheFormatsRuleForSeparators) {
   const tests::Sandbox sandbox;
-  const auto db = platform::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));
+  const auto db = ports::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));
   db->Execute("create table T (a long, b long, c text(5))", true);
   EXPECT_EQ(tmw::ExportTableToString("T", false, db.get()),
             "Table:T\r\nField:a|Long|4\r\nField:b|Long|4\r\nField:c|Text|5|AllowZero\r\n"

@@ -10,7 +10,7 @@
 #include "database/table_text.h"
 #include "database/transaction.h"
 #include "foundation/program_error.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "tests/support/sandbox.h"
 
 namespace {
@@ -70,7 +70,7 @@ std::string ReadAll(tmw::TableTextReader&& reader) {
 // comes back the same.
 TEST(TableTextFuzz, DamageIsRefusedOrMakesAWholeTable) {
   const tests::Sandbox sandbox;
-  const auto db = platform::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));
+  const auto db = ports::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));
   const std::string sound =
       "Table:Т\r\nField:Ид|Long|4|NotNull\r\nField:Имя|Text|20|AllowZero|Default:S\"x\"\r\n"
       "Field:Дата|Date|8\r\nField:Сумма|Curr|8\r\nField:Да|Bool|1\r\n"

@@ -29,7 +29,7 @@ std::string Sql(const std::string& statements, const std::string& attributes = "
 
 class Hundredfold final : public tmw::Migration {
   std::string Name() const override { return "ConvertPfrCitizenship"; }
-  void Run(platform::Database& database) override {
+  void Run(ports::Database& database) override {
     if (database.Execute("update T set Ид = Ид * 100 where Ид < 100", true) == 0)
       tmw::RaiseProgramError("строк нет");
   }
@@ -171,20 +171,20 @@ TEST_F(WorkingDbTest, EveryAttributeOfAnAddedFieldIsInTheDatabase) {
   for (const auto& field : fields) {
     words += std::to_string(static_cast<int>(field.type)) + "," + std::to_string(field.size) +
              (field.required ? ",required" : "") + (field.allow_zero_length ? ",zero" : "") +
-             (field.attributes & platform::kAutoIncrementField ? ",counter" : "") + " ";
+             (field.attributes & ports::kAutoIncrementField ? ",counter" : "") + " ";
   }
   EXPECT_EQ(words,
             "4,4 10,50,zero 10,255 8,8 3,2 1,1 2,1 5,8 7,8 4,4 12,0 6,4 10,33,zero 4,4,required "
             "4,4,counter ");
-  EXPECT_EQ(fields[12].default_value, platform::DatabaseValue(std::string("\"да\"")));
+  EXPECT_EQ(fields[12].default_value, ports::DatabaseValue(std::string("\"да\"")));
   const auto property = [&](const char* field, const char* name) {
     return database->FieldProperty("T", field, name);
   };
-  EXPECT_EQ(property("Полное", "Description"), platform::DatabaseValue(std::string("Описание")));
-  EXPECT_EQ(property("Полное", "Caption"), platform::DatabaseValue(std::string("Подпись")));
-  EXPECT_EQ(property("Полное", "Format"), platform::DatabaseValue(std::string("@@")));
-  EXPECT_EQ(property("Полное", "UnicodeCompression"), platform::DatabaseValue(true));
-  EXPECT_EQ(property("Нужное", "UnicodeCompression"), platform::DatabaseValue(false));
+  EXPECT_EQ(property("Полное", "Description"), ports::DatabaseValue(std::string("Описание")));
+  EXPECT_EQ(property("Полное", "Caption"), ports::DatabaseValue(std::string("Подпись")));
+  EXPECT_EQ(property("Полное", "Format"), ports::DatabaseValue(std::string("@@")));
+  EXPECT_EQ(property("Полное", "UnicodeCompression"), ports::DatabaseValue(true));
+  EXPECT_EQ(property("Нужное", "UnicodeCompression"), ports::DatabaseValue(false));
   EXPECT_EQ(property("Нужное", "Caption"), std::nullopt);
 }
 

@@ -6,11 +6,11 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "foundation/version.h"
-#include "platform/companion_library.h"
-#include "platform/database.h"
-#include "platform/ports.h"
-#include "platform/processes.h"
-#include "startup/services/processes.h"
+#include "ports/companion_library.h"
+#include "ports/database.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
+#include "services/processes.h"
 #include "tests/engine/release.h"
 #include "tests/support/environment.h"
 #include "tests/support/processes.h"
@@ -60,14 +60,14 @@ TEST(Chain, FirstCopyTemporaryCopyAndNewerUpdaterDoOneUpdate) {
   const ClientSettings settings(sandbox);
   const ScopedVariable temporary(kOnWindows ? "TMP" : "TMPDIR", sandbox.Path("tmp"));
   const ScopedVariable engine("TMW_TEST_DATABASE_ENGINE", "embedded");
-  const std::string companion = platform::CurrentPorts().companion->Path();
+  const std::string companion = ports::CurrentPorts().companion->Path();
   std::string program = sandbox.Path("product/tm/TmWebUpdate");
-  program += platform::CurrentPorts().processes->ProgramEnding();
+  program += ports::CurrentPorts().processes->ProgramEnding();
   for (const char* const folder : {"product/tm", "db", "tmp"})
     std::filesystem::create_directories(ToPath(sandbox.Path(folder)));
   tmw::CopyFile(TMW_UPDATER, program);
   tmw::CopyFile(companion, sandbox.Path("product/tm/" + tmw::SplitFileName(companion).FileName()));
-  platform::CurrentPorts().database->CreateDatabase(sandbox.Path("db/Tamrin.mdb"))->Close();
+  ports::CurrentPorts().database->CreateDatabase(sandbox.Path("db/Tamrin.mdb"))->Close();
   sandbox.Write("product/tm/Tamrin.dat", "old");
 
   ScriptedServer server([&](Peer& peer, const std::string& head) {

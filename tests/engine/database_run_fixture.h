@@ -44,14 +44,14 @@ class DatabaseRunTest : public RunTest {
   }
 
   static void Execute(const std::string& path, const std::vector<std::string>& statements) {
-    const auto database = platform::CurrentPorts().database->OpenDatabase(path, true, false);
+    const auto database = ports::CurrentPorts().database->OpenDatabase(path, true, false);
     for (const std::string& statement : statements)
       database->Execute(statement, true);
   }
 
   // The rows of a table of a database below the sandbox, "|" between them.
   std::string Rows(const std::string& path, const std::string& table) const {
-    const auto database = platform::CurrentPorts().database->OpenDatabase(Path(path), true, true);
+    const auto database = ports::CurrentPorts().database->OpenDatabase(Path(path), true, true);
     const std::string text = tmw::ExportTableToString(table, false, database.get());
     const auto start = text.find("Rows\r\n") + 6;
     return text.substr(start, text.find("EndRows") - start);

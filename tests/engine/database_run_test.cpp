@@ -69,8 +69,8 @@ TEST_F(DatabaseRunTest, AnAmountThatIsChangedWhileTheUpdateIsMadeIsKept) {
 
 // Neither they nor their backups are anything that a release may bring.
 TEST_F(DatabaseRunTest, TheBooksAreNoProgramFile) {
-  settings_.Set(platform::SettingsRoot::kMachine,
-                "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath", sandbox_.Path());
+  settings_.Set(ports::SettingsRoot::kMachine, "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath",
+                sandbox_.Path());
   tmw::ForgetProductPaths();
   for (const char* const name : {"Tamrin.mdb", "tamrin.MDB.new", "Tamrin_0.zip"}) {
     release_.files = {{name, "of the maker", "{p}db"}};

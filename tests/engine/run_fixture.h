@@ -12,10 +12,10 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
-#include "platform/database.h"
-#include "platform/product_version.h"
-#include "startup/services/product_settings.h"
-#include "startup/services/updater_settings.h"
+#include "ports/database.h"
+#include "ports/product_version.h"
+#include "services/product_settings.h"
+#include "services/updater_settings.h"
 #include "tests/engine/release.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/memory_settings.h"
@@ -60,7 +60,7 @@ class RunListener final : public tmw::UpdaterEvents {
   bool is_cancelled_ = false;
 };
 
-class FixedProductVersion final : public platform::ProductVersion {
+class FixedProductVersion final : public ports::ProductVersion {
  public:
   std::optional<std::string> version;
   std::optional<std::string> InstalledVersion() override { return version; }
@@ -77,12 +77,12 @@ class RunTest : public testing::Test {
     ports_->product_version = &product_version_;
     ports_->settings = &settings_;
     const std::string general = "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\";
-    settings_.Set(platform::SettingsRoot::kMachine, general + "RootPath", Path("Продукт"));
-    settings_.Set(platform::SettingsRoot::kMachine, general + "DataBasePath", Path("db"));
+    settings_.Set(ports::SettingsRoot::kMachine, general + "RootPath", Path("Продукт"));
+    settings_.Set(ports::SettingsRoot::kMachine, general + "DataBasePath", Path("db"));
     tmw::ForgetProductPaths();
     std::filesystem::create_directories(ToPath(Path("tmp")));
     std::filesystem::create_directories(ToPath(Path("db")));
-    platform::CurrentPorts().database->CreateDatabase(Path("db/Tamrin.mdb"))->Close();
+    ports::CurrentPorts().database->CreateDatabase(Path("db/Tamrin.mdb"))->Close();
     SetMode(true);
     front_end_.answers = {true};
     release_.files = {{"Программа.dll", "new program"}, {"help.txt", "new help", "{p}"}};

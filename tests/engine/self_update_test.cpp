@@ -2,7 +2,8 @@
 #include <fstream>
 
 #include "foundation/version.h"
-#include "platform/companion_library.h"
+#include "platform/factories.h"
+#include "ports/companion_library.h"
 #include "tests/engine/run_fixture.h"
 
 namespace tests {
@@ -19,7 +20,7 @@ class SelfUpdateTest : public RunTest {
     std::filesystem::current_path(ToPath(Path("Продукт/tm")));
     processes_.own_program = Path("Продукт/tm/" + program_);
     processes_.own_arguments = "-w http://x/ -e \"Tamrin\"";
-    companion_ = tmw::SplitFileName(platform::CurrentPorts().companion->Path()).FileName();
+    companion_ = tmw::SplitFileName(ports::CurrentPorts().companion->Path()).FileName();
   }
   ~SelfUpdateTest() override { std::filesystem::current_path(folder_before_); }
 

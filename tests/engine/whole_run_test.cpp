@@ -61,7 +61,7 @@ class WholeRunTest : public DatabaseRunTest {
   }
 
   void HoldDatabase() {
-    holder_ = platform::CurrentPorts().database->OpenDatabase(Path("db/Tamrin.mdb"), false, true);
+    holder_ = ports::CurrentPorts().database->OpenDatabase(Path("db/Tamrin.mdb"), false, true);
   }
 
   void Damage(const std::string& name, std::size_t length = std::string::npos) {
@@ -111,12 +111,12 @@ class WholeRunTest : public DatabaseRunTest {
     EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2/_Installing.txt"));
   }
 
-  platform::FileSystem& real_disk_ = *ports_->files;
+  ports::FileSystem& real_disk_ = *ports_->files;
   std::unique_ptr<FaultyFileSystem> disk_;
   Release good_;
   const std::string kept_ = sandbox_.Read("db/Tamrin.mdb");
   std::string database_;  // what the user database holds until it is replaced
-  std::unique_ptr<platform::Database> holder_;
+  std::unique_ptr<ports::Database> holder_;
 };
 
 TEST_F(WholeRunTest, AFailedRunIsToldLeavesTheBooksAloneAndIsMadeGoodByTheNextOne) {

@@ -4,27 +4,26 @@
 #include <string>
 #include <vector>
 
-#include "platform/named_mutex.h"
+#include "ports/named_mutex.h"
 
 namespace tests {
 
 // Mutexes of a machine where the named ones are held by others. Writes down creations and releases.
-class FakeMutexes final : public platform::NamedMutexes {
+class FakeMutexes final : public ports::NamedMutexes {
  public:
   std::set<std::string> held_by_others;
   std::vector<std::string> log;
 
-  platform::Outcome<platform::CreatedMutex> Create(const std::string& name,
-                                                   bool initial_owner) override {
+  ports::Outcome<ports::CreatedMutex> Create(const std::string& name, bool initial_owner) override {
     log.push_back((initial_owner ? "own " : "probe ") + name);
-    platform::CreatedMutex created;
+    ports::CreatedMutex created;
     created.mutex = std::make_unique<Held>(*this, name);
     created.already_existed = held_by_others.count(name) > 0;
     return {true, 0, std::move(created)};
   }
 
  private:
-  class Held final : public platform::NamedMutex {
+  class Held final : public ports::NamedMutex {
    public:
     Held(FakeMutexes& owner, std::string name) : owner_(owner), name_(std::move(name)) {}
     ~Held() override { owner_.log.push_back("close " + name_); }

@@ -10,21 +10,21 @@
 #include <utility>
 #include <vector>
 
-#include "platform/file_system.h"
+#include "ports/file_system.h"
 
 namespace tests {
 
 // A file system that hands everything on to the real one and fails on request. What changes the
 // disk is written down, in order ("rename", "remove", ...).
-class FaultyFileSystem final : public platform::FileSystem {
+class FaultyFileSystem final : public ports::FileSystem {
  public:
-  using Code = platform::SystemCode;
-  using Status = platform::Status;
+  using Code = ports::SystemCode;
+  using Status = ports::Status;
   template <typename T>
-  using Outcome = platform::Outcome<T>;
+  using Outcome = ports::Outcome<T>;
   using Path = std::string;
-  using FilePointer = std::unique_ptr<platform::File>;
-  using Entries = std::vector<platform::FolderEntry>;
+  using FilePointer = std::unique_ptr<ports::File>;
+  using Entries = std::vector<ports::FolderEntry>;
 
   // Codes of its own, which no system gives.
   static constexpr Code kDiskFull = 70001;
@@ -46,12 +46,12 @@ class FaultyFileSystem final : public platform::FileSystem {
   Code attributes_code = 0;
   std::vector<std::string> log;
 
-  explicit FaultyFileSystem(platform::FileSystem& real) : real_(real) {}
+  explicit FaultyFileSystem(ports::FileSystem& real) : real_(real) {}
 
   char Separator() const override { return real_.Separator(); }
-  Outcome<platform::FileFacts> Examine(const Path& path) override { return real_.Examine(path); }
-  Outcome<FilePointer> Open(const Path& path, platform::FileMode mode) override {
-    if (mode != platform::FileMode::kRead && !TakeChange())
+  Outcome<ports::FileFacts> Examine(const Path& path) override { return real_.Examine(path); }
+  Outcome<FilePointer> Open(const Path& path, ports::FileMode mode) override {
+    if (mode != ports::FileMode::kRead && !TakeChange())
       return Outcome<FilePointer>::Failure(kBroken);
     auto opened = real_.Open(path, mode);
     if (opened) opened.value = std::make_unique<FaultyFile>(*this, std::move(opened.value));
@@ -91,7 +91,7 @@ class FaultyFileSystem final : public platform::FileSystem {
   bool MeansBusy(Code code) const override { return code == kBusy || real_.MeansBusy(code); }
 
  private:
-  class FaultyFile final : public platform::File {
+  class FaultyFile final : public ports::File {
    public:
     FaultyFile(FaultyFileSystem& owner, FilePointer real) : owner_(owner), real_(std::move(real)) {}
 
@@ -143,7 +143,7 @@ class FaultyFileSystem final : public platform::FileSystem {
     return code;
   }
 
-  platform::FileSystem& real_;
+  ports::FileSystem& real_;
   std::mutex guard_;
 };
 

@@ -3,12 +3,12 @@
 #include <functional>
 #include <vector>
 
-#include "platform/clock.h"
+#include "ports/clock.h"
 
 namespace tests {
 
 // A clock cranked by hand: a sleep moves it and is written down, nothing waits.
-class HandClock final : public platform::Clock {
+class HandClock final : public ports::Clock {
  public:
   std::vector<std::int32_t> sleeps;
   std::int64_t now = 0;

@@ -5,42 +5,40 @@
 #include <string>
 
 #include "foundation/encodings.h"
-#include "platform/settings_store.h"
+#include "ports/settings_store.h"
 
 namespace tests {
 
 // The registry as two maps; keys are written "key\\name" and compare without case. An error, when
 // set, is the answer to every question.
-class MemorySettings final : public platform::SettingsStore {
+class MemorySettings final : public ports::SettingsStore {
  public:
-  std::optional<platform::SettingsError> error;
+  std::optional<ports::SettingsError> error;
   bool has_folder_defaults = false;
 
-  void Set(platform::SettingsRoot root, const std::string& path, const std::string& value) {
+  void Set(ports::SettingsRoot root, const std::string& path, const std::string& value) {
     strings_[{root, tmw::LowerCase(path)}] = value;
   }
-  void Set(platform::SettingsRoot root, const std::string& path, std::int32_t value) {
+  void Set(ports::SettingsRoot root, const std::string& path, std::int32_t value) {
     longs_[{root, tmw::LowerCase(path)}] = value;
   }
 
-  platform::SettingsResult<std::string> ReadString(platform::SettingsRoot root,
-                                                   const std::string& key,
-                                                   const std::string& name) override {
+  ports::SettingsResult<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
+                                                const std::string& name) override {
     return Find(strings_, root, key, name);
   }
   bool HasFolderDefaults() const override { return has_folder_defaults; }
-  platform::SettingsResult<std::int32_t> ReadLong(platform::SettingsRoot root,
-                                                  const std::string& key,
-                                                  const std::string& name) override {
+  ports::SettingsResult<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
+                                               const std::string& name) override {
     return Find(longs_, root, key, name);
   }
 
  private:
-  using Key = std::pair<platform::SettingsRoot, std::string>;
+  using Key = std::pair<ports::SettingsRoot, std::string>;
 
   template <typename T>
-  platform::SettingsResult<T> Find(const std::map<Key, T>& values, platform::SettingsRoot root,
-                                   const std::string& key, const std::string& name) const {
+  ports::SettingsResult<T> Find(const std::map<Key, T>& values, ports::SettingsRoot root,
+                                const std::string& key, const std::string& name) const {
     const auto found = values.find({root, tmw::LowerCase(key + "\\" + name)});
     if (error || found == values.end()) return {std::nullopt, error};
     return {found->second, std::nullopt};

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/processes.h"
+#include "ports/processes.h"
 
 namespace tests {
 
@@ -17,7 +17,7 @@ struct ProcessEnded : std::runtime_error {
 
 // Starts nothing: writes down every start as "program|command line|folder" and hands back a process
 // that has ended with exit_code.
-class RecordingProcesses final : public platform::Processes {
+class RecordingProcesses final : public ports::Processes {
  public:
   std::vector<std::string> starts;
   std::string own_arguments;
@@ -25,20 +25,20 @@ class RecordingProcesses final : public platform::Processes {
   std::int32_t exit_code = 0;
   // When set, plain starts are refused with the first code for want of rights, elevated ones with
   // the second.
-  std::optional<std::pair<platform::SystemCode, platform::SystemCode>> refusals;
-  platform::StartRequest last_start;
-  platform::ElevatedStartRequest last_elevated_start;
+  std::optional<std::pair<ports::SystemCode, ports::SystemCode>> refusals;
+  ports::StartRequest last_start;
+  ports::ElevatedStartRequest last_elevated_start;
 
-  platform::Outcome<std::unique_ptr<platform::Process>> Start(
-      const platform::StartRequest& request) override {
+  ports::Outcome<std::unique_ptr<ports::Process>> Start(
+      const ports::StartRequest& request) override {
     starts.push_back(request.program + "|" + request.command_line + "|" + request.working_folder);
     last_start = request;
     if (refusals) return {false, refusals->first, nullptr};
     return {true, 0, std::make_unique<EndedProcess>(exit_code)};
   }
 
-  platform::Outcome<std::unique_ptr<platform::Process>> StartElevated(
-      const platform::ElevatedStartRequest& request) override {
+  ports::Outcome<std::unique_ptr<ports::Process>> StartElevated(
+      const ports::ElevatedStartRequest& request) override {
     starts.push_back("elevated " + request.program + "|" + request.parameters + "|" +
                      request.working_folder);
     last_elevated_start = request;
@@ -46,22 +46,22 @@ class RecordingProcesses final : public platform::Processes {
     return {true, 0, std::make_unique<EndedProcess>(exit_code)};
   }
 
-  bool NeedsElevation(platform::SystemCode code, const platform::StartRequest&) const override {
+  bool NeedsElevation(ports::SystemCode code, const ports::StartRequest&) const override {
     return refusals && code == refusals->first;
   }
   std::string OwnArguments() const override { return own_arguments; }
   std::string OwnProgram() const override { return own_program; }
   std::string ProgramEnding() const override { return ".exe"; }
   bool HasTerminal() const override { return false; }
-  platform::Status Terminate(std::int32_t) override { throw ProcessEnded(); }
+  ports::Status Terminate(std::int32_t) override { throw ProcessEnded(); }
 
  private:
-  class EndedProcess final : public platform::Process {
+  class EndedProcess final : public ports::Process {
    public:
     explicit EndedProcess(std::int32_t exit_code) : exit_code_(exit_code) {}
     std::int32_t Id() const override { return 4711; }
-    platform::Outcome<bool> Wait(std::int32_t) override { return {true, 0, true}; }
-    platform::Outcome<std::int32_t> ExitCode() override { return {true, 0, exit_code_}; }
+    ports::Outcome<bool> Wait(std::int32_t) override { return {true, 0, true}; }
+    ports::Outcome<std::int32_t> ExitCode() override { return {true, 0, exit_code_}; }
 
    private:
     std::int32_t exit_code_;

@@ -7,19 +7,19 @@
 #include <string>
 #include <vector>
 
-#include "platform/front_end.h"
+#include "ports/front_end.h"
 
 namespace tests {
 
 // What the windows of a scripted front end were told, and what their user does.
 struct WindowScript {
-  std::vector<std::string> log;                               // as "name value"
-  std::function<void(platform::ProgressViewEvents&)> on_run;  // default: the window is shown
-  std::function<void(platform::ErrorViewEvents&)> on_error;
+  std::vector<std::string> log;                            // as "name value"
+  std::function<void(ports::ProgressViewEvents&)> on_run;  // default: the window is shown
+  std::function<void(ports::ErrorViewEvents&)> on_error;
   bool has_clipboard = true;
 };
 
-class RecordingProgressView final : public platform::ProgressView {
+class RecordingProgressView final : public ports::ProgressView {
  public:
   explicit RecordingProgressView(WindowScript& script) : script_(script) {}
 
@@ -27,7 +27,7 @@ class RecordingProgressView final : public platform::ProgressView {
   void SetStage(const std::string& text) override { Add("stage " + text); }
   void SetDetail(const std::string& text) override { Add("detail " + text); }
   void SetPicture(const std::string& name) override { Add("picture " + name); }
-  void ShowBar(platform::BarKind kind) override {
+  void ShowBar(ports::BarKind kind) override {
     Add("bar " + std::to_string(static_cast<int>(kind)));
   }
   void SetProgress(double percent, const std::string& counter) override {
@@ -37,7 +37,7 @@ class RecordingProgressView final : public platform::ProgressView {
   void SetButton(const std::string& caption, bool is_enabled) override {
     Add("button " + caption + (is_enabled ? "" : " disabled"));
   }
-  void Run(platform::ProgressViewEvents& events) override {
+  void Run(ports::ProgressViewEvents& events) override {
     script_.on_run ? script_.on_run(events) : events.OnShown();
   }
   void Close() override { Add("close"); }
@@ -48,11 +48,11 @@ class RecordingProgressView final : public platform::ProgressView {
   WindowScript& script_;
 };
 
-class RecordingErrorView final : public platform::ErrorView {
+class RecordingErrorView final : public ports::ErrorView {
  public:
   explicit RecordingErrorView(WindowScript& script) : script_(script) {}
 
-  void SetTexts(const platform::ErrorViewTexts& t) override {
+  void SetTexts(const ports::ErrorViewTexts& t) override {
     script_.log.push_back("error " + t.title + "|" + t.short_text + "|" + t.full_text);
   }
   void SetDetailView(bool is_detailed, const std::string& button) override {
@@ -62,7 +62,7 @@ class RecordingErrorView final : public platform::ErrorView {
     script_.log.push_back("copy " + text);
     return script_.has_clipboard;
   }
-  void Run(platform::ErrorViewEvents& events) override {
+  void Run(ports::ErrorViewEvents& events) override {
     if (script_.on_error) script_.on_error(events);
   }
 
@@ -72,7 +72,7 @@ class RecordingErrorView final : public platform::ErrorView {
 
 // A front end that writes down what it is told and answers by script: what was said, in order, as
 // "kind|title|text". An unscripted question is answered no.
-class ScriptedFrontEnd final : public platform::FrontEnd {
+class ScriptedFrontEnd final : public ports::FrontEnd {
  public:
   std::vector<std::string> log;
   std::deque<bool> answers;
@@ -85,9 +85,9 @@ class ScriptedFrontEnd final : public platform::FrontEnd {
 
   bool CanAsk() override { return can_ask; }
 
-  void ShowMessage(platform::MessageKind kind, const std::string& title,
+  void ShowMessage(ports::MessageKind kind, const std::string& title,
                    const std::string& text) override {
-    const bool is_warning = kind == platform::MessageKind::kWarning;
+    const bool is_warning = kind == ports::MessageKind::kWarning;
     log.push_back(std::string(is_warning ? "warning|" : "information|") + title + "|" + text);
   }
 
@@ -109,10 +109,10 @@ class ScriptedFrontEnd final : public platform::FrontEnd {
 
   void ResetCursor() override { ++cursor_resets; }
 
-  std::unique_ptr<platform::ProgressView> MakeProgressView() override {
+  std::unique_ptr<ports::ProgressView> MakeProgressView() override {
     return std::make_unique<RecordingProgressView>(windows);
   }
-  std::unique_ptr<platform::ErrorView> MakeErrorView() override {
+  std::unique_ptr<ports::ErrorView> MakeErrorView() override {
     return std::make_unique<RecordingErrorView>(windows);
   }
 

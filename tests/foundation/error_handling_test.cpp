@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "foundation/api_errors.h"
-#include "platform/processes.h"
+#include "ports/processes.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/caught.h"
 #include "tests/support/scoped_ports.h"
@@ -15,24 +15,23 @@ namespace {
 
 using tests::Caught;
 
-class NamedProgram final : public platform::Processes {
+class NamedProgram final : public ports::Processes {
  public:
-  platform::Outcome<std::unique_ptr<platform::Process>> Start(
-      const platform::StartRequest&) override {
+  ports::Outcome<std::unique_ptr<ports::Process>> Start(const ports::StartRequest&) override {
     return {};
   }
-  platform::Outcome<std::unique_ptr<platform::Process>> StartElevated(
-      const platform::ElevatedStartRequest&) override {
+  ports::Outcome<std::unique_ptr<ports::Process>> StartElevated(
+      const ports::ElevatedStartRequest&) override {
     return {};
   }
-  bool NeedsElevation(platform::SystemCode, const platform::StartRequest&) const override {
+  bool NeedsElevation(ports::SystemCode, const ports::StartRequest&) const override {
     return false;
   }
   std::string OwnArguments() const override { return ""; }
   std::string OwnProgram() const override { return "C:\\Папка\\TmWebUpdate.exe"; }
   std::string ProgramEnding() const override { return ".exe"; }
   bool HasTerminal() const override { return false; }
-  platform::Status Terminate(std::int32_t) override { return platform::Status::Success(); }
+  ports::Status Terminate(std::int32_t) override { return ports::Status::Success(); }
 };
 
 class ErrorHandling : public testing::Test {

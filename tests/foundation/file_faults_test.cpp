@@ -80,7 +80,7 @@ TEST_F(FileFaults, AFailedCopyLeavesTheOldTargetAndNoHalfFile) {
       {F::kBroken, [](F& files) { files.rename_codes = {F::kBroken}; }},
       {F::kBusy, [](F& files) { files.rename_codes.assign(50, F::kBusy); }}};
   for (const auto& [code, arrange] : cases) {
-    F files(static_cast<platform::FileSystem&>(files_));
+    F files(static_cast<ports::FileSystem&>(files_));
     ports_->files = &files;
     arrange(files);
     const ProgramError error = tests::Caught([&] { CopyFile(source_, target_); });

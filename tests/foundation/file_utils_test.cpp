@@ -9,8 +9,8 @@
 #include "foundation/api_errors.h"
 #include "foundation/encodings.h"
 #include "foundation/text.h"
-#include "platform/file_system.h"
-#include "platform/ports.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
 
@@ -41,7 +41,7 @@ TEST(FileNames, APathIsSplitIntoFolderNameAndExtension) {
 }
 
 TEST(FileNames, JoiningPutsOneSeparatorOfThisSystem) {
-  const std::string s(1, platform::CurrentPorts().files->Separator());
+  const std::string s(1, ports::CurrentPorts().files->Separator());
   EXPECT_EQ(JoinPath("a\\\\", "/b\\c/d"), "a" + s + "b" + s + "c" + s + "d");
   EXPECT_EQ(JoinPath("C:\\", "b"), "C:\\b");
   EXPECT_EQ(JoinPath("/", "b"), "/b");
@@ -51,7 +51,7 @@ TEST(FileNames, JoiningPutsOneSeparatorOfThisSystem) {
 
 TEST(FileNames, AbsoluteNamesHaveNoDotsLeft) {
   const std::string here = tests::FromPath(std::filesystem::current_path());
-  const std::string s(1, platform::CurrentPorts().files->Separator());
+  const std::string s(1, ports::CurrentPorts().files->Separator());
   EXPECT_EQ(GetAbsoluteFileName("файл.dat"), here + s + "файл.dat");
   EXPECT_EQ(GetAbsoluteFileName("./a/../b//c"), here + s + "b" + s + "c");
   EXPECT_EQ(GetAbsoluteFileName(here + "/x/./../../.."),
@@ -157,7 +157,7 @@ TEST(FileUtils, ListingAndDeletingTakeFilesOnlyInTheOrderOfNames) {
   const Names scripts = {"a2.XML", "B1.xml", "А.xml", "б.xml"};
   EXPECT_EQ(CollectFileNamesInFolder(box.Path(), "*.xml"), scripts);
   EXPECT_EQ(CollectFileNamesInFolder(box.Path("нет"), "*.xml"), Names{});
-  ASSERT_TRUE(platform::CurrentPorts().files->SetReadOnly(box.Path("б.xml"), true));
+  ASSERT_TRUE(ports::CurrentPorts().files->SetReadOnly(box.Path("б.xml"), true));
   EXPECT_TRUE(DeleteFiles(box.Path("*.xml")));
   EXPECT_EQ(CollectFileNamesInFolder(box.Path(), "*"), Names{"c.txt"});
   EXPECT_TRUE(box.Has("папка.xml/внутри.xml"));

@@ -4,7 +4,7 @@
 
 #include <regex>
 
-#include "platform/system_info.h"
+#include "ports/system_info.h"
 #include "tests/support/scoped_ports.h"
 
 namespace tmw {
@@ -54,13 +54,13 @@ TEST(Version, ZeroCharacterEndsAText) {
   EXPECT_EQ(TrimZString("ab"), "ab");
 }
 
-class FixedSystem final : public platform::SystemInfo {
+class FixedSystem final : public ports::SystemInfo {
  public:
-  std::optional<platform::OsFacts> os;
-  platform::HardwareFacts hardware;
-  std::optional<platform::OsFacts> Os() override { return os; }
-  platform::HardwareFacts Hardware() override { return hardware; }
-  platform::SystemFolders Folders() override { return {}; }
+  std::optional<ports::OsFacts> os;
+  ports::HardwareFacts hardware;
+  std::optional<ports::OsFacts> Os() override { return os; }
+  ports::HardwareFacts Hardware() override { return hardware; }
+  ports::SystemFolders Folders() override { return {}; }
 };
 
 TEST(SystemDescription, NamesSystemAndMachine) {
@@ -68,11 +68,11 @@ TEST(SystemDescription, NamesSystemAndMachine) {
   FixedSystem system;
   ports->system_info = &system;
   EXPECT_EQ(GetOSInfoString(), "");
-  system.os = platform::OsFacts{6, 1, 7601, 2, std::string("Service Pack 1\0\0x", 17)};
+  system.os = ports::OsFacts{6, 1, 7601, 2, std::string("Service Pack 1\0\0x", 17)};
   EXPECT_EQ(GetOSInfoString(), "6.1.7601 (NT), Service Pack 1");
-  system.os = platform::OsFacts{4, 10, 1998, 1, ""};
+  system.os = ports::OsFacts{4, 10, 1998, 1, ""};
   EXPECT_EQ(GetOSInfoString(), "4.10.1998 (9x)");
-  system.os = platform::OsFacts{6, 1, 0, 0, ""};
+  system.os = ports::OsFacts{6, 1, 0, 0, ""};
   EXPECT_EQ(GetOSInfoString(), "6.1.0");
   // 3 GiB read negative; half a megabyte rounds to the even number.
   system.hardware = {0xC0000000U, 0x00180000U, 0x7FFE0000U, 0x00080000U, 4};

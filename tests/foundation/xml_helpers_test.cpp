@@ -4,7 +4,7 @@
 
 #include "foundation/encodings.h"
 #include "foundation/program_error.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scoped_ports.h"
 
@@ -161,7 +161,7 @@ TEST_F(Xml, DocumentsThatAreMeantToHurtAreRefused) {
   }
   EXPECT_TRUE(Load(external).starts_with("   Reason: Описания сущностей (ENTITY)"));
   // The parser alone opens nothing and follows no path.
-  const auto parsed = platform::CurrentPorts().xml->Parse(external);
+  const auto parsed = ports::CurrentPorts().xml->Parse(external);
   EXPECT_TRUE(!parsed.document || Shape(*parsed.document).find("SECRET") == std::string::npos);
   const std::string deep = Repeated("<a>", 250) + "x" + Repeated("</a>", 250);
   EXPECT_TRUE(Load(deep).starts_with("(a(a(")) << Load(deep);
@@ -276,13 +276,13 @@ TEST_F(Xml, AnyTextMakesANameThatTheParserTakes) {
   }
 }
 
-class AbsentParser final : public platform::XmlParser {
+class AbsentParser final : public ports::XmlParser {
  public:
   bool IsAvailable(std::string& reason) override {
     reason = "нет компоненты";
     return false;
   }
-  platform::XmlParseResult Parse(std::string_view) override { return {}; }
+  ports::XmlParseResult Parse(std::string_view) override { return {}; }
 };
 
 TEST_F(Xml, ADocumentNeedsTheSystemsComponent) {

@@ -35,12 +35,12 @@ class Pieces final : public PackedSource {
 class CappedSink final : public ContentSink {
  public:
   void Write(const std::uint8_t* data, std::size_t length) override {
-    if (length > left_) throw Failure{companion::kRarBadData};
+    if (length > left_) throw Failure{ports::kRarBadData};
     left_ -= length;
     // Every byte is read, so that a sanitizer sees what was never written.
     for (std::size_t i = 0; i < length; ++i)
       sum_ = sum_ * 31 + data[i];
-    if (sum_ == 0x5EED5EED) throw Failure{companion::kRarWriteFailed};
+    if (sum_ == 0x5EED5EED) throw Failure{ports::kRarWriteFailed};
   }
   std::uint64_t Left() const override { return left_; }
 

@@ -60,7 +60,7 @@ void ReadAll(const std::string& input, bool decode) {
       return content < (16U << 20U);
     });
     std::size_t entries = 0;
-    while (archive.ReadHeader() == companion::kRarOk) {
+    while (archive.ReadHeader() == ports::kRarOk) {
       if (++entries > input.size()) __builtin_trap();
       const auto parts =
           companion::rar::SafeNameParts({archive.Current().name, archive.Current().name_is_sound});

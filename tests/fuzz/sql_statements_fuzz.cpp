@@ -9,8 +9,8 @@
 #include <string_view>
 
 #include "jet/engine.h"
-#include "platform/database.h"
-#include "platform/host.h"
+#include "ports/database.h"
+#include "ports/host.h"
 
 // Feeds the embedded database engine: the lines of an input are statements, run one after the other
 // inside of a transaction that is taken back at the end. Every one either runs or fails with a
@@ -51,8 +51,8 @@ const char* const kTables[] = {
 
 class Bench {
  public:
-  Bench() : host_(platform::MakeHost(0, nullptr)) {
-    platform::CurrentPorts() = host_->MakePorts();
+  Bench() : host_(ports::MakeHost(0, nullptr)) {
+    ports::CurrentPorts() = host_->MakePorts();
     sqlite3_auto_extension(reinterpret_cast<void (*)()>(LimitWork));
     std::string folder = (std::filesystem::temp_directory_path() / "sql-fuzz-XXXXXX").string();
     if (mkdtemp(folder.data()) == nullptr) std::abort();
@@ -84,31 +84,31 @@ class Bench {
     try {
       database_->Execute(statement, true);
       return;
-    } catch (const platform::DatabaseError& error) {
+    } catch (const ports::DatabaseError& error) {
       Judge(error);
       if (error.Number == kInternalError) std::abort();
     }
     try {
-      const auto rows = database_->OpenRecordset(statement, platform::RecordsetType::kDynaset);
+      const auto rows = database_->OpenRecordset(statement, ports::RecordsetType::kDynaset);
       const std::size_t fields = rows->FieldNames().size();
       for (std::size_t row = 0; row < kMostRows && !rows->AtEnd(); ++row, rows->MoveNext()) {
         for (std::size_t i = 0; i < fields; ++i)
           rows->Value(i);
       }
-    } catch (const platform::DatabaseError& error) {
+    } catch (const ports::DatabaseError& error) {
       Judge(error);
     }
   }
 
-  static void Judge(const platform::DatabaseError& error) {
+  static void Judge(const ports::DatabaseError& error) {
     if (error.Number == kInternalError || error.Number == 0 || error.Description.empty())
       std::abort();
   }
 
-  std::unique_ptr<platform::Host> host_;
-  std::unique_ptr<platform::DatabaseEngine> engine_ = jet::MakeEngine();
+  std::unique_ptr<ports::Host> host_;
+  std::unique_ptr<ports::DatabaseEngine> engine_ = jet::MakeEngine();
   std::filesystem::path folder_;
-  std::unique_ptr<platform::Database> database_;
+  std::unique_ptr<ports::Database> database_;
 };
 
 }  // namespace

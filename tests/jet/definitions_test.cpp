@@ -7,8 +7,8 @@
 
 namespace {
 
-using platform::DataType;
-using platform::RecordsetType;
+using ports::DataType;
+using ports::RecordsetType;
 using tests::DatabaseTest;
 using tests::ErrorOf;
 
@@ -20,7 +20,7 @@ class DefinitionTest : public DatabaseTest {
       text += field.name + " " + std::to_string(static_cast<int>(field.type)) + "/" +
               std::to_string(field.size) + (field.required ? " required" : "") +
               (field.allow_zero_length ? " zero" : "") +
-              ((field.attributes & platform::kAutoIncrementField) != 0 ? " counter" : "") + "; ";
+              ((field.attributes & ports::kAutoIncrementField) != 0 ? " counter" : "") + "; ";
     }
     return text;
   }
@@ -156,18 +156,17 @@ TEST_F(DefinitionTest, TablesAreListedByNameWithTheSystemsOwn) {
     names += table.name + ((table.attributes & 0x80000003U) != 0 ? "! " : " ");
   EXPECT_EQ(names, "DBVersion MSysACEs! MSysObjects! MSysQueries! MSysRelationships! а Я ");
   EXPECT_EQ(ErrorOf([&] { db->DeleteTable("msysobjects"); }), 3219);
-  EXPECT_EQ(ErrorOf([&] { db->DeleteTable("Нет"); }), platform::kItemNotFound);
-  EXPECT_EQ(ErrorOf([&] { db->Table("Нет"); }), platform::kItemNotFound);
+  EXPECT_EQ(ErrorOf([&] { db->DeleteTable("Нет"); }), ports::kItemNotFound);
+  EXPECT_EQ(ErrorOf([&] { db->Table("Нет"); }), ports::kItemNotFound);
 }
 
 TEST_F(DefinitionTest, DefaultsFillNewRowsAndPropertiesAreKept) {
-  platform::TableDefinition table;
+  ports::TableDefinition table;
   table.name = "Д";
-  table.fields.push_back(
-      {"Ид", DataType::kLong, 0, platform::kAutoIncrementField, false, false, {}});
+  table.fields.push_back({"Ид", DataType::kLong, 0, ports::kAutoIncrementField, false, false, {}});
   table.fields.push_back({"Т", DataType::kText, 10, 0, true, false, std::string("\"нет\"")});
   table.fields.push_back({"Ч", DataType::kDouble, 0, 0, false, false, 2.5});
-  table.fields.push_back({"Дата", DataType::kDate, 0, 0, false, false, platform::DateValue{37000}});
+  table.fields.push_back({"Дата", DataType::kDate, 0, 0, false, false, ports::DateValue{37000}});
   table.fields.push_back({"Л", DataType::kBoolean, 0, 0, false, false, true});
   db->CreateTable(table);
   EXPECT_EQ(Run("insert into Д (Ч) values (null)"), 0);

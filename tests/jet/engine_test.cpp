@@ -6,7 +6,7 @@
 
 namespace {
 
-using platform::RecordsetType;
+using ports::RecordsetType;
 using tests::DatabaseTest;
 using tests::ErrorOf;
 using tests::Words;
@@ -25,7 +25,7 @@ class EngineTest : public DatabaseTest {
     }
   }
 
-  static std::string Column(platform::DatabaseRecordset& rows, std::size_t position) {
+  static std::string Column(ports::DatabaseRecordset& rows, std::size_t position) {
     std::string text;
     for (; !rows.AtEnd(); rows.MoveNext())
       text += Words(rows.Value(position)).substr(5) + " ";
@@ -51,7 +51,7 @@ TEST_F(EngineTest, ARecordsetMovesEditsAddsAndDeletes) {
   const auto rows = db->OpenRecordset("select Имя, Ид, Кол + 1 as Сумма from T where Ид > 5",
                                       RecordsetType::kDynaset);
   EXPECT_EQ(rows->FieldPosition("сумма"), 2U);
-  EXPECT_EQ(ErrorOf([&] { rows->FieldPosition("нет"); }), platform::kItemNotFound);
+  EXPECT_EQ(ErrorOf([&] { rows->FieldPosition("нет"); }), ports::kItemNotFound);
   EXPECT_EQ(ErrorOf([&] { rows->SetValue(0, std::string("x")); }), 3020);
   rows->Edit();
   EXPECT_EQ(ErrorOf([&] { rows->SetValue(0, std::string(21, 'x')); }), 3163);
@@ -75,8 +75,8 @@ TEST_F(EngineTest, ARecordsetMovesEditsAddsAndDeletes) {
   EXPECT_EQ(Words(rows->Value(1)), "Long 20");
   rows->MoveNext();
   EXPECT_TRUE(rows->AtEnd());
-  EXPECT_EQ(ErrorOf([&] { rows->MoveNext(); }), platform::kNoCurrentRecord);
-  EXPECT_EQ(ErrorOf([&] { rows->Value(0); }), platform::kNoCurrentRecord);
+  EXPECT_EQ(ErrorOf([&] { rows->MoveNext(); }), ports::kNoCurrentRecord);
+  EXPECT_EQ(ErrorOf([&] { rows->Value(0); }), ports::kNoCurrentRecord);
   rows->MovePrevious();
   rows->MovePrevious();
   EXPECT_EQ(Words(rows->Value(1)), "Long 6");
@@ -85,7 +85,7 @@ TEST_F(EngineTest, ARecordsetMovesEditsAddsAndDeletes) {
 
   const auto none = db->OpenRecordset("select * from T where false", RecordsetType::kDynaset);
   EXPECT_TRUE(none->AtEnd() && none->AtBeginning());
-  EXPECT_EQ(ErrorOf([&] { none->MoveFirst(); }), platform::kNoCurrentRecord);
+  EXPECT_EQ(ErrorOf([&] { none->MoveFirst(); }), ports::kNoCurrentRecord);
 }
 
 TEST_F(EngineTest, TransactionsNestToFiveAndTakeDefinitionsBack) {
@@ -132,7 +132,7 @@ TEST_F(EngineTest, LocksAnswerWithTheirNumbers) {
   EXPECT_EQ(ErrorOf([&] { db->Tables(); }), 3420);
   const auto first = engine->OpenDatabase(path, false, false);
   const auto second = engine->OpenDatabase(path, false, true);
-  EXPECT_EQ(open(true, false), platform::kFileAlreadyInUse);
+  EXPECT_EQ(open(true, false), ports::kFileAlreadyInUse);
   first->Execute("create table Новая (x long)", true);
   first->Execute("insert into Новая values (5)", true);
   EXPECT_EQ(Words(second->OpenRecordset("Новая", RecordsetType::kDynaset)->Value(0)), "Long 5");
@@ -151,7 +151,7 @@ TEST_F(EngineTest, CompactionKeepsEverythingInKeyOrder) {
   ASSERT_EQ(Run("insert into Ч (x) values (1)"), 0);
   ASSERT_EQ(Run("insert into Ч (x) values (2)"), 0);
   ASSERT_EQ(Run("delete from Ч where x = 2"), 0);
-  db->SetFieldProperty("T", "Имя", "Caption", platform::DataType::kText, std::string("Имя его"));
+  db->SetFieldProperty("T", "Имя", "Caption", ports::DataType::kText, std::string("Имя его"));
   db->Close();
   const std::string copy = sandbox.Path("сжатая.mdb");
   engine->CompactDatabase(path, copy);

@@ -7,13 +7,13 @@
 #include <thread>
 #include <vector>
 
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "tests/jet/database_fixture.h"
 #include "tests/support/processes.h"
 
 namespace {
 
-using platform::RecordsetType;
+using ports::RecordsetType;
 using tests::DatabaseTest;
 using tests::ErrorOf;
 using tests::Words;
@@ -196,7 +196,7 @@ TEST_F(ModelTest, AProcessThatDiesInMidTransactionLeavesTheOldRowsAndNoLock) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     try {
       db = engine->OpenDatabase(path, true, true);
-    } catch (const platform::DatabaseError& error) {
+    } catch (const ports::DatabaseError& error) {
       ASSERT_EQ(error.Number, 3356);
     }
   }

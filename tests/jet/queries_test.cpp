@@ -295,7 +295,7 @@ TEST_F(QueriesTest, ColumnsAreNamedAndTypedByTheirFields) {
   const auto rows = db->OpenRecordset(
       "select Люди.Имя, Города.Имя, Люди.Имя & '', count(*) from Люди, Города "
       "group by Люди.Имя, Города.Имя",
-      platform::RecordsetType::kDynaset);
+      ports::RecordsetType::kDynaset);
   EXPECT_EQ(rows->FieldNames(),
             (std::vector<std::string>{"Люди.Имя", "Города.Имя", "Expr1000", "Expr1001"}));
   const StatementCase cases[] = {
@@ -315,7 +315,7 @@ TEST_F(QueriesTest, ColumnsAreNamedAndTypedByTheirFields) {
 // The rows of a join are those of the moment it was opened; they may be walked both ways.
 TEST_F(QueriesTest, AJoinsRowsStayWhileTheTablesChange) {
   const auto rows = db->OpenRecordset("select Ид, Имя from Люди, Счета where Чей = [№] order by Ид",
-                                      platform::RecordsetType::kDynaset);
+                                      ports::RecordsetType::kDynaset);
   EXPECT_EQ(Run("delete from Счета"), 0);
   rows->MoveLast();
   EXPECT_EQ(tests::Words(rows->Value(1)), "Text Борис");

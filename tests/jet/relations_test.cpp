@@ -139,7 +139,7 @@ TEST_F(RelationTest, RelationsOutliveCompactionAndEndWithTheirTransaction) {
   EXPECT_EQ(Run("delete from Группы"), 3200);
   ASSERT_EQ(Run("update Группы set Ид = 4 where Ид = 1"), 0);
   EXPECT_EQ(tests::AnswerOf(*db, ROWS, tests::Kinds::kHidden), "4|ель;4|пихта;Null|гриб");
-  const auto rows = db->OpenRecordset("Группы", platform::RecordsetType::kTable);
+  const auto rows = db->OpenRecordset("Группы", ports::RecordsetType::kTable);
   EXPECT_EQ(ErrorOf([&] { rows->Delete(); }), 3200);
   EXPECT_EQ(Run("alter table Товары drop constraint Связь"), 0);
 }

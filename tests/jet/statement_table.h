@@ -23,18 +23,18 @@ struct StatementCase {
 
 enum class Kinds { kHidden, kShown };  // "5", "Long 5"
 
-inline std::string Bare(const platform::DatabaseValue& value, Kinds kinds) {
+inline std::string Bare(const ports::DatabaseValue& value, Kinds kinds) {
   if (kinds == Kinds::kShown) return Words(value);
-  if (const auto* const date = std::get_if<platform::DateValue>(&value))
+  if (const auto* const date = std::get_if<ports::DateValue>(&value))
     return jet::DateText(date->days);
   const std::string words = Words(value);
   const std::size_t blank = words.find(' ');
   return blank == std::string::npos ? words : words.substr(blank + 1);
 }
 
-inline std::string RowsOf(platform::Database& db, const std::string& select, Kinds kinds) {
+inline std::string RowsOf(ports::Database& db, const std::string& select, Kinds kinds) {
   std::string text;
-  const auto rows = db.OpenRecordset(select, platform::RecordsetType::kDynaset);
+  const auto rows = db.OpenRecordset(select, ports::RecordsetType::kDynaset);
   for (bool is_first = true; !rows->AtEnd(); rows->MoveNext(), is_first = false) {
     if (!is_first) text += ";";
     for (std::size_t i = 0; i < rows->FieldNames().size(); ++i)
@@ -43,7 +43,7 @@ inline std::string RowsOf(platform::Database& db, const std::string& select, Kin
   return text;
 }
 
-inline std::string AnswerOf(platform::Database& db, std::string_view statements, Kinds kinds) {
+inline std::string AnswerOf(ports::Database& db, std::string_view statements, Kinds kinds) {
   constexpr std::string_view kArrow = " -> ";
   std::string answer;
   const std::int32_t error = ErrorOf([&] {
@@ -63,7 +63,7 @@ inline std::string AnswerOf(platform::Database& db, std::string_view statements,
 
 // Each line begins with the same database: what it changes is taken back.
 template <std::size_t count>
-void CheckStatements(platform::DatabaseEngine& engine, platform::Database& db,
+void CheckStatements(ports::DatabaseEngine& engine, ports::Database& db,
                      const StatementCase (&cases)[count], Kinds kinds = Kinds::kHidden) {
   for (const StatementCase& c : cases) {
     engine.BeginTrans();

@@ -7,7 +7,7 @@
 
 #include "foundation/encodings.h"
 #include "packages/rar_writer.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "tests/packages/judge.h"
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
@@ -119,35 +119,34 @@ TEST(RarArchive, AnEmptyArchiveHasNothingToExtract) {
 }
 
 // A library that shows one entry of a given name and would extract whatever it is asked to.
-struct CarelessLibrary final : platform::CompanionLibrary {
+struct CarelessLibrary final : ports::CompanionLibrary {
   static inline std::u16string name;
   static inline int shown = 0;
   static inline int extracted = 0;
-  companion::EntryPoints entries{};
+  ports::EntryPoints entries{};
 
   explicit CarelessLibrary(const std::string& entry_name) {
     name = Utf8ToUtf16(entry_name);
     shown = 0;
     extracted = 0;
-    entries.RAROpenArchiveEx = [](companion::RAROpenArchiveDataEx*)
-                                   COMPANION_CALL { return companion::RarHandle{&shown}; };
-    entries.RARReadHeaderEx = [](companion::RarHandle, companion::RARHeaderDataEx* header)
-                                  COMPANION_CALL {
-                                    name.copy(header->FileNameW, 1023);
-                                    return shown++ == 0 ? 0 : 10;
-                                  };
-    entries.RARProcessFileW = [](companion::RarHandle, int operation, const char16_t*,
-                                 const char16_t*) COMPANION_CALL {
-      extracted += operation == 2 ? 1 : 0;
-      return 0;
+    entries.RAROpenArchiveEx = [](ports::RAROpenArchiveDataEx*)
+                                   COMPANION_CALL { return ports::RarHandle{&shown}; };
+    entries.RARReadHeaderEx = [](ports::RarHandle, ports::RARHeaderDataEx* header) COMPANION_CALL {
+      name.copy(header->FileNameW, 1023);
+      return shown++ == 0 ? 0 : 10;
     };
-    entries.RARCloseArchive = [](companion::RarHandle) COMPANION_CALL { return 0; };
+    entries.RARProcessFileW = [](ports::RarHandle, int operation, const char16_t*, const char16_t*)
+                                  COMPANION_CALL {
+                                    extracted += operation == 2 ? 1 : 0;
+                                    return 0;
+                                  };
+    entries.RARCloseArchive = [](ports::RarHandle) COMPANION_CALL { return 0; };
   }
-  platform::Outcome<const companion::EntryPoints*> Load() override {
-    return platform::Outcome<const companion::EntryPoints*>::Success(&entries);
+  ports::Outcome<const ports::EntryPoints*> Load() override {
+    return ports::Outcome<const ports::EntryPoints*>::Success(&entries);
   }
   std::string Path() const override { return {}; }
-  platform::SystemCode LastError() const override { return 0; }
+  ports::SystemCode LastError() const override { return 0; }
 };
 
 TEST(RarArchive, NamesPassTheGuardWhateverLibraryIsLoaded) {
@@ -204,7 +203,7 @@ TEST(StoredRarWriter, OtherReadersReadWhatItWrites) {
         EXPECT_EQ(same, 0) << folder << ": " << difference;
       }
       const std::string ansi = Utf8ToCodePage(CodePage::k1251, sandbox.Path("p/package.rar"));
-      EXPECT_EQ(platform::CurrentPorts().companion->Load().value->Sha256_GetFileCrcEx(ansi.c_str()),
+      EXPECT_EQ(ports::CurrentPorts().companion->Load().value->Sha256_GetFileCrcEx(ansi.c_str()),
                 with_trailer ? 1 : 0);
     }
   }

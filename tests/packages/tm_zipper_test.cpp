@@ -9,8 +9,9 @@
 #include "foundation/encodings.h"
 #include "packages/rar_archive.h"
 #include "packages/rar_writer.h"
-#include "platform/companion_library.h"
-#include "platform/ports.h"
+#include "platform/factories.h"
+#include "ports/companion_library.h"
+#include "ports/ports.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/packages/judge.h"
 #include "tests/support/caught.h"
@@ -113,7 +114,7 @@ TEST_F(Zipping, TheCommentIsAskedFor) {
   TmZipper zipper = Zipper("a.txt");
   ASSERT_EQ(zipper.DoZipping(), 0);
   // The zipper has no field for it: the option is set beneath it.
-  const companion::EntryPoints& library = *platform::CurrentPorts().companion->Load().value;
+  const ports::EntryPoints& library = *ports::CurrentPorts().companion->Load().value;
   library.ZpGetOptions()->Comment = 1;
   const std::string zip = tmw::Utf8ToCodePage(tmw::CodePage::k1251, zipper.ZipFileName);
   const char* names[] = {"a.txt"};

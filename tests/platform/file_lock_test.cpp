@@ -1,4 +1,4 @@
-#include "platform/file_lock.h"
+#include "ports/file_lock.h"
 
 #include <gtest/gtest.h>
 
@@ -6,17 +6,17 @@
 #include <string>
 #include <thread>
 
-#include "platform/ports.h"
+#include "ports/ports.h"
 #include "tests/support/processes.h"
 #include "tests/support/sandbox.h"
 
 namespace {
 
-using platform::FileLockMode;
-using platform::FileLockVerdict;
+using ports::FileLockMode;
+using ports::FileLockVerdict;
 
-platform::FileLockResult TryLock(const std::string& path, FileLockMode mode) {
-  auto result = platform::CurrentPorts().file_locks->TryLock(path, mode);
+ports::FileLockResult TryLock(const std::string& path, FileLockMode mode) {
+  auto result = ports::CurrentPorts().file_locks->TryLock(path, mode);
   EXPECT_TRUE(result.ok) << result.code;
   return std::move(result.value);
 }

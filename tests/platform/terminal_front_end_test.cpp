@@ -13,14 +13,14 @@
 #include <functional>
 #include <vector>
 
-#include "platform/host.h"
-#include "platform/linux/terminal_front_end.h"
+#include "platform/linux/terminal/terminal_front_end.h"
+#include "ports/host.h"
 #include "tests/support/sandbox.h"
 
 namespace platform {
 namespace {
 
-using Action = std::function<int(FrontEnd&)>;
+using Action = std::function<int(ports::FrontEnd&)>;
 
 // A child process that talks to its user on a terminal of its own, in that locale; its exit code is
 // the action's result. The test is the user.
@@ -32,7 +32,7 @@ class Conversation {
     if (child_ != 0) return;
     setenv("LC_ALL", locale, 1);
     setenv("TERM", "xterm", 1);
-    const auto exit_code = has_waiting_parent ? WaitForUpdaterChain() : std::nullopt;
+    const auto exit_code = has_waiting_parent ? ports::WaitForUpdaterChain() : std::nullopt;
     if (exit_code) _exit(*exit_code);
     _exit(action(*MakeTerminalFrontEnd()));
   }
@@ -102,7 +102,7 @@ class Conversation {
   std::size_t seen_ = 0;
 };
 
-int AskFull(FrontEnd& front_end) {
+int AskFull(ports::FrontEnd& front_end) {
   return front_end.AskYesNo("Обновление", "Заменить?\r\nДа или нет?") ? 1 : 0;
 }
 
@@ -140,9 +140,9 @@ TEST(TerminalFrontEnd, AQuestionIsAskedInTheUsersEncodingUntilItIsAnswered) {
 }
 
 TEST(TerminalFrontEnd, ASecretIsNeitherShownNorLeavesTheTerminalMute) {
-  const Action ask_secret = [](FrontEnd& front_end) {
+  const Action ask_secret = [](ports::FrontEnd& front_end) {
     const auto secret = front_end.AskText("Пароль", "Введите пароль:", true);
-    front_end.ShowMessage(MessageKind::kInformation, "Дальше", "Готово");
+    front_end.ShowMessage(ports::MessageKind::kInformation, "Дальше", "Готово");
     const auto open = front_end.AskText("Имя", "Введите имя:", false);
     return (secret == "тайна" ? 1 : 0) + (!secret ? 2 : 0) + (open == "" ? 4 : 0);
   };
@@ -162,8 +162,8 @@ TEST(TerminalFrontEnd, ASecretIsNeitherShownNorLeavesTheTerminalMute) {
 }
 
 TEST(TerminalFrontEnd, WhatAServerSaysCannotSteerTheTerminal) {
-  Conversation talk("ru_RU.KOI8-R", [](FrontEnd& front_end) {
-    front_end.ShowMessage(MessageKind::kWarning, "A\x1B[2J", "B\x07\xC2\x9B\tC № 漢\xFF\nD");
+  Conversation talk("ru_RU.KOI8-R", [](ports::FrontEnd& front_end) {
+    front_end.ShowMessage(ports::MessageKind::kWarning, "A\x1B[2J", "B\x07\xC2\x9B\tC № 漢\xFF\nD");
     return 0;
   });
   EXPECT_EQ(talk.End(), 0);
@@ -172,12 +172,12 @@ TEST(TerminalFrontEnd, WhatAServerSaysCannotSteerTheTerminal) {
 }
 
 TEST(TerminalFrontEnd, WithoutSomebodyToAskTheAnswerIsNo) {
-  const Action ask_all = [](FrontEnd& front_end) {
-    front_end.ShowMessage(MessageKind::kWarning, "A", "B");
+  const Action ask_all = [](ports::FrontEnd& front_end) {
+    front_end.ShowMessage(ports::MessageKind::kWarning, "A", "B");
     return AskFull(front_end) + (front_end.AskText("A", "B", true) ? 2 : 0) + 8;
   };
   // In the background of its terminal, where reading would stop it.
-  Conversation background("ru_RU.UTF-8", [&](FrontEnd& front_end) {
+  Conversation background("ru_RU.UTF-8", [&](ports::FrontEnd& front_end) {
     const pid_t grandchild = fork();
     if (grandchild == 0) {
       setpgid(0, 0);
@@ -190,7 +190,7 @@ TEST(TerminalFrontEnd, WithoutSomebodyToAskTheAnswerIsNo) {
   EXPECT_EQ(background.End(), 8);
   EXPECT_NE(background.shown.find("Заменить?"), std::string::npos);
   // With its output gone.
-  Conversation mute("ru_RU.UTF-8", [&](FrontEnd& front_end) {
+  Conversation mute("ru_RU.UTF-8", [&](ports::FrontEnd& front_end) {
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0) return 99;
     close(ends[0]);
@@ -201,8 +201,8 @@ TEST(TerminalFrontEnd, WithoutSomebodyToAskTheAnswerIsNo) {
 }
 
 // A window whose work is the script; its user's acts, in order, as digits: 1 cancel, 2 stop.
-struct Window final : ProgressViewEvents {
-  std::unique_ptr<ProgressView> view;
+struct Window final : ports::ProgressViewEvents {
+  std::unique_ptr<ports::ProgressView> view;
   std::function<void()> script;
   std::function<void()> on_cancel = [] {};
   int acts = 0;
@@ -214,7 +214,7 @@ struct Window final : ProgressViewEvents {
   void OnStop() override { acts = acts * 10 + 2; }
 };
 
-int RunWindow(FrontEnd& front_end, const std::function<void(Window&)>& script) {
+int RunWindow(ports::FrontEnd& front_end, const std::function<void(Window&)>& script) {
   Window window;
   window.view = front_end.MakeProgressView();
   window.script = [&] {
@@ -226,10 +226,10 @@ int RunWindow(FrontEnd& front_end, const std::function<void(Window&)>& script) {
 }
 
 TEST(TerminalWindow, IsABlockRedrawnInPlaceBelowWhatIsAsked) {
-  Conversation talk("ru_RU.UTF-8", [](FrontEnd& front_end) {
+  Conversation talk("ru_RU.UTF-8", [](ports::FrontEnd& front_end) {
     return RunWindow(front_end, [&](Window& window) {
       window.view->SetDetail("http://сервер/длинный-путь/漢漢漢漢漢漢漢/Программа.dll");
-      window.view->ShowBar(BarKind::kBarWithCounter);
+      window.view->ShowBar(ports::BarKind::kBarWithCounter);
       window.view->SetProgress(45.9, "1 234/5 678");
       window.view->SetButton("Отмена", true);
       AskFull(front_end);
@@ -269,13 +269,13 @@ TEST(TerminalWindow, CtrlCAsksOnceAndWhateverEndsProgramsOnlyAsksToo) {
       {"terminal closed", {}, 2, SIGHUP},
   };
   for (const auto& c : cases) {
-    const Action run = [](FrontEnd& front_end) {
+    const Action run = [](ports::FrontEnd& front_end) {
       return RunWindow(front_end, [&](Window& window) {
         window.view->SetStage("Работа");
         window.on_cancel = [&] { front_end.AskYesNo("Отмена", "Прекратить?"); };
         for (int i = 0; i < 5000 && window.acts != 2 && window.acts < 10; ++i, usleep(1000))
           front_end.RunPendingEvents();
-        front_end.ShowMessage(MessageKind::kWarning, "Терминала", "может уже не быть");
+        front_end.ShowMessage(ports::MessageKind::kWarning, "Терминала", "может уже не быть");
       });
     };
     Conversation talk("ru_RU.UTF-8", run, true);
@@ -292,10 +292,10 @@ TEST(TerminalWindow, CtrlCAsksOnceAndWhateverEndsProgramsOnlyAsksToo) {
 
 TEST(TerminalWindow, IsPlainLinesWhereTheOutputIsAFile) {
   const tests::Sandbox sandbox;
-  Conversation talk("ru_RU.KOI8-R", [&](FrontEnd& front_end) {
+  Conversation talk("ru_RU.KOI8-R", [&](ports::FrontEnd& front_end) {
     dup2(open(sandbox.Path("out").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), STDOUT_FILENO);
     return RunWindow(front_end, [&](Window& window) {
-      window.view->ShowBar(BarKind::kBar);
+      window.view->ShowBar(ports::BarKind::kBar);
       for (const char* const stage : {"Загрузка", "Загрузка", "", "Да"}) {
         window.view->SetStage(stage);
         window.view->SetProgress(50, "");
@@ -307,14 +307,14 @@ TEST(TerminalWindow, IsPlainLinesWhereTheOutputIsAFile) {
   EXPECT_NE(talk.shown.find("\xE4\xC1\x1B[K\r\r\n\x8D"), std::string::npos) << talk.shown;
 }
 
-struct Details final : ErrorViewEvents {
-  std::unique_ptr<ErrorView> view;
+struct Details final : ports::ErrorViewEvents {
+  std::unique_ptr<ports::ErrorView> view;
   void OnDetails() override { view->SetDetailView(true, "Подробнее  <<"); }
   void OnCopy() override {}
 };
 
 TEST(TerminalWindow, AnErrorIsShownShortAndInFullOnRequest) {
-  Conversation talk("ru_RU.UTF-8", [&](FrontEnd& front_end) {
+  Conversation talk("ru_RU.UTF-8", [&](ports::FrontEnd& front_end) {
     Details details;
     details.view = front_end.MakeErrorView();
     details.view->SetTexts(

@@ -2,7 +2,7 @@
 
 #include "foundation/command_line.h"
 #include "foundation/file_utils.h"
-#include "platform/file_lock.h"
+#include "ports/file_lock.h"
 #include "publish/checker.h"
 #include "publish/difference.h"
 #include "publish/product_files.h"
@@ -110,11 +110,11 @@ TEST(Publish, FaultyInputIsRefusedByName) {
       {[](Sample& s, const Sandbox&) {
          s.Execute("create table Blob (a long primary key, b binary)");
          const auto db =
-             platform::CurrentPorts().database->OpenDatabase(s.options.database, true, false);
-         const auto rows = db->OpenRecordset("Blob", platform::RecordsetType::kTable);
+             ports::CurrentPorts().database->OpenDatabase(s.options.database, true, false);
+         const auto rows = db->OpenRecordset("Blob", ports::RecordsetType::kTable);
          rows->AddNew();
          rows->SetValue(0, 1);
-         rows->SetValue(1, platform::BinaryValue{"x"});
+         rows->SetValue(1, ports::BinaryValue{"x"});
          rows->Update();
        },
        {"Blob: The updater could not import it: line 6: Unrecognizing value"}},
@@ -246,13 +246,13 @@ TEST_F(Interrupted, AKilledRunLeavesTheOldReleaseAnnounced) {
   for (const std::string until : {"work", "release/files/tm", "release/_DBUpdates.tmz"}) {
     sandbox_.Write("server/TMW_version.dat", old_);
     std::filesystem::remove_all(ToPath(sandbox_.Path("server/TMW_3.6.0.3")));
-    platform::StartRequest request;
+    ports::StartRequest request;
     request.program = TMW_TMPUBLISH;
     request.command_line = tmw::JoinCommandLine(
         {TMW_TMPUBLISH, "publish", sample_.options.description, "--product",
          sample_.options.product, "--database", sample_.options.database, "--scripts",
          sample_.options.scripts, "--output", sample_.options.output});
-    const auto started = platform::CurrentPorts().processes->Start(request);
+    const auto started = ports::CurrentPorts().processes->Start(request);
     ASSERT_TRUE(started);
     const std::string mark = "server/TMW_3.6.0.3.new/" + until;
     while (!sandbox_.Has(mark) && !started.value->Wait(1).value) {
@@ -267,7 +267,7 @@ TEST_F(Interrupted, TwoRunsDoNotBuildOneRelease) {
   const std::string lock = sandbox_.Write("server/TMW_3.6.0.3.new/lock", "");
   sandbox_.Write("server/TMW_3.6.0.3.new/release/file", "the other run's");
   const auto held =
-      platform::CurrentPorts().file_locks->TryLock(lock, platform::FileLockMode::kExclusive);
+      ports::CurrentPorts().file_locks->TryLock(lock, ports::FileLockMode::kExclusive);
   EXPECT_TRUE(Caught([&] { sample_.Publish(); }).Description.starts_with("Another run"));
   EXPECT_TRUE(sandbox_.Has("server/TMW_3.6.0.3.new/release/file"));
 }

@@ -4,8 +4,8 @@
 
 #include "foundation/encodings.h"
 #include "packages/rar_writer.h"
-#include "platform/database.h"
-#include "platform/ports.h"
+#include "ports/database.h"
+#include "ports/ports.h"
 #include "publish/checker.h"
 #include "publish/file_tree.h"
 
@@ -59,7 +59,7 @@ Sample::Sample(const Sandbox& sandbox) : description(kDescription), sandbox_(san
     sandbox.Write("product/" + name, bytes);
   WriteScript("1.xml", "3.5.0", "3.5.7");
   WriteScript("2.xml", "3.5.7", "3.6.0");
-  platform::CurrentPorts().database->CreateDatabase(options.database)->Close();
+  ports::CurrentPorts().database->CreateDatabase(options.database)->Close();
   for (const char* const sql :
        {"create table DBVersion (MajorVersion long)", "create table TempLog (a long)",
         "create table Ставки (Ид long primary key, Имя text(20))",
@@ -84,9 +84,7 @@ void Sample::WriteScript(const std::string& name, const std::string& from,
 }
 
 void Sample::Execute(const std::string& sql) const {
-  platform::CurrentPorts()
-      .database->OpenDatabase(options.database, true, false)
-      ->Execute(sql, true);
+  ports::CurrentPorts().database->OpenDatabase(options.database, true, false)->Execute(sql, true);
 }
 
 std::vector<std::string> Sample::Publish() const {

@@ -1,4 +1,4 @@
-#include "startup/services/mutexes.h"
+#include "services/mutexes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "startup/services/processes.h"
+#include "services/processes.h"
 
 #include <gtest/gtest.h>
 
 #include "foundation/api_errors.h"
 #include "foundation/text.h"
-#include "platform/processes.h"
+#include "ports/processes.h"
 #include "tests/fakes/recording_processes.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/caught.h"

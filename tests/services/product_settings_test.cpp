@@ -1,4 +1,4 @@
-#include "startup/services/product_settings.h"
+#include "services/product_settings.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 namespace tmw {
 namespace {
 
-using enum platform::SettingsRoot;
+using enum ports::SettingsRoot;
 
 const std::string kGeneral = "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\";
 const std::string kAutoUpdate = "SOFTWARE\\Kestrel Soft\\Tamrin\\AutoUpdate\\";
@@ -85,13 +85,13 @@ TEST_F(ProductSettings, AMissingFolderHasItsDefaultOrIsAnErrorThatNamesIt) {
 }
 
 TEST_F(ProductSettings, AFailingStoreIsNotTakenForAMissingValue) {
-  store_.error = platform::SettingsError{5, ""};
+  store_.error = ports::SettingsError{5, ""};
   auto error = tests::Caught([] { GetProductSetting_String(true, "General", "RootPath", "x"); });
   EXPECT_EQ(error.Number, 5);
   EXPECT_TRUE(error.Description.starts_with(
       "Ошибка чтения параметра \"SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath\":\r\n"));
   EXPECT_NE(error.Source.find("::mTmRegistryParams.GetProductSetting_String]"), std::string::npos);
-  store_.error = platform::SettingsError{0, "Сломан."};
+  store_.error = ports::SettingsError{0, "Сломан."};
   error = tests::Caught([] { GetProductSetting_Boolean(false, "AutoUpdate", "NoFtp", false); });
   EXPECT_EQ(error.Number, 1001);
   EXPECT_EQ(error.Description, "Сломан.");

@@ -1,9 +1,10 @@
-#include "platform/settings_store.h"
+#include "ports/settings_store.h"
 
 #include <gtest/gtest.h>
 
 #include "foundation/encodings.h"
-#include "startup/services/processes.h"
+#include "platform/factories.h"
+#include "services/processes.h"
 #include "tests/support/caught.h"
 #include "tests/support/environment.h"
 #include "tests/support/sandbox.h"
@@ -11,7 +12,7 @@
 namespace platform {
 namespace {
 
-using enum SettingsRoot;
+using enum ports::SettingsRoot;
 
 // One file: on Linux it is the store, on Windows the system's own editor brings it into the
 // registry. The machine's values go to the place of 32-bit programs.

@@ -4,8 +4,8 @@
 
 #include "foundation/error_handling.h"
 #include "foundation/program_error.h"
+#include "services/updater_settings.h"
 #include "startup/default_urls.h"
-#include "startup/services/updater_settings.h"
 #include "tests/fakes/fake_mutexes.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/memory_settings.h"
@@ -17,7 +17,7 @@
 namespace tmw {
 namespace {
 
-using platform::SettingsRoot;
+using ports::SettingsRoot;
 using Log = std::vector<std::string>;
 
 constexpr const char* kGeneral = "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\";

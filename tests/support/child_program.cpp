@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "foundation/command_line.h"
-#include "platform/clock.h"
-#include "platform/database.h"
-#include "platform/file_lock.h"
-#include "platform/host.h"
-#include "platform/named_mutex.h"
-#include "platform/processes.h"
-#include "startup/services/processes.h"
+#include "ports/clock.h"
+#include "ports/database.h"
+#include "ports/file_lock.h"
+#include "ports/host.h"
+#include "ports/named_mutex.h"
+#include "ports/processes.h"
+#include "services/processes.h"
 #include "tests/support/sandbox.h"
 
 // A small program to start. Its arguments are a script, done in order:
@@ -41,23 +41,22 @@ void Append(const std::string& path, const std::string& text) {
 }
 
 void Hold(const std::string& name, const std::string& path) {
-  auto created = platform::CurrentPorts().mutexes->Create(name, true);
-  static std::unique_ptr<platform::NamedMutex> held;
+  auto created = ports::CurrentPorts().mutexes->Create(name, true);
+  static std::unique_ptr<ports::NamedMutex> held;
   if (!created.value.already_existed) held = std::move(created.value.mutex);
   Append(path, !created.ok ? "failed" : created.value.already_existed ? "exists" : "held");
 }
 
 void Lock(const std::string& file, const std::string& mode, const std::string& report) {
-  auto result = platform::CurrentPorts().file_locks->TryLock(
-      file,
-      mode == "shared" ? platform::FileLockMode::kShared : platform::FileLockMode::kExclusive);
-  static std::unique_ptr<platform::FileLock> held;
+  auto result = ports::CurrentPorts().file_locks->TryLock(
+      file, mode == "shared" ? ports::FileLockMode::kShared : ports::FileLockMode::kExclusive);
+  static std::unique_ptr<ports::FileLock> held;
   held = std::move(result.value.lock);
   Append(report, held ? "locked" : "refused");
 }
 
 void Spoil(const std::string& path, const std::string& report) {
-  platform::DatabaseEngine& engine = *platform::CurrentPorts().database;
+  ports::DatabaseEngine& engine = *ports::CurrentPorts().database;
   static const auto database = engine.OpenDatabase(path, true, false);
   engine.BeginTrans();
   database->Execute("update T set Имя = Имя & '?'", true);
@@ -65,7 +64,7 @@ void Spoil(const std::string& path, const std::string& report) {
 }
 
 int Run(const std::vector<std::string>& words) {
-  platform::Ports& ports = platform::CurrentPorts();
+  ports::Ports& ports = ports::CurrentPorts();
   for (std::size_t i = 0; i < words.size();) {
     const std::string& verb = words[i++];
     if (verb == "report") {
@@ -111,11 +110,11 @@ int Run(const std::vector<std::string>& words) {
 
 int main(int argc, char** argv) {
   if (argc > 1 && std::string(argv[1]) == "wait-for-chain") {
-    if (const auto exit_code = platform::WaitForUpdaterChain()) return *exit_code;
+    if (const auto exit_code = ports::WaitForUpdaterChain()) return *exit_code;
     --argc;
     ++argv;
   }
-  const auto host = platform::MakeHost(argc, argv);
-  platform::CurrentPorts() = host->MakePorts();
-  return Run(tmw::SplitCommandLine(platform::CurrentPorts().processes->OwnArguments()));
+  const auto host = ports::MakeHost(argc, argv);
+  ports::CurrentPorts() = host->MakePorts();
+  return Run(tmw::SplitCommandLine(ports::CurrentPorts().processes->OwnArguments()));
 }

@@ -1,18 +1,18 @@
 #pragma once
 
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 // The kinds of values of the database port, for tables of cases.
 namespace tests {
 
-using platform::BinaryValue;
-using platform::CurrencyValue;
-using platform::DatabaseValue;
-using platform::DataType;
-using platform::DateValue;
-using platform::DecimalValue;
-using platform::EmptyValue;
-using platform::NullValue;
-using platform::OtherValue;
+using ports::BinaryValue;
+using ports::CurrencyValue;
+using ports::DatabaseValue;
+using ports::DataType;
+using ports::DateValue;
+using ports::DecimalValue;
+using ports::EmptyValue;
+using ports::NullValue;
+using ports::OtherValue;
 
 }  // namespace tests

@@ -5,15 +5,15 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/ports.h"
-#include "platform/processes.h"
-#include "startup/services/processes.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
+#include "services/processes.h"
 #include "tests/support/environment.h"
 
 namespace tests {
 
 std::string ChildProgram() {
-  const auto own = ToPath(platform::CurrentPorts().processes->OwnProgram());
+  const auto own = ToPath(ports::CurrentPorts().processes->OwnProgram());
   return FromPath(own.parent_path() / (kOnWindows ? "child_program.exe" : "child_program"));
 }
 

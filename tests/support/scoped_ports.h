@@ -1,22 +1,22 @@
 #pragma once
 
-#include "platform/ports.h"
+#include "ports/ports.h"
 
 namespace tests {
 
 // Puts the process's ports back at the end of a test.
 class ScopedPorts {
  public:
-  ScopedPorts() : saved_(platform::CurrentPorts()) {}
+  ScopedPorts() : saved_(ports::CurrentPorts()) {}
   ScopedPorts(const ScopedPorts&) = delete;
   ScopedPorts& operator=(const ScopedPorts&) = delete;
-  ~ScopedPorts() { platform::CurrentPorts() = saved_; }
+  ~ScopedPorts() { ports::CurrentPorts() = saved_; }
 
-  platform::Ports& operator*() const { return platform::CurrentPorts(); }
-  platform::Ports* operator->() const { return &platform::CurrentPorts(); }
+  ports::Ports& operator*() const { return ports::CurrentPorts(); }
+  ports::Ports* operator->() const { return &ports::CurrentPorts(); }
 
  private:
-  platform::Ports saved_;
+  ports::Ports saved_;
 };
 
 }  // namespace tests

@@ -9,11 +9,11 @@
 namespace tmw {
 namespace {
 
-namespace win32 = platform::win32;
+namespace win32 = ports::win32;
 using tests::Caught;
 
 void Open(BinaryFile& file, const std::string& path, std::uint32_t disposition) {
-  file.OpenFile(path, win32::kGenericWrite, win32::kShareRead, disposition, 0);
+  file.OpenFile(path, ports::win32::kGenericWrite, ports::win32::kShareRead, disposition, 0);
 }
 
 TEST(BinaryFiles, DispositionsDecideWhatBecomesOfTheOldContent) {
@@ -21,9 +21,10 @@ TEST(BinaryFiles, DispositionsDecideWhatBecomesOfTheOldContent) {
     std::uint32_t disposition;
     std::string on_old;      // content after writing "xy" over "abcd"; "": refused
     std::string on_nothing;  // content after writing where no file was; "": refused
-  } cases[] = {{win32::kCreateNew, "", "xy"},        {win32::kCreateAlways, "xy", "xy"},
-               {win32::kOpenExisting, "xycd", ""},   {win32::kOpenAlways, "xycd", "xy"},
-               {win32::kTruncateExisting, "xy", ""}, {99, "", ""}};
+  } cases[] = {
+      {ports::win32::kCreateNew, "", "xy"},        {ports::win32::kCreateAlways, "xy", "xy"},
+      {ports::win32::kOpenExisting, "xycd", ""},   {ports::win32::kOpenAlways, "xycd", "xy"},
+      {ports::win32::kTruncateExisting, "xy", ""}, {99, "", ""}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.disposition);
     const tests::Sandbox sandbox;
@@ -48,16 +49,16 @@ TEST(BinaryFiles, AnOpenFileIsReplacedByTheNextAndKeepsOtherWritersOut) {
   const tests::Sandbox sandbox;
   BinaryFile file;
   EXPECT_EQ(file.GetSize() + static_cast<int>(file.WriteBuffer("abc", 3, true)), 0);
-  Open(file, sandbox.Path("a"), win32::kCreateNew);
+  Open(file, sandbox.Path("a"), ports::win32::kCreateNew);
   EXPECT_EQ(file.WriteBuffer("12345", 5, true), 5U);
   EXPECT_EQ(file.WriteBuffer("", 0, true), 0U);
-  file.SetFilePos(-2, win32::kMoveFromEnd);
+  file.SetFilePos(-2, ports::win32::kMoveFromEnd);
   file.WriteBuffer("x", 1, true);
   BinaryFile other;
-  EXPECT_THROW(Open(other, sandbox.Path("a"), win32::kCreateAlways), ProgramError);
+  EXPECT_THROW(Open(other, sandbox.Path("a"), ports::win32::kCreateAlways), ProgramError);
   EXPECT_EQ(sandbox.Read("a"), "123x5");
-  Open(file, sandbox.Path("b"), win32::kCreateNew);
-  Open(other, sandbox.Path("a"), win32::kOpenExisting);
+  Open(file, sandbox.Path("b"), ports::win32::kCreateNew);
+  Open(other, sandbox.Path("a"), ports::win32::kOpenExisting);
   EXPECT_EQ(other.GetSize(), 5);
 }
 
@@ -65,15 +66,16 @@ TEST(BinaryFiles, MessagesNameTheFileAndEndWithTheSystemsWords) {
   const tests::Sandbox sandbox;
   const std::string path = sandbox.Path("нет");
   BinaryFile file;
-  const ProgramError missing = Caught([&] { Open(file, path, win32::kOpenExisting); });
+  const ProgramError missing = Caught([&] { Open(file, path, ports::win32::kOpenExisting); });
   EXPECT_EQ(missing.Description,
             "Ошибка открытия файла \"" + path + "\": \r\n" + GetApiErrorText(2, ""));
   EXPECT_TRUE(missing.Source.ends_with("::BinaryFile.OpenFile]"));
-  Open(file, path, win32::kCreateAlways);
-  const ProgramError seek = Caught([&] { file.SetFilePos(-7, win32::kMoveFromBegin); });
+  Open(file, path, ports::win32::kCreateAlways);
+  const ProgramError seek = Caught([&] { file.SetFilePos(-7, ports::win32::kMoveFromBegin); });
   EXPECT_EQ(seek.Description, "Ошибка установки указателя в файле \"" + path +
                                   "\" на позицию -7 (0):\r\n" + GetApiErrorText(seek.Number, ""));
-  file.OpenFile(path, win32::kGenericRead, win32::kShareRead, win32::kOpenExisting, 0);
+  file.OpenFile(path, ports::win32::kGenericRead, ports::win32::kShareRead,
+                ports::win32::kOpenExisting, 0);
   const ProgramError write = Caught([&] { file.WriteBuffer("x", 1, false); });
   EXPECT_EQ(write.Description,
             "Ошибка записи в файл \"" + path + "\":\r\n" + GetApiErrorText(write.Number, ""));

@@ -9,7 +9,8 @@
 #include <vector>
 
 #include "foundation/program_error.h"
-#include "platform/internet.h"
+#include "platform/factories.h"
+#include "ports/internet.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scoped_ports.h"
 #include "transfer/inet_file_downloader.h"
@@ -86,7 +87,7 @@ class DownloadTest : public testing::Test {
   DownloadTest() { ports_->internet = internet_.get(); }
 
   ScopedPorts ports_;
-  std::unique_ptr<platform::Internet> internet_ = platform::MakeInternet(kStallLimit);
+  std::unique_ptr<ports::Internet> internet_ = platform::MakeInternet(kStallLimit);
   Sandbox sandbox_;
 };
 

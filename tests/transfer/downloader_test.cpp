@@ -37,19 +37,21 @@ tests::Script Body(const std::string& body) {
 }
 
 // Counts the openings of the side file.
-class CountingFiles final : public platform::BinaryFiles {
+class CountingFiles final : public ports::BinaryFiles {
  public:
   int openings = 0;
-  explicit CountingFiles(platform::BinaryFiles& real) : real_(real) {}
-  platform::Outcome<std::unique_ptr<platform::BinaryFileHandle>> Open(
-      const std::string& path, std::uint32_t access, std::uint32_t share, std::uint32_t disposition,
-      std::uint32_t flags) override {
+  explicit CountingFiles(ports::BinaryFiles& real) : real_(real) {}
+  ports::Outcome<std::unique_ptr<ports::BinaryFileHandle>> Open(const std::string& path,
+                                                                std::uint32_t access,
+                                                                std::uint32_t share,
+                                                                std::uint32_t disposition,
+                                                                std::uint32_t flags) override {
     ++openings;
     return real_.Open(path, access, share, disposition, flags);
   }
 
  private:
-  platform::BinaryFiles& real_;
+  ports::BinaryFiles& real_;
 };
 
 class Downloader : public tests::DownloadTest {
@@ -159,7 +161,7 @@ TEST_F(Downloader, ACancelIsHeardWhileTheServerIsSilent) {
     });
     sandbox_.Write("f.part", "ABCD");
     tests::Listener listener;
-    platform::Clock& clock = *ports_->clock;
+    ports::Clock& clock = *ports_->clock;
     listener.wants_cancel = [&clock, begin = clock.TickCount()] {
       return clock.TickCount() - begin >= 250;  // half of what the session waits
     };

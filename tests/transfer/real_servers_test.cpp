@@ -6,7 +6,7 @@
 #include <map>
 
 #include "platform/linux/proxy_choice.h"
-#include "startup/services/processes.h"
+#include "services/processes.h"
 #include "tests/support/environment.h"
 #include "tests/support/scripted_server.h"
 #include "tests/transfer/download_fixture.h"

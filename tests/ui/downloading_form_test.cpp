@@ -6,8 +6,8 @@
 #include <tuple>
 
 #include "foundation/error_handling.h"
-#include "startup/services/product_settings.h"
-#include "startup/services/updater_settings.h"
+#include "services/product_settings.h"
+#include "services/updater_settings.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/memory_settings.h"
 #include "tests/fakes/scripted_front_end.h"
@@ -34,7 +34,7 @@ class Form : public testing::Test {
   // The script stands in the place of a run; gives what its window was told.
   Log Show(const std::function<void(DownloadingForm&)>& script) {
     DownloadingForm form([] {});
-    front_end_.windows.on_run = [&](platform::ProgressViewEvents&) {
+    front_end_.windows.on_run = [&](ports::ProgressViewEvents&) {
       front_end_.windows.log.clear();
       script(form);
     };
@@ -138,7 +138,7 @@ TEST_F(Form, SpeedAndTimeLeftStayCalm) {
 }
 
 TEST_F(Form, APressAsksAndInsistingDoesNot) {
-  using Events = platform::ProgressViewEvents;
+  using Events = ports::ProgressViewEvents;
   const auto cancel = &Events::OnCancel;
   const auto stop = &Events::OnStop;
   // Mode, press, answer; whether a question is asked, whether the run is cancelled.
@@ -177,7 +177,7 @@ TEST_F(Form, AFailedRunIsToldByItsKindAndClosesTheWindow) {
   ASSERT_EQ(front_end_.log.size(), 1U);
   EXPECT_TRUE(front_end_.log[0].starts_with("warning|Ошибка загрузки|")) << front_end_.log[0];
   for (const char* const name : {"RootPath", "DataBasePath"})
-    settings_.Set(platform::SettingsRoot::kMachine, general + name, sandbox.Path());
+    settings_.Set(ports::SettingsRoot::kMachine, general + name, sandbox.Path());
   ForgetProductPaths();
   front_end_.windows.log.clear();
   DownloadingForm([] {}).Execute("TMW", "http://h/", "");  // there is no database

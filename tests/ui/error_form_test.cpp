@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "foundation/version.h"
-#include "platform/system_info.h"
+#include "ports/system_info.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/scoped_ports.h"
 
@@ -14,16 +14,16 @@ namespace {
 
 const std::string kDashes = "\r\n——————————————————————————————————————————————————\r\n";
 
-class FixedSystemInfo final : public platform::SystemInfo {
+class FixedSystemInfo final : public ports::SystemInfo {
  public:
   bool is_broken = false;
 
-  std::optional<platform::OsFacts> Os() override {
+  std::optional<ports::OsFacts> Os() override {
     if (is_broken) throw std::runtime_error("no version");
-    return platform::OsFacts{6, 1, 7601, 2, "Service Pack 1"};
+    return ports::OsFacts{6, 1, 7601, 2, "Service Pack 1"};
   }
-  platform::HardwareFacts Hardware() override { return {2047U << 20, 1024U << 20, 7, 0, 4}; }
-  platform::SystemFolders Folders() override { return {}; }
+  ports::HardwareFacts Hardware() override { return {2047U << 20, 1024U << 20, 7, 0, 4}; }
+  ports::SystemFolders Folders() override { return {}; }
 };
 
 TEST(ErrorForm, TheFullTextGathersWhatSupportNeeds) {
@@ -69,7 +69,7 @@ TEST(ErrorForm, DetailsAndCopyingActOnTheWholeText) {
   tests::ScriptedFrontEnd front_end;
   ports->front_end = &front_end;
   ErrorForm form;
-  front_end.windows.on_error = [&](platform::ErrorViewEvents& events) {
+  front_end.windows.on_error = [&](ports::ErrorViewEvents& events) {
     events.OnCopy();
     events.OnDetails();
     events.OnDetails();

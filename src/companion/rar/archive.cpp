@@ -26,7 +26,7 @@ class Archive::PartSource final : public PackedSource {
     const auto wanted = static_cast<std::size_t>(
         std::min<std::uint64_t>(length, archive_.part_.data_size - position_));
     const auto got = archive_.file_->ReadAt(archive_.part_.data_offset + position_, buffer, wanted);
-    if (!got || *got == 0) throw Failure{kRarReadFailed};
+    if (!got || *got == 0) throw Failure{ports::kRarReadFailed};
     position_ += *got;
     return *got;
   }
@@ -46,12 +46,12 @@ class Archive::Sink final : public ContentSink {
                         kMaxTotalSize - archive.total_written_)) {}
 
   void Write(const std::uint8_t* data, std::size_t length) override {
-    if (length > Left()) throw Failure{kRarBadData};
+    if (length > Left()) throw Failure{ports::kRarBadData};
     checksum_.Update(data, length);
     written_ += length;
     archive_.total_written_ += length;
-    if (archive_.listener_ && !archive_.listener_(data, length)) throw Failure{kRarUnknown};
-    if (file_ != nullptr && !file_->Write(data, length)) throw Failure{kRarWriteFailed};
+    if (archive_.listener_ && !archive_.listener_(data, length)) throw Failure{ports::kRarUnknown};
+    if (file_ != nullptr && !file_->Write(data, length)) throw Failure{ports::kRarWriteFailed};
   }
 
   std::uint64_t Left() const override { return limit_ - written_; }
@@ -64,9 +64,9 @@ class Archive::Sink final : public ContentSink {
     const bool has_checksum = last_part.crc || last_part.blake2sp;
     const bool may_be_shorter = entry.method != 0 && !has_checksum;
     if (entry.unpacked_size && written_ != *entry.unpacked_size && !may_be_shorter) {
-      throw Failure{kRarBadData};
+      throw Failure{ports::kRarBadData};
     }
-    if (!checksum_.Matches(last_part)) throw Failure{kRarBadData};
+    if (!checksum_.Matches(last_part)) throw Failure{ports::kRarBadData};
   }
 
  private:
@@ -80,9 +80,9 @@ class Archive::Sink final : public ContentSink {
 Archive::Archive(std::string path, bool for_extraction, VolumeOpener opener)
     : path_(std::move(path)), for_extraction_(for_extraction), opener_(std::move(opener)) {
   file_ = opener_(path_);
-  if (!file_) throw Failure{kRarOpenFailed};
+  if (!file_) throw Failure{ports::kRarOpenFailed};
   reader_ = RecogniseFormat(*file_);
-  if (!reader_) throw Failure{kRarBadArchive};
+  if (!reader_) throw Failure{ports::kRarBadArchive};
   offset_ = reader_->FirstOffset();
   ReadBeginning();
 }
@@ -90,84 +90,85 @@ Archive::Archive(std::string path, bool for_extraction, VolumeOpener opener)
 // The main header, for the flags. What is wrong with it shows again when the entries are read.
 void Archive::ReadBeginning() {
   Block block;
-  if (reader_->Read(*file_, offset_, block) != kRarOk) return;
-  if (block.kind == BlockKind::kEncryption) flags_ |= kRarArchiveEncryptedHeaders;
+  if (reader_->Read(*file_, offset_, block) != ports::kRarOk) return;
+  if (block.kind == BlockKind::kEncryption) flags_ |= ports::kRarArchiveEncryptedHeaders;
   if (block.kind == BlockKind::kMain) flags_ |= block.archive_flags;
-  headers_encrypted_ = (flags_ & kRarArchiveEncryptedHeaders) != 0;
+  headers_encrypted_ = (flags_ & ports::kRarArchiveEncryptedHeaders) != 0;
 }
 
-RarResult Archive::ReadHeader() {
+ports::RarResult Archive::ReadHeader() {
   if (pending_) {
-    const RarResult result = Skip();
-    if (result != kRarOk) return ended_ = result;
+    const ports::RarResult result = Skip();
+    if (result != ports::kRarOk) return ended_ = result;
   }
-  if (ended_ != kRarOk) return ended_;
-  const RarResult result = FindEntry();
-  if (result != kRarOk) ended_ = result;
+  if (ended_ != ports::kRarOk) return ended_;
+  const ports::RarResult result = FindEntry();
+  if (result != ports::kRarOk) ended_ = result;
   return result;
 }
 
-RarResult Archive::FindEntry() {
-  if (headers_encrypted_) return kRarMissingPassword;
+ports::RarResult Archive::FindEntry() {
+  if (headers_encrypted_) return ports::kRarMissingPassword;
   for (;;) {
     Block block;
-    const RarResult result = reader_->Read(*file_, offset_, block);
-    if (result != kRarOk) return result;
+    const ports::RarResult result = reader_->Read(*file_, offset_, block);
+    if (result != ports::kRarOk) return result;
     main_seen_ = main_seen_ || block.kind == BlockKind::kMain;
     // What stands before the main header is not an entry.
     if (block.kind == BlockKind::kFile && main_seen_) {
       entry_ = block.entry;
       part_ = std::move(block);
       pending_ = true;
-      return kRarOk;
+      return ports::kRarOk;
     }
-    if (block.kind == BlockKind::kEncryption) return kRarMissingPassword;
+    if (block.kind == BlockKind::kEncryption) return ports::kRarMissingPassword;
     if (block.kind == BlockKind::kEnd) {
-      if (!block.more_volumes) return kRarEndOfArchive;
-      const RarResult opened = OpenNextVolume();
-      if (opened != kRarOk) return opened;
+      if (!block.more_volumes) return ports::kRarEndOfArchive;
+      const ports::RarResult opened = OpenNextVolume();
+      if (opened != ports::kRarOk) return opened;
       continue;
     }
-    if (block.data_size > 0 && block.NextOffset() > file_->Size()) return kRarReadFailed;
+    if (block.data_size > 0 && block.NextOffset() > file_->Size()) return ports::kRarReadFailed;
     offset_ = block.NextOffset();
   }
 }
 
-RarResult Archive::OpenNextVolume() {
-  const bool new_names = reader_->IsRar5() || (flags_ & kRarArchiveNewNames) != 0;
+ports::RarResult Archive::OpenNextVolume() {
+  const bool new_names = reader_->IsRar5() || (flags_ & ports::kRarArchiveNewNames) != 0;
   const auto next = NextVolumeName(path_, new_names);
-  if (!next || ++volumes_ > kMaxVolumes) return kRarOpenFailed;
+  if (!next || ++volumes_ > kMaxVolumes) return ports::kRarOpenFailed;
   std::unique_ptr<os::ReadableFile> file = opener_(*next);
-  if (!file) return kRarOpenFailed;
+  if (!file) return ports::kRarOpenFailed;
   std::unique_ptr<BlockReader> reader = RecogniseFormat(*file);
-  if (!reader || reader->IsRar5() != reader_->IsRar5()) return kRarBadData;
+  if (!reader || reader->IsRar5() != reader_->IsRar5()) return ports::kRarBadData;
   path_ = *next;
   file_ = std::move(file);
   reader_ = std::move(reader);
   offset_ = reader_->FirstOffset();
-  return kRarOk;
+  return ports::kRarOk;
 }
 
 void Archive::NextPart() {
-  const RarResult opened = OpenNextVolume();
-  if (opened != kRarOk) throw Failure{opened};
+  const ports::RarResult opened = OpenNextVolume();
+  if (opened != ports::kRarOk) throw Failure{opened};
   for (;;) {
     Block block;
-    const RarResult result = reader_->Read(*file_, offset_, block);
-    if (result == kRarEndOfArchive) throw Failure{kRarBadData};
-    if (result != kRarOk) throw Failure{result};
-    if (block.kind == BlockKind::kEncryption) throw Failure{kRarMissingPassword};
-    if (block.kind == BlockKind::kEnd) throw Failure{kRarBadData};
+    const ports::RarResult result = reader_->Read(*file_, offset_, block);
+    if (result == ports::kRarEndOfArchive) throw Failure{ports::kRarBadData};
+    if (result != ports::kRarOk) throw Failure{result};
+    if (block.kind == BlockKind::kEncryption) throw Failure{ports::kRarMissingPassword};
+    if (block.kind == BlockKind::kEnd) throw Failure{ports::kRarBadData};
     offset_ = block.NextOffset();
     if (block.kind != BlockKind::kFile) continue;
-    if (!block.entry.split_before || block.entry.name != entry_.name) throw Failure{kRarBadData};
+    if (!block.entry.split_before || block.entry.name != entry_.name)
+      throw Failure{ports::kRarBadData};
     part_ = std::move(block);
     return;
   }
 }
 
 void Archive::CheckPresent(const Block& block) const {
-  if (block.NextOffset() > file_->Size()) throw Failure{kRarReadFailed};
+  if (block.NextOffset() > file_->Size()) throw Failure{ports::kRarReadFailed};
 }
 
 void Archive::PassOver() {
@@ -180,28 +181,28 @@ void Archive::PassOver() {
 
 // Whatever became of the entry, the next header is looked for behind the part reached last.
 template <typename Action>
-RarResult Archive::Process(Action action) {
-  if (!pending_) return ended_ == kRarOk ? kRarEndOfArchive : ended_;
+ports::RarResult Archive::Process(Action action) {
+  if (!pending_) return ended_ == ports::kRarOk ? ports::kRarEndOfArchive : ended_;
   pending_ = false;
-  RarResult result = kRarOk;
+  ports::RarResult result = ports::kRarOk;
   try {
     action();
   } catch (const Failure& failure) {
     result = failure.code;
   } catch (const std::bad_alloc&) {
-    result = kRarNoMemory;
+    result = ports::kRarNoMemory;
   }
   try {
     PassOver();
   } catch (const Failure& failure) {
-    if (result == kRarOk) result = failure.code;
+    if (result == ports::kRarOk) result = failure.code;
     ended_ = failure.code;
   }
   offset_ = part_.NextOffset();
   return result;
 }
 
-RarResult Archive::Skip() {
+ports::RarResult Archive::Skip() {
   return Process([&] {
     if (!NeedsDecodingForLaterEntries()) return;
     try {
@@ -212,7 +213,7 @@ RarResult Archive::Skip() {
   });
 }
 
-RarResult Archive::Test() {
+ports::RarResult Archive::Test() {
   return Process([&] {
     if (!for_extraction_) return;
     CheckExtractable();
@@ -220,14 +221,14 @@ RarResult Archive::Test() {
   });
 }
 
-RarResult Archive::Extract(const std::string& folder, const std::string& target) {
+ports::RarResult Archive::Extract(const std::string& folder, const std::string& target) {
   return Process([&] {
     if (for_extraction_) ExtractTo(folder, target);
   });
 }
 
 bool Archive::NeedsDecodingForLaterEntries() const {
-  const bool in_solid_archive = for_extraction_ && (flags_ & kRarArchiveSolid) != 0;
+  const bool in_solid_archive = for_extraction_ && (flags_ & ports::kRarArchiveSolid) != 0;
   return in_solid_archive && entry_.method != 0 && !entry_.directory && !entry_.encrypted &&
          !entry_.split_before;
 }
@@ -235,15 +236,15 @@ bool Archive::NeedsDecodingForLaterEntries() const {
 // What stands against extraction, before anything is created.
 void Archive::CheckExtractable() const {
   const bool known_version = reader_->IsRar5() ? entry_.version == 50 : entry_.version <= 36;
-  if (entry_.encrypted) throw Failure{kRarMissingPassword};
-  if (entry_.split_before) throw Failure{kRarBadData};
-  if (!known_version || entry_.method > 5) throw Failure{kRarUnknownFormat};
-  if (entry_.unpacked_size.value_or(0) > kMaxEntrySize) throw Failure{kRarBadData};
+  if (entry_.encrypted) throw Failure{ports::kRarMissingPassword};
+  if (entry_.split_before) throw Failure{ports::kRarBadData};
+  if (!known_version || entry_.method > 5) throw Failure{ports::kRarUnknownFormat};
+  if (entry_.unpacked_size.value_or(0) > kMaxEntrySize) throw Failure{ports::kRarBadData};
   if (entry_.dictionary_kib > kMaxDictionaryKib && entry_.method != 0) {
-    throw Failure{kRarUnknownFormat};
+    throw Failure{ports::kRarUnknownFormat};
   }
   if (entry_.directory && (entry_.packed_size > 0 || entry_.unpacked_size.value_or(0) > 0)) {
-    throw Failure{kRarBadData};
+    throw Failure{ports::kRarBadData};
   }
 }
 
@@ -258,8 +259,8 @@ Decoder& Archive::DecoderForEntry() {
     decompressor_ = MakeDecompressor(family);
     family_ = family;
   }
-  if (!decompressor_) throw Failure{kRarUnknownFormat};
-  if (!solid_chain_is_whole_) throw Failure{kRarBadData};
+  if (!decompressor_) throw Failure{ports::kRarUnknownFormat};
+  if (!solid_chain_is_whole_) throw Failure{ports::kRarBadData};
   return *decompressor_;
 }
 
@@ -278,7 +279,7 @@ void Archive::Decode(os::WritableFile* file) {
 void Archive::ExtractTo(const std::string& folder, const std::string& target) {
   CheckExtractable();
   const auto parts = SafeNameParts({entry_.name, entry_.name_is_sound});
-  if (!parts || entry_.special) throw Failure{kRarCreateFailed};
+  if (!parts || entry_.special) throw Failure{ports::kRarCreateFailed};
   std::string root = folder.empty() ? "." : folder;
   std::vector<std::string> beneath = *parts;
   if (!target.empty()) {
@@ -294,16 +295,16 @@ void Archive::ExtractTo(const std::string& folder, const std::string& target) {
     attributes.dos_attributes = entry_.attributes;
   }
   if (entry_.directory) {
-    if (!os::MakeFolderBeneath(root, beneath, attributes)) throw Failure{kRarCreateFailed};
+    if (!os::MakeFolderBeneath(root, beneath, attributes)) throw Failure{ports::kRarCreateFailed};
     return;
   }
   // An entry that no decoder knows leaves no file.
   DecoderForEntry();
   const std::unique_ptr<os::WritableFile> file = os::CreateBeneath(root, beneath);
-  if (!file) throw Failure{kRarCreateFailed};
+  if (!file) throw Failure{ports::kRarCreateFailed};
   Decode(file.get());
   file->Apply(attributes);
-  if (!file->Close()) throw Failure{kRarWriteFailed};
+  if (!file->Close()) throw Failure{ports::kRarWriteFailed};
 }
 
 }  // namespace companion::rar

@@ -22,7 +22,7 @@ class Archive {
   Archive(std::string path, bool for_extraction, VolumeOpener opener);
 
   // Finds the next entry, passing over the data of one that was not processed.
-  RarResult ReadHeader();
+  ports::RarResult ReadHeader();
 
   // Valid after ReadHeader has given kRarOk.
   const Entry& Current() const { return entry_; }
@@ -31,12 +31,12 @@ class Archive {
   std::uint32_t Flags() const { return flags_; }
   const std::string& VolumePath() const { return path_; }
 
-  RarResult Skip();
-  RarResult Test();
+  ports::RarResult Skip();
+  ports::RarResult Test();
 
   // Creates the entry beneath the folder ("" is the current one) under its own name, or, when a
   // target is given, at that path.
-  RarResult Extract(const std::string& folder, const std::string& target);
+  ports::RarResult Extract(const std::string& folder, const std::string& target);
 
   void SetListener(ContentListener listener) { listener_ = std::move(listener); }
 
@@ -45,8 +45,8 @@ class Archive {
   class Sink;
 
   void ReadBeginning();
-  RarResult FindEntry();
-  RarResult OpenNextVolume();
+  ports::RarResult FindEntry();
+  ports::RarResult OpenNextVolume();
   // Goes on to the part of the current entry in the next volume. Throws Failure.
   void NextPart();
   // Passes over the rest of the current entry in all volumes. Throws Failure.
@@ -59,7 +59,7 @@ class Archive {
   void ExtractTo(const std::string& folder, const std::string& target);
   void CheckExtractable() const;
   template <typename Action>
-  RarResult Process(Action action);
+  ports::RarResult Process(Action action);
 
   std::string path_;
   bool for_extraction_;
@@ -72,7 +72,7 @@ class Archive {
   int volumes_ = 1;
   bool headers_encrypted_ = false;
   bool main_seen_ = false;
-  RarResult ended_ = kRarOk;  // once reading has ended: how
+  ports::RarResult ended_ = ports::kRarOk;  // once reading has ended: how
 
   Entry entry_;           // as in the volume where it begins
   Block part_;            // its part in the current volume

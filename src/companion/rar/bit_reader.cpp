@@ -71,7 +71,7 @@ void BitReader::MoveTo(std::uint64_t position) {
 }
 
 void BitReader::ThrowOverrun() {
-  throw Failure{kRarBadData};
+  throw Failure{ports::kRarBadData};
 }
 
 }  // namespace companion::rar

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "companion/abi.h"
 #include "companion/os.h"
+#include "ports/companion_abi.h"
 
 namespace companion::rar {
 
@@ -57,7 +57,8 @@ class BlockReader {
 
   // kRarOk, or why there is no block: kRarEndOfArchive at the end of the file, kRarBadData for a
   // damaged header, kRarReadFailed for a failing read (and RAR 4 headers that are cut off).
-  virtual RarResult Read(os::ReadableFile& file, std::uint64_t offset, Block& block) const = 0;
+  virtual ports::RarResult Read(os::ReadableFile& file, std::uint64_t offset,
+                                Block& block) const = 0;
   virtual std::uint64_t FirstOffset() const = 0;  // length of the signature
   virtual bool IsRar5() const = 0;
 };

@@ -47,7 +47,7 @@ void ReadCodeLengths(BitReader& reader, bool add, std::span<std::uint8_t> length
     }
     // 16 and 17 repeat the length before, 18 and 19 zero; the odd ones have long runs.
     const std::uint32_t run = symbol % 2 == 0 ? reader.Take(3) + 3 : reader.Take(7) + 11;
-    if (symbol < 18 && i == 0) throw Failure{kRarBadData};
+    if (symbol < 18 && i == 0) throw Failure{ports::kRarBadData};
     const std::uint8_t value = symbol < 18 ? lengths[i - 1] : std::uint8_t{0};
     const std::size_t until = std::min(lengths.size(), i + run);
     std::fill(lengths.begin() + static_cast<std::ptrdiff_t>(i),

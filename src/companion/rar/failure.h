@@ -1,12 +1,12 @@
 #pragma once
 
-#include "companion/abi.h"
+#include "ports/companion_abi.h"
 
 namespace companion::rar {
 
 // Travels inside the reader and becomes a result code at its surface.
 struct Failure {
-  RarResult code;
+  ports::RarResult code;
 };
 
 }  // namespace companion::rar

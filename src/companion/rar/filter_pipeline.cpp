@@ -17,15 +17,15 @@ void FilterPipeline::Announce(std::uint64_t start, std::uint64_t length,
                               const FilterRequest& request) {
   if (length == 0) return;
   if (length > kMaxBlock || start < position_ || pending_.size() >= kMaxPending)
-    throw Failure{kRarBadData};
+    throw Failure{ports::kRarBadData};
   if (!pending_.empty()) {
     Block& last = pending_.back();
     if (last.start == start && last.length == length) {
-      if (last.filters.size() >= kMaxStacked) throw Failure{kRarBadData};
+      if (last.filters.size() >= kMaxStacked) throw Failure{ports::kRarBadData};
       last.filters.push_back(request);
       return;
     }
-    if (start < last.start + last.length) throw Failure{kRarBadData};
+    if (start < last.start + last.length) throw Failure{ports::kRarBadData};
   }
   pending_.push_back({start, static_cast<std::uint32_t>(length), {request}});
 }

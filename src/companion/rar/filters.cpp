@@ -210,7 +210,7 @@ void UndoFilter(const FilterRequest& request, std::uint64_t position,
                 std::vector<std::uint8_t>& block, std::vector<std::uint8_t>& scratch) {
   switch (request.kind) {
     case FilterKind::kDelta:
-      if (request.channels == 0) throw Failure{kRarBadData};
+      if (request.channels == 0) throw Failure{ports::kRarBadData};
       UndoInto(block, scratch,
                [&](auto packed, auto out) { UndoDelta(request.channels, packed, out); });
       break;
@@ -225,11 +225,11 @@ void UndoFilter(const FilterRequest& request, std::uint64_t position,
       UndoItanium(position, block);
       break;
     case FilterKind::kRgb:
-      if (request.stride <= 3 || request.red_offset > 2) throw Failure{kRarBadData};
+      if (request.stride <= 3 || request.red_offset > 2) throw Failure{ports::kRarBadData};
       UndoInto(block, scratch, [&](auto packed, auto out) { UndoRgb(request, packed, out); });
       break;
     case FilterKind::kAudio:
-      if (request.channels == 0) throw Failure{kRarBadData};
+      if (request.channels == 0) throw Failure{ports::kRarBadData};
       UndoInto(block, scratch,
                [&](auto packed, auto out) { UndoAudio(request.channels, packed, out); });
       break;

@@ -61,7 +61,7 @@ void PpmdHeap::Resize(std::uint32_t size) {
   size_ = 0;
   // Behind the end stands the head of the ring of free pieces.
   memory_.reset(static_cast<std::uint8_t*>(std::malloc(std::size_t{kBegin} + size + kUnit)));
-  if (!memory_) throw Failure{kRarNoMemory};
+  if (!memory_) throw Failure{ports::kRarNoMemory};
   std::memset(At(0), 0, kBegin);
   size_ = size;
 }

@@ -208,7 +208,7 @@ PpmdModel::Ref PpmdModel::CreateSuccessors(bool skip_found) {
       if (count == 0) return ref;
       break;
     }
-    if (count == waiting.size()) throw Failure{kRarBadData};
+    if (count == waiting.size()) throw Failure{ports::kRarBadData};
     waiting[count++] = state;
   }
 
@@ -221,7 +221,7 @@ PpmdModel::Ref PpmdModel::CreateSuccessors(bool skip_found) {
       state = state.Next();
     const std::uint32_t own = state.Frequency() - 1;
     const std::uint32_t others = context.Sum() - context.Symbols() - own;
-    if (others == 0) throw Failure{kRarBadData};
+    if (others == 0) throw Failure{ports::kRarBadData};
     up_frequency = 1 + (2 * own <= others ? (5 * own > others ? 1U : 0U)
                                           : (2 * own + 3 * others - 1) / (2 * others));
   }

@@ -16,7 +16,7 @@ std::uint32_t HighBitsFlag(std::uint8_t symbol) {
 }
 
 [[noreturn]] void ThrowDamaged() {
-  throw Failure{kRarBadData};
+  throw Failure{ports::kRarBadData};
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ class RangeDecoder {
   // Where the next symbol lies in a range of `total`. Not less than `total` in damaged data.
   std::uint32_t Threshold(std::uint32_t total) {
     range_ /= total;
-    if (range_ == 0) throw Failure{kRarBadData};
+    if (range_ == 0) throw Failure{ports::kRarBadData};
     return (code_ - low_) / range_;
   }
 

@@ -65,7 +65,7 @@ std::uint32_t TakeSlot(const Slot& slot, BitCursor& in) {
 }  // namespace
 
 void Rar3Decoder::Decode(const Entry& entry, PackedSource& source, ContentSink& sink) {
-  if (entry.solid && !can_go_on_) throw Failure{kRarBadData};
+  if (entry.solid && !can_go_on_) throw Failure{ports::kRarBadData};
   if (!entry.solid) ResetState();
   can_go_on_ = false;
   window_.SetDictionary(kDictionary);
@@ -127,10 +127,10 @@ void Rar3Decoder::BeginModel() {
   if (is_new) {
     std::uint32_t order = (flags & 0x1FU) + 1;
     if (order > 16) order = 16 + (order - 16) * 3;
-    if (order < 2) throw Failure{kRarBadData};
+    if (order < 2) throw Failure{ports::kRarBadData};
     model_.Start(order, memory);
   }
-  if (!model_.IsStarted()) throw Failure{kRarBadData};
+  if (!model_.IsStarted()) throw Failure{ports::kRarBadData};
 }
 
 void Rar3Decoder::ReadTables() {
@@ -164,7 +164,7 @@ Rar3Decoder::Next Rar3Decoder::FinishCodes() {
   const std::uint32_t symbol = literals_.Decode(in);
   const bool is_command = symbol == kEndSymbol || symbol == kFilterSymbol;
   if (left <= 0 || (!is_command && left < kRestBits)) return Next::kEndOfEntry;
-  if (!is_command || window_.Position() > entry_end_) throw Failure{kRarBadData};
+  if (!is_command || window_.Position() > entry_end_) throw Failure{ports::kRarBadData};
   reader_.Cursor() = in;
   reader_.CheckNotOverrun();
   if (symbol == kEndSymbol) return EndCodes();
@@ -209,7 +209,7 @@ std::uint32_t Rar3Decoder::DecodeSymbols(std::uint64_t until, std::ptrdiff_t bit
   }
   reader_.Cursor() = in;
   window_.Set(window);
-  if (!is_sound) throw Failure{kRarBadData};
+  if (!is_sound) throw Failure{ports::kRarBadData};
   return command;
 }
 
@@ -280,13 +280,13 @@ Rar3Decoder::Next Rar3Decoder::RunModel() {
 // The content is complete; only commands may follow.
 Rar3Decoder::Next Rar3Decoder::FinishModel() {
   const bool is_near_end = reader_.UncheckedBits() < kRestBits;
-  if (window_.Position() > entry_end_) throw Failure{kRarBadData};
+  if (window_.Position() > entry_end_) throw Failure{ports::kRarBadData};
   needs_block_ = true;
   if (model_.Decode(range_) == escape_) {
     const std::uint8_t command = model_.Decode(range_);
     if (command == 0 || command == 2 || command == 3) return ObeyModel(command);
   }
-  if (!is_near_end) throw Failure{kRarBadData};
+  if (!is_near_end) throw Failure{ports::kRarBadData};
   return Next::kEndOfEntry;
 }
 
@@ -322,7 +322,7 @@ Rar3Decoder::Next Rar3Decoder::ObeyModel(std::uint8_t command) {
 
 void Rar3Decoder::CopyForModel(std::uint32_t distance, std::uint32_t length) {
   SlidingWindow::Cursor window = window_.Take();
-  if (!window.Copy(distance, length)) throw Failure{kRarBadData};
+  if (!window.Copy(distance, length)) throw Failure{ports::kRarBadData};
   window_.Set(window);
 }
 

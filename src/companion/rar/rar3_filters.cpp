@@ -98,19 +98,19 @@ std::size_t Rar3Filters::SelectProgram(bool is_named, Bits& bits, FilterPipeline
 // The first byte of a program is the exclusive or of the others.
 FilterKind Rar3Filters::ReadProgram(Bits& bits) {
   const std::uint32_t length = bits.TakeNumber();
-  if (length == 0 || length > kMaxProgramLength) throw Failure{kRarBadData};
+  if (length == 0 || length > kMaxProgramLength) throw Failure{ports::kRarBadData};
   std::vector<std::uint8_t> program(length);
   std::uint8_t check = 0;
   for (std::uint8_t& byte : program) {
     byte = static_cast<std::uint8_t>(bits.Take(8));
     check ^= byte;
   }
-  if (!bits.IsSound() || check != 0) throw Failure{kRarBadData};
+  if (!bits.IsSound() || check != 0) throw Failure{ports::kRarBadData};
   const auto crc = static_cast<std::uint32_t>(crc32_z(0, program.data(), program.size()));
   const auto* const known = std::find_if(
       kKnownPrograms.begin(), kKnownPrograms.end(),
       [&](const KnownProgram& each) { return each.length == length && each.crc == crc; });
-  if (known == kKnownPrograms.end()) throw Failure{kRarUnknownFormat};
+  if (known == kKnownPrograms.end()) throw Failure{ports::kRarUnknownFormat};
   return known->kind;
 }
 
@@ -118,7 +118,7 @@ void Rar3Filters::Declare(std::uint8_t flags, std::span<const std::uint8_t> decl
                           std::uint64_t position, FilterPipeline& pipeline) {
   Bits bits(declaration);
   const std::size_t number = SelectProgram((flags & kNamesProgram) != 0, bits, pipeline);
-  if (number > programs_.size() || number >= kMaxPrograms) throw Failure{kRarBadData};
+  if (number > programs_.size() || number >= kMaxPrograms) throw Failure{ports::kRarBadData};
   last_program_ = number;
   const bool is_new = number == programs_.size();
 
@@ -141,13 +141,13 @@ void Rar3Filters::Declare(std::uint8_t flags, std::span<const std::uint8_t> decl
   program.block_length = length;
   if ((flags & kHasData) != 0) {
     const std::uint32_t data = bits.TakeNumber();
-    if (data > kMaxDataLength) throw Failure{kRarBadData};
+    if (data > kMaxDataLength) throw Failure{ports::kRarBadData};
     for (std::uint32_t i = 0; i < data; ++i)
       bits.Take(8);
   }
-  if (!bits.IsSound() || registers[4] != length) throw Failure{kRarBadData};
+  if (!bits.IsSound() || registers[4] != length) throw Failure{ports::kRarBadData};
   if (length > (IsDoneInPlace(program.kind) ? kWorkSize : kWorkSize / 2))
-    throw Failure{kRarBadData};
+    throw Failure{ports::kRarBadData};
 
   FilterRequest request;
   request.kind = program.kind;

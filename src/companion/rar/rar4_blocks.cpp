@@ -37,13 +37,13 @@ constexpr std::size_t kPrefix = 7;  // up to the header size
 
 std::uint32_t MainFlags(std::uint16_t stored) {
   std::uint32_t flags = 0;
-  if ((stored & kMainVolume) != 0) flags |= kRarArchiveVolume;
-  if ((stored & kMainLocked) != 0) flags |= kRarArchiveLocked;
-  if ((stored & kMainSolid) != 0) flags |= kRarArchiveSolid;
-  if ((stored & kMainNewNames) != 0) flags |= kRarArchiveNewNames;
-  if ((stored & kMainRecovery) != 0) flags |= kRarArchiveRecovery;
-  if ((stored & kMainEncrypted) != 0) flags |= kRarArchiveEncryptedHeaders;
-  if ((stored & kMainFirstVolume) != 0) flags |= kRarArchiveFirstVolume;
+  if ((stored & kMainVolume) != 0) flags |= ports::kRarArchiveVolume;
+  if ((stored & kMainLocked) != 0) flags |= ports::kRarArchiveLocked;
+  if ((stored & kMainSolid) != 0) flags |= ports::kRarArchiveSolid;
+  if ((stored & kMainNewNames) != 0) flags |= ports::kRarArchiveNewNames;
+  if ((stored & kMainRecovery) != 0) flags |= ports::kRarArchiveRecovery;
+  if ((stored & kMainEncrypted) != 0) flags |= ports::kRarArchiveEncryptedHeaders;
+  if ((stored & kMainFirstVolume) != 0) flags |= ports::kRarArchiveFirstVolume;
   return flags;
 }
 
@@ -109,32 +109,33 @@ bool ParseHeader(std::uint8_t type, std::uint16_t flags, FieldCursor fields, Blo
 
 class Rar4BlockReader final : public BlockReader {
  public:
-  RarResult Read(os::ReadableFile& file, std::uint64_t offset, Block& block) const override {
+  ports::RarResult Read(os::ReadableFile& file, std::uint64_t offset, Block& block) const override {
     std::array<std::uint8_t, kPrefix> prefix{};
     const auto got = file.ReadAt(offset, prefix.data(), prefix.size());
-    if (!got) return kRarReadFailed;
-    if (*got == 0) return kRarEndOfArchive;
-    if (*got < prefix.size()) return kRarReadFailed;
+    if (!got) return ports::kRarReadFailed;
+    if (*got == 0) return ports::kRarEndOfArchive;
+    if (*got < prefix.size()) return ports::kRarReadFailed;
     FieldCursor cursor(prefix);
     const auto crc = cursor.Take<std::uint16_t>();
     const auto type = cursor.Take<std::uint8_t>();
     const auto flags = cursor.Take<std::uint16_t>();
     const auto size = cursor.Take<std::uint16_t>();
-    if (size < kPrefix) return kRarBadData;
+    if (size < kPrefix) return ports::kRarBadData;
     std::vector<std::uint8_t> bytes(size);
     const auto whole = file.ReadAt(offset, bytes.data(), bytes.size());
-    if (!whole || *whole < bytes.size()) return kRarReadFailed;
+    if (!whole || *whole < bytes.size()) return ports::kRarReadFailed;
 #ifndef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
-    if ((crc32_z(0, bytes.data() + 2, bytes.size() - 2) & 0xFFFFU) != crc) return kRarBadData;
+    if ((crc32_z(0, bytes.data() + 2, bytes.size() - 2) & 0xFFFFU) != crc)
+      return ports::kRarBadData;
 #else
     (void)crc;
 #endif
     block = Block();
     block.data_offset = offset + size;
     if (!ParseHeader(type, flags, FieldCursor(std::span(bytes).subspan(kPrefix)), block)) {
-      return kRarBadData;
+      return ports::kRarBadData;
     }
-    return block.data_size > kMaxPackedSize ? kRarReadFailed : kRarOk;
+    return block.data_size > kMaxPackedSize ? ports::kRarReadFailed : ports::kRarOk;
   }
 
   std::uint64_t FirstOffset() const override {

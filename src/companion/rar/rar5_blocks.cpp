@@ -112,11 +112,12 @@ std::uint32_t MainFlags(FieldCursor& fields) {
   const std::uint64_t stored = fields.TakeVint();
   const bool has_number = (stored & 2U) != 0;
   const bool is_first = !has_number || fields.TakeVint() == 0;
-  std::uint32_t flags = kRarArchiveNewNames;
-  if ((stored & 1U) != 0) flags |= kRarArchiveVolume | (is_first ? kRarArchiveFirstVolume : 0U);
-  if ((stored & 4U) != 0) flags |= kRarArchiveSolid;
-  if ((stored & 8U) != 0) flags |= kRarArchiveRecovery;
-  if ((stored & 16U) != 0) flags |= kRarArchiveLocked;
+  std::uint32_t flags = ports::kRarArchiveNewNames;
+  if ((stored & 1U) != 0)
+    flags |= ports::kRarArchiveVolume | (is_first ? ports::kRarArchiveFirstVolume : 0U);
+  if ((stored & 4U) != 0) flags |= ports::kRarArchiveSolid;
+  if ((stored & 8U) != 0) flags |= ports::kRarArchiveRecovery;
+  if ((stored & 16U) != 0) flags |= ports::kRarArchiveLocked;
   return flags;
 }
 
@@ -160,29 +161,29 @@ bool ParseHeader(std::span<const std::uint8_t> header, Block& block) {
 
 class Rar5BlockReader final : public BlockReader {
  public:
-  RarResult Read(os::ReadableFile& file, std::uint64_t offset, Block& block) const override {
+  ports::RarResult Read(os::ReadableFile& file, std::uint64_t offset, Block& block) const override {
     std::array<std::uint8_t, 7> beginning{};  // CRC and at most three bytes of the size
     const auto got = file.ReadAt(offset, beginning.data(), beginning.size());
-    if (!got) return kRarReadFailed;
-    if (*got < beginning.size()) return kRarEndOfArchive;
+    if (!got) return ports::kRarReadFailed;
+    if (*got < beginning.size()) return ports::kRarEndOfArchive;
     FieldCursor cursor(beginning);
     const auto crc = cursor.Take<std::uint32_t>();
     const std::uint64_t size = cursor.TakeVint();
-    if (!cursor.IsSound() || size == 0 || size > kMaxHeaderLength) return kRarBadData;
+    if (!cursor.IsSound() || size == 0 || size > kMaxHeaderLength) return ports::kRarBadData;
     const std::size_t size_length = beginning.size() - 4 - cursor.Left();
     std::vector<std::uint8_t> bytes(size_length + static_cast<std::size_t>(size));
     const auto whole = file.ReadAt(offset + 4, bytes.data(), bytes.size());
-    if (!whole) return kRarReadFailed;
-    if (*whole < bytes.size()) return kRarEndOfArchive;
+    if (!whole) return ports::kRarReadFailed;
+    if (*whole < bytes.size()) return ports::kRarEndOfArchive;
 #ifndef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
-    if (crc32_z(0, bytes.data(), bytes.size()) != crc) return kRarBadData;
+    if (crc32_z(0, bytes.data(), bytes.size()) != crc) return ports::kRarBadData;
 #else
     (void)crc;
 #endif
     block = Block();
     block.data_offset = offset + 4 + bytes.size();
-    if (!ParseHeader(std::span(bytes).subspan(size_length), block)) return kRarBadData;
-    return kRarOk;
+    if (!ParseHeader(std::span(bytes).subspan(size_length), block)) return ports::kRarBadData;
+    return ports::kRarOk;
   }
 
   std::uint64_t FirstOffset() const override {

@@ -31,8 +31,8 @@ std::uint32_t TakeLength(std::uint32_t slot, BitCursor& in) {
 }  // namespace
 
 void Rar5Decoder::Decode(const Entry& entry, PackedSource& source, ContentSink& sink) {
-  if (entry.dictionary_kib > kMaxDictionaryKib) throw Failure{kRarUnknownFormat};
-  if (entry.solid && !can_go_on_) throw Failure{kRarBadData};
+  if (entry.dictionary_kib > kMaxDictionaryKib) throw Failure{ports::kRarUnknownFormat};
+  if (entry.solid && !can_go_on_) throw Failure{ports::kRarBadData};
   if (!entry.solid) ResetState();
   can_go_on_ = false;
   window_.SetDictionary(std::uint64_t{entry.dictionary_kib} << 10U);
@@ -45,7 +45,7 @@ void Rar5Decoder::Decode(const Entry& entry, PackedSource& source, ContentSink& 
   while (more) {
     const Block block = ReadBlockHeader();
     if (block.has_tables) ReadTables();
-    if (!has_tables_) throw Failure{kRarBadData};
+    if (!has_tables_) throw Failure{ports::kRarBadData};
     DecodeBlock(block);
     more = !block.is_last;
   }
@@ -64,7 +64,7 @@ Rar5Decoder::Block Rar5Decoder::ReadBlockHeader() {
   const std::uint32_t flags = reader_.Take(8);
   const std::uint32_t check = reader_.Take(8);
   const unsigned length_bytes = ((flags >> 3U) & 3U) + 1;
-  if (length_bytes > 3) throw Failure{kRarBadData};
+  if (length_bytes > 3) throw Failure{ports::kRarBadData};
   std::uint32_t length = 0;
   std::uint32_t sum = 0x5AU ^ flags;
   for (unsigned i = 0; i < length_bytes; ++i) {
@@ -72,7 +72,7 @@ Rar5Decoder::Block Rar5Decoder::ReadBlockHeader() {
     length |= byte << (8 * i);
     sum ^= byte;
   }
-  if (sum != check) throw Failure{kRarBadData};
+  if (sum != check) throw Failure{ports::kRarBadData};
   Block block;
   block.next = reader_.Position() + std::uint64_t{length} * 8;
   block.end = length == 0 ? block.next : block.next - 8 + (flags & 7U) + 1;
@@ -132,7 +132,7 @@ bool Rar5Decoder::DecodeSymbols(std::uint64_t until, std::ptrdiff_t bits) {
   }
   reader_.Cursor() = in;
   window_.Set(window);
-  if (!is_sound) throw Failure{kRarBadData};
+  if (!is_sound) throw Failure{ports::kRarBadData};
   return is_filter;
 }
 
@@ -186,7 +186,7 @@ void Rar5Decoder::ReadFilter() {
   static constexpr std::array kKinds = {FilterKind::kDelta, FilterKind::kX86Call,
                                         FilterKind::kX86Jump, FilterKind::kArm};
   const std::uint32_t kind = reader_.Take(3);
-  if (kind >= kKinds.size()) throw Failure{kRarBadData};
+  if (kind >= kKinds.size()) throw Failure{ports::kRarBadData};
   FilterRequest request;
   request.kind = kKinds[kind];
   request.position_wraps = true;

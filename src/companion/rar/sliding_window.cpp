@@ -18,7 +18,7 @@ void SlidingWindow::Reserve(std::size_t length, std::uint64_t expected) {
   std::uint64_t wanted = std::max(position_ + length, size * 2);
   wanted = std::max(wanted, position_ + std::min(expected, kBelieved));
   wanted = std::min(std::bit_ceil(std::max<std::uint64_t>(wanted, kMinSize)), dictionary_);
-  if (wanted > SIZE_MAX) throw Failure{kRarNoMemory};
+  if (wanted > SIZE_MAX) throw Failure{ports::kRarNoMemory};
   Grow(static_cast<std::size_t>(wanted));
 }
 
@@ -27,12 +27,12 @@ void SlidingWindow::Grow(std::size_t size) {
   if (position_ <= old_size) {
     // Not yet gone around: the content stands at the beginning.
     auto* grown = static_cast<std::uint8_t*>(std::realloc(data_.get(), size));
-    if (grown == nullptr) throw Failure{kRarNoMemory};
+    if (grown == nullptr) throw Failure{ports::kRarNoMemory};
     static_cast<void>(data_.release());
     data_.reset(grown);
   } else {
     std::unique_ptr<std::uint8_t, Free> grown(static_cast<std::uint8_t*>(std::malloc(size)));
-    if (grown == nullptr) throw Failure{kRarNoMemory};
+    if (grown == nullptr) throw Failure{ports::kRarNoMemory};
     std::uint64_t from = position_ - old_size;
     ForEachPiece(from, [&](std::span<const std::uint8_t> piece) {
       // The new size is a multiple of the old one, so a piece is contiguous there as well.

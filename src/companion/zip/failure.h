@@ -1,12 +1,12 @@
 #pragma once
 
-#include "companion/abi.h"
+#include "ports/companion_abi.h"
 
 namespace companion::zip {
 
 // Travels inside the zip engine and becomes a result code at its surface.
 struct Failure {
-  ZipResult code;
+  ports::ZipResult code;
 };
 
 }  // namespace companion::zip

@@ -132,7 +132,7 @@ class Collector {
     if (is_new) {
       inputs_.found.push_back({path, name + ending, facts});
     } else if (known->second != Folded(WithSlashes(path))) {
-      throw Failure{kZipBadOptions};
+      throw Failure{ports::kZipBadOptions};
     }
   }
 

@@ -36,7 +36,7 @@ class Deflater {
  public:
   explicit Deflater(int level) {
     if (deflateInit2(&stream_, level, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
-      throw Failure{kZipNoMemory};
+      throw Failure{ports::kZipNoMemory};
     }
     // At the highest level zlib follows 4096 earlier places for each match. The last 3600 of them
     // shorten a database by a thousandth and take a quarter of the time.
@@ -60,7 +60,7 @@ class Deflater {
     const int result = deflate(&stream_, piece.last ? Z_FINISH : Z_SYNC_FLUSH);
     if (result != (piece.last ? Z_STREAM_END : Z_OK) || stream_.avail_in != 0 ||
         stream_.avail_out == 0) {
-      throw Failure{kZipInternal};
+      throw Failure{ports::kZipInternal};
     }
     packed.resize(packed.size() - stream_.avail_out);
     return packed;

@@ -17,7 +17,7 @@ class NewZip {
  public:
   explicit NewZip(std::string path) : path_(std::move(path)) {
     file_ = os::CreateTemporaryBeside(path_, temporary_);
-    if (!file_) throw Failure{kZipCreateFailed};
+    if (!file_) throw Failure{ports::kZipCreateFailed};
   }
   NewZip(const NewZip&) = delete;
   NewZip& operator=(const NewZip&) = delete;
@@ -41,10 +41,11 @@ class NewZip {
     entry.packed_size = totals.packed_size;
     constexpr std::uint64_t kLargest = 0xFFFFFFFE;
     if (!entry.has_local_zip64 && std::max(entry.size, entry.packed_size) > kLargest) {
-      throw Failure{kZipReadFailed};  // the file grew beyond what its header has room for
+      throw Failure{ports::kZipReadFailed};  // the file grew beyond what its header has room for
     }
     const std::string header = MakeLocalHeader(entry);
-    if (!file_->WriteAt(entry.offset, header.data(), header.size())) throw Failure{kZipWriteFailed};
+    if (!file_->WriteAt(entry.offset, header.data(), header.size()))
+      throw Failure{ports::kZipWriteFailed};
     directory_.entries.push_back(std::move(entry));
   }
 
@@ -59,7 +60,7 @@ class NewZip {
     for (std::uint64_t left = entry.packed_size; left > 0;) {
       const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, buffer.size()));
       const auto got = source.ReadAt(from, buffer.data(), wanted);
-      if (!got || *got == 0) throw Failure{kZipReadFailed};
+      if (!got || *got == 0) throw Failure{ports::kZipReadFailed};
       Write(buffer.data(), *got);
       from += *got;
       left -= *got;
@@ -75,17 +76,17 @@ class NewZip {
   void Publish() {
     Write(MakeDirectory(directory_, offset_));
     const bool is_on_disk = file_->Flush();
-    if (!file_->Close() || !is_on_disk) throw Failure{kZipWriteFailed};
+    if (!file_->Close() || !is_on_disk) throw Failure{ports::kZipWriteFailed};
     file_ = nullptr;
     ReadBack();
-    if (!os::Rename(temporary_, path_)) throw Failure{kZipCreateFailed};
+    if (!os::Rename(temporary_, path_)) throw Failure{ports::kZipCreateFailed};
     published_ = true;
     os::FlushFolderOf(path_);
   }
 
  private:
   void Write(const void* data, std::size_t length) {
-    if (!file_->Write(data, length)) throw Failure{kZipWriteFailed};
+    if (!file_->Write(data, length)) throw Failure{ports::kZipWriteFailed};
     offset_ += length;
   }
   void Write(const std::string& bytes) { Write(bytes.data(), bytes.size()); }
@@ -94,20 +95,20 @@ class NewZip {
   void ReadBack() const {
     os::ErrorCode error = 0;
     const auto file = os::OpenForReading(temporary_, error);
-    if (!file) throw Failure{kZipWriteFailed};
+    if (!file) throw Failure{ports::kZipWriteFailed};
     try {
       const ZipDirectory found = ReadDirectory(*file);
-      if (found.entries.size() != directory_.entries.size()) throw Failure{kZipBadStructure};
+      if (found.entries.size() != directory_.entries.size()) throw Failure{ports::kZipBadStructure};
       for (std::size_t i = 0; i < found.entries.size(); ++i) {
         const ZipEntry& entry = found.entries[i];
         const ZipEntry& written = directory_.entries[i];
         if (entry.name != written.name || entry.crc != written.crc || entry.size != written.size) {
-          throw Failure{kZipBadStructure};
+          throw Failure{ports::kZipBadStructure};
         }
         CheckEntry(*file, entry);
       }
     } catch (const Failure&) {
-      throw Failure{kZipWriteFailed};
+      throw Failure{ports::kZipWriteFailed};
     }
   }
 
@@ -136,38 +137,38 @@ class Command {
       : zip_path_(zip_path), settings_(settings), listeners_(listeners) {
     const os::Facts facts = os::Examine(zip_path_);
     if (facts.kind == os::Kind::kNone) return;
-    if (facts.kind != os::Kind::kFile) throw Failure{kZipCreateFailed};
+    if (facts.kind != os::Kind::kFile) throw Failure{ports::kZipCreateFailed};
     os::ErrorCode error = 0;
     old_file_ = os::OpenForReading(zip_path_, error);
-    if (!old_file_) throw Failure{kZipOpenFailed};
+    if (!old_file_) throw Failure{ports::kZipOpenFailed};
     old_ = ReadDirectory(*old_file_);
   }
 
   void Delete(const std::vector<std::string>& names) {
-    if (!old_file_) throw Failure{kZipMissingZip};
+    if (!old_file_) throw Failure{ports::kZipMissingZip};
     const std::size_t before = old_.entries.size();
     std::erase_if(old_.entries, [&](const ZipEntry& entry) {
       return std::any_of(names.begin(), names.end(),
                          [&](const std::string& name) { return MatchesMask(NameOf(entry), name); });
     });
-    if (old_.entries.size() == before) throw Failure{kZipNothingToDo};
+    if (old_.entries.size() == before) throw Failure{ports::kZipNothingToDo};
     if (old_.entries.empty()) {
       old_file_ = nullptr;
-      if (!os::Remove(zip_path_)) throw Failure{kZipWriteFailed};
+      if (!os::Remove(zip_path_)) throw Failure{ports::kZipWriteFailed};
       return;
     }
     WriteAll({});
   }
 
   void Add(const std::vector<std::string>& names) {
-    if (settings_.freshen && !old_file_) throw Failure{kZipMissingZip};
+    if (settings_.freshen && !old_file_) throw Failure{ports::kZipMissingZip};
     ZipInputs inputs = CollectInputs(names, settings_, zip_path_);
     for (const std::string& name : inputs.missing)
       Print("zip warning: name not matched: " + name);
     // A backup that lacks a file somebody named must not look like one.
-    if (!inputs.missing.empty() && !inputs.found.empty()) throw Failure{kZipOpenFailed};
+    if (!inputs.missing.empty() && !inputs.found.empty()) throw Failure{ports::kZipOpenFailed};
     std::erase_if(inputs.found, [&](const ZipInput& input) { return !IsWanted(input); });
-    if (inputs.found.empty()) throw Failure{kZipNothingToDo};
+    if (inputs.found.empty()) throw Failure{ports::kZipNothingToDo};
     for (const ZipInput& input : inputs.found) {
       std::erase_if(old_.entries,
                     [&](const ZipEntry& e) { return NameOf(e) == input.stored_name; });
@@ -202,7 +203,8 @@ class Command {
       latest = std::max(latest, rar::ToDosTime(input.facts.modified));
       Print("  adding: " + input.stored_name);
       AddInput(zip, input);
-      if (!listeners_.entry_done(input.stored_name, input.facts.size)) throw Failure{kZipAborted};
+      if (!listeners_.entry_done(input.stored_name, input.facts.size))
+        throw Failure{ports::kZipAborted};
     }
     zip.SetComment(settings_.ask_comment ? listeners_.ask_comment(old_.comment) : old_.comment);
     old_file_ = nullptr;  // Windows does not replace a file that is open
@@ -229,7 +231,7 @@ class Command {
     }
     os::ErrorCode error = 0;
     std::shared_ptr<os::ReadableFile> file = os::OpenForReading(input.path, error);
-    if (!file) throw Failure{kZipOpenFailed};
+    if (!file) throw Failure{ports::kZipOpenFailed};
     if (settings_.level > 0 && file->Size() > 0) entry.method = kMethodDeflated;
     if (settings_.level >= 8) entry.flags |= 2U;
     const LineEnds line_ends = settings_.crlf_to_lf   ? LineEnds::kToLf
@@ -257,24 +259,25 @@ class Command {
 
 }  // namespace
 
-ZipResult RunZipCommand(const std::string& zip_path, const std::vector<std::string>& names,
-                        const ZipSettings& settings, const ZipListeners& listeners) noexcept {
+ports::ZipResult RunZipCommand(const std::string& zip_path, const std::vector<std::string>& names,
+                               const ZipSettings& settings,
+                               const ZipListeners& listeners) noexcept {
   try {
-    if (names.empty()) return kZipNothingToDo;
-    if (zip_path.empty()) return kZipBadOptions;
+    if (names.empty()) return ports::kZipNothingToDo;
+    if (zip_path.empty()) return ports::kZipBadOptions;
     Command command(zip_path, settings, listeners);
     if (settings.delete_entries) {
       command.Delete(names);
     } else {
       command.Add(names);
     }
-    return kZipOk;
+    return ports::kZipOk;
   } catch (const Failure& failure) {
     return failure.code;
   } catch (const std::bad_alloc&) {
-    return kZipNoMemory;
+    return ports::kZipNoMemory;
   } catch (const std::exception&) {
-    return kZipInternal;
+    return ports::kZipInternal;
   }
 }
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "companion/abi.h"
 #include "companion/zip/file_list.h"
+#include "ports/companion_abi.h"
 
 namespace companion::zip {
 
@@ -23,7 +23,7 @@ struct ZipListeners {
 // The new file is written beside its final name, closed, read back entry by entry, flushed and
 // renamed. Until the rename an existing zip file stays what it was; a failure leaves none that a
 // later run could take for a good one.
-ZipResult RunZipCommand(const std::string& zip_path, const std::vector<std::string>& names,
-                        const ZipSettings& settings, const ZipListeners& listeners) noexcept;
+ports::ZipResult RunZipCommand(const std::string& zip_path, const std::vector<std::string>& names,
+                               const ZipSettings& settings, const ZipListeners& listeners) noexcept;
 
 }  // namespace companion::zip

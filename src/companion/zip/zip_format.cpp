@@ -31,7 +31,8 @@ void Put(std::string& bytes, T value) {
 
 template <typename T>
 T Get(const std::string& bytes, std::size_t offset) {
-  if (offset > bytes.size() || bytes.size() - offset < sizeof(T)) throw Failure{kZipBadStructure};
+  if (offset > bytes.size() || bytes.size() - offset < sizeof(T))
+    throw Failure{ports::kZipBadStructure};
   T value = 0;
   for (std::size_t i = 0; i < sizeof(T); ++i) {
     value = static_cast<T>(value | static_cast<T>(static_cast<unsigned char>(bytes[offset + i]))
@@ -82,10 +83,10 @@ std::string MakeCentralHeader(const ZipEntry& entry) {
 }
 
 std::string ReadExactly(os::ReadableFile& file, std::uint64_t offset, std::uint64_t length) {
-  if (offset > file.Size() || length > file.Size() - offset) throw Failure{kZipBadStructure};
+  if (offset > file.Size() || length > file.Size() - offset) throw Failure{ports::kZipBadStructure};
   std::string bytes(static_cast<std::size_t>(length), '\0');
   const auto got = file.ReadAt(offset, bytes.data(), bytes.size());
-  if (!got || *got != bytes.size()) throw Failure{kZipReadFailed};
+  if (!got || *got != bytes.size()) throw Failure{ports::kZipReadFailed};
   return bytes;
 }
 
@@ -122,7 +123,7 @@ End FindEnd(os::ReadableFile& file) {
   const std::uint64_t length = std::min<std::uint64_t>(file.Size(), kEndLength + 0xFFFF);
   const std::uint64_t start = file.Size() - length;
   const std::string tail = ReadExactly(file, start, length);
-  if (tail.size() < kEndLength) throw Failure{kZipBadStructure};
+  if (tail.size() < kEndLength) throw Failure{ports::kZipBadStructure};
   for (std::size_t at = tail.size() - kEndLength + 1; at-- > 0;) {
     if (Get<std::uint32_t>(tail, at) != kEndMark) continue;
     const std::size_t comment = Get<std::uint16_t>(tail, at + 20);
@@ -132,20 +133,20 @@ End FindEnd(os::ReadableFile& file) {
     const bool has_locator = at >= 20 && Get<std::uint32_t>(tail, at - 20) == kLocator64Mark;
     if (has_locator) {
       const std::string end64 = ReadExactly(file, Get<std::uint64_t>(tail, at - 12), 56);
-      if (Get<std::uint32_t>(end64, 0) != kEnd64Mark) throw Failure{kZipBadStructure};
+      if (Get<std::uint32_t>(end64, 0) != kEnd64Mark) throw Failure{ports::kZipBadStructure};
       end.directory_length = Get<std::uint64_t>(end64, 40);
       end.directory_offset = Get<std::uint64_t>(end64, 48);
     }
     return end;
   }
-  throw Failure{kZipBadStructure};
+  throw Failure{ports::kZipBadStructure};
 }
 
 // Runs the packed bytes of an entry through the inflater, piece by piece.
 class Unpacker {
  public:
   Unpacker() {
-    if (inflateInit2(&stream_, -MAX_WBITS) != Z_OK) throw Failure{kZipNoMemory};
+    if (inflateInit2(&stream_, -MAX_WBITS) != Z_OK) throw Failure{ports::kZipNoMemory};
   }
   Unpacker(const Unpacker&) = delete;
   Unpacker& operator=(const Unpacker&) = delete;
@@ -163,7 +164,7 @@ class Unpacker {
       crc_ = static_cast<std::uint32_t>(crc32_z(crc_, output_.data(), got));
       size_ += got;
       if (result == Z_STREAM_END) return false;
-      if (result != Z_OK && result != Z_BUF_ERROR) throw Failure{kZipBadStructure};
+      if (result != Z_OK && result != Z_BUF_ERROR) throw Failure{ports::kZipBadStructure};
     } while (stream_.avail_out == 0);
     return true;
   }
@@ -261,7 +262,7 @@ ZipDirectory ReadDirectory(os::ReadableFile& file) {
     entry.offset = Get<std::uint32_t>(bytes, at + 42);
     const std::size_t texts = at + kCentralLength;
     at = texts + name + extra + comment;
-    if (at > bytes.size()) throw Failure{kZipBadStructure};
+    if (at > bytes.size()) throw Failure{ports::kZipBadStructure};
     entry.name = bytes.substr(texts, name);
     entry.extra = bytes.substr(texts + name, extra);
     entry.comment = bytes.substr(texts + name + extra, comment);
@@ -273,11 +274,11 @@ ZipDirectory ReadDirectory(os::ReadableFile& file) {
 
 std::uint64_t DataOffset(os::ReadableFile& file, const ZipEntry& entry) {
   const std::string local = ReadExactly(file, entry.offset, kLocalLength);
-  if (Get<std::uint32_t>(local, 0) != kLocalMark) throw Failure{kZipBadStructure};
+  if (Get<std::uint32_t>(local, 0) != kLocalMark) throw Failure{ports::kZipBadStructure};
   const std::uint64_t offset =
       entry.offset + kLocalLength + Get<std::uint16_t>(local, 26) + Get<std::uint16_t>(local, 28);
   if (offset > file.Size() || entry.packed_size > file.Size() - offset) {
-    throw Failure{kZipBadStructure};
+    throw Failure{ports::kZipBadStructure};
   }
   return offset;
 }
@@ -304,7 +305,7 @@ void CheckEntry(os::ReadableFile& file, const ZipEntry& entry) {
   if (is_deflated) crc = unpacker.Crc();
   const std::uint64_t size = is_deflated ? unpacker.Size() : entry.packed_size;
   if ((is_deflated && goes_on) || crc != entry.crc || size != entry.size) {
-    throw Failure{kZipBadStructure};
+    throw Failure{ports::kZipBadStructure};
   }
 }
 

@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 // Statements as the parser understands them: names are not looked up yet.
 namespace jet::sql {
@@ -165,19 +165,19 @@ struct Constraint {
 
 struct CreateTable {
   std::string table;
-  std::vector<platform::FieldDefinition> fields;
+  std::vector<ports::FieldDefinition> fields;
   std::vector<Constraint> constraints;
 };
 
 struct AddColumn {
   std::string table;
-  platform::FieldDefinition field;
+  ports::FieldDefinition field;
   std::vector<Constraint> constraints;
 };
 
 struct AlterColumn {
   std::string table;
-  platform::FieldDefinition field;
+  ports::FieldDefinition field;
 };
 
 struct DropColumn {
@@ -197,7 +197,7 @@ struct DropConstraint {
 
 struct CreateIndex {
   std::string table;
-  platform::IndexDefinition index;
+  ports::IndexDefinition index;
 };
 
 struct DropTable {

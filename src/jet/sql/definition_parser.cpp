@@ -9,7 +9,7 @@
 namespace jet::sql {
 namespace {
 
-using platform::DataType;
+using ports::DataType;
 
 struct TypeWord {
   std::string_view word;
@@ -19,14 +19,14 @@ struct TypeWord {
 
 constexpr std::array<TypeWord, 46> kTypeWords = {{
     {"alphanumeric", DataType::kText},
-    {"autoincrement", DataType::kLong, platform::kAutoIncrementField},
+    {"autoincrement", DataType::kLong, ports::kAutoIncrementField},
     {"binary", DataType::kBinary},
     {"bit", DataType::kBoolean},
     {"boolean", DataType::kBoolean},
     {"byte", DataType::kByte},
     {"char", DataType::kText},
     {"character", DataType::kText},
-    {"counter", DataType::kLong, platform::kAutoIncrementField},
+    {"counter", DataType::kLong, ports::kAutoIncrementField},
     {"currency", DataType::kCurrency},
     {"date", DataType::kDate},
     {"datetime", DataType::kDate},
@@ -36,7 +36,7 @@ constexpr std::array<TypeWord, 46> kTypeWords = {{
     {"float8", DataType::kDouble},
     {"general", DataType::kLongBinary},
     {"guid", DataType::kGuid},
-    {"identity", DataType::kLong, platform::kAutoIncrementField},
+    {"identity", DataType::kLong, ports::kAutoIncrementField},
     {"ieeedouble", DataType::kDouble},
     {"ieeesingle", DataType::kSingle},
     {"image", DataType::kLongBinary},
@@ -123,20 +123,20 @@ bool DefinitionParser::AtConstraint() const {
          (tokens_.AtKeyword("foreign") && tokens_.AtKeyword("key", 1));
 }
 
-platform::FieldDefinition DefinitionParser::ReadField(std::vector<Constraint>* constraints) {
+ports::FieldDefinition DefinitionParser::ReadField(std::vector<Constraint>* constraints) {
   const ClauseScope clause(tokens_, kSyntaxInFieldDefinition);
-  platform::FieldDefinition field;
+  ports::FieldDefinition field;
   field.name = tokens_.ExpectName();
   ReadType(field);
   // Fields made by statements take empty texts; those made through definitions do as these say.
   field.allow_zero_length =
-      field.type == platform::DataType::kText || field.type == platform::DataType::kMemo;
+      field.type == ports::DataType::kText || field.type == ports::DataType::kMemo;
   while (constraints != nullptr && ReadFieldConstraint(field, *constraints)) {
   }
   return field;
 }
 
-void DefinitionParser::ReadType(platform::FieldDefinition& field) {
+void DefinitionParser::ReadType(ports::FieldDefinition& field) {
   if (tokens_.Peek().kind != TokenKind::kName) tokens_.FailAt("тип поля");
   const TypeWord* const type = FindType(tokens_.Peek().text);
   if (type == nullptr) tokens_.FailAt("тип поля");
@@ -144,7 +144,7 @@ void DefinitionParser::ReadType(platform::FieldDefinition& field) {
   // Types of two words.
   if (type->word == "double") tokens_.TakeKeyword("precision");
   if (type->word == "long" && tokens_.TakeKeyword("binary")) {
-    field.type = platform::DataType::kLongBinary;
+    field.type = ports::DataType::kLongBinary;
     return;
   }
   field.type = type->type;
@@ -156,7 +156,7 @@ void DefinitionParser::ReadType(platform::FieldDefinition& field) {
   }
   if (tokens_.Peek().kind != TokenKind::kInteger) tokens_.FailAt("размер");
   const auto size = static_cast<std::int32_t>(tokens_.Take().number);
-  if (type->type == platform::DataType::kText || type->type == platform::DataType::kBinary) {
+  if (type->type == ports::DataType::kText || type->type == ports::DataType::kBinary) {
     if (size < 1) Fail(kSyntaxInFieldDefinition, "размер поля " + field.name);
     field.size = size;
   } else if (tokens_.TakeSymbol(",")) {
@@ -166,7 +166,7 @@ void DefinitionParser::ReadType(platform::FieldDefinition& field) {
 }
 
 // The first number and the step of a counter: there is no other numbering than from 1 by 1.
-void DefinitionParser::ReadNumbering(const platform::FieldDefinition& field) {
+void DefinitionParser::ReadNumbering(const ports::FieldDefinition& field) {
   do {
     const Token number = tokens_.Take();
     if (number.kind != TokenKind::kInteger) tokens_.FailAt("число");
@@ -176,7 +176,7 @@ void DefinitionParser::ReadNumbering(const platform::FieldDefinition& field) {
   tokens_.ExpectSymbol(")");
 }
 
-bool DefinitionParser::ReadFieldConstraint(platform::FieldDefinition& field,
+bool DefinitionParser::ReadFieldConstraint(ports::FieldDefinition& field,
                                            std::vector<Constraint>& constraints) {
   Constraint constraint;
   if (tokens_.TakeKeyword("constraint")) constraint.name = tokens_.ExpectName();
@@ -267,7 +267,7 @@ Statement DefinitionParser::ReadCreateIndex(bool unique) {
   create.table = tokens_.ExpectName();
   tokens_.ExpectSymbol("(");
   do {
-    platform::IndexFieldDefinition field;
+    ports::IndexFieldDefinition field;
     field.name = tokens_.ExpectName();
     field.descending = tokens_.TakeKeyword("desc");
     if (!field.descending) tokens_.TakeKeyword("asc");

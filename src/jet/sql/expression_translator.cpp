@@ -100,10 +100,10 @@ TypedSql Amount(Operator op, const TypedSql& a, const TypedSql& b) {
 bool IsCopy(const TypedSql& raw, const Target& target) {
   if (raw.field == nullptr || target.required || target.in_primary_key) return false;
   const Target& source = raw.field->target;
-  if (source.type != target.type || target.type == platform::DataType::kBoolean) return false;
+  if (source.type != target.type || target.type == ports::DataType::kBoolean) return false;
   if (target.allow_zero_length < source.allow_zero_length) return false;
   const bool has_size =
-      target.type == platform::DataType::kText || target.type == platform::DataType::kBinary;
+      target.type == ports::DataType::kText || target.type == ports::DataType::kBinary;
   return !has_size || source.size <= target.size;
 }
 
@@ -132,52 +132,52 @@ std::string_view ComparisonSymbol(Operator op) {
   }
 }
 
-ValueType TypeOfField(platform::DataType type) {
+ValueType TypeOfField(ports::DataType type) {
   switch (type) {
-    case platform::DataType::kBoolean:
+    case ports::DataType::kBoolean:
       return ValueType::kBoolean;
-    case platform::DataType::kByte:
-    case platform::DataType::kInteger:
-    case platform::DataType::kLong:
+    case ports::DataType::kByte:
+    case ports::DataType::kInteger:
+    case ports::DataType::kLong:
       return ValueType::kInteger;
-    case platform::DataType::kCurrency:
+    case ports::DataType::kCurrency:
       return ValueType::kCurrency;
-    case platform::DataType::kSingle:
+    case ports::DataType::kSingle:
       return ValueType::kSingle;
-    case platform::DataType::kDouble:
+    case ports::DataType::kDouble:
       return ValueType::kNumber;
-    case platform::DataType::kDate:
+    case ports::DataType::kDate:
       return ValueType::kDate;
-    case platform::DataType::kText:
-    case platform::DataType::kMemo:
-    case platform::DataType::kGuid:
+    case ports::DataType::kText:
+    case ports::DataType::kMemo:
+    case ports::DataType::kGuid:
       return ValueType::kText;
     default:
       return ValueType::kBinary;
   }
 }
 
-platform::DataType TypeOfColumn(ValueType type) {
+ports::DataType TypeOfColumn(ValueType type) {
   switch (type) {
     case ValueType::kBoolean:
-      return platform::DataType::kBoolean;
+      return ports::DataType::kBoolean;
     case ValueType::kInteger:
-      return platform::DataType::kLong;
+      return ports::DataType::kLong;
     case ValueType::kNumber:
-      return platform::DataType::kDouble;
+      return ports::DataType::kDouble;
     case ValueType::kSingle:
-      return platform::DataType::kSingle;
+      return ports::DataType::kSingle;
     case ValueType::kCurrency:
     case ValueType::kStoredCurrency:
-      return platform::DataType::kCurrency;
+      return ports::DataType::kCurrency;
     case ValueType::kDate:
-      return platform::DataType::kDate;
+      return ports::DataType::kDate;
     case ValueType::kBinary:
-      return platform::DataType::kLongBinary;
+      return ports::DataType::kLongBinary;
     case ValueType::kStoredGuid:
-      return platform::DataType::kGuid;
+      return ports::DataType::kGuid;
     default:
-      return platform::DataType::kText;
+      return ports::DataType::kText;
   }
 }
 

@@ -106,12 +106,12 @@ ActionPlan InsertRows(const TableInfo& table, const std::vector<const FieldInfo*
   return {{insert.Target() + "SELECT " + insert.Values() + " FROM (" + rows.sql + ") AS s"}};
 }
 
-platform::FieldDefinition FieldOf(const OutputColumn& column) {
-  platform::FieldDefinition field;
+ports::FieldDefinition FieldOf(const OutputColumn& column) {
+  ports::FieldDefinition field;
   if (column.field != nullptr) {
     field.type = column.field->definition.type;
     field.size = column.field->definition.size;
-    field.attributes = column.field->definition.attributes & platform::kAutoIncrementField;
+    field.attributes = column.field->definition.attributes & ports::kAutoIncrementField;
   } else {
     field.type = TypeOfColumn(column.type);
   }
@@ -127,7 +127,7 @@ std::string OmittedValue(const TableInfo& table, const FieldInfo& field) {
   if (field.IsAutonumber()) return "jet_next_number(" + std::to_string(table.id) + ")";
   if (!field.default_text.empty()) return TranslateDefault(field);
   const bool must_be_checked = field.target.required || field.target.in_primary_key;
-  if (field.definition.type != platform::DataType::kBoolean && !must_be_checked) return {};
+  if (field.definition.type != ports::DataType::kBoolean && !must_be_checked) return {};
   Expression null;
   Scope scope;
   return ExpressionTranslator(scope, {}).Assigned(null, field);
@@ -158,17 +158,17 @@ ActionPlan TranslateInsert(const Insert& insert, TableFinder& tables, std::strin
   return {{sql.Target() + "VALUES (" + sql.Values() + ")"}};
 }
 
-platform::TableDefinition TranslateIntoTable(const Select& select, TableFinder& tables,
-                                             std::string_view statement) {
+ports::TableDefinition TranslateIntoTable(const Select& select, TableFinder& tables,
+                                          std::string_view statement) {
   if (select.united_with) FailUnsupported("SELECT … INTO … UNION");
   const Scope scope(tables);
   const SelectSql rows = TranslateNested(select, scope.Beside(), statement, RowOrder::kAny);
   scope.FailOnUnknown();
-  platform::TableDefinition table;
+  ports::TableDefinition table;
   table.name = select.into;
   bool has_numbers = false;
   for (const OutputColumn& column : rows.columns) {
-    platform::FieldDefinition field = FieldOf(column);
+    ports::FieldDefinition field = FieldOf(column);
     // A table numbers its rows once.
     if (has_numbers || rows.is_computed) field.attributes = 0;
     has_numbers = has_numbers || field.attributes != 0;

@@ -41,8 +41,8 @@ ActionPlan TranslateUpdate(const Update& update, TableFinder& tables, std::strin
 ActionPlan TranslateDelete(const Delete& statement, TableFinder& tables, std::string_view text);
 
 // The table that SELECT … INTO makes, and what fills it once it is there.
-platform::TableDefinition TranslateIntoTable(const Select& select, TableFinder& tables,
-                                             std::string_view statement);
+ports::TableDefinition TranslateIntoTable(const Select& select, TableFinder& tables,
+                                          std::string_view statement);
 ActionPlan TranslateIntoRows(const Select& select, TableFinder& tables, std::string_view statement);
 
 // The value of a field's default expression, converted for the field.

@@ -9,9 +9,9 @@
 namespace jet::sql {
 namespace {
 
-ValueType StoredType(platform::DataType type) {
-  if (type == platform::DataType::kCurrency) return ValueType::kStoredCurrency;
-  if (type == platform::DataType::kGuid) return ValueType::kStoredGuid;
+ValueType StoredType(ports::DataType type) {
+  if (type == ports::DataType::kCurrency) return ValueType::kStoredCurrency;
+  if (type == ports::DataType::kGuid) return ValueType::kStoredGuid;
   return TypeOfField(type);
 }
 

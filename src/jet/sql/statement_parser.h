@@ -55,13 +55,13 @@ class DefinitionParser {
   Statement ReadCreateTable();
   Statement ReadCreateIndex(bool unique);
   bool AtConstraint() const;
-  platform::FieldDefinition ReadField(std::vector<Constraint>* constraints);
-  void ReadType(platform::FieldDefinition& field);
-  bool ReadFieldConstraint(platform::FieldDefinition& field, std::vector<Constraint>& constraints);
+  ports::FieldDefinition ReadField(std::vector<Constraint>* constraints);
+  void ReadType(ports::FieldDefinition& field);
+  bool ReadFieldConstraint(ports::FieldDefinition& field, std::vector<Constraint>& constraints);
   Constraint ReadTableConstraint();
   void ReadReference(Constraint& constraint);
   ReferenceAction ReadAction();
-  void ReadNumbering(const platform::FieldDefinition& field);
+  void ReadNumbering(const ports::FieldDefinition& field);
   std::vector<std::string> ReadNames();
 
   TokenStream& tokens_;

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 namespace jet::sql {
 
@@ -23,8 +23,8 @@ enum class ValueType : std::int32_t {
   kStoredGuid = 11,      // 16 bytes
 };
 
-ValueType TypeOfField(platform::DataType type);
+ValueType TypeOfField(ports::DataType type);
 // The field type that holds computed values of a type.
-platform::DataType TypeOfColumn(ValueType type);
+ports::DataType TypeOfColumn(ValueType type);
 
 }  // namespace jet::sql

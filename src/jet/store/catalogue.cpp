@@ -28,10 +28,10 @@ constexpr std::int64_t kForeign = 16;
 
 }  // namespace
 
-std::vector<platform::TableSummary> SystemTables() {
-  std::vector<platform::TableSummary> tables;
+std::vector<ports::TableSummary> SystemTables() {
+  std::vector<ports::TableSummary> tables;
   for (const char* const name : kSystemNames)
-    tables.push_back({name, platform::kSystemObject});
+    tables.push_back({name, ports::kSystemObject});
   return tables;
 }
 
@@ -40,7 +40,7 @@ bool IsSystemTable(std::string_view name) {
                      [&](const char* known) { return tmw::EqualIgnoringCase(known, name); });
 }
 
-std::int64_t IndexFlags(const platform::IndexDefinition& index) {
+std::int64_t IndexFlags(const ports::IndexDefinition& index) {
   return (index.primary ? kPrimary : 0) | (index.unique ? kUnique : 0) |
          (index.required ? kRequired : 0) | (index.ignore_nulls ? kIgnoreNulls : 0) |
          (index.foreign ? kForeign : 0);
@@ -103,9 +103,9 @@ TablePtr Catalogue::FindTable(std::string_view name) {
   return found->second.loaded;
 }
 
-std::vector<platform::TableSummary> Catalogue::Tables() {
+std::vector<ports::TableSummary> Catalogue::Tables() {
   LoadNames();
-  std::vector<platform::TableSummary> tables;
+  std::vector<ports::TableSummary> tables;
   for (const auto& [lower, entry] : tables_)
     tables.push_back({entry.name, entry.attributes});
   return tables;
@@ -130,9 +130,9 @@ void Catalogue::LoadFields(TableInfo& table) {
     FieldInfo field;
     field.id = rows.Integer(0);
     field.column = "c" + std::to_string(field.id);
-    platform::FieldDefinition& definition = field.definition;
+    ports::FieldDefinition& definition = field.definition;
     definition.name = rows.Text(1);
-    definition.type = static_cast<platform::DataType>(rows.Integer(2));
+    definition.type = static_cast<ports::DataType>(rows.Integer(2));
     definition.size = static_cast<std::int32_t>(rows.Integer(3));
     definition.attributes = static_cast<std::int32_t>(rows.Integer(4));
     definition.required = rows.Integer(5) != 0;

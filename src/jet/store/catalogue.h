@@ -28,7 +28,7 @@ class Catalogue final : public TableFinder {
 
   TablePtr FindTable(std::string_view name) override;
   // Without the system's tables, in no particular order.
-  std::vector<platform::TableSummary> Tables();
+  std::vector<ports::TableSummary> Tables();
 
   // After a change of definitions, here or by somebody else.
   void Forget();
@@ -52,11 +52,11 @@ class Catalogue final : public TableFinder {
 };
 
 // The tables of the system that every database lists; nothing can be read from or done to them.
-std::vector<platform::TableSummary> SystemTables();
+std::vector<ports::TableSummary> SystemTables();
 bool IsSystemTable(std::string_view name);
 
 // An index's properties as its catalogue row holds them.
-std::int64_t IndexFlags(const platform::IndexDefinition& index);
+std::int64_t IndexFlags(const ports::IndexDefinition& index);
 
 // Makes an empty storage file a database, and tells whether a file is one.
 void CreateCatalogue(Connection& connection);

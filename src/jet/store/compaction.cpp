@@ -50,7 +50,7 @@ void CopyAll(const std::shared_ptr<Connection>& source, Connection& target) {
     target.Run(sql.append(name).append(" SELECT * FROM source.").append(name));
   }
   std::map<std::int64_t, TablePtr> tables;
-  for (const platform::TableSummary& summary : catalogue.Tables()) {
+  for (const ports::TableSummary& summary : catalogue.Tables()) {
     const TablePtr table = catalogue.FindTable(summary.name);
     CopyTable(target, *table);
     tables.emplace(table->id, table);

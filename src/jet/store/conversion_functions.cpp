@@ -15,8 +15,8 @@
 namespace jet {
 namespace {
 
-using platform::DatabaseValue;
-using platform::DataType;
+using ports::DatabaseValue;
+using ports::DataType;
 
 // jet_text(value, its type)
 void Text(FunctionCall& call) {
@@ -55,7 +55,7 @@ void Convert(FunctionCall& call) {
   }
   ConvertTo(value, DataType::kDouble, 0, kTypeMismatch);
   const DatabaseValue converted = ConvertTo(value, type, 0, kOverflow);
-  if (const auto* const amount = std::get_if<platform::CurrencyValue>(&converted)) {
+  if (const auto* const amount = std::get_if<ports::CurrencyValue>(&converted)) {
     call.PutNumber(static_cast<double>(amount->ten_thousandths) / 10000);
   } else {
     call.PutStored(converted, type);
@@ -66,8 +66,8 @@ void Convert(FunctionCall& call) {
 void IsNumeric(FunctionCall& call) {
   const DatabaseValue value = call.Typed(0);
   const auto* const text = std::get_if<std::string>(&value);
-  const bool is_other = call.IsNull(0) || std::holds_alternative<platform::DateValue>(value) ||
-                        std::holds_alternative<platform::BinaryValue>(value);
+  const bool is_other = call.IsNull(0) || std::holds_alternative<ports::DateValue>(value) ||
+                        std::holds_alternative<ports::BinaryValue>(value);
   call.PutBoolean(text != nullptr ? ParseNumberText(*text).has_value() : !is_other);
 }
 
@@ -75,7 +75,7 @@ void IsDate(FunctionCall& call) {
   const DatabaseValue value = call.Typed(0);
   const auto* const text = std::get_if<std::string>(&value);
   call.PutBoolean(text != nullptr ? ParseDateText(*text).has_value()
-                                  : std::holds_alternative<platform::DateValue>(value));
+                                  : std::holds_alternative<ports::DateValue>(value));
 }
 
 // The number that a text begins with; blanks anywhere do not count, "." alone separates. &H and &O
@@ -106,7 +106,7 @@ void LeadingNumber(FunctionCall& call) {
 void SignedText(FunctionCall& call) {
   if (call.IsNull(0)) return;
   DatabaseValue value = call.Typed(0);
-  if (std::holds_alternative<platform::DateValue>(value) || call.IsText(0)) value = call.Number(0);
+  if (std::holds_alternative<ports::DateValue>(value) || call.IsText(0)) value = call.Number(0);
   std::string text = ValueText(value).value_or("");
   std::replace(text.begin(), text.end(), ',', '.');
   call.PutText(text.starts_with('-') ? text : " " + text);

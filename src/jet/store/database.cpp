@@ -23,14 +23,14 @@ TablePtr Database::Require(const std::string& name) {
   return RequireTable(*session_, name, kItemNotFound);
 }
 
-std::vector<platform::TableSummary> Database::Tables() {
-  std::vector<platform::TableSummary> tables = session_->Tables().Tables();
-  const std::vector<platform::TableSummary> system = SystemTables();
+std::vector<ports::TableSummary> Database::Tables() {
+  std::vector<ports::TableSummary> tables = session_->Tables().Tables();
+  const std::vector<ports::TableSummary> system = SystemTables();
   tables.insert(tables.end(), system.begin(), system.end());
   // Each name's key is made once: databases have hundreds of tables and are opened often.
-  std::vector<std::pair<std::string, platform::TableSummary>> keyed;
+  std::vector<std::pair<std::string, ports::TableSummary>> keyed;
   keyed.reserve(tables.size());
-  for (platform::TableSummary& table : tables)
+  for (ports::TableSummary& table : tables)
     keyed.emplace_back(SortKey(table.name), std::move(table));
   std::sort(keyed.begin(), keyed.end(),
             [](const auto& a, const auto& b) { return a.first < b.first; });
@@ -39,11 +39,11 @@ std::vector<platform::TableSummary> Database::Tables() {
   return tables;
 }
 
-platform::TableDefinition Database::Table(const std::string& name) {
-  platform::TableDefinition definition;
+ports::TableDefinition Database::Table(const std::string& name) {
+  ports::TableDefinition definition;
   if (IsSystemTable(name)) {
     definition.name = name;
-    definition.attributes = platform::kSystemObject;
+    definition.attributes = ports::kSystemObject;
     return definition;
   }
   const TablePtr table = Require(name);
@@ -56,7 +56,7 @@ platform::TableDefinition Database::Table(const std::string& name) {
   return definition;
 }
 
-void Database::CreateTable(const platform::TableDefinition& table) {
+void Database::CreateTable(const ports::TableDefinition& table) {
   session_->Change([&] { definitions_.CreateTable(table); });
 }
 
@@ -65,26 +65,26 @@ void Database::DeleteTable(const std::string& name) {
   session_->Change([&] { definitions_.DropTable(*Require(name)); });
 }
 
-void Database::CreateField(const std::string& table, const platform::FieldDefinition& field) {
+void Database::CreateField(const std::string& table, const ports::FieldDefinition& field) {
   session_->Change([&] { definitions_.AddField(*Require(table), field); });
 }
 
-void Database::CreateIndex(const std::string& table, const platform::IndexDefinition& index) {
+void Database::CreateIndex(const std::string& table, const ports::IndexDefinition& index) {
   session_->Change([&] { definitions_.CreateIndex(*Require(table), index); });
 }
 
 void Database::SetFieldProperty(const std::string& table, const std::string& field,
-                                const std::string& property, platform::DataType type,
-                                const platform::DatabaseValue& value) {
+                                const std::string& property, ports::DataType type,
+                                const ports::DatabaseValue& value) {
   session_->Change([&] {
     const TablePtr info = Require(table);
     definitions_.SetProperty(*info, RequireField(*info, field), property, type, value);
   });
 }
 
-std::optional<platform::DatabaseValue> Database::FieldProperty(const std::string& table,
-                                                               const std::string& field,
-                                                               const std::string& property) {
+std::optional<ports::DatabaseValue> Database::FieldProperty(const std::string& table,
+                                                            const std::string& field,
+                                                            const std::string& property) {
   const TablePtr info = Require(table);
   return definitions_.Property(RequireField(*info, field), property);
 }
@@ -94,15 +94,14 @@ std::int64_t Database::Execute(const std::string& sql, bool /*fail_on_error*/) {
   return RunStatement(*session_, sql);
 }
 
-std::unique_ptr<platform::DatabaseRecordset> Database::OpenRecordset(const std::string& source,
-                                                                     platform::RecordsetType type) {
+std::unique_ptr<ports::DatabaseRecordset> Database::OpenRecordset(const std::string& source,
+                                                                  ports::RecordsetType type) {
   session_->EnterLevels();
   if (TablePtr table = session_->Tables().FindTable(source)) {
     return std::make_unique<Recordset>(session_, sql::PlanTable(std::move(table), nullptr), type);
   }
   const bool may_be_statement = source.find_first_of(" \t\r\n") != std::string::npos;
-  if (type == platform::RecordsetType::kTable || !may_be_statement)
-    Fail(kInputTableNotFound, source);
+  if (type == ports::RecordsetType::kTable || !may_be_statement) Fail(kInputTableNotFound, source);
   return std::make_unique<Recordset>(session_, PlanSelect(*session_, source), type);
 }
 

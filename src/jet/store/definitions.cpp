@@ -15,7 +15,7 @@
 namespace jet {
 namespace {
 
-using platform::DatabaseValue;
+using ports::DatabaseValue;
 
 constexpr std::size_t kMostNameUnits = 64;
 constexpr std::size_t kMostFields = 255;
@@ -30,18 +30,18 @@ void CheckName(const std::string& name) {
 }
 
 // The default's expression; a text that is none fails here rather than at the first new record.
-std::string CheckedDefault(const platform::FieldDefinition& field) {
+std::string CheckedDefault(const ports::FieldDefinition& field) {
   std::string text = DefaultText(field.default_value);
   if (!text.empty()) sql::ParseExpression(text);
   return text;
 }
 
-bool IsCounter(const platform::FieldDefinition& field) {
-  return (field.attributes & platform::kAutoIncrementField) != 0;
+bool IsCounter(const ports::FieldDefinition& field) {
+  return (field.attributes & ports::kAutoIncrementField) != 0;
 }
 
 // A table numbers its rows once.
-void RefuseSecondCounter(const TableInfo& table, const platform::FieldDefinition& wanted,
+void RefuseSecondCounter(const TableInfo& table, const ports::FieldDefinition& wanted,
                          const FieldInfo* replaced) {
   if (!IsCounter(wanted)) return;
   for (const FieldInfo& field : table.fields) {
@@ -49,7 +49,7 @@ void RefuseSecondCounter(const TableInfo& table, const platform::FieldDefinition
   }
 }
 
-void CheckFields(const std::vector<platform::FieldDefinition>& fields, const std::string& table) {
+void CheckFields(const std::vector<ports::FieldDefinition>& fields, const std::string& table) {
   if (fields.empty()) Fail(kNoFieldsDefined, table);
   if (fields.size() > kMostFields) Fail(kTooManyFields);
   const auto first = std::find_if(fields.begin(), fields.end(), IsCounter);
@@ -58,14 +58,14 @@ void CheckFields(const std::vector<platform::FieldDefinition>& fields, const std
   if (second != fields.end()) Fail(kInvalidFieldType, second->name);
   std::vector<std::string> names;
   names.reserve(fields.size());
-  for (const platform::FieldDefinition& field : fields)
+  for (const ports::FieldDefinition& field : fields)
     names.push_back(tmw::LowerCase(field.name));
   std::sort(names.begin(), names.end());
   const auto twice = std::adjacent_find(names.begin(), names.end());
   if (twice != names.end()) Fail(kFieldDefinedTwice, *twice);
 }
 
-std::string ColumnSql(const std::string& column, platform::DataType type) {
+std::string ColumnSql(const std::string& column, ports::DataType type) {
   return column + (IsTextType(type) ? " COLLATE JET" : "");
 }
 
@@ -89,11 +89,10 @@ std::string CreateIndexSql(const TableInfo& table, const IndexInfo& index) {
 }
 
 std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
-                                      const platform::FieldDefinition& field) {
+                                      const ports::FieldDefinition& field) {
   CheckName(field.name);
   const std::int32_t size = FieldSize(field.type, field.size, field.name);
-  if (IsCounter(field) && field.type != platform::DataType::kLong)
-    Fail(kInvalidFieldType, field.name);
+  if (IsCounter(field) && field.type != ports::DataType::kLong) Fail(kInvalidFieldType, field.name);
   const std::string default_text = CheckedDefault(field);
   Statement insert = Prepare(
       "INSERT INTO _jet_field(table_id, ordinal, name, type, size, attributes, required,"
@@ -108,7 +107,7 @@ std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
   return session_.Storage().LastRow();
 }
 
-void Definitions::CreateTable(const platform::TableDefinition& table) {
+void Definitions::CreateTable(const ports::TableDefinition& table) {
   CheckName(table.name);
   CheckFields(table.fields, table.name);
   if (IsSystemTable(table.name) || session_.Tables().FindTable(table.name))
@@ -125,7 +124,7 @@ void Definitions::CreateTable(const platform::TableDefinition& table) {
   }
   session_.Storage().Run("CREATE TABLE t" + std::to_string(id) + "(" + columns + ")");
   session_.Tables().Forget();
-  for (const platform::IndexDefinition& index : table.indexes)
+  for (const ports::IndexDefinition& index : table.indexes)
     CreateIndex(*session_.Tables().FindTable(table.name), index);
 }
 
@@ -153,7 +152,7 @@ void Definitions::DropTable(const TableInfo& table) {
   session_.Tables().Forget();
 }
 
-void Definitions::AddField(const TableInfo& table, const platform::FieldDefinition& field) {
+void Definitions::AddField(const TableInfo& table, const ports::FieldDefinition& field) {
   if (table.FindField(field.name) != nullptr) Fail(kFieldExists, field.name, table.name);
   if (table.fields.size() >= kMostFields) Fail(kTooManyFields);
   RefuseSecondCounter(table, field, nullptr);
@@ -168,7 +167,7 @@ void Definitions::AddField(const TableInfo& table, const platform::FieldDefiniti
   if (IsCounter(field)) {
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = jet_next_number(" +
                 std::to_string(table.id) + ")");
-  } else if (field.type == platform::DataType::kBoolean) {
+  } else if (field.type == ports::DataType::kBoolean) {
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = 0");
   }
   session_.Tables().Forget();
@@ -187,7 +186,7 @@ void Definitions::ConvertColumn(const TableInfo& table, const FieldInfo& old_fie
 
 // The values move to a new column, which takes the old one's place in the catalogue.
 void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
-                             platform::FieldDefinition wanted) {
+                             ports::FieldDefinition wanted) {
   Relations(session_).RefuseField(field);
   RefuseSecondCounter(table, wanted, &field);
   Connection& storage = session_.Storage();
@@ -269,7 +268,7 @@ void Definitions::RefuseNulls(const TableInfo& table, const std::vector<std::siz
   }
 }
 
-void Definitions::CreateIndex(const TableInfo& table, const platform::IndexDefinition& wanted) {
+void Definitions::CreateIndex(const TableInfo& table, const ports::IndexDefinition& wanted) {
   CheckName(wanted.name);
   if (table.FindIndex(wanted.name) != nullptr) Fail(kIndexExists, wanted.name);
   if (wanted.primary && table.PrimaryIndex() != nullptr) Fail(kPrimaryKeyExists);
@@ -278,9 +277,9 @@ void Definitions::CreateIndex(const TableInfo& table, const platform::IndexDefin
   index.definition = wanted;
   index.definition.unique = wanted.unique || wanted.primary;
   index.definition.required = wanted.required || wanted.primary;
-  for (const platform::IndexFieldDefinition& part : wanted.fields) {
+  for (const ports::IndexFieldDefinition& part : wanted.fields) {
     const FieldInfo* const field = table.FindField(part.name);
-    if (field == nullptr || field->definition.type == platform::DataType::kLongBinary)
+    if (field == nullptr || field->definition.type == ports::DataType::kLongBinary)
       Fail(kInvalidIndexField, part.name);
     index.positions.push_back(static_cast<std::size_t>(field - table.fields.data()));
   }
@@ -309,7 +308,7 @@ void Definitions::DropIndex(const TableInfo& table, const IndexInfo& index) {
 }
 
 void Definitions::SetProperty(const TableInfo& table, const FieldInfo& field,
-                              const std::string& name, platform::DataType type,
+                              const std::string& name, ports::DataType type,
                               const DatabaseValue& value) {
   CheckName(name);
   const DatabaseValue converted = ConvertTo(value, type, 0, kConversion);
@@ -328,7 +327,7 @@ std::optional<DatabaseValue> Definitions::Property(const FieldInfo& field,
       Prepare("SELECT type, value FROM _jet_property WHERE field_id = ?1 AND name = ?2");
   row.Bind(1, field.id).Bind(2, std::string_view(lower));
   if (!row.Step()) return std::nullopt;
-  return ReadStored(row, 1, static_cast<platform::DataType>(row.Integer(0)));
+  return ReadStored(row, 1, static_cast<ports::DataType>(row.Integer(0)));
 }
 
 }  // namespace jet

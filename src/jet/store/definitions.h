@@ -16,24 +16,24 @@ class Definitions {
  public:
   explicit Definitions(Session& session) : session_(session) {}
 
-  void CreateTable(const platform::TableDefinition& table);
+  void CreateTable(const ports::TableDefinition& table);
   void DropTable(const TableInfo& table);
-  void AddField(const TableInfo& table, const platform::FieldDefinition& field);
+  void AddField(const TableInfo& table, const ports::FieldDefinition& field);
   // Another type or size; values that do not convert fail, the default and the indexes stay.
-  void AlterField(const TableInfo& table, const FieldInfo& field, platform::FieldDefinition wanted);
+  void AlterField(const TableInfo& table, const FieldInfo& field, ports::FieldDefinition wanted);
   // The field refuses Null from now on; 3314 when there is one.
   void RequireValues(const TableInfo& table, const FieldInfo& field);
   void DropField(const TableInfo& table, const FieldInfo& field);
-  void CreateIndex(const TableInfo& table, const platform::IndexDefinition& index);
+  void CreateIndex(const TableInfo& table, const ports::IndexDefinition& index);
   void DropIndex(const TableInfo& table, const IndexInfo& index);
 
   void SetProperty(const TableInfo& table, const FieldInfo& field, const std::string& name,
-                   platform::DataType type, const platform::DatabaseValue& value);
-  std::optional<platform::DatabaseValue> Property(const FieldInfo& field, const std::string& name);
+                   ports::DataType type, const ports::DatabaseValue& value);
+  std::optional<ports::DatabaseValue> Property(const FieldInfo& field, const std::string& name);
 
  private:
   std::int64_t InsertField(std::int64_t table, std::int64_t ordinal,
-                           const platform::FieldDefinition& field);
+                           const ports::FieldDefinition& field);
   void ConvertColumn(const TableInfo& table, const FieldInfo& old_field, const FieldInfo& field);
   void RefuseNulls(const TableInfo& table, const std::vector<std::size_t>& positions);
   Statement Prepare(const std::string& sql) { return {session_.SharedStorage(), sql}; }

@@ -26,19 +26,19 @@ std::vector<std::shared_ptr<Session>> Engine::OpenSessions() {
   return open;
 }
 
-std::unique_ptr<platform::Database> Engine::Adopt(std::shared_ptr<Session> session) {
+std::unique_ptr<ports::Database> Engine::Adopt(std::shared_ptr<Session> session) {
   sessions_.push_back(session);
   return std::make_unique<Database>(std::move(session));
 }
 
-std::unique_ptr<platform::Database> Engine::OpenDatabase(const std::string& path, bool exclusive,
-                                                         bool read_only) {
+std::unique_ptr<ports::Database> Engine::OpenDatabase(const std::string& path, bool exclusive,
+                                                      bool read_only) {
   StorageFile file = OpenStorage(path, exclusive, read_only);
   return Adopt(std::make_shared<Session>(workspace_, std::move(file.lock),
                                          std::move(file.connection), exclusive, read_only));
 }
 
-std::unique_ptr<platform::Database> Engine::CreateDatabase(const std::string& path) {
+std::unique_ptr<ports::Database> Engine::CreateDatabase(const std::string& path) {
   StorageFile file = CreateStorage(path);
   return Adopt(std::make_shared<Session>(workspace_, std::move(file.lock),
                                          std::move(file.connection), true, false));
@@ -49,7 +49,7 @@ void Engine::CompactDatabase(const std::string& source, const std::string& targe
 }
 
 // Every change is in the file when its transaction ends, and no lock outlives what it is for.
-void Engine::Idle(platform::IdleOption /*option*/) {}
+void Engine::Idle(ports::IdleOption /*option*/) {}
 
 void Engine::BeginTrans() {
   if (workspace_->level >= kMostLevels) Fail(kTooManyTransactions);
@@ -73,7 +73,7 @@ void Engine::Rollback() {
     session->RollbackTo(workspace_->level);
 }
 
-std::unique_ptr<platform::DatabaseEngine> MakeEngine() {
+std::unique_ptr<ports::DatabaseEngine> MakeEngine() {
   return std::make_unique<Engine>();
 }
 

@@ -14,25 +14,25 @@
 namespace jet {
 namespace {
 
-using platform::DatabaseValue;
-using platform::DataType;
+using ports::DatabaseValue;
+using ports::DataType;
 using sql::ValueType;
 
 struct ResultPutter {
   FunctionCall& call;
   DataType type;
 
-  void operator()(platform::EmptyValue) const {}
-  void operator()(platform::NullValue) const {}
+  void operator()(ports::EmptyValue) const {}
+  void operator()(ports::NullValue) const {}
   void operator()(bool value) const { call.PutBoolean(value); }
   void operator()(std::uint8_t value) const { call.PutInteger(value); }
   void operator()(std::int16_t value) const { call.PutInteger(value); }
   void operator()(std::int32_t value) const { call.PutInteger(value); }
-  void operator()(platform::CurrencyValue value) const { call.PutInteger(value.ten_thousandths); }
+  void operator()(ports::CurrencyValue value) const { call.PutInteger(value.ten_thousandths); }
   void operator()(float value) const { call.PutNumber(static_cast<double>(value)); }
   void operator()(double value) const { call.PutNumber(value); }
-  void operator()(platform::DateValue value) const { call.PutNumber(value.days); }
-  void operator()(const platform::DecimalValue& value) const { call.PutText(value.text); }
+  void operator()(ports::DateValue value) const { call.PutNumber(value.days); }
+  void operator()(const ports::DecimalValue& value) const { call.PutText(value.text); }
   void operator()(const std::string& value) const {
     const std::optional<std::string> guid =
         type == DataType::kGuid ? ParseGuidText(value) : std::nullopt;
@@ -42,8 +42,8 @@ struct ResultPutter {
       call.PutText(value);
     }
   }
-  void operator()(const platform::BinaryValue& value) const { call.PutBytes(value.bytes); }
-  void operator()(platform::OtherValue) const {}
+  void operator()(const ports::BinaryValue& value) const { call.PutBytes(value.bytes); }
+  void operator()(ports::OtherValue) const {}
 };
 
 double CheckedMoment(double days) {
@@ -117,11 +117,11 @@ double FunctionCall::Moment(int index) const {
 DatabaseValue FunctionCall::Typed(int index) const {
   switch (sqlite3_value_type(values_[index])) {
     case SQLITE_NULL:
-      return platform::NullValue{};
+      return ports::NullValue{};
     case SQLITE_TEXT:
       return std::string(Text(index));
     case SQLITE_BLOB:
-      return platform::BinaryValue{std::string(Bytes(index))};
+      return ports::BinaryValue{std::string(Bytes(index))};
     default:
       break;
   }
@@ -129,9 +129,9 @@ DatabaseValue FunctionCall::Typed(int index) const {
     case ValueType::kBoolean:
       return Integer(index) != 0;
     case ValueType::kStoredCurrency:
-      return platform::CurrencyValue{Integer(index)};
+      return ports::CurrencyValue{Integer(index)};
     case ValueType::kDate:
-      return platform::DateValue{CheckedMoment(Number(index))};
+      return ports::DateValue{CheckedMoment(Number(index))};
     case ValueType::kSingle:
       return static_cast<float>(Number(index));
     default:
@@ -161,7 +161,7 @@ void RunGuarded(FunctionBody body, sqlite3_context* context, int count, sqlite3_
   FunctionCall call(context, count, values);
   try {
     body(call);
-  } catch (const platform::DatabaseError& error) {
+  } catch (const ports::DatabaseError& error) {
     call.Context().connection.NoteError(error);
     sqlite3_result_error_code(context, SQLITE_ERROR);
   } catch (const std::exception&) {

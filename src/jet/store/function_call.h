@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "jet/store/functions.h"
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 // Owner of the arguments and the result of one call by the storage's engine. A body that puts no
 // result gives Null.
@@ -38,7 +38,7 @@ class FunctionCall {
   // A moment within the range of dates (else 6); a text is read as a date or a number.
   double Moment(int index) const;
   // The value at the index as one of the type whose code (ValueType) stands behind it.
-  platform::DatabaseValue Typed(int index) const;
+  ports::DatabaseValue Typed(int index) const;
 
   void PutInteger(std::int64_t value) { sqlite3_result_int64(context_, value); }
   void PutTruth(bool value) { PutInteger(value ? 1 : 0); }
@@ -48,7 +48,7 @@ class FunctionCall {
   void PutText(std::string_view text);
   void PutBytes(std::string_view bytes);
   // As the storage holds a value of that field type.
-  void PutStored(const platform::DatabaseValue& value, platform::DataType type);
+  void PutStored(const ports::DatabaseValue& value, ports::DataType type);
   void PutArgument(int index) { sqlite3_result_value(context_, values_[index]); }
 
  private:

@@ -15,8 +15,8 @@
 namespace jet {
 namespace {
 
-using platform::DatabaseValue;
-using platform::DataType;
+using ports::DatabaseValue;
+using ports::DataType;
 using sql::ValueType;
 
 // The common cases of jet_to, for speed: a value that has the field's type already.

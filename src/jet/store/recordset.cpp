@@ -8,10 +8,10 @@
 
 namespace jet {
 
-using platform::DatabaseValue;
+using ports::DatabaseValue;
 
 Recordset::Recordset(std::shared_ptr<Session> session, sql::SelectPlan plan,
-                     platform::RecordsetType type)
+                     ports::RecordsetType type)
     : session_(std::move(session)), plan_(std::move(plan)), type_(type) {
   OpenRows();
 }
@@ -24,7 +24,7 @@ void Recordset::OpenRows() {
 }
 
 void Recordset::SetIndex(const std::string& name) {
-  if (type_ != platform::RecordsetType::kTable) FailUnsupported("Index");
+  if (type_ != ports::RecordsetType::kTable) FailUnsupported("Index");
   const IndexInfo* const index = plan_.table->FindIndex(name);
   if (index == nullptr) Fail(kNotAnIndex, name);
   plan_ = sql::PlanTable(plan_.table, index);
@@ -107,7 +107,7 @@ std::size_t Recordset::TableField(std::size_t position) const {
 
 DatabaseValue Recordset::DefaultValue(const FieldInfo& field) const {
   if (field.default_text.empty())
-    return ConvertTo(platform::NullValue{}, field.definition.type, 0, kConversion);
+    return ConvertTo(ports::NullValue{}, field.definition.type, 0, kConversion);
   Statement statement(session_->SharedStorage(), "SELECT " + sql::TranslateDefault(field));
   statement.Step();
   return ReadStored(statement, 0, field.definition.type);

@@ -9,13 +9,13 @@
 #include "jet/sql/query_translator.h"
 #include "jet/store/row_source.h"
 #include "jet/store/session.h"
-#include "platform/database.h"
+#include "ports/database.h"
 
 namespace jet {
 
-class Recordset final : public platform::DatabaseRecordset {
+class Recordset final : public ports::DatabaseRecordset {
  public:
-  Recordset(std::shared_ptr<Session> session, sql::SelectPlan plan, platform::RecordsetType type);
+  Recordset(std::shared_ptr<Session> session, sql::SelectPlan plan, ports::RecordsetType type);
 
   void SetIndex(const std::string& name) override;
   bool AtBeginning() const override;
@@ -26,8 +26,8 @@ class Recordset final : public platform::DatabaseRecordset {
   void MovePrevious() override;
   std::vector<std::string> FieldNames() const override;
   std::size_t FieldPosition(const std::string& name) const override;
-  platform::DatabaseValue Value(std::size_t position) const override;
-  void SetValue(std::size_t position, const platform::DatabaseValue& value) override;
+  ports::DatabaseValue Value(std::size_t position) const override;
+  void SetValue(std::size_t position, const ports::DatabaseValue& value) override;
   void Edit() override;
   void AddNew() override;
   void Update() override;
@@ -35,7 +35,7 @@ class Recordset final : public platform::DatabaseRecordset {
 
  private:
   enum class Mode { kBrowse, kEdit, kAdd };
-  using Buffer = std::vector<std::optional<platform::DatabaseValue>>;
+  using Buffer = std::vector<std::optional<ports::DatabaseValue>>;
 
   void OpenRows();
   void SettleForward();
@@ -43,14 +43,14 @@ class Recordset final : public platform::DatabaseRecordset {
   void RequireRow() const;
   void RequireUpdatable() const;
   std::size_t TableField(std::size_t position) const;
-  platform::DatabaseValue DefaultValue(const FieldInfo& field) const;
+  ports::DatabaseValue DefaultValue(const FieldInfo& field) const;
   void InsertBuffer();
   void UpdateBuffer();
   void BindBuffered(Statement& statement, int parameter, std::size_t field);
 
   std::shared_ptr<Session> session_;
   sql::SelectPlan plan_;
-  platform::RecordsetType type_;
+  ports::RecordsetType type_;
   std::optional<RowSource> rows_;
   // 0 is before the first row, 1 the first row.
   std::size_t position_ = 0;

@@ -152,7 +152,7 @@ std::vector<Relation::FieldPair> PairFields(const sql::Constraint& constraint,
   if (names.empty()) {
     const IndexInfo* const primary = referenced.PrimaryIndex();
     if (primary == nullptr) Fail(kNoUniqueReference, referenced.name);
-    for (const platform::IndexFieldDefinition& part : primary->definition.fields)
+    for (const ports::IndexFieldDefinition& part : primary->definition.fields)
       names.push_back(part.name);
   }
   if (names.size() != constraint.fields.size()) Fail(kRelationFieldsDiffer, constraint.name);
@@ -270,7 +270,7 @@ void Relations::Create(const TableInfo& table, const sql::Constraint& constraint
     Fail(kNoUniqueReference, referenced->name);
   RefuseOrphans(relation, table, *referenced);
 
-  platform::IndexDefinition index;
+  ports::IndexDefinition index;
   index.name = relation.name;
   index.foreign = true;
   for (const std::string& field : constraint.fields)

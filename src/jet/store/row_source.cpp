@@ -8,7 +8,7 @@
 namespace jet {
 namespace {
 
-using platform::DatabaseValue;
+using ports::DatabaseValue;
 
 // One read transaction over several statements: the file is locked once.
 class ReadScope {
@@ -19,7 +19,7 @@ class ReadScope {
   ~ReadScope() {
     try {
       storage_.Run("RELEASE reading");
-    } catch (const platform::DatabaseError&) {  // NOLINT(bugprone-empty-catch): reads only
+    } catch (const ports::DatabaseError&) {  // NOLINT(bugprone-empty-catch): reads only
     }
   }
 
@@ -50,7 +50,7 @@ Row RowSource::TakeRow(const Statement& statement) const {
   for (const sql::OutputColumn& output : plan_.columns) {
     // A Boolean that an outer join lacks is Null, unlike one of a table.
     const bool is_lacking = spool_ && statement.IsNull(column);
-    row.push_back(is_lacking ? DatabaseValue(platform::NullValue{})
+    row.push_back(is_lacking ? DatabaseValue(ports::NullValue{})
                   : output.field != nullptr
                       ? ReadStored(statement, column, output.field->definition.type)
                       : ReadComputed(statement, column, output.type));

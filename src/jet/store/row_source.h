@@ -9,11 +9,11 @@
 #include "jet/sql/query_translator.h"
 #include "jet/store/row_spool.h"
 #include "jet/store/session.h"
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 namespace jet {
 
-using Row = std::vector<platform::DatabaseValue>;
+using Row = std::vector<ports::DatabaseValue>;
 
 // The rows behind a recordset. The set is fixed when it is opened; values are read when a row is
 // asked for, a stretch of rows at a time.

@@ -14,9 +14,8 @@ std::string LevelName(int level) {
 
 }  // namespace
 
-Session::Session(std::shared_ptr<const Workspace> workspace,
-                 std::unique_ptr<platform::FileLock> lock, std::shared_ptr<Connection> connection,
-                 bool is_exclusive, bool is_read_only)
+Session::Session(std::shared_ptr<const Workspace> workspace, std::unique_ptr<ports::FileLock> lock,
+                 std::shared_ptr<Connection> connection, bool is_exclusive, bool is_read_only)
     : workspace_(std::move(workspace)),
       lock_(std::move(lock)),
       connection_(std::move(connection)),

@@ -9,7 +9,7 @@
 #include "jet/store/catalogue.h"
 #include "jet/store/functions.h"
 #include "jet/store/sqlite.h"
-#include "platform/file_lock.h"
+#include "ports/file_lock.h"
 
 namespace jet {
 
@@ -22,7 +22,7 @@ struct Workspace {
 // transactions. Shared by the database's object and its recordsets.
 class Session {
  public:
-  Session(std::shared_ptr<const Workspace> workspace, std::unique_ptr<platform::FileLock> lock,
+  Session(std::shared_ptr<const Workspace> workspace, std::unique_ptr<ports::FileLock> lock,
           std::shared_ptr<Connection> connection, bool is_exclusive, bool is_read_only);
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -51,7 +51,7 @@ class Session {
   void RefuseWhenLost() const;
 
   std::shared_ptr<const Workspace> workspace_;
-  std::unique_ptr<platform::FileLock> lock_;
+  std::unique_ptr<ports::FileLock> lock_;
   std::shared_ptr<Connection> connection_;
   Catalogue catalogue_;
   Autonumbers autonumbers_;

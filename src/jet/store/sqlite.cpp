@@ -90,7 +90,7 @@ std::int64_t Connection::LastRow() const {
 
 void Connection::FailWith(int code) {
   if (noted_) {
-    const platform::DatabaseError error = *std::exchange(noted_, std::nullopt);
+    const ports::DatabaseError error = *std::exchange(noted_, std::nullopt);
     throw error;
   }
   switch (code & 0xFF) {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/database_types.h"
+#include "ports/database_types.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -42,7 +42,7 @@ class Connection {
 
   // A function of ours that fails inside a statement leaves its error here; the statement's own
   // failure then bears it.
-  void NoteError(platform::DatabaseError error) { noted_ = std::move(error); }
+  void NoteError(ports::DatabaseError error) { noted_ = std::move(error); }
   void ClearNotedError() { noted_.reset(); }
 
   [[noreturn]] void FailWith(int code);
@@ -50,7 +50,7 @@ class Connection {
  private:
   sqlite3* handle_ = nullptr;
   std::string path_;
-  std::optional<platform::DatabaseError> noted_;
+  std::optional<ports::DatabaseError> noted_;
 };
 
 // One prepared statement. Parameters and columns count as the storage's engine counts them:

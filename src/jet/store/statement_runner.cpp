@@ -18,8 +18,8 @@ std::string ConstraintName(const sql::Constraint& constraint) {
                                                              : constraint.fields.front();
 }
 
-platform::IndexDefinition IndexOf(const sql::Constraint& constraint) {
-  platform::IndexDefinition index;
+ports::IndexDefinition IndexOf(const sql::Constraint& constraint) {
+  ports::IndexDefinition index;
   index.name = ConstraintName(constraint);
   index.primary = constraint.kind == sql::ConstraintKind::kPrimaryKey;
   index.unique = true;
@@ -55,7 +55,7 @@ class Runner {
   }
 
   std::int64_t operator()(const sql::CreateTable& create) {
-    platform::TableDefinition table;
+    ports::TableDefinition table;
     table.name = create.table;
     table.fields = create.fields;
     definitions_.CreateTable(table);

@@ -6,25 +6,25 @@
 
 #include "jet/errors.h"
 #include "jet/store/catalogue.h"
-#include "platform/ports.h"
+#include "ports/ports.h"
 
 namespace jet {
 namespace {
 
-std::unique_ptr<platform::FileLock> LockFile(const std::string& path, bool exclusive) {
-  auto locked = platform::CurrentPorts().file_locks->TryLock(
-      path, exclusive ? platform::FileLockMode::kExclusive : platform::FileLockMode::kShared);
+std::unique_ptr<ports::FileLock> LockFile(const std::string& path, bool exclusive) {
+  auto locked = ports::CurrentPorts().file_locks->TryLock(
+      path, exclusive ? ports::FileLockMode::kExclusive : ports::FileLockMode::kShared);
   if (!locked) Fail(kNoPermission, path);
   switch (locked.value.verdict) {
-    case platform::FileLockVerdict::kLocked:
+    case ports::FileLockVerdict::kLocked:
       return std::move(locked.value.lock);
-    case platform::FileLockVerdict::kHeldShared:
+    case ports::FileLockVerdict::kHeldShared:
       Fail(kFileInUse, path);
-    case platform::FileLockVerdict::kHeldExclusively:
+    case ports::FileLockVerdict::kHeldExclusively:
       Fail(kOpenedExclusively, path);
-    case platform::FileLockVerdict::kMissing:
+    case ports::FileLockVerdict::kMissing:
       Fail(kFileNotFound, path);
-    case platform::FileLockVerdict::kForbidden:
+    case ports::FileLockVerdict::kForbidden:
       break;
   }
   Fail(kNoPermission, path);

@@ -4,13 +4,13 @@
 #include <string>
 
 #include "jet/store/sqlite.h"
-#include "platform/file_lock.h"
+#include "ports/file_lock.h"
 
 namespace jet {
 
 // A database's file with the lock that its openers respect.
 struct StorageFile {
-  std::unique_ptr<platform::FileLock> lock;
+  std::unique_ptr<ports::FileLock> lock;
   std::shared_ptr<Connection> connection;
 };
 

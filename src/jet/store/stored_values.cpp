@@ -13,37 +13,37 @@
 namespace jet {
 namespace {
 
-using platform::DatabaseValue;
-using platform::DataType;
+using ports::DatabaseValue;
+using ports::DataType;
 
 struct Binder {
   Statement& statement;
   int parameter;
 
-  void operator()(platform::EmptyValue) const { statement.BindNull(parameter); }
-  void operator()(platform::NullValue) const { statement.BindNull(parameter); }
+  void operator()(ports::EmptyValue) const { statement.BindNull(parameter); }
+  void operator()(ports::NullValue) const { statement.BindNull(parameter); }
   void operator()(bool value) const {
     statement.Bind(parameter, value ? std::int64_t{-1} : std::int64_t{0});
   }
   void operator()(std::uint8_t value) const { statement.Bind(parameter, std::int64_t{value}); }
   void operator()(std::int16_t value) const { statement.Bind(parameter, std::int64_t{value}); }
   void operator()(std::int32_t value) const { statement.Bind(parameter, std::int64_t{value}); }
-  void operator()(platform::CurrencyValue value) const {
+  void operator()(ports::CurrencyValue value) const {
     statement.Bind(parameter, value.ten_thousandths);
   }
   void operator()(float value) const { statement.Bind(parameter, static_cast<double>(value)); }
   void operator()(double value) const { statement.Bind(parameter, value); }
-  void operator()(platform::DateValue value) const { statement.Bind(parameter, value.days); }
-  void operator()(const platform::DecimalValue& value) const {
+  void operator()(ports::DateValue value) const { statement.Bind(parameter, value.days); }
+  void operator()(const ports::DecimalValue& value) const {
     statement.Bind(parameter, std::string_view(value.text));
   }
   void operator()(const std::string& value) const {
     statement.Bind(parameter, std::string_view(value));
   }
-  void operator()(const platform::BinaryValue& value) const {
+  void operator()(const ports::BinaryValue& value) const {
     statement.BindBytes(parameter, value.bytes);
   }
-  void operator()(platform::OtherValue) const { Fail(kConversion); }
+  void operator()(ports::OtherValue) const { Fail(kConversion); }
 };
 
 double FiniteNumber(double value) {
@@ -67,7 +67,7 @@ DatabaseValue ReadByClass(const Statement& statement, int column) {
     case SQLITE_TEXT:
       return std::string(statement.Text(column));
     default:
-      return platform::BinaryValue{std::string(statement.Bytes(column))};
+      return ports::BinaryValue{std::string(statement.Bytes(column))};
   }
 }
 
@@ -90,7 +90,7 @@ void BindValue(Statement& statement, int parameter, const DatabaseValue& value, 
 DatabaseValue ReadStored(const Statement& statement, int column, DataType type) {
   if (statement.IsNull(column)) {
     if (type == DataType::kBoolean) return false;
-    return platform::NullValue{};
+    return ports::NullValue{};
   }
   switch (type) {
     case DataType::kBoolean:
@@ -102,25 +102,25 @@ DatabaseValue ReadStored(const Statement& statement, int column, DataType type) 
     case DataType::kLong:
       return static_cast<std::int32_t>(statement.Integer(column));
     case DataType::kCurrency:
-      return platform::CurrencyValue{statement.Integer(column)};
+      return ports::CurrencyValue{statement.Integer(column)};
     case DataType::kSingle:
       return static_cast<float>(statement.Real(column));
     case DataType::kDouble:
       return statement.Real(column);
     case DataType::kDate:
-      return platform::DateValue{statement.Real(column)};
+      return ports::DateValue{statement.Real(column)};
     case DataType::kText:
     case DataType::kMemo:
       return std::string(statement.Text(column));
     case DataType::kGuid:
       return GuidText(statement.Bytes(column));
     default:
-      return platform::BinaryValue{std::string(statement.Bytes(column))};
+      return ports::BinaryValue{std::string(statement.Bytes(column))};
   }
 }
 
 DatabaseValue ReadComputed(const Statement& statement, int column, sql::ValueType type) {
-  if (statement.IsNull(column)) return platform::NullValue{};
+  if (statement.IsNull(column)) return ports::NullValue{};
   switch (type) {
     case sql::ValueType::kBoolean:
       return statement.Integer(column) != 0;
@@ -131,15 +131,15 @@ DatabaseValue ReadComputed(const Statement& statement, int column, sql::ValueTyp
     case sql::ValueType::kCurrency: {
       std::int64_t amount = 0;
       if (!ToCurrency(statement.Real(column), amount)) Fail(kOverflow);
-      return platform::CurrencyValue{amount};
+      return ports::CurrencyValue{amount};
     }
     case sql::ValueType::kStoredCurrency:
-      return platform::CurrencyValue{statement.Integer(column)};
+      return ports::CurrencyValue{statement.Integer(column)};
     case sql::ValueType::kStoredGuid:
       return GuidText(statement.Bytes(column));
     case sql::ValueType::kDate:
       if (!tmw::IsDateInRange(statement.Real(column))) Fail(kOverflow);
-      return platform::DateValue{statement.Real(column)};
+      return ports::DateValue{statement.Real(column)};
     default:
       return ReadByClass(statement, column);
   }

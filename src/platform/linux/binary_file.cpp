@@ -1,4 +1,4 @@
-#include "platform/binary_file.h"
+#include "platform/factories.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr mode_t kNewFileMode = 0666;  // the umask takes its part
 
-class LinuxBinaryFile final : public BinaryFileHandle {
+class LinuxBinaryFile final : public ports::BinaryFileHandle {
  public:
   explicit LinuxBinaryFile(UniqueDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
@@ -25,29 +25,32 @@ class LinuxBinaryFile final : public BinaryFileHandle {
     return static_cast<std::uint32_t>(facts.st_size);
   }
 
-  Status Seek(std::int32_t position, std::uint32_t move_method) override {
+  ports::Status Seek(std::int32_t position, std::uint32_t move_method) override {
     constexpr int kWhence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    if (move_method > win32::kMoveFromEnd) return Status::Failure(EINVAL);
-    if (lseek(descriptor_.Get(), position, kWhence[move_method]) < 0) return Status::Failure(errno);
-    return Status::Success();
+    if (move_method > ports::win32::kMoveFromEnd) return ports::Status::Failure(EINVAL);
+    if (lseek(descriptor_.Get(), position, kWhence[move_method]) < 0)
+      return ports::Status::Failure(errno);
+    return ports::Status::Success();
   }
 
-  Outcome<std::uint32_t> Write(const void* data, std::uint32_t length) override {
+  ports::Outcome<std::uint32_t> Write(const void* data, std::uint32_t length) override {
     for (;;) {
       const ssize_t written = write(descriptor_.Get(), data, length);
-      if (written >= 0) return Outcome<std::uint32_t>::Success(static_cast<std::uint32_t>(written));
-      if (errno != EINTR) return Outcome<std::uint32_t>::Failure(errno);
+      if (written >= 0)
+        return ports::Outcome<std::uint32_t>::Success(static_cast<std::uint32_t>(written));
+      if (errno != EINTR) return ports::Outcome<std::uint32_t>::Failure(errno);
     }
   }
 
-  Status Flush() override {
-    return fsync(descriptor_.Get()) == 0 ? Status::Success() : Status::Failure(errno);
+  ports::Status Flush() override {
+    return fsync(descriptor_.Get()) == 0 ? ports::Status::Success() : ports::Status::Failure(errno);
   }
 
-  Status Close() override {
+  ports::Status Close() override {
     // The kernel gives the descriptor back even when it reports a failure, so it is closed once.
-    if (!descriptor_) return Status::Failure(EBADF);
-    return close(descriptor_.Release()) == 0 ? Status::Success() : Status::Failure(errno);
+    if (!descriptor_) return ports::Status::Failure(EBADF);
+    return close(descriptor_.Release()) == 0 ? ports::Status::Success()
+                                             : ports::Status::Failure(errno);
   }
 
  private:
@@ -55,8 +58,8 @@ class LinuxBinaryFile final : public BinaryFileHandle {
 };
 
 int AccessFlags(std::uint32_t access) {
-  const bool reads = (access & win32::kGenericRead) != 0;
-  const bool writes = (access & win32::kGenericWrite) != 0;
+  const bool reads = (access & ports::win32::kGenericRead) != 0;
+  const bool writes = (access & ports::win32::kGenericWrite) != 0;
   if (!writes) return O_RDONLY;
   return reads ? O_RDWR : O_WRONLY;
 }
@@ -64,13 +67,13 @@ int AccessFlags(std::uint32_t access) {
 // Truncation is left to Open: it must not happen before the lock is held.
 std::optional<int> CreationFlags(std::uint32_t disposition) {
   switch (disposition) {
-    case win32::kCreateNew:
+    case ports::win32::kCreateNew:
       return O_CREAT | O_EXCL;
-    case win32::kCreateAlways:
-    case win32::kOpenAlways:
+    case ports::win32::kCreateAlways:
+    case ports::win32::kOpenAlways:
       return O_CREAT;
-    case win32::kOpenExisting:
-    case win32::kTruncateExisting:
+    case ports::win32::kOpenExisting:
+    case ports::win32::kTruncateExisting:
       return 0;
     default:
       return std::nullopt;
@@ -78,22 +81,25 @@ std::optional<int> CreationFlags(std::uint32_t disposition) {
 }
 
 // Who lets others write takes no lock; a writer excludes everybody who takes one.
-Status Lock(int descriptor, bool writes, std::uint32_t share_mode) {
-  if ((share_mode & win32::kShareWrite) != 0) return Status::Success();
-  const bool is_alone = writes || (share_mode & win32::kShareRead) == 0;
-  if (flock(descriptor, (is_alone ? LOCK_EX : LOCK_SH) | LOCK_NB) == 0) return Status::Success();
-  if (errno == EWOULDBLOCK) return Status::Failure(EBUSY);
+ports::Status Lock(int descriptor, bool writes, std::uint32_t share_mode) {
+  if ((share_mode & ports::win32::kShareWrite) != 0) return ports::Status::Success();
+  const bool is_alone = writes || (share_mode & ports::win32::kShareRead) == 0;
+  if (flock(descriptor, (is_alone ? LOCK_EX : LOCK_SH) | LOCK_NB) == 0)
+    return ports::Status::Success();
+  if (errno == EWOULDBLOCK) return ports::Status::Failure(EBUSY);
   // Some network file systems know no locks; the file is usable all the same.
-  return errno == ENOLCK || errno == EOPNOTSUPP ? Status::Success() : Status::Failure(errno);
+  return errno == ENOLCK || errno == EOPNOTSUPP ? ports::Status::Success()
+                                                : ports::Status::Failure(errno);
 }
 
-class LinuxBinaryFiles final : public BinaryFiles {
+class LinuxBinaryFiles final : public ports::BinaryFiles {
  public:
-  Outcome<std::unique_ptr<BinaryFileHandle>> Open(const std::string& path, std::uint32_t access,
-                                                  std::uint32_t share_mode,
-                                                  std::uint32_t disposition,
-                                                  std::uint32_t /*flags*/) override {
-    using Result = Outcome<std::unique_ptr<BinaryFileHandle>>;
+  ports::Outcome<std::unique_ptr<ports::BinaryFileHandle>> Open(const std::string& path,
+                                                                std::uint32_t access,
+                                                                std::uint32_t share_mode,
+                                                                std::uint32_t disposition,
+                                                                std::uint32_t /*flags*/) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::BinaryFileHandle>>;
     const auto creation = CreationFlags(disposition);
     if (!creation) return Result::Failure(EINVAL);
     const int flags = AccessFlags(access);
@@ -102,10 +108,10 @@ class LinuxBinaryFiles final : public BinaryFiles {
     struct stat facts {};
     if (fstat(file.Get(), &facts) != 0) return Result::Failure(errno);
     if (S_ISDIR(facts.st_mode)) return Result::Failure(EISDIR);
-    if (const Status lock = Lock(file.Get(), flags != O_RDONLY, share_mode); !lock)
+    if (const ports::Status lock = Lock(file.Get(), flags != O_RDONLY, share_mode); !lock)
       return Result::Failure(lock.code);
-    const bool truncates =
-        disposition == win32::kCreateAlways || disposition == win32::kTruncateExisting;
+    const bool truncates = disposition == ports::win32::kCreateAlways ||
+                           disposition == ports::win32::kTruncateExisting;
     if (truncates && ftruncate(file.Get(), 0) != 0) return Result::Failure(errno);
     return Result::Success(std::make_unique<LinuxBinaryFile>(std::move(file)));
   }
@@ -113,7 +119,7 @@ class LinuxBinaryFiles final : public BinaryFiles {
 
 }  // namespace
 
-std::unique_ptr<BinaryFiles> MakeBinaryFiles() {
+std::unique_ptr<ports::BinaryFiles> MakeBinaryFiles() {
   return std::make_unique<LinuxBinaryFiles>();
 }
 

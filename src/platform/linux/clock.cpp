@@ -1,4 +1,4 @@
-#include "platform/clock.h"
+#include "platform/factories.h"
 
 #include <cerrno>
 #include <ctime>
@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::int64_t kNanosecondsPerMillisecond = 1'000'000;
 
-class LinuxClock final : public Clock {
+class LinuxClock final : public ports::Clock {
  public:
   void Sleep(std::int32_t milliseconds) override {
     if (milliseconds <= 0) return;
@@ -28,7 +28,7 @@ class LinuxClock final : public Clock {
 
 }  // namespace
 
-std::unique_ptr<Clock> MakeClock() {
+std::unique_ptr<ports::Clock> MakeClock() {
   return std::make_unique<LinuxClock>();
 }
 

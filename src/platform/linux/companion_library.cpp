@@ -1,4 +1,4 @@
-#include "platform/companion_library.h"
+#include "platform/factories.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -16,22 +16,22 @@ std::string InOwnFolder(const std::string& name) {
   return (own.parent_path() / name).string();
 }
 
-class LinuxCompanionLibrary final : public CompanionLibrary {
+class LinuxCompanionLibrary final : public ports::CompanionLibrary {
  public:
   explicit LinuxCompanionLibrary(std::string path) : path_(std::move(path)) {}
   LinuxCompanionLibrary(const LinuxCompanionLibrary&) = delete;
   LinuxCompanionLibrary& operator=(const LinuxCompanionLibrary&) = delete;
   ~LinuxCompanionLibrary() override { Unload(); }
 
-  Outcome<const companion::EntryPoints*> Load() override {
-    using Result = Outcome<const companion::EntryPoints*>;
+  ports::Outcome<const ports::EntryPoints*> Load() override {
+    using Result = ports::Outcome<const ports::EntryPoints*>;
     if (library_ != nullptr) return Result::Success(&entries_);
     // The loader gives words, no code: the likeliest cause is asked for first.
     if (access(path_.c_str(), R_OK) != 0) return Result::Failure(errno);
     library_ = dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library_ == nullptr) return Result::Failure(ENOEXEC);
     bool is_whole = true;
-    companion::ForEachEntryPoint(entries_, [&](const char* name, auto& entry) {
+    ports::ForEachEntryPoint(entries_, [&](const char* name, auto& entry) {
       entry = reinterpret_cast<std::remove_reference_t<decltype(entry)>>(dlsym(library_, name));
       is_whole = is_whole && entry != nullptr;
     });
@@ -41,7 +41,7 @@ class LinuxCompanionLibrary final : public CompanionLibrary {
   }
 
   std::string Path() const override { return path_; }
-  SystemCode LastError() const override { return errno; }
+  ports::SystemCode LastError() const override { return errno; }
 
  private:
   void Unload() {
@@ -51,12 +51,12 @@ class LinuxCompanionLibrary final : public CompanionLibrary {
 
   std::string path_;
   void* library_ = nullptr;
-  companion::EntryPoints entries_{};
+  ports::EntryPoints entries_{};
 };
 
 }  // namespace
 
-std::unique_ptr<CompanionLibrary> MakeCompanionLibrary(const std::string& path) {
+std::unique_ptr<ports::CompanionLibrary> MakeCompanionLibrary(const std::string& path) {
   return std::make_unique<LinuxCompanionLibrary>(path.empty() ? InOwnFolder("UnTmz.so") : path);
 }
 

@@ -39,10 +39,10 @@ CurlTransfer::~CurlTransfer() {
   Stop();
 }
 
-Status CurlTransfer::Start(const std::string& url, std::int64_t position) {
+ports::Status CurlTransfer::Start(const std::string& url, std::int64_t position) {
   Stop();
   easy_.Reset(curl_easy_init());
-  if (!easy_) return Status::Failure(ENOMEM);
+  if (!easy_) return ports::Status::Failure(ENOMEM);
   header_bytes_ = 0;
   is_http_ = is_answered_ = is_done_ = is_paused_ = false;
   status_code_ = 0;
@@ -51,9 +51,9 @@ Status CurlTransfer::Start(const std::string& url, std::int64_t position) {
   silence_ = milliseconds::zero();
   SetOptions(url, position);
   if (curl_multi_add_handle(core_->multi.Get(), easy_.Get()) != CURLM_OK)
-    return Status::Failure(internet_codes::kInternalError);
+    return ports::Status::Failure(internet_codes::kInternalError);
   is_added_ = true;
-  return Status::Success();
+  return ports::Status::Success();
 }
 
 void CurlTransfer::Stop() {
@@ -104,9 +104,9 @@ void CurlTransfer::SetCertificates() {
 
 // Without CURLOPT_PROXY libcurl looks into the proxy environment variables.
 void CurlTransfer::SetProxy(const std::string& url) {
-  const InternetSessionOptions& options = core_->options;
-  if (options.access_type == kAccessDirect) Set(CURLOPT_PROXY, "");
-  if (options.access_type != kAccessProxy) return;
+  const ports::InternetSessionOptions& options = core_->options;
+  if (options.access_type == ports::kAccessDirect) Set(CURLOPT_PROXY, "");
+  if (options.access_type != ports::kAccessProxy) return;
   const UrlParts parts = SplitUrl(url);
   const std::string proxy =
       ChooseProxy(options.proxy, options.proxy_bypass, parts.scheme, parts.host);
@@ -114,12 +114,13 @@ void CurlTransfer::SetProxy(const std::string& url) {
   Set(CURLOPT_NOPROXY, "");  // the bypass list has been consulted
 }
 
-Status CurlTransfer::AwaitAnswer(const WaitHandler& on_wait) {
+ports::Status CurlTransfer::AwaitAnswer(const ports::WaitHandler& on_wait) {
   for (;;) {
-    if (!Pump()) return Status::Failure(internet_codes::kTimeout);
-    if (is_answered_) return Status::Success();
-    if (is_done_) return end_code_ == 0 ? Status::Success() : Status::Failure(end_code_);
-    if (on_wait && !on_wait()) return Status::Failure(kInternetCancelled);
+    if (!Pump()) return ports::Status::Failure(internet_codes::kTimeout);
+    if (is_answered_) return ports::Status::Success();
+    if (is_done_)
+      return end_code_ == 0 ? ports::Status::Success() : ports::Status::Failure(end_code_);
+    if (on_wait && !on_wait()) return ports::Status::Failure(ports::kInternetCancelled);
   }
 }
 

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/internet.h"
-#include "platform/unique_handle.h"
+#include "foundation/unique_handle.h"
+#include "ports/internet.h"
 
 namespace platform {
 
@@ -29,9 +29,9 @@ struct EasyTraits {
 // What a session and its transfers share. The multi handle keeps the connections, so that one
 // request follows another on the same connection.
 struct CurlCore {
-  InternetSessionOptions options;
+  ports::InternetSessionOptions options;
   std::chrono::milliseconds stall_limit{};
-  UniqueHandle<MultiTraits> multi;
+  tmw::UniqueHandle<MultiTraits> multi;
 };
 
 // One request to one URL and its answer, without redirects, read by pulling: nothing runs between
@@ -46,11 +46,11 @@ class CurlTransfer {
 
   // Asks for the body from that position on: HTTP with a range, FTP with REST. A transfer that runs
   // is ended, its bytes are dropped.
-  Status Start(const std::string& url, std::int64_t position);
+  ports::Status Start(const std::string& url, std::int64_t position);
   void Stop();
 
   // Waits until the answer's headers are complete or, without headers, for its first byte.
-  Status AwaitAnswer(const WaitHandler& on_wait);
+  ports::Status AwaitAnswer(const ports::WaitHandler& on_wait);
 
   // Lets the transfer run until it has brought its answer, bytes or its end, or until a slice has
   // passed. False: the server has been silent for the stall limit.
@@ -67,7 +67,7 @@ class CurlTransfer {
   bool HasBytes() const { return taken_ < buffer_.size(); }
   std::uint32_t Take(void* buffer, std::uint32_t length);
   bool IsDone() const { return is_done_; }
-  SystemCode EndCode() const { return end_code_; }  // 0: the whole body has come
+  ports::SystemCode EndCode() const { return end_code_; }  // 0: the whole body has come
 
  private:
   template <typename T>
@@ -85,7 +85,7 @@ class CurlTransfer {
   static std::size_t OnHeader(char* data, std::size_t size, std::size_t count, void* owner);
 
   std::shared_ptr<CurlCore> core_;
-  UniqueHandle<EasyTraits> easy_;
+  tmw::UniqueHandle<EasyTraits> easy_;
   bool is_added_ = false;
   std::vector<char> buffer_;  // received, the first taken_ bytes already given out
   std::size_t taken_ = 0;
@@ -97,8 +97,8 @@ class CurlTransfer {
   bool is_alive_ = false;  // something has come since the slice began
   std::int32_t status_code_ = 0;
   std::string status_text_;
-  SystemCode end_code_ = 0;
-  SystemCode abort_code_ = 0;            // why a callback of ours ended the transfer
+  ports::SystemCode end_code_ = 0;
+  ports::SystemCode abort_code_ = 0;     // why a callback of ours ended the transfer
   std::chrono::milliseconds silence_{};  // waited without a byte
 };
 

@@ -3,8 +3,8 @@
 #include <curl/curl.h>
 
 #include "foundation/encodings.h"
+#include "foundation/unique_handle.h"
 #include "platform/linux/internet_codes.h"
-#include "platform/unique_handle.h"
 
 namespace platform {
 namespace {
@@ -29,8 +29,8 @@ bool HasScheme(std::string_view url, std::string_view scheme) {
   return tmw::LowerCase(url.substr(0, scheme.size() + 3)) == std::string(scheme) + "://";
 }
 
-Outcome<std::string> AcceptUrl(const std::string& text) {
-  using Result = Outcome<std::string>;
+ports::Outcome<std::string> AcceptUrl(const std::string& text) {
+  using Result = ports::Outcome<std::string>;
   // Only the forms whose protocol everybody agrees on pass: what libcurl alone took for HTTP
   // ("http:/host") would go without its status check.
   const bool has_scheme =
@@ -44,7 +44,7 @@ Outcome<std::string> AcceptUrl(const std::string& text) {
 
 std::string ResolveUrl(const std::string& base, const std::string& target) {
   constexpr unsigned kFlags = CURLU_URLENCODE | CURLU_NON_SUPPORT_SCHEME;
-  const UniqueHandle<UrlTraits> url(curl_url());
+  const tmw::UniqueHandle<UrlTraits> url(curl_url());
   if (!base.empty() && curl_url_set(url.Get(), CURLUPART_URL, base.c_str(), kFlags) != CURLUE_OK)
     return {};
   if (curl_url_set(url.Get(), CURLUPART_URL, target.c_str(), kFlags) != CURLUE_OK) return {};
@@ -52,7 +52,7 @@ std::string ResolveUrl(const std::string& base, const std::string& target) {
 }
 
 UrlParts SplitUrl(const std::string& url) {
-  const UniqueHandle<UrlTraits> parts(curl_url());
+  const tmw::UniqueHandle<UrlTraits> parts(curl_url());
   if (curl_url_set(parts.Get(), CURLUPART_URL, url.c_str(), 0) != CURLUE_OK) return {};
   return {UrlPart(parts.Get(), CURLUPART_SCHEME), UrlPart(parts.Get(), CURLUPART_HOST)};
 }

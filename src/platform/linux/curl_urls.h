@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/outcome.h"
+#include "ports/outcome.h"
 
 // URLs, read by libcurl's own parser.
 namespace platform {
@@ -14,7 +14,7 @@ bool HasScheme(std::string_view url, std::string_view scheme);
 // A URL as a user or a server list writes it, with blanks and letters beyond ASCII escaped;
 // "www." stands for "http://www.". Other schemes than http, https and ftp, and what is malformed,
 // fail with a code of the internet layer.
-Outcome<std::string> AcceptUrl(const std::string& text);
+ports::Outcome<std::string> AcceptUrl(const std::string& text);
 
 // The target of a redirect, absolute; "" when it is malformed.
 std::string ResolveUrl(const std::string& base, const std::string& target);

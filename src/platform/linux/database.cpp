@@ -1,10 +1,10 @@
-#include "platform/database.h"
+#include "platform/factories.h"
 
 #include "jet/engine.h"
 
 namespace platform {
 
-std::unique_ptr<DatabaseEngine> MakeDatabaseEngine() {
+std::unique_ptr<ports::DatabaseEngine> MakeDatabaseEngine() {
   return jet::MakeEngine();
 }
 

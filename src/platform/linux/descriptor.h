@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "platform/unique_handle.h"
+#include "foundation/unique_handle.h"
 
 namespace platform {
 
@@ -13,6 +13,6 @@ struct DescriptorTraits {
 };
 
 // Owner of a file descriptor.
-using UniqueDescriptor = UniqueHandle<DescriptorTraits>;
+using UniqueDescriptor = tmw::UniqueHandle<DescriptorTraits>;
 
 }  // namespace platform

@@ -2,13 +2,13 @@
 
 #include <span>
 
-#include "platform/outcome.h"
+#include "ports/outcome.h"
 
 // Russian texts of error codes where the system has none of its own.
 namespace platform::error_text_tables {
 
 struct Entry {
-  SystemCode code;
+  ports::SystemCode code;
   const char* text;
 };
 

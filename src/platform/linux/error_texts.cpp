@@ -1,4 +1,4 @@
-#include "platform/error_texts.h"
+#include "platform/factories.h"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +16,7 @@ namespace {
 
 using error_text_tables::Entry;
 
-constexpr ErrorTexts::Module kSystemModule = 0;
+constexpr ports::ErrorTexts::Module kSystemModule = 0;
 
 struct TextModule {
   std::string_view name;
@@ -34,13 +34,13 @@ const std::array<TextModule, 3>& Modules() {
 }
 
 // The C library's words for a code that our table lacks; "Unknown error N" counts as no text.
-std::string LibraryText(SystemCode code) {
+std::string LibraryText(ports::SystemCode code) {
   const char* const name = strerrorname_np(code);
   if (name == nullptr) return {};
   return std::string(strerrordesc_np(code)) + " (" + name + ").";
 }
 
-class LinuxErrorTexts final : public ErrorTexts {
+class LinuxErrorTexts final : public ports::ErrorTexts {
  public:
   std::optional<Module> FindLoadedModule(const std::string& name) override {
     const auto& modules = Modules();
@@ -52,7 +52,7 @@ class LinuxErrorTexts final : public ErrorTexts {
     return static_cast<Module>(std::distance(modules.begin(), found));
   }
 
-  std::string Format(SystemCode code, Module module) override {
+  std::string Format(ports::SystemCode code, Module module) override {
     if (module >= Modules().size()) return {};
     const auto entries = Modules()[module].entries;
     const auto found = std::find_if(entries.begin(), entries.end(),
@@ -70,7 +70,7 @@ class LinuxErrorTexts final : public ErrorTexts {
 
 }  // namespace
 
-std::unique_ptr<ErrorTexts> MakeErrorTexts() {
+std::unique_ptr<ports::ErrorTexts> MakeErrorTexts() {
   return std::make_unique<LinuxErrorTexts>();
 }
 

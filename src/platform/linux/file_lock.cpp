@@ -1,4 +1,4 @@
-#include "platform/file_lock.h"
+#include "platform/factories.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -9,7 +9,7 @@
 #include <map>
 #include <utility>
 
-#include "platform/unique_handle.h"
+#include "foundation/unique_handle.h"
 
 namespace platform {
 namespace {
@@ -19,7 +19,7 @@ struct DescriptorTraits {
   static Type Invalid() { return -1; }
   static void Close(Type descriptor) { ::close(descriptor); }
 };
-using Descriptor = UniqueHandle<DescriptorTraits>;
+using Descriptor = tmw::UniqueHandle<DescriptorTraits>;
 
 // All holders of one file in this process share one descriptor. Closing any descriptor of a file
 // drops every record lock that the process has on it, the database engine's own ones included, so
@@ -37,7 +37,7 @@ std::map<FileKey, HeldFile>& HeldFiles() {
   return files;
 }
 
-class LinuxFileLock final : public FileLock {
+class LinuxFileLock final : public ports::FileLock {
  public:
   explicit LinuxFileLock(FileKey key) : key_(key) {}
   LinuxFileLock(const LinuxFileLock&) = delete;
@@ -55,29 +55,30 @@ class LinuxFileLock final : public FileLock {
   FileKey key_;
 };
 
-Outcome<FileLockResult> Answer(FileLockVerdict verdict) {
-  return Outcome<FileLockResult>::Success({verdict, nullptr});
+ports::Outcome<ports::FileLockResult> Answer(ports::FileLockVerdict verdict) {
+  return ports::Outcome<ports::FileLockResult>::Success({verdict, nullptr});
 }
 
-Outcome<FileLockResult> Refused(SystemCode code) {
-  if (code == ENOENT || code == ENOTDIR) return Answer(FileLockVerdict::kMissing);
-  if (code == EACCES || code == EPERM) return Answer(FileLockVerdict::kForbidden);
-  return Outcome<FileLockResult>::Failure(code);
+ports::Outcome<ports::FileLockResult> Refused(ports::SystemCode code) {
+  if (code == ENOENT || code == ENOTDIR) return Answer(ports::FileLockVerdict::kMissing);
+  if (code == EACCES || code == EPERM) return Answer(ports::FileLockVerdict::kForbidden);
+  return ports::Outcome<ports::FileLockResult>::Failure(code);
 }
 
 }  // namespace
 
-class LinuxFileLocks final : public FileLocks {
+class LinuxFileLocks final : public ports::FileLocks {
  public:
-  Outcome<FileLockResult> TryLock(const std::string& path, FileLockMode mode) override {
-    const bool wants_all = mode == FileLockMode::kExclusive;
+  ports::Outcome<ports::FileLockResult> TryLock(const std::string& path,
+                                                ports::FileLockMode mode) override {
+    const bool wants_all = mode == ports::FileLockMode::kExclusive;
     struct stat facts = {};
     if (::stat(path.c_str(), &facts) != 0) return Refused(errno);
     const FileKey key{facts.st_dev, facts.st_ino};
     const auto held = HeldFiles().find(key);
     if (held != HeldFiles().end()) {
-      if (held->second.is_exclusive) return Answer(FileLockVerdict::kHeldExclusively);
-      if (wants_all) return Answer(FileLockVerdict::kHeldShared);
+      if (held->second.is_exclusive) return Answer(ports::FileLockVerdict::kHeldExclusively);
+      if (wants_all) return Answer(ports::FileLockVerdict::kHeldShared);
       ++held->second.sharers;
       return Locked(key);
     }
@@ -85,10 +86,10 @@ class LinuxFileLocks final : public FileLocks {
     Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!descriptor) return Refused(errno);
     if (::flock(descriptor.Get(), (wants_all ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0) {
-      if (errno != EWOULDBLOCK) return Outcome<FileLockResult>::Failure(errno);
+      if (errno != EWOULDBLOCK) return ports::Outcome<ports::FileLockResult>::Failure(errno);
       const bool is_shareable = wants_all && ::flock(descriptor.Get(), LOCK_SH | LOCK_NB) == 0;
-      return Answer(is_shareable ? FileLockVerdict::kHeldShared
-                                 : FileLockVerdict::kHeldExclusively);
+      return Answer(is_shareable ? ports::FileLockVerdict::kHeldShared
+                                 : ports::FileLockVerdict::kHeldExclusively);
     }
     HeldFile file;
     file.descriptor = std::move(descriptor);
@@ -99,13 +100,13 @@ class LinuxFileLocks final : public FileLocks {
   }
 
  private:
-  static Outcome<FileLockResult> Locked(FileKey key) {
-    return Outcome<FileLockResult>::Success(
-        {FileLockVerdict::kLocked, std::make_unique<LinuxFileLock>(key)});
+  static ports::Outcome<ports::FileLockResult> Locked(FileKey key) {
+    return ports::Outcome<ports::FileLockResult>::Success(
+        {ports::FileLockVerdict::kLocked, std::make_unique<LinuxFileLock>(key)});
   }
 };
 
-std::unique_ptr<FileLocks> MakeFileLocks() {
+std::unique_ptr<ports::FileLocks> MakeFileLocks() {
   return std::make_unique<LinuxFileLocks>();
 }
 

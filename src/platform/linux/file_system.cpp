@@ -1,4 +1,4 @@
-#include "platform/file_system.h"
+#include "platform/factories.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -11,8 +11,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "foundation/unique_handle.h"
 #include "platform/linux/own_folder.h"
-#include "platform/unique_handle.h"
 
 namespace platform {
 namespace {
@@ -28,14 +28,14 @@ struct DescriptorTraits {
   static Type Invalid() { return -1; }
   static void Close(Type descriptor) { close(descriptor); }
 };
-using Descriptor = UniqueHandle<DescriptorTraits>;
+using Descriptor = tmw::UniqueHandle<DescriptorTraits>;
 
 struct FolderStreamTraits {
   using Type = DIR*;
   static Type Invalid() { return nullptr; }
   static void Close(Type folder) { closedir(folder); }
 };
-using FolderStream = UniqueHandle<FolderStreamTraits>;
+using FolderStream = tmw::UniqueHandle<FolderStreamTraits>;
 
 // A system call would take a path with a zero character for its beginning; the empty name makes it
 // answer that nothing is there.
@@ -43,68 +43,68 @@ const char* Name(const std::string& path) {
   return path.find('\0') == std::string::npos ? path.c_str() : "";
 }
 
-Status Result(int returned) {
-  return returned == 0 ? Status::Success() : Status::Failure(errno);
+ports::Status Result(int returned) {
+  return returned == 0 ? ports::Status::Success() : ports::Status::Failure(errno);
 }
 
 // What the file system cannot hold, or this user may not set, is no failure.
-Status AsFarAsPossible(int returned) {
-  const Status status = Result(returned);
+ports::Status AsFarAsPossible(int returned) {
+  const ports::Status status = Result(returned);
   const bool is_refused = status.code == EPERM || status.code == EACCES ||
                           status.code == EOPNOTSUPP || status.code == ENOSYS ||
                           status.code == EINVAL || status.code == EOVERFLOW;
-  return !status && is_refused ? Status::Success() : status;
+  return !status && is_refused ? ports::Status::Success() : status;
 }
 
 // In a folder that everybody writes to, another user could have prepared what is to be found there.
-Outcome<std::string> PrivatePartOf(std::string folder) {
+ports::Outcome<std::string> PrivatePartOf(std::string folder) {
   struct stat facts {};
   if (stat(folder.c_str(), &facts) != 0 || (facts.st_mode & S_IWOTH) == 0)
-    return Outcome<std::string>::Success(std::move(folder));
+    return ports::Outcome<std::string>::Success(std::move(folder));
   folder += "/tamrin-" + std::to_string(geteuid());
-  const SystemCode code = MakeOwnFolder(folder);
-  return code == 0 ? Outcome<std::string>::Success(std::move(folder))
-                   : Outcome<std::string>::Failure(code);
+  const ports::SystemCode code = MakeOwnFolder(folder);
+  return code == 0 ? ports::Outcome<std::string>::Success(std::move(folder))
+                   : ports::Outcome<std::string>::Failure(code);
 }
 
-FileKind KindOf(mode_t mode) {
-  if (S_ISREG(mode)) return FileKind::kFile;
-  if (S_ISDIR(mode)) return FileKind::kFolder;
-  return FileKind::kOther;
+ports::FileKind KindOf(mode_t mode) {
+  if (S_ISREG(mode)) return ports::FileKind::kFile;
+  if (S_ISDIR(mode)) return ports::FileKind::kFolder;
+  return ports::FileKind::kOther;
 }
 
-class LinuxFile final : public File {
+class LinuxFile final : public ports::File {
  public:
   explicit LinuxFile(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
-  Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
+  ports::Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
     for (;;) {
       const ssize_t count = read(descriptor_.Get(), buffer, length);
-      if (count >= 0) return Outcome<std::size_t>::Success(static_cast<std::size_t>(count));
-      if (errno != EINTR) return Outcome<std::size_t>::Failure(errno);
+      if (count >= 0) return ports::Outcome<std::size_t>::Success(static_cast<std::size_t>(count));
+      if (errno != EINTR) return ports::Outcome<std::size_t>::Failure(errno);
     }
   }
 
-  Status Write(const void* buffer, std::size_t length) override {
+  ports::Status Write(const void* buffer, std::size_t length) override {
     const char* next = static_cast<const char*>(buffer);
     while (length > 0) {
       const ssize_t count = write(descriptor_.Get(), next, length);
       if (count < 0) {
         if (errno == EINTR) continue;
-        return Status::Failure(errno);
+        return ports::Status::Failure(errno);
       }
       next += count;
       length -= static_cast<std::size_t>(count);
     }
-    return Status::Success();
+    return ports::Status::Success();
   }
 
-  Status Flush() override { return Result(fsync(descriptor_.Get())); }
+  ports::Status Flush() override { return Result(fsync(descriptor_.Get())); }
 
-  Status Close() override {
+  ports::Status Close() override {
     // The descriptor is gone even when the call was interrupted.
-    const Status status = Result(close(descriptor_.Release()));
-    return status.code == EINTR ? Status::Success() : status;
+    const ports::Status status = Result(close(descriptor_.Release()));
+    return status.code == EINTR ? ports::Status::Success() : status;
   }
 
  private:
@@ -135,42 +135,44 @@ std::string AbsoluteVariable(const char* name) {
   return WithoutDots(value);
 }
 
-class LinuxFileSystem final : public FileSystem {
+class LinuxFileSystem final : public ports::FileSystem {
  public:
   char Separator() const override { return '/'; }
 
-  Outcome<FileFacts> Examine(const std::string& path) override {
-    FileFacts facts;
+  ports::Outcome<ports::FileFacts> Examine(const std::string& path) override {
+    ports::FileFacts facts;
     struct stat status {};
     if (stat(Name(path), &status) != 0) {
-      const SystemCode code = errno;
-      if (!MeansMissing(code) && code != ELOOP) return Outcome<FileFacts>::Failure(code);
+      const ports::SystemCode code = errno;
+      if (!MeansMissing(code) && code != ELOOP)
+        return ports::Outcome<ports::FileFacts>::Failure(code);
       const bool is_dead_link = lstat(Name(path), &status) == 0;
-      facts.kind = is_dead_link ? FileKind::kOther : FileKind::kNone;
-      return Outcome<FileFacts>::Success(facts);
+      facts.kind = is_dead_link ? ports::FileKind::kOther : ports::FileKind::kNone;
+      return ports::Outcome<ports::FileFacts>::Success(facts);
     }
     facts.kind = KindOf(status.st_mode);
-    if (facts.kind == FileKind::kFile) facts.length = status.st_size;
+    if (facts.kind == ports::FileKind::kFile) facts.length = status.st_size;
     facts.read_only = (status.st_mode & S_IWUSR) == 0;
-    return Outcome<FileFacts>::Success(facts);
+    return ports::Outcome<ports::FileFacts>::Success(facts);
   }
 
-  Outcome<std::unique_ptr<File>> Open(const std::string& path, FileMode mode) override {
+  ports::Outcome<std::unique_ptr<ports::File>> Open(const std::string& path,
+                                                    ports::FileMode mode) override {
     int flags = O_RDONLY;
-    if (mode == FileMode::kWriteNew) flags = O_WRONLY | O_CREAT | O_TRUNC;
-    if (mode == FileMode::kCreateNew) flags = O_WRONLY | O_CREAT | O_EXCL;
-    const mode_t rights = mode == FileMode::kCreateNew ? kNewCopyMode : kNewFileMode;
+    if (mode == ports::FileMode::kWriteNew) flags = O_WRONLY | O_CREAT | O_TRUNC;
+    if (mode == ports::FileMode::kCreateNew) flags = O_WRONLY | O_CREAT | O_EXCL;
+    const mode_t rights = mode == ports::FileMode::kCreateNew ? kNewCopyMode : kNewFileMode;
     Descriptor descriptor(open(Name(path), flags | O_CLOEXEC | O_NOCTTY, rights));
-    if (!descriptor) return Outcome<std::unique_ptr<File>>::Failure(errno);
-    return Outcome<std::unique_ptr<File>>::Success(
+    if (!descriptor) return ports::Outcome<std::unique_ptr<ports::File>>::Failure(errno);
+    return ports::Outcome<std::unique_ptr<ports::File>>::Success(
         std::make_unique<LinuxFile>(std::move(descriptor)));
   }
 
-  Outcome<std::vector<FolderEntry>> List(const std::string& folder) override {
-    using Result = Outcome<std::vector<FolderEntry>>;
+  ports::Outcome<std::vector<ports::FolderEntry>> List(const std::string& folder) override {
+    using Result = ports::Outcome<std::vector<ports::FolderEntry>>;
     const FolderStream stream(opendir(Name(folder)));
     if (!stream) return Result::Failure(errno);
-    std::vector<FolderEntry> entries;
+    std::vector<ports::FolderEntry> entries;
     for (;;) {
       errno = 0;
       const dirent* const entry = readdir(stream.Get());
@@ -179,61 +181,63 @@ class LinuxFileSystem final : public FileSystem {
       if (name == "." || name == "..") continue;
       struct stat status {};
       const bool is_known = fstatat(dirfd(stream.Get()), entry->d_name, &status, 0) == 0;
-      entries.push_back({std::string(name), is_known ? KindOf(status.st_mode) : FileKind::kOther});
+      entries.push_back(
+          {std::string(name), is_known ? KindOf(status.st_mode) : ports::FileKind::kOther});
     }
     if (errno != 0) return Result::Failure(errno);
     return Result::Success(std::move(entries));
   }
 
-  Status CreateFolder(const std::string& path) override {
+  ports::Status CreateFolder(const std::string& path) override {
     return Result(mkdir(Name(path), kPermissionBits));
   }
 
-  Status RemoveFolder(const std::string& path) override { return Result(rmdir(Name(path))); }
+  ports::Status RemoveFolder(const std::string& path) override { return Result(rmdir(Name(path))); }
 
-  Status RemoveFile(const std::string& path) override { return Result(unlink(Name(path))); }
+  ports::Status RemoveFile(const std::string& path) override { return Result(unlink(Name(path))); }
 
-  Status Rename(const std::string& from, const std::string& to) override {
+  ports::Status Rename(const std::string& from, const std::string& to) override {
     return Result(rename(Name(from), Name(to)));
   }
 
-  Status SetReadOnly(const std::string& path, bool read_only) override {
+  ports::Status SetReadOnly(const std::string& path, bool read_only) override {
     struct stat status {};
-    if (stat(Name(path), &status) != 0) return Status::Failure(errno);
+    if (stat(Name(path), &status) != 0) return ports::Status::Failure(errno);
     const mode_t old_mode = status.st_mode & kPermissionBits;
     const mode_t mode = read_only ? old_mode & ~kAllWriteBits : old_mode | S_IWUSR;
-    return mode == old_mode ? Status::Success() : Result(chmod(Name(path), mode));
+    return mode == old_mode ? ports::Status::Success() : Result(chmod(Name(path), mode));
   }
 
-  Status CopyAttributes(const std::string& source, const std::string& target) override {
+  ports::Status CopyAttributes(const std::string& source, const std::string& target) override {
     struct stat status {};
-    if (stat(Name(source), &status) != 0) return Status::Failure(errno);
+    if (stat(Name(source), &status) != 0) return ports::Status::Failure(errno);
     const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
-    const Status timed = AsFarAsPossible(utimensat(AT_FDCWD, Name(target), times, 0));
-    const Status allowed = AsFarAsPossible(chmod(Name(target), status.st_mode & kPermissionBits));
+    const ports::Status timed = AsFarAsPossible(utimensat(AT_FDCWD, Name(target), times, 0));
+    const ports::Status allowed =
+        AsFarAsPossible(chmod(Name(target), status.st_mode & kPermissionBits));
     return timed ? allowed : timed;
   }
 
-  Status CopyRights(const std::string& source, const std::string& target) override {
+  ports::Status CopyRights(const std::string& source, const std::string& target) override {
     struct stat status {};
-    if (stat(Name(source), &status) != 0) return Status::Failure(errno);
+    if (stat(Name(source), &status) != 0) return ports::Status::Failure(errno);
     // The group on its own: whoever belongs to it may give it, the owner only root.
     for (const uid_t owner : {static_cast<uid_t>(-1), status.st_uid}) {
-      const Status owned = AsFarAsPossible(chown(Name(target), owner, status.st_gid));
+      const ports::Status owned = AsFarAsPossible(chown(Name(target), owner, status.st_gid));
       if (!owned) return owned;
     }
     return AsFarAsPossible(chmod(Name(target), status.st_mode & kPermissionBits));
   }
 
-  Outcome<std::string> FollowLinks(const std::string& path) override {
+  ports::Outcome<std::string> FollowLinks(const std::string& path) override {
     std::string followed = path;
     for (int links = 0; links < kMostLinks; ++links) {
       char target[PATH_MAX];
       const ssize_t length = readlink(Name(followed), target, sizeof target);
       if (length < 0) {
         const bool is_no_link = errno == EINVAL || MeansMissing(errno);
-        return is_no_link ? Outcome<std::string>::Success(std::move(followed))
-                          : Outcome<std::string>::Failure(errno);
+        return is_no_link ? ports::Outcome<std::string>::Success(std::move(followed))
+                          : ports::Outcome<std::string>::Failure(errno);
       }
       // A relative one starts from the folder of the link.
       if (target[0] == '/') {
@@ -243,19 +247,20 @@ class LinuxFileSystem final : public FileSystem {
       }
       followed.append(target, static_cast<std::size_t>(length));
     }
-    return Outcome<std::string>::Failure(ELOOP);
+    return ports::Outcome<std::string>::Failure(ELOOP);
   }
 
-  Outcome<std::string> MakeAbsolute(const std::string& path) override {
+  ports::Outcome<std::string> MakeAbsolute(const std::string& path) override {
     if (path.empty() || path.find('\0') != std::string::npos)
-      return Outcome<std::string>::Failure(ENOENT);
-    if (path.front() == '/') return Outcome<std::string>::Success(WithoutDots(path));
+      return ports::Outcome<std::string>::Failure(ENOENT);
+    if (path.front() == '/') return ports::Outcome<std::string>::Success(WithoutDots(path));
     char folder[PATH_MAX];
-    if (getcwd(folder, sizeof folder) == nullptr) return Outcome<std::string>::Failure(errno);
-    return Outcome<std::string>::Success(WithoutDots(std::string(folder) + "/" + path));
+    if (getcwd(folder, sizeof folder) == nullptr)
+      return ports::Outcome<std::string>::Failure(errno);
+    return ports::Outcome<std::string>::Success(WithoutDots(std::string(folder) + "/" + path));
   }
 
-  Outcome<std::string> TemporaryFolder() override {
+  ports::Outcome<std::string> TemporaryFolder() override {
     std::string folder = AbsoluteVariable("TMPDIR");
     // The updater's copy runs from it.
     if (!folder.empty() && LetsProgramsRun(folder)) return PrivatePartOf(std::move(folder));
@@ -266,41 +271,44 @@ class LinuxFileSystem final : public FileSystem {
         errno = 0;
         const passwd* const user = getpwuid(getuid());
         if (user == nullptr || user->pw_dir == nullptr)
-          return Outcome<std::string>::Failure(errno != 0 ? errno : ENOENT);
+          return ports::Outcome<std::string>::Failure(errno != 0 ? errno : ENOENT);
         folder = WithoutDots(user->pw_dir);
       }
       folder += "/.cache";
     }
-    return Outcome<std::string>::Success(folder + "/tamrin");
+    return ports::Outcome<std::string>::Success(folder + "/tamrin");
   }
 
-  Status FlushFolder(const std::string& folder) override {
+  ports::Status FlushFolder(const std::string& folder) override {
     const Descriptor descriptor(
         open(folder.empty() ? "." : Name(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     // A folder that may be written but not read (EACCES) cannot be flushed; the rename stands.
-    if (!descriptor) return errno == EACCES ? Status::Success() : Status::Failure(errno);
-    const Status status = Result(fsync(descriptor.Get()));
+    if (!descriptor)
+      return errno == EACCES ? ports::Status::Success() : ports::Status::Failure(errno);
+    const ports::Status status = Result(fsync(descriptor.Get()));
     // File systems that do not flush folders say so with these.
     const bool is_unable = status.code == EINVAL || status.code == EROFS;
-    return is_unable ? Status::Success() : status;
+    return is_unable ? ports::Status::Success() : status;
   }
 
-  Status MakeExecutable(const std::string& path) override {
+  ports::Status MakeExecutable(const std::string& path) override {
     struct stat status {};
-    if (stat(Name(path), &status) != 0) return Status::Failure(errno);
+    if (stat(Name(path), &status) != 0) return ports::Status::Failure(errno);
     // Whoever may read it may run it.
     const mode_t mode = status.st_mode & kPermissionBits;
     return Result(chmod(Name(path), mode | S_IXUSR | ((mode & (S_IRGRP | S_IROTH)) >> 2U)));
   }
 
-  bool MeansMissing(SystemCode code) const override { return code == ENOENT || code == ENOTDIR; }
-  bool MeansOtherDevice(SystemCode code) const override { return code == EXDEV; }
-  bool MeansBusy(SystemCode code) const override { return code == EBUSY || code == ETXTBSY; }
+  bool MeansMissing(ports::SystemCode code) const override {
+    return code == ENOENT || code == ENOTDIR;
+  }
+  bool MeansOtherDevice(ports::SystemCode code) const override { return code == EXDEV; }
+  bool MeansBusy(ports::SystemCode code) const override { return code == EBUSY || code == ETXTBSY; }
 };
 
 }  // namespace
 
-std::unique_ptr<FileSystem> MakeFileSystem() {
+std::unique_ptr<ports::FileSystem> MakeFileSystem() {
   return std::make_unique<LinuxFileSystem>();
 }
 

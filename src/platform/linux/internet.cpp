@@ -1,4 +1,4 @@
-#include "platform/internet.h"
+#include "platform/factories.h"
 
 #include <curl/curl.h>
 
@@ -49,30 +49,30 @@ ContentRange ParseContentRange(const std::string& text) {
   return range;
 }
 
-class CurlRequest final : public InternetRequest {
+class CurlRequest final : public ports::InternetRequest {
  public:
   explicit CurlRequest(std::shared_ptr<CurlCore> core) : transfer_(std::move(core)) {}
 
-  Status Open(const std::string& url, const WaitHandler& on_wait) {
+  ports::Status Open(const std::string& url, const ports::WaitHandler& on_wait) {
     const auto accepted = AcceptUrl(url);
-    if (!accepted) return Status::Failure(accepted.code);
+    if (!accepted) return ports::Status::Failure(accepted.code);
     url_ = accepted.value;
-    if (const Status status = Request(0, on_wait); !status) return status;
+    if (const ports::Status status = Request(0, on_wait); !status) return status;
     if (transfer_.IsHttp()) {
       // A part of the body that nobody asked for would pass for the whole.
       if (transfer_.StatusCode() == kStatusPartialContent)
-        return Status::Failure(internet_codes::kInvalidServerResponse);
+        return ports::Status::Failure(internet_codes::kInvalidServerResponse);
       // An FTP file from an HTTP proxy: nobody above looks for an HTTP status.
       if (HasScheme(url_, "ftp") && transfer_.StatusCode() >= kStatusFirstError)
-        return Status::Failure(internet_codes::kExtendedError);
+        return ports::Status::Failure(internet_codes::kExtendedError);
     }
     whole_length_ = transfer_.AnnouncedLength();
-    return Status::Success();
+    return ports::Status::Success();
   }
 
-  Outcome<InternetChunk> Read(void* buffer, std::uint32_t length) override {
-    using Result = Outcome<InternetChunk>;
-    if (is_spoiled_) return Result::Failure(kInternetWrongState);
+  ports::Outcome<ports::InternetChunk> Read(void* buffer, std::uint32_t length) override {
+    using Result = ports::Outcome<ports::InternetChunk>;
+    if (is_spoiled_) return Result::Failure(ports::kInternetWrongState);
     if (!transfer_.HasBytes() && !transfer_.IsDone() && !transfer_.Pump())
       return Result::Failure(internet_codes::kTimeout);
     if (transfer_.HasBytes()) {
@@ -85,48 +85,49 @@ class CurlRequest final : public InternetRequest {
     return Result::Success({0, true});
   }
 
-  Status Seek(std::int32_t position, const WaitHandler& on_wait) override {
-    if (is_spoiled_) return Status::Failure(kInternetWrongState);
-    if (position < 0) return Status::Failure(EINVAL);
-    if (position == position_) return Status::Success();
+  ports::Status Seek(std::int32_t position, const ports::WaitHandler& on_wait) override {
+    if (is_spoiled_) return ports::Status::Failure(ports::kInternetWrongState);
+    if (position < 0) return ports::Status::Failure(EINVAL);
+    if (position == position_) return ports::Status::Success();
     is_spoiled_ = true;
-    if (const Status status = Request(position, on_wait); !status) return status;
+    if (const ports::Status status = Request(position, on_wait); !status) return status;
     if (transfer_.IsHttp() && !AnswersFrom(position))
-      return Status::Failure(internet_codes::kInvalidOperation);
+      return ports::Status::Failure(internet_codes::kInvalidOperation);
     position_ = position;
     is_spoiled_ = false;
-    return Status::Success();
+    return ports::Status::Success();
   }
 
-  Outcome<std::int32_t> HttpStatusCode() override {
-    using Result = Outcome<std::int32_t>;
+  ports::Outcome<std::int32_t> HttpStatusCode() override {
+    using Result = ports::Outcome<std::int32_t>;
     if (!transfer_.IsHttp()) return Result::Failure(internet_codes::kWrongRequestType);
     return Result::Success(transfer_.StatusCode());
   }
 
-  Outcome<std::string> HttpStatusText() override {
-    using Result = Outcome<std::string>;
+  ports::Outcome<std::string> HttpStatusText() override {
+    using Result = ports::Outcome<std::string>;
     if (!transfer_.IsHttp()) return Result::Failure(internet_codes::kWrongRequestType);
     return Result::Success(DecodeServerText(transfer_.StatusText()));
   }
 
-  Status Close() override {
-    if (is_closed_) return Status::Failure(kInternetWrongState);
+  ports::Status Close() override {
+    if (is_closed_) return ports::Status::Failure(ports::kInternetWrongState);
     transfer_.Stop();
     is_closed_ = is_spoiled_ = true;
-    return Status::Success();
+    return ports::Status::Success();
   }
 
  private:
   // Asks for the body from that position on and waits for the answer, through all redirects.
-  Status Request(std::int64_t position, const WaitHandler& on_wait) {
+  ports::Status Request(std::int64_t position, const ports::WaitHandler& on_wait) {
     for (int redirects = 0;; ++redirects) {
-      if (const Status status = transfer_.Start(url_, position); !status) return status;
-      if (const Status status = transfer_.AwaitAnswer(on_wait); !status) return status;
+      if (const ports::Status status = transfer_.Start(url_, position); !status) return status;
+      if (const ports::Status status = transfer_.AwaitAnswer(on_wait); !status) return status;
       const std::string target = RedirectTarget();
-      if (target.empty()) return Status::Success();
-      if (redirects == kMaxRedirects) return Status::Failure(internet_codes::kRedirectFailed);
-      if (const Status status = MoveTo(target); !status) return status;
+      if (target.empty()) return ports::Status::Success();
+      if (redirects == kMaxRedirects)
+        return ports::Status::Failure(internet_codes::kRedirectFailed);
+      if (const ports::Status status = MoveTo(target); !status) return status;
     }
   }
 
@@ -137,15 +138,17 @@ class CurlRequest final : public InternetRequest {
     return is_redirect ? transfer_.Header("Location") : "";
   }
 
-  Status MoveTo(const std::string& target) {
+  ports::Status MoveTo(const std::string& target) {
     const std::string next = ResolveUrl(url_, target);
-    if (next.empty()) return Status::Failure(internet_codes::kInvalidUrl);
+    if (next.empty()) return ports::Status::Failure(internet_codes::kInvalidUrl);
     if (!HasScheme(next, "https")) {
-      if (HasScheme(url_, "https")) return Status::Failure(internet_codes::kHttpsToHttpRedirect);
-      if (!HasScheme(next, "http")) return Status::Failure(internet_codes::kUnrecognizedScheme);
+      if (HasScheme(url_, "https"))
+        return ports::Status::Failure(internet_codes::kHttpsToHttpRedirect);
+      if (!HasScheme(next, "http"))
+        return ports::Status::Failure(internet_codes::kUnrecognizedScheme);
     }
     url_ = next;
-    return Status::Success();
+    return ports::Status::Success();
   }
 
   // Whether the answer is the rest of the body from that position to its very end.
@@ -174,37 +177,37 @@ class CurlRequest final : public InternetRequest {
   bool is_closed_ = false;
 };
 
-class CurlSession final : public InternetSession {
+class CurlSession final : public ports::InternetSession {
  public:
   explicit CurlSession(std::shared_ptr<CurlCore> core) : core_(std::move(core)) {}
 
-  Outcome<std::unique_ptr<InternetRequest>> OpenUrl(const std::string& url, std::uint32_t /*flags*/,
-                                                    std::uintptr_t /*context*/,
-                                                    const WaitHandler& on_wait) override {
-    using Result = Outcome<std::unique_ptr<InternetRequest>>;
-    if (core_ == nullptr) return Result::Failure(kInternetWrongState);
+  ports::Outcome<std::unique_ptr<ports::InternetRequest>> OpenUrl(
+      const std::string& url, std::uint32_t /*flags*/, std::uintptr_t /*context*/,
+      const ports::WaitHandler& on_wait) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::InternetRequest>>;
+    if (core_ == nullptr) return Result::Failure(ports::kInternetWrongState);
     auto request = std::make_unique<CurlRequest>(core_);
-    if (const Status status = request->Open(url, on_wait); !status)
+    if (const ports::Status status = request->Open(url, on_wait); !status)
       return Result::Failure(status.code);
     return Result::Success(std::move(request));
   }
 
-  Status Close() override {
+  ports::Status Close() override {
     core_.reset();
-    return Status::Success();
+    return ports::Status::Success();
   }
 
  private:
   std::shared_ptr<CurlCore> core_;
 };
 
-class CurlInternet final : public Internet {
+class CurlInternet final : public ports::Internet {
  public:
   explicit CurlInternet(std::chrono::milliseconds stall_limit) : stall_limit_(stall_limit) {}
 
-  Outcome<std::unique_ptr<InternetSession>> OpenSession(
-      const InternetSessionOptions& options) override {
-    using Result = Outcome<std::unique_ptr<InternetSession>>;
+  ports::Outcome<std::unique_ptr<ports::InternetSession>> OpenSession(
+      const ports::InternetSessionOptions& options) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::InternetSession>>;
     if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK)
       return Result::Failure(internet_codes::kInternalError);
     auto core = std::make_shared<CurlCore>();
@@ -221,7 +224,7 @@ class CurlInternet final : public Internet {
 
 }  // namespace
 
-std::unique_ptr<Internet> MakeInternet(std::chrono::milliseconds stall_limit) {
+std::unique_ptr<ports::Internet> MakeInternet(std::chrono::milliseconds stall_limit) {
   return std::make_unique<CurlInternet>(stall_limit);
 }
 

@@ -21,7 +21,7 @@ enum Verdict : long {
   kAddressMismatch = 64,
 };
 
-SystemCode FromCertificate(CURL* easy) {
+ports::SystemCode FromCertificate(CURL* easy) {
   long verdict = kOk;
   curl_easy_getinfo(easy, CURLINFO_SSL_VERIFYRESULT, &verdict);
   switch (verdict) {
@@ -48,7 +48,7 @@ SystemCode FromCertificate(CURL* easy) {
 }
 
 // A broken connection: the proxy may have refused the tunnel before.
-SystemCode FromBrokenConnection(CURL* easy) {
+ports::SystemCode FromBrokenConnection(CURL* easy) {
   constexpr long kProxyWantsLogin = 407;
   constexpr long kFirstErrorStatus = 400;
   long proxy_status = 0;
@@ -59,7 +59,7 @@ SystemCode FromBrokenConnection(CURL* easy) {
 
 }  // namespace
 
-SystemCode FromCurl(CURLcode result, CURL* easy) {
+ports::SystemCode FromCurl(CURLcode result, CURL* easy) {
   switch (result) {
     case CURLE_URL_MALFORMAT:
       return kInvalidUrl;

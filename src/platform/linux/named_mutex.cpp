@@ -1,4 +1,4 @@
-#include "platform/named_mutex.h"
+#include "platform/factories.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -18,7 +18,7 @@ namespace {
 // With the sticky bit set, clean-up of the run-time folder leaves a long-held lock file alone.
 constexpr mode_t kLockFile = S_ISVTX | 0600;
 
-class LockFile final : public NamedMutex {
+class LockFile final : public ports::NamedMutex {
  public:
   explicit LockFile(UniqueDescriptor file) : file_(std::move(file)) {}
 
@@ -28,8 +28,8 @@ class LockFile final : public NamedMutex {
 
 // The user's run-time folder; where there is none, a folder of his own in the temporary one. All
 // programs of one user have to come to the same place, whatever environment they were given.
-Outcome<std::string> LockFolder() {
-  using Result = Outcome<std::string>;
+ports::Outcome<std::string> LockFolder() {
+  using Result = ports::Outcome<std::string>;
   const std::string user = std::to_string(geteuid());
   const char* const given = std::getenv("XDG_RUNTIME_DIR");
   for (const std::string& folder :
@@ -40,14 +40,15 @@ Outcome<std::string> LockFolder() {
   const std::string folder =
       std::string(temporary == nullptr || *temporary != '/' ? "/tmp" : temporary) + "/tamrin-" +
       user;
-  const SystemCode code = MakeOwnFolder(folder);
+  const ports::SystemCode code = MakeOwnFolder(folder);
   return code == 0 ? Result::Success(folder) : Result::Failure(code);
 }
 
-class LinuxNamedMutexes final : public NamedMutexes {
+class LinuxNamedMutexes final : public ports::NamedMutexes {
  public:
-  Outcome<CreatedMutex> Create(const std::string& name, bool /*initial_owner*/) override {
-    using Result = Outcome<CreatedMutex>;
+  ports::Outcome<ports::CreatedMutex> Create(const std::string& name,
+                                             bool /*initial_owner*/) override {
+    using Result = ports::Outcome<ports::CreatedMutex>;
     const std::string own_name = name.substr(name.rfind('\\') + 1);
     if (own_name.empty() || own_name.find('/') != std::string::npos) return Result::Failure(EINVAL);
     const auto folder = LockFolder();
@@ -63,7 +64,7 @@ class LinuxNamedMutexes final : public NamedMutexes {
       locked = flock(file.Get(), LOCK_EX | LOCK_NB);
     } while (locked != 0 && errno == EINTR);
     if (locked != 0 && errno != EWOULDBLOCK) return Result::Failure(errno);
-    CreatedMutex created;
+    ports::CreatedMutex created;
     created.mutex = std::make_unique<LockFile>(std::move(file));
     created.already_existed = locked != 0;
     return Result::Success(std::move(created));
@@ -72,7 +73,7 @@ class LinuxNamedMutexes final : public NamedMutexes {
 
 }  // namespace
 
-std::unique_ptr<NamedMutexes> MakeNamedMutexes() {
+std::unique_ptr<ports::NamedMutexes> MakeNamedMutexes() {
   return std::make_unique<LinuxNamedMutexes>();
 }
 

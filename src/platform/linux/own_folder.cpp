@@ -8,7 +8,7 @@
 
 namespace platform {
 
-SystemCode CheckOwnFolder(const std::string& folder) {
+ports::SystemCode CheckOwnFolder(const std::string& folder) {
   struct stat facts {};
   if (lstat(folder.c_str(), &facts) != 0) return errno;
   if (!S_ISDIR(facts.st_mode)) return ENOTDIR;
@@ -16,7 +16,7 @@ SystemCode CheckOwnFolder(const std::string& folder) {
   return is_own ? 0 : EPERM;
 }
 
-SystemCode MakeOwnFolder(const std::string& folder) {
+ports::SystemCode MakeOwnFolder(const std::string& folder) {
   if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) return errno;
   return CheckOwnFolder(folder);
 }

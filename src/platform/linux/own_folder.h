@@ -2,16 +2,16 @@
 
 #include <string>
 
-#include "platform/outcome.h"
+#include "ports/outcome.h"
 
 namespace platform {
 
 // 0 when the folder is this user's own and nobody else may write to it, else a code. A link is
 // none.
-SystemCode CheckOwnFolder(const std::string& folder);
+ports::SystemCode CheckOwnFolder(const std::string& folder);
 
 // The same; a missing folder is made, for this user alone.
-SystemCode MakeOwnFolder(const std::string& folder);
+ports::SystemCode MakeOwnFolder(const std::string& folder);
 
 // False on a file system that is mounted without the right to run programs.
 bool LetsProgramsRun(const std::string& path);

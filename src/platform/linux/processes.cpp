@@ -1,4 +1,4 @@
-#include "platform/processes.h"
+#include "platform/factories.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -24,7 +24,7 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/exit_codes.h"
 #include "platform/linux/own_folder.h"
-#include "platform/linux/terminal_parent.h"
+#include "platform/linux/terminal/terminal_parent.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
 
@@ -75,8 +75,8 @@ class SpawnPlan {
 
   // With search: a program without "/" is looked for in PATH. Hands back the system's code of
   // whatever failed: the folder, or the program itself.
-  Outcome<pid_t> Spawn(const std::string& program, const std::vector<std::string>& arguments,
-                       bool search) {
+  ports::Outcome<pid_t> Spawn(const std::string& program, const std::vector<std::string>& arguments,
+                              bool search) {
     posix_spawn_file_actions_addclosefrom_np(&actions_, first_closed_);
     char** end = environ;
     while (*end != nullptr)
@@ -94,7 +94,7 @@ class SpawnPlan {
     const auto spawn = search ? posix_spawnp : posix_spawn;
     const int code =
         spawn(&child, program.c_str(), &actions_, &attributes_, argv.data(), environment.data());
-    return code == 0 ? Outcome<pid_t>::Success(child) : Outcome<pid_t>::Failure(code);
+    return code == 0 ? ports::Outcome<pid_t>::Success(child) : ports::Outcome<pid_t>::Failure(code);
   }
 
  private:
@@ -109,7 +109,7 @@ int OpenProcess(pid_t id) {
   return static_cast<int>(syscall(SYS_pidfd_open, id, 0));
 }
 
-class LinuxProcess final : public Process {
+class LinuxProcess final : public ports::Process {
  public:
   explicit LinuxProcess(pid_t id) : id_(id), handle_(OpenProcess(id)) {}
   LinuxProcess(const LinuxProcess&) = delete;
@@ -121,16 +121,16 @@ class LinuxProcess final : public Process {
 
   std::int32_t Id() const override { return id_; }
 
-  Outcome<bool> Wait(std::int32_t milliseconds) override {
+  ports::Outcome<bool> Wait(std::int32_t milliseconds) override {
     if (!handle_) return WaitWithoutHandle(milliseconds);
     pollfd ended{handle_.Get(), POLLIN, 0};
     const int count = poll(&ended, 1, milliseconds);
-    if (count < 0 && errno != EINTR) return Outcome<bool>::Failure(errno);
-    return Outcome<bool>::Success(count > 0);
+    if (count < 0 && errno != EINTR) return ports::Outcome<bool>::Failure(errno);
+    return ports::Outcome<bool>::Success(count > 0);
   }
 
-  Outcome<std::int32_t> ExitCode() override {
-    using Result = Outcome<std::int32_t>;
+  ports::Outcome<std::int32_t> ExitCode() override {
+    using Result = ports::Outcome<std::int32_t>;
     if (is_reaped_) return Result::Success(exit_code_);
     int status = 0;
     const pid_t reaped = waitpid(id_, &status, WNOHANG);
@@ -143,13 +143,13 @@ class LinuxProcess final : public Process {
 
  private:
   // For kernels before 5.3 and for sandboxes that forbid the call.
-  Outcome<bool> WaitWithoutHandle(std::int32_t milliseconds) const {
+  ports::Outcome<bool> WaitWithoutHandle(std::int32_t milliseconds) const {
     for (std::int32_t waited = 0;; waited += kPollWithoutPidfdMilliseconds) {
       siginfo_t facts{};
       if (waitid(P_PID, static_cast<id_t>(id_), &facts, WEXITED | WNOHANG | WNOWAIT) != 0)
-        return Outcome<bool>::Failure(errno);
-      if (facts.si_pid != 0) return Outcome<bool>::Success(true);
-      if (waited >= milliseconds) return Outcome<bool>::Success(false);
+        return ports::Outcome<bool>::Failure(errno);
+      if (facts.si_pid != 0) return ports::Outcome<bool>::Success(true);
+      if (waited >= milliseconds) return ports::Outcome<bool>::Success(false);
       poll(nullptr, 0, kPollWithoutPidfdMilliseconds);
     }
   }
@@ -194,7 +194,7 @@ bool IsStillElevator(pid_t id) {
   return name == kElevator;
 }
 
-class LinuxProcesses final : public Processes {
+class LinuxProcesses final : public ports::Processes {
  public:
   LinuxProcesses(int argc, char** argv)
       : own_arguments_(argv + std::min(argc, 1), argv + argc), own_program_(ReadOwnProgram()) {
@@ -208,8 +208,9 @@ class LinuxProcesses final : public Processes {
     ChainPipe();  // takes the chain's variable out of the environment of other programs
   }
 
-  Outcome<std::unique_ptr<Process>> Start(const StartRequest& request) override {
-    using Result = Outcome<std::unique_ptr<Process>>;
+  ports::Outcome<std::unique_ptr<ports::Process>> Start(
+      const ports::StartRequest& request) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::Process>>;
     std::vector<std::string> arguments = tmw::SplitCommandLine(request.command_line);
     const bool is_given = !request.program.empty();
     if (!is_given && arguments.empty()) return Result::Failure(ENOENT);
@@ -228,8 +229,9 @@ class LinuxProcesses final : public Processes {
     return Result::Success(std::make_unique<LinuxProcess>(child.value));
   }
 
-  Outcome<std::unique_ptr<Process>> StartElevated(const ElevatedStartRequest& request) override {
-    using Result = Outcome<std::unique_ptr<Process>>;
+  ports::Outcome<std::unique_ptr<ports::Process>> StartElevated(
+      const ports::ElevatedStartRequest& request) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::Process>>;
     std::vector<std::string> arguments = {kElevator};
     if (!request.working_folder.empty()) arguments.emplace_back("--keep-cwd");
     arguments.push_back(ElevatedProgram(request.program));
@@ -249,13 +251,13 @@ class LinuxProcesses final : public Processes {
     if (!child.ok) return Result::Failure(child.code);
     write_end.Reset();
     auto process = std::make_unique<LinuxProcess>(child.value);
-    const Status decision = AwaitDecision(*process, read_end.Get());
+    const ports::Status decision = AwaitDecision(*process, read_end.Get());
     if (!decision.ok) return Result::Failure(decision.code);
     if (request.continues_chain) AnnounceChainMember(child.value);
     return Result::Success(std::move(process));
   }
 
-  bool NeedsElevation(SystemCode code, const StartRequest& request) const override {
+  bool NeedsElevation(ports::SystemCode code, const ports::StartRequest& request) const override {
     if ((code != EACCES && code != EPERM) || geteuid() == 0) return false;
     const auto words = tmw::SplitCommandLine(request.command_line);
     if (request.program.empty() && words.empty()) return false;
@@ -269,7 +271,7 @@ class LinuxProcesses final : public Processes {
 
   bool HasTerminal() const override { return isatty(STDERR_FILENO) != 0; }
 
-  Status Terminate(std::int32_t exit_code) override { _exit(exit_code); }
+  ports::Status Terminate(std::int32_t exit_code) override { _exit(exit_code); }
 
  private:
   static bool IsIgnored(int number) {
@@ -290,20 +292,20 @@ class LinuxProcesses final : public Processes {
   }
 
   // Waits until the user has answered pkexec.
-  static Status AwaitDecision(LinuxProcess& process, int pipe) {
+  static ports::Status AwaitDecision(LinuxProcess& process, int pipe) {
     char nothing = 0;
     while (read(pipe, &nothing, 1) < 0 && errno == EINTR) {
     }
     while (IsStillElevator(process.Id())) {
       const auto ended = process.Wait(kPollWithoutPidfdMilliseconds);
-      if (!ended.ok) return Status::Failure(ended.code);
+      if (!ended.ok) return ports::Status::Failure(ended.code);
       if (!ended.value) continue;
       const auto exit_code = process.ExitCode();
-      if (!exit_code.ok) return Status::Failure(exit_code.code);
-      if (exit_code.value == kElevationDeclined) return Status::Failure(ECANCELED);
-      return Status::Failure(exit_code.value == kElevationRefused ? EACCES : EPERM);
+      if (!exit_code.ok) return ports::Status::Failure(exit_code.code);
+      if (exit_code.value == kElevationDeclined) return ports::Status::Failure(ECANCELED);
+      return ports::Status::Failure(exit_code.value == kElevationRefused ? EACCES : EPERM);
     }
-    return Status::Success();
+    return ports::Status::Success();
   }
 
   std::vector<std::string> own_arguments_;
@@ -313,7 +315,7 @@ class LinuxProcesses final : public Processes {
 
 }  // namespace
 
-std::unique_ptr<Processes> MakeProcesses(int argc, char** argv) {
+std::unique_ptr<ports::Processes> MakeProcesses(int argc, char** argv) {
   return std::make_unique<LinuxProcesses>(argc, argv);
 }
 

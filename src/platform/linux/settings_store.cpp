@@ -1,4 +1,4 @@
-#include "platform/settings_store.h"
+#include "platform/factories.h"
 
 #include <fcntl.h>
 #include <pwd.h>
@@ -38,28 +38,28 @@ std::string UserFile() {
   return folder + "/.config" + kUserFile;
 }
 
-std::string FileOf(SettingsRoot root) {
-  const bool is_machine = root == SettingsRoot::kMachine;
+std::string FileOf(ports::SettingsRoot root) {
+  const bool is_machine = root == ports::SettingsRoot::kMachine;
   const std::string moved = Variable(is_machine ? kMachineFileVariable : kUserFileVariable);
   if (!moved.empty()) return moved;
   return is_machine ? kMachineFile : UserFile();
 }
 
-std::string PathOf(SettingsRoot root) {
+std::string PathOf(ports::SettingsRoot root) {
   switch (root) {
-    case SettingsRoot::kMachine:
+    case ports::SettingsRoot::kMachine:
       return "HKEY_LOCAL_MACHINE\\";
-    case SettingsRoot::kClasses:
+    case ports::SettingsRoot::kClasses:
       return "HKEY_CLASSES_ROOT\\";
-    case SettingsRoot::kUser:
+    case ports::SettingsRoot::kUser:
       break;
   }
   return "HKEY_CURRENT_USER\\";
 }
 
 // A missing file is an empty one.
-Outcome<std::string> ReadBytes(const std::string& path) {
-  using Result = Outcome<std::string>;
+ports::Outcome<std::string> ReadBytes(const std::string& path) {
+  using Result = ports::Outcome<std::string>;
   // Not to hang on a pipe somebody put there.
   const UniqueDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!file)
@@ -85,10 +85,11 @@ Outcome<std::string> ReadBytes(const std::string& path) {
 // One settings file, read at its first use; its error is kept like its content.
 class SettingsFile {
  public:
-  explicit SettingsFile(SettingsRoot root) : root_(root) {}
+  explicit SettingsFile(ports::SettingsRoot root) : root_(root) {}
 
   template <typename T>
-  SettingsResult<T> Read(SettingsRoot root, const std::string& key, const std::string& name) {
+  ports::SettingsResult<T> Read(ports::SettingsRoot root, const std::string& key,
+                                const std::string& name) {
     if (!is_read_) Load();
     if (error_) return {std::nullopt, error_};
     const RegValue* const value = file_.Find(PathOf(root) + key, name);
@@ -104,34 +105,35 @@ class SettingsFile {
     const std::string message = "Ошибка чтения файла настроек " + tmw::Quoted(path);
     const auto bytes = ReadBytes(path);
     if (!bytes.ok) {
-      error_ = SettingsError{bytes.code, message + ":"};
+      error_ = ports::SettingsError{bytes.code, message + ":"};
       return;
     }
     RegFileResult parsed = ParseRegFile(bytes.value);
     file_ = std::move(parsed.file);
     if (parsed.error) {
-      error_ = SettingsError{0, message + ", строка " + std::to_string(parsed.error->line) + ":" +
-                                    std::string(tmw::kCrLf) + parsed.error->reason + "."};
+      error_ =
+          ports::SettingsError{0, message + ", строка " + std::to_string(parsed.error->line) + ":" +
+                                      std::string(tmw::kCrLf) + parsed.error->reason + "."};
     }
   }
 
-  SettingsRoot root_;
+  ports::SettingsRoot root_;
   bool is_read_ = false;
   RegFile file_;
-  std::optional<SettingsError> error_;
+  std::optional<ports::SettingsError> error_;
 };
 
-class LinuxSettingsStore final : public SettingsStore {
+class LinuxSettingsStore final : public ports::SettingsStore {
  public:
-  SettingsResult<std::string> ReadString(SettingsRoot root, const std::string& key,
-                                         const std::string& name) override {
+  ports::SettingsResult<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
+                                                const std::string& name) override {
     return FileFor(root).Read<std::string>(root, key, name);
   }
 
-  SettingsResult<std::int32_t> ReadLong(SettingsRoot root, const std::string& key,
-                                        const std::string& name) override {
+  ports::SettingsResult<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
+                                               const std::string& name) override {
     const auto number = FileFor(root).Read<std::uint32_t>(root, key, name);
-    SettingsResult<std::int32_t> result{std::nullopt, number.error};
+    ports::SettingsResult<std::int32_t> result{std::nullopt, number.error};
     if (number.value) result.value = static_cast<std::int32_t>(*number.value);
     return result;
   }
@@ -139,17 +141,17 @@ class LinuxSettingsStore final : public SettingsStore {
   bool HasFolderDefaults() const override { return false; }
 
  private:
-  SettingsFile& FileFor(SettingsRoot root) {
-    return root == SettingsRoot::kUser ? user_ : machine_;
+  SettingsFile& FileFor(ports::SettingsRoot root) {
+    return root == ports::SettingsRoot::kUser ? user_ : machine_;
   }
 
-  SettingsFile machine_{SettingsRoot::kMachine};
-  SettingsFile user_{SettingsRoot::kUser};
+  SettingsFile machine_{ports::SettingsRoot::kMachine};
+  SettingsFile user_{ports::SettingsRoot::kUser};
 };
 
 }  // namespace
 
-std::unique_ptr<SettingsStore> MakeSettingsStore() {
+std::unique_ptr<ports::SettingsStore> MakeSettingsStore() {
   return std::make_unique<LinuxSettingsStore>();
 }
 

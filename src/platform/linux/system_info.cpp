@@ -1,4 +1,4 @@
-#include "platform/system_info.h"
+#include "platform/factories.h"
 
 #include <sys/resource.h>
 #include <sys/utsname.h>
@@ -35,9 +35,9 @@ std::uint64_t AddressSpace() {
   return sizeof(void*) > 4 ? (std::uint64_t{1} << 47U) - 1 : 0xBFFFFFFFU;
 }
 
-class LinuxSystemInfo final : public SystemInfo {
+class LinuxSystemInfo final : public ports::SystemInfo {
  public:
-  std::optional<OsFacts> Os() override {
+  std::optional<ports::OsFacts> Os() override {
     utsname name{};
     if (uname(&name) != 0) return std::nullopt;
     unsigned major = 0;
@@ -46,7 +46,7 @@ class LinuxSystemInfo final : public SystemInfo {
     const int read = std::sscanf(name.release, "%u.%u.%u", &major, &minor,
                                  &patch);  // NOLINT(cert-err34-c): checked by the count
     if (read < 2) return std::nullopt;
-    OsFacts facts;
+    ports::OsFacts facts;
     facts.major = major;
     facts.minor = minor;
     facts.build = patch;
@@ -54,7 +54,7 @@ class LinuxSystemInfo final : public SystemInfo {
     return facts;
   }
 
-  HardwareFacts Hardware() override {
+  ports::HardwareFacts Hardware() override {
     const Amounts machine = ReadAmounts("/proc/meminfo");
     const Amounts process = ReadAmounts("/proc/self/status");
     const auto amount = [](const Amounts& amounts, const char* name) {
@@ -64,7 +64,7 @@ class LinuxSystemInfo final : public SystemInfo {
     const std::uint64_t space = AddressSpace();
     const std::uint64_t used = amount(process, "VmSize");
     const long processors = sysconf(_SC_NPROCESSORS_ONLN);
-    HardwareFacts facts;
+    ports::HardwareFacts facts;
     facts.total_physical = static_cast<std::uint32_t>(amount(machine, "MemTotal"));
     facts.available_physical = static_cast<std::uint32_t>(amount(machine, "MemAvailable"));
     facts.total_virtual = static_cast<std::uint32_t>(space);
@@ -73,12 +73,12 @@ class LinuxSystemInfo final : public SystemInfo {
     return facts;
   }
 
-  SystemFolders Folders() override { return {}; }
+  ports::SystemFolders Folders() override { return {}; }
 };
 
 }  // namespace
 
-std::unique_ptr<SystemInfo> MakeSystemInfo() {
+std::unique_ptr<ports::SystemInfo> MakeSystemInfo() {
   return std::make_unique<LinuxSystemInfo>();
 }
 

@@ -1,4 +1,4 @@
-#include "platform/xml_document.h"
+#include "platform/factories.h"
 
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
@@ -35,7 +35,7 @@ bool IsWhiteSpace(const std::string& text) {
   return text.find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
-void CopyAttributes(const xmlNode* source, XmlNode& element) {
+void CopyAttributes(const xmlNode* source, ports::XmlNode& element) {
   for (const xmlAttr* a = source->properties; a != nullptr; a = a->next) {
     const std::unique_ptr<xmlChar, FreeText> value(
         xmlNodeListGetString(source->doc, a->children, 1));
@@ -45,11 +45,11 @@ void CopyAttributes(const xmlNode* source, XmlNode& element) {
 
 // Copies the chain of siblings into parent. False at a reference to an entity that the document
 // itself does not explain: its text is not known. The parser has bounded the depth.
-bool CopySiblings(const xmlNode* first, XmlNode& parent) {
+bool CopySiblings(const xmlNode* first, ports::XmlNode& parent) {
   for (const xmlNode* node = first; node != nullptr; node = node->next) {
     switch (node->type) {
       case XML_ELEMENT_NODE: {
-        XmlNode& element = parent.Append(XmlNodeKind::kElement);
+        ports::XmlNode& element = parent.Append(ports::XmlNodeKind::kElement);
         element.name = QualifiedName(node->ns, node->name);
         CopyAttributes(node, element);
         if (!CopySiblings(node->children, element)) return false;
@@ -59,16 +59,16 @@ bool CopySiblings(const xmlNode* first, XmlNode& parent) {
       case XML_CDATA_SECTION_NODE: {
         std::string text = ToString(node->content);
         if (node->type == XML_TEXT_NODE && IsWhiteSpace(text)) break;
-        parent.Append(XmlNodeKind::kText).value = std::move(text);
+        parent.Append(ports::XmlNodeKind::kText).value = std::move(text);
         break;
       }
       case XML_COMMENT_NODE:
-        parent.Append(XmlNodeKind::kComment).value = ToString(node->content);
+        parent.Append(ports::XmlNodeKind::kComment).value = ToString(node->content);
         break;
       case XML_ENTITY_REF_NODE:
         return false;
       default:
-        parent.Append(XmlNodeKind::kOther);
+        parent.Append(ports::XmlNodeKind::kOther);
         break;
     }
   }
@@ -109,14 +109,14 @@ int GiveBytes(void* source, char* buffer, int length) {
   return static_cast<int>(count);
 }
 
-class LibXmlParser final : public XmlParser {
+class LibXmlParser final : public ports::XmlParser {
  public:
   LibXmlParser() { xmlInitParser(); }
 
   bool IsAvailable(std::string& /*reason*/) override { return true; }
 
-  XmlParseResult Parse(std::string_view bytes) override {
-    XmlParseResult result;
+  ports::XmlParseResult Parse(std::string_view bytes) override {
+    ports::XmlParseResult result;
     if (bytes.empty()) {
       result.error.reason = "Document is empty";
       return result;
@@ -138,9 +138,9 @@ class LibXmlParser final : public XmlParser {
       if (result.error.line > 0) result.error.source_line = SourceLine(bytes, result.error.line);
       return result;
     }
-    auto tree = std::make_unique<XmlNode>(XmlNodeKind::kDocument);
+    auto tree = std::make_unique<ports::XmlNode>(ports::XmlNodeKind::kDocument);
     // The library does not list the declaration but remembers that there was one: -1 is none.
-    if (document->standalone != -1) tree->Append(XmlNodeKind::kDeclaration).name = "xml";
+    if (document->standalone != -1) tree->Append(ports::XmlNodeKind::kDeclaration).name = "xml";
     if (CopySiblings(document->children, *tree)) {
       result.document = std::move(tree);
     } else {
@@ -152,7 +152,7 @@ class LibXmlParser final : public XmlParser {
 
 }  // namespace
 
-std::unique_ptr<XmlParser> MakeXmlParser() {
+std::unique_ptr<ports::XmlParser> MakeXmlParser() {
   return std::make_unique<LibXmlParser>();
 }
 

@@ -1,6 +1,6 @@
-#include "platform/binary_file.h"
+#include "platform/factories.h"
 
-#include "platform/unique_handle.h"
+#include "foundation/unique_handle.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -10,8 +10,8 @@ namespace {
 constexpr int kOpenAttempts = 10;
 constexpr DWORD kOpenInterval = 100;  // milliseconds
 
-SystemCode LastError() {
-  return static_cast<SystemCode>(GetLastError());
+ports::SystemCode LastError() {
+  return static_cast<ports::SystemCode>(GetLastError());
 }
 
 struct FileTraits {
@@ -19,9 +19,9 @@ struct FileTraits {
   static Type Invalid() { return INVALID_HANDLE_VALUE; }
   static void Close(Type handle) { CloseHandle(handle); }
 };
-using FileHandle = UniqueHandle<FileTraits>;
+using FileHandle = tmw::UniqueHandle<FileTraits>;
 
-class WindowsBinaryFile final : public BinaryFileHandle {
+class WindowsBinaryFile final : public ports::BinaryFileHandle {
  public:
   explicit WindowsBinaryFile(FileHandle handle) : handle_(std::move(handle)) {}
 
@@ -30,48 +30,49 @@ class WindowsBinaryFile final : public BinaryFileHandle {
     return GetFileSize(handle_.Get(), &high);
   }
 
-  Status Seek(std::int32_t position, std::uint32_t move_method) override {
+  ports::Status Seek(std::int32_t position, std::uint32_t move_method) override {
     const DWORD result = SetFilePointer(handle_.Get(), position, nullptr, move_method);
-    if (result == INVALID_SET_FILE_POINTER) return Status::Failure(LastError());
-    return Status::Success();
+    if (result == INVALID_SET_FILE_POINTER) return ports::Status::Failure(LastError());
+    return ports::Status::Success();
   }
 
-  Outcome<std::uint32_t> Write(const void* data, std::uint32_t length) override {
+  ports::Outcome<std::uint32_t> Write(const void* data, std::uint32_t length) override {
     DWORD written = 0;
     if (WriteFile(handle_.Get(), data, length, &written, nullptr) == FALSE)
-      return Outcome<std::uint32_t>::Failure(LastError());
-    return Outcome<std::uint32_t>::Success(written);
+      return ports::Outcome<std::uint32_t>::Failure(LastError());
+    return ports::Outcome<std::uint32_t>::Success(written);
   }
 
-  Status Flush() override {
-    return FlushFileBuffers(handle_.Get()) != FALSE ? Status::Success()
-                                                    : Status::Failure(LastError());
+  ports::Status Flush() override {
+    return FlushFileBuffers(handle_.Get()) != FALSE ? ports::Status::Success()
+                                                    : ports::Status::Failure(LastError());
   }
 
-  Status Close() override {
-    if (CloseHandle(handle_.Get()) == FALSE) return Status::Failure(LastError());
+  ports::Status Close() override {
+    if (CloseHandle(handle_.Get()) == FALSE) return ports::Status::Failure(LastError());
     handle_.Release();
-    return Status::Success();
+    return ports::Status::Success();
   }
 
  private:
   FileHandle handle_;
 };
 
-class WindowsBinaryFiles final : public BinaryFiles {
+class WindowsBinaryFiles final : public ports::BinaryFiles {
  public:
-  Outcome<std::unique_ptr<BinaryFileHandle>> Open(const std::string& path, std::uint32_t access,
-                                                  std::uint32_t share_mode,
-                                                  std::uint32_t disposition,
-                                                  std::uint32_t flags) override {
-    using Result = Outcome<std::unique_ptr<BinaryFileHandle>>;
+  ports::Outcome<std::unique_ptr<ports::BinaryFileHandle>> Open(const std::string& path,
+                                                                std::uint32_t access,
+                                                                std::uint32_t share_mode,
+                                                                std::uint32_t disposition,
+                                                                std::uint32_t flags) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::BinaryFileHandle>>;
     const std::string name = ToAnsi(path);
     // A file that has just been written is often opened by a virus scanner at once.
     for (int attempt = 1;; ++attempt) {
       FileHandle handle(
           CreateFileA(name.c_str(), access, share_mode, nullptr, disposition, flags, nullptr));
       if (handle) return Result::Success(std::make_unique<WindowsBinaryFile>(std::move(handle)));
-      const SystemCode code = LastError();
+      const ports::SystemCode code = LastError();
       if (code != ERROR_SHARING_VIOLATION || attempt == kOpenAttempts) return Result::Failure(code);
       Sleep(kOpenInterval);
     }
@@ -80,7 +81,7 @@ class WindowsBinaryFiles final : public BinaryFiles {
 
 }  // namespace
 
-std::unique_ptr<BinaryFiles> MakeBinaryFiles() {
+std::unique_ptr<ports::BinaryFiles> MakeBinaryFiles() {
   return std::make_unique<WindowsBinaryFiles>();
 }
 

@@ -1,11 +1,11 @@
-#include "platform/clock.h"
+#include "platform/factories.h"
 
 #include "platform/windows/windows_headers.h"
 
 namespace platform {
 namespace {
 
-class WindowsClock final : public Clock {
+class WindowsClock final : public ports::Clock {
  public:
   void Sleep(std::int32_t milliseconds) override {
     if (milliseconds > 0) ::Sleep(static_cast<DWORD>(milliseconds));
@@ -16,7 +16,7 @@ class WindowsClock final : public Clock {
 
 }  // namespace
 
-std::unique_ptr<Clock> MakeClock() {
+std::unique_ptr<ports::Clock> MakeClock() {
   return std::make_unique<WindowsClock>();
 }
 

@@ -1,4 +1,4 @@
-#include "platform/companion_library.h"
+#include "platform/factories.h"
 
 #include <type_traits>
 
@@ -8,8 +8,8 @@
 namespace platform {
 namespace {
 
-SystemCode SystemLastError() {
-  return static_cast<SystemCode>(GetLastError());
+ports::SystemCode SystemLastError() {
+  return static_cast<ports::SystemCode>(GetLastError());
 }
 
 std::string InOwnFolder(const std::string& name) {
@@ -25,20 +25,20 @@ std::string InOwnFolder(const std::string& name) {
   return FromWide(own.substr(0, own.find_last_of(L'\\') + 1)) + name;
 }
 
-class WindowsCompanionLibrary final : public CompanionLibrary {
+class WindowsCompanionLibrary final : public ports::CompanionLibrary {
  public:
   explicit WindowsCompanionLibrary(std::string path) : path_(std::move(path)) {}
   WindowsCompanionLibrary(const WindowsCompanionLibrary&) = delete;
   WindowsCompanionLibrary& operator=(const WindowsCompanionLibrary&) = delete;
   ~WindowsCompanionLibrary() override { Unload(); }
 
-  Outcome<const companion::EntryPoints*> Load() override {
-    using Result = Outcome<const companion::EntryPoints*>;
+  ports::Outcome<const ports::EntryPoints*> Load() override {
+    using Result = ports::Outcome<const ports::EntryPoints*>;
     if (library_ != nullptr) return Result::Success(&entries_);
     library_ = LoadLibraryExW(ToWide(path_).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (library_ == nullptr) return Result::Failure(SystemLastError());
     bool is_whole = true;
-    companion::ForEachEntryPoint(entries_, [&](const char* name, auto& entry) {
+    ports::ForEachEntryPoint(entries_, [&](const char* name, auto& entry) {
       // By way of void*: the compiler otherwise doubts the cast.
       auto* const found = reinterpret_cast<void*>(GetProcAddress(library_, name));
       entry = reinterpret_cast<std::remove_reference_t<decltype(entry)>>(found);
@@ -50,7 +50,7 @@ class WindowsCompanionLibrary final : public CompanionLibrary {
   }
 
   std::string Path() const override { return path_; }
-  SystemCode LastError() const override { return SystemLastError(); }
+  ports::SystemCode LastError() const override { return SystemLastError(); }
 
  private:
   void Unload() {
@@ -60,12 +60,12 @@ class WindowsCompanionLibrary final : public CompanionLibrary {
 
   std::string path_;
   HMODULE library_ = nullptr;
-  companion::EntryPoints entries_{};
+  ports::EntryPoints entries_{};
 };
 
 }  // namespace
 
-std::unique_ptr<CompanionLibrary> MakeCompanionLibrary(const std::string& path) {
+std::unique_ptr<ports::CompanionLibrary> MakeCompanionLibrary(const std::string& path) {
   return std::make_unique<WindowsCompanionLibrary>(path.empty() ? InOwnFolder("UnTmz.dll") : path);
 }
 

@@ -1,10 +1,10 @@
-#include "platform/database.h"
+#include "platform/factories.h"
 
 #include <cstdlib>
 #include <string_view>
 
 #include "jet/engine.h"
-#include "platform/windows/dao_engine.h"
+#include "platform/windows/dao/dao_engine.h"
 
 namespace platform {
 namespace {
@@ -19,7 +19,7 @@ bool IsEmbeddedNamed() {
 
 }  // namespace
 
-std::unique_ptr<DatabaseEngine> MakeDatabaseEngine() {
+std::unique_ptr<ports::DatabaseEngine> MakeDatabaseEngine() {
   if (IsEmbeddedNamed()) return jet::MakeEngine();
   return std::make_unique<DaoEngine>();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/unique_handle.h"
+#include "foundation/unique_handle.h"
 #include "platform/windows/windows_headers.h"
 
 namespace platform {
@@ -10,14 +10,14 @@ struct FontTraits {
   static Type Invalid() { return nullptr; }
   static void Close(Type font) { DeleteObject(font); }
 };
-using UniqueFont = UniqueHandle<FontTraits>;
+using UniqueFont = tmw::UniqueHandle<FontTraits>;
 
 struct IconTraits {
   using Type = HICON;
   static Type Invalid() { return nullptr; }
   static void Close(Type icon) { DestroyIcon(icon); }
 };
-using UniqueIcon = UniqueHandle<IconTraits>;
+using UniqueIcon = tmw::UniqueHandle<IconTraits>;
 
 // Dots per inch of the screen that the window is on; of the system where windows cannot tell
 // (before Windows 10 1607).

@@ -1,4 +1,4 @@
-#include "platform/error_texts.h"
+#include "platform/factories.h"
 
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
@@ -6,7 +6,7 @@
 namespace platform {
 namespace {
 
-class WindowsErrorTexts final : public ErrorTexts {
+class WindowsErrorTexts final : public ports::ErrorTexts {
  public:
   std::optional<Module> FindLoadedModule(const std::string& name) override {
     HMODULE module = GetModuleHandleA(ToAnsi(name).c_str());
@@ -14,7 +14,7 @@ class WindowsErrorTexts final : public ErrorTexts {
     return reinterpret_cast<Module>(module);
   }
 
-  std::string Format(SystemCode code, Module module) override {
+  std::string Format(ports::SystemCode code, Module module) override {
     const DWORD from = module != 0 ? FORMAT_MESSAGE_FROM_HMODULE : FORMAT_MESSAGE_FROM_SYSTEM;
     char* buffer = nullptr;
     const DWORD length =
@@ -30,7 +30,7 @@ class WindowsErrorTexts final : public ErrorTexts {
 
 }  // namespace
 
-std::unique_ptr<ErrorTexts> MakeErrorTexts() {
+std::unique_ptr<ports::ErrorTexts> MakeErrorTexts() {
   return std::make_unique<WindowsErrorTexts>();
 }
 

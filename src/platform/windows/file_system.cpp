@@ -1,9 +1,9 @@
-#include "platform/file_system.h"
+#include "platform/factories.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "platform/unique_handle.h"
+#include "foundation/unique_handle.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -26,21 +26,21 @@ struct FileHandleTraits {
   static Type Invalid() { return INVALID_HANDLE_VALUE; }
   static void Close(Type handle) { ::CloseHandle(handle); }
 };
-using FileHandle = UniqueHandle<FileHandleTraits>;
+using FileHandle = tmw::UniqueHandle<FileHandleTraits>;
 
 struct SearchTraits {
   using Type = HANDLE;
   static Type Invalid() { return INVALID_HANDLE_VALUE; }
   static void Close(Type handle) { FindClose(handle); }
 };
-using Search = UniqueHandle<SearchTraits>;
+using Search = tmw::UniqueHandle<SearchTraits>;
 
-SystemCode LastError() {
-  return static_cast<SystemCode>(GetLastError());
+ports::SystemCode LastError() {
+  return static_cast<ports::SystemCode>(GetLastError());
 }
 
-Status Result(BOOL succeeded) {
-  return succeeded ? Status::Success() : Status::Failure(LastError());
+ports::Status Result(BOOL succeeded) {
+  return succeeded ? ports::Status::Success() : ports::Status::Failure(LastError());
 }
 
 // Empty on failure; the last error then says why.
@@ -75,15 +75,16 @@ std::wstring Native(const std::string& path) {
   return L"\\\\?\\" + full;
 }
 
-FileKind KindOf(DWORD attributes) {
-  if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0) return FileKind::kOther;
-  return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FileKind::kFolder : FileKind::kFile;
+ports::FileKind KindOf(DWORD attributes) {
+  if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0) return ports::FileKind::kOther;
+  return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? ports::FileKind::kFolder
+                                                      : ports::FileKind::kFile;
 }
 
-FileFacts MakeFacts(DWORD attributes, DWORD size_high, DWORD size_low) {
-  FileFacts facts;
+ports::FileFacts MakeFacts(DWORD attributes, DWORD size_high, DWORD size_low) {
+  ports::FileFacts facts;
   facts.kind = KindOf(attributes);
-  if (facts.kind == FileKind::kFile)
+  if (facts.kind == ports::FileKind::kFile)
     facts.length = static_cast<std::int64_t>((std::uint64_t{size_high} << 32) | size_low);
   facts.read_only = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
   return facts;
@@ -105,44 +106,44 @@ std::wstring PathOfHandle(const FileHandle& handle) {
 }
 
 // What a link leads to; kOther when it leads nowhere.
-FileFacts FactsOfLinkTarget(const std::wstring& path) {
+ports::FileFacts FactsOfLinkTarget(const std::wstring& path) {
   const FileHandle handle = OpenLinkTarget(path);
   BY_HANDLE_FILE_INFORMATION found{};
   if (!handle || !GetFileInformationByHandle(handle.Get(), &found)) {
-    FileFacts facts;
-    facts.kind = FileKind::kOther;
+    ports::FileFacts facts;
+    facts.kind = ports::FileKind::kOther;
     return facts;
   }
   return MakeFacts(found.dwFileAttributes, found.nFileSizeHigh, found.nFileSizeLow);
 }
 
-class WindowsFile final : public File {
+class WindowsFile final : public ports::File {
  public:
   explicit WindowsFile(FileHandle handle) : handle_(std::move(handle)) {}
 
-  Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
+  ports::Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
     DWORD count = 0;
     if (!ReadFile(handle_.Get(), buffer, OneCall(length), &count, nullptr))
-      return Outcome<std::size_t>::Failure(LastError());
-    return Outcome<std::size_t>::Success(count);
+      return ports::Outcome<std::size_t>::Failure(LastError());
+    return ports::Outcome<std::size_t>::Success(count);
   }
 
-  Status Write(const void* buffer, std::size_t length) override {
+  ports::Status Write(const void* buffer, std::size_t length) override {
     const char* next = static_cast<const char*>(buffer);
     while (length > 0) {
       DWORD count = 0;
       if (!WriteFile(handle_.Get(), next, OneCall(length), &count, nullptr))
-        return Status::Failure(LastError());
-      if (count == 0) return Status::Failure(ERROR_WRITE_FAULT);
+        return ports::Status::Failure(LastError());
+      if (count == 0) return ports::Status::Failure(ERROR_WRITE_FAULT);
       next += count;
       length -= count;
     }
-    return Status::Success();
+    return ports::Status::Success();
   }
 
-  Status Flush() override { return Result(FlushFileBuffers(handle_.Get())); }
+  ports::Status Flush() override { return Result(FlushFileBuffers(handle_.Get())); }
 
-  Status Close() override { return Result(::CloseHandle(handle_.Release())); }
+  ports::Status Close() override { return Result(::CloseHandle(handle_.Release())); }
 
  private:
   // Larger requests fail on some network file systems.
@@ -178,84 +179,85 @@ class WritableForNow {
 
 // Runs an action on a file that the system refuses to touch while it is read-only.
 template <typename Action>
-Status DespiteReadOnly(const std::wstring& path, Action action) {
-  const Status status = Result(action());
+ports::Status DespiteReadOnly(const std::wstring& path, Action action) {
+  const ports::Status status = Result(action());
   if (status || status.code != ERROR_ACCESS_DENIED) return status;
   WritableForNow writable(path);
   if (!writable.HasChanged()) return status;
-  const Status second = Result(action());
+  const ports::Status second = Result(action());
   if (second) writable.Keep();
   return second;
 }
 
-class WindowsFileSystem final : public FileSystem {
+class WindowsFileSystem final : public ports::FileSystem {
  public:
   char Separator() const override { return '\\'; }
 
-  Outcome<FileFacts> Examine(const std::string& path) override {
+  ports::Outcome<ports::FileFacts> Examine(const std::string& path) override {
     const std::wstring native = Native(path);
     WIN32_FILE_ATTRIBUTE_DATA found{};
     if (!GetFileAttributesExW(native.c_str(), GetFileExInfoStandard, &found)) {
-      const SystemCode code = LastError();
-      if (MeansMissing(code)) return Outcome<FileFacts>::Success({});
-      return Outcome<FileFacts>::Failure(code);
+      const ports::SystemCode code = LastError();
+      if (MeansMissing(code)) return ports::Outcome<ports::FileFacts>::Success({});
+      return ports::Outcome<ports::FileFacts>::Failure(code);
     }
     if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
-      return Outcome<FileFacts>::Success(FactsOfLinkTarget(native));
-    return Outcome<FileFacts>::Success(
+      return ports::Outcome<ports::FileFacts>::Success(FactsOfLinkTarget(native));
+    return ports::Outcome<ports::FileFacts>::Success(
         MakeFacts(found.dwFileAttributes, found.nFileSizeHigh, found.nFileSizeLow));
   }
 
-  Outcome<std::unique_ptr<File>> Open(const std::string& path, FileMode mode) override {
-    const DWORD access = mode == FileMode::kRead ? GENERIC_READ : GENERIC_WRITE;
+  ports::Outcome<std::unique_ptr<ports::File>> Open(const std::string& path,
+                                                    ports::FileMode mode) override {
+    const DWORD access = mode == ports::FileMode::kRead ? GENERIC_READ : GENERIC_WRITE;
     DWORD disposition = OPEN_EXISTING;
-    if (mode == FileMode::kWriteNew) disposition = CREATE_ALWAYS;
-    if (mode == FileMode::kCreateNew) disposition = CREATE_NEW;
+    if (mode == ports::FileMode::kWriteNew) disposition = CREATE_ALWAYS;
+    if (mode == ports::FileMode::kCreateNew) disposition = CREATE_NEW;
     // A file that somebody is writing is not read: what would be read is no whole file.
     FileHandle handle(CreateFileW(Native(path).c_str(), access, FILE_SHARE_READ, nullptr,
                                   disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!handle) return Outcome<std::unique_ptr<File>>::Failure(LastError());
-    return Outcome<std::unique_ptr<File>>::Success(
+    if (!handle) return ports::Outcome<std::unique_ptr<ports::File>>::Failure(LastError());
+    return ports::Outcome<std::unique_ptr<ports::File>>::Success(
         std::make_unique<WindowsFile>(std::move(handle)));
   }
 
-  Outcome<std::vector<FolderEntry>> List(const std::string& folder) override {
-    using Result = Outcome<std::vector<FolderEntry>>;
+  ports::Outcome<std::vector<ports::FolderEntry>> List(const std::string& folder) override {
+    using Result = ports::Outcome<std::vector<ports::FolderEntry>>;
     if (folder.empty()) return Result::Failure(ERROR_PATH_NOT_FOUND);
     const std::wstring all = Native(folder + "\\*");
     WIN32_FIND_DATAW found{};
     const Search search(FindFirstFileW(all.c_str(), &found));
     if (!search) {
       // The root of an empty drive has not even "." in it.
-      const SystemCode code = LastError();
+      const ports::SystemCode code = LastError();
       if (code == ERROR_FILE_NOT_FOUND) return Result::Success({});
       return Result::Failure(code);
     }
-    std::vector<FolderEntry> entries;
+    std::vector<ports::FolderEntry> entries;
     do {
       const std::wstring_view name = static_cast<const wchar_t*>(found.cFileName);
       if (name == L"." || name == L"..") continue;
       entries.push_back({FromWide(name), KindOf(found.dwFileAttributes)});
     } while (FindNextFileW(search.Get(), &found));
-    const SystemCode code = LastError();
+    const ports::SystemCode code = LastError();
     if (code != ERROR_NO_MORE_FILES) return Result::Failure(code);
     return Result::Success(std::move(entries));
   }
 
-  Status CreateFolder(const std::string& path) override {
+  ports::Status CreateFolder(const std::string& path) override {
     return Result(CreateDirectoryW(Native(path).c_str(), nullptr));
   }
 
-  Status RemoveFolder(const std::string& path) override {
+  ports::Status RemoveFolder(const std::string& path) override {
     return Result(RemoveDirectoryW(Native(path).c_str()));
   }
 
-  Status RemoveFile(const std::string& path) override {
+  ports::Status RemoveFile(const std::string& path) override {
     const std::wstring native = Native(path);
     return DespiteReadOnly(native, [&] { return ::DeleteFileW(native.c_str()); });
   }
 
-  Status Rename(const std::string& from, const std::string& to) override {
+  ports::Status Rename(const std::string& from, const std::string& to) override {
     const std::wstring source = Native(from);
     const std::wstring target = Native(to);
     return DespiteReadOnly(target, [&] {
@@ -264,72 +266,78 @@ class WindowsFileSystem final : public FileSystem {
     });
   }
 
-  Status SetReadOnly(const std::string& path, bool read_only) override {
+  ports::Status SetReadOnly(const std::string& path, bool read_only) override {
     const std::wstring native = Native(path);
     const DWORD old = GetFileAttributesW(native.c_str());
-    if (old == INVALID_FILE_ATTRIBUTES) return Status::Failure(LastError());
+    if (old == INVALID_FILE_ATTRIBUTES) return ports::Status::Failure(LastError());
     const DWORD attributes = read_only ? old | kReadOnly : old & ~kReadOnly;
-    return attributes == old ? Status::Success() : Result(SetAttributes(native, attributes));
+    return attributes == old ? ports::Status::Success() : Result(SetAttributes(native, attributes));
   }
 
-  Status CopyAttributes(const std::string& source, const std::string& target) override {
+  ports::Status CopyAttributes(const std::string& source, const std::string& target) override {
     WIN32_FILE_ATTRIBUTE_DATA found{};
     if (!GetFileAttributesExW(Native(source).c_str(), GetFileExInfoStandard, &found))
-      return Status::Failure(LastError());
+      return ports::Status::Failure(LastError());
     const std::wstring native = Native(target);
     FileHandle handle(CreateFileW(native.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ, nullptr,
                                   OPEN_EXISTING, 0, nullptr));
-    if (!handle) return Status::Failure(LastError());
+    if (!handle) return ports::Status::Failure(LastError());
     if (!SetFileTime(handle.Get(), nullptr, nullptr, &found.ftLastWriteTime))
-      return Status::Failure(LastError());
+      return ports::Status::Failure(LastError());
     handle.Reset();
     return Result(SetAttributes(native, found.dwFileAttributes & kCopiedAttributes));
   }
 
-  Status CopyRights(const std::string& /*source*/, const std::string& /*target*/) override {
-    return Status::Success();
+  ports::Status CopyRights(const std::string& /*source*/, const std::string& /*target*/) override {
+    return ports::Status::Success();
   }
 
-  Outcome<std::string> FollowLinks(const std::string& path) override {
+  ports::Outcome<std::string> FollowLinks(const std::string& path) override {
     const std::wstring native = Native(path);
     const DWORD attributes = GetFileAttributesW(native.c_str());
     const bool is_link =
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     const FileHandle handle = is_link ? OpenLinkTarget(native) : FileHandle();
-    if (!handle) return Outcome<std::string>::Success(path);
+    if (!handle) return ports::Outcome<std::string>::Success(path);
     const std::wstring followed = PathOfHandle(handle);
-    if (followed.empty()) return Outcome<std::string>::Failure(LastError());
-    return Outcome<std::string>::Success(FromWide(followed));
+    if (followed.empty()) return ports::Outcome<std::string>::Failure(LastError());
+    return ports::Outcome<std::string>::Success(FromWide(followed));
   }
 
-  Outcome<std::string> MakeAbsolute(const std::string& path) override {
+  ports::Outcome<std::string> MakeAbsolute(const std::string& path) override {
     const std::wstring full = FullPath(path);
-    if (full.empty()) return Outcome<std::string>::Failure(LastError());
-    return Outcome<std::string>::Success(FromWide(full));
+    if (full.empty()) return ports::Outcome<std::string>::Failure(LastError());
+    return ports::Outcome<std::string>::Success(FromWide(full));
   }
 
-  Outcome<std::string> TemporaryFolder() override {
+  ports::Outcome<std::string> TemporaryFolder() override {
     wchar_t folder[MAX_PATH + 2];
     const DWORD length = GetTempPathW(static_cast<DWORD>(std::size(folder)), folder);
-    if (length == 0) return Outcome<std::string>::Failure(LastError());
+    if (length == 0) return ports::Outcome<std::string>::Failure(LastError());
     std::wstring_view path(folder, length);
     if (path.ends_with(L'\\') && !path.ends_with(L":\\")) path.remove_suffix(1);
-    return Outcome<std::string>::Success(FromWide(path));
+    return ports::Outcome<std::string>::Success(FromWide(path));
   }
 
-  Status FlushFolder(const std::string& /*folder*/) override { return Status::Success(); }
+  ports::Status FlushFolder(const std::string& /*folder*/) override {
+    return ports::Status::Success();
+  }
 
-  Status MakeExecutable(const std::string& /*path*/) override { return Status::Success(); }
+  ports::Status MakeExecutable(const std::string& /*path*/) override {
+    return ports::Status::Success();
+  }
 
-  bool MeansMissing(SystemCode code) const override {
+  bool MeansMissing(ports::SystemCode code) const override {
     return code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND ||
            code == ERROR_INVALID_NAME || code == ERROR_BAD_PATHNAME ||
            code == ERROR_INVALID_DRIVE || code == ERROR_DIRECTORY;
   }
 
-  bool MeansOtherDevice(SystemCode code) const override { return code == ERROR_NOT_SAME_DEVICE; }
+  bool MeansOtherDevice(ports::SystemCode code) const override {
+    return code == ERROR_NOT_SAME_DEVICE;
+  }
 
-  bool MeansBusy(SystemCode code) const override {
+  bool MeansBusy(ports::SystemCode code) const override {
     return code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION ||
            code == ERROR_ACCESS_DENIED;
   }
@@ -337,7 +345,7 @@ class WindowsFileSystem final : public FileSystem {
 
 }  // namespace
 
-std::unique_ptr<FileSystem> MakeFileSystem() {
+std::unique_ptr<ports::FileSystem> MakeFileSystem() {
   return std::make_unique<WindowsFileSystem>();
 }
 

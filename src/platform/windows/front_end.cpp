@@ -1,4 +1,4 @@
-#include "platform/front_end.h"
+#include "platform/factories.h"
 
 #include "platform/windows/input_box.h"
 #include "platform/windows/view_window.h"
@@ -9,12 +9,14 @@
 namespace platform {
 namespace {
 
-class WindowsFrontEnd final : public FrontEnd {
+class WindowsFrontEnd final : public ports::FrontEnd {
  public:
   bool CanAsk() override { return true; }
 
-  void ShowMessage(MessageKind kind, const std::string& title, const std::string& text) override {
-    const UINT icon = kind == MessageKind::kWarning ? MB_ICONEXCLAMATION : MB_ICONINFORMATION;
+  void ShowMessage(ports::MessageKind kind, const std::string& title,
+                   const std::string& text) override {
+    const UINT icon =
+        kind == ports::MessageKind::kWarning ? MB_ICONEXCLAMATION : MB_ICONINFORMATION;
     Show(title, text, MB_OK | icon);
   }
 
@@ -32,8 +34,10 @@ class WindowsFrontEnd final : public FrontEnd {
 
   void ResetCursor() override { SetCursor(LoadCursorW(nullptr, IDC_ARROW)); }
 
-  std::unique_ptr<ProgressView> MakeProgressView() override { return MakeWinProgressView(open_); }
-  std::unique_ptr<ErrorView> MakeErrorView() override { return MakeWinErrorView(open_); }
+  std::unique_ptr<ports::ProgressView> MakeProgressView() override {
+    return MakeWinProgressView(open_);
+  }
+  std::unique_ptr<ports::ErrorView> MakeErrorView() override { return MakeWinErrorView(open_); }
 
  private:
   int Show(const std::string& title, const std::string& text, UINT flags) {
@@ -49,7 +53,7 @@ class WindowsFrontEnd final : public FrontEnd {
 
 }  // namespace
 
-std::unique_ptr<FrontEnd> MakeFrontEnd() {
+std::unique_ptr<ports::FrontEnd> MakeFrontEnd() {
   return std::make_unique<WindowsFrontEnd>();
 }
 

@@ -1,11 +1,11 @@
-#include "platform/internet.h"
+#include "platform/factories.h"
 
 #include <cstdlib>
 #include <string_view>
 #include <vector>
 
 #include "foundation/encodings.h"
-#include "platform/unique_handle.h"
+#include "foundation/unique_handle.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -15,8 +15,8 @@ namespace platform {
 namespace {
 
 // From the last error of the failed call, to be asked at once.
-SystemCode LastError() {
-  return static_cast<SystemCode>(GetLastError());
+ports::SystemCode LastError() {
+  return static_cast<ports::SystemCode>(GetLastError());
 }
 
 struct InternetTraits {
@@ -24,12 +24,12 @@ struct InternetTraits {
   static Type Invalid() { return nullptr; }
   static void Close(Type handle) { InternetCloseHandle(handle); }
 };
-using InternetHandle = UniqueHandle<InternetTraits>;
+using InternetHandle = tmw::UniqueHandle<InternetTraits>;
 
-Status CloseInternetHandle(InternetHandle& handle) {
-  if (InternetCloseHandle(handle.Get()) == FALSE) return Status::Failure(LastError());
+ports::Status CloseInternetHandle(InternetHandle& handle) {
+  if (InternetCloseHandle(handle.Get()) == FALSE) return ports::Status::Failure(LastError());
   handle.Release();
-  return Status::Success();
+  return ports::Status::Success();
 }
 
 // Servers name their files in UTF-8, whatever this system's code page is: what of an HTTP address
@@ -51,13 +51,13 @@ std::string ToSentUrl(const std::string& url) {
   return sent;
 }
 
-class WinInetRequest final : public InternetRequest {
+class WinInetRequest final : public ports::InternetRequest {
  public:
   explicit WinInetRequest(InternetHandle handle)
       : handle_(std::move(handle)), whole_length_(AnnouncedLength()) {}
 
-  Outcome<InternetChunk> Read(void* buffer, std::uint32_t length) override {
-    using Result = Outcome<InternetChunk>;
+  ports::Outcome<ports::InternetChunk> Read(void* buffer, std::uint32_t length) override {
+    using Result = ports::Outcome<ports::InternetChunk>;
     DWORD read = 0;
     if (whole_length_ >= 0 && position_ >= whole_length_) return Result::Success({0, true});
     // Some releases hand out bytes beyond the announced end.
@@ -73,19 +73,19 @@ class WinInetRequest final : public InternetRequest {
     return Result::Success({0, true});
   }
 
-  Status Seek(std::int32_t position, const WaitHandler& /*on_wait*/) override {
-    if (position == position_) return Status::Success();
+  ports::Status Seek(std::int32_t position, const ports::WaitHandler& /*on_wait*/) override {
+    if (position == position_) return ports::Status::Success();
     // WinINet would agree, and ask for such bytes at the next reading.
     if (position < 0 || whole_length_ < 0 || position > whole_length_)
-      return Status::Failure(ERROR_INTERNET_INVALID_OPERATION);
+      return ports::Status::Failure(ERROR_INTERNET_INVALID_OPERATION);
     const DWORD result = InternetSetFilePointer(handle_.Get(), position, nullptr, FILE_BEGIN, 0);
-    if (result == INVALID_SET_FILE_POINTER) return Status::Failure(LastError());
+    if (result == INVALID_SET_FILE_POINTER) return ports::Status::Failure(LastError());
     position_ = position;
-    return Status::Success();
+    return ports::Status::Success();
   }
 
-  Outcome<std::int32_t> HttpStatusCode() override {
-    using Result = Outcome<std::int32_t>;
+  ports::Outcome<std::int32_t> HttpStatusCode() override {
+    using Result = ports::Outcome<std::int32_t>;
     DWORD code = 0;
     DWORD size = sizeof(code);
     if (HttpQueryInfoA(handle_.Get(), HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &code, &size,
@@ -94,13 +94,13 @@ class WinInetRequest final : public InternetRequest {
     return Result::Success(static_cast<std::int32_t>(code));
   }
 
-  Outcome<std::string> HttpStatusText() override {
-    using Result = Outcome<std::string>;
+  ports::Outcome<std::string> HttpStatusText() override {
+    using Result = ports::Outcome<std::string>;
     char nothing = 0;
     DWORD length = 0;
     if (HttpQueryInfoA(handle_.Get(), HTTP_QUERY_STATUS_TEXT, &nothing, &length, nullptr) ==
         FALSE) {
-      const SystemCode code = LastError();
+      const ports::SystemCode code = LastError();
       if (code != ERROR_INSUFFICIENT_BUFFER) return Result::Failure(code);
     }
     if (length == 0) return Result::Success({});
@@ -112,7 +112,7 @@ class WinInetRequest final : public InternetRequest {
     return Result::Success(FromAnsi({text.data(), length}));
   }
 
-  Status Close() override { return CloseInternetHandle(handle_); }
+  ports::Status Close() override { return CloseInternetHandle(handle_); }
 
  private:
   // As text, since the numeric query is 32 bits wide. -1 when the server does not tell.
@@ -131,35 +131,35 @@ class WinInetRequest final : public InternetRequest {
   std::int64_t whole_length_ = -1;
 };
 
-class WinInetSession final : public InternetSession {
+class WinInetSession final : public ports::InternetSession {
  public:
   explicit WinInetSession(InternetHandle handle) : handle_(std::move(handle)) {}
 
-  Outcome<std::unique_ptr<InternetRequest>> OpenUrl(const std::string& url, std::uint32_t flags,
-                                                    std::uintptr_t context,
-                                                    const WaitHandler& /*on_wait*/) override {
-    using Result = Outcome<std::unique_ptr<InternetRequest>>;
+  ports::Outcome<std::unique_ptr<ports::InternetRequest>> OpenUrl(
+      const std::string& url, std::uint32_t flags, std::uintptr_t context,
+      const ports::WaitHandler& /*on_wait*/) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::InternetRequest>>;
     InternetHandle request(
         InternetOpenUrlA(handle_.Get(), ToSentUrl(url).c_str(), "", 0, flags, context));
     if (!request) return Result::Failure(LastError());
     return Result::Success(std::make_unique<WinInetRequest>(std::move(request)));
   }
 
-  Status Close() override { return CloseInternetHandle(handle_); }
+  ports::Status Close() override { return CloseInternetHandle(handle_); }
 
  private:
   InternetHandle handle_;
 };
 
-class WinInet final : public Internet {
+class WinInet final : public ports::Internet {
  public:
   explicit WinInet(std::chrono::milliseconds stall_limit)
       : stall_limit_(static_cast<DWORD>(stall_limit.count())) {}
 
-  Outcome<std::unique_ptr<InternetSession>> OpenSession(
-      const InternetSessionOptions& options) override {
-    using Result = Outcome<std::unique_ptr<InternetSession>>;
-    const bool is_proxied = options.access_type == kAccessProxy;
+  ports::Outcome<std::unique_ptr<ports::InternetSession>> OpenSession(
+      const ports::InternetSessionOptions& options) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::InternetSession>>;
+    const bool is_proxied = options.access_type == ports::kAccessProxy;
     const std::string proxy = ToAnsi(options.proxy);
     const std::string bypass = ToAnsi(options.proxy_bypass);
     InternetHandle session(InternetOpenA(ToAnsi(options.agent).c_str(),
@@ -185,7 +185,7 @@ class WinInet final : public Internet {
 
 }  // namespace
 
-std::unique_ptr<Internet> MakeInternet(std::chrono::milliseconds stall_limit) {
+std::unique_ptr<ports::Internet> MakeInternet(std::chrono::milliseconds stall_limit) {
   return std::make_unique<WinInet>(stall_limit);
 }
 

@@ -1,4 +1,4 @@
-#include "platform/named_mutex.h"
+#include "platform/factories.h"
 
 #include <utility>
 
@@ -11,7 +11,7 @@ namespace {
 
 static_assert(ERROR_ALREADY_EXISTS == 183);
 
-class WindowsNamedMutex final : public NamedMutex {
+class WindowsNamedMutex final : public ports::NamedMutex {
  public:
   explicit WindowsNamedMutex(UniqueKernelHandle handle) : handle_(std::move(handle)) {}
   WindowsNamedMutex(const WindowsNamedMutex&) = delete;
@@ -23,24 +23,25 @@ class WindowsNamedMutex final : public NamedMutex {
   UniqueKernelHandle handle_;
 };
 
-class WindowsNamedMutexes final : public NamedMutexes {
+class WindowsNamedMutexes final : public ports::NamedMutexes {
  public:
-  Outcome<CreatedMutex> Create(const std::string& name, bool initial_owner) override {
+  ports::Outcome<ports::CreatedMutex> Create(const std::string& name, bool initial_owner) override {
     const std::string ansi_name = ToAnsi(name);
     UniqueKernelHandle handle(
         CreateMutexA(nullptr, initial_owner ? TRUE : FALSE, ansi_name.c_str()));
     const DWORD code = GetLastError();
-    if (!handle) return Outcome<CreatedMutex>::Failure(static_cast<SystemCode>(code));
-    CreatedMutex created;
+    if (!handle)
+      return ports::Outcome<ports::CreatedMutex>::Failure(static_cast<ports::SystemCode>(code));
+    ports::CreatedMutex created;
     created.mutex = std::make_unique<WindowsNamedMutex>(std::move(handle));
     created.already_existed = code == ERROR_ALREADY_EXISTS;
-    return Outcome<CreatedMutex>::Success(std::move(created));
+    return ports::Outcome<ports::CreatedMutex>::Success(std::move(created));
   }
 };
 
 }  // namespace
 
-std::unique_ptr<NamedMutexes> MakeNamedMutexes() {
+std::unique_ptr<ports::NamedMutexes> MakeNamedMutexes() {
   return std::make_unique<WindowsNamedMutexes>();
 }
 

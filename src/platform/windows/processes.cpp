@@ -1,4 +1,4 @@
-#include "platform/processes.h"
+#include "platform/factories.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +13,8 @@
 namespace platform {
 namespace {
 
-constexpr SystemCode kElevationRequired = 740;  // the cross compiler's headers do not name it
+constexpr ports::SystemCode kElevationRequired =
+    740;  // the cross compiler's headers do not name it
 
 #ifndef _WIN64
 static_assert(sizeof(STARTUPINFOA) == 68, "the start-up record");
@@ -24,27 +25,27 @@ static_assert(STARTF_USESHOWWINDOW == 0x1 && CREATE_DEFAULT_ERROR_MODE == 0x4000
 static_assert(SEE_MASK_NOCLOSEPROCESS == 0x40 && SW_SHOWMAXIMIZED == 3);
 static_assert(WAIT_TIMEOUT == 258);
 
-SystemCode LastCode() {
-  return static_cast<SystemCode>(GetLastError());
+ports::SystemCode LastCode() {
+  return static_cast<ports::SystemCode>(GetLastError());
 }
 
-class WindowsProcess final : public Process {
+class WindowsProcess final : public ports::Process {
  public:
   // The shell may have started something without a process of its own: handle none, id 0.
   WindowsProcess(UniqueKernelHandle handle, DWORD id) : handle_(std::move(handle)), id_(id) {}
 
   std::int32_t Id() const override { return static_cast<std::int32_t>(id_); }
 
-  Outcome<bool> Wait(std::int32_t milliseconds) override {
-    using Result = Outcome<bool>;
+  ports::Outcome<bool> Wait(std::int32_t milliseconds) override {
+    using Result = ports::Outcome<bool>;
     if (!handle_) return Result::Success(true);
     const DWORD result = WaitForSingleObject(handle_.Get(), static_cast<DWORD>(milliseconds));
     if (result == WAIT_FAILED) return Result::Failure(LastCode());
     return Result::Success(result != WAIT_TIMEOUT);
   }
 
-  Outcome<std::int32_t> ExitCode() override {
-    using Result = Outcome<std::int32_t>;
+  ports::Outcome<std::int32_t> ExitCode() override {
+    using Result = ports::Outcome<std::int32_t>;
     DWORD exit_code = 0;
     if (GetExitCodeProcess(handle_.Get(), &exit_code) == FALSE) return Result::Failure(LastCode());
     return Result::Success(static_cast<std::int32_t>(exit_code));
@@ -60,7 +61,7 @@ const char* OrNone(const std::string& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
-STARTUPINFOA StartUpRecord(const StartRequest& request) {
+STARTUPINFOA StartUpRecord(const ports::StartRequest& request) {
   STARTUPINFOA record{};
   record.cb = sizeof(record);
   if (request.feedback_on) record.dwFlags |= STARTF_FORCEONFEEDBACK;
@@ -72,10 +73,11 @@ STARTUPINFOA StartUpRecord(const StartRequest& request) {
   return record;
 }
 
-class WindowsProcesses final : public Processes {
+class WindowsProcesses final : public ports::Processes {
  public:
-  Outcome<std::unique_ptr<Process>> Start(const StartRequest& request) override {
-    using Result = Outcome<std::unique_ptr<Process>>;
+  ports::Outcome<std::unique_ptr<ports::Process>> Start(
+      const ports::StartRequest& request) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::Process>>;
     if (request.program.empty() && request.command_line.empty())
       return Result::Failure(ERROR_INVALID_PARAMETER);  // not every system survives the question
     STARTUPINFOA record = StartUpRecord(request);
@@ -92,8 +94,9 @@ class WindowsProcesses final : public Processes {
                                                             started.dwProcessId));
   }
 
-  Outcome<std::unique_ptr<Process>> StartElevated(const ElevatedStartRequest& request) override {
-    using Result = Outcome<std::unique_ptr<Process>>;
+  ports::Outcome<std::unique_ptr<ports::Process>> StartElevated(
+      const ports::ElevatedStartRequest& request) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::Process>>;
     const std::wstring program = ToWide(request.program);
     const std::wstring parameters = ToWide(request.parameters);
     const std::wstring folder = ToWide(request.working_folder);
@@ -111,7 +114,8 @@ class WindowsProcesses final : public Processes {
     return Result::Success(std::make_unique<WindowsProcess>(std::move(handle), id));
   }
 
-  bool NeedsElevation(SystemCode code, const StartRequest& /*request*/) const override {
+  bool NeedsElevation(ports::SystemCode code,
+                      const ports::StartRequest& /*request*/) const override {
     return code == kElevationRequired;
   }
 
@@ -143,16 +147,20 @@ class WindowsProcesses final : public Processes {
     return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;
   }
 
-  Status Terminate(std::int32_t exit_code) override {
+  ports::Status Terminate(std::int32_t exit_code) override {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exit_code));
-    return Status::Failure(LastCode());
+    return ports::Status::Failure(LastCode());
   }
 };
 
 }  // namespace
 
-std::unique_ptr<Processes> MakeProcesses(int /*argc*/, char** /*argv*/) {
+std::unique_ptr<ports::Processes> MakeProcesses(int /*argc*/, char** /*argv*/) {
   return std::make_unique<WindowsProcesses>();
+}
+
+std::optional<int> WaitForUpdaterChain() {
+  return std::nullopt;
 }
 
 }  // namespace platform

@@ -1,4 +1,4 @@
-#include "platform/product_version.h"
+#include "platform/factories.h"
 
 #include "platform/windows/com.h"
 
@@ -19,7 +19,7 @@ ComPointer<IDispatch> CreateComponent() {
   return component;
 }
 
-class WindowsProductVersion final : public ProductVersion {
+class WindowsProductVersion final : public ports::ProductVersion {
  public:
   std::optional<std::string> InstalledVersion() override {
     const ComScope scope;
@@ -42,7 +42,7 @@ class WindowsProductVersion final : public ProductVersion {
 
 }  // namespace
 
-std::unique_ptr<ProductVersion> MakeProductVersion() {
+std::unique_ptr<ports::ProductVersion> MakeProductVersion() {
   return std::make_unique<WindowsProductVersion>();
 }
 

@@ -1,10 +1,10 @@
-#include "platform/settings_store.h"
+#include "platform/factories.h"
 
 #include <algorithm>
 #include <cstring>
 #include <vector>
 
-#include "platform/unique_handle.h"
+#include "foundation/unique_handle.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -16,32 +16,32 @@ struct RegistryKeyTraits {
   static Type Invalid() { return nullptr; }
   static void Close(Type key) { RegCloseKey(key); }
 };
-using RegistryKey = UniqueHandle<RegistryKeyTraits>;
+using RegistryKey = tmw::UniqueHandle<RegistryKeyTraits>;
 
 struct RawValue {
   DWORD type = REG_NONE;
   std::vector<BYTE> bytes;
 };
 
-SettingsResult<RawValue> FromCode(LSTATUS code) {
+ports::SettingsResult<RawValue> FromCode(LSTATUS code) {
   if (code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND) return {};
-  return {std::nullopt, SettingsError{static_cast<SystemCode>(code), {}}};
+  return {std::nullopt, ports::SettingsError{static_cast<ports::SystemCode>(code), {}}};
 }
 
-HKEY HandleOf(SettingsRoot root) {
+HKEY HandleOf(ports::SettingsRoot root) {
   switch (root) {
-    case SettingsRoot::kMachine:
+    case ports::SettingsRoot::kMachine:
       return HKEY_LOCAL_MACHINE;
-    case SettingsRoot::kClasses:
+    case ports::SettingsRoot::kClasses:
       return HKEY_CLASSES_ROOT;
-    case SettingsRoot::kUser:
+    case ports::SettingsRoot::kUser:
       break;
   }
   return HKEY_CURRENT_USER;
 }
 
-SettingsResult<RawValue> ReadRaw(SettingsRoot root, const std::string& key,
-                                 const std::string& name) {
+ports::SettingsResult<RawValue> ReadRaw(ports::SettingsRoot root, const std::string& key,
+                                        const std::string& name) {
   HKEY opened = nullptr;
   LSTATUS code = RegOpenKeyExW(HandleOf(root), ToWide(key).c_str(), 0,
                                KEY_QUERY_VALUE | KEY_WOW64_32KEY, &opened);
@@ -60,10 +60,10 @@ SettingsResult<RawValue> ReadRaw(SettingsRoot root, const std::string& key,
   return {std::move(value), std::nullopt};
 }
 
-class WindowsSettingsStore final : public SettingsStore {
+class WindowsSettingsStore final : public ports::SettingsStore {
  public:
-  SettingsResult<std::string> ReadString(SettingsRoot root, const std::string& key,
-                                         const std::string& name) override {
+  ports::SettingsResult<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
+                                                const std::string& name) override {
     const auto raw = ReadRaw(root, key, name);
     if (!raw.value || (raw.value->type != REG_SZ && raw.value->type != REG_EXPAND_SZ))
       return {std::nullopt, raw.error};
@@ -74,8 +74,8 @@ class WindowsSettingsStore final : public SettingsStore {
     return {std::move(text), std::nullopt};
   }
 
-  SettingsResult<std::int32_t> ReadLong(SettingsRoot root, const std::string& key,
-                                        const std::string& name) override {
+  ports::SettingsResult<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
+                                               const std::string& name) override {
     const auto raw = ReadRaw(root, key, name);
     if (!raw.value || raw.value->type != REG_DWORD ||
         raw.value->bytes.size() != sizeof(std::int32_t))
@@ -90,7 +90,7 @@ class WindowsSettingsStore final : public SettingsStore {
 
 }  // namespace
 
-std::unique_ptr<SettingsStore> MakeSettingsStore() {
+std::unique_ptr<ports::SettingsStore> MakeSettingsStore() {
   return std::make_unique<WindowsSettingsStore>();
 }
 

@@ -1,4 +1,4 @@
-#include "platform/system_info.h"
+#include "platform/factories.h"
 
 #include <string_view>
 
@@ -13,13 +13,13 @@ static_assert(sizeof(OSVERSIONINFOA) == 148, "the system's ANSI version record")
 static_assert(sizeof(MEMORYSTATUS) == 32, "the system's memory record");
 #endif
 
-class WindowsSystemInfo final : public SystemInfo {
+class WindowsSystemInfo final : public ports::SystemInfo {
  public:
-  std::optional<OsFacts> Os() override {
+  std::optional<ports::OsFacts> Os() override {
     OSVERSIONINFOA record{};
     record.dwOSVersionInfoSize = sizeof(record);
     if (GetVersionExA(&record) == FALSE) return std::nullopt;
-    OsFacts facts;
+    ports::OsFacts facts;
     facts.major = record.dwMajorVersion;
     facts.minor = record.dwMinorVersion;
     facts.build = record.dwBuildNumber;
@@ -28,13 +28,13 @@ class WindowsSystemInfo final : public SystemInfo {
     return facts;
   }
 
-  HardwareFacts Hardware() override {
+  ports::HardwareFacts Hardware() override {
     SYSTEM_INFO system{};
     GetSystemInfo(&system);
     MEMORYSTATUS memory{};
     memory.dwLength = sizeof(memory);
     GlobalMemoryStatus(&memory);
-    HardwareFacts facts;
+    ports::HardwareFacts facts;
     facts.total_physical = static_cast<std::uint32_t>(memory.dwTotalPhys);
     facts.available_physical = static_cast<std::uint32_t>(memory.dwAvailPhys);
     facts.total_virtual = static_cast<std::uint32_t>(memory.dwTotalVirtual);
@@ -43,7 +43,7 @@ class WindowsSystemInfo final : public SystemInfo {
     return facts;
   }
 
-  SystemFolders Folders() override {
+  ports::SystemFolders Folders() override {
     return {FolderFrom(GetWindowsDirectoryA), FolderFrom(GetSystemDirectoryA)};
   }
 
@@ -58,7 +58,7 @@ class WindowsSystemInfo final : public SystemInfo {
 
 }  // namespace
 
-std::unique_ptr<SystemInfo> MakeSystemInfo() {
+std::unique_ptr<ports::SystemInfo> MakeSystemInfo() {
   return std::make_unique<WindowsSystemInfo>();
 }
 

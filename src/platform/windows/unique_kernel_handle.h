@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/unique_handle.h"
+#include "foundation/unique_handle.h"
 
 namespace platform {
 
@@ -12,6 +12,6 @@ struct KernelHandleTraits {
 };
 
 // For the calls that hand back no handle as 0 (mutexes, processes, threads).
-using UniqueKernelHandle = UniqueHandle<KernelHandleTraits>;
+using UniqueKernelHandle = tmw::UniqueHandle<KernelHandleTraits>;
 
 }  // namespace platform

@@ -24,7 +24,7 @@ LRESULT CALLBACK TextProcedure(HWND box, UINT message, WPARAM parameter, LPARAM 
   return CallWindowProcW(original, box, message, parameter, data);
 }
 
-class WinErrorView final : public ErrorView, private ViewWindow {
+class WinErrorView final : public ports::ErrorView, private ViewWindow {
  public:
   explicit WinErrorView(OpenWindows& open)
       : ViewWindow(open, WS_THICKFRAME | WS_MAXIMIZEBOX, kClient) {
@@ -41,7 +41,7 @@ class WinErrorView final : public ErrorView, private ViewWindow {
     SetDetailView(false, "");
   }
 
-  void SetTexts(const ErrorViewTexts& texts) override {
+  void SetTexts(const ports::ErrorViewTexts& texts) override {
     texts_ = texts;
     SetControlText(Get(), texts.title);
     SetControlText(label_, texts.label);
@@ -66,7 +66,7 @@ class WinErrorView final : public ErrorView, private ViewWindow {
 
   bool CopyText(const std::string& text) override { return PutTextOnClipboard(Get(), text); }
 
-  void Run(ErrorViewEvents& events) override {
+  void Run(ports::ErrorViewEvents& events) override {
     if (Get() == nullptr) {
       MessageBoxW(nullptr, ToWide(texts_.full_text).c_str(), ToWide(texts_.title).c_str(),
                   MB_OK | MB_ICONWARNING | MB_TASKMODAL | MB_SETFOREGROUND);
@@ -169,8 +169,8 @@ class WinErrorView final : public ErrorView, private ViewWindow {
     return std::nullopt;
   }
 
-  ErrorViewEvents* events_ = nullptr;
-  ErrorViewTexts texts_;
+  ports::ErrorViewEvents* events_ = nullptr;
+  ports::ErrorViewTexts texts_;
   bool is_closed_ = false;
   bool is_details_asked_ = false;
   bool is_copy_asked_ = false;
@@ -187,7 +187,7 @@ class WinErrorView final : public ErrorView, private ViewWindow {
 
 }  // namespace
 
-std::unique_ptr<ErrorView> MakeWinErrorView(OpenWindows& open) {
+std::unique_ptr<ports::ErrorView> MakeWinErrorView(OpenWindows& open) {
   return std::make_unique<WinErrorView>(open);
 }
 

@@ -2,13 +2,13 @@
 
 #include <memory>
 
-#include "platform/error_view.h"
 #include "platform/windows/view_window.h"
+#include "ports/error_view.h"
 
 namespace platform {
 
 // The window of an error; the open windows outlive it.
-std::unique_ptr<ErrorView> MakeWinErrorView(OpenWindows& open);
+std::unique_ptr<ports::ErrorView> MakeWinErrorView(OpenWindows& open);
 
 // Control identifiers.
 inline constexpr int kErrorLabelId = 100;

@@ -40,7 +40,7 @@ class Wakefulness {
   ~Wakefulness() { SetThreadExecutionState(ES_CONTINUOUS); }
 };
 
-class WinProgressView final : public ProgressView, private ViewWindow {
+class WinProgressView final : public ports::ProgressView, private ViewWindow {
  public:
   explicit WinProgressView(OpenWindows& open)
       : ViewWindow(open, WS_MINIMIZEBOX, kClient), taskbar_(Get()) {
@@ -55,7 +55,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     button_ = AddButton(kProgressButtonId);
     SendMessageW(bar_, PBM_SETRANGE32, 0, kBarRange);
     Prepare();
-    ShowBar(BarKind::kNone);
+    ShowBar(ports::BarKind::kNone);
   }
 
   void SetCaption(const std::string& text) override { SetControlText(Get(), text); }
@@ -72,12 +72,12 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     RedrawWindow(Get(), &place, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_NOCHILDREN);
   }
 
-  void ShowBar(BarKind kind) override {
+  void ShowBar(ports::BarKind kind) override {
     kind_ = kind;
-    const int bar = HasBar(kind) ? SW_SHOWNA : SW_HIDE;
+    const int bar = ports::HasBar(kind) ? SW_SHOWNA : SW_HIDE;
     ShowWindow(bar_, bar);
     ShowWindow(pace_, bar);
-    ShowWindow(counter_, HasCounter(kind) ? SW_SHOWNA : SW_HIDE);
+    ShowWindow(counter_, ports::HasCounter(kind) ? SW_SHOWNA : SW_HIDE);
     ShowInTaskbar();
     Arrange();
   }
@@ -86,7 +86,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     percent_ = std::clamp(percent, 0.0, 100.0);
     SetBarPosition(static_cast<int>(std::lround(percent_ * kBarRange / 100)));
     SetControlText(counter_, counter);
-    if (HasCounter(kind_) && CounterWidth() > counter_width_) Arrange();
+    if (ports::HasCounter(kind_) && CounterWidth() > counter_width_) Arrange();
     ShowInTaskbar();
     PaintWhatIsDue();
   }
@@ -108,7 +108,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
     Arrange();
   }
 
-  void Run(ProgressViewEvents& events) override {
+  void Run(ports::ProgressViewEvents& events) override {
     events_ = &events;
     is_closed_ = false;
     const Showing showing(*this);
@@ -136,8 +136,8 @@ class WinProgressView final : public ProgressView, private ViewWindow {
   void LayOut(SIZE client) override {
     const int left = Scaled(kTextLeft);
     const int width = client.cx - Scaled(kMargin) - left;
-    const bool has_bar = HasBar(kind_);
-    counter_width_ = HasCounter(kind_) ? CounterWidth() : 0;
+    const bool has_bar = ports::HasBar(kind_);
+    counter_width_ = ports::HasCounter(kind_) ? CounterWidth() : 0;
     const int bar_width = counter_width_ == 0 ? width : width - counter_width_ - Scaled(12);
     const int detail_width = has_bar ? width : bar_width;  // a counter alone stands beside it
     const int counter_top = kBarTop + (kBarHeight - kLine) / 2;
@@ -214,7 +214,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
   }
 
   void ShowInTaskbar() {
-    taskbar_.Set(HasBar(kind_) ? std::optional(static_cast<int>(percent_)) : std::nullopt);
+    taskbar_.Set(ports::HasBar(kind_) ? std::optional(static_cast<int>(percent_)) : std::nullopt);
   }
 
   // Room for the counter and for "maximum/maximum", so that the bar keeps its length while the
@@ -241,11 +241,11 @@ class WinProgressView final : public ProgressView, private ViewWindow {
                    : LoadPicture(ToWide("stage_" + picture_name_).c_str(), Scaled(kPicture));
   }
 
-  ProgressViewEvents* events_ = nullptr;
+  ports::ProgressViewEvents* events_ = nullptr;
   bool is_closed_ = false;
   bool is_cancel_asked_ = false;
   bool is_stop_asked_ = false;
-  BarKind kind_ = BarKind::kNone;
+  ports::BarKind kind_ = ports::BarKind::kNone;
   double percent_ = 0;
   int position_ = 0;
   int counter_width_ = 0;
@@ -263,7 +263,7 @@ class WinProgressView final : public ProgressView, private ViewWindow {
 
 }  // namespace
 
-std::unique_ptr<ProgressView> MakeWinProgressView(OpenWindows& open) {
+std::unique_ptr<ports::ProgressView> MakeWinProgressView(OpenWindows& open) {
   return std::make_unique<WinProgressView>(open);
 }
 

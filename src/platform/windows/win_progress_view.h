@@ -2,13 +2,13 @@
 
 #include <memory>
 
-#include "platform/progress_view.h"
 #include "platform/windows/view_window.h"
+#include "ports/progress_view.h"
 
 namespace platform {
 
 // The window of a run; the open windows outlive it.
-std::unique_ptr<ProgressView> MakeWinProgressView(OpenWindows& open);
+std::unique_ptr<ports::ProgressView> MakeWinProgressView(OpenWindows& open);
 
 // Control identifiers. The button is not IDCANCEL: Esc and the cross work while it is disabled.
 inline constexpr int kProgressStageId = 100;

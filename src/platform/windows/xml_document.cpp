@@ -1,4 +1,4 @@
-#include "platform/xml_document.h"
+#include "platform/factories.h"
 
 #include <cstring>
 #include <limits>
@@ -77,12 +77,12 @@ HRESULT ValueOf(IXMLDOMNode& node, std::string& value) {
   return result;
 }
 
-HRESULT CopyAttributes(IXMLDOMNode& source, XmlNode& element) {
+HRESULT CopyAttributes(IXMLDOMNode& source, ports::XmlNode& element) {
   ComPointer<IXMLDOMNamedNodeMap> map;
   HRESULT result = source.get_attributes(map.Out());
   while (SUCCEEDED(result) && map) {
     ComPointer<IXMLDOMNode> node;
-    XmlAttribute attribute;
+    ports::XmlAttribute attribute;
     result = map->nextNode(node.Out());
     if (FAILED(result) || !node) break;
     result = NameOf(*node.Get(), attribute.name);
@@ -93,16 +93,16 @@ HRESULT CopyAttributes(IXMLDOMNode& source, XmlNode& element) {
   return result;
 }
 
-HRESULT CopyChildren(IXMLDOMNode& source, XmlNode& parent, int depth);
+HRESULT CopyChildren(IXMLDOMNode& source, ports::XmlNode& parent, int depth);
 
-HRESULT CopyNode(IXMLDOMNode& node, XmlNode& parent, int depth) {
+HRESULT CopyNode(IXMLDOMNode& node, ports::XmlNode& parent, int depth) {
   DOMNodeType type = NODE_INVALID;
   HRESULT result = node.get_nodeType(&type);
   if (FAILED(result)) return result;
   switch (type) {
     case NODE_ELEMENT: {
-      if (depth > kXmlMaxDepth) return HRESULT_FROM_WIN32(ERROR_STACK_OVERFLOW);
-      XmlNode& element = parent.Append(XmlNodeKind::kElement);
+      if (depth > ports::kXmlMaxDepth) return HRESULT_FROM_WIN32(ERROR_STACK_OVERFLOW);
+      ports::XmlNode& element = parent.Append(ports::XmlNodeKind::kElement);
       result = NameOf(node, element.name);
       if (SUCCEEDED(result)) result = CopyAttributes(node, element);
       if (SUCCEEDED(result)) result = CopyChildren(node, element, depth + 1);
@@ -113,30 +113,30 @@ HRESULT CopyNode(IXMLDOMNode& node, XmlNode& parent, int depth) {
       std::string text;
       result = ValueOf(node, text);
       if (FAILED(result) || (type == NODE_TEXT && IsWhiteSpace(text))) return result;
-      parent.Append(XmlNodeKind::kText).value = std::move(text);
+      parent.Append(ports::XmlNodeKind::kText).value = std::move(text);
       return result;
     }
     case NODE_COMMENT:
-      return ValueOf(node, parent.Append(XmlNodeKind::kComment).value);
+      return ValueOf(node, parent.Append(ports::XmlNodeKind::kComment).value);
     case NODE_PROCESSING_INSTRUCTION: {
       std::string name;
       result = NameOf(node, name);
       if (name == "xml") {
-        parent.Append(XmlNodeKind::kDeclaration).name = name;
+        parent.Append(ports::XmlNodeKind::kDeclaration).name = name;
       } else {
-        parent.Append(XmlNodeKind::kOther);
+        parent.Append(ports::XmlNodeKind::kOther);
       }
       return result;
     }
     case NODE_ENTITY_REFERENCE:  // its text is not known
       return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
     default:
-      parent.Append(XmlNodeKind::kOther);
+      parent.Append(ports::XmlNodeKind::kOther);
       return result;
   }
 }
 
-HRESULT CopyChildren(IXMLDOMNode& source, XmlNode& parent, int depth) {
+HRESULT CopyChildren(IXMLDOMNode& source, ports::XmlNode& parent, int depth) {
   ComPointer<IXMLDOMNodeList> children;
   HRESULT result = source.get_childNodes(children.Out());
   while (SUCCEEDED(result)) {
@@ -149,8 +149,8 @@ HRESULT CopyChildren(IXMLDOMNode& source, XmlNode& parent, int depth) {
 }
 
 // What the component says about a document that it has refused.
-XmlParseError ExplainRefusal(IXMLDOMDocument2& document) {
-  XmlParseError explanation;
+ports::XmlParseError ExplainRefusal(IXMLDOMDocument2& document) {
+  ports::XmlParseError explanation;
   ComPointer<IXMLDOMParseError> error;
   if (FAILED(document.get_parseError(error.Out())) || !error) return explanation;
   ComText text;
@@ -163,8 +163,8 @@ XmlParseError ExplainRefusal(IXMLDOMDocument2& document) {
   return explanation;
 }
 
-XmlParseResult Refused(HRESULT code) {
-  XmlParseResult result;
+ports::XmlParseResult Refused(HRESULT code) {
+  ports::XmlParseResult result;
   if (code == HRESULT_FROM_WIN32(ERROR_STACK_OVERFLOW)) {
     result.error.reason = "Слишком большая вложенность элементов.";
   } else {
@@ -173,7 +173,7 @@ XmlParseResult Refused(HRESULT code) {
   return result;
 }
 
-class MsXmlParser final : public XmlParser {
+class MsXmlParser final : public ports::XmlParser {
  public:
   bool IsAvailable(std::string& reason) override {
     const ComScope scope;
@@ -183,8 +183,8 @@ class MsXmlParser final : public XmlParser {
     return SUCCEEDED(created);
   }
 
-  XmlParseResult Parse(std::string_view bytes) override {
-    XmlParseResult result;
+  ports::XmlParseResult Parse(std::string_view bytes) override {
+    ports::XmlParseResult result;
     if (bytes.size() > std::numeric_limits<std::int32_t>::max()) return Refused(E_OUTOFMEMORY);
     const ComScope scope;
     ComPointer<IXMLDOMDocument2> document;
@@ -203,7 +203,7 @@ class MsXmlParser final : public XmlParser {
       result.error = ExplainRefusal(*document.Get());
       return result;
     }
-    auto tree = std::make_unique<XmlNode>(XmlNodeKind::kDocument);
+    auto tree = std::make_unique<ports::XmlNode>(ports::XmlNodeKind::kDocument);
     code = CopyChildren(*document.Get(), *tree, 1);
     if (FAILED(code)) return Refused(code);
     result.document = std::move(tree);
@@ -213,7 +213,7 @@ class MsXmlParser final : public XmlParser {
 
 }  // namespace
 
-std::unique_ptr<XmlParser> MakeXmlParser() {
+std::unique_ptr<ports::XmlParser> MakeXmlParser() {
   return std::make_unique<MsXmlParser>();
 }
 

@@ -1,4 +1,4 @@
-#include "platform/linux/qt_front_end.h"
+#include "platform/linux/qt/qt_front_end.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,8 @@
 #include <csignal>
 #include <functional>
 
-#include "platform/front_end.h"
+#include "platform/factories.h"
+#include "ports/front_end.h"
 #include "tests/support/environment.h"
 
 namespace platform {
@@ -58,7 +59,7 @@ void OnceSeen(const QString& title, const Act& act) {
   });
 }
 
-struct Person final : ProgressViewEvents {
+struct Person final : ports::ProgressViewEvents {
   explicit Person(std::function<void()> when_shown) : shown(std::move(when_shown)) {}
   void OnShown() override { shown(); }
   void OnCancel() override { ++cancels, cancelled(); }
@@ -83,7 +84,7 @@ class QtFrontEndTest : public testing::Test {
   static void TearDownTestSuite() { front_end.reset(); }
 
   // Opens a window of a run, lets the person act in it and closes it.
-  static void InWindow(const std::function<void(ProgressView&, Person&, QWidget&)>& act) {
+  static void InWindow(const std::function<void(ports::ProgressView&, Person&, QWidget&)>& act) {
     const auto view = front_end->MakeProgressView();
     view->SetCaption("Окно");
     view->SetButton("Отмена", true);
@@ -92,7 +93,7 @@ class QtFrontEndTest : public testing::Test {
     EXPECT_EQ(Seen<QWidget>("Окно"), nullptr);
   }
 
-  static inline std::unique_ptr<FrontEnd> front_end;
+  static inline std::unique_ptr<ports::FrontEnd> front_end;
 };
 
 TEST_F(QtFrontEndTest, EveryWayToCancelIsRaisedOnceAndClosesNothing) {
@@ -103,7 +104,7 @@ TEST_F(QtFrontEndTest, EveryWayToCancelIsRaisedOnceAndClosesNothing) {
                                        {Signal(SIGINT), 1}};
   for (const auto& c : cases) {
     for (const bool is_enabled : {true, false}) {
-      InWindow([&](ProgressView& view, Person& person, QWidget& window) {
+      InWindow([&](ports::ProgressView& view, Person& person, QWidget& window) {
         view.SetButton("Отмена", is_enabled);
         c.first(window);
         EXPECT_EQ(person.cancels, 0) << "raised from within Qt";
@@ -135,7 +136,7 @@ struct Paintings final : QObject {
 };
 
 TEST_F(QtFrontEndTest, ShowsWhatItIsToldAtOnceAndKeepsItsSize) {
-  InWindow([](ProgressView& view, Person&, QWidget& window) {
+  InWindow([](ports::ProgressView& view, Person&, QWidget& window) {
     const QSize size = window.size();
     Paintings paintings;
     QImage before;
@@ -153,12 +154,12 @@ TEST_F(QtFrontEndTest, ShowsWhatItIsToldAtOnceAndKeepsItsSize) {
     const auto* label = Seen<QLabel>("Подробности");
     const int y_without_bar = label->y();
     view.SetProgress(12.5, "1 234/9 872");
-    EXPECT_GT(paintings.Of([&] { view.ShowBar(BarKind::kBarWithCounter); }), 1);
+    EXPECT_GT(paintings.Of([&] { view.ShowBar(ports::BarKind::kBarWithCounter); }), 1);
     EXPECT_EQ(Seen<QProgressBar>("Ход обновления")->value(), 125);
     const auto* counter = QAccessible::queryAccessibleInterface(Seen<QLabel>("Выполнено"));
     EXPECT_EQ(counter->text(QAccessible::Name), "1 234/9 872");
     EXPECT_GT(label->y(), y_without_bar);
-    view.ShowBar(BarKind::kCounter);
+    view.ShowBar(ports::BarKind::kCounter);
     EXPECT_TRUE(Seen<QLabel>("Выполнено"));
     EXPECT_EQ(Seen<QProgressBar>("Ход обновления"), nullptr);
     EXPECT_EQ(label->y(), y_without_bar);
@@ -178,7 +179,7 @@ TEST_F(QtFrontEndTest, QuestionsAreAnsweredInEveryWay) {
     EXPECT_EQ(front_end->AskYesNo("Вопрос", "<b>Да</b>?\r\nВторая строка."), i < yes.size()) << i;
   }
   OnceSeen("Сообщение", Click("OK"));
-  front_end->ShowMessage(MessageKind::kWarning, "Сообщение", "Готово.");
+  front_end->ShowMessage(ports::MessageKind::kWarning, "Сообщение", "Готово.");
 }
 
 TEST_F(QtFrontEndTest, AnOpenQuestionTakesAllPressesAndYieldsToWhoeverInsists) {
@@ -189,7 +190,7 @@ TEST_F(QtFrontEndTest, AnOpenQuestionTakesAllPressesAndYieldsToWhoeverInsists) {
                                                     {{Signal(SIGTERM)}, 1},
                                                     {{Signal(SIGHUP)}, 1}};
   for (const auto& c : cases) {
-    InWindow([&](ProgressView&, Person& person, QWidget& window) {
+    InWindow([&](ports::ProgressView&, Person& person, QWidget& window) {
       person.cancelled = [] { EXPECT_FALSE(front_end->AskYesNo("Вопрос", "Прекратить?")); };
       OnceSeen("Вопрос", [&](QWidget& box) {
         for (const Act& press : c.first)
@@ -220,12 +221,12 @@ TEST_F(QtFrontEndTest, TextIsTypedOrDeclined) {
   }
 }
 
-struct Reader final : ErrorViewEvents {
-  explicit Reader(ErrorView& shown) : view(shown) {}
+struct Reader final : ports::ErrorViewEvents {
+  explicit Reader(ports::ErrorView& shown) : view(shown) {}
   void OnDetails() override { view.SetDetailView(true, "Подробнее  <<"); }
   void OnCopy() override { copies += view.CopyText("кратко\r\nвсё") ? 1 : 0; }
 
-  ErrorView& view;
+  ports::ErrorView& view;
   int copies = 0;
 };
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/windows/dao_database.h"
-#include "platform/windows/dao_recordset.h"
-#include "platform/windows/dao_values.h"
+#include "platform/windows/dao/dao_database.h"
+#include "platform/windows/dao/dao_recordset.h"
+#include "platform/windows/dao/dao_values.h"
 
 namespace platform {
 namespace {
@@ -19,7 +19,7 @@ class ScriptedObject final : public IDispatch {
       : name_(std::move(name)), log_(log) {}
   virtual ~ScriptedObject() = default;
 
-  std::map<std::string, DatabaseValue> values;
+  std::map<std::string, ports::DatabaseValue> values;
   std::map<std::string, ScriptedObject*> objects;  // by member, or "Item 0", "Item Имя"
   std::map<std::string, std::int32_t> failures;    // DAO's numbers
 
@@ -81,7 +81,7 @@ class ScriptedObject final : public IDispatch {
  private:
   std::string TextOfArgument(const VARIANT& argument) const {
     if (argument.vt == VT_DISPATCH) return static_cast<ScriptedObject*>(argument.pdispVal)->name_;
-    const DatabaseValue value = FromVariant(argument);
+    const ports::DatabaseValue value = FromVariant(argument);
     if (const auto* const text = std::get_if<std::string>(&value)) return *text;
     if (const auto* const truth = std::get_if<bool>(&value)) return *truth ? "True" : "False";
     return std::to_string(LongOf(value));
@@ -145,19 +145,19 @@ class DaoObjectsTest : public testing::Test {
 
 TEST_F(DaoObjectsTest, DefinitionsAreReadMemberByMember) {
   DaoDatabase dao(database.Own());
-  const std::vector<TableSummary> list = dao.Tables();
+  const std::vector<ports::TableSummary> list = dao.Tables();
   ASSERT_EQ(list.size(), 1U);
   EXPECT_EQ(list[0].name, "Дела");
-  EXPECT_EQ(list[0].attributes, kSystemObject);
-  const TableDefinition definition = dao.Table("Дела");
+  EXPECT_EQ(list[0].attributes, ports::kSystemObject);
+  const ports::TableDefinition definition = dao.Table("Дела");
   ASSERT_EQ(definition.fields.size(), 1U);
-  const FieldDefinition& read = definition.fields[0];
+  const ports::FieldDefinition& read = definition.fields[0];
   EXPECT_EQ(read.name, "Имя");
-  EXPECT_EQ(read.type, DataType::kText);
+  EXPECT_EQ(read.type, ports::DataType::kText);
   EXPECT_EQ(read.size, 30);
   EXPECT_TRUE(read.required);
   EXPECT_FALSE(read.allow_zero_length);
-  EXPECT_EQ(read.default_value, DatabaseValue(std::string("0")));
+  EXPECT_EQ(read.default_value, ports::DatabaseValue(std::string("0")));
   ASSERT_EQ(definition.indexes.size(), 1U);
   EXPECT_TRUE(definition.indexes[0].primary && definition.indexes[0].fields[0].descending);
   EXPECT_FALSE(definition.indexes[0].ignore_nulls);
@@ -165,10 +165,10 @@ TEST_F(DaoObjectsTest, DefinitionsAreReadMemberByMember) {
 
 TEST_F(DaoObjectsTest, ATableIsMadeOfItsPartsAndAppended) {
   DaoDatabase dao(database.Own());
-  TableDefinition definition;
+  ports::TableDefinition definition;
   definition.name = "Дела";
-  definition.fields.push_back(
-      {"Имя", DataType::kText, 0, kAutoIncrementField, true, true, DateValue{36892}});
+  definition.fields.push_back({"Имя", ports::DataType::kText, 0, ports::kAutoIncrementField, true,
+                               true, ports::DateValue{36892}});
   definition.indexes.push_back({"Ключ", true, false, false, false, false, {{"Имя", true}}});
   dao.CreateTable(definition);
   const std::vector<std::string> expected = {
@@ -186,11 +186,12 @@ TEST_F(DaoObjectsTest, PropertiesAreSetOrMadeAndMissingOnesAreNone) {
   DaoDatabase dao(database.Own());
   properties.objects["Item Caption"] = &property;
   property.values["Value"] = std::string("Имя его");
-  EXPECT_EQ(dao.FieldProperty("Дела", "Имя", "Caption"), DatabaseValue(std::string("Имя его")));
-  dao.SetFieldProperty("Дела", "Имя", "Caption", DataType::kText, std::string("Иное"));
+  EXPECT_EQ(dao.FieldProperty("Дела", "Имя", "Caption"),
+            ports::DatabaseValue(std::string("Имя его")));
+  dao.SetFieldProperty("Дела", "Имя", "Caption", ports::DataType::kText, std::string("Иное"));
   properties.failures["Item Format"] = 3270;
   EXPECT_EQ(dao.FieldProperty("Дела", "Имя", "Format"), std::nullopt);
-  dao.SetFieldProperty("Дела", "Имя", "Format", DataType::kText, std::string("0.00"));
+  dao.SetFieldProperty("Дела", "Имя", "Format", ports::DataType::kText, std::string("0.00"));
   EXPECT_EQ(log, (std::vector<std::string>{"Property.Value = Иное",
                                            "Field.CreateProperty(Format, 10, 0.00)",
                                            "Properties.Append(Property)"}));
@@ -198,7 +199,7 @@ TEST_F(DaoObjectsTest, PropertiesAreSetOrMadeAndMissingOnesAreNone) {
   try {
     dao.FieldProperty("Дела", "Имя", "Format");
     FAIL() << "nothing was raised";
-  } catch (const DatabaseError& error) {
+  } catch (const ports::DatabaseError& error) {
     EXPECT_EQ(error.Number, 3033);
   }
 }
@@ -208,22 +209,22 @@ TEST_F(DaoObjectsTest, StatementsAndRecordsetsGoOverWithTheirOptions) {
   database.objects["OpenRecordset"] = &recordset;
   recordset.objects["Fields"] = &fields;
   recordset.values = {{"BOF", false}, {"EOF", true}};
-  field.values["Value"] = CurrencyValue{15000};
+  field.values["Value"] = ports::CurrencyValue{15000};
   {
     DaoDatabase dao(database.Own());
     EXPECT_EQ(dao.Execute("delete from Дела", true), 3);
     EXPECT_EQ(dao.Execute("delete from Дела", false), 3);
-    const auto rows = dao.OpenRecordset("Дела", RecordsetType::kTable);
+    const auto rows = dao.OpenRecordset("Дела", ports::RecordsetType::kTable);
     rows->SetIndex("Ключ");
     EXPECT_TRUE(rows->AtEnd() && !rows->AtBeginning());
     EXPECT_EQ(rows->FieldPosition("имя"), 0U);
-    EXPECT_EQ(rows->Value(0), DatabaseValue(CurrencyValue{15000}));
+    EXPECT_EQ(rows->Value(0), ports::DatabaseValue(ports::CurrencyValue{15000}));
     rows->Edit();
-    rows->SetValue(0, NullValue{});
+    rows->SetValue(0, ports::NullValue{});
     rows->Update();
-    recordset.failures["MoveFirst"] = kNoCurrentRecord;
-    EXPECT_THROW(rows->MoveFirst(), DatabaseError);
-    dao.OpenRecordset("select 1", RecordsetType::kDynaset);
+    recordset.failures["MoveFirst"] = ports::kNoCurrentRecord;
+    EXPECT_THROW(rows->MoveFirst(), ports::DatabaseError);
+    dao.OpenRecordset("select 1", ports::RecordsetType::kDynaset);
   }
   const std::vector<std::string> expected = {"Database.Execute(delete from Дела, 128)",
                                              "Database.Execute(delete from Дела)",

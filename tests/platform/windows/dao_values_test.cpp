@@ -1,38 +1,38 @@
-#include "platform/windows/dao_values.h"
+#include "platform/windows/dao/dao_values.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "platform/database.h"
-#include "platform/ports.h"
-#include "platform/windows/dao_engine.h"
-#include "platform/windows/dao_errors.h"
+#include "platform/windows/dao/dao_engine.h"
+#include "platform/windows/dao/dao_errors.h"
+#include "ports/database.h"
+#include "ports/ports.h"
 
 namespace platform {
 namespace {
 
 TEST(DaoValues, EveryKindGoesOverAndBack) {
   const struct {
-    DatabaseValue value;
+    ports::DatabaseValue value;
     VARTYPE type;
   } cases[] = {
-      {EmptyValue{}, VT_EMPTY},
-      {NullValue{}, VT_NULL},
+      {ports::EmptyValue{}, VT_EMPTY},
+      {ports::NullValue{}, VT_NULL},
       {true, VT_BOOL},
       {false, VT_BOOL},
       {std::uint8_t{200}, VT_UI1},
       {std::int16_t{-32768}, VT_I2},
       {std::int32_t{-2147483647}, VT_I4},
-      {CurrencyValue{9223372036854775807}, VT_CY},
+      {ports::CurrencyValue{9223372036854775807}, VT_CY},
       {1.5F, VT_R4},
       {-0.1, VT_R8},
-      {DateValue{-1.25}, VT_DATE},
-      {DecimalValue{"-7922816251426433759354395.0335"}, VT_DECIMAL},
+      {ports::DateValue{-1.25}, VT_DATE},
+      {ports::DecimalValue{"-7922816251426433759354395.0335"}, VT_DECIMAL},
       {std::string(), VT_BSTR},
       {std::string("Ёлка\0№", 12), VT_BSTR},
-      {BinaryValue{std::string("\0\1\xFF", 3)}, VT_ARRAY | VT_UI1},
-      {BinaryValue{}, VT_ARRAY | VT_UI1},
+      {ports::BinaryValue{std::string("\0\1\xFF", 3)}, VT_ARRAY | VT_UI1},
+      {ports::BinaryValue{}, VT_ARRAY | VT_UI1},
   };
   for (const auto& c : cases) {
     ComValue variant;
@@ -42,7 +42,7 @@ TEST(DaoValues, EveryKindGoesOverAndBack) {
   }
   ComValue unknown;
   unknown.Get().vt = VT_I8;
-  EXPECT_EQ(FromVariant(unknown.Get()), DatabaseValue(OtherValue{VT_I8}));
+  EXPECT_EQ(FromVariant(unknown.Get()), ports::DatabaseValue(ports::OtherValue{VT_I8}));
   unknown.Get().vt = VT_EMPTY;
 }
 
@@ -53,10 +53,10 @@ TEST(DaoErrors, NumbersAndWordsComeFromTheComponent) {
     WORD code;
     std::int32_t number;
   } cases[] = {
-      {DISP_E_EXCEPTION, static_cast<HRESULT>(0x800A0BE5), 0, kFileAlreadyInUse},
-      {DISP_E_EXCEPTION, static_cast<HRESULT>(0x800A0D1C), 0, kOpenedExclusively},
+      {DISP_E_EXCEPTION, static_cast<HRESULT>(0x800A0BE5), 0, ports::kFileAlreadyInUse},
+      {DISP_E_EXCEPTION, static_cast<HRESULT>(0x800A0D1C), 0, ports::kOpenedExclusively},
       {DISP_E_EXCEPTION, E_OUTOFMEMORY, 0, static_cast<std::int32_t>(E_OUTOFMEMORY)},
-      {DISP_E_EXCEPTION, 0, 3021, kNoCurrentRecord},
+      {DISP_E_EXCEPTION, 0, 3021, ports::kNoCurrentRecord},
       {DISP_E_UNKNOWNNAME, 0, 0, static_cast<std::int32_t>(DISP_E_UNKNOWNNAME)},
   };
   for (const auto& c : cases) {
@@ -67,7 +67,7 @@ TEST(DaoErrors, NumbersAndWordsComeFromTheComponent) {
       details.bstrDescription = SysAllocString(ToWide("Файл занят").c_str());
       details.bstrSource = SysAllocString(L"DAO.DbEngine");
     }
-    const DatabaseError error = ErrorOfCall(c.result, details);
+    const ports::DatabaseError error = ErrorOfCall(c.result, details);
     EXPECT_EQ(error.Number, c.number);
     if (c.result == DISP_E_EXCEPTION) {
       EXPECT_EQ(error.Description, "Файл занят");
@@ -83,7 +83,7 @@ TEST(DaoEngine, WithoutDaoTheErrorSaysWhatIsMissing) {
   try {
     engine.OpenDatabase("C:\\нет.mdb", true, false);
     FAIL() << "nothing was raised";
-  } catch (const DatabaseError& error) {
+  } catch (const ports::DatabaseError& error) {
     EXPECT_NE(error.Description.find("\"DAO.DBEngine.36\""), std::string::npos);
   }
 }

@@ -4,12 +4,13 @@
 #include <functional>
 #include <thread>
 
-#include "platform/front_end.h"
+#include "platform/factories.h"
 #include "platform/windows/input_box.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/win_error_view.h"
 #include "platform/windows/win_progress_view.h"
 #include "platform/windows/windows_headers.h"
+#include "ports/front_end.h"
 // The system's headers come first: this builds on them.
 #include <commctrl.h>
 
@@ -86,7 +87,9 @@ void ExpectTidy(HWND window, const std::string& what) {
   EXPECT_GE(places.size(), 3U) << what;
 }
 
-class Windows : public testing::Test, protected ProgressViewEvents, protected ErrorViewEvents {
+class Windows : public testing::Test,
+                protected ports::ProgressViewEvents,
+                protected ports::ErrorViewEvents {
  protected:
   void OnShown() override {
     script_();
@@ -139,9 +142,9 @@ class Windows : public testing::Test, protected ProgressViewEvents, protected Er
 
   HWND Control(int id) { return GetDlgItem(window_, id); }
 
-  std::unique_ptr<FrontEnd> front_end_ = MakeFrontEnd();
-  std::unique_ptr<ProgressView> progress_;
-  std::unique_ptr<ErrorView> error_;
+  std::unique_ptr<ports::FrontEnd> front_end_ = MakeFrontEnd();
+  std::unique_ptr<ports::ProgressView> progress_;
+  std::unique_ptr<ports::ErrorView> error_;
   HWND window_ = nullptr;
   std::string full_ = "Беда\r\n——\r\nСтек:\r\n" + std::string(3000, 'x');
   std::string log_;
@@ -199,7 +202,7 @@ TEST_F(Windows, WhatIsSetIsPaintedWithoutEvents) {
     EXPECT_EQ(picture(), seen[0]);
     ReleaseDC(window_, dc);
 
-    progress_->ShowBar(BarKind::kBarWithCounter);
+    progress_->ShowBar(ports::BarKind::kBarWithCounter);
     progress_->SetStage("Загрузка & установка");
     progress_->SetDetail("C:\\путь\\файл");
     progress_->SetProgress(45.67, "12/34");
@@ -221,14 +224,14 @@ TEST_F(Windows, ControlsNeverOverlapAtAnyScale) {
   InProgressWindow([&] {
     for (const int dpi : {96, 120, 144, 192, 96}) {
       ChangeScale(window_, dpi);
-      for (int kind = 0; kind <= int(BarKind::kCounter); ++kind) {
-        progress_->ShowBar(BarKind(kind));
+      for (int kind = 0; kind <= int(ports::BarKind::kCounter); ++kind) {
+        progress_->ShowBar(ports::BarKind(kind));
         progress_->SetProgress(50, "1 234 567 890/2 147 483 647");
         ExpectTidy(window_, std::to_string(dpi) + " dpi, bar " + std::to_string(kind));
         RECT place{};
         GetWindowRect(Control(kProgressDetailId), &place);
         MapWindowPoints(nullptr, window_, reinterpret_cast<POINT*>(&place), 2);
-        EXPECT_EQ(place.top * 1440 / dpi, !HasBar(BarKind(kind)) ? 600 : 960);
+        EXPECT_EQ(place.top * 1440 / dpi, !ports::HasBar(ports::BarKind(kind)) ? 600 : 960);
       }
     }
   });

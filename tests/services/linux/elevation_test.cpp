@@ -2,8 +2,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/processes.h"
-#include "startup/services/processes.h"
+#include "ports/processes.h"
+#include "services/processes.h"
 #include "tests/support/caught.h"
 #include "tests/support/environment.h"
 #include "tests/support/processes.h"
@@ -40,9 +40,9 @@ TEST_F(Elevation, ADeclinedStartRaises) {
 TEST_F(Elevation, IsNeededForAProgramOfAnotherUserOnly) {
   const bool is_root = geteuid() == 0;
   const std::string program = sandbox_.Write("program", "#!/bin/sh\n");
-  platform::StartRequest request;
+  ports::StartRequest request;
   request.program = program;
-  platform::Processes& processes = *platform::CurrentPorts().processes;
+  ports::Processes& processes = *ports::CurrentPorts().processes;
   const auto start = [&](mode_t mode) {
     chmod(program.c_str(), mode);
     EXPECT_EQ(is_root ? seteuid(65534) : 0, 0);

@@ -2,8 +2,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "startup/services/mutexes.h"
-#include "startup/services/processes.h"
+#include "services/mutexes.h"
+#include "services/processes.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/caught.h"

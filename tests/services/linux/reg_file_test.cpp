@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "foundation/encodings.h"
-#include "platform/settings_store.h"
+#include "platform/factories.h"
+#include "ports/settings_store.h"
 #include "tests/support/environment.h"
 #include "tests/support/sandbox.h"
 
@@ -91,11 +92,11 @@ TEST(RegFile, ABrokenOrUnreadableFileIsAnErrorThatNamesIt) {
   const tests::ScopedVariable user("TAMRIN_USER_REG", sandbox.Path());
   const auto store = MakeSettingsStore();
   for (int round = 0; round < 2; ++round) {
-    const auto error = store->ReadLong(SettingsRoot::kMachine, "k", "v").error;
+    const auto error = store->ReadLong(ports::SettingsRoot::kMachine, "k", "v").error;
     ASSERT_TRUE(error);
     EXPECT_EQ(error->description, "Ошибка чтения файла настроек \"" + broken +
                                       "\", строка 3:\r\nимя ключа не закрыто скобкой \"]\".");
-    const auto folder_error = store->ReadString(SettingsRoot::kUser, "k", "v").error;
+    const auto folder_error = store->ReadString(ports::SettingsRoot::kUser, "k", "v").error;
     ASSERT_TRUE(folder_error);
     EXPECT_EQ(folder_error->code, EISDIR);
     EXPECT_EQ(folder_error->description,

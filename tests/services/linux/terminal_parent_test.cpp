@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "startup/services/processes.h"
+#include "services/processes.h"
 #include "tests/support/environment.h"
 #include "tests/support/processes.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "startup/services/processes.h"
+#include "services/processes.h"
 #include "tests/support/processes.h"
 
 namespace tmw {

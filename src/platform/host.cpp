@@ -1,0 +1,60 @@
+#include "ports/host.h"
+
+#include "platform/factories.h"
+
+namespace ports {
+namespace {
+
+class SystemHost final : public Host {
+ public:
+  SystemHost(int argc, char** argv) : processes_(platform::MakeProcesses(argc, argv)) {}
+
+  Ports MakePorts() override {
+    Ports ports;
+    ports.binary_files = binary_files_.get();
+    ports.clock = clock_.get();
+    ports.companion = companion_.get();
+    ports.database = database_.get();
+    ports.error_texts = error_texts_.get();
+    ports.file_locks = file_locks_.get();
+    ports.files = files_.get();
+    ports.front_end = front_end_.get();
+    ports.internet = internet_.get();
+    ports.mutexes = mutexes_.get();
+    ports.processes = processes_.get();
+    ports.product_version = product_version_.get();
+    ports.settings = settings_.get();
+    ports.system_info = system_info_.get();
+    ports.xml = xml_.get();
+    return ports;
+  }
+
+ private:
+  std::unique_ptr<BinaryFiles> binary_files_ = platform::MakeBinaryFiles();
+  std::unique_ptr<Clock> clock_ = platform::MakeClock();
+  std::unique_ptr<CompanionLibrary> companion_ = platform::MakeCompanionLibrary();
+  std::unique_ptr<DatabaseEngine> database_ = platform::MakeDatabaseEngine();
+  std::unique_ptr<ErrorTexts> error_texts_ = platform::MakeErrorTexts();
+  std::unique_ptr<FileLocks> file_locks_ = platform::MakeFileLocks();
+  std::unique_ptr<FileSystem> files_ = platform::MakeFileSystem();
+  std::unique_ptr<FrontEnd> front_end_ = platform::MakeFrontEnd();
+  std::unique_ptr<Internet> internet_ = platform::MakeInternet();
+  std::unique_ptr<NamedMutexes> mutexes_ = platform::MakeNamedMutexes();
+  std::unique_ptr<Processes> processes_;
+  std::unique_ptr<ProductVersion> product_version_ = platform::MakeProductVersion();
+  std::unique_ptr<SettingsStore> settings_ = platform::MakeSettingsStore();
+  std::unique_ptr<SystemInfo> system_info_ = platform::MakeSystemInfo();
+  std::unique_ptr<XmlParser> xml_ = platform::MakeXmlParser();
+};
+
+}  // namespace
+
+std::optional<int> WaitForUpdaterChain() {
+  return platform::WaitForUpdaterChain();
+}
+
+std::unique_ptr<Host> MakeHost(int argc, char** argv) {
+  return std::make_unique<SystemHost>(argc, argv);
+}
+
+}  // namespace ports

@@ -1,0 +1,103 @@
+#include "platform/linux/qt/qt_boxes.h"
+
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "platform/linux/qt/qt_application.h"
+#include "platform/linux/qt/qt_labels.h"
+
+namespace platform {
+namespace {
+
+constexpr const char* kYes = "&Да";
+constexpr const char* kNo = "&Нет";
+constexpr const char* kOk = "OK";
+constexpr const char* kCancel = "Отмена";
+constexpr int kAnswerLength = 40;  // characters that the line of an answer shows
+
+constexpr int kLongestWord = 60;  // in characters
+constexpr int kMostLines = 30;    // that leave the buttons on a small screen
+
+// The text as a box can show it: Qt cuts a path or an address that is wider than the box, and what
+// a server says may be higher than the screen.
+QString FitBox(const std::string& text, const QWidget& box) {
+  const int width = box.fontMetrics().averageCharWidth() * kLongestWord;
+  QStringList words = ToQt(text).split(' ');
+  for (QString& word : words)
+    word = BreakLines(word, box.font(), width).join('\n');
+  const QString fitting = words.join(' ');
+  const QStringList lines = BreakLines(fitting, box.font(), width);
+  return lines.size() <= kMostLines ? fitting : lines.mid(0, kMostLines).join('\n') + "\n…";
+}
+
+// A box whose text can be selected and is never taken for markup: it may quote a server.
+class PlainBox final : public QMessageBox {
+ public:
+  PlainBox(QtApplication& application, Icon kind, const std::string& title, const std::string& text)
+      : QMessageBox(application.BoxOwner()) {
+    setIcon(kind);
+    setWindowTitle(ToQt(title));
+    setTextFormat(Qt::PlainText);
+    setText(FitBox(text, *this));
+    setTextInteractionFlags(Qt::TextSelectableByMouse);
+  }
+};
+
+}  // namespace
+
+void ShowMessageBox(QtApplication& application, ports::MessageKind kind, const std::string& title,
+                    const std::string& text) {
+  const auto icon =
+      kind == ports::MessageKind::kWarning ? QMessageBox::Warning : QMessageBox::Information;
+  PlainBox box(application, icon, title, text);
+  box.addButton(kOk, QMessageBox::AcceptRole);
+  application.RunBox(box);
+}
+
+bool AskYesNoBox(QtApplication& application, const std::string& title,
+                 const std::string& question) {
+  PlainBox box(application, QMessageBox::Question, title, question);
+  QPushButton* yes = box.addButton(kYes, QMessageBox::YesRole);
+  QPushButton* no = box.addButton(kNo, QMessageBox::NoRole);
+  box.setDefaultButton(yes);
+  box.setEscapeButton(no);
+  application.RunBox(box);
+  return box.clickedButton() == yes;
+}
+
+std::optional<std::string> AskTextBox(QtApplication& application, const std::string& title,
+                                      const std::string& prompt, bool is_secret) {
+  QDialog box(application.BoxOwner());
+  box.setWindowTitle(ToQt(title));
+  QLabel label(FitBox(prompt, box), &box);
+  label.setTextFormat(Qt::PlainText);
+  label.setTextInteractionFlags(Qt::TextSelectableByMouse);
+  QLineEdit line(&box);
+  line.setEchoMode(is_secret ? QLineEdit::Password : QLineEdit::Normal);
+  line.setMinimumWidth(line.fontMetrics().averageCharWidth() * kAnswerLength);
+  line.setAccessibleName(ToQt(prompt));
+  QPushButton ok(kOk, &box);
+  ok.setDefault(true);
+  QPushButton cancel(kCancel, &box);
+  QObject::connect(&ok, &QPushButton::clicked, &box, &QDialog::accept);
+  QObject::connect(&cancel, &QPushButton::clicked, &box, &QDialog::reject);
+  QVBoxLayout layout(&box);
+  layout.addWidget(&label);
+  layout.addWidget(&line);
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch(1);
+  buttons->addWidget(&ok);
+  buttons->addWidget(&cancel);
+  layout.addLayout(buttons);
+  line.setFocus();
+  application.RunBox(box);
+  if (box.result() != QDialog::Accepted) return std::nullopt;
+  return line.text().toStdString();
+}
+
+}  // namespace platform

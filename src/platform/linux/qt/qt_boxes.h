@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "ports/front_end.h"
+
+namespace platform {
+
+class QtApplication;
+
+// Modal boxes of Qt. While a box is open the window that it belongs to takes no clicks.
+
+void ShowMessageBox(QtApplication& application, ports::MessageKind kind, const std::string& title,
+                    const std::string& text);
+
+// Esc and the cross mean no.
+bool AskYesNoBox(QtApplication& application, const std::string& title, const std::string& question);
+
+// Esc and the cross decline.
+std::optional<std::string> AskTextBox(QtApplication& application, const std::string& title,
+                                      const std::string& prompt, bool is_secret);
+
+}  // namespace platform

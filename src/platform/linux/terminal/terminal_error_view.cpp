@@ -1,0 +1,49 @@
+#include "platform/linux/terminal/terminal_error_view.h"
+
+#include <optional>
+
+#include "foundation/encodings.h"
+#include "foundation/text.h"
+
+namespace platform {
+namespace {
+
+constexpr const char* kDetailsKey = "п";
+constexpr const char* kCloseKey = "з";
+
+}  // namespace
+
+void TerminalErrorView::SetDetailView(bool is_detailed, const std::string& button_text) {
+  is_detailed_ = is_detailed;
+  details_button_ = button_text;
+}
+
+void TerminalErrorView::Run(ports::ErrorViewEvents& events) {
+  const TerminalScreen::Box box(screen_);
+  Terminal& terminal = screen_.GetTerminal();
+  const std::string title = "[!] " + texts_.title + "\n";
+  if (!terminal.CanAnswer()) {
+    terminal.Write(title + texts_.full_text + "\n");
+    return;
+  }
+  terminal.Write(title);
+  Print();
+  for (;;) {
+    terminal.Write(std::string("[") + kDetailsKey + "] " + details_button_ + "   [" + kCloseKey +
+                   "] " + texts_.close_button + ": ");
+    const std::optional<std::string> line = terminal.ReadLine(false);
+    const std::string key = tmw::LowerCase(tmw::TrimCharacters(line.value_or(""), " \t\r"));
+    if (!line) terminal.Write("\n");
+    if (!line || key.empty() || key == kCloseKey) return;
+    if (key != kDetailsKey) continue;
+    events.OnDetails();
+    Print();
+  }
+}
+
+void TerminalErrorView::Print() {
+  const std::string label = texts_.label.empty() ? "" : texts_.label + "\n";
+  screen_.GetTerminal().Write(is_detailed_ ? texts_.full_text : label + texts_.short_text + "\n");
+}
+
+}  // namespace platform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/windows/dao/dao_object.h"
+#include "ports/database.h"
+
+namespace platform {
+
+class DaoEngine final : public ports::DatabaseEngine {
+ public:
+  std::unique_ptr<ports::Database> OpenDatabase(const std::string& path, bool exclusive,
+                                                bool read_only) override;
+  std::unique_ptr<ports::Database> CreateDatabase(const std::string& path) override;
+  void CompactDatabase(const std::string& source, const std::string& target) override;
+  void Idle(ports::IdleOption option) override;
+  void BeginTrans() override { Engine().Call(L"BeginTrans"); }
+  void CommitTrans() override { Engine().Call(L"CommitTrans"); }
+  void Rollback() override { Engine().Call(L"Rollback"); }
+
+ private:
+  const DaoObject& Engine();
+
+  std::optional<ComScope> com_;  // outlives the engine's object
+  std::optional<DaoObject> engine_;
+};
+
+}  // namespace platform

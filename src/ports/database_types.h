@@ -1,0 +1,146 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+// The values, definitions and errors that the database port speaks in.
+namespace ports {
+
+// The engine's field type codes, as DAO numbers them (dbBoolean …). Codes outside this list may
+// come from a foreign file and are passed through.
+enum class DataType : std::int32_t {
+  kBoolean = 1,
+  kByte = 2,
+  kInteger = 3,  // 16 bits
+  kLong = 4,     // 32 bits
+  kCurrency = 5,
+  kSingle = 6,
+  kDouble = 7,
+  kDate = 8,
+  kBinary = 9,
+  kText = 10,
+  kLongBinary = 11,
+  kMemo = 12,
+  kGuid = 15,
+  kBigInt = 16,
+  kVarBinary = 17,
+  kChar = 18,
+  kNumeric = 19,
+  kDecimal = 20,
+  kFloat = 21,
+  kTime = 22,
+  kTimeStamp = 23,
+};
+
+// Kinds of a value that the language has no type of its own for.
+struct EmptyValue {
+  bool operator==(const EmptyValue&) const = default;
+};
+struct NullValue {
+  bool operator==(const NullValue&) const = default;
+};
+struct CurrencyValue {
+  std::int64_t ten_thousandths = 0;
+  bool operator==(const CurrencyValue&) const = default;
+};
+// Days since 1899-12-30; the fraction is the time of day, also before that day.
+struct DateValue {
+  double days = 0;
+  bool operator==(const DateValue&) const = default;
+};
+// A number of up to 28 digits as its text, with "." as the separator.
+struct DecimalValue {
+  std::string text;
+  bool operator==(const DecimalValue&) const = default;
+};
+struct BinaryValue {
+  std::string bytes;
+  bool operator==(const BinaryValue&) const = default;
+};
+// Anything else (arrays, objects): only its type code (VARTYPE) is known.
+struct OtherValue {
+  std::int32_t type_code = 0;
+  bool operator==(const OtherValue&) const = default;
+};
+
+// One value of a field, parameter or property. Texts are UTF-8; a GUID travels as its text,
+// "{guid {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}}".
+using DatabaseValue = std::variant<EmptyValue, NullValue, bool, std::uint8_t, std::int16_t,
+                                   std::int32_t, CurrencyValue, float, double, DateValue,
+                                   DecimalValue, std::string, BinaryValue, OtherValue>;
+
+// Attributes of tables and fields (bit masks of DAO).
+inline constexpr std::uint32_t kSystemObject = 0x80000002;
+inline constexpr std::uint32_t kHiddenObject = 0x00000001;
+inline constexpr std::uint32_t kLinkedTable = 0x60000000;  // to another database, or through ODBC
+inline constexpr std::int32_t kAutoIncrementField = 16;
+
+struct FieldDefinition {
+  std::string name;
+  DataType type = DataType::kText;
+  // Text: UTF-16 units (0 asks for 255); Binary: bytes; ignored for the other types, for which the
+  // engine hands back its own size.
+  std::int32_t size = 0;
+  std::int32_t attributes = 0;
+  bool required = false;
+  bool allow_zero_length = false;
+  // An expression's text ("0", "\"нет\"", "Date()"); Empty or "" for none. Other kinds of values
+  // become the text of a literal.
+  DatabaseValue default_value;
+};
+
+struct IndexFieldDefinition {
+  std::string name;
+  bool descending = false;
+};
+
+struct IndexDefinition {
+  std::string name;
+  bool primary = false;  // implies unique and required
+  bool unique = false;
+  bool required = false;  // no Null in any of its fields
+  bool ignore_nulls = false;
+  bool foreign = false;  // made by a relation
+  std::vector<IndexFieldDefinition> fields;
+};
+
+struct TableSummary {
+  std::string name;
+  std::uint32_t attributes = 0;
+};
+
+struct TableDefinition {
+  std::string name;
+  std::uint32_t attributes = 0;
+  std::vector<FieldDefinition> fields;   // in the table's field order
+  std::vector<IndexDefinition> indexes;  // in the collection's order
+};
+
+// A failure of the engine: its own number and words, and the component it comes from. Enters the
+// program's error chain as it is.
+class DatabaseError : public std::exception {
+ public:
+  DatabaseError(std::int32_t number, std::string description, std::string source)
+      : Number(number), Description(std::move(description)), Source(std::move(source)) {}
+
+  const char* what() const noexcept override { return Description.c_str(); }
+
+  std::int32_t Number;
+  std::string Description;
+  std::string Source;
+};
+
+// Numbers that callers tell apart.
+inline constexpr std::int32_t kNoCurrentRecord = 3021;
+inline constexpr std::int32_t kDiskFull = 3026;
+inline constexpr std::int32_t kDiskError = 3043;
+inline constexpr std::int32_t kFileAlreadyInUse = 3045;
+inline constexpr std::int32_t kItemNotFound = 3265;
+inline constexpr std::int32_t kUsedInRelation = 3281;
+inline constexpr std::int32_t kOpenedExclusively = 3356;
+
+}  // namespace ports

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "ports/outcome.h"
+
+namespace ports {
+
+// One open named mutex. Destroying it releases the ownership, if it has it, and closes it; the name
+// vanishes with its last holder, however that process ends.
+class NamedMutex {
+ public:
+  virtual ~NamedMutex() = default;
+};
+
+struct CreatedMutex {
+  std::unique_ptr<NamedMutex> mutex;
+  bool already_existed = false;  // another process holds a mutex of that name
+};
+
+// Mutexes between processes of one user, found by name ("Local\\Tamrin_Mutex").
+// Windows: CreateMutexA. Linux: an advisory lock (flock) on "<name>.lock" in the user's run-time
+// folder, so that a shell script can hold it with flock(1).
+class NamedMutexes {
+ public:
+  virtual ~NamedMutexes() = default;
+
+  // Creates the mutex or opens the existing one.
+  virtual Outcome<CreatedMutex> Create(const std::string& name, bool initial_owner) = 0;
+};
+
+}  // namespace ports

@@ -1,0 +1,47 @@
+#pragma once
+
+namespace ports {
+
+class BinaryFiles;
+class Clock;
+class CompanionLibrary;
+class DatabaseEngine;
+class ErrorTexts;
+class FileLocks;
+class FileSystem;
+class FrontEnd;
+class Internet;
+class NamedMutexes;
+class Processes;
+class ProductVersion;
+class SettingsStore;
+class SystemInfo;
+class XmlParser;
+
+// The services of the system that this process runs on. main puts the real ones here before
+// anything else runs; a test puts its fakes here. None is owned.
+struct Ports {
+  BinaryFiles* binary_files = nullptr;
+  Clock* clock = nullptr;
+  CompanionLibrary* companion = nullptr;
+  DatabaseEngine* database = nullptr;
+  ErrorTexts* error_texts = nullptr;
+  FileLocks* file_locks = nullptr;
+  FileSystem* files = nullptr;
+  FrontEnd* front_end = nullptr;
+  Internet* internet = nullptr;
+  NamedMutexes* mutexes = nullptr;
+  Processes* processes = nullptr;
+  ProductVersion* product_version = nullptr;
+  SettingsStore* settings = nullptr;
+  SystemInfo* system_info = nullptr;
+  XmlParser* xml = nullptr;
+};
+
+// The process-wide set. Written by main (or a test) only.
+inline Ports& CurrentPorts() {
+  static Ports ports;
+  return ports;
+}
+
+}  // namespace ports

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace ports {
+
+struct OsFacts {
+  std::uint32_t major = 0;
+  std::uint32_t minor = 0;
+  std::uint32_t build = 0;
+  std::uint32_t platform = 0;  // Windows: 1 the 9x line, 2 NT; Linux: 0
+  std::string service_pack;    // as the system stores it, zero characters included
+};
+
+// Amounts of memory in bytes, cut to 32 bits as the system's 32-bit record holds them.
+struct HardwareFacts {
+  std::uint32_t total_physical = 0;
+  std::uint32_t available_physical = 0;
+  std::uint32_t total_virtual = 0;  // the process's address space
+  std::uint32_t available_virtual = 0;
+  std::uint32_t processors = 0;
+};
+
+// Where the system itself lives; empty where it has no such folders (Linux).
+struct SystemFolders {
+  std::string windows;
+  std::string system;
+};
+
+class SystemInfo {
+ public:
+  virtual ~SystemInfo() = default;
+
+  // Windows: GetVersionExA. Linux: the kernel's release, in the same form. Nothing on failure.
+  virtual std::optional<OsFacts> Os() = 0;
+
+  // Windows: GetSystemInfo, GlobalMemoryStatus. Linux: sysconf, /proc/meminfo, RLIMIT_AS.
+  virtual HardwareFacts Hardware() = 0;
+
+  // Windows: GetWindowsDirectoryA, GetSystemDirectoryA.
+  virtual SystemFolders Folders() = 0;
+};
+
+}  // namespace ports

@@ -1,0 +1,79 @@
+#include "services/mutexes.h"
+
+#include <cstdint>
+#include <utility>
+
+#include "foundation/api_errors.h"
+#include "foundation/error_handling.h"
+#include "ports/clock.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "services/mutex_texts.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "miMutexes";
+constexpr std::int32_t kPollMilliseconds = 200;
+constexpr int kFirstAttempts = 10;
+constexpr int kLaterAttempts = 20;
+
+std::unique_ptr<MutexKeeper>& KeeperSlot() {
+  static std::unique_ptr<MutexKeeper> keeper;
+  return keeper;
+}
+
+// The probe's own mutex is closed on return, so that it does not keep the name alive.
+bool IsRunning(const std::string& mutex_name) {
+  const auto probe = ports::CurrentPorts().mutexes->Create(mutex_name, false);
+  return !probe.ok || probe.value.already_existed;
+}
+
+bool AskToGoOnWaiting(const std::string& question) {
+  return ports::CurrentPorts().front_end->AskYesNo(mutex_texts::kTitle, question);
+}
+
+void SleepOnePoll() {
+  ports::CurrentPorts().clock->Sleep(kPollMilliseconds);
+}
+
+}  // namespace
+
+bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& app_title) try {
+  for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
+    for (; attempts > 0; --attempts) {
+      if (!IsRunning(mutex_name)) return true;
+      SleepOnePoll();
+    }
+    if (!AskToGoOnWaiting(mutex_texts::ApplicationIsOpen(app_title))) return false;
+  }
+} catch (...) {
+  ReRaiseError(kModule, "WaitUntilAppMutexClosed");
+}
+
+bool LockUpdaterMutex(const std::string& mutex_name) try {
+  ReleaseUpdaterLock();
+  for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
+    for (; attempts > 0; --attempts) {
+      auto created = ports::CurrentPorts().mutexes->Create(mutex_name, true);
+      if (!created.ok) RaiseApiError(created.code);
+      if (!created.value.already_existed) {
+        auto keeper = std::make_unique<MutexKeeper>();
+        keeper->SetMutex(std::move(created.value.mutex));
+        KeeperSlot() = std::move(keeper);
+        return true;
+      }
+      created.value.mutex.reset();
+      SleepOnePoll();
+    }
+    if (!AskToGoOnWaiting(mutex_texts::SeveralCopies())) return false;
+  }
+} catch (...) {
+  ReRaiseError(kModule, "LockUpdaterMutex");
+}
+
+void ReleaseUpdaterLock() {
+  KeeperSlot().reset();
+}
+
+}  // namespace tmw
