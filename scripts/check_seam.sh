@@ -65,6 +65,13 @@ services="$ground|services"
 floor companion 'ports/companion_abi|foundation/encodings|packages/sha256' # the files named so
 floor packages "$services"
 floor jet "$ground"
+expect_none "what jet's rooms share includes one of them" < <(
+  sources_of jet -maxdepth 1 | find_code '#include "jet/(sql|file|store)/')
+floor jet/values "$ground|jet/errors"
+jet_ground="$ground|jet/(errors|values|table_info)"
+floor jet/sql "$jet_ground"
+floor jet/file "$ground|jet/(errors|values)"
+floor jet/store "$jet_ground|jet/(sql|file|engine)"
 floor transfer "$services"
 floor database "$services"
 floor platform "$ground|jet"

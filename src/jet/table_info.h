@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "jet/coercion.h"
+#include "jet/values/coercion.h"
 #include "ports/database_types.h"
 
 // What the catalogue knows of a table. In the container, tables, columns and indexes bear numbers

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "foundation/encodings.h"
-#include "jet/value_text.h"
+#include "jet/values/value_text.h"
 #include "tests/jet/database_fixture.h"
 
 namespace tests {

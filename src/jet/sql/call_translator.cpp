@@ -4,8 +4,8 @@
 #include "foundation/text.h"
 #include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
-#include "jet/sql/functions.h"
 #include "jet/sql/scalar_functions.h"
+#include "jet/sql/totals.h"
 
 // Calls: of the functions that are translated by hand, because they compute only the branch that
 // is taken or have no Null, and of those in the tables.
@@ -80,10 +80,10 @@ TypedSql ExpressionTranslator::Call(const Expression& expression) {
   }
   if (const ScalarFunction* const function = FindScalarFunction(name, count))
     return CallScalar(expression, *function);
-  const FunctionSpec* const function = FindFunction(name);
-  if (function == nullptr) Fail(kUndefinedFunction, name);
+  const Total* const total = FindTotal(name);
+  if (total == nullptr) Fail(kUndefinedFunction, name);
   if (count != 1) Fail(kWrongArgumentCount, name);
-  return CallAggregate(expression, function->sql_name);
+  return CallAggregate(expression, total->sql_name);
 }
 
 TypedSql ExpressionTranslator::CallScalar(const Expression& expression,

@@ -9,8 +9,8 @@
 
 #include "foundation/number_text.h"
 #include "jet/errors.h"
-#include "jet/sql/date_literal.h"
 #include "jet/sql/reserved_words.h"
+#include "jet/values/date_literal.h"
 
 namespace jet::sql {
 namespace {

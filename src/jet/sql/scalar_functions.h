@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "jet/sql/value_type.h"
+#include "jet/values/value_type.h"
 
 namespace jet::sql {
 

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "jet/sql/value_type.h"
 #include "jet/table_info.h"
+#include "jet/values/value_type.h"
 
 namespace jet::sql {
 

@@ -6,9 +6,9 @@
 #include "foundation/text.h"
 #include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
-#include "jet/sql/functions.h"
 #include "jet/sql/output_list.h"
 #include "jet/sql/source_translator.h"
+#include "jet/sql/totals.h"
 #include "jet/sql/union_translator.h"
 
 namespace jet::sql {
@@ -16,7 +16,7 @@ namespace {
 
 bool HasAggregate(const ExpressionPtr& expression) {
   if (!expression) return false;
-  if (expression->kind == ExpressionKind::kCall && FindFunction(expression->text) != nullptr)
+  if (expression->kind == ExpressionKind::kCall && FindTotal(expression->text) != nullptr)
     return true;
   return std::any_of(expression->arguments.begin(), expression->arguments.end(), HasAggregate);
 }

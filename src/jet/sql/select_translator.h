@@ -6,7 +6,7 @@
 
 #include "jet/sql/ast.h"
 #include "jet/sql/scope.h"
-#include "jet/sql/value_type.h"
+#include "jet/values/value_type.h"
 
 namespace jet::sql {
 

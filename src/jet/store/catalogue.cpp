@@ -5,7 +5,7 @@
 
 #include "foundation/encodings.h"
 #include "foundation/text.h"
-#include "jet/sort_key.h"
+#include "jet/values/sort_key.h"
 
 namespace jet {
 namespace {

@@ -6,11 +6,11 @@
 
 #include "foundation/number_text.h"
 #include "foundation/text.h"
-#include "jet/coercion.h"
 #include "jet/errors.h"
-#include "jet/format.h"
 #include "jet/store/function_call.h"
-#include "jet/value_text.h"
+#include "jet/values/coercion.h"
+#include "jet/values/format.h"
+#include "jet/values/value_text.h"
 
 namespace jet {
 namespace {

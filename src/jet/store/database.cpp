@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "jet/errors.h"
-#include "jet/sort_key.h"
 #include "jet/store/recordset.h"
 #include "jet/store/statement_runner.h"
+#include "jet/values/sort_key.h"
 
 namespace jet {
 namespace {

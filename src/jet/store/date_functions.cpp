@@ -3,9 +3,9 @@
 #include <optional>
 
 #include "foundation/date_parts.h"
-#include "jet/calendar.h"
 #include "jet/errors.h"
 #include "jet/store/function_call.h"
+#include "jet/values/calendar.h"
 
 // Any argument Null gives Null.
 namespace jet {

@@ -4,13 +4,13 @@
 #include <utility>
 
 #include "foundation/encodings.h"
-#include "jet/default_text.h"
 #include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/parser.h"
 #include "jet/sql/scope.h"
 #include "jet/store/relations.h"
 #include "jet/store/stored_values.h"
+#include "jet/values/default_text.h"
 
 namespace jet {
 namespace {

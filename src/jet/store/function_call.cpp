@@ -8,15 +8,14 @@
 
 #include "foundation/date_parts.h"
 #include "jet/errors.h"
-#include "jet/sql/value_type.h"
-#include "jet/value_text.h"
+#include "jet/values/value_text.h"
+#include "jet/values/value_type.h"
 
 namespace jet {
 namespace {
 
 using ports::DatabaseValue;
 using ports::DataType;
-using sql::ValueType;
 
 struct ResultPutter {
   FunctionCall& call;

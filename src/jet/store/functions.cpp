@@ -5,19 +5,18 @@
 #include <string>
 #include <string_view>
 
-#include "jet/coercion.h"
 #include "jet/errors.h"
-#include "jet/sort_key.h"
-#include "jet/sql/value_type.h"
 #include "jet/store/function_call.h"
-#include "jet/value_text.h"
+#include "jet/values/coercion.h"
+#include "jet/values/sort_key.h"
+#include "jet/values/value_text.h"
+#include "jet/values/value_type.h"
 
 namespace jet {
 namespace {
 
 using ports::DatabaseValue;
 using ports::DataType;
-using sql::ValueType;
 
 // The common cases of jet_to, for speed: a value that has the field's type already.
 bool IsStorable(const FunctionCall& call, DataType type) {

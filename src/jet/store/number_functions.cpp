@@ -4,10 +4,10 @@
 #include <limits>
 #include <string>
 
-#include "jet/coercion.h"
 #include "jet/errors.h"
-#include "jet/sql/value_type.h"
 #include "jet/store/function_call.h"
+#include "jet/values/coercion.h"
+#include "jet/values/value_type.h"
 
 // Any argument Null gives Null.
 namespace jet {
@@ -134,7 +134,7 @@ void Round(FunctionCall& call) {
     return;
   }
   const double value = call.Number(0);
-  const bool is_amount = call.Integer(1) == static_cast<std::int64_t>(sql::ValueType::kCurrency);
+  const bool is_amount = call.Integer(1) == static_cast<std::int64_t>(ValueType::kCurrency);
   if (is_amount && digits < 4) {
     call.PutNumber(RoundedAmount(value, digits));
     return;

@@ -3,9 +3,9 @@
 #include <string>
 
 #include "jet/errors.h"
-#include "jet/like.h"
-#include "jet/sort_key.h"
 #include "jet/store/function_call.h"
+#include "jet/values/like.h"
+#include "jet/values/sort_key.h"
 
 namespace jet {
 namespace {

@@ -116,10 +116,10 @@ class TriggerWriter {
     std::vector<std::string> assignments;
     for (std::size_t i = 0; i < own_columns_.size(); ++i) {
       const FieldInfo& field = FieldById(table_, relation_.fields[i].field);
-      sql::TypedSql value{"NULL", sql::ValueType::kNull};
+      sql::TypedSql value{"NULL", ValueType::kNull};
       if (follow) {
-        value = {"NEW." + other_columns_[i], sql::TypeOfField(field.definition.type)};
-        if (value.type == sql::ValueType::kCurrency) value.type = sql::ValueType::kStoredCurrency;
+        value = {"NEW." + other_columns_[i], TypeOfField(field.definition.type)};
+        if (value.type == ValueType::kCurrency) value.type = ValueType::kStoredCurrency;
       }
       assignments.push_back(own_columns_[i] + " = " +
                             sql::ExpressionTranslator::Assigned(value, field));

@@ -6,9 +6,9 @@
 #include <limits>
 
 #include "foundation/date_parts.h"
-#include "jet/coercion.h"
 #include "jet/errors.h"
-#include "jet/value_text.h"
+#include "jet/values/coercion.h"
+#include "jet/values/value_text.h"
 
 namespace jet {
 namespace {
@@ -119,25 +119,25 @@ DatabaseValue ReadStored(const Statement& statement, int column, DataType type) 
   }
 }
 
-DatabaseValue ReadComputed(const Statement& statement, int column, sql::ValueType type) {
+DatabaseValue ReadComputed(const Statement& statement, int column, ValueType type) {
   if (statement.IsNull(column)) return ports::NullValue{};
   switch (type) {
-    case sql::ValueType::kBoolean:
+    case ValueType::kBoolean:
       return statement.Integer(column) != 0;
-    case sql::ValueType::kNumber:
+    case ValueType::kNumber:
       return FiniteNumber(statement.Real(column));
-    case sql::ValueType::kSingle:
+    case ValueType::kSingle:
       return static_cast<float>(FiniteNumber(statement.Real(column)));
-    case sql::ValueType::kCurrency: {
+    case ValueType::kCurrency: {
       std::int64_t amount = 0;
       if (!ToCurrency(statement.Real(column), amount)) Fail(kOverflow);
       return ports::CurrencyValue{amount};
     }
-    case sql::ValueType::kStoredCurrency:
+    case ValueType::kStoredCurrency:
       return ports::CurrencyValue{statement.Integer(column)};
-    case sql::ValueType::kStoredGuid:
+    case ValueType::kStoredGuid:
       return GuidText(statement.Bytes(column));
-    case sql::ValueType::kDate:
+    case ValueType::kDate:
       if (!tmw::IsDateInRange(statement.Real(column))) Fail(kOverflow);
       return ports::DateValue{statement.Real(column)};
     default:

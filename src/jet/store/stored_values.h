@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "jet/sql/value_type.h"
 #include "jet/store/sqlite.h"
+#include "jet/values/value_type.h"
 #include "ports/database_types.h"
 
 // How values lie in the storage: Booleans as -1 and 0, Currency as ten-thousandths, GUIDs as 16
@@ -18,6 +18,6 @@ void BindValue(Statement& statement, int parameter, const ports::DatabaseValue& 
 ports::DatabaseValue ReadStored(const Statement& statement, int column, ports::DataType type);
 
 // A computed value.
-ports::DatabaseValue ReadComputed(const Statement& statement, int column, sql::ValueType type);
+ports::DatabaseValue ReadComputed(const Statement& statement, int column, ValueType type);
 
 }  // namespace jet

@@ -4,9 +4,9 @@
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/sort_key.h"
 #include "jet/store/function_call.h"
-#include "jet/text_case.h"
+#include "jet/values/sort_key.h"
+#include "jet/values/text_case.h"
 
 // Positions and lengths count UTF-16 units. Any argument Null gives Null.
 namespace jet {

@@ -1,6 +1,6 @@
 #include "platform/windows/dao/dao_definitions.h"
 
-#include "jet/default_text.h"
+#include "jet/values/default_text.h"
 #include "platform/windows/dao/dao_values.h"
 
 namespace platform {

@@ -4,7 +4,7 @@
 
 #include "ports/database_types.h"
 
-namespace jet::sql {
+namespace jet {
 
 // What is known of an expression's value before it is computed. The numbers are handed to the
 // functions that convert values at run time.
@@ -27,4 +27,4 @@ ValueType TypeOfField(ports::DataType type);
 // The field type that holds computed values of a type.
 ports::DataType TypeOfColumn(ValueType type);
 
-}  // namespace jet::sql
+}  // namespace jet

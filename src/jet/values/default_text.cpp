@@ -1,8 +1,8 @@
-#include "jet/default_text.h"
+#include "jet/values/default_text.h"
 
 #include "foundation/number_text.h"
-#include "jet/sql/date_literal.h"
-#include "jet/value_text.h"
+#include "jet/values/date_literal.h"
+#include "jet/values/value_text.h"
 
 namespace jet {
 namespace {
@@ -14,7 +14,7 @@ struct LiteralOf {
   std::string operator()(ports::CurrencyValue value) const {
     return tmw::CurrencyToText(value.ten_thousandths);
   }
-  std::string operator()(ports::DateValue value) const { return sql::DateLiteral(value.days); }
+  std::string operator()(ports::DateValue value) const { return DateLiteral(value.days); }
   std::string operator()(const std::string& value) const { return value; }
   template <typename Other>
   std::string operator()(const Other& value) const {

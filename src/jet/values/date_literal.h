@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace jet::sql {
+namespace jet {
 
 // What stands between two "#": month/day/year (day first when the month cannot be one),
 // YYYY-MM-DD, a time (H:MM[:SS] [AM|PM]), or a day and a time. Years of two digits: 00-29 are
@@ -14,4 +14,4 @@ std::optional<double> ParseDateLiteral(std::string_view text);
 // A moment as such a literal, "#" included.
 std::string DateLiteral(double days);
 
-}  // namespace jet::sql
+}  // namespace jet

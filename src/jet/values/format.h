@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "jet/calendar.h"
+#include "jet/values/calendar.h"
 #include "ports/database_types.h"
 
 namespace jet {

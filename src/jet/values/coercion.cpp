@@ -1,4 +1,4 @@
-#include "jet/coercion.h"
+#include "jet/values/coercion.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +9,7 @@
 #include "foundation/number_text.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/value_text.h"
+#include "jet/values/value_text.h"
 
 namespace jet {
 namespace {

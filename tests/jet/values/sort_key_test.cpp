@@ -1,4 +1,4 @@
-#include "jet/sort_key.h"
+#include "jet/values/sort_key.h"
 
 #include <gtest/gtest.h>
 

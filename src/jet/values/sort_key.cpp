@@ -1,4 +1,4 @@
-#include "jet/sort_key.h"
+#include "jet/values/sort_key.h"
 
 #include <array>
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "foundation/encodings.h"
-#include "jet/sort_weights.h"
+#include "jet/values/sort_weights.h"
 
 namespace jet {
 namespace {

@@ -1,11 +1,11 @@
-#include "jet/like.h"
+#include "jet/values/like.h"
 
 #include <cstddef>
 #include <string>
 
 #include "foundation/encodings.h"
 #include "jet/errors.h"
-#include "jet/sort_key.h"
+#include "jet/values/sort_key.h"
 
 namespace jet {
 namespace {

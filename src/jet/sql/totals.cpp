@@ -1,4 +1,4 @@
-#include "jet/sql/functions.h"
+#include "jet/sql/totals.h"
 
 #include <string>
 
@@ -7,7 +7,7 @@
 namespace jet::sql {
 namespace {
 
-constexpr FunctionSpec kFunctions[] = {
+constexpr Total kTotals[] = {
     {"avg", "avg"}, {"count", "count"}, {"first", "jet_first"}, {"last", "jet_last"},
     {"max", "max"}, {"min", "min"},     {"stdev", "jet_stdev"}, {"stdevp", "jet_stdevp"},
     {"sum", "sum"}, {"var", "jet_var"}, {"varp", "jet_varp"},
@@ -15,10 +15,10 @@ constexpr FunctionSpec kFunctions[] = {
 
 }  // namespace
 
-const FunctionSpec* FindFunction(std::string_view name) {
+const Total* FindTotal(std::string_view name) {
   const std::string lower = tmw::LowerCase(name);
-  for (const FunctionSpec& function : kFunctions) {
-    if (function.name == lower) return &function;
+  for (const Total& total : kTotals) {
+    if (total.name == lower) return &total;
   }
   return nullptr;
 }

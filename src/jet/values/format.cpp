@@ -1,4 +1,4 @@
-#include "jet/format.h"
+#include "jet/values/format.h"
 
 #include <algorithm>
 #include <array>
@@ -11,10 +11,10 @@
 #include "foundation/encodings.h"
 #include "foundation/number_text.h"
 #include "foundation/text.h"
-#include "jet/coercion.h"
 #include "jet/errors.h"
-#include "jet/text_case.h"
-#include "jet/value_text.h"
+#include "jet/values/coercion.h"
+#include "jet/values/text_case.h"
+#include "jet/values/value_text.h"
 
 namespace jet {
 namespace {

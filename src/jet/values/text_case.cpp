@@ -1,4 +1,4 @@
-#include "jet/text_case.h"
+#include "jet/values/text_case.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "jet/sql/date_literal.h"
+#include "jet/values/date_literal.h"
 
 #include <array>
 #include <cmath>
@@ -9,9 +9,9 @@
 #include "foundation/date_parts.h"
 #include "foundation/encodings.h"
 #include "foundation/text.h"
-#include "jet/date_numbers.h"
+#include "jet/values/date_numbers.h"
 
-namespace jet::sql {
+namespace jet {
 namespace {
 
 bool ReadDay(const std::string& text, tmw::DateParts& parts) {
@@ -78,4 +78,4 @@ std::string DateLiteral(double days) {
   return text;
 }
 
-}  // namespace jet::sql
+}  // namespace jet

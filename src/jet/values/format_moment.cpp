@@ -6,8 +6,8 @@
 
 #include "foundation/date_parts.h"
 #include "foundation/encodings.h"
-#include "jet/format.h"
-#include "jet/value_text.h"
+#include "jet/values/format.h"
+#include "jet/values/value_text.h"
 
 namespace jet {
 namespace {

@@ -1,4 +1,4 @@
-#include "jet/calendar.h"
+#include "jet/values/calendar.h"
 
 #include <array>
 #include <chrono>
@@ -6,8 +6,8 @@
 
 #include "foundation/date_parts.h"
 #include "foundation/encodings.h"
-#include "jet/date_numbers.h"
 #include "jet/errors.h"
+#include "jet/values/date_numbers.h"
 
 namespace jet {
 namespace {

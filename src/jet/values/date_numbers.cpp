@@ -1,4 +1,4 @@
-#include "jet/date_numbers.h"
+#include "jet/values/date_numbers.h"
 
 #include <string>
 

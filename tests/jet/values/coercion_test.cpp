@@ -1,11 +1,11 @@
-#include "jet/coercion.h"
+#include "jet/values/coercion.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "jet/like.h"
-#include "jet/sql/date_literal.h"
+#include "jet/values/date_literal.h"
+#include "jet/values/like.h"
 #include "tests/jet/database_fixture.h"
 #include "tests/support/database_values.h"
 
@@ -154,12 +154,12 @@ TEST(DateLiteral, IsReadMonthFirstUnlessItCannotBe) {
       {"12:30 pm", "#12/30/1899 12:30:00#"},
   };
   for (const auto& c : cases) {
-    const auto days = jet::sql::ParseDateLiteral(c.text);
-    EXPECT_EQ(days ? jet::sql::DateLiteral(*days) : "", c.literal) << c.text;
+    const auto days = jet::ParseDateLiteral(c.text);
+    EXPECT_EQ(days ? jet::DateLiteral(*days) : "", c.literal) << c.text;
   }
   for (const char* const refused : {"", "13/13/2003", "2/30/2003", "1/2", "1/2/3/4", "25:00",
                                     "13:00 pm", "1/2/2003 x", "4:05 1/2/2003", "1.2.2003"})
-    EXPECT_FALSE(jet::sql::ParseDateLiteral(refused)) << refused;
+    EXPECT_FALSE(jet::ParseDateLiteral(refused)) << refused;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "jet/value_text.h"
+#include "jet/values/value_text.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@
 #include "foundation/date_parts.h"
 #include "foundation/number_text.h"
 #include "foundation/text.h"
-#include "jet/date_numbers.h"
+#include "jet/values/date_numbers.h"
 
 namespace jet {
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "jet/errors.h"
-#include "jet/format.h"
+#include "jet/values/format.h"
 
 // Numbers by patterns such as "#,##0.00". The work is done on decimal digits, so that what the
 // user sees as a half is rounded as one.
