@@ -58,11 +58,12 @@ floor() {
 }
 # From the ground up.
 floor ports ''
-floor foundation ports
-ground='ports|foundation'
+floor sha256 ''
+floor foundation 'ports|sha256'
+ground='ports|sha256|foundation'
 floor services "$ground"
 services="$ground|services"
-floor companion 'ports/companion_abi|foundation/encodings|packages/sha256' # the files named so
+floor companion 'ports/companion_abi|foundation|sha256'
 floor packages "$services"
 floor jet "$ground"
 expect_none "what jet's rooms share includes one of them" < <(

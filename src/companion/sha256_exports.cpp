@@ -1,4 +1,4 @@
-#include "packages/sha256.h"
+#include "sha256/sha256.h"
 
 #include <algorithm>
 #include <optional>
@@ -7,7 +7,7 @@
 #include "companion/exports.h"
 #include "companion/os.h"
 #include "companion/texts.h"
-#include "packages/sha256/integrity_trailer.h"
+#include "sha256/integrity_trailer.h"
 
 namespace companion {
 namespace {
@@ -15,9 +15,9 @@ namespace {
 constexpr std::size_t kBufferLength = 32U << 10U;  // stays in the nearest cache
 
 // Hashes the first length bytes of the file; nothing, and the reason, when a read fails.
-std::optional<tmw::Sha256Digest> HashBeginning(os::ReadableFile& file, std::uint64_t length,
-                                               os::ErrorCode& error) {
-  tmw::Sha256Stream stream;
+std::optional<sha256::Digest> HashBeginning(os::ReadableFile& file, std::uint64_t length,
+                                            os::ErrorCode& error) {
+  sha256::Stream stream;
   std::vector<std::uint8_t> buffer(kBufferLength);
   for (std::uint64_t offset = 0; offset < length;) {
     const auto wanted =
@@ -34,7 +34,7 @@ std::optional<tmw::Sha256Digest> HashBeginning(os::ReadableFile& file, std::uint
 }
 
 // The digest of a whole file; error is the system's code when there is none.
-std::optional<tmw::Sha256Digest> HashFile(const std::string& path, os::ErrorCode& error) {
+std::optional<sha256::Digest> HashFile(const std::string& path, os::ErrorCode& error) {
   const auto file = os::OpenForReading(path, error);
   if (!file) return std::nullopt;
   return HashBeginning(*file, file->Size(), error);
@@ -44,13 +44,13 @@ bool CheckTrailer(const std::string& path, os::ErrorCode& error) {
   const auto file = os::OpenForReading(path, error);
   if (!file) return false;
   error = os::DamagedDataCode();
-  if (file->Size() < tmw::kIntegrityTrailerLength) return false;
-  const std::uint64_t content_length = file->Size() - tmw::kIntegrityTrailerLength;
+  if (file->Size() < sha256::kIntegrityTrailerLength) return false;
+  const std::uint64_t content_length = file->Size() - sha256::kIntegrityTrailerLength;
   const auto digest = HashBeginning(*file, content_length, error);
-  tmw::IntegrityTrailer bytes{};
+  sha256::IntegrityTrailer bytes{};
   const auto got = file->ReadAt(content_length, bytes.data(), bytes.size());
   if (!digest || !got || *got != bytes.size()) return false;
-  const auto facts = tmw::ParseIntegrityTrailer(bytes);
+  const auto facts = sha256::ParseIntegrityTrailer(bytes);
   return facts && facts->content_length == content_length && facts->digest == *digest;
 }
 
@@ -72,7 +72,7 @@ std::int32_t WithLastError(Action action) noexcept {
 }  // namespace companion
 
 std::int32_t COMPANION_CALL Sha256_GetHashLength() {
-  return static_cast<std::int32_t>(tmw::kSha256Length);
+  return static_cast<std::int32_t>(sha256::kDigestLength);
 }
 
 std::int32_t COMPANION_CALL Sha256_GetFileHash(const char* path, std::uint8_t* digest) {
@@ -85,9 +85,9 @@ std::int32_t COMPANION_CALL Sha256_GetFileHash(const char* path, std::uint8_t* d
 
 void COMPANION_CALL Sha256_GetMemoryHash(const void* data, std::int32_t length,
                                          std::uint8_t* digest) {
-  tmw::Sha256Stream stream;
+  sha256::Stream stream;
   if (length > 0) stream.Update(data, static_cast<std::size_t>(length));
-  const tmw::Sha256Digest result = stream.Finish();
+  const sha256::Digest result = stream.Finish();
   std::copy(result.begin(), result.end(), digest);
 }
 

@@ -11,12 +11,12 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
-#include "packages/sha256.h"
 #include "ports/companion_library.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "ports/processes.h"
 #include "services/processes.h"
+#include "sha256/sha256.h"
 #include "transfer/inet.h"
 
 namespace tmw {
@@ -57,7 +57,7 @@ bool IsProgram(const std::string& name) {
 }
 
 std::string HashOf(const std::string& bytes) {
-  return CSHA256().SHA256(
+  return sha256::CSHA256().SHA256(
       std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
 }
 

@@ -13,10 +13,10 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "packages/hash_api.h"
-#include "packages/sha256.h"
 #include "packages/tm_zipper.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
+#include "sha256/sha256.h"
 
 namespace tmw {
 namespace {
@@ -43,7 +43,7 @@ ports::Outcome<std::string> TryHashOfUserRows() {
   const auto opened = ports::CurrentPorts().files->Open(database_utils::GetUserDBFileName(),
                                                         ports::FileMode::kRead);
   if (!opened) return Result::Failure(opened.code);
-  Sha256Stream stream;
+  sha256::Stream stream;
   std::vector<char> buffer(kReadBytes);
   for (std::size_t to_pass_over = kPageBytes;;) {
     const auto count = opened.value->Read(buffer.data(), buffer.size());

@@ -4,8 +4,8 @@
 
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
-#include "packages/sha256/integrity_trailer.h"
 #include "ports/ports.h"
+#include "sha256/integrity_trailer.h"
 
 namespace tmw {
 namespace {
@@ -38,8 +38,8 @@ void ForEachPiece(const std::string& path, const std::function<void()>& on_piece
   }
 }
 
-std::string TrailerBytes(Sha256Stream& digest, std::uint64_t length) {
-  const IntegrityTrailer trailer = MakeIntegrityTrailer({length, digest.Finish()});
+std::string TrailerBytes(sha256::Stream& digest, std::uint64_t length) {
+  const sha256::IntegrityTrailer trailer = sha256::MakeIntegrityTrailer({length, digest.Finish()});
   return {trailer.begin(), trailer.end()};
 }
 
@@ -67,7 +67,7 @@ StoredRarWriter::StoredRarWriter(const std::string& package, rar_blocks::RarForm
 PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::string& source,
                                     const std::function<void()>& on_piece) try {
   EntryHeader header = HeaderOf(facts);
-  Sha256Stream content;
+  sha256::Stream content;
   ForEachPiece(source, on_piece, [&](std::string_view piece) {
     header.crc = rar_blocks::UpdateCrc32(header.crc, piece);
     content.Update(piece.data(), piece.size());
@@ -123,7 +123,7 @@ void StoredRarWriter::Write(std::string_view bytes) {
 void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target,
                                   const std::function<void()>& on_piece) try {
   const std::unique_ptr<ports::File> file = Open(target, ports::FileMode::kWriteNew);
-  Sha256Stream digest;
+  sha256::Stream digest;
   std::uint64_t length = 0;
   ForEachPiece(source, on_piece, [&](std::string_view piece) {
     Require(file->Write(piece.data(), piece.size()), target);

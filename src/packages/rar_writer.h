@@ -7,8 +7,8 @@
 #include <string>
 
 #include "packages/rar_blocks.h"
-#include "packages/sha256.h"
 #include "ports/file_system.h"
+#include "sha256/sha256.h"
 
 namespace tmw {
 
@@ -22,7 +22,7 @@ struct RarEntryFacts {
 // What a file was when it was packed.
 struct PackedFile {
   std::int64_t length = 0;  // bytes
-  Sha256Digest digest{};    // of its content
+  sha256::Digest digest{};  // of its content
 };
 
 // Writes a package whose entries are stored as they are, readable by every RAR program. RAR 5 keeps
@@ -54,7 +54,7 @@ class StoredRarWriter {
   std::string package_;
   rar_blocks::RarFormat format_;
   std::unique_ptr<ports::File> file_;
-  std::optional<Sha256Stream> digest_;  // of the package, for its trailer
+  std::optional<sha256::Stream> digest_;  // of the package, for its trailer
   std::uint64_t length_ = 0;
 };
 

@@ -10,10 +10,10 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "packages/hash_api.h"
-#include "packages/sha256.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "publish/stop.h"
+#include "sha256/sha256.h"
 
 namespace publish {
 namespace {
@@ -92,7 +92,7 @@ class TreeLister {
   std::vector<TreeEntry> files_;
 };
 
-std::string TextOf(tmw::Sha256Stream& stream) {
+std::string TextOf(sha256::Stream& stream) {
   return tmw::GetHashString(stream.Finish());
 }
 
@@ -174,7 +174,7 @@ void CloseWritten(ports::File& file, const std::string& path) {
 std::string HashOfFile(const std::string& path) {
   const auto file = OpenToRead(path);
   std::vector<char> buffer(256U << 10U);
-  tmw::Sha256Stream stream;
+  sha256::Stream stream;
   for (;;) {
     ThrowIfStopped();
     const std::size_t got = ReadPiece(*file, buffer.data(), buffer.size(), path);
@@ -184,7 +184,7 @@ std::string HashOfFile(const std::string& path) {
 }
 
 std::string HashOfBytes(std::string_view bytes) {
-  tmw::Sha256Stream stream;
+  sha256::Stream stream;
   stream.Update(bytes.data(), bytes.size());
   return TextOf(stream);
 }

@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "packages/sha256.h"
 #include "ports/file_system.h"
+#include "sha256/sha256.h"
 
 namespace publish {
 
@@ -23,7 +23,7 @@ class UnicodeText {
  private:
   std::string path_;
   std::unique_ptr<ports::File> file_;
-  tmw::Sha256Stream digest_;
+  sha256::Stream digest_;
   std::string rest_;  // bytes of a character that is not whole yet
   bool is_start_ = true;
 };

@@ -2,10 +2,10 @@
 
 #include "foundation/encodings.h"
 #include "packages/companion_functions.h"
-#include "packages/sha256/integrity_trailer.h"
 #include "platform/factories.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
+#include "sha256/integrity_trailer.h"
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scoped_ports.h"
@@ -30,9 +30,9 @@ TEST(CompanionLibrary, WithoutTheFileTheErrorNamesIt) {
 }
 
 std::string WithTrailer(const std::string& content) {
-  tmw::Sha256Stream digest;
+  sha256::Stream digest;
   digest.Update(content.data(), content.size());
-  const auto trailer = tmw::MakeIntegrityTrailer({content.size(), digest.Finish()});
+  const auto trailer = sha256::MakeIntegrityTrailer({content.size(), digest.Finish()});
   return content + std::string(trailer.begin(), trailer.end());
 }
 

@@ -6,7 +6,7 @@
 #include <iostream>
 #include <map>
 
-#include "packages/sha256.h"
+#include "sha256/sha256.h"
 #include "tests/companion/archive_run.h"
 #include "tests/support/sandbox.h"
 
@@ -38,7 +38,8 @@ std::vector<std::string> Quoted(const std::string& line) {
 }
 
 std::string HashOf(const std::string& bytes) {
-  return tmw::CSHA256().SHA256({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+  return sha256::CSHA256().SHA256(
+      {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
 }
 
 // expected.json is indented by depth: samples, their properties, files and volumes.

@@ -10,7 +10,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
 #include "packages/rar_writer.h"
-#include "packages/sha256.h"
+#include "sha256/sha256.h"
 #include "tests/support/sandbox.h"
 
 namespace tests {
@@ -22,7 +22,7 @@ void WriteBytes(const std::string& path, const std::string& bytes) {
 }
 
 std::string HashOf(const std::string& bytes) {
-  return tmw::CSHA256().SHA256(
+  return sha256::CSHA256().SHA256(
       std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
 }
 

@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "packages/sha256.h"
+#include "sha256/sha256.h"
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
 
@@ -18,7 +18,7 @@ TEST(HashApi, FileAndArrayOfTheSameBytesHaveOneText) {
   for (const std::size_t length : {0U, 1U, 300000U}) {
     const std::string bytes(length, '\xA5');
     const std::vector<std::uint8_t> array(bytes.begin(), bytes.end());
-    EXPECT_EQ(GetFileHash(sandbox.Write("Файл.dat", bytes)), CSHA256().SHA256(array));
+    EXPECT_EQ(GetFileHash(sandbox.Write("Файл.dat", bytes)), sha256::CSHA256().SHA256(array));
   }
   EXPECT_EQ(GetFileHash(sandbox.Write("empty", "")),
             "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
@@ -26,8 +26,8 @@ TEST(HashApi, FileAndArrayOfTheSameBytesHaveOneText) {
 
 TEST(HashApi, ATextIsHashedAsItsUtf16Units) {
   const std::vector<std::uint8_t> units = {0x61, 0, 0x62, 0, 0x4F, 0x04};
-  EXPECT_EQ(GetStringHash("abя"), CSHA256().SHA256(units));
-  EXPECT_EQ(GetStringHash(""), CSHA256().SHA256({}));
+  EXPECT_EQ(GetStringHash("abя"), sha256::CSHA256().SHA256(units));
+  EXPECT_EQ(GetStringHash(""), sha256::CSHA256().SHA256({}));
 }
 
 TEST(HashApi, BytesBecomeTwoLowerCaseDigitsEach) {

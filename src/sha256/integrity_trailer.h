@@ -5,7 +5,7 @@
 #include <optional>
 #include <span>
 
-#include "packages/sha256.h"
+#include "sha256/sha256.h"
 
 // Embedded integrity data (pack method 2).
 //
@@ -23,14 +23,14 @@
 //
 // Numbers are little-endian. A reader knows from the file's length where the content ends, hashes
 // it on its way to the trailer and compares: one pass.
-namespace tmw {
+namespace sha256 {
 
 inline constexpr std::size_t kIntegrityTrailerLength = 64;
 using IntegrityTrailer = std::array<std::uint8_t, kIntegrityTrailerLength>;
 
 struct IntegrityFacts {
   std::uint64_t content_length = 0;
-  Sha256Digest digest{};
+  Digest digest{};
 };
 
 IntegrityTrailer MakeIntegrityTrailer(const IntegrityFacts& facts);
@@ -39,4 +39,4 @@ IntegrityTrailer MakeIntegrityTrailer(const IntegrityFacts& facts);
 std::optional<IntegrityFacts> ParseIntegrityTrailer(
     std::span<const std::uint8_t, kIntegrityTrailerLength> bytes);
 
-}  // namespace tmw
+}  // namespace sha256

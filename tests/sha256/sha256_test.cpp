@@ -1,4 +1,4 @@
-#include "packages/sha256.h"
+#include "sha256/sha256.h"
 
 #include <gtest/gtest.h>
 
@@ -6,10 +6,10 @@
 #include <random>
 #include <vector>
 
-namespace tmw {
+namespace sha256 {
 namespace {
 
-std::string Hex(const Sha256Digest& digest) {
+std::string Hex(const Digest& digest) {
   std::string text;
   for (const std::uint8_t byte : digest) {
     text += "0123456789abcdef"[byte >> 4U];
@@ -18,8 +18,8 @@ std::string Hex(const Sha256Digest& digest) {
   return text;
 }
 
-std::string HashInPieces(Sha256Path path, const std::string& text, std::size_t piece) {
-  Sha256Stream stream(path);
+std::string HashInPieces(Path path, const std::string& text, std::size_t piece) {
+  Stream stream(path);
   for (std::size_t i = 0; i < text.size(); i += piece) {
     stream.Update(text.data() + i, std::min(piece, text.size() - i));
   }
@@ -41,8 +41,8 @@ const struct {
 };
 
 TEST(Sha256, EveryPathGivesThePublishedDigestsHoweverTheBytesArrive) {
-  for (const Sha256Path path : {Sha256Path::kPortable, Sha256Path::kProcessor}) {
-    if (!IsSha256PathAvailable(path)) {
+  for (const Path path : {Path::kPortable, Path::kProcessor}) {
+    if (!IsPathAvailable(path)) {
       std::cout << "this processor has no SHA instructions: that path is not tested\n";
       continue;
     }
@@ -56,7 +56,7 @@ TEST(Sha256, EveryPathGivesThePublishedDigestsHoweverTheBytesArrive) {
 }
 
 TEST(Sha256, ThePathsAgreeOnRandomBytes) {
-  if (!IsSha256PathAvailable(Sha256Path::kProcessor)) {
+  if (!IsPathAvailable(Path::kProcessor)) {
     std::cout << "this processor has no SHA instructions: nothing to compare\n";
     return;
   }
@@ -64,8 +64,8 @@ TEST(Sha256, ThePathsAgreeOnRandomBytes) {
   std::string bytes;
   for (int i = 0; i < 300; ++i) {
     bytes.push_back(static_cast<char>(random()));
-    ASSERT_EQ(HashInPieces(Sha256Path::kPortable, bytes, 7),
-              HashInPieces(Sha256Path::kProcessor, bytes, bytes.size()));
+    ASSERT_EQ(HashInPieces(Path::kPortable, bytes, 7),
+              HashInPieces(Path::kProcessor, bytes, bytes.size()));
   }
 }
 
@@ -76,4 +76,4 @@ TEST(CSHA256, TextIsLowerCaseHexadecimal) {
 }
 
 }  // namespace
-}  // namespace tmw
+}  // namespace sha256

@@ -1,9 +1,9 @@
-#include "packages/sha256/integrity_trailer.h"
+#include "sha256/integrity_trailer.h"
 
 #include <algorithm>
 #include <string_view>
 
-namespace tmw {
+namespace sha256 {
 namespace {
 
 constexpr std::string_view kMark = "TMZ-SHA2";
@@ -35,10 +35,10 @@ std::optional<IntegrityFacts> ParseIntegrityTrailer(
   for (std::size_t i = 0; i < 8; ++i) {
     facts.content_length |= static_cast<std::uint64_t>(bytes[16 + i]) << (8 * i);
   }
-  std::copy_n(bytes.begin() + 24, kSha256Length, facts.digest.begin());
+  std::copy_n(bytes.begin() + 24, kDigestLength, facts.digest.begin());
   const IntegrityTrailer same = MakeIntegrityTrailer(facts);
   if (!std::equal(same.begin(), same.end(), bytes.begin())) return std::nullopt;
   return facts;
 }
 
-}  // namespace tmw
+}  // namespace sha256

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 // The two block functions of sha256.cpp: they run whole 64-byte blocks through the state.
-namespace tmw::sha256_blocks {
+namespace sha256::blocks {
 
 // Round constants, FIPS 180-4, 4.2.2.
 alignas(16) inline constexpr std::array<std::uint32_t, 64> kRound = {
@@ -25,4 +25,4 @@ void CompressWithShaInstructions(std::uint32_t* state, const std::uint8_t* block
                                  std::size_t count);
 bool HasShaInstructions();
 
-}  // namespace tmw::sha256_blocks
+}  // namespace sha256::blocks

@@ -8,34 +8,34 @@
 
 // SHA-256 (FIPS 180-4), self-contained: the check of a new updater rests on nothing else, and the
 // companion library is built from the same source.
-namespace tmw {
+namespace sha256 {
 
-inline constexpr std::size_t kSha256Length = 32;
-using Sha256Digest = std::array<std::uint8_t, kSha256Length>;
+inline constexpr std::size_t kDigestLength = 32;
+using Digest = std::array<std::uint8_t, kDigestLength>;
 
 // Which code hashes the blocks.
-enum class Sha256Path {
+enum class Path {
   kPortable,
   kProcessor,  // the SHA instructions of x86 processors
 };
 
 // Whether this machine can run that path.
-bool IsSha256PathAvailable(Sha256Path path);
+bool IsPathAvailable(Path path);
 
 // The fastest path that this machine can run.
-Sha256Path BestSha256Path();
+Path BestPath();
 
 // A digest over bytes that come in pieces.
-class Sha256Stream {
+class Stream {
  public:
-  Sha256Stream() : Sha256Stream(BestSha256Path()) {}
+  Stream() : Stream(BestPath()) {}
   // The path must be available.
-  explicit Sha256Stream(Sha256Path path);
+  explicit Stream(Path path);
 
   void Update(const void* data, std::size_t length);
 
   // Ends the message. The stream takes no more bytes afterwards.
-  Sha256Digest Finish();
+  Digest Finish();
 
  private:
   using Compress = void (*)(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count);
@@ -54,4 +54,4 @@ class CSHA256 {
   std::string SHA256(std::span<const std::uint8_t> bytes) const;
 };
 
-}  // namespace tmw
+}  // namespace sha256

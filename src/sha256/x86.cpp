@@ -1,11 +1,11 @@
-#include "packages/sha256/blocks.h"
+#include "sha256/blocks.h"
 
 #if defined(__x86_64__) || defined(__i386__)
 
 #include <cpuid.h>
 #include <immintrin.h>
 
-namespace tmw::sha256_blocks {
+namespace sha256::blocks {
 
 bool HasShaInstructions() {
   unsigned a = 0;
@@ -90,11 +90,11 @@ CompressWithShaInstructions(std::uint32_t* state, const std::uint8_t* blocks, st
   _mm_storeu_si128(reinterpret_cast<__m128i*>(state + 4), _mm_alignr_epi8(dchg, feba, 8));
 }
 
-}  // namespace tmw::sha256_blocks
+}  // namespace sha256::blocks
 
 #else
 
-namespace tmw::sha256_blocks {
+namespace sha256::blocks {
 
 bool HasShaInstructions() {
   return false;
@@ -104,6 +104,6 @@ void CompressWithShaInstructions(std::uint32_t* state, const std::uint8_t* block
   CompressPortable(state, blocks, count);
 }
 
-}  // namespace tmw::sha256_blocks
+}  // namespace sha256::blocks
 
 #endif

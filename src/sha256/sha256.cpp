@@ -1,13 +1,13 @@
-#include "packages/sha256.h"
+#include "sha256/sha256.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
-#include "packages/sha256/blocks.h"
+#include "sha256/blocks.h"
 
-namespace tmw {
-namespace sha256_blocks {
+namespace sha256 {
+namespace blocks {
 namespace {
 
 std::uint32_t LoadWord(const std::uint8_t* bytes) {
@@ -46,25 +46,24 @@ void CompressPortable(std::uint32_t* state, const std::uint8_t* blocks, std::siz
     CompressBlock(state, blocks);
 }
 
-}  // namespace sha256_blocks
+}  // namespace blocks
 
-bool IsSha256PathAvailable(Sha256Path path) {
-  return path == Sha256Path::kPortable || sha256_blocks::HasShaInstructions();
+bool IsPathAvailable(Path path) {
+  return path == Path::kPortable || blocks::HasShaInstructions();
 }
 
-Sha256Path BestSha256Path() {
-  static const Sha256Path kBest =
-      sha256_blocks::HasShaInstructions() ? Sha256Path::kProcessor : Sha256Path::kPortable;
+Path BestPath() {
+  static const Path kBest = blocks::HasShaInstructions() ? Path::kProcessor : Path::kPortable;
   return kBest;
 }
 
-Sha256Stream::Sha256Stream(Sha256Path path)
-    : compress_(path == Sha256Path::kProcessor ? sha256_blocks::CompressWithShaInstructions
-                                               : sha256_blocks::CompressPortable),
+Stream::Stream(Path path)
+    : compress_(path == Path::kProcessor ? blocks::CompressWithShaInstructions
+                                         : blocks::CompressPortable),
       state_{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
              0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19} {}
 
-void Sha256Stream::Update(const void* data, std::size_t length) {
+void Stream::Update(const void* data, std::size_t length) {
   const auto* bytes = static_cast<const std::uint8_t*>(data);
   total_ += length;
   if (pending_length_ > 0) {
@@ -83,7 +82,7 @@ void Sha256Stream::Update(const void* data, std::size_t length) {
   pending_length_ = rest;
 }
 
-Sha256Digest Sha256Stream::Finish() {
+Digest Stream::Finish() {
   const std::uint64_t bits = total_ * 8;
   std::array<std::uint8_t, 72> tail{0x80};
   const std::size_t zeros_end = pending_length_ < 56 ? 56 - pending_length_ : 120 - pending_length_;
@@ -91,15 +90,15 @@ Sha256Digest Sha256Stream::Finish() {
     tail[zeros_end + i] = static_cast<std::uint8_t>(bits >> (56 - 8 * i));
   }
   Update(tail.data(), zeros_end + 8);
-  Sha256Digest digest{};
-  for (std::size_t i = 0; i < kSha256Length; ++i) {
+  Digest digest{};
+  for (std::size_t i = 0; i < kDigestLength; ++i) {
     digest[i] = static_cast<std::uint8_t>(state_[i / 4] >> (24 - 8 * (i % 4)));
   }
   return digest;
 }
 
 std::string CSHA256::SHA256(std::span<const std::uint8_t> bytes) const {
-  Sha256Stream stream;
+  Stream stream;
   stream.Update(bytes.data(), bytes.size());
   constexpr char kDigits[] = "0123456789abcdef";
   std::string text;
@@ -110,4 +109,4 @@ std::string CSHA256::SHA256(std::span<const std::uint8_t> bytes) const {
   return text;
 }
 
-}  // namespace tmw
+}  // namespace sha256
