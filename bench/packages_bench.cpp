@@ -5,8 +5,8 @@
 
 #include "packages/hash_api.h"
 #include "packages/rar_archive.h"
-#include "packages/rar_writer.h"
 #include "packages/tm_zipper.h"
+#include "packing/rar_writer.h"
 #include "ports/host.h"
 #include "ports/ports.h"
 
@@ -23,7 +23,7 @@ bool Run(const std::vector<std::string>& arguments) {
   }
   if (what == "extract") return tmw::UnrarAllFiles(arguments[1], arguments[2], "", error);
   if (what == "pack") {
-    tmw::StoredRarWriter writer(arguments[1], tmw::rar_blocks::RarFormat::kRar5);
+    packing::StoredRarWriter writer(arguments[1], packing::RarFormat::kRar5);
     for (std::size_t i = 2; i < arguments.size(); ++i) {
       writer.AddFile({"file" + std::to_string(i), 1700000000, 0644}, arguments[i]);
     }

@@ -64,6 +64,7 @@ ground='ports|sha256|foundation'
 floor services "$ground"
 services="$ground|services"
 floor companion 'ports/companion_abi|foundation|sha256'
+floor packing "$ground"
 floor packages "$services"
 floor jet "$ground"
 expect_none "what jet's rooms share includes one of them" < <(
@@ -77,7 +78,7 @@ floor transfer "$services"
 floor database "$services"
 floor platform "$ground|jet"
 floor engine "$services|transfer|packages|database"
-floor publish "$ground|packages|database|transfer"
+floor publish "$ground|packing|packages|database|transfer"
 floor jetsql "$ground|database"
 floor ui "$services|transfer|packages|database|engine"
 floor startup "$services"

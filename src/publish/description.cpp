@@ -42,7 +42,7 @@ class Reader {
     }
     ReadDate(root);
     const std::string archive = tmw::XmlGetStringAttributeDef(root, "Archive", "RAR5");
-    if (archive == "RAR4") result_.format = tmw::rar_blocks::RarFormat::kRar4;
+    if (archive == "RAR4") result_.format = packing::RarFormat::kRar4;
     if (archive != "RAR4" && archive != "RAR5") Blame(root, "Archive", "is RAR5 or RAR4");
     ReadUpdater(root);
     ReadServers(root);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "packages/rar_blocks.h"
+#include "packing/rar_blocks.h"
 #include "publish/faults.h"
 
 // The description of a release, an XML file written by hand; docs/publishing.md explains it.
@@ -40,7 +40,7 @@ struct Description {
   std::string version;
   std::string version_id;
   std::int64_t date = 0;  // noon of the release's day, seconds since 1970
-  tmw::rar_blocks::RarFormat format = tmw::rar_blocks::RarFormat::kRar5;
+  packing::RarFormat format = packing::RarFormat::kRar5;
   std::string needed_updater;
   std::vector<std::string> updater_files;  // relative to the product's folder; the program first
   std::vector<std::string> servers;

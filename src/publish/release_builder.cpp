@@ -64,8 +64,8 @@ std::string ReleaseBuilder::PathOf(const std::string& server_name) const {
 }
 
 // A file without a mode gets the one that its system gives new files.
-tmw::RarEntryFacts ReleaseBuilder::FactsOf(const std::string& name, bool is_executable) const {
-  tmw::RarEntryFacts facts;
+packing::RarEntryFacts ReleaseBuilder::FactsOf(const std::string& name, bool is_executable) const {
+  packing::RarEntryFacts facts;
   facts.name = name;
   facts.modified = description_.date;
   if (is_executable) facts.unix_mode = 0755;
@@ -75,7 +75,7 @@ tmw::RarEntryFacts ReleaseBuilder::FactsOf(const std::string& name, bool is_exec
 PackageRecord ReleaseBuilder::PackTogether(const std::string& server_name,
                                            const std::vector<Entry>& entries) {
   const std::string path = PathOf(server_name);
-  tmw::StoredRarWriter writer(path, description_.format);
+  packing::StoredRarWriter writer(path, description_.format);
   for (const auto& [file, name] : entries)
     writer.AddFile(FactsOf(name), file, ThrowIfStopped);
   writer.Finish();
@@ -139,7 +139,7 @@ void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
 void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& faults) const {
   FileRecord& record = file.record;
   if (!CheckReadable(file.source, file.path, faults)) return;
-  if (record.length > tmw::StoredRarWriter::kLargestFile) {
+  if (record.length > packing::StoredRarWriter::kLargestFile) {
     CheckSize(record.length, file.path, faults);
     return;
   }
@@ -152,11 +152,11 @@ void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& fau
   const bool has_integrity = record.pack_method == kIntegrity;
   std::string source = file.source;
   if (has_integrity) {
-    tmw::CopyFileWithIntegrityTrailer(file.source, scratch, ThrowIfStopped);
+    packing::CopyFileWithIntegrityTrailer(file.source, scratch, ThrowIfStopped);
     source = scratch;
   }
-  tmw::StoredRarWriter writer(target, description_.format, has_integrity);
-  const tmw::PackedFile packed =
+  packing::StoredRarWriter writer(target, description_.format, has_integrity);
+  const packing::PackedFile packed =
       writer.AddFile(FactsOf(record.name, file.is_executable), source, ThrowIfStopped);
   writer.Finish();
   if (has_integrity) tmw::DeleteFile(scratch);

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "packages/rar_writer.h"
+#include "packing/rar_writer.h"
 #include "publish/description.h"
 #include "publish/digest.h"
 #include "publish/faults.h"
@@ -49,7 +49,7 @@ class ReleaseBuilder {
   using Entry = std::pair<std::string, std::string>;
 
   std::string PathOf(const std::string& server_name) const;
-  tmw::RarEntryFacts FactsOf(const std::string& name, bool is_executable = false) const;
+  packing::RarEntryFacts FactsOf(const std::string& name, bool is_executable = false) const;
   PackageRecord PackTogether(const std::string& server_name, const std::vector<Entry>& entries);
   void PackFile(ProductFile& file, std::size_t number, Faults& faults) const;
   void TakeReadyPackage(ProductFile& file, const std::string& scratch, Faults& faults) const;

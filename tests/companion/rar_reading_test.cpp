@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "packages/rar_blocks.h"
+#include "packing/rar_blocks.h"
 #include "tests/companion/archive_run.h"
 #include "tests/support/sandbox.h"
 
@@ -10,7 +10,7 @@ namespace tests {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace tmw::rar_blocks;
+using namespace packing;
 
 constexpr RarFormat kBoth[] = {RarFormat::kRar4, RarFormat::kRar5};
 

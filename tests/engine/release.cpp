@@ -9,7 +9,7 @@
 #include "foundation/encodings.h"
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
-#include "packages/rar_writer.h"
+#include "packing/rar_writer.h"
 #include "sha256/sha256.h"
 #include "tests/support/sandbox.h"
 
@@ -82,7 +82,7 @@ class Writer {
     WriteBytes(source_, file.content);
     if (file.pack_type == 2) {
       WriteBytes(source_ + "2", file.content);
-      tmw::CopyFileWithIntegrityTrailer(source_ + "2", source_);
+      packing::CopyFileWithIntegrityTrailer(source_ + "2", source_);
       std::filesystem::remove(ToPath(source_ + "2"));
     }
     std::string sizes = Attribute("SrvSize", "100");
@@ -106,7 +106,7 @@ class Writer {
              Attribute("PackHash", "x") + "/>";
     }
     std::filesystem::create_directories(ToPath(Path(name)).parent_path());
-    tmw::StoredRarWriter writer(Path(name), tmw::rar_blocks::RarFormat::kRar5);
+    packing::StoredRarWriter writer(Path(name), packing::RarFormat::kRar5);
     AddEntry(writer, element + ".txt", "script");
     for (const auto& [entry, content] : files)
       AddEntry(writer, entry, content);
@@ -115,14 +115,15 @@ class Writer {
            Attribute("PackHash", HashOf(tmw::ReadFileBytes(Path(name)))) + "/>";
   }
 
-  void AddEntry(tmw::StoredRarWriter& writer, const std::string& entry,
+  void AddEntry(packing::StoredRarWriter& writer, const std::string& entry,
                 const std::string& content) const {
     WriteBytes(source_, content);
     AddSource(writer, entry, false);
   }
 
-  void AddSource(tmw::StoredRarWriter& writer, const std::string& entry, bool is_executable) const {
-    tmw::RarEntryFacts facts;
+  void AddSource(packing::StoredRarWriter& writer, const std::string& entry,
+                 bool is_executable) const {
+    packing::RarEntryFacts facts;
     facts.name = entry;
     facts.modified = 1'700'000'000;
     facts.unix_mode = is_executable ? 0755 : 0644;
@@ -132,7 +133,7 @@ class Writer {
   void Pack(const std::string& server_name, const std::string& entry, bool with_trailer = false,
             bool is_executable = false) {
     std::filesystem::create_directories(ToPath(Path(server_name)).parent_path());
-    tmw::StoredRarWriter writer(Path(server_name), tmw::rar_blocks::RarFormat::kRar5, with_trailer);
+    packing::StoredRarWriter writer(Path(server_name), packing::RarFormat::kRar5, with_trailer);
     AddSource(writer, entry, is_executable);
     writer.Finish();
   }

@@ -2,14 +2,14 @@
 #include <iostream>
 #include <string>
 
-#include "packages/rar_blocks.h"
+#include "packing/rar_blocks.h"
 #include "tests/companion/packed_streams.h"
 
 // Writes the first inputs of fuzzing into the folder given: small archives of our own in both
 // formats, whole and in volumes, and packed entries for the decoders.
 namespace {
 
-using namespace tmw::rar_blocks;
+using namespace packing;
 
 EntryHeader FileHeader(const std::string& name, const std::string& content) {
   EntryHeader header;

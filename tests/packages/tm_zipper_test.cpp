@@ -8,7 +8,7 @@
 
 #include "foundation/encodings.h"
 #include "packages/rar_archive.h"
-#include "packages/rar_writer.h"
+#include "packing/rar_writer.h"
 #include "platform/factories.h"
 #include "ports/companion_library.h"
 #include "ports/ports.h"
@@ -178,7 +178,7 @@ TEST_F(Zipping, ADiskThatFillsUpLeavesTheOldStateAndNoZipFile) {
     c = static_cast<char>(random());
   sandbox.Write("base.mdb", content);
   const std::string package = sandbox.Path("p.rar");
-  tmw::StoredRarWriter writer(package, tmw::rar_blocks::RarFormat::kRar5);
+  packing::StoredRarWriter writer(package, packing::RarFormat::kRar5);
   writer.AddFile({"base.mdb", 1700000000, 0644}, sandbox.Path("base.mdb"));
   writer.Finish();
   TmZipper zipper = Zipper("base.mdb");

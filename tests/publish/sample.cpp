@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/encodings.h"
-#include "packages/rar_writer.h"
+#include "packing/rar_writer.h"
 #include "ports/database.h"
 #include "ports/ports.h"
 #include "publish/checker.h"
@@ -105,9 +105,9 @@ std::vector<std::string> Sample::Check(const std::string& place, const std::stri
 void Pack(const Sandbox& sandbox, const std::string& package, const Contents& contents,
           bool with_trailer) {
   const std::string path = sandbox.Write(package, "");
-  tmw::StoredRarWriter writer(path, tmw::rar_blocks::RarFormat::kRar5, with_trailer);
+  packing::StoredRarWriter writer(path, packing::RarFormat::kRar5, with_trailer);
   for (const auto& [name, bytes] : contents) {
-    tmw::RarEntryFacts facts;
+    packing::RarEntryFacts facts;
     facts.name = name;
     writer.AddFile(facts, sandbox.Write("entry", bytes));
   }

@@ -1,4 +1,4 @@
-#include "packages/rar_blocks.h"
+#include "packing/rar_blocks.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 
 #include "foundation/encodings.h"
 
-namespace tmw::rar_blocks {
+namespace packing {
 namespace {
 
 constexpr std::array<std::array<std::uint32_t, 256>, 8> MakeCrcTables() {
@@ -107,8 +107,9 @@ std::string MakeRar4Entry(const EntryHeader& entry) {
     std::replace(name.begin(), name.end(), '/', '\\');
     if (!IsAscii(name)) {
       flags |= 0x200U;
-      const std::u16string units = Utf8ToUtf16(name);
-      name = Utf8ToCodePage(CodePage::k866, name) + std::string(1, '\0') + CodeUnits(units);
+      const std::u16string units = tmw::Utf8ToUtf16(name);
+      name =
+          tmw::Utf8ToCodePage(tmw::CodePage::k866, name) + std::string(1, '\0') + CodeUnits(units);
     }
   }
   if (entry.split_before) flags |= 1U;
@@ -214,4 +215,4 @@ std::string MakeEnd(RarFormat format, bool more_volumes) {
   return MakeRar4Block(0x7B, more_volumes ? 0x4001 : 0x4000, "");
 }
 
-}  // namespace tmw::rar_blocks
+}  // namespace packing

@@ -1,4 +1,4 @@
-#include "packages/rar_writer.h"
+#include "packing/rar_writer.h"
 
 #include <vector>
 
@@ -7,21 +7,20 @@
 #include "ports/ports.h"
 #include "sha256/integrity_trailer.h"
 
-namespace tmw {
+namespace packing {
 namespace {
-
-using rar_blocks::EntryHeader;
 
 constexpr const char* kModule = "StoredRarWriter";
 
 std::unique_ptr<ports::File> Open(const std::string& path, ports::FileMode mode) {
   auto opened = ports::CurrentPorts().files->Open(path, mode);
-  if (!opened) RaiseApiErrorWithMessage("Ошибка открытия файла \"" + path + "\": ", opened.code);
+  if (!opened)
+    tmw::RaiseApiErrorWithMessage("Ошибка открытия файла \"" + path + "\": ", opened.code);
   return std::move(opened.value);
 }
 
 void Require(const ports::Status& status, const std::string& path) {
-  if (!status) RaiseApiErrorWithMessage("Ошибка записи файла \"" + path + "\": ", status.code);
+  if (!status) tmw::RaiseApiErrorWithMessage("Ошибка записи файла \"" + path + "\": ", status.code);
 }
 
 // Hands the file's bytes over piece by piece.
@@ -31,7 +30,7 @@ void ForEachPiece(const std::string& path, const std::function<void()>& on_piece
   std::vector<char> buffer(256U << 10U);
   for (;;) {
     const auto got = file->Read(buffer.data(), buffer.size());
-    if (!got) RaiseApiErrorWithMessage("Ошибка чтения файла \"" + path + "\": ", got.code);
+    if (!got) tmw::RaiseApiErrorWithMessage("Ошибка чтения файла \"" + path + "\": ", got.code);
     if (got.value == 0) return;
     if (on_piece) on_piece();
     take({buffer.data(), got.value});
@@ -53,13 +52,13 @@ EntryHeader HeaderOf(const RarEntryFacts& facts) {
 
 }  // namespace
 
-StoredRarWriter::StoredRarWriter(const std::string& package, rar_blocks::RarFormat format,
+StoredRarWriter::StoredRarWriter(const std::string& package, RarFormat format,
                                  bool with_trailer) try
     : package_(package), format_(format), file_(Open(package, ports::FileMode::kWriteNew)) {
   if (with_trailer) digest_.emplace();
-  Write(rar_blocks::MakeBeginning(format_));
+  Write(MakeBeginning(format_));
 } catch (...) {
-  ReRaiseError(kModule, "StoredRarWriter");
+  tmw::ReRaiseError(kModule, "StoredRarWriter");
 }
 
 // The header in front of the data names its checksum, so the source is read twice; a file that
@@ -69,40 +68,40 @@ PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::strin
   EntryHeader header = HeaderOf(facts);
   sha256::Stream content;
   ForEachPiece(source, on_piece, [&](std::string_view piece) {
-    header.crc = rar_blocks::UpdateCrc32(header.crc, piece);
+    header.crc = UpdateCrc32(header.crc, piece);
     content.Update(piece.data(), piece.size());
     header.size += piece.size();
   });
   if (header.size > static_cast<std::uint64_t>(kLargestFile)) {
-    RaiseProgramError("Файл \"" + source + "\" слишком велик для пакета.");
+    tmw::RaiseProgramError("Файл \"" + source + "\" слишком велик для пакета.");
   }
   header.packed_size = header.size;
-  Write(rar_blocks::MakeEntryHeader(format_, header));
+  Write(MakeEntryHeader(format_, header));
   std::uint32_t crc = 0;
   std::uint64_t length = 0;
   ForEachPiece(source, on_piece, [&](std::string_view piece) {
-    crc = rar_blocks::UpdateCrc32(crc, piece);
+    crc = UpdateCrc32(crc, piece);
     length += piece.size();
     Write(piece);
   });
   if (crc != header.crc || length != header.size) {
-    RaiseProgramError("Файл \"" + source + "\" изменился во время упаковки.");
+    tmw::RaiseProgramError("Файл \"" + source + "\" изменился во время упаковки.");
   }
   return {static_cast<std::int64_t>(length), content.Finish()};
 } catch (...) {
-  ReRaiseError(kModule, "AddFile");
+  tmw::ReRaiseError(kModule, "AddFile");
 }
 
 void StoredRarWriter::AddFolder(const RarEntryFacts& facts) try {
   EntryHeader header = HeaderOf(facts);
   header.is_folder = true;
-  Write(rar_blocks::MakeEntryHeader(format_, header));
+  Write(MakeEntryHeader(format_, header));
 } catch (...) {
-  ReRaiseError(kModule, "AddFolder");
+  tmw::ReRaiseError(kModule, "AddFolder");
 }
 
 void StoredRarWriter::Finish() try {
-  Write(rar_blocks::MakeEnd(format_));
+  Write(MakeEnd(format_));
   if (digest_) {
     const std::string trailer = TrailerBytes(*digest_, length_);
     Require(file_->Write(trailer.data(), trailer.size()), package_);
@@ -111,7 +110,7 @@ void StoredRarWriter::Finish() try {
   Require(file_->Close(), package_);
   file_ = nullptr;
 } catch (...) {
-  ReRaiseError(kModule, "Finish");
+  tmw::ReRaiseError(kModule, "Finish");
 }
 
 void StoredRarWriter::Write(std::string_view bytes) {
@@ -135,7 +134,7 @@ void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& 
   Require(file->Flush(), target);
   Require(file->Close(), target);
 } catch (...) {
-  ReRaiseError(kModule, "CopyFileWithIntegrityTrailer");
+  tmw::ReRaiseError(kModule, "CopyFileWithIntegrityTrailer");
 }
 
-}  // namespace tmw
+}  // namespace packing

@@ -8,7 +8,7 @@
 // Headers of RAR packages as bytes. Both formats take the same description of an entry; what does
 // not go with an ordinary stored file is there for packages in several volumes and for trying a
 // reader out.
-namespace tmw::rar_blocks {
+namespace packing {
 
 enum class RarFormat { kRar5, kRar4 };
 
@@ -42,4 +42,4 @@ std::uint32_t UpdateCrc32(std::uint32_t crc, std::string_view bytes);
 // RAR 5: 7 bits a byte, lowest first.
 std::string MakeVint(std::uint64_t value);
 
-}  // namespace tmw::rar_blocks
+}  // namespace packing

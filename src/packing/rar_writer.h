@@ -6,11 +6,11 @@
 #include <optional>
 #include <string>
 
-#include "packages/rar_blocks.h"
+#include "packing/rar_blocks.h"
 #include "ports/file_system.h"
 #include "sha256/sha256.h"
 
-namespace tmw {
+namespace packing {
 
 // Facts of an entry that the disk does not tell on both systems alike.
 struct RarEntryFacts {
@@ -36,8 +36,7 @@ class StoredRarWriter {
   // Creates the package, emptying an old one. with_trailer: integrity data for pack method 2 will
   // follow behind the archive's end. Failures are ProgramErrors, here and below; a package that
   // Finish has not ended is no package.
-  StoredRarWriter(const std::string& package, rar_blocks::RarFormat format,
-                  bool with_trailer = false);
+  StoredRarWriter(const std::string& package, RarFormat format, bool with_trailer = false);
 
   // on_piece is called before every piece of the source that is read or written; what it raises
   // ends the work.
@@ -52,7 +51,7 @@ class StoredRarWriter {
   void Write(std::string_view bytes);
 
   std::string package_;
-  rar_blocks::RarFormat format_;
+  RarFormat format_;
   std::unique_ptr<ports::File> file_;
   std::optional<sha256::Stream> digest_;  // of the package, for its trailer
   std::uint64_t length_ = 0;
@@ -62,4 +61,4 @@ class StoredRarWriter {
 void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target,
                                   const std::function<void()>& on_piece = {});
 
-}  // namespace tmw
+}  // namespace packing
