@@ -76,7 +76,10 @@ floor jet/file "$ground|jet/(errors|values)"
 floor jet/store "$jet_ground|jet/(sql|file|engine)"
 floor transfer "$services"
 floor database "$services"
-floor platform "$ground|jet"
+floor platform "$ground|jet/engine"
+expect_none "jet is included outside the factory of the database port" < <(
+  sources_of . | grep -vE '^src/\.?/?(jet/|platform/(linux|windows)/database\.cpp$)' |
+    find_code '#include "jet/')
 floor engine "$services|transfer|packages|database"
 floor publish "$ground|packing|packages|database|transfer"
 floor jetsql "$ground|database"

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <variant>
 #include <vector>
 
 #include "database/access_helpers.h"
@@ -16,21 +15,12 @@ namespace {
 constexpr const char* kModule = "miDBExport";
 constexpr const char* kExportOrder = "ExportOrder";
 
-// A date always has a text; of the rest, Empty, Null and "" have none.
-bool HasDefault(const ports::DatabaseValue& value) {
-  if (std::holds_alternative<ports::EmptyValue>(value) ||
-      std::holds_alternative<ports::NullValue>(value))
-    return false;
-  const auto* const text = std::get_if<std::string>(&value);
-  return text == nullptr || !text->empty();
-}
-
 std::string FieldLine(const ports::FieldDefinition& field) {
   std::string line =
       "Field:" + field.name + "|" + FieldTypeToStr(field.type) + "|" + std::to_string(field.size);
   if (field.required) line += "|NotNull";
   if (field.allow_zero_length) line += "|AllowZero";
-  if (HasDefault(field.default_value)) line += "|Default:" + VariantToDBString(field.default_value);
+  if (!field.default_value.empty()) line += "|Default:" + VariantToDBString(field.default_value);
   return line;
 }
 

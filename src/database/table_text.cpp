@@ -6,6 +6,7 @@
 
 #include "database/database_texts.h"
 #include "database/db_string.h"
+#include "database/default_text.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
 
@@ -97,7 +98,7 @@ void TableTextReader::ReadField(std::string_view line, ports::TableDefinition& t
   if (rest.starts_with("NotNull")) field.required = CutPiece(rest, '|') == "NotNull";
   if (rest.starts_with("AllowZero")) field.allow_zero_length = CutPiece(rest, '|') == "AllowZero";
   if (rest.starts_with(kDefault)) {
-    field.default_value = DBStringToVariant(rest.substr(kDefault.size()));
+    field.default_value = DefaultText(DBStringToVariant(rest.substr(kDefault.size())));
     rest = {};
   }
   if (!rest.empty()) RaiseProgramError(database_texts::BadFieldLine(std::string(line)));

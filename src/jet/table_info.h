@@ -19,7 +19,6 @@ struct FieldInfo {
   ports::FieldDefinition definition;
   std::string lower_name;
   std::string column;
-  std::string default_text;  // an expression; empty for none
   Target target;
 
   bool IsAutonumber() const { return (definition.attributes & ports::kAutoIncrementField) != 0; }

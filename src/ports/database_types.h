@@ -88,9 +88,8 @@ struct FieldDefinition {
   std::int32_t attributes = 0;
   bool required = false;
   bool allow_zero_length = false;
-  // An expression's text ("0", "\"нет\"", "Date()"); Empty or "" for none. Other kinds of values
-  // become the text of a literal.
-  DatabaseValue default_value;
+  // An expression's text ("0", "\"нет\"", "Date()"); empty for none.
+  std::string default_value;
 };
 
 struct IndexFieldDefinition {

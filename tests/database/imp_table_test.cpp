@@ -66,8 +66,7 @@ TEST_F(ImpTableTest, EveryTypeValueAndIndexComesBackTheSame) {
 TEST_F(ImpTableTest, TwoHundredAndFiftyFiveFieldsAndTheirDefaultsComeBack) {
   ports::TableDefinition table;
   table.name = "Широкая";
-  const ports::DatabaseValue defaults[] = {ports::EmptyValue{}, std::string("\"а|б\""), 2.5,
-                                           ports::DateValue{37000.5}, true};
+  const char* const defaults[] = {"", "\"а|б\"", "2.5", "#04/19/2001 12:00:00#", "True"};
   for (int i = 0; i < 255; ++i) {
     ports::FieldDefinition field;
     field.name = "Поле " + std::to_string(i);

@@ -23,7 +23,7 @@ TEST(TableExport, WritesStructureAndRowsLineByLine) {
   ports::FieldDefinition field;
   field.name = "Вид";
   field.type = ports::DataType::kMemo;
-  field.default_value = std::string("\"нет|\"");
+  field.default_value = "\"нет|\"";
   db->CreateField("Дела", field);
 
   const std::string structure =

@@ -176,7 +176,7 @@ TEST_F(WorkingDbTest, EveryAttributeOfAnAddedFieldIsInTheDatabase) {
   EXPECT_EQ(words,
             "4,4 10,50,zero 10,255 8,8 3,2 1,1 2,1 5,8 7,8 4,4 12,0 6,4 10,33,zero 4,4,required "
             "4,4,counter ");
-  EXPECT_EQ(fields[12].default_value, ports::DatabaseValue(std::string("\"да\"")));
+  EXPECT_EQ(fields[12].default_value, "\"да\"");
   const auto property = [&](const char* field, const char* name) {
     return database->FieldProperty("T", field, name);
   };

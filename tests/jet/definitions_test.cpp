@@ -164,10 +164,10 @@ TEST_F(DefinitionTest, DefaultsFillNewRowsAndPropertiesAreKept) {
   ports::TableDefinition table;
   table.name = "Д";
   table.fields.push_back({"Ид", DataType::kLong, 0, ports::kAutoIncrementField, false, false, {}});
-  table.fields.push_back({"Т", DataType::kText, 10, 0, true, false, std::string("\"нет\"")});
-  table.fields.push_back({"Ч", DataType::kDouble, 0, 0, false, false, 2.5});
-  table.fields.push_back({"Дата", DataType::kDate, 0, 0, false, false, ports::DateValue{37000}});
-  table.fields.push_back({"Л", DataType::kBoolean, 0, 0, false, false, true});
+  table.fields.push_back({"Т", DataType::kText, 10, 0, true, false, "\"нет\""});
+  table.fields.push_back({"Ч", DataType::kDouble, 0, 0, false, false, "2.5"});
+  table.fields.push_back({"Дата", DataType::kDate, 0, 0, false, false, "#04/19/2001#"});
+  table.fields.push_back({"Л", DataType::kBoolean, 0, 0, false, false, "True"});
   db->CreateTable(table);
   EXPECT_EQ(Run("insert into Д (Ч) values (null)"), 0);
   EXPECT_EQ(Run("alter table Д alter column Т text(9)"), 0);
@@ -181,7 +181,7 @@ TEST_F(DefinitionTest, DefaultsFillNewRowsAndPropertiesAreKept) {
             "Long 1, Text нет, Null, Date 37000, True; "
             "Long 2, Text нет, Double 7, Date 37000, True");
   table.name = "Е";
-  table.fields[1].default_value = std::string("нет кавычки\"");
+  table.fields[1].default_value = "нет кавычки\"";
   EXPECT_NE(ErrorOf([&] { db->CreateTable(table); }), 0);
 
   db->SetFieldProperty("Д", "Т", "Description", DataType::kText, std::string("Слова"));

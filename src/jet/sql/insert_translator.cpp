@@ -125,7 +125,7 @@ ports::FieldDefinition FieldOf(const OutputColumn& column) {
 
 std::string OmittedValue(const TableInfo& table, const FieldInfo& field) {
   if (field.IsAutonumber()) return "jet_next_number(" + std::to_string(table.id) + ")";
-  if (!field.default_text.empty()) return TranslateDefault(field);
+  if (!field.definition.default_value.empty()) return TranslateDefault(field);
   const bool must_be_checked = field.target.required || field.target.in_primary_key;
   if (field.definition.type != ports::DataType::kBoolean && !must_be_checked) return {};
   Expression null;

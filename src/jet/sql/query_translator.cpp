@@ -11,8 +11,9 @@ namespace jet::sql {
 
 std::string TranslateDefault(const FieldInfo& field) {
   Scope scope;
-  const ExpressionPtr expression = ParseExpression(field.default_text);
-  std::string sql = ExpressionTranslator(scope, field.default_text).Assigned(*expression, field);
+  const std::string& text = field.definition.default_value;
+  const ExpressionPtr expression = ParseExpression(text);
+  std::string sql = ExpressionTranslator(scope, text).Assigned(*expression, field);
   scope.FailOnUnknown();
   return sql;
 }

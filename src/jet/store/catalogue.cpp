@@ -137,8 +137,7 @@ void Catalogue::LoadFields(TableInfo& table) {
     definition.attributes = static_cast<std::int32_t>(rows.Integer(4));
     definition.required = rows.Integer(5) != 0;
     definition.allow_zero_length = rows.Integer(6) != 0;
-    field.default_text = rows.Text(7);
-    definition.default_value = field.default_text;
+    definition.default_value = rows.Text(7);
     field.lower_name = tmw::LowerCase(definition.name);
     field.target = {definition.name,
                     definition.type,

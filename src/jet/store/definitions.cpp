@@ -10,7 +10,6 @@
 #include "jet/sql/scope.h"
 #include "jet/store/relations.h"
 #include "jet/store/stored_values.h"
-#include "jet/values/default_text.h"
 
 namespace jet {
 namespace {
@@ -27,13 +26,6 @@ void CheckName(const std::string& name) {
                       std::any_of(name.begin(), name.end(),
                                   [](char c) { return static_cast<unsigned char>(c) < 0x20; });
   if (is_bad) Fail(kInvalidName, name);
-}
-
-// The default's expression; a text that is none fails here rather than at the first new record.
-std::string CheckedDefault(const ports::FieldDefinition& field) {
-  std::string text = DefaultText(field.default_value);
-  if (!text.empty()) sql::ParseExpression(text);
-  return text;
 }
 
 bool IsCounter(const ports::FieldDefinition& field) {
@@ -93,7 +85,8 @@ std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
   CheckName(field.name);
   const std::int32_t size = FieldSize(field.type, field.size, field.name);
   if (IsCounter(field) && field.type != ports::DataType::kLong) Fail(kInvalidFieldType, field.name);
-  const std::string default_text = CheckedDefault(field);
+  // A text that is no expression fails here rather than at the first new record.
+  if (!field.default_value.empty()) sql::ParseExpression(field.default_value);
   Statement insert = Prepare(
       "INSERT INTO _jet_field(table_id, ordinal, name, type, size, attributes, required,"
       " allow_zero_length, default_text) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
@@ -102,7 +95,7 @@ std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
   insert.Bind(5, std::int64_t{size}).Bind(6, std::int64_t{field.attributes});
   insert.Bind(7, std::int64_t{field.required ? 1 : 0});
   insert.Bind(8, std::int64_t{field.allow_zero_length ? 1 : 0});
-  insert.Bind(9, std::string_view(default_text));
+  insert.Bind(9, std::string_view(field.default_value));
   insert.Run();
   return session_.Storage().LastRow();
 }

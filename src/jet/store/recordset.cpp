@@ -106,7 +106,7 @@ std::size_t Recordset::TableField(std::size_t position) const {
 }
 
 DatabaseValue Recordset::DefaultValue(const FieldInfo& field) const {
-  if (field.default_text.empty())
+  if (field.definition.default_value.empty())
     return ConvertTo(ports::NullValue{}, field.definition.type, 0, kConversion);
   Statement statement(session_->SharedStorage(), "SELECT " + sql::TranslateDefault(field));
   statement.Step();

@@ -1,9 +1,6 @@
 #include "jet/values/date_literal.h"
 
-#include <array>
-#include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <vector>
 
 #include "foundation/date_parts.h"
@@ -65,17 +62,6 @@ std::optional<double> ParseDateLiteral(std::string_view text) {
   }
   if (next != words.size()) return std::nullopt;
   return tmw::DateFromParts(parts);
-}
-
-std::string DateLiteral(double days) {
-  const tmw::DateParts parts = tmw::PartsOfDate(days);
-  std::array<char, 48> buffer{};
-  static_cast<void>(std::snprintf(buffer.data(), buffer.size(), "#%02d/%02d/%04d %02d:%02d:%02d#",
-                                  parts.month, parts.day, parts.year, parts.hour, parts.minute,
-                                  parts.second));
-  std::string text = buffer.data();
-  if (parts.hour == 0 && parts.minute == 0 && parts.second == 0) text.replace(11, 10, "#");
-  return text;
 }
 
 }  // namespace jet

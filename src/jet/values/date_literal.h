@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace jet {
@@ -10,8 +9,5 @@ namespace jet {
 // YYYY-MM-DD, a time (H:MM[:SS] [AM|PM]), or a day and a time. Years of two digits: 00-29 are
 // 2000-2029, 30-99 are 1930-1999.
 std::optional<double> ParseDateLiteral(std::string_view text);
-
-// A moment as such a literal, "#" included.
-std::string DateLiteral(double days);
 
 }  // namespace jet

@@ -6,6 +6,7 @@
 
 #include "jet/values/date_literal.h"
 #include "jet/values/like.h"
+#include "jet/values/value_text.h"
 #include "tests/jet/database_fixture.h"
 #include "tests/support/database_values.h"
 
@@ -138,24 +139,24 @@ TEST(Like, FollowsJetsWildcards) {
 TEST(DateLiteral, IsReadMonthFirstUnlessItCannotBe) {
   const struct {
     const char* text;
-    const char* literal;
+    const char* moment;
   } cases[] = {
-      {"1/2/2003", "#01/02/2003#"},
-      {"13/2/2003", "#02/13/2003#"},
-      {"1-2-2003", "#01/02/2003#"},
-      {"2003-02-01", "#02/01/2003#"},
-      {"2003/12/31", "#12/31/2003#"},
-      {"1/2/29", "#01/02/2029#"},
-      {"1/2/30", "#01/02/1930#"},
-      {"12/30/1899", "#12/30/1899#"},
-      {" 1/2/2003  4:05 ", "#01/02/2003 04:05:00#"},
-      {"1/2/2003 4:05:06 PM", "#01/02/2003 16:05:06#"},
-      {"12:00 am", "#12/30/1899#"},
-      {"12:30 pm", "#12/30/1899 12:30:00#"},
+      {"1/2/2003", "02.01.2003"},
+      {"13/2/2003", "13.02.2003"},
+      {"1-2-2003", "02.01.2003"},
+      {"2003-02-01", "01.02.2003"},
+      {"2003/12/31", "31.12.2003"},
+      {"1/2/29", "02.01.2029"},
+      {"1/2/30", "02.01.1930"},
+      {"12/30/1899", "30.12.1899"},
+      {" 1/2/2003  4:05 ", "02.01.2003 4:05:00"},
+      {"1/2/2003 4:05:06 PM", "02.01.2003 16:05:06"},
+      {"12:00 am", "30.12.1899"},
+      {"12:30 pm", "12:30:00"},
   };
   for (const auto& c : cases) {
     const auto days = jet::ParseDateLiteral(c.text);
-    EXPECT_EQ(days ? jet::DateLiteral(*days) : "", c.literal) << c.text;
+    EXPECT_EQ(days ? jet::DateText(*days) : "", c.moment) << c.text;
   }
   for (const char* const refused : {"", "13/13/2003", "2/30/2003", "1/2", "1/2/3/4", "25:00",
                                     "13:00 pm", "1/2/2003 x", "4:05 1/2/2003", "1.2.2003"})

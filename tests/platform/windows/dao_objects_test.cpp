@@ -157,7 +157,7 @@ TEST_F(DaoObjectsTest, DefinitionsAreReadMemberByMember) {
   EXPECT_EQ(read.size, 30);
   EXPECT_TRUE(read.required);
   EXPECT_FALSE(read.allow_zero_length);
-  EXPECT_EQ(read.default_value, ports::DatabaseValue(std::string("0")));
+  EXPECT_EQ(read.default_value, "0");
   ASSERT_EQ(definition.indexes.size(), 1U);
   EXPECT_TRUE(definition.indexes[0].primary && definition.indexes[0].fields[0].descending);
   EXPECT_FALSE(definition.indexes[0].ignore_nulls);
@@ -167,8 +167,8 @@ TEST_F(DaoObjectsTest, ATableIsMadeOfItsPartsAndAppended) {
   DaoDatabase dao(database.Own());
   ports::TableDefinition definition;
   definition.name = "Дела";
-  definition.fields.push_back({"Имя", ports::DataType::kText, 0, ports::kAutoIncrementField, true,
-                               true, ports::DateValue{36892}});
+  definition.fields.push_back(
+      {"Имя", ports::DataType::kText, 0, ports::kAutoIncrementField, true, true, "#01/01/2001#"});
   definition.indexes.push_back({"Ключ", true, false, false, false, false, {{"Имя", true}}});
   dao.CreateTable(definition);
   const std::vector<std::string> expected = {

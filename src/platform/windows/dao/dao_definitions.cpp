@@ -1,6 +1,5 @@
 #include "platform/windows/dao/dao_definitions.h"
 
-#include "jet/values/default_text.h"
 #include "platform/windows/dao/dao_values.h"
 
 namespace platform {
@@ -18,7 +17,7 @@ ports::FieldDefinition ReadField(const DaoObject& field) {
   definition.attributes = LongOf(field.Get(L"Attributes"));
   definition.required = BooleanOf(field.Get(L"Required"));
   definition.allow_zero_length = BooleanOf(field.Get(L"AllowZeroLength"));
-  definition.default_value = field.Get(L"DefaultValue");
+  definition.default_value = TextOf(field.Get(L"DefaultValue"));
   return definition;
 }
 
@@ -65,8 +64,7 @@ DaoObject MakeField(const DaoObject& table, const ports::FieldDefinition& defini
   field.Put(L"Required", definition.required);
   if (definition.type == ports::DataType::kText || definition.type == ports::DataType::kMemo)
     field.Put(L"AllowZeroLength", definition.allow_zero_length);
-  const std::string default_text = jet::DefaultText(definition.default_value);
-  if (!default_text.empty()) field.Put(L"DefaultValue", default_text);
+  if (!definition.default_value.empty()) field.Put(L"DefaultValue", definition.default_value);
   return field;
 }
 
