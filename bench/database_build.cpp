@@ -15,6 +15,7 @@
 #include "ports/clock.h"
 #include "ports/host.h"
 #include "ports/ports.h"
+#include "services/updater_events.h"
 
 namespace {
 
@@ -24,17 +25,15 @@ class NoWaits final : public ports::Clock {
   std::int64_t TickCount() override { return 0; }
 };
 
-class SilentEvents final : public tmw::BuildEvents {
+class SilentEvents final : public tmw::UpdaterEvents {
  public:
-  void SetMainAction(const std::string& /*text*/) override {}
-  void SetSubAction(const std::string& /*text*/) override {}
-  void SetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
-  void SetProgress(std::int32_t /*value*/) override {}
-  bool CancelPressed() override { return false; }
-  void DownloadError(const std::string& message) override {
-    std::fprintf(stderr, "%s\n", message.c_str());
-  }
-  void OnCopyingUserDatabase() override {}
+  void OnSetMainAction(const std::string& /*text*/) override {}
+  void OnSetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
+  void OnSetProgress(std::int32_t /*value*/) override {}
+  void OnSetSubAction(const std::string& /*text*/) override {}
+  void OnSetButtonMode(std::int32_t /*mode*/) override {}
+  void OnSetIcon(const std::string& /*name*/) override {}
+  void OnCheckCancelPressed(bool& /*cancel*/) override {}
 };
 
 bool Build(const std::string& folder) {

@@ -9,11 +9,11 @@
 #include "ports/clock.h"
 #include "ports/database.h"
 #include "ports/ports.h"
+#include "services/run_module.h"
 
 namespace tmw {
 namespace {
 
-constexpr const char* kModule = "KsUpdater";
 constexpr std::int32_t kAfterCompactingMs = 1000;
 
 }  // namespace
@@ -39,7 +39,7 @@ void PackDataBase(const std::string& path) try {
   DeleteFileRepeatedly(path);
   MoveFile(packed, path);
 } catch (...) {
-  ReRaiseError(kModule, "PackDataBase");
+  ReRaiseError(kRunModule, "PackDataBase");
 }
 
 }  // namespace tmw

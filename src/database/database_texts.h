@@ -9,8 +9,10 @@
 // What the database rooms say.
 namespace tmw::database_texts {
 
-inline constexpr const char* kUpdateErrorTitle = "Ошибка обновления базы данных";
-inline constexpr const char* kFileInUseTitle = "Файл уже используется";
+// Databases, as messages about a file describe it.
+inline constexpr const char* kUserDatabase = "базы данных";
+inline constexpr const char* kWorkingCopy = "рабочей копии базы данных";
+inline constexpr const char* kNewDatabase = "новой базы данных";
 
 inline std::string FileMissing(const std::string& description, const std::string& path) {
   return "Отсутствует или не найден файл " + description + ":\r\n" + path;
@@ -25,20 +27,16 @@ inline std::string CannotOpen(const std::string& description, const std::string&
 inline std::string FileInUse(const std::string& description, const std::string& path) {
   return "Файл " + description + " (" + path +
          ") не может быть открыт в монопольном режиме, поскольку он уже открыт и используется еще "
-         "какой-то программой помимо программы обновления. "
-         "\r\n\r\n"
+         "какой-то программой помимо программы обновления. \r\n\r\n"
          "Для дальнейшей работы программы обновления этот файл необходимо открыть в монопольном "
-         "режиме."
-         "\r\n\r\n"
+         "режиме.\r\n\r\n"
          "Нажмите \"Да\", чтобы повторить попытку (перед этим необходимо найти и закрыть "
          "программу, использующую нужный файл). Нажмите \"Нет\", чтобы прервать работу программы "
-         "обновления."
-         "\r\n\r\n"
+         "обновления.\r\n\r\n"
          "Повторить попытку?";
 }
 
 // Update scripts.
-inline constexpr const char* kErrorTitle = "Ошибка";
 inline constexpr const char* kMigrationNotSupplied =
     "В этой версии программы обновления такого преобразования данных нет.";
 inline constexpr const char* kMigrationUnknown =
@@ -97,7 +95,6 @@ inline std::string ScriptMissing(const std::string& version) {
 }
 
 // Building the databases.
-inline constexpr const char* kWorkingCopy = "рабочей копии базы данных";
 inline constexpr const char* kBuildingReference = "Формирование справочной базы данных...";
 inline constexpr const char* kBuildingWorking = "Обновление рабочей базы данных...";
 inline constexpr const char* kCopyingExisting = "Копирование существующей базы...";

@@ -9,11 +9,11 @@
 #include "database/database_texts.h"
 #include "foundation/error_handling.h"
 #include "foundation/version.h"
+#include "services/run_module.h"
 
 namespace tmw {
 namespace {
 
-constexpr const char* kModule = "KsUpdater";
 constexpr std::array<const char*, 3> kColumns = {"MajorVersion", "MinorVersion", "BuildNumber"};
 
 // The columns are numeric, of whatever size.
@@ -61,7 +61,7 @@ DbVersion GetDataBaseVersion(ports::Database& database) try {
     version[i] = ToLong(rows->Value(rows->FieldPosition(kColumns[i])));
   return version;
 } catch (...) {
-  ReRaiseError(kModule, "GetDataBaseVersion");
+  ReRaiseError(kRunModule, "GetDataBaseVersion");
 }
 
 std::string SetDataBaseVersionSql(const DbVersion& version) {

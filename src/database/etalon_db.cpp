@@ -19,25 +19,24 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_names.h"
+#include "services/run_module.h"
 
 namespace tmw {
 namespace {
-
-constexpr const char* kModule = "KsUpdater";
 
 // Fills the tables one after another; the user database is opened once, when a dictionary first
 // comes from there.
 class TableCreator {
  public:
-  TableCreator(const DatabaseBuild& build, BuildEvents& events, ports::Database& database)
+  TableCreator(const DatabaseBuild& build, UpdaterEvents& events, ports::Database& database)
       : build_(build), events_(events), database_(database) {}
 
   bool Create(const WuTableNode& table) {
     ImpTable importer;
     importer.SetTableName(table.TableName);
     if (!table.IsUser && !table.NeedUpdate) return Carry(table.TableName, importer);
-    events_.SetSubAction(table.IsUser ? database_texts::CreatingTable(table.TableName)
-                                      : database_texts::ImportingDictionary(table.TableName));
+    events_.OnSetSubAction(table.IsUser ? database_texts::CreatingTable(table.TableName)
+                                        : database_texts::ImportingDictionary(table.TableName));
     const std::string& folder = table.IsUser ? build_.StructuresFolder : build_.LoadedFolder;
     const auto ending = table.IsUser ? names::kTableStructureEnding : names::kTableEnding;
     importer.ImportFromFile(JoinPath(folder, table.TableName + std::string(ending)), database_);
@@ -45,11 +44,11 @@ class TableCreator {
     return true;
   }
 
-  bool CheckCounts() { return counts_.Check(database_, events_); }
+  bool CheckCounts() { return counts_.Check(database_); }
 
  private:
   bool Carry(const std::string& table, ImpTable& importer) {
-    events_.SetSubAction(database_texts::CarryingDictionary(table));
+    events_.OnSetSubAction(database_texts::CarryingDictionary(table));
     if (!user_database_) user_database_ = GetUserDB();
     if (!user_database_) return false;
     importer.ImportFromString(ExportTableToString(table, false, user_database_.get()), database_);
@@ -58,7 +57,7 @@ class TableCreator {
   }
 
   const DatabaseBuild& build_;
-  BuildEvents& events_;
+  UpdaterEvents& events_;
   ports::Database& database_;
   std::unique_ptr<ports::Database> user_database_;
   RowCounts counts_;
@@ -81,32 +80,32 @@ void DeleteFreeTables(std::vector<std::string>& tables, ports::Database& databas
   if (deleted == 0) std::rethrow_exception(failure);
 }
 
-bool Build(const DatabaseBuild& build, BuildEvents& events) {
+bool Build(const DatabaseBuild& build, UpdaterEvents& events) {
   const std::string path = BuiltReferencePath(build.StructuresFolder);
-  events.SetSubAction(database_texts::kCopyingExisting);
+  events.OnSetSubAction(database_texts::kCopyingExisting);
   CopyUserDatabase(path);
   if (events.CancelPressed()) return false;
-  events.SetSubAction(database_texts::kOpening);
+  events.OnSetSubAction(database_texts::kOpening);
   const auto database = OpenMdb(path, database_texts::kWorkingCopy, true, false);
   if (!database) return false;
-  events.SetSubAction(database_texts::kDeletingObsolete);
+  events.OnSetSubAction(database_texts::kDeletingObsolete);
   if (!DeteleUnnecessaryTables(build, *database) || events.CancelPressed()) return false;
-  events.SetSubAction("");
+  events.OnSetSubAction("");
   if (!CreateTablesInEtalonDB(build, events, *database) || events.CancelPressed()) return false;
-  events.SetupProgress(0, false);
-  events.SetSubAction(database_texts::kSavingVersion);
+  events.OnSetupProgress(0, false);
+  events.OnSetSubAction(database_texts::kSavingVersion);
   database_utils::TmExecuteSql(SetDataBaseVersionSql(build.TargetVersion), database.get());
   database->Close();
   FlushDBEngine();
-  events.SetSubAction(database_texts::kCompacting);
+  events.OnSetSubAction(database_texts::kCompacting);
   PackDataBase(path);
   return true;
 }
 
 }  // namespace
 
-bool BuildEtalonDB(const DatabaseBuild& build, BuildEvents& events) {
-  events.SetMainAction(database_texts::kBuildingReference);
+bool BuildEtalonDB(const DatabaseBuild& build, UpdaterEvents& events) {
+  events.OnSetMainAction(database_texts::kBuildingReference);
   const bool result = Build(build, events);
   events.ClearProgress();
   return result;
@@ -123,24 +122,24 @@ bool DeteleUnnecessaryTables(const DatabaseBuild& build, ports::Database& databa
     DeleteFreeTables(unnecessary, database);
   return true;
 } catch (...) {
-  ReRaiseError(kModule, "DeteleUnnecessaryTables");
+  ReRaiseError(kRunModule, "DeteleUnnecessaryTables");
 }
 
-bool CreateTablesInEtalonDB(const DatabaseBuild& build, BuildEvents& events,
+bool CreateTablesInEtalonDB(const DatabaseBuild& build, UpdaterEvents& events,
                             ports::Database& database) try {
-  events.SetupProgress(static_cast<std::int32_t>(build.Tables->size()), false);
+  events.OnSetupProgress(static_cast<std::int32_t>(build.Tables->size()), false);
   TableCreator creator(build, events, database);
   std::int32_t count = 0;
   for (const WuTableNode& table : *build.Tables) {
     if (!creator.Create(table)) return false;
-    events.SetProgress(++count);
+    events.OnSetProgress(++count);
     if (events.CancelPressed()) return false;
   }
   if (!creator.CheckCounts()) return false;
-  events.SetupProgress(0, false);
+  events.OnSetupProgress(0, false);
   return true;
 } catch (...) {
-  ReRaiseError(kModule, "CreateTablesInEtalonDB");
+  ReRaiseError(kRunModule, "CreateTablesInEtalonDB");
 }
 
 }  // namespace tmw

@@ -9,20 +9,16 @@
 #include "ports/clock.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "services/box_titles.h"
+#include "services/message_boxes.h"
+#include "services/run_module.h"
 
 namespace tmw {
 namespace {
 
-constexpr const char* kModule = "KsUpdater";
-constexpr const char* kUserDatabase = "базы данных";
 constexpr int kSilentRetries = 10;
 constexpr std::int32_t kSilentWait = 1000;  // milliseconds
 constexpr std::int32_t kAskedWait = 500;
-
-void Warn(const std::string& text) {
-  ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning,
-                                               database_texts::kUpdateErrorTitle, text);
-}
 
 bool IsInUse(std::int32_t number) {
   return number == ports::kOpenedExclusively || number == ports::kFileAlreadyInUse;
@@ -35,7 +31,7 @@ bool AwaitNextAttempt(int failures, const std::string& path, const std::string& 
     ports.clock->Sleep(kSilentWait);
     return true;
   }
-  if (!ports.front_end->AskYesNo(database_texts::kFileInUseTitle,
+  if (!ports.front_end->AskYesNo(box_titles::kFileInUse,
                                  database_texts::FileInUse(description, path))) {
     return false;
   }
@@ -49,7 +45,7 @@ bool AwaitNextAttempt(int failures, const std::string& path, const std::string& 
 std::unique_ptr<ports::Database> OpenMdb(const std::string& path, const std::string& description,
                                          bool exclusive, bool read_only) try {
   if (!IsFileExists(path)) {
-    Warn(database_texts::FileMissing(description, path));
+    ShowWarning(box_titles::kDatabaseError, database_texts::FileMissing(description, path));
     return nullptr;
   }
   for (int failures = 1;; ++failures) {
@@ -57,24 +53,25 @@ std::unique_ptr<ports::Database> OpenMdb(const std::string& path, const std::str
       return ports::CurrentPorts().database->OpenDatabase(path, exclusive, read_only);
     } catch (const ports::DatabaseError& error) {
       if (!exclusive || !IsInUse(error.Number)) {
-        Warn(database_texts::CannotOpen(description, path, error.Description));
+        ShowWarning(box_titles::kDatabaseError,
+                    database_texts::CannotOpen(description, path, error.Description));
         return nullptr;
       }
     }
     if (!AwaitNextAttempt(failures, path, description)) return nullptr;
   }
 } catch (...) {
-  ReRaiseError(kModule, "OpenMdb");
+  ReRaiseError(kRunModule, "OpenMdb");
 }
 
 std::unique_ptr<ports::Database> GetUserDB() try {
-  return OpenMdb(database_utils::GetUserDBFileName(), kUserDatabase, true, false);
+  return OpenMdb(database_utils::GetUserDBFileName(), database_texts::kUserDatabase, true, false);
 } catch (...) {
-  ReRaiseError(kModule, "GetUserDB");
+  ReRaiseError(kRunModule, "GetUserDB");
 }
 
 std::unique_ptr<ports::Database> GetUserDBForReading() {
-  return OpenMdb(database_utils::GetUserDBFileName(), kUserDatabase, true, true);
+  return OpenMdb(database_utils::GetUserDBFileName(), database_texts::kUserDatabase, true, true);
 }
 
 }  // namespace tmw

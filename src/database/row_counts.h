@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "database/build_events.h"
 #include "ports/database.h"
 
 namespace tmw {
@@ -14,8 +13,8 @@ class RowCounts {
  public:
   void Expect(const std::string& table, std::int64_t rows) { expected_.push_back({table, rows}); }
 
-  // False when a table differs: the user has been told which, and both numbers.
-  bool Check(ports::Database& database, BuildEvents& events) const;
+  // Reports the first table that differs, with both numbers, and returns false.
+  bool Check(ports::Database& database) const;
 
  private:
   struct Expectation {

@@ -15,11 +15,11 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "services/message_boxes.h"
+#include "services/run_module.h"
 
 namespace tmw {
 namespace {
-
-constexpr const char* kModule = "KsUpdater";
 
 // Everything but the dictionaries that have just been replaced.
 bool ExpectUserRows(const std::set<std::string>& replaced, RowCounts& counts) {
@@ -31,19 +31,18 @@ bool ExpectUserRows(const std::set<std::string>& replaced, RowCounts& counts) {
   return true;
 }
 
-bool Build(const DatabaseBuild& build, BuildEvents& events) {
+bool Build(const DatabaseBuild& build, UpdaterEvents& events) {
   const std::string path = BuiltWorkingPath(build.ScriptsFolder);
-  events.SetSubAction(database_texts::kMakingTemporaryCopy);
-  events.OnCopyingUserDatabase();
+  events.OnSetSubAction(database_texts::kMakingTemporaryCopy);
   CopyUserDatabase(path);
   if (events.CancelPressed()) return false;
-  events.SetSubAction(database_texts::kOpening);
+  events.OnSetSubAction(database_texts::kOpening);
   const auto database = OpenMdb(path, database_texts::kWorkingCopy, true, false);
   if (!database) return false;
   if (!CopyDictsIntoWorkingDB(build, events, *database) || events.CancelPressed()) return false;
   if (!RunUpdateScriptsOnWorkingDB(build, events, *database) || events.CancelPressed())
     return false;
-  events.SetSubAction(database_texts::kCompacting);
+  events.OnSetSubAction(database_texts::kCompacting);
   database->Close();
   FlushDBEngine();
   PackDataBase(path);
@@ -52,20 +51,20 @@ bool Build(const DatabaseBuild& build, BuildEvents& events) {
 
 }  // namespace
 
-bool BuildWorkingDB(const DatabaseBuild& build, BuildEvents& events) {
-  events.SetMainAction(database_texts::kBuildingWorking);
+bool BuildWorkingDB(const DatabaseBuild& build, UpdaterEvents& events) {
+  events.OnSetMainAction(database_texts::kBuildingWorking);
   const bool result = Build(build, events);
   events.ClearProgress();
   return result;
 }
 
-bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, BuildEvents& events,
+bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, UpdaterEvents& events,
                             ports::Database& database) try {
   RowCounts counts;
   std::set<std::string> replaced;
   for (const WuTableNode& table : *build.Tables) {
     if (table.NeedUpdate && !table.IsUser) {
-      events.SetSubAction(database_texts::ImportingDictionary(table.TableName));
+      events.OnSetSubAction(database_texts::ImportingDictionary(table.TableName));
       ImpTable importer;
       importer.SetTableName(table.TableName);
       importer.ImportFromFile(
@@ -77,12 +76,12 @@ bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, BuildEvents& events,
     if (events.CancelPressed()) return false;
   }
   FlushDBEngine();
-  return ExpectUserRows(replaced, counts) && counts.Check(database, events);
+  return ExpectUserRows(replaced, counts) && counts.Check(database);
 } catch (...) {
-  ReRaiseError(kModule, "CopyDictsIntoWorkingDB");
+  ReRaiseError(kRunModule, "CopyDictsIntoWorkingDB");
 }
 
-bool LoadUpdateScripts(const DatabaseBuild& build, BuildEvents& events, ScriptSet& scripts) try {
+bool LoadUpdateScripts(const DatabaseBuild& build, ScriptSet& scripts) try {
   scripts.clear();
   for (const std::string& name :
        CollectFileNamesInFolder(build.ScriptsFolder, std::string(names::kScriptMask))) {
@@ -93,29 +92,29 @@ bool LoadUpdateScripts(const DatabaseBuild& build, BuildEvents& events, ScriptSe
     if (loaded == WuDbVerUpdate::kOtherProduct) continue;
     const std::string version = script.FromVersionText();
     if (!scripts.emplace(version + "_", std::move(script)).second) {
-      events.DownloadError(database_texts::ScriptTwice(version));
+      DownloadError(database_texts::ScriptTwice(version));
       return false;
     }
   }
   return true;
 } catch (...) {
-  ReRaiseError(kModule, "LoadUpdateScripts");
+  ReRaiseError(kRunModule, "LoadUpdateScripts");
 }
 
-bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, BuildEvents& events,
+bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, UpdaterEvents& events,
                                  ports::Database& database) try {
-  events.SetSubAction(database_texts::kReadingScripts);
+  events.OnSetSubAction(database_texts::kReadingScripts);
   ScriptSet scripts;
-  if (!LoadUpdateScripts(build, events, scripts)) return false;
+  if (!LoadUpdateScripts(build, scripts)) return false;
   DbVersion version = GetDataBaseVersion(database);
   while (version < build.TargetVersion) {
     const auto found = scripts.find(DbVersionText(version) + "_");
     if (found == scripts.end()) {
-      events.DownloadError(database_texts::ScriptMissing(DbVersionText(version)));
+      DownloadError(database_texts::ScriptMissing(DbVersionText(version)));
       return false;
     }
     const WuDbVerUpdate& script = found->second;
-    events.SetSubAction(
+    events.OnSetSubAction(
         database_texts::RunningScript(script.FromVersionText(), script.ToVersionText()));
     if (!script.Execute(database)) return false;
     version = script.ToVersion();
@@ -124,7 +123,7 @@ bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, BuildEvents& events
   FlushDBEngine();
   return true;
 } catch (...) {
-  ReRaiseError(kModule, "RunUpdateScriptsOnWorkingDB");
+  ReRaiseError(kRunModule, "RunUpdateScriptsOnWorkingDB");
 }
 
 }  // namespace tmw

@@ -3,19 +3,14 @@
 #include "database/database_texts.h"
 #include "database/transaction.h"
 #include "foundation/error_handling.h"
-#include "ports/front_end.h"
-#include "ports/ports.h"
+#include "services/box_titles.h"
+#include "services/message_boxes.h"
 
 namespace tmw {
 namespace {
 
 constexpr const char* kModule = "WuDbVerUpdate";
 constexpr const char* kRootEnding = "_Database_Update";
-
-void ShowError(const std::string& text) {
-  ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning,
-                                               database_texts::kErrorTitle, text);
-}
 
 }  // namespace
 
@@ -85,11 +80,11 @@ bool WuDbVerUpdate::Execute(ports::Database& database) const try {
 }
 
 void WuDbVerUpdate::LoadingError(const std::string& reason) const {
-  ShowError(database_texts::ScriptNotLoaded(file_, reason));
+  ShowWarning(box_titles::kError, database_texts::ScriptNotLoaded(file_, reason));
 }
 
 void WuDbVerUpdate::ExecutingError(const std::string& reason) const {
-  ShowError(database_texts::ScriptFailed(to_text_, reason));
+  ShowWarning(box_titles::kError, database_texts::ScriptFailed(to_text_, reason));
 }
 
 }  // namespace tmw

@@ -51,26 +51,22 @@ DatabaseBuild KsUpdater::MakeDatabaseBuild() const {
 }
 
 bool KsUpdater::BuildEtalonDB() try {
-  return tmw::BuildEtalonDB(MakeDatabaseBuild(), *this);
+  return tmw::BuildEtalonDB(MakeDatabaseBuild(), events_);
 } catch (...) {
   ReRaiseError(kModule, "BuildEtalonDB");
 }
 
 bool KsUpdater::BuildWorkingDB() try {
-  return tmw::BuildWorkingDB(MakeDatabaseBuild(), *this);
+  // What is written to the user database from now on may not be in the working one.
+  user_database_hash_ = HashOfUserRows();
+  return tmw::BuildWorkingDB(MakeDatabaseBuild(), events_);
 } catch (...) {
   ReRaiseError(kModule, "BuildWorkingDB");
 }
 
-void KsUpdater::OnCopyingUserDatabase() try {
-  user_database_hash_ = HashOfUserRows();
-} catch (...) {
-  ReRaiseError(kModule, "OnCopyingUserDatabase");
-}
-
 bool KsUpdater::BackupUserDB() try {
   SetMainAction(engine_texts::kBackingUp);
-  const bool result = PackUserDatabase(*this);
+  const bool result = PackUserDatabase();
   SetMainAction("");
   SetSubAction("");
   return result;
@@ -85,7 +81,7 @@ bool KsUpdater::CopyNewUserDB() try {
   SetSubAction(engine_texts::kPlacingWorking);
   const DatabaseBuild build = MakeDatabaseBuild();
   const bool result = ReplaceUserDatabase(BuiltWorkingPath(release_.Scripts), build.TargetVersion,
-                                          user_database_hash_, *this);
+                                          user_database_hash_);
   if (result) {
     SetSubAction(engine_texts::kPlacingScripts);
     PlaceScripts(release_.Scripts);

@@ -11,7 +11,6 @@ namespace tmw::engine_texts {
 inline const std::string kBreak{kCrLf};
 
 // Titles.
-inline constexpr const char* kLoadingError = "Ошибка загрузки";
 inline constexpr const char* kUpdaterTitle = "Программа обновления";
 inline constexpr const char* kUpdateTitle = "Обновление программы";
 inline constexpr const char* kNotNeededTitle = "Обновления не требуется";
@@ -206,7 +205,6 @@ inline constexpr const char* kDatabaseChanged =
     "Пока готовилась новая база данных, другая программа изменила рабочую базу данных. "
     "Рабочая база данных оставлена без изменений. Закройте все программы, работающие с этой базой "
     "данных, и запустите обновление еще раз.";
-inline constexpr const char* kNewDatabase = "новой базы данных";
 
 inline std::string BackupFailed(const std::string& reason) {
   return "Ошибка создания резервной копии базы данных:" + kBreak + reason;

@@ -20,24 +20,11 @@ namespace {
 
 constexpr const char* kModule = "KsUpdater";
 
-void ShowInformation(const char* title, const std::string& text) {
-  ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kInformation, title, text);
-}
-
 std::string WithSlashAtEnd(const std::string& url) {
   return url.ends_with("/") ? url : url + "/";
 }
 
 }  // namespace
-
-void DownloadError(const std::string& message) {
-  ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning,
-                                               engine_texts::kLoadingError, message);
-}
-
-void KsUpdater::DownloadError(const std::string& message) {
-  tmw::DownloadError(message);
-}
 
 KsUpdater::KsUpdater(UpdaterEvents& events, std::function<void()> exit_updater)
     : events_(events), exit_updater_(std::move(exit_updater)) {}
@@ -170,14 +157,6 @@ std::string KsUpdater::ParseConsts(const std::string& text) const try {
   return ExpandFolderConstants(text, consts_);
 } catch (...) {
   ReRaiseError(kModule, "ParseConsts");
-}
-
-bool KsUpdater::CancelPressed() try {
-  bool cancel = false;
-  events_.OnCheckCancelPressed(cancel);
-  return cancel;
-} catch (...) {
-  ReRaiseError(kModule, "CancelPressed");
 }
 
 }  // namespace tmw

@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "database/build_events.h"
 #include "database/database_build.h"
 #include "database/table_lookup.h"
 #include "engine/records.h"
 #include "engine/release_paths.h"
 #include "ports/database.h"
 #include "ports/xml_document.h"
+#include "services/message_boxes.h"
 #include "services/updater_events.h"
 #include "transfer/inet_file_downloader.h"
 
@@ -22,7 +22,7 @@ namespace tmw {
 
 // One update run. Execute calls the stages one after another; a stage returns "go on" and has told
 // the user when it returns false. One object per run, one Execute per object.
-class KsUpdater final : private DownloaderEvents, private BuildEvents {
+class KsUpdater final : private DownloaderEvents {
  public:
   // The listener outlives the run. exit_updater ends this process once the next updater runs.
   KsUpdater(UpdaterEvents& events, std::function<void()> exit_updater);
@@ -55,15 +55,14 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
   bool Initialize();
   bool CreateTempDir();
   std::string ParseConsts(const std::string& text) const;
-  bool CancelPressed() override;
-  void SetMainAction(const std::string& text) override { events_.OnSetMainAction(text); }
-  void SetSubAction(const std::string& text) override { events_.OnSetSubAction(text); }
-  void SetupProgress(std::int32_t max, bool show_count) override {
+  bool CancelPressed() { return events_.CancelPressed(); }
+  void ClearProgress() { events_.ClearProgress(); }
+  void SetMainAction(const std::string& text) { events_.OnSetMainAction(text); }
+  void SetSubAction(const std::string& text) { events_.OnSetSubAction(text); }
+  void SetupProgress(std::int32_t max, bool show_count) {
     events_.OnSetupProgress(max, show_count);
   }
-  void SetProgress(std::int32_t value) override { events_.OnSetProgress(value); }
-  void DownloadError(const std::string& message) override;
-  void OnCopyingUserDatabase() override;
+  void SetProgress(std::int32_t value) { events_.OnSetProgress(value); }
   void SetButtonMode(std::int32_t mode) { events_.OnSetButtonMode(mode); }
   void SetIcon(const std::string& name) { events_.OnSetIcon(name); }
 
@@ -189,8 +188,5 @@ class KsUpdater final : private DownloaderEvents, private BuildEvents {
 
 // False also when the database cannot tell.
 bool TableExists(const std::string& table, ports::Database& database);
-
-// A warning titled "Ошибка загрузки".
-void DownloadError(const std::string& message);
 
 }  // namespace tmw

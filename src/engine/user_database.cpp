@@ -6,6 +6,7 @@
 
 #include "database/access_helpers.h"
 #include "database/database_paths.h"
+#include "database/database_texts.h"
 #include "database/open_mdb.h"
 #include "engine/engine_texts.h"
 #include "foundation/api_errors.h"
@@ -16,6 +17,7 @@
 #include "packages/tm_zipper.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
+#include "services/message_boxes.h"
 #include "sha256/sha256.h"
 
 namespace tmw {
@@ -24,17 +26,17 @@ namespace {
 constexpr std::size_t kPageBytes = 4096;
 constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 
-bool IsGoodCopy(const std::string& copy, const std::string& built, const DbVersion& target_version,
-                BuildEvents& events) {
+bool IsGoodCopy(const std::string& copy, const std::string& built,
+                const DbVersion& target_version) {
   if (GetFileHash(copy) != GetFileHash(built)) {
-    events.DownloadError(engine_texts::CopyDiffers(built, copy));
+    DownloadError(engine_texts::CopyDiffers(built, copy));
     return false;
   }
-  const auto database = OpenMdb(copy, engine_texts::kNewDatabase, true, true);
+  const auto database = OpenMdb(copy, database_texts::kNewDatabase, true, true);
   if (!database) return false;
   const DbVersion version = GetDataBaseVersion(*database);
   if (version >= target_version) return true;
-  events.DownloadError(engine_texts::NewDatabaseTooOld(DbVersionText(version)));
+  DownloadError(engine_texts::NewDatabaseTooOld(DbVersionText(version)));
   return false;
 }
 
@@ -58,13 +60,13 @@ ports::Outcome<std::string> TryHashOfUserRows() {
 // A hash and not the number of rows: a changed amount leaves that as it was. Nobody else may write
 // meanwhile: the file is held by the engine or, where that keeps it from being read, by the
 // reading.
-bool IsUnchanged(const std::string& hash, BuildEvents& events) {
+bool IsUnchanged(const std::string& hash) {
   const auto database = GetUserDBForReading();
   if (!database) return false;
   const auto present = TryHashOfUserRows();
   database->Close();
   if ((present ? present.value : HashOfUserRows()) == hash) return true;
-  events.DownloadError(engine_texts::kDatabaseChanged);
+  DownloadError(engine_texts::kDatabaseChanged);
   return false;
 }
 
@@ -101,7 +103,7 @@ std::string HashOfUserRows() {
   return hash.value;
 }
 
-bool PackUserDatabase(BuildEvents& events) {
+bool PackUserDatabase() {
   const auto database = GetUserDBForReading();
   if (!database) return false;
   const DbVersion version = GetDataBaseVersion(*database);
@@ -117,7 +119,7 @@ bool PackUserDatabase(BuildEvents& events) {
   zipper.RootDir = SplitFileName(file).Folder;
   const std::int32_t result = zipper.DoZipping();
   if (result != 0) {
-    events.DownloadError(engine_texts::BackupFailed(GetZipResultText(result)));
+    DownloadError(engine_texts::BackupFailed(GetZipResultText(result)));
     return false;
   }
   // Whoever may not read the books may not read their backup either.
@@ -126,17 +128,17 @@ bool PackUserDatabase(BuildEvents& events) {
 }
 
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
-                         const std::string& hash, BuildEvents& events) {
+                         const std::string& hash) {
   const std::string database = UserDatabasePlace();
   const std::string copy = NewUserDatabasePath();
   CopyFile(built, copy);
-  if (!IsGoodCopy(copy, built, target_version, events)) {
+  if (!IsGoodCopy(copy, built, target_version)) {
     DeleteFile(copy, true);
     return false;
   }
   // A file that somebody has open can be deleted on some systems; what he writes would be lost.
   if (IsFileExists(database)) {
-    if (!IsUnchanged(hash, events)) {
+    if (!IsUnchanged(hash)) {
       DeleteFile(copy, true);
       return false;
     }

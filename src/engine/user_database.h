@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "database/build_events.h"
 #include "database/db_version.h"
 
 // The user database's change to the next one. Its rows exist whole at every moment, in one of two
@@ -19,7 +18,7 @@ void ForgetUnusedCopy();
 
 // Packs the user database into a zip file beside it, unless one of its build is there. False: the
 // user has been told.
-bool PackUserDatabase(BuildEvents& events);
+bool PackUserDatabase();
 
 // Of all pages of the user database but the first, in which an engine notes who has it open.
 std::string HashOfUserRows();
@@ -28,6 +27,6 @@ std::string HashOfUserRows();
 // been written to since, and stays. The built one goes when the new one is in its place. False,
 // with the old one in its place: the user has been told.
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
-                         const std::string& hash, BuildEvents& events);
+                         const std::string& hash);
 
 }  // namespace tmw

@@ -5,11 +5,13 @@
 
 namespace tmw {
 
-// What a run tells and asks while it works; the progress window listens. Raised synchronously.
+// What an update run reports and asks while it works; the progress window listens. All events are
+// raised synchronously, on the run's thread.
 class UpdaterEvents {
  public:
   virtual ~UpdaterEvents() = default;
 
+  // The stage under way; empty takes the line away, as with OnSetSubAction.
   virtual void OnSetMainAction(const std::string& text) = 0;
 
   // Starts a range of 0 to max; max 0: no bar. show_count asks for a counter "value/max".
@@ -17,6 +19,7 @@ class UpdaterEvents {
 
   virtual void OnSetProgress(std::int32_t value) = 0;
 
+  // A detail of the stage.
   virtual void OnSetSubAction(const std::string& text) = 0;
 
   // 0: "Отмена", disabled; 1: "Отмена"; 2: "Закрыть".
@@ -25,8 +28,14 @@ class UpdaterEvents {
   // "download", "scan", "dbnew", "dbgear", "trash", "install", "brush" or "".
   virtual void OnSetIcon(const std::string& name) = 0;
 
-  // Lets pending events run; sets cancel when the user has confirmed that he wants to stop.
+  // Lets pending events run; sets cancel once the user has confirmed that they want to stop.
   virtual void OnCheckCancelPressed(bool& cancel) = 0;
+
+  // The answer of OnCheckCancelPressed.
+  bool CancelPressed();
+
+  // Takes both texts and the bar away.
+  void ClearProgress();
 };
 
 }  // namespace tmw

@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "database/build_events.h"
 #include "database/database_build.h"
 #include "database/table_export.h"
 #include "database/working_db.h"
 #include "ports/ports.h"
 #include "services/product_settings.h"
+#include "services/updater_events.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/memory_settings.h"
 #include "tests/fakes/scripted_front_end.h"
@@ -23,7 +23,7 @@
 namespace tests {
 
 // A user database and the folders of a release; listens to the building of the databases.
-class BuildTest : public testing::Test, protected tmw::BuildEvents {
+class BuildTest : public testing::Test, protected tmw::UpdaterEvents {
  protected:
   BuildTest() {
     ports->clock = &clock;
@@ -60,21 +60,18 @@ class BuildTest : public testing::Test, protected tmw::BuildEvents {
     return tmw::ExportTableToString(table, false, Open(name).get());
   }
 
-  void SetMainAction(const std::string& text) override { main_action = text; }
-  void SetSubAction(const std::string& text) override {
+  void OnSetMainAction(const std::string& text) override { main_action = text; }
+  void OnSetSubAction(const std::string& text) override {
     sub_action = text;
     if (on_sub_action) on_sub_action(text);
   }
-  void SetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
-  void SetProgress(std::int32_t value) override {
+  void OnSetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
+  void OnSetProgress(std::int32_t value) override {
     if (on_progress) on_progress(value);
   }
-  bool CancelPressed() override { return questions_left-- == 0; }
-  void DownloadError(const std::string& message) override {
-    front_end.log.push_back("told|" + message);
-  }
-
-  void OnCopyingUserDatabase() override {}
+  void OnSetButtonMode(std::int32_t /*mode*/) override {}
+  void OnSetIcon(const std::string& /*name*/) override {}
+  void OnCheckCancelPressed(bool& cancel) override { cancel = questions_left-- == 0; }
 
   Sandbox sandbox;
   ScopedPorts ports;
@@ -87,7 +84,7 @@ class BuildTest : public testing::Test, protected tmw::BuildEvents {
   std::string sub_action;
   std::function<void(const std::string&)> on_sub_action;
   std::function<void(std::int32_t)> on_progress;
-  int questions_left = -1;  // asked as often, the user wants out; below 0: never
+  int questions_left = -1;  // then the user cancels; below 0: never
 };
 
 }  // namespace tests

@@ -77,10 +77,15 @@ TEST_F(WorkingDbTest, ScriptsRunInTheOrderOfTheirVersionsOrEndTheBuild) {
         last},
        "",
        "1|Sодин\r\n2|S1.1\r\n"},
-      {{last}, "told|Отсутствует сценарий обновления базы данных для версии 1.0.0.", ""},
-      {{first(mark)}, "told|Отсутствует сценарий обновления базы данных для версии 1.1.0.", ""},
+      {{last},
+       "warning|Ошибка загрузки|Отсутствует сценарий обновления базы данных для версии 1.0.0.",
+       ""},
+      {{first(mark)},
+       "warning|Ошибка загрузки|Отсутствует сценарий обновления базы данных для версии 1.1.0.",
+       ""},
       {{first(mark), first("")},
-       "told|Имеется несколько скриптов обновления базы данных для одной и той же версии (1.0.0).",
+       "warning|Ошибка загрузки|Имеется несколько скриптов обновления базы данных для одной и той "
+       "же версии (1.0.0).",
        ""},
       {{kDeclaration + Script("1.0.0", "1.0.0", "")},
        first_box + "Конечная версия базы данных (1.0.0) не больше начальной (1.0.0).",
@@ -223,10 +228,13 @@ TEST_F(WorkingDbTest, ADifferentNumberOfRowsEndsTheBuild) {
   on_progress = [&](std::int32_t) { copy->Execute("insert into T values (9)", true); };
   EXPECT_FALSE(tmw::CreateTablesInEtalonDB(build, *this, *copy));
   const std::string rest = ". Обновление прервано, рабочая база данных не изменена.";
-  EXPECT_EQ(front_end.log,
-            (std::vector<std::string>{
-                "told|В новой базе данных в таблице \"T\" строк 1, а должно быть 2" + rest,
-                "told|В новой базе данных в таблице \"T\" строк 1, а должно быть 0" + rest}));
+  EXPECT_EQ(
+      front_end.log,
+      (std::vector<std::string>{
+          "warning|Ошибка загрузки|В новой базе данных в таблице \"T\" строк 1, а должно быть 2" +
+              rest,
+          "warning|Ошибка загрузки|В новой базе данных в таблице \"T\" строк 1, а должно быть 0" +
+              rest}));
 }
 
 TEST_F(WorkingDbTest, TwoHundredThousandRowsComeThroughValueForValue) {
