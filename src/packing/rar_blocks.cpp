@@ -38,14 +38,8 @@ bool IsAscii(std::string_view text) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-std::uint32_t UnixAttributes(const EntryHeader& entry) {
-  constexpr std::uint32_t kTypes = 0170000;
-  if ((*entry.unix_mode & kTypes) != 0) return *entry.unix_mode;
-  return *entry.unix_mode | (entry.is_folder ? 0040000U : 0100000U);
-}
-
 std::uint32_t Attributes(const EntryHeader& entry) {
-  if (entry.unix_mode) return UnixAttributes(entry);
+  if (entry.unix_mode) return *entry.unix_mode | (entry.is_folder ? 0040000U : 0100000U);
   return entry.is_folder ? 0x10 : 0x20;
 }
 
@@ -60,18 +54,6 @@ std::uint32_t DosTime(std::int64_t modified) {
   return bits(local->tm_year - 80, 25) | bits(local->tm_mon + 1, 21) | bits(local->tm_mday, 16) |
          bits(local->tm_hour, 11) | bits(local->tm_min, 5) |
          bits(std::min(local->tm_sec, 59) / 2, 0);
-}
-
-// RAR 4 block: CRC, type, flags, size of the whole header, fields.
-std::string MakeRar4Block(std::uint8_t type, std::uint16_t flags, const std::string& fields) {
-  std::string body;
-  Put(body, type);
-  Put(body, flags);
-  Put(body, static_cast<std::uint16_t>(fields.size() + 7));
-  body += fields;
-  std::string block;
-  Put(block, static_cast<std::uint16_t>(UpdateCrc32(0, body) & 0xFFFFU));
-  return block + body;
 }
 
 // The coded UTF-16 behind the code-page name. A writer may use two of the four kinds of units:
@@ -101,64 +83,44 @@ std::string CodeUnits(std::u16string_view units) {
 }
 
 std::string MakeRar4Entry(const EntryHeader& entry) {
+  constexpr std::uint16_t kHasUnicodeName = 0x200;
+  constexpr std::uint16_t kIsFolder = 0xE0;
+  constexpr std::uint16_t kHasData = 0x8000;
   std::string name = entry.name;
-  std::uint16_t flags = 0x8000;
-  if (!entry.name_is_raw) {
-    std::replace(name.begin(), name.end(), '/', '\\');
-    if (!IsAscii(name)) {
-      flags |= 0x200U;
-      const std::u16string units = tmw::Utf8ToUtf16(name);
-      name =
-          tmw::Utf8ToCodePage(tmw::CodePage::k866, name) + std::string(1, '\0') + CodeUnits(units);
-    }
+  std::uint16_t flags = entry.is_folder ? kHasData | kIsFolder : kHasData;
+  std::replace(name.begin(), name.end(), '/', '\\');
+  if (!IsAscii(name)) {
+    flags |= kHasUnicodeName;
+    const std::u16string units = tmw::Utf8ToUtf16(name);
+    name = tmw::Utf8ToCodePage(tmw::CodePage::k866, name) + std::string(1, '\0') + CodeUnits(units);
   }
-  if (entry.split_before) flags |= 1U;
-  if (entry.split_after) flags |= 2U;
-  if (entry.is_encrypted) flags |= 4U;
-  if (entry.is_solid) flags |= 0x10U;
-  if (entry.is_folder) flags |= 0xE0U;
   std::string fields;
-  Put(fields, static_cast<std::uint32_t>(entry.packed_size));
+  Put(fields, static_cast<std::uint32_t>(entry.size));  // packed
   Put(fields, static_cast<std::uint32_t>(entry.size));
   Put<std::uint8_t>(fields, entry.unix_mode ? 3 : 2);
   Put(fields, entry.crc);
   Put(fields, DosTime(entry.modified));
-  Put(fields, static_cast<std::uint8_t>(entry.version != 0 ? entry.version : 20));
-  Put(fields, static_cast<std::uint8_t>(0x30 + entry.method));
+  Put<std::uint8_t>(fields, 20);    // the version that unpacks it
+  Put<std::uint8_t>(fields, 0x30);  // stored
   Put(fields, static_cast<std::uint16_t>(name.size()));
   Put(fields, Attributes(entry));
   return MakeRar4Block(0x74, flags, fields + name);
 }
 
-// RAR 5 block: CRC, size, type, flags, [size of the extra area], [size of the data], fields, extra.
-// An entry always has a data size: readers stumble over folders without one.
-std::string MakeRar5Block(unsigned type, unsigned flags, const std::string& fields,
-                          const std::string& extra, std::optional<std::uint64_t> data_size) {
-  std::string body = MakeVint(type);
-  body += MakeVint(flags | (extra.empty() ? 0U : 1U) | (data_size ? 2U : 0U));
-  if (!extra.empty()) body += MakeVint(extra.size());
-  if (data_size) body += MakeVint(*data_size);
-  body += fields + extra;
-  body = MakeVint(body.size()) + body;
-  std::string block;
-  Put(block, UpdateCrc32(0, body));
-  return block + body;
-}
-
 std::string MakeRar5Entry(const EntryHeader& entry) {
+  constexpr unsigned kIsFolder = 1;
   constexpr unsigned kHasTime = 2;
   constexpr unsigned kHasCrc = 4;
-  std::string fields =
-      MakeVint((entry.is_folder ? 1U : 0U) | kHasTime | (entry.is_folder ? 0U : kHasCrc));
+  std::string fields = MakeVint(kHasTime | (entry.is_folder ? kIsFolder : kHasCrc));
   fields += MakeVint(entry.size);
   fields += MakeVint(Attributes(entry));
   Put(fields, static_cast<std::uint32_t>(entry.modified));
   if (!entry.is_folder) Put(fields, entry.crc);
-  fields += MakeVint(entry.version | (entry.is_solid ? 0x40U : 0U) | entry.method << 7U);
+  fields += MakeVint(0);  // stored
   fields += MakeVint(entry.unix_mode ? 1 : 0);
   fields += MakeVint(entry.name.size()) + entry.name;
-  const unsigned flags = (entry.split_before ? 8U : 0U) | (entry.split_after ? 16U : 0U);
-  return MakeRar5Block(2, flags, fields, entry.extra, entry.packed_size);
+  // An entry always has a data size: readers stumble over folders without one.
+  return MakeRar5Block(2, 0, fields, {}, entry.size);
 }
 
 }  // namespace
@@ -190,29 +152,43 @@ std::string MakeVint(std::uint64_t value) {
   return bytes;
 }
 
-std::string MakeBeginning(RarFormat format, bool is_volume, bool is_first) {
-  if (format == RarFormat::kRar5) {
-    const std::string signature("Rar!\x1A\x07\x01\x00", 8);
-    // Every volume but the first bears its number.
-    std::string fields = MakeVint((is_volume ? 1U : 0U) | (is_volume && !is_first ? 2U : 0U));
-    if (is_volume && !is_first) fields += MakeVint(1);
-    return signature + MakeRar5Block(1, 0, fields, "", std::nullopt);
-  }
-  const std::string signature("Rar!\x1A\x07\x00", 7);
-  const auto flags =
-      static_cast<std::uint16_t>((is_volume ? 0x11U : 0U) | (is_volume && is_first ? 0x100U : 0U));
-  return signature + MakeRar4Block(0x73, flags, std::string(6, '\0'));
+std::string MakeRar4Block(std::uint8_t type, std::uint16_t flags, const std::string& fields) {
+  std::string body;
+  Put(body, type);
+  Put(body, flags);
+  Put(body, static_cast<std::uint16_t>(fields.size() + 7));
+  body += fields;
+  std::string block;
+  Put(block, static_cast<std::uint16_t>(UpdateCrc32(0, body) & 0xFFFFU));
+  return block + body;
+}
+
+std::string MakeRar5Block(unsigned type, unsigned flags, const std::string& fields,
+                          const std::string& extra, std::optional<std::uint64_t> data_size) {
+  std::string body = MakeVint(type);
+  body += MakeVint(flags | (extra.empty() ? 0U : 1U) | (data_size ? 2U : 0U));
+  if (!extra.empty()) body += MakeVint(extra.size());
+  if (data_size) body += MakeVint(*data_size);
+  body += fields + extra;
+  body = MakeVint(body.size()) + body;
+  std::string block;
+  Put(block, UpdateCrc32(0, body));
+  return block + body;
+}
+
+std::string MakeBeginning(RarFormat format) {
+  if (format == RarFormat::kRar5)
+    return std::string("Rar!\x1A\x07\x01\x00", 8) + MakeRar5Block(1, 0, MakeVint(0));
+  return std::string("Rar!\x1A\x07\x00", 7) + MakeRar4Block(0x73, 0, std::string(6, '\0'));
 }
 
 std::string MakeEntryHeader(RarFormat format, const EntryHeader& entry) {
   return format == RarFormat::kRar5 ? MakeRar5Entry(entry) : MakeRar4Entry(entry);
 }
 
-std::string MakeEnd(RarFormat format, bool more_volumes) {
-  if (format == RarFormat::kRar5) {
-    return MakeRar5Block(5, 4, MakeVint(more_volumes ? 1 : 0), "", std::nullopt);
-  }
-  return MakeRar4Block(0x7B, more_volumes ? 0x4001 : 0x4000, "");
+std::string MakeEnd(RarFormat format) {
+  if (format == RarFormat::kRar5) return MakeRar5Block(5, 4, MakeVint(0));
+  return MakeRar4Block(0x7B, 0x4000, "");
 }
 
 }  // namespace packing

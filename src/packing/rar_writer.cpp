@@ -75,7 +75,6 @@ PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::strin
   if (header.size > static_cast<std::uint64_t>(kLargestFile)) {
     tmw::RaiseProgramError("Файл \"" + source + "\" слишком велик для пакета.");
   }
-  header.packed_size = header.size;
   Write(MakeEntryHeader(format_, header));
   std::uint32_t crc = 0;
   std::uint64_t length = 0;

@@ -2,31 +2,17 @@
 
 #include <filesystem>
 
-#include "packing/rar_blocks.h"
 #include "tests/companion/archive_run.h"
+#include "tests/companion/rar_entries.h"
 #include "tests/support/sandbox.h"
 
 namespace tests {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace packing;
+using packing::UpdateCrc32;
 
 constexpr RarFormat kBoth[] = {RarFormat::kRar4, RarFormat::kRar5};
-
-EntryHeader FileHeader(const std::string& name, const std::string& content) {
-  EntryHeader header;
-  header.name = name;
-  header.packed_size = content.size();
-  header.size = content.size();
-  header.crc = UpdateCrc32(0, content);
-  header.modified = 1700000000;
-  return header;
-}
-
-std::string Archive(RarFormat format, const EntryHeader& header, const std::string& content) {
-  return MakeBeginning(format) + MakeEntryHeader(format, header) + content + MakeEnd(format);
-}
 
 std::string Archive(RarFormat format, const std::string& name, const std::string& content) {
   return Archive(format, FileHeader(name, content), content);
@@ -267,8 +253,8 @@ void WriteVolumes(const Sandbox& sandbox, RarFormat format, const std::vector<st
     header.split_before = i > 0;
     header.split_after = i < 2;
     if (i < 2) header.crc = UpdateCrc32(0, part);
-    sandbox.Write(names[i], MakeBeginning(format, true, i == 0) + MakeEntryHeader(format, header) +
-                                part + MakeEnd(format, i < 2));
+    sandbox.Write(names[i], MakeVolumeBeginning(format, i == 0) + MakeEntryHeader(format, header) +
+                                part + MakeVolumeEnd(format, i == 2));
   }
 }
 

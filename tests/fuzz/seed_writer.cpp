@@ -2,28 +2,14 @@
 #include <iostream>
 #include <string>
 
-#include "packing/rar_blocks.h"
 #include "tests/companion/packed_streams.h"
+#include "tests/companion/rar_entries.h"
 
 // Writes the first inputs of fuzzing into the folder given: small archives of our own in both
 // formats, whole and in volumes, and packed entries for the decoders.
 namespace {
 
-using namespace packing;
-
-EntryHeader FileHeader(const std::string& name, const std::string& content) {
-  EntryHeader header;
-  header.name = name;
-  header.packed_size = content.size();
-  header.size = content.size();
-  header.crc = UpdateCrc32(0, content);
-  header.modified = 1700000000;
-  return header;
-}
-
-std::string Whole(RarFormat format, EntryHeader header, const std::string& content) {
-  return MakeBeginning(format) + MakeEntryHeader(format, header) + content + MakeEnd(format);
-}
+using namespace tests;
 
 std::string InVolumes(RarFormat format) {
   EntryHeader first = FileHeader("Файл", "0123456789");
@@ -32,8 +18,8 @@ std::string InVolumes(RarFormat format) {
   EntryHeader second = first;
   second.split_before = true;
   second.split_after = false;
-  return MakeBeginning(format, true) + MakeEntryHeader(format, first) + "01234" +
-         MakeEnd(format, true) + "<NEXT VOLUME>" + MakeBeginning(format, true, false) +
+  return MakeVolumeBeginning(format, true) + MakeEntryHeader(format, first) + "01234" +
+         MakeVolumeEnd(format, false) + "<NEXT VOLUME>" + MakeVolumeBeginning(format, false) +
          MakeEntryHeader(format, second) + "56789" + MakeEnd(format);
 }
 
@@ -42,7 +28,7 @@ struct Pair {
   std::string content;
 };
 
-Pair Pack(tests::StreamWriter& writer) {
+Pair Pack(StreamWriter& writer) {
   for (const char c : std::string("abcdefghijklmnop")) {
     writer.Literal(static_cast<std::uint8_t>(c));
   }
@@ -51,14 +37,14 @@ Pair Pack(tests::StreamWriter& writer) {
   writer.RepeatDistance(0, 7);
   writer.RepeatLast();
   writer.EndBlock(true);
-  const tests::Bytes bytes = writer.Finish();
-  const tests::Bytes& content = writer.content.bytes;
+  const Bytes bytes = writer.Finish();
+  const Bytes& content = writer.content.bytes;
   return {{bytes.begin(), bytes.end()}, {content.begin(), content.end()}};
 }
 
 Pair Pack(RarFormat format) {
-  tests::Rar3Writer rar3;
-  tests::Rar5Writer rar5;
+  Rar3Writer rar3;
+  Rar5Writer rar5;
   return format == RarFormat::kRar4 ? Pack(rar3) : Pack(rar5);
 }
 
@@ -85,27 +71,27 @@ int main(int argc, char** argv) {
       file << bytes;
       all_written = all_written && file.good();
     };
-    write("plain", Whole(format, FileHeader("a.txt", "content"), "content"));
+    write("plain", Archive(format, FileHeader("a.txt", "content"), "content"));
     EntryHeader header = FileHeader("Папка/Файл €", "content");
-    header.unix_mode = 0755;
-    write("unix", Whole(format, header, "content"));
+    header.unix_mode = 0100755;
+    write("unix", Archive(format, header, "content"));
     const Pair entry = Pack(format);
     header = FileHeader("packed", entry.content);
     header.packed_size = entry.packed.size();
     header.method = 3;
-    write("packed", Whole(format, header, entry.packed));
+    write("packed", Archive(format, header, entry.packed));
     write("decoder", ForDecoder(format, entry.packed));
     // A new model of order 6 and 1 MiB, and bytes that it decodes somehow.
     if (format == RarFormat::kRar4) {
       write("decoder-model", ForDecoder(format, "\xE5" + std::string(1, '\0') + "\x02 model text"));
     }
     header.is_solid = true;
-    write("solid", Whole(format, header, entry.packed));
+    write("solid", Archive(format, header, entry.packed));
     header = FileHeader("link", "");
     header.extra = MakeVint(6) + MakeVint(5) + MakeVint(1) + MakeVint(0) + MakeVint(2) + "/x";
-    write("link", Whole(format, header, ""));
+    write("link", Archive(format, header, ""));
     header.is_folder = true;
-    write("folder", Whole(format, header, ""));
+    write("folder", Archive(format, header, ""));
     write("volumes", InVolumes(format));
   }
   return all_written ? 0 : 1;
