@@ -24,7 +24,7 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/exit_codes.h"
 #include "platform/linux/own_folder.h"
-#include "platform/linux/terminal/terminal_parent.h"
+#include "platform/linux/updater_chain.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
 

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "platform/linux/qt/qt_application.h"
-#include "platform/linux/terminal/terminal_signals.h"
+#include "platform/linux/terminal_signals.h"
 #include "ports/progress_view.h"
 
 namespace platform {

@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "platform/linux/terminal/terminal_signals.h"
+#include "platform/linux/terminal_signals.h"
 #include "platform/linux/terminal/terminal_text.h"
 
 namespace platform {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/linux/terminal/terminal_screen.h"
-#include "platform/linux/terminal/terminal_signals.h"
+#include "platform/linux/terminal_signals.h"
 #include "ports/progress_view.h"
 
 namespace platform {

@@ -1,4 +1,4 @@
-#include "platform/linux/terminal/terminal_parent.h"
+#include "platform/linux/updater_chain.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>

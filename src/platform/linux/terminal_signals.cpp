@@ -1,4 +1,4 @@
-#include "platform/linux/terminal/terminal_signals.h"
+#include "platform/linux/terminal_signals.h"
 
 #include <poll.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): sigaction is POSIX
