@@ -1,5 +1,6 @@
 #include "foundation/api_errors.h"
 
+#include "foundation/foundation_texts.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
 #include "ports/ports.h"
@@ -28,7 +29,7 @@ std::string GetApiErrorText(ports::SystemCode code, const std::string& modules) 
   }
   std::string text = FormatSystemMessage(code, 0);
   if (!text.empty()) return text;
-  return "Неизвестная ошибка API " + std::to_string(code) + " (0x" + ToHex(code) + ")";
+  return foundation_texts::UnknownApiError(code);
 }
 
 std::string FormatSystemMessage(ports::SystemCode code, ports::ErrorTexts::Module module) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/encodings.h"
+#include "foundation/foundation_texts.h"
 #include "foundation/text.h"
 #include "ports/database_types.h"
 #include "ports/front_end.h"
@@ -57,13 +58,6 @@ std::size_t FindEndOfFrames(const std::u16string& text) {
 
 }  // namespace
 
-ProgramError::ProgramError(std::int32_t number, std::string description, std::string source)
-    : Number(number), Description(std::move(description)), Source(std::move(source)) {}
-
-void RaiseProgramError(std::string description) {
-  throw ProgramError(kProgramErrorNumber, std::move(description));
-}
-
 ErrorEnvironment SetErrorEnvironment(ErrorEnvironment environment) {
   return std::exchange(Environment(), std::move(environment));
 }
@@ -108,11 +102,11 @@ ProgramError CurrentError() {
   } catch (const ports::DatabaseError& error) {
     return {error.Number, error.Description, error.Source};
   } catch (const std::bad_alloc&) {
-    return {kOutOfMemoryErrorNumber, "Недостаточно памяти."};
+    return {kOutOfMemoryErrorNumber, foundation_texts::kOutOfMemory};
   } catch (const std::exception& error) {
-    return {kInternalErrorNumber, std::string("Внутренняя ошибка программы: ") + error.what()};
+    return {kInternalErrorNumber, foundation_texts::InternalError(error.what())};
   } catch (...) {
-    return {kInternalErrorNumber, "Внутренняя ошибка программы."};
+    return {kInternalErrorNumber, foundation_texts::kInternalError};
   }
 }
 

@@ -1,21 +1,23 @@
+#include "foundation/file_copy.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "foundation/foundation_texts.h"
 #include "foundation/patience.h"
 #include "foundation/text.h"
 #include "ports/clock.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
 
-// Copying and moving, whose one aim is that a name never bears half a file.
 namespace tmw {
 namespace {
 
+namespace texts = foundation_texts;
 using ports::Status;
 
 constexpr const char* kModule = "mTmFilesOld";
@@ -71,7 +73,7 @@ Status CopyBytes(ports::File& source, ports::File& target) {
   std::vector<char> buffer(kCopyBytes);
   for (;;) {
     const auto count = source.Read(buffer.data(), buffer.size());
-    if (!count) return Status::Failure(count.code);
+    if (!count) return count.ToStatus();
     if (count.value == 0) return Status::Success();
     if (const Status written = target.Write(buffer.data(), count.value); !written) return written;
   }
@@ -79,7 +81,7 @@ Status CopyBytes(ports::File& source, ports::File& target) {
 
 Status CopyContent(ports::File& source, const std::string& target) {
   const auto opened = Files().Open(target, ports::FileMode::kCreateNew);
-  if (!opened) return Status::Failure(opened.code);
+  if (!opened) return opened.ToStatus();
   ports::File& file = *opened.value;
   if (const Status copied = CopyBytes(source, file); !copied) return copied;
   if (const Status flushed = file.Flush(); !flushed) return flushed;
@@ -110,22 +112,17 @@ Status CopySafely(ports::File& source, const std::string& source_path, const std
 
 void CopyFile(const std::string& source, const std::string& target) try {
   const auto opened = Files().Open(source, ports::FileMode::kRead);
-  if (!opened)
-    RaiseApiErrorWithMessage("Ошибка открытия файла " + Quoted(source) + ":", opened.code);
+  if (!opened) RaiseApiErrorWithMessage(texts::Failed(texts::kOpening, source), opened.code);
   const Status status = CopySafely(*opened.value, source, target);
-  if (!status) {
-    RaiseApiErrorWithMessage(
-        "Ошибка копирования файла " + Quoted(source) + " в файл " + Quoted(target) + ":",
-        status.code);
-  }
+  if (!status)
+    RaiseApiErrorWithMessage(texts::FailedInto(texts::kCopying, source, target), status.code);
 } catch (...) {
   ReRaiseError(kModule, "CopyFile");
 }
 
 void CopyRights(const std::string& source, const std::string& target) try {
   const Status status = Files().CopyRights(source, target);
-  if (!status)
-    RaiseApiErrorWithMessage("Ошибка установки прав на файл " + Quoted(target) + ":", status.code);
+  if (!status) RaiseApiErrorWithMessage(texts::Failed(texts::kSettingRights, target), status.code);
 } catch (...) {
   ReRaiseError(kModule, "CopyRights");
 }
@@ -138,10 +135,8 @@ void MoveFile(const std::string& source, const std::string& target) try {
     return;
   }
   if (status) status = FlushFolderOf(target);
-  if (!status) {
-    RaiseApiErrorWithMessage(
-        "Ошибка переноса файла " + Quoted(source) + " в файл " + Quoted(target) + ":", status.code);
-  }
+  if (!status)
+    RaiseApiErrorWithMessage(texts::FailedInto(texts::kMoving, source, target), status.code);
 } catch (...) {
   ReRaiseError(kModule, "MoveFile");
 }

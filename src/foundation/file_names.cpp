@@ -6,6 +6,7 @@
 #include "foundation/api_errors.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
+#include "foundation/foundation_texts.h"
 #include "foundation/text.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
@@ -68,7 +69,7 @@ std::string NativePath(std::string_view path) {
 std::string GetAbsoluteFileName(const std::string& path) try {
   const auto absolute = ports::CurrentPorts().files->MakeAbsolute(path);
   if (!absolute) {
-    RaiseApiErrorWithMessage("Ошибка определения полного имени файла " + Quoted(path) + ":",
+    RaiseApiErrorWithMessage(foundation_texts::Failed(foundation_texts::kFullName, path),
                              absolute.code);
   }
   return absolute.value;

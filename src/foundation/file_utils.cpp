@@ -9,6 +9,7 @@
 #include "foundation/api_errors.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
+#include "foundation/foundation_texts.h"
 #include "foundation/patience.h"
 #include "foundation/text.h"
 #include "ports/clock.h"
@@ -18,6 +19,7 @@
 namespace tmw {
 namespace {
 
+namespace texts = foundation_texts;
 using ports::FileKind;
 
 constexpr const char* kModule = "mTmFilesOld";
@@ -35,7 +37,7 @@ ports::FileSystem& Files() {
 }
 
 [[noreturn]] void RaiseAccessError(const std::string& path, ports::SystemCode code) {
-  RaiseApiErrorWithMessage("Ошибка обращения к файлу " + Quoted(path) + ":", code);
+  RaiseApiErrorWithMessage(texts::Failed(texts::kAccess, path), code);
 }
 
 ports::FileFacts Examine(const std::string& path) {
@@ -45,11 +47,11 @@ ports::FileFacts Examine(const std::string& path) {
 }
 
 [[noreturn]] void RaiseReadError(const std::string& path, ports::SystemCode code) {
-  RaiseApiErrorWithMessage("Ошибка чтения файла " + Quoted(path) + ":", code);
+  RaiseApiErrorWithMessage(texts::Failed(texts::kReading, path), code);
 }
 
 [[noreturn]] void RaiseDeleteError(const std::string& path, ports::SystemCode code) {
-  RaiseApiErrorWithMessage("Ошибка удаления файла " + Quoted(path) + ":", code);
+  RaiseApiErrorWithMessage(texts::Failed(texts::kDeleting, path), code);
 }
 
 ports::Status RemoveIfThere(const std::string& path) {
@@ -62,8 +64,7 @@ std::vector<std::string> ListFiles(const std::string& folder, const std::string&
   const auto entries = Files().List(folder);
   if (!entries) {
     if (Files().MeansMissing(entries.code)) return {};
-    RaiseApiErrorWithMessage("Ошибка чтения списка файлов папки " + Quoted(folder) + ":",
-                             entries.code);
+    RaiseApiErrorWithMessage(texts::Failed(texts::kListing, folder), entries.code);
   }
   std::vector<std::pair<std::string, std::string>> found;  // the key of the order, the name
   for (const ports::FolderEntry& entry : entries.value) {
@@ -85,7 +86,7 @@ void CreateMissingFolder(const std::string& path) {
   if (!parent.empty() && parent.size() < path.size()) CreateMissingFolder(parent);
   const ports::Status status = Files().CreateFolder(path);
   if (!status && Examine(path).kind != FileKind::kFolder)
-    RaiseApiErrorWithMessage("Ошибка создания папки " + Quoted(path) + ":", status.code);
+    RaiseApiErrorWithMessage(texts::Failed(texts::kCreatingFolder, path), status.code);
 }
 
 }  // namespace
@@ -114,7 +115,7 @@ std::int64_t GetFileLength(const std::string& path) try {
   const ports::FileFacts facts = Examine(path);
   if (facts.kind != FileKind::kFile) {
     const auto opened = Files().Open(path, ports::FileMode::kRead);
-    RaiseApiErrorWithMessage("Ошибка определения длины файла " + Quoted(path) + ":", opened.code);
+    RaiseApiErrorWithMessage(texts::Failed(texts::kMeasuring, path), opened.code);
   }
   return facts.length;
 } catch (...) {
@@ -123,7 +124,7 @@ std::int64_t GetFileLength(const std::string& path) try {
 
 std::string ReadFileBytes(const std::string& path) try {
   const auto opened = Files().Open(path, ports::FileMode::kRead);
-  if (!opened) RaiseApiErrorWithMessage("Ошибка открытия файла " + Quoted(path) + ":", opened.code);
+  if (!opened) RaiseApiErrorWithMessage(texts::Failed(texts::kOpening, path), opened.code);
   std::string bytes;
   for (;;) {
     const std::size_t length = bytes.size();
@@ -170,10 +171,19 @@ bool TryCreateFolderIfAbsent(const std::string& path, std::string& error_text) {
 
 void CreateEmptyFile(const std::string& path) try {
   const auto opened = Files().Open(path, ports::FileMode::kWriteNew);
-  const ports::Status closed = opened ? opened.value->Close() : ports::Status::Failure(opened.code);
-  if (!closed) RaiseApiErrorWithMessage("Ошибка создания файла " + Quoted(path) + ":", closed.code);
+  const ports::Status closed = opened ? opened.value->Close() : opened.ToStatus();
+  if (!closed) RaiseApiErrorWithMessage(texts::Failed(texts::kCreating, path), closed.code);
 } catch (...) {
   ReRaiseError(kModule, "CreateEmptyFile");
+}
+
+ports::Status WriteFileBytes(const std::string& path, std::string_view bytes) {
+  const auto opened = Files().Open(path, ports::FileMode::kWriteNew);
+  if (!opened) return opened.ToStatus();
+  ports::File& file = *opened.value;
+  if (const auto written = file.Write(bytes.data(), bytes.size()); !written) return written;
+  if (const auto flushed = file.Flush(); !flushed) return flushed;
+  return file.Close();
 }
 
 bool DeleteFile(const std::string& path, bool is_quiet) try {
@@ -221,10 +231,7 @@ void DeleteFileRepeatedly(const std::string& path) try {
 
 void ClearReadOnlyAttributeFromFile(const std::string& path) try {
   const ports::Status status = Files().SetReadOnly(path, false);
-  if (!status) {
-    RaiseApiErrorWithMessage(
-        "Ошибка снятия атрибута \"только чтение\" с файла " + Quoted(path) + ":", status.code);
-  }
+  if (!status) RaiseApiErrorWithMessage(texts::Failed(texts::kClearingReadOnly, path), status.code);
 } catch (...) {
   ReRaiseError(kModule, "ClearReadOnlyAttributeFromFile");
 }
@@ -238,7 +245,7 @@ std::vector<std::string> CollectFileNamesInFolder(const std::string& folder,
 
 std::string GetTemporaryFolder() try {
   const auto folder = Files().TemporaryFolder();
-  if (!folder) RaiseApiErrorWithMessage("Ошибка определения временной папки:", folder.code);
+  if (!folder) RaiseApiErrorWithMessage(texts::kNoTemporaryFolder, folder.code);
   return folder.value;
 } catch (...) {
   ReRaiseError(kModule, "GetTemporaryFolder");

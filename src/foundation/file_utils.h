@@ -2,9 +2,12 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "foundation/file_copy.h"
 #include "foundation/file_names.h"
+#include "ports/outcome.h"
 
 // Files and folders (module mTmFilesOld). Every failure is a ProgramError whose message names the
 // file in double quotes and ends with the system's words; its number is the system's code.
@@ -40,16 +43,9 @@ void CreateFolderIfAbsent(const std::string& path);
 // Creates a file of length 0; an old one is emptied.
 void CreateEmptyFile(const std::string& path);
 
-// Copies with rights and time, replacing the target. The copy grows under another name beside the
-// target, is brought to the disk and then renamed: under the target's name there is at any moment
-// the old file or the whole new one. A failed copy leaves nothing behind.
-void CopyFile(const std::string& source, const std::string& target);
-
-// Gives target the rights of source, as far as this user may give them.
-void CopyRights(const std::string& source, const std::string& target);
-
-// Renames, replacing the target. To another file system: a CopyFile, then the source is deleted.
-void MoveFile(const std::string& source, const std::string& target);
+// Writes the whole file, replacing an old content, and brings it to the disk itself. The caller
+// finds the words for a failure.
+ports::Status WriteFileBytes(const std::string& path, std::string_view bytes);
 
 // A missing file counts as deleted. Whoever holds it for a moment gets a second. Quiet: one
 // attempt, whose failure is the result false instead of an error.

@@ -8,14 +8,15 @@
 
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
+#include "foundation/foundation_texts.h"
 #include "foundation/text.h"
 
 namespace tmw {
 namespace {
 
+namespace texts = foundation_texts;
+
 constexpr const char* kModule = "mPathGuard";
-constexpr const char* kFileNameTitle = "Недопустимое имя файла ";
-constexpr const char* kFolderTitle = "Недопустимая папка ";
 constexpr std::size_t kLongestQuotedUnits = 100;
 
 // Why a name is refused; empty when it is not.
@@ -60,28 +61,27 @@ bool IsDevice(std::u16string_view name) {
 Reason CheckCharacters(std::u16string_view name) {
   constexpr std::u16string_view kReserved = u"<>\"|?*";
   for (const char16_t c : name) {
-    if (IsControl(c)) return "в нём есть управляющий символ";
-    if (IsInvisible(c)) return "в нём есть невидимый символ";
-    if (IsSeparator(c)) return "в нём есть разделитель папок";
-    if (c == u':') return "в нём есть двоеточие";
-    if (kReserved.find(c) != std::u16string_view::npos)
-      return "в нём есть один из символов < > \" | ? *";
+    if (IsControl(c)) return texts::kControlCharacter;
+    if (IsInvisible(c)) return texts::kInvisibleCharacter;
+    if (IsSeparator(c)) return texts::kSeparatorInside;
+    if (c == u':') return texts::kColonInside;
+    if (kReserved.find(c) != std::u16string_view::npos) return texts::kReservedCharacter;
   }
   return {};
 }
 
 Reason CheckPart(std::string_view name) {
-  if (name.empty()) return "имя пустое";
+  if (name.empty()) return texts::kEmptyName;
   const std::optional<std::u16string> units = TryUtf8ToUtf16(name);
-  if (!units) return "это не текст в кодировке UTF-8";
+  if (!units) return texts::kNotUtf8;
   if (const Reason reason = CheckCharacters(*units); !reason.empty()) return reason;
-  if (name == "." || name == "..") return "так обозначается папка, а не файл в ней";
-  if (IsBlank(units->front())) return "оно начинается с пробела";
-  if (IsBlank(units->back())) return "оно оканчивается пробелом";
-  if (units->back() == u'.') return "оно оканчивается точкой";
-  if (IsDevice(*units)) return "так в Windows называется устройство";
+  if (name == "." || name == "..") return texts::kMeansFolder;
+  if (IsBlank(units->front())) return texts::kBlankAtStart;
+  if (IsBlank(units->back())) return texts::kBlankAtEnd;
+  if (units->back() == u'.') return texts::kDotAtEnd;
+  if (IsDevice(*units)) return texts::kMeansDevice;
   if (units->size() > kLongestNameUnits || name.size() > kLongestNameBytes)
-    return "оно слишком длинное";
+    return texts::kNameTooLong;
   return {};
 }
 
@@ -95,16 +95,16 @@ std::string Shown(std::string_view name) {
   return Quoted(Utf16ToUtf8(units));
 }
 
-GuardVerdict Verdict(const char* title, std::string_view name, std::string_view reason) {
+GuardVerdict Verdict(std::string_view title, std::string_view name, std::string_view reason) {
   if (reason.empty()) return {};
-  return {title + Shown(name) + ": " + std::string(reason) + "."};
+  return {std::string(title) + Shown(name) + ": " + std::string(reason) + "."};
 }
 
 // The reason of a name of several parts says which part it is about.
 std::string ReasonOfPart(std::string_view part) {
   const Reason reason = CheckPart(part);
   if (reason.empty()) return {};
-  return "часть " + Shown(part) + " — " + std::string(reason);
+  return texts::OfPart(Shown(part), reason);
 }
 
 // Where a path begins, and the names that lead on from there.
@@ -154,30 +154,31 @@ void Require(const GuardVerdict& verdict) {
 }  // namespace
 
 GuardVerdict CheckFileName(std::string_view name) {
-  return Verdict(kFileNameTitle, name, CheckPart(name));
+  return Verdict(texts::kBadFileName, name, CheckPart(name));
 }
 
 GuardVerdict CheckRelativeName(std::string_view name) {
   if (name.find('/') == std::string_view::npos) return CheckFileName(name);
-  if (name.size() > kLongestPathBytes) return Verdict(kFileNameTitle, name, "оно слишком длинное");
+  if (name.size() > kLongestPathBytes)
+    return Verdict(texts::kBadFileName, name, texts::kNameTooLong);
   for (const std::string& part : Split(name, "/")) {
     const std::string reason = ReasonOfPart(part);
-    if (!reason.empty()) return Verdict(kFileNameTitle, name, reason);
+    if (!reason.empty()) return Verdict(texts::kBadFileName, name, reason);
   }
   return {};
 }
 
 GuardVerdict CheckFolderUnderRoot(std::string_view folder, std::string_view root) {
   if (folder.size() > kLongestPathBytes)
-    return Verdict(kFolderTitle, folder, "её имя слишком длинное");
+    return Verdict(texts::kBadFolder, folder, texts::kFolderNameTooLong);
   const Place place = Locate(folder);
   const Place root_place = Locate(root);
   if (!LiesUnder(place, root_place))
-    return Verdict(kFolderTitle, folder, "она лежит вне папки " + Shown(root));
+    return Verdict(texts::kBadFolder, folder, texts::OutsideOf(Shown(root)));
   const auto first = std::next(place.parts.begin(), std::ssize(root_place.parts));
   for (auto part = first; part != place.parts.end(); ++part) {
     const std::string reason = ReasonOfPart(*part);
-    if (!reason.empty()) return Verdict(kFolderTitle, folder, reason);
+    if (!reason.empty()) return Verdict(texts::kBadFolder, folder, reason);
   }
   return {};
 }

@@ -7,6 +7,7 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "foundation/foundation_texts.h"
 #include "foundation/text.h"
 #include "ports/ports.h"
 
@@ -73,12 +74,12 @@ ports::XmlParseResult ParseFile(const std::string& file) {
   ports::XmlParseResult result;
   try {
     if (GetFileLength(file) > kMaxXmlLength) {
-      result.error.reason = "Файл слишком велик.";
+      result.error.reason = foundation_texts::kFileTooLarge;
       return result;
     }
     const std::string bytes = ReadFileBytes(file);
     if (!DeclaresEntities(bytes)) return ports::CurrentPorts().xml->Parse(bytes);
-    result.error.reason = "Описания сущностей (ENTITY) не допускаются.";
+    result.error.reason = foundation_texts::kEntitiesRefused;
   } catch (const ProgramError& error) {
     result.error.reason = TrimCharacters(error.Description, " \r\n");
   }
@@ -118,7 +119,7 @@ std::unique_ptr<XmlDocument> XmlCreateDocument(std::string& reason) try {
 bool XmlLoadDocumentSafe(XmlDocument& document, const std::string& file,
                          std::string& explanation) try {
   ports::XmlParseResult result = ParseFile(file);
-  const bool is_loaded = result.document != nullptr;
+  const bool is_loaded = static_cast<bool>(result);
   if (!is_loaded) {
     explanation = Explain(result.error);
     result.document = std::make_unique<XmlNode>(XmlNodeKind::kDocument);
@@ -198,10 +199,8 @@ std::int32_t XmlGetLongAttribute(const XmlNode& node, std::string_view name) try
   const auto [stop, error] = std::from_chars(digits.data(), end, number);
   if (stop == end && error == std::errc{}) return number;
   const bool is_too_large = stop == end && error == std::errc::result_out_of_range;
-  throw ProgramError(
-      is_too_large ? kOverflowErrorNumber : kTypeMismatchErrorNumber,
-      "Ошибочное значение атрибута " + AttributePath(node, name) + " (" + Quoted(value) +
-          "): " + (is_too_large ? "число слишком велико." : "ожидается целое число."));
+  throw ProgramError(is_too_large ? kOverflowErrorNumber : kTypeMismatchErrorNumber,
+                     foundation_texts::BadNumber(AttributePath(node, name), value, is_too_large));
 } catch (...) {
   ReRaiseError(kModule, "XmlGetLongAttribute");
 }

@@ -50,10 +50,18 @@ struct XmlParseError {
   std::int32_t line = 0;    // 1-based; 0 when unknown
 };
 
-struct XmlParseResult {
+// As Outcome, with the words of the parser in place of a code.
+struct [[nodiscard]] XmlParseResult {
   std::unique_ptr<XmlNode> document;  // of kind kDocument; none on failure
   XmlParseError error;
+
+  explicit operator bool() const { return document != nullptr; }
 };
+
+// Text between elements that only lays the document out.
+inline bool IsXmlWhiteSpace(std::string_view text) {
+  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
 
 // Elements nested deeper than this are refused.
 inline constexpr int kXmlMaxDepth = 256;
