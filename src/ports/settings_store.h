@@ -11,20 +11,9 @@ namespace ports {
 
 enum class SettingsRoot { kMachine, kUser, kClasses };
 
-// A failure of the store. description is the Russian message where the store has more to say than a
-// code, else empty: with code 0 the whole of it (a broken settings file: its name, line and fault),
-// otherwise what to put on the line above the system's text.
-struct SettingsError {
-  SystemCode code = 0;
-  std::string description;
-};
-
-// The value, nothing when key or value are not there (or are of another type), or the error.
+// The value; nothing when key or value are not there, or of another type.
 template <typename T>
-struct SettingsResult {
-  std::optional<T> value;
-  std::optional<SettingsError> error;
-};
+using Setting = Outcome<std::optional<T>>;
 
 // The registry, for reading. Keys are written with "\" ("SOFTWARE\\Kestrel Soft\\Tamrin\\General");
 // keys and names compare without regard to case, the empty name is the key's default value.
@@ -38,16 +27,21 @@ class SettingsStore {
   virtual ~SettingsStore() = default;
 
   // String values (REG_SZ, REG_EXPAND_SZ unexpanded).
-  virtual SettingsResult<std::string> ReadString(SettingsRoot root, const std::string& key,
-                                                 const std::string& name) = 0;
+  virtual Setting<std::string> ReadString(SettingsRoot root, const std::string& key,
+                                          const std::string& name) = 0;
 
   // Whether the product's folders have fixed defaults that hold when no setting names them
   // (Windows), or a setting must (Linux).
   virtual bool HasFolderDefaults() const = 0;
 
   // Double-word values.
-  virtual SettingsResult<std::int32_t> ReadLong(SettingsRoot root, const std::string& key,
-                                                const std::string& name) = 0;
+  virtual Setting<std::int32_t> ReadLong(SettingsRoot root, const std::string& key,
+                                         const std::string& name) = 0;
+
+  // The Russian message for failures under that root where the store has more to say than a code,
+  // else empty. After code 0 it is the whole message (a broken settings file: its name, line and
+  // fault), after another one the line above the system's text.
+  virtual std::string FailureText(SettingsRoot root) = 0;
 };
 
 }  // namespace ports

@@ -8,7 +8,7 @@
 #include "ports/clock.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
-#include "services/mutex_texts.h"
+#include "services/services_texts.h"
 
 namespace tmw {
 namespace {
@@ -26,11 +26,11 @@ std::unique_ptr<MutexKeeper>& KeeperSlot() {
 // The probe's own mutex is closed on return, so that it does not keep the name alive.
 bool IsRunning(const std::string& mutex_name) {
   const auto probe = ports::CurrentPorts().mutexes->Create(mutex_name, false);
-  return !probe.ok || probe.value.already_existed;
+  return !probe || probe.value.already_existed;
 }
 
 bool AskToGoOnWaiting(const std::string& question) {
-  return ports::CurrentPorts().front_end->AskYesNo(mutex_texts::kTitle, question);
+  return ports::CurrentPorts().front_end->AskYesNo(services_texts::kTitle, question);
 }
 
 void SleepOnePoll() {
@@ -45,7 +45,7 @@ bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& a
       if (!IsRunning(mutex_name)) return true;
       SleepOnePoll();
     }
-    if (!AskToGoOnWaiting(mutex_texts::ApplicationIsOpen(app_title))) return false;
+    if (!AskToGoOnWaiting(services_texts::ApplicationIsOpen(app_title))) return false;
   }
 } catch (...) {
   ReRaiseError(kModule, "WaitUntilAppMutexClosed");
@@ -56,7 +56,7 @@ bool LockUpdaterMutex(const std::string& mutex_name) try {
   for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
     for (; attempts > 0; --attempts) {
       auto created = ports::CurrentPorts().mutexes->Create(mutex_name, true);
-      if (!created.ok) RaiseApiError(created.code);
+      if (!created) RaiseApiError(created.code);
       if (!created.value.already_existed) {
         auto keeper = std::make_unique<MutexKeeper>();
         keeper->SetMutex(std::move(created.value.mutex));
@@ -66,7 +66,7 @@ bool LockUpdaterMutex(const std::string& mutex_name) try {
       created.value.mutex.reset();
       SleepOnePoll();
     }
-    if (!AskToGoOnWaiting(mutex_texts::SeveralCopies())) return false;
+    if (!AskToGoOnWaiting(services_texts::SeveralCopies())) return false;
   }
 } catch (...) {
   ReRaiseError(kModule, "LockUpdaterMutex");

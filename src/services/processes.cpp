@@ -33,12 +33,12 @@ ports::StartRequest MakeRequest(const std::string& exe_name, const std::string& 
 std::int32_t WaitForExitCode(ports::Process& process) {
   for (;;) {
     const auto ended = process.Wait(kWaitSliceMilliseconds);
-    if (!ended.ok) RaiseApiError(ended.code);
+    if (!ended) RaiseApiError(ended.code);
     if (ended.value) break;
     ports::CurrentPorts().front_end->RunPendingEvents();
   }
   const auto exit_code = process.ExitCode();
-  return exit_code.ok ? exit_code.value : 0;
+  return exit_code ? exit_code.value : 0;
 }
 
 std::int32_t RunElevated(std::string exe_name, std::string cmd_line, const std::string& work_dir,
@@ -50,7 +50,7 @@ std::int32_t RunElevated(std::string exe_name, std::string cmd_line, const std::
   request.working_folder = work_dir;
   request.continues_chain = continues_chain;
   const auto started = ports::CurrentPorts().processes->StartElevated(request);
-  if (!started.ok) RaiseApiError(started.code);
+  if (!started) RaiseApiError(started.code);
   return wait ? WaitForExitCode(*started.value) : started.value->Id();
 } catch (...) {
   ReRaiseError(kModule, "RunProcessInElevationMode", exe_name);
@@ -64,7 +64,7 @@ std::int32_t RunProcess(const std::string& exe_name, const std::string& cmd_line
   ports::Processes& processes = *ports::CurrentPorts().processes;
   const ports::StartRequest request = MakeRequest(exe_name, cmd_line, work_dir, flags);
   const auto started = processes.Start(request);
-  if (!started.ok) {
+  if (!started) {
     if (processes.NeedsElevation(started.code, request))
       return RunElevated(exe_name, cmd_line, work_dir, wait, request.continues_chain);
     RaiseApiError(started.code);

@@ -10,6 +10,7 @@
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "ports/settings_store.h"
+#include "services/services_texts.h"
 
 namespace tmw {
 namespace {
@@ -40,21 +41,21 @@ std::string SectionKey(const std::string& section) {
 }
 
 template <typename T>
-T ValueOr(const ports::SettingsResult<T>& result, const std::string& key, const std::string& name,
-          const T& default_value) {
-  if (!result.error) return result.value.value_or(default_value);
-  const std::string& description = result.error->description;
-  if (result.error->code == 0 && !description.empty()) RaiseProgramError(description);
+T ValueOr(const ports::Setting<T>& setting, bool machine_wide, const std::string& key,
+          const std::string& name, const T& default_value) {
+  if (setting) return setting.value.value_or(default_value);
+  const std::string text = Store().FailureText(RootOf(machine_wide));
+  if (setting.code == 0 && !text.empty()) RaiseProgramError(text);
   RaiseApiErrorWithMessage(
-      description.empty()
-          ? "Ошибка чтения параметра " + Quoted(ConcatenateRegistryKeys(key, name)) + ":"
-          : description,
-      result.error->code);
+      text.empty() ? services_texts::ReadingSettingFailed(ConcatenateRegistryKeys(key, name))
+                   : text,
+      setting.code);
 }
 
 std::string ReadString(bool machine_wide, const std::string& key, const std::string& name,
                        const std::string& default_value) {
-  return ValueOr(Store().ReadString(RootOf(machine_wide), key, name), key, name, default_value);
+  return ValueOr(Store().ReadString(RootOf(machine_wide), key, name), machine_wide, key, name,
+                 default_value);
 }
 
 std::string ReadFolder(std::string_view setting, std::string_view default_value) {
@@ -64,8 +65,8 @@ std::string ReadFolder(std::string_view setting, std::string_view default_value)
   std::string folder = GetProductSetting_String(
       true, section, name, has_default ? std::string(default_value) : std::string());
   if (folder.empty() && !has_default) {
-    RaiseProgramError("В настройках программы \"Tamrin\" не задан параметр " +
-                      Quoted(ConcatenateRegistryKeys(SectionKey(section), name)) + ".");
+    RaiseProgramError(
+        services_texts::MissingSetting(ConcatenateRegistryKeys(SectionKey(section), name)));
   }
   const char separator = ports::CurrentPorts().files->Separator();
   if (!folder.ends_with(separator)) folder.push_back(separator);
@@ -96,7 +97,8 @@ std::string GetProductSetting_String(bool machine_wide, const std::string& secti
 std::int32_t GetProductSetting_Long(bool machine_wide, const std::string& section,
                                     const std::string& name, std::int32_t default_value) try {
   const std::string key = SectionKey(section);
-  return ValueOr(Store().ReadLong(RootOf(machine_wide), key, name), key, name, default_value);
+  return ValueOr(Store().ReadLong(RootOf(machine_wide), key, name), machine_wide, key, name,
+                 default_value);
 } catch (...) {
   ReRaiseError(kModule, "GetProductSetting_Long");
 }

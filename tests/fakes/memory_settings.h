@@ -9,11 +9,12 @@
 
 namespace tests {
 
-// The registry as two maps; keys are written "key\\name" and compare without case. An error, when
+// The registry as two maps; keys are written "key\\name" and compare without case. A failure, when
 // set, is the answer to every question.
 class MemorySettings final : public ports::SettingsStore {
  public:
-  std::optional<ports::SettingsError> error;
+  std::optional<ports::SystemCode> failure;
+  std::string failure_text;
   bool has_folder_defaults = false;
 
   void Set(ports::SettingsRoot root, const std::string& path, const std::string& value) {
@@ -23,25 +24,27 @@ class MemorySettings final : public ports::SettingsStore {
     longs_[{root, tmw::LowerCase(path)}] = value;
   }
 
-  ports::SettingsResult<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
-                                                const std::string& name) override {
+  ports::Setting<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
+                                         const std::string& name) override {
     return Find(strings_, root, key, name);
   }
   bool HasFolderDefaults() const override { return has_folder_defaults; }
-  ports::SettingsResult<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
-                                               const std::string& name) override {
+  ports::Setting<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
+                                        const std::string& name) override {
     return Find(longs_, root, key, name);
   }
+  std::string FailureText(ports::SettingsRoot /*root*/) override { return failure_text; }
 
  private:
   using Key = std::pair<ports::SettingsRoot, std::string>;
 
   template <typename T>
-  ports::SettingsResult<T> Find(const std::map<Key, T>& values, ports::SettingsRoot root,
-                                const std::string& key, const std::string& name) const {
+  ports::Setting<T> Find(const std::map<Key, T>& values, ports::SettingsRoot root,
+                         const std::string& key, const std::string& name) const {
     const auto found = values.find({root, tmw::LowerCase(key + "\\" + name)});
-    if (error || found == values.end()) return {std::nullopt, error};
-    return {found->second, std::nullopt};
+    if (failure) return ports::Setting<T>::Failure(*failure);
+    return ports::Setting<T>::Success(found == values.end() ? std::nullopt
+                                                            : std::optional<T>(found->second));
   }
 
   std::map<Key, std::string> strings_;

@@ -85,13 +85,14 @@ TEST_F(ProductSettings, AMissingFolderHasItsDefaultOrIsAnErrorThatNamesIt) {
 }
 
 TEST_F(ProductSettings, AFailingStoreIsNotTakenForAMissingValue) {
-  store_.error = ports::SettingsError{5, ""};
+  store_.failure = 5;
   auto error = tests::Caught([] { GetProductSetting_String(true, "General", "RootPath", "x"); });
   EXPECT_EQ(error.Number, 5);
   EXPECT_TRUE(error.Description.starts_with(
       "Ошибка чтения параметра \"SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath\":\r\n"));
   EXPECT_NE(error.Source.find("::mTmRegistryParams.GetProductSetting_String]"), std::string::npos);
-  store_.error = ports::SettingsError{0, "Сломан."};
+  store_.failure = 0;
+  store_.failure_text = "Сломан.";
   error = tests::Caught([] { GetProductSetting_Boolean(false, "AutoUpdate", "NoFtp", false); });
   EXPECT_EQ(error.Number, 1001);
   EXPECT_EQ(error.Description, "Сломан.");

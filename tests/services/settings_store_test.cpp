@@ -59,7 +59,7 @@ TEST(SettingsStore, ReadsTextsAndDoubleWordsOfBothRoots) {
         store->ReadString(kUser, key, "Other"), store->ReadString(kUser, key + "\\x", "Text"),
         store->ReadString(kMachine, key, "Text")}) {
     EXPECT_FALSE(missing.value);
-    EXPECT_FALSE(missing.error);
+    EXPECT_TRUE(missing);
   }
   EXPECT_FALSE(store->ReadLong(kUser, key, "Text").value);
   EXPECT_FALSE(store->ReadLong(kUser, key, "Binary").value);

@@ -9,8 +9,8 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "foundation/text.h"
 #include "platform/linux/descriptor.h"
+#include "platform/linux/linux_texts.h"
 #include "platform/linux/reg_file.h"
 
 namespace platform {
@@ -88,55 +88,58 @@ class SettingsFile {
   explicit SettingsFile(ports::SettingsRoot root) : root_(root) {}
 
   template <typename T>
-  ports::SettingsResult<T> Read(ports::SettingsRoot root, const std::string& key,
-                                const std::string& name) {
+  ports::Setting<T> Read(ports::SettingsRoot root, const std::string& key,
+                         const std::string& name) {
+    using Result = ports::Setting<T>;
     if (!is_read_) Load();
-    if (error_) return {std::nullopt, error_};
+    if (!status_) return Result::Failure(status_.code);
     const RegValue* const value = file_.Find(PathOf(root) + key, name);
     const T* const typed = value == nullptr ? nullptr : std::get_if<T>(value);
-    if (typed == nullptr) return {};
-    return {*typed, std::nullopt};
+    return Result::Success(typed == nullptr ? std::nullopt : std::optional<T>(*typed));
   }
+
+  const std::string& FailureText() const { return failure_text_; }
 
  private:
   void Load() {
     is_read_ = true;
     const std::string path = FileOf(root_);
-    const std::string message = "Ошибка чтения файла настроек " + tmw::Quoted(path);
     const auto bytes = ReadBytes(path);
-    if (!bytes.ok) {
-      error_ = ports::SettingsError{bytes.code, message + ":"};
+    status_ = bytes.ToStatus();
+    if (!status_) {
+      failure_text_ = linux_texts::ReadingSettingsFailed(path);
       return;
     }
     RegFileResult parsed = ParseRegFile(bytes.value);
     file_ = std::move(parsed.file);
-    if (parsed.error) {
-      error_ =
-          ports::SettingsError{0, message + ", строка " + std::to_string(parsed.error->line) + ":" +
-                                      std::string(tmw::kCrLf) + parsed.error->reason + "."};
-    }
+    if (!parsed.error) return;
+    status_ = ports::Status::Failure(0);
+    failure_text_ = linux_texts::SettingsFault(path, parsed.error->line, parsed.error->reason);
   }
 
   ports::SettingsRoot root_;
   bool is_read_ = false;
   RegFile file_;
-  std::optional<ports::SettingsError> error_;
+  ports::Status status_;
+  std::string failure_text_;
 };
 
 class LinuxSettingsStore final : public ports::SettingsStore {
  public:
-  ports::SettingsResult<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
-                                                const std::string& name) override {
+  ports::Setting<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
+                                         const std::string& name) override {
     return FileFor(root).Read<std::string>(root, key, name);
   }
 
-  ports::SettingsResult<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
-                                               const std::string& name) override {
+  ports::Setting<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
+                                        const std::string& name) override {
     const auto number = FileFor(root).Read<std::uint32_t>(root, key, name);
-    ports::SettingsResult<std::int32_t> result{std::nullopt, number.error};
+    ports::Setting<std::int32_t> result{number.ok, number.code, std::nullopt};
     if (number.value) result.value = static_cast<std::int32_t>(*number.value);
     return result;
   }
+
+  std::string FailureText(ports::SettingsRoot root) override { return FileFor(root).FailureText(); }
 
   bool HasFolderDefaults() const override { return false; }
 

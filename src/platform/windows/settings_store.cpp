@@ -23,9 +23,9 @@ struct RawValue {
   std::vector<BYTE> bytes;
 };
 
-ports::SettingsResult<RawValue> FromCode(LSTATUS code) {
+ports::Setting<RawValue> FromCode(LSTATUS code) {
   if (code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND) return {};
-  return {std::nullopt, ports::SettingsError{static_cast<ports::SystemCode>(code), {}}};
+  return ports::Setting<RawValue>::Failure(static_cast<ports::SystemCode>(code));
 }
 
 HKEY HandleOf(ports::SettingsRoot root) {
@@ -40,8 +40,8 @@ HKEY HandleOf(ports::SettingsRoot root) {
   return HKEY_CURRENT_USER;
 }
 
-ports::SettingsResult<RawValue> ReadRaw(ports::SettingsRoot root, const std::string& key,
-                                        const std::string& name) {
+ports::Setting<RawValue> ReadRaw(ports::SettingsRoot root, const std::string& key,
+                                 const std::string& name) {
   HKEY opened = nullptr;
   LSTATUS code = RegOpenKeyExW(HandleOf(root), ToWide(key).c_str(), 0,
                                KEY_QUERY_VALUE | KEY_WOW64_32KEY, &opened);
@@ -57,33 +57,35 @@ ports::SettingsResult<RawValue> ReadRaw(ports::SettingsRoot root, const std::str
   } while (code == ERROR_MORE_DATA || (code == ERROR_SUCCESS && value.bytes.size() < length));
   if (code != ERROR_SUCCESS) return FromCode(code);
   value.bytes.resize(length);
-  return {std::move(value), std::nullopt};
+  return ports::Setting<RawValue>::Success(std::move(value));
 }
 
 class WindowsSettingsStore final : public ports::SettingsStore {
  public:
-  ports::SettingsResult<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
-                                                const std::string& name) override {
+  ports::Setting<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
+                                         const std::string& name) override {
     const auto raw = ReadRaw(root, key, name);
     if (!raw.value || (raw.value->type != REG_SZ && raw.value->type != REG_EXPAND_SZ))
-      return {std::nullopt, raw.error};
+      return {raw.ok, raw.code, std::nullopt};
     const auto& bytes = raw.value->bytes;
     std::string text = tmw::Utf16ToUtf8(
         tmw::BytesToUtf16({reinterpret_cast<const char*>(bytes.data()), bytes.size()}));
     text.erase(std::min(text.find('\0'), text.size()));
-    return {std::move(text), std::nullopt};
+    return ports::Setting<std::string>::Success(std::move(text));
   }
 
-  ports::SettingsResult<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
-                                               const std::string& name) override {
+  ports::Setting<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
+                                        const std::string& name) override {
     const auto raw = ReadRaw(root, key, name);
     if (!raw.value || raw.value->type != REG_DWORD ||
         raw.value->bytes.size() != sizeof(std::int32_t))
-      return {std::nullopt, raw.error};
+      return {raw.ok, raw.code, std::nullopt};
     std::int32_t number = 0;
     std::memcpy(&number, raw.value->bytes.data(), sizeof(number));
-    return {number, std::nullopt};
+    return ports::Setting<std::int32_t>::Success(number);
   }
+
+  std::string FailureText(ports::SettingsRoot /*root*/) override { return {}; }
 
   bool HasFolderDefaults() const override { return true; }
 };

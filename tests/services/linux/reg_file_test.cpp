@@ -92,14 +92,16 @@ TEST(RegFile, ABrokenOrUnreadableFileIsAnErrorThatNamesIt) {
   const tests::ScopedVariable user("TAMRIN_USER_REG", sandbox.Path());
   const auto store = MakeSettingsStore();
   for (int round = 0; round < 2; ++round) {
-    const auto error = store->ReadLong(ports::SettingsRoot::kMachine, "k", "v").error;
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->description, "Ошибка чтения файла настроек \"" + broken +
-                                      "\", строка 3:\r\nимя ключа не закрыто скобкой \"]\".");
-    const auto folder_error = store->ReadString(ports::SettingsRoot::kUser, "k", "v").error;
-    ASSERT_TRUE(folder_error);
-    EXPECT_EQ(folder_error->code, EISDIR);
-    EXPECT_EQ(folder_error->description,
+    const auto number = store->ReadLong(ports::SettingsRoot::kMachine, "k", "v");
+    EXPECT_FALSE(number);
+    EXPECT_EQ(number.code, 0);
+    EXPECT_EQ(store->FailureText(ports::SettingsRoot::kMachine),
+              "Ошибка чтения файла настроек \"" + broken +
+                  "\", строка 3:\r\nимя ключа не закрыто скобкой \"]\".");
+    const auto text = store->ReadString(ports::SettingsRoot::kUser, "k", "v");
+    EXPECT_FALSE(text);
+    EXPECT_EQ(text.code, EISDIR);
+    EXPECT_EQ(store->FailureText(ports::SettingsRoot::kUser),
               "Ошибка чтения файла настроек \"" + sandbox.Path() + "\":");
   }
 }

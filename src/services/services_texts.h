@@ -2,8 +2,10 @@
 
 #include <string>
 
-// What the single-instance control says.
-namespace tmw::mutex_texts {
+#include "foundation/text.h"
+
+// What users read about other programs that run and about the settings.
+namespace tmw::services_texts {
 
 inline constexpr const char* kTitle = "Запуск программы обновления";
 
@@ -21,4 +23,12 @@ inline std::string SeveralCopies() {
          "Подождать, пока лишние копии программы обновления не будут закрыты?";
 }
 
-}  // namespace tmw::mutex_texts
+inline std::string MissingSetting(const std::string& path) {
+  return "В настройках программы \"Tamrin\" не задан параметр " + Quoted(path) + ".";
+}
+
+inline std::string ReadingSettingFailed(const std::string& path) {
+  return "Ошибка чтения параметра " + Quoted(path) + ":";
+}
+
+}  // namespace tmw::services_texts
