@@ -26,6 +26,11 @@ enum class FileLockVerdict {
 struct FileLockResult {
   FileLockVerdict verdict = FileLockVerdict::kLocked;
   std::unique_ptr<FileLock> lock;  // with kLocked only
+
+  static Outcome<FileLockResult> Answer(FileLockVerdict verdict,
+                                        std::unique_ptr<FileLock> lock = nullptr) {
+    return Outcome<FileLockResult>::Success({verdict, std::move(lock)});
+  }
 };
 
 // Advisory locks on whole existing files; holders inside one process count like holders in two.

@@ -17,7 +17,7 @@ using ports::FileLockVerdict;
 
 ports::FileLockResult TryLock(const std::string& path, FileLockMode mode) {
   auto result = ports::CurrentPorts().file_locks->TryLock(path, mode);
-  EXPECT_TRUE(result.ok) << result.code;
+  EXPECT_TRUE(result) << result.code;
   return std::move(result.value);
 }
 

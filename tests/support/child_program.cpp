@@ -44,7 +44,7 @@ void Hold(const std::string& name, const std::string& path) {
   auto created = ports::CurrentPorts().mutexes->Create(name, true);
   static std::unique_ptr<ports::NamedMutex> held;
   if (!created.value.already_existed) held = std::move(created.value.mutex);
-  Append(path, !created.ok ? "failed" : created.value.already_existed ? "exists" : "held");
+  Append(path, !created ? "failed" : created.value.already_existed ? "exists" : "held");
 }
 
 void Lock(const std::string& file, const std::string& mode, const std::string& report) {

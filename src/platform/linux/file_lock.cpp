@@ -9,23 +9,19 @@
 #include <map>
 #include <utility>
 
-#include "foundation/unique_handle.h"
+#include "platform/linux/descriptor.h"
 
 namespace platform {
 namespace {
 
-struct DescriptorTraits {
-  using Type = int;
-  static Type Invalid() { return -1; }
-  static void Close(Type descriptor) { ::close(descriptor); }
-};
-using Descriptor = tmw::UniqueHandle<DescriptorTraits>;
+using ports::FileLockResult;
+using ports::FileLockVerdict;
 
 // All holders of one file in this process share one descriptor. Closing any descriptor of a file
 // drops every record lock that the process has on it, the database engine's own ones included, so
 // it is closed with the last holder only.
 struct HeldFile {
-  Descriptor descriptor{-1};
+  UniqueDescriptor descriptor;
   int sharers = 0;
   bool is_exclusive = false;
 };
@@ -55,41 +51,38 @@ class LinuxFileLock final : public ports::FileLock {
   FileKey key_;
 };
 
-ports::Outcome<ports::FileLockResult> Answer(ports::FileLockVerdict verdict) {
-  return ports::Outcome<ports::FileLockResult>::Success({verdict, nullptr});
-}
-
-ports::Outcome<ports::FileLockResult> Refused(ports::SystemCode code) {
-  if (code == ENOENT || code == ENOTDIR) return Answer(ports::FileLockVerdict::kMissing);
-  if (code == EACCES || code == EPERM) return Answer(ports::FileLockVerdict::kForbidden);
-  return ports::Outcome<ports::FileLockResult>::Failure(code);
+ports::Outcome<FileLockResult> Refused(ports::SystemCode code) {
+  if (code == ENOENT || code == ENOTDIR) return FileLockResult::Answer(FileLockVerdict::kMissing);
+  if (code == EACCES || code == EPERM) return FileLockResult::Answer(FileLockVerdict::kForbidden);
+  return ports::Outcome<FileLockResult>::Failure(code);
 }
 
 }  // namespace
 
 class LinuxFileLocks final : public ports::FileLocks {
  public:
-  ports::Outcome<ports::FileLockResult> TryLock(const std::string& path,
-                                                ports::FileLockMode mode) override {
+  ports::Outcome<FileLockResult> TryLock(const std::string& path,
+                                         ports::FileLockMode mode) override {
     const bool wants_all = mode == ports::FileLockMode::kExclusive;
     struct stat facts = {};
     if (::stat(path.c_str(), &facts) != 0) return Refused(errno);
     const FileKey key{facts.st_dev, facts.st_ino};
     const auto held = HeldFiles().find(key);
     if (held != HeldFiles().end()) {
-      if (held->second.is_exclusive) return Answer(ports::FileLockVerdict::kHeldExclusively);
-      if (wants_all) return Answer(ports::FileLockVerdict::kHeldShared);
+      if (held->second.is_exclusive)
+        return FileLockResult::Answer(FileLockVerdict::kHeldExclusively);
+      if (wants_all) return FileLockResult::Answer(FileLockVerdict::kHeldShared);
       ++held->second.sharers;
       return Locked(key);
     }
 
-    Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    UniqueDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!descriptor) return Refused(errno);
     if (::flock(descriptor.Get(), (wants_all ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0) {
-      if (errno != EWOULDBLOCK) return ports::Outcome<ports::FileLockResult>::Failure(errno);
+      if (errno != EWOULDBLOCK) return ports::Outcome<FileLockResult>::Failure(errno);
       const bool is_shareable = wants_all && ::flock(descriptor.Get(), LOCK_SH | LOCK_NB) == 0;
-      return Answer(is_shareable ? ports::FileLockVerdict::kHeldShared
-                                 : ports::FileLockVerdict::kHeldExclusively);
+      return FileLockResult::Answer(is_shareable ? FileLockVerdict::kHeldShared
+                                                 : FileLockVerdict::kHeldExclusively);
     }
     HeldFile file;
     file.descriptor = std::move(descriptor);
@@ -100,9 +93,8 @@ class LinuxFileLocks final : public ports::FileLocks {
   }
 
  private:
-  static ports::Outcome<ports::FileLockResult> Locked(FileKey key) {
-    return ports::Outcome<ports::FileLockResult>::Success(
-        {ports::FileLockVerdict::kLocked, std::make_unique<LinuxFileLock>(key)});
+  static ports::Outcome<FileLockResult> Locked(FileKey key) {
+    return FileLockResult::Answer(FileLockVerdict::kLocked, std::make_unique<LinuxFileLock>(key));
   }
 };
 

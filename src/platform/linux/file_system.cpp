@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "foundation/unique_handle.h"
+#include "platform/linux/descriptor.h"
 #include "platform/linux/own_folder.h"
 
 namespace platform {
@@ -22,13 +22,6 @@ constexpr mode_t kNewFileMode = 0666;
 constexpr mode_t kNewCopyMode = 0600;
 constexpr int kMostLinks = 40;  // as the kernel itself follows
 constexpr mode_t kAllWriteBits = S_IWUSR | S_IWGRP | S_IWOTH;
-
-struct DescriptorTraits {
-  using Type = int;
-  static Type Invalid() { return -1; }
-  static void Close(Type descriptor) { close(descriptor); }
-};
-using Descriptor = tmw::UniqueHandle<DescriptorTraits>;
 
 struct FolderStreamTraits {
   using Type = DIR*;
@@ -43,13 +36,13 @@ const char* Name(const std::string& path) {
   return path.find('\0') == std::string::npos ? path.c_str() : "";
 }
 
-ports::Status Result(int returned) {
+ports::Status StatusOf(int returned) {
   return returned == 0 ? ports::Status::Success() : ports::Status::Failure(errno);
 }
 
 // What the file system cannot hold, or this user may not set, is no failure.
 ports::Status AsFarAsPossible(int returned) {
-  const ports::Status status = Result(returned);
+  const ports::Status status = StatusOf(returned);
   const bool is_refused = status.code == EPERM || status.code == EACCES ||
                           status.code == EOPNOTSUPP || status.code == ENOSYS ||
                           status.code == EINVAL || status.code == EOVERFLOW;
@@ -75,7 +68,7 @@ ports::FileKind KindOf(mode_t mode) {
 
 class LinuxFile final : public ports::File {
  public:
-  explicit LinuxFile(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
+  explicit LinuxFile(UniqueDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
   ports::Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
     for (;;) {
@@ -99,16 +92,16 @@ class LinuxFile final : public ports::File {
     return ports::Status::Success();
   }
 
-  ports::Status Flush() override { return Result(fsync(descriptor_.Get())); }
+  ports::Status Flush() override { return StatusOf(fsync(descriptor_.Get())); }
 
   ports::Status Close() override {
     // The descriptor is gone even when the call was interrupted.
-    const ports::Status status = Result(close(descriptor_.Release()));
+    const ports::Status status = StatusOf(close(descriptor_.Release()));
     return status.code == EINTR ? ports::Status::Success() : status;
   }
 
  private:
-  Descriptor descriptor_;
+  UniqueDescriptor descriptor_;
 };
 
 // Takes "." and ".." out of an absolute path by its words alone.
@@ -162,7 +155,7 @@ class LinuxFileSystem final : public ports::FileSystem {
     if (mode == ports::FileMode::kWriteNew) flags = O_WRONLY | O_CREAT | O_TRUNC;
     if (mode == ports::FileMode::kCreateNew) flags = O_WRONLY | O_CREAT | O_EXCL;
     const mode_t rights = mode == ports::FileMode::kCreateNew ? kNewCopyMode : kNewFileMode;
-    Descriptor descriptor(open(Name(path), flags | O_CLOEXEC | O_NOCTTY, rights));
+    UniqueDescriptor descriptor(open(Name(path), flags | O_CLOEXEC | O_NOCTTY, rights));
     if (!descriptor) return ports::Outcome<std::unique_ptr<ports::File>>::Failure(errno);
     return ports::Outcome<std::unique_ptr<ports::File>>::Success(
         std::make_unique<LinuxFile>(std::move(descriptor)));
@@ -189,15 +182,19 @@ class LinuxFileSystem final : public ports::FileSystem {
   }
 
   ports::Status CreateFolder(const std::string& path) override {
-    return Result(mkdir(Name(path), kPermissionBits));
+    return StatusOf(mkdir(Name(path), kPermissionBits));
   }
 
-  ports::Status RemoveFolder(const std::string& path) override { return Result(rmdir(Name(path))); }
+  ports::Status RemoveFolder(const std::string& path) override {
+    return StatusOf(rmdir(Name(path)));
+  }
 
-  ports::Status RemoveFile(const std::string& path) override { return Result(unlink(Name(path))); }
+  ports::Status RemoveFile(const std::string& path) override {
+    return StatusOf(unlink(Name(path)));
+  }
 
   ports::Status Rename(const std::string& from, const std::string& to) override {
-    return Result(rename(Name(from), Name(to)));
+    return StatusOf(rename(Name(from), Name(to)));
   }
 
   ports::Status SetReadOnly(const std::string& path, bool read_only) override {
@@ -205,7 +202,7 @@ class LinuxFileSystem final : public ports::FileSystem {
     if (stat(Name(path), &status) != 0) return ports::Status::Failure(errno);
     const mode_t old_mode = status.st_mode & kPermissionBits;
     const mode_t mode = read_only ? old_mode & ~kAllWriteBits : old_mode | S_IWUSR;
-    return mode == old_mode ? ports::Status::Success() : Result(chmod(Name(path), mode));
+    return mode == old_mode ? ports::Status::Success() : StatusOf(chmod(Name(path), mode));
   }
 
   ports::Status CopyAttributes(const std::string& source, const std::string& target) override {
@@ -280,12 +277,12 @@ class LinuxFileSystem final : public ports::FileSystem {
   }
 
   ports::Status FlushFolder(const std::string& folder) override {
-    const Descriptor descriptor(
+    const UniqueDescriptor descriptor(
         open(folder.empty() ? "." : Name(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     // A folder that may be written but not read (EACCES) cannot be flushed; the rename stands.
     if (!descriptor)
       return errno == EACCES ? ports::Status::Success() : ports::Status::Failure(errno);
-    const ports::Status status = Result(fsync(descriptor.Get()));
+    const ports::Status status = StatusOf(fsync(descriptor.Get()));
     // File systems that do not flush folders say so with these.
     const bool is_unable = status.code == EINVAL || status.code == EROFS;
     return is_unable ? ports::Status::Success() : status;
@@ -296,7 +293,7 @@ class LinuxFileSystem final : public ports::FileSystem {
     if (stat(Name(path), &status) != 0) return ports::Status::Failure(errno);
     // Whoever may read it may run it.
     const mode_t mode = status.st_mode & kPermissionBits;
-    return Result(chmod(Name(path), mode | S_IXUSR | ((mode & (S_IRGRP | S_IROTH)) >> 2U)));
+    return StatusOf(chmod(Name(path), mode | S_IXUSR | ((mode & (S_IRGRP | S_IROTH)) >> 2U)));
   }
 
   bool MeansMissing(ports::SystemCode code) const override {

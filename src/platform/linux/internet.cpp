@@ -55,7 +55,7 @@ class CurlRequest final : public ports::InternetRequest {
 
   ports::Status Open(const std::string& url, const ports::WaitHandler& on_wait) {
     const auto accepted = AcceptUrl(url);
-    if (!accepted) return ports::Status::Failure(accepted.code);
+    if (!accepted) return accepted.ToStatus();
     url_ = accepted.value;
     if (const ports::Status status = Request(0, on_wait); !status) return status;
     if (transfer_.IsHttp()) {

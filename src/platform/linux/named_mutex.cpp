@@ -52,7 +52,7 @@ class LinuxNamedMutexes final : public ports::NamedMutexes {
     const std::string own_name = name.substr(name.rfind('\\') + 1);
     if (own_name.empty() || own_name.find('/') != std::string::npos) return Result::Failure(EINVAL);
     const auto folder = LockFolder();
-    if (!folder.ok) return Result::Failure(folder.code);
+    if (!folder) return Result::Failure(folder.code);
 
     // Lock files are never deleted: another process could be about to lock the deleted one.
     const std::string path = folder.value + "/" + own_name + ".lock";

@@ -224,7 +224,7 @@ class LinuxProcesses final : public ports::Processes {
     const bool continues_chain = request.continues_chain && ChainPipe() >= 0;
     if (continues_chain) PassChain(plan);
     const auto child = plan.Spawn(program, arguments, true);
-    if (!child.ok) return Result::Failure(child.code);
+    if (!child) return Result::Failure(child.code);
     if (continues_chain) AnnounceChainMember(child.value);
     return Result::Success(std::make_unique<LinuxProcess>(child.value));
   }
@@ -248,11 +248,11 @@ class LinuxProcesses final : public ports::Processes {
     plan.SetFolder(request.working_folder);
     plan.PassDescriptor(write_end.Get());
     const auto child = plan.Spawn(kElevator, arguments, true);
-    if (!child.ok) return Result::Failure(child.code);
+    if (!child) return Result::Failure(child.code);
     write_end.Reset();
     auto process = std::make_unique<LinuxProcess>(child.value);
     const ports::Status decision = AwaitDecision(*process, read_end.Get());
-    if (!decision.ok) return Result::Failure(decision.code);
+    if (!decision) return Result::Failure(decision.code);
     if (request.continues_chain) AnnounceChainMember(child.value);
     return Result::Success(std::move(process));
   }
@@ -298,10 +298,10 @@ class LinuxProcesses final : public ports::Processes {
     }
     while (IsStillElevator(process.Id())) {
       const auto ended = process.Wait(kPollWithoutPidfdMilliseconds);
-      if (!ended.ok) return ports::Status::Failure(ended.code);
+      if (!ended) return ended.ToStatus();
       if (!ended.value) continue;
       const auto exit_code = process.ExitCode();
-      if (!exit_code.ok) return ports::Status::Failure(exit_code.code);
+      if (!exit_code) return exit_code.ToStatus();
       if (exit_code.value == kElevationDeclined) return ports::Status::Failure(ECANCELED);
       return ports::Status::Failure(exit_code.value == kElevationRefused ? EACCES : EPERM);
     }

@@ -7,9 +7,12 @@
 
 #include "foundation/encodings.h"
 #include "foundation/text.h"
+#include "platform/linux/linux_texts.h"
 
 namespace platform {
 namespace {
+
+namespace texts = linux_texts;
 
 constexpr std::string_view kHeader4 = "REGEDIT4";
 constexpr std::string_view kHeader5 = "Windows Registry Editor Version 5.00";
@@ -70,8 +73,7 @@ class Parser {
     while (line_ < lines_.size()) {
       const std::string header = NextLine();
       if (header.empty()) continue;
-      if (header != kHeader4 && header != kHeader5)
-        Fail("нет заголовка файла реестра (REGEDIT4 или Windows Registry Editor Version 5.00)");
+      if (header != kHeader4 && header != kHeader5) Fail(texts::kNoHeader);
       return !result_.error;
     }
     return false;
@@ -79,8 +81,8 @@ class Parser {
 
   std::string NextLine() {
     const std::string& line = lines_[line_++];
-    if (!tmw::TryUtf8ToUtf16(line)) Fail("текст не в кодировке UTF-8");
-    if (line.find('\0') != std::string::npos) Fail("нулевой символ в тексте");
+    if (!tmw::TryUtf8ToUtf16(line)) Fail(texts::kNotUtf8);
+    if (line.find('\0') != std::string::npos) Fail(texts::kZeroCharacter);
     return tmw::TrimCharacters(line, " \t\r");
   }
 
@@ -96,20 +98,20 @@ class Parser {
     if (rest.front() == '@') {
       rest.remove_prefix(1);
     } else if (!TakeQuoted(rest, name)) {
-      return Fail("ожидается ключ, имя параметра в кавычках или примечание");
+      return Fail(texts::kUnknownLine);
     }
     SkipBlanks(rest);
-    if (!rest.starts_with('=')) return Fail("после имени параметра нет знака \"=\"");
+    if (!rest.starts_with('=')) return Fail(texts::kNoEqualsSign);
     rest.remove_prefix(1);
     SkipBlanks(rest);
-    if (!has_key_) return Fail("параметр стоит до первого ключа");
+    if (!has_key_) return Fail(texts::kValueBeforeKey);
     ParseValue(name, rest);
   }
 
   void ParseKey(const std::string& line) {
     const std::size_t end = line.rfind(']');
-    if (end == std::string::npos) return Fail("имя ключа не закрыто скобкой \"]\"");
-    if (!IsEnd(std::string_view(line).substr(end + 1))) return Fail("лишний текст после ключа");
+    if (end == std::string::npos) return Fail(texts::kOpenKey);
+    if (!IsEnd(std::string_view(line).substr(end + 1))) return Fail(texts::kTextAfterKey);
     key_ = line.substr(1, end - 1);
     has_key_ = true;
     is_deleted_key_ = key_.starts_with('-');
@@ -119,25 +121,25 @@ class Parser {
   void ParseValue(const std::string& name, std::string_view rest) {
     if (rest.starts_with('-')) {
       rest.remove_prefix(1);
-      if (!IsEnd(rest)) return Fail("лишний текст после знака удаления");
+      if (!IsEnd(rest)) return Fail(texts::kTextAfterDeletion);
       if (!is_deleted_key_) result_.file.Delete(key_, name);
       return;
     }
     RegValue value;
     if (rest.starts_with('"')) {
       std::string text;
-      if (!TakeQuoted(rest, text)) return Fail("ошибка в строке в кавычках");
-      if (!IsEnd(rest)) return Fail("лишний текст после строки в кавычках");
+      if (!TakeQuoted(rest, text)) return Fail(texts::kBadQuotedText);
+      if (!IsEnd(rest)) return Fail(texts::kTextAfterQuotedText);
       value = std::move(text);
     } else if (rest.starts_with("dword:")) {
       std::uint32_t number = 0;
       if (!ReadHex(CutComment(rest.substr(rest.find(':') + 1)), 8, number))
-        return Fail("значение dword: ожидается от 1 до 8 шестнадцатеричных цифр");
+        return Fail(texts::kBadDoubleWord);
       value = number;
     } else if (rest.starts_with("hex:") || rest.starts_with("hex(")) {
       if (!ParseHexValue(rest, value)) return;
     } else {
-      return Fail("неизвестный вид значения");
+      return Fail(texts::kUnknownValueKind);
     }
     if (!is_deleted_key_) result_.file.Set(key_, name, std::move(value));
   }
@@ -149,14 +151,14 @@ class Parser {
     if (rest.starts_with('(')) {
       const std::size_t end = rest.find(')');
       if (end == std::string_view::npos || !ReadHex(rest.substr(1, end - 1), 8, type)) {
-        Fail("ошибка в виде значения hex");
+        Fail(texts::kBadHexKind);
         return false;
       }
       rest.remove_prefix(end + 1);
     }
     std::string bytes;
     if (!rest.starts_with(':') || !ReadBytes(rest.substr(1), bytes)) {
-      Fail("значение hex: ожидаются байты через запятую");
+      Fail(texts::kBadHexBytes);
       return false;
     }
     if (type == kTypeString || type == kTypeExpandString) {

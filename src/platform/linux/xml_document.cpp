@@ -31,10 +31,6 @@ std::string QualifiedName(const xmlNs* space, const xmlChar* name) {
   return has_prefix ? ToString(space->prefix) + ":" + ToString(name) : ToString(name);
 }
 
-bool IsWhiteSpace(const std::string& text) {
-  return text.find_first_not_of(" \t\r\n") == std::string::npos;
-}
-
 void CopyAttributes(const xmlNode* source, ports::XmlNode& element) {
   for (const xmlAttr* a = source->properties; a != nullptr; a = a->next) {
     const std::unique_ptr<xmlChar, FreeText> value(
@@ -58,7 +54,7 @@ bool CopySiblings(const xmlNode* first, ports::XmlNode& parent) {
       case XML_TEXT_NODE:
       case XML_CDATA_SECTION_NODE: {
         std::string text = ToString(node->content);
-        if (node->type == XML_TEXT_NODE && IsWhiteSpace(text)) break;
+        if (node->type == XML_TEXT_NODE && ports::IsXmlWhiteSpace(text)) break;
         parent.Append(ports::XmlNodeKind::kText).value = std::move(text);
         break;
       }

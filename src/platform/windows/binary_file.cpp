@@ -1,6 +1,6 @@
 #include "platform/factories.h"
 
-#include "foundation/unique_handle.h"
+#include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -10,20 +10,9 @@ namespace {
 constexpr int kOpenAttempts = 10;
 constexpr DWORD kOpenInterval = 100;  // milliseconds
 
-ports::SystemCode LastError() {
-  return static_cast<ports::SystemCode>(GetLastError());
-}
-
-struct FileTraits {
-  using Type = HANDLE;
-  static Type Invalid() { return INVALID_HANDLE_VALUE; }
-  static void Close(Type handle) { CloseHandle(handle); }
-};
-using FileHandle = tmw::UniqueHandle<FileTraits>;
-
 class WindowsBinaryFile final : public ports::BinaryFileHandle {
  public:
-  explicit WindowsBinaryFile(FileHandle handle) : handle_(std::move(handle)) {}
+  explicit WindowsBinaryFile(UniqueFileHandle handle) : handle_(std::move(handle)) {}
 
   std::uint32_t Size() override {
     DWORD high = 0;
@@ -43,10 +32,7 @@ class WindowsBinaryFile final : public ports::BinaryFileHandle {
     return ports::Outcome<std::uint32_t>::Success(written);
   }
 
-  ports::Status Flush() override {
-    return FlushFileBuffers(handle_.Get()) != FALSE ? ports::Status::Success()
-                                                    : ports::Status::Failure(LastError());
-  }
+  ports::Status Flush() override { return StatusOf(FlushFileBuffers(handle_.Get())); }
 
   ports::Status Close() override {
     if (CloseHandle(handle_.Get()) == FALSE) return ports::Status::Failure(LastError());
@@ -55,7 +41,7 @@ class WindowsBinaryFile final : public ports::BinaryFileHandle {
   }
 
  private:
-  FileHandle handle_;
+  UniqueFileHandle handle_;
 };
 
 class WindowsBinaryFiles final : public ports::BinaryFiles {
@@ -69,7 +55,7 @@ class WindowsBinaryFiles final : public ports::BinaryFiles {
     const std::string name = ToAnsi(path);
     // A file that has just been written is often opened by a virus scanner at once.
     for (int attempt = 1;; ++attempt) {
-      FileHandle handle(
+      UniqueFileHandle handle(
           CreateFileA(name.c_str(), access, share_mode, nullptr, disposition, flags, nullptr));
       if (handle) return Result::Success(std::make_unique<WindowsBinaryFile>(std::move(handle)));
       const ports::SystemCode code = LastError();

@@ -2,15 +2,12 @@
 
 #include <type_traits>
 
+#include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
 namespace platform {
 namespace {
-
-ports::SystemCode SystemLastError() {
-  return static_cast<ports::SystemCode>(GetLastError());
-}
 
 std::string InOwnFolder(const std::string& name) {
   std::wstring own(MAX_PATH, L'\0');
@@ -36,7 +33,7 @@ class WindowsCompanionLibrary final : public ports::CompanionLibrary {
     using Result = ports::Outcome<const ports::EntryPoints*>;
     if (library_ != nullptr) return Result::Success(&entries_);
     library_ = LoadLibraryExW(ToWide(path_).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    if (library_ == nullptr) return Result::Failure(SystemLastError());
+    if (library_ == nullptr) return Result::Failure(platform::LastError());
     bool is_whole = true;
     ports::ForEachEntryPoint(entries_, [&](const char* name, auto& entry) {
       // By way of void*: the compiler otherwise doubts the cast.
@@ -50,7 +47,7 @@ class WindowsCompanionLibrary final : public ports::CompanionLibrary {
   }
 
   std::string Path() const override { return path_; }
-  ports::SystemCode LastError() const override { return SystemLastError(); }
+  ports::SystemCode LastError() const override { return platform::LastError(); }
 
  private:
   void Unload() {

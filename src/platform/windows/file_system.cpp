@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "foundation/unique_handle.h"
+#include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -21,27 +21,10 @@ constexpr DWORD kReadOnly = FILE_ATTRIBUTE_READONLY;
 constexpr DWORD kCopiedAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                                     FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
 
-struct FileHandleTraits {
-  using Type = HANDLE;
-  static Type Invalid() { return INVALID_HANDLE_VALUE; }
-  static void Close(Type handle) { ::CloseHandle(handle); }
-};
-using FileHandle = tmw::UniqueHandle<FileHandleTraits>;
-
-struct SearchTraits {
-  using Type = HANDLE;
-  static Type Invalid() { return INVALID_HANDLE_VALUE; }
+struct SearchTraits : FileHandleTraits {
   static void Close(Type handle) { FindClose(handle); }
 };
 using Search = tmw::UniqueHandle<SearchTraits>;
-
-ports::SystemCode LastError() {
-  return static_cast<ports::SystemCode>(GetLastError());
-}
-
-ports::Status Result(BOOL succeeded) {
-  return succeeded ? ports::Status::Success() : ports::Status::Failure(LastError());
-}
 
 // Empty on failure; the last error then says why.
 std::wstring FullPath(const std::string& path) {
@@ -91,14 +74,14 @@ ports::FileFacts MakeFacts(DWORD attributes, DWORD size_high, DWORD size_low) {
 }
 
 // None when it leads nowhere.
-FileHandle OpenLinkTarget(const std::wstring& path) {
-  return FileHandle(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
-                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+UniqueFileHandle OpenLinkTarget(const std::wstring& path) {
+  return UniqueFileHandle(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
 }
 
 // Without the prefix that the system puts before it; empty on failure.
-std::wstring PathOfHandle(const FileHandle& handle) {
+std::wstring PathOfHandle(const UniqueFileHandle& handle) {
   std::wstring path(kLongestPath, L'\0');
   path.resize(GetFinalPathNameByHandleW(handle.Get(), path.data(), kLongestPath, 0));
   if (path.starts_with(L"\\\\?\\UNC\\")) return L"\\" + path.substr(7);
@@ -107,7 +90,7 @@ std::wstring PathOfHandle(const FileHandle& handle) {
 
 // What a link leads to; kOther when it leads nowhere.
 ports::FileFacts FactsOfLinkTarget(const std::wstring& path) {
-  const FileHandle handle = OpenLinkTarget(path);
+  const UniqueFileHandle handle = OpenLinkTarget(path);
   BY_HANDLE_FILE_INFORMATION found{};
   if (!handle || !GetFileInformationByHandle(handle.Get(), &found)) {
     ports::FileFacts facts;
@@ -119,7 +102,7 @@ ports::FileFacts FactsOfLinkTarget(const std::wstring& path) {
 
 class WindowsFile final : public ports::File {
  public:
-  explicit WindowsFile(FileHandle handle) : handle_(std::move(handle)) {}
+  explicit WindowsFile(UniqueFileHandle handle) : handle_(std::move(handle)) {}
 
   ports::Outcome<std::size_t> Read(void* buffer, std::size_t length) override {
     DWORD count = 0;
@@ -141,9 +124,9 @@ class WindowsFile final : public ports::File {
     return ports::Status::Success();
   }
 
-  ports::Status Flush() override { return Result(FlushFileBuffers(handle_.Get())); }
+  ports::Status Flush() override { return StatusOf(FlushFileBuffers(handle_.Get())); }
 
-  ports::Status Close() override { return Result(::CloseHandle(handle_.Release())); }
+  ports::Status Close() override { return StatusOf(::CloseHandle(handle_.Release())); }
 
  private:
   // Larger requests fail on some network file systems.
@@ -152,7 +135,7 @@ class WindowsFile final : public ports::File {
     return static_cast<DWORD>(std::min(length, kLimit));
   }
 
-  FileHandle handle_;
+  UniqueFileHandle handle_;
 };
 
 // Takes the read-only attribute off for as long as it lives, unless Keep is called.
@@ -180,11 +163,11 @@ class WritableForNow {
 // Runs an action on a file that the system refuses to touch while it is read-only.
 template <typename Action>
 ports::Status DespiteReadOnly(const std::wstring& path, Action action) {
-  const ports::Status status = Result(action());
+  const ports::Status status = StatusOf(action());
   if (status || status.code != ERROR_ACCESS_DENIED) return status;
   WritableForNow writable(path);
   if (!writable.HasChanged()) return status;
-  const ports::Status second = Result(action());
+  const ports::Status second = StatusOf(action());
   if (second) writable.Keep();
   return second;
 }
@@ -214,8 +197,8 @@ class WindowsFileSystem final : public ports::FileSystem {
     if (mode == ports::FileMode::kWriteNew) disposition = CREATE_ALWAYS;
     if (mode == ports::FileMode::kCreateNew) disposition = CREATE_NEW;
     // A file that somebody is writing is not read: what would be read is no whole file.
-    FileHandle handle(CreateFileW(Native(path).c_str(), access, FILE_SHARE_READ, nullptr,
-                                  disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+    UniqueFileHandle handle(CreateFileW(Native(path).c_str(), access, FILE_SHARE_READ, nullptr,
+                                        disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!handle) return ports::Outcome<std::unique_ptr<ports::File>>::Failure(LastError());
     return ports::Outcome<std::unique_ptr<ports::File>>::Success(
         std::make_unique<WindowsFile>(std::move(handle)));
@@ -245,11 +228,11 @@ class WindowsFileSystem final : public ports::FileSystem {
   }
 
   ports::Status CreateFolder(const std::string& path) override {
-    return Result(CreateDirectoryW(Native(path).c_str(), nullptr));
+    return StatusOf(CreateDirectoryW(Native(path).c_str(), nullptr));
   }
 
   ports::Status RemoveFolder(const std::string& path) override {
-    return Result(RemoveDirectoryW(Native(path).c_str()));
+    return StatusOf(RemoveDirectoryW(Native(path).c_str()));
   }
 
   ports::Status RemoveFile(const std::string& path) override {
@@ -271,7 +254,8 @@ class WindowsFileSystem final : public ports::FileSystem {
     const DWORD old = GetFileAttributesW(native.c_str());
     if (old == INVALID_FILE_ATTRIBUTES) return ports::Status::Failure(LastError());
     const DWORD attributes = read_only ? old | kReadOnly : old & ~kReadOnly;
-    return attributes == old ? ports::Status::Success() : Result(SetAttributes(native, attributes));
+    return attributes == old ? ports::Status::Success()
+                             : StatusOf(SetAttributes(native, attributes));
   }
 
   ports::Status CopyAttributes(const std::string& source, const std::string& target) override {
@@ -279,13 +263,13 @@ class WindowsFileSystem final : public ports::FileSystem {
     if (!GetFileAttributesExW(Native(source).c_str(), GetFileExInfoStandard, &found))
       return ports::Status::Failure(LastError());
     const std::wstring native = Native(target);
-    FileHandle handle(CreateFileW(native.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ, nullptr,
-                                  OPEN_EXISTING, 0, nullptr));
+    UniqueFileHandle handle(CreateFileW(native.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ,
+                                        nullptr, OPEN_EXISTING, 0, nullptr));
     if (!handle) return ports::Status::Failure(LastError());
     if (!SetFileTime(handle.Get(), nullptr, nullptr, &found.ftLastWriteTime))
       return ports::Status::Failure(LastError());
     handle.Reset();
-    return Result(SetAttributes(native, found.dwFileAttributes & kCopiedAttributes));
+    return StatusOf(SetAttributes(native, found.dwFileAttributes & kCopiedAttributes));
   }
 
   ports::Status CopyRights(const std::string& /*source*/, const std::string& /*target*/) override {
@@ -297,7 +281,7 @@ class WindowsFileSystem final : public ports::FileSystem {
     const DWORD attributes = GetFileAttributesW(native.c_str());
     const bool is_link =
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    const FileHandle handle = is_link ? OpenLinkTarget(native) : FileHandle();
+    const UniqueFileHandle handle = is_link ? OpenLinkTarget(native) : UniqueFileHandle();
     if (!handle) return ports::Outcome<std::string>::Success(path);
     const std::wstring followed = PathOfHandle(handle);
     if (followed.empty()) return ports::Outcome<std::string>::Failure(LastError());

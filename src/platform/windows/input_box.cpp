@@ -7,6 +7,7 @@
 
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "platform/windows/windows_texts.h"
 
 namespace platform {
 namespace {
@@ -137,9 +138,9 @@ std::optional<std::string> ShowInputBox(HWND owner, const std::string& title,
   box.AddItem(kEditClass, WS_TABSTOP | WS_BORDER | ES_AUTOHSCROLL | secret, kInputBoxLineId,
               {kMargin, line_top, kInside, kButtonHeight}, L"");
   box.AddItem(kButtonClass, WS_TABSTOP | BS_DEFPUSHBUTTON, IDOK,
-              {kOkLeft, buttons_top, kButtonWidth, kButtonHeight}, L"OK");
+              {kOkLeft, buttons_top, kButtonWidth, kButtonHeight}, windows_texts::kOk);
   box.AddItem(kButtonClass, WS_TABSTOP | BS_PUSHBUTTON, IDCANCEL,
-              {kCancelLeft, buttons_top, kButtonWidth, kButtonHeight}, ToWide("Отмена"));
+              {kCancelLeft, buttons_top, kButtonWidth, kButtonHeight}, windows_texts::kCancel);
 
   std::wstring answer;
   const INT_PTR button = DialogBoxIndirectParamW(GetModuleHandleW(nullptr), box.Get(), owner,

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "foundation/encodings.h"
-#include "foundation/unique_handle.h"
+#include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -13,11 +13,6 @@
 
 namespace platform {
 namespace {
-
-// From the last error of the failed call, to be asked at once.
-ports::SystemCode LastError() {
-  return static_cast<ports::SystemCode>(GetLastError());
-}
 
 struct InternetTraits {
   using Type = HINTERNET;

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/windows/unique_kernel_handle.h"
+#include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -26,16 +26,16 @@ class WindowsNamedMutex final : public ports::NamedMutex {
 class WindowsNamedMutexes final : public ports::NamedMutexes {
  public:
   ports::Outcome<ports::CreatedMutex> Create(const std::string& name, bool initial_owner) override {
+    using Result = ports::Outcome<ports::CreatedMutex>;
     const std::string ansi_name = ToAnsi(name);
     UniqueKernelHandle handle(
         CreateMutexA(nullptr, initial_owner ? TRUE : FALSE, ansi_name.c_str()));
-    const DWORD code = GetLastError();
-    if (!handle)
-      return ports::Outcome<ports::CreatedMutex>::Failure(static_cast<ports::SystemCode>(code));
+    const ports::SystemCode code = LastError();
+    if (!handle) return Result::Failure(code);
     ports::CreatedMutex created;
     created.mutex = std::make_unique<WindowsNamedMutex>(std::move(handle));
     created.already_existed = code == ERROR_ALREADY_EXISTS;
-    return ports::Outcome<ports::CreatedMutex>::Success(std::move(created));
+    return Result::Success(std::move(created));
   }
 };
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "platform/windows/unique_kernel_handle.h"
+#include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 // The shell's header needs the system's before it.
@@ -13,8 +13,8 @@
 namespace platform {
 namespace {
 
-constexpr ports::SystemCode kElevationRequired =
-    740;  // the cross compiler's headers do not name it
+// ERROR_ELEVATION_REQUIRED; the cross compiler's headers lack it.
+constexpr ports::SystemCode kElevationRequired = 740;
 
 #ifndef _WIN64
 static_assert(sizeof(STARTUPINFOA) == 68, "the start-up record");
@@ -24,10 +24,6 @@ static_assert(STARTF_FORCEONFEEDBACK == 0x40 && STARTF_FORCEOFFFEEDBACK == 0x80)
 static_assert(STARTF_USESHOWWINDOW == 0x1 && CREATE_DEFAULT_ERROR_MODE == 0x4000000);
 static_assert(SEE_MASK_NOCLOSEPROCESS == 0x40 && SW_SHOWMAXIMIZED == 3);
 static_assert(WAIT_TIMEOUT == 258);
-
-ports::SystemCode LastCode() {
-  return static_cast<ports::SystemCode>(GetLastError());
-}
 
 class WindowsProcess final : public ports::Process {
  public:
@@ -40,14 +36,14 @@ class WindowsProcess final : public ports::Process {
     using Result = ports::Outcome<bool>;
     if (!handle_) return Result::Success(true);
     const DWORD result = WaitForSingleObject(handle_.Get(), static_cast<DWORD>(milliseconds));
-    if (result == WAIT_FAILED) return Result::Failure(LastCode());
+    if (result == WAIT_FAILED) return Result::Failure(LastError());
     return Result::Success(result != WAIT_TIMEOUT);
   }
 
   ports::Outcome<std::int32_t> ExitCode() override {
     using Result = ports::Outcome<std::int32_t>;
     DWORD exit_code = 0;
-    if (GetExitCodeProcess(handle_.Get(), &exit_code) == FALSE) return Result::Failure(LastCode());
+    if (GetExitCodeProcess(handle_.Get(), &exit_code) == FALSE) return Result::Failure(LastError());
     return Result::Success(static_cast<std::int32_t>(exit_code));
   }
 
@@ -88,7 +84,7 @@ class WindowsProcesses final : public ports::Processes {
     if (CreateProcessA(OrNone(program), command_line.empty() ? nullptr : command_line.data(),
                        nullptr, nullptr, FALSE, CREATE_DEFAULT_ERROR_MODE, nullptr, OrNone(folder),
                        &record, &started) == FALSE)
-      return Result::Failure(LastCode());
+      return Result::Failure(LastError());
     const UniqueKernelHandle thread(started.hThread);
     return Result::Success(std::make_unique<WindowsProcess>(UniqueKernelHandle(started.hProcess),
                                                             started.dwProcessId));
@@ -108,7 +104,7 @@ class WindowsProcesses final : public ports::Processes {
     record.lpParameters = parameters.c_str();
     record.lpDirectory = folder.empty() ? nullptr : folder.c_str();
     record.nShow = SW_SHOWMAXIMIZED;
-    if (ShellExecuteExW(&record) == FALSE) return Result::Failure(LastCode());
+    if (ShellExecuteExW(&record) == FALSE) return Result::Failure(LastError());
     UniqueKernelHandle handle(record.hProcess);
     const DWORD id = GetProcessId(handle.Get());
     return Result::Success(std::make_unique<WindowsProcess>(std::move(handle), id));
@@ -149,7 +145,7 @@ class WindowsProcesses final : public ports::Processes {
 
   ports::Status Terminate(std::int32_t exit_code) override {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exit_code));
-    return ports::Status::Failure(LastCode());
+    return ports::Status::Failure(LastError());
   }
 };
 

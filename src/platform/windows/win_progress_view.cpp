@@ -6,6 +6,7 @@
 
 #include "platform/windows/taskbar_progress.h"
 #include "platform/windows/wide.h"
+#include "platform/windows/windows_texts.h"
 // The system's headers come first: this builds on them.
 #include <commctrl.h>
 
@@ -28,8 +29,6 @@ constexpr int kBarHeight = 14;
 constexpr int kDetailTop = 64;       // 960 twips
 constexpr int kDetailTopNoBar = 40;  // 600 twips
 constexpr int kPaceTop = 86;
-
-constexpr const wchar_t* kBusyReason = L"Устанавливается обновление программы";
 
 // The system does not fall asleep for want of keys pressed while one of these lives.
 class Wakefulness {
@@ -101,7 +100,7 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
     if (is_enabled) {
       ShutdownBlockReasonDestroy(Get());
     } else {
-      ShutdownBlockReasonCreate(Get(), kBusyReason);
+      ShutdownBlockReasonCreate(Get(), windows_texts::kBusy);
     }
     // A disabled control would keep the focus, and Esc would be heard by nobody.
     if (had_focus) SetFocus(is_enabled ? button_ : Get());

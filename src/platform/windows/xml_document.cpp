@@ -5,6 +5,7 @@
 
 #include "foundation/text.h"
 #include "platform/windows/com.h"
+#include "platform/windows/windows_texts.h"
 // The system's headers come first: this one builds on them.
 #include <msxml2.h>
 
@@ -25,8 +26,8 @@ std::string InHex(HRESULT code) {
 std::string WhyNotCreated(HRESULT code) {
   const std::string component = tmw::Quoted(FromWide(kProgId));
   const bool is_missing = code == CO_E_CLASSSTRING || code == REGDB_E_CLASSNOTREG;
-  if (is_missing) return "компонента " + component + " не зарегистрирована (" + InHex(code) + ").";
-  return "не удалось создать компоненту " + component + " (" + InHex(code) + ").";
+  return is_missing ? windows_texts::XmlNotRegistered(component, InHex(code))
+                    : windows_texts::XmlNotCreated(component, InHex(code));
 }
 
 HRESULT CreateDocument(ComPointer<IXMLDOMDocument2>& document) {
@@ -57,10 +58,6 @@ HRESULT MakeByteArray(std::string_view bytes, ComValue& value) {
   if (FAILED(result)) return result;
   std::memcpy(data, bytes.data(), bytes.size());
   return SafeArrayUnaccessData(array);
-}
-
-bool IsWhiteSpace(const std::string& text) {
-  return text.find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
 HRESULT NameOf(IXMLDOMNode& node, std::string& name) {
@@ -112,7 +109,7 @@ HRESULT CopyNode(IXMLDOMNode& node, ports::XmlNode& parent, int depth) {
     case NODE_CDATA_SECTION: {
       std::string text;
       result = ValueOf(node, text);
-      if (FAILED(result) || (type == NODE_TEXT && IsWhiteSpace(text))) return result;
+      if (FAILED(result) || (type == NODE_TEXT && ports::IsXmlWhiteSpace(text))) return result;
       parent.Append(ports::XmlNodeKind::kText).value = std::move(text);
       return result;
     }
@@ -165,11 +162,9 @@ ports::XmlParseError ExplainRefusal(IXMLDOMDocument2& document) {
 
 ports::XmlParseResult Refused(HRESULT code) {
   ports::XmlParseResult result;
-  if (code == HRESULT_FROM_WIN32(ERROR_STACK_OVERFLOW)) {
-    result.error.reason = "Слишком большая вложенность элементов.";
-  } else {
-    result.error.reason = "Ошибка компоненты XML (" + InHex(code) + ").";
-  }
+  const bool is_too_deep = code == HRESULT_FROM_WIN32(ERROR_STACK_OVERFLOW);
+  result.error.reason =
+      is_too_deep ? windows_texts::kXmlTooDeep : windows_texts::XmlFailed(InHex(code));
   return result;
 }
 

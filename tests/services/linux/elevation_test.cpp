@@ -47,7 +47,7 @@ TEST_F(Elevation, IsNeededForAProgramOfAnotherUserOnly) {
     chmod(program.c_str(), mode);
     EXPECT_EQ(is_root ? seteuid(65534) : 0, 0);
     const auto started = processes.Start(request);
-    const bool is_needed = !started.ok && processes.NeedsElevation(started.code, request);
+    const bool is_needed = !started && processes.NeedsElevation(started.code, request);
     EXPECT_EQ(is_root ? seteuid(0) : 0, 0);
     EXPECT_EQ(started.code, EACCES);
     return is_needed;

@@ -8,16 +8,13 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "platform/linux/linux_texts.h"
 #include "platform/linux/qt/qt_application.h"
 #include "platform/linux/qt/qt_labels.h"
 
 namespace platform {
 namespace {
 
-constexpr const char* kYes = "&Да";
-constexpr const char* kNo = "&Нет";
-constexpr const char* kOk = "OK";
-constexpr const char* kCancel = "Отмена";
 constexpr int kAnswerLength = 40;  // characters that the line of an answer shows
 
 constexpr int kLongestWord = 60;  // in characters
@@ -55,15 +52,15 @@ void ShowMessageBox(QtApplication& application, ports::MessageKind kind, const s
   const auto icon =
       kind == ports::MessageKind::kWarning ? QMessageBox::Warning : QMessageBox::Information;
   PlainBox box(application, icon, title, text);
-  box.addButton(kOk, QMessageBox::AcceptRole);
+  box.addButton(linux_texts::kOk, QMessageBox::AcceptRole);
   application.RunBox(box);
 }
 
 bool AskYesNoBox(QtApplication& application, const std::string& title,
                  const std::string& question) {
   PlainBox box(application, QMessageBox::Question, title, question);
-  QPushButton* yes = box.addButton(kYes, QMessageBox::YesRole);
-  QPushButton* no = box.addButton(kNo, QMessageBox::NoRole);
+  QPushButton* yes = box.addButton(linux_texts::kYes, QMessageBox::YesRole);
+  QPushButton* no = box.addButton(linux_texts::kNo, QMessageBox::NoRole);
   box.setDefaultButton(yes);
   box.setEscapeButton(no);
   application.RunBox(box);
@@ -81,9 +78,9 @@ std::optional<std::string> AskTextBox(QtApplication& application, const std::str
   line.setEchoMode(is_secret ? QLineEdit::Password : QLineEdit::Normal);
   line.setMinimumWidth(line.fontMetrics().averageCharWidth() * kAnswerLength);
   line.setAccessibleName(ToQt(prompt));
-  QPushButton ok(kOk, &box);
+  QPushButton ok(linux_texts::kOk, &box);
   ok.setDefault(true);
-  QPushButton cancel(kCancel, &box);
+  QPushButton cancel(linux_texts::kCancel, &box);
   QObject::connect(&ok, &QPushButton::clicked, &box, &QDialog::accept);
   QObject::connect(&cancel, &QPushButton::clicked, &box, &QDialog::reject);
   QVBoxLayout layout(&box);

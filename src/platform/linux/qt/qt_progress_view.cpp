@@ -11,6 +11,7 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/linux/linux_texts.h"
 #include "platform/linux/qt/qt_labels.h"
 #include "platform/linux/qt/qt_progress_bar.h"
 
@@ -75,12 +76,12 @@ ProgressDialog::ProgressDialog() {
   counter.setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   button.setDefault(true);
   connect(&button, &QPushButton::clicked, this, [this] { reject(); });
-  bar.setAccessibleName("Ход обновления");
+  bar.setAccessibleName(linux_texts::kProgressBar);
   // A name would be read in place of the text.
-  stage.setAccessibleDescription("Этап");
-  detail.setAccessibleDescription("Подробности");
-  counter.setAccessibleDescription("Выполнено");
-  pace.setAccessibleDescription("Скорость и оставшееся время");
+  stage.setAccessibleDescription(linux_texts::kStage);
+  detail.setAccessibleDescription(linux_texts::kDetail);
+  counter.setAccessibleDescription(linux_texts::kCounter);
+  pace.setAccessibleDescription(linux_texts::kPace);
 
   texts_->setHorizontalSpacing(kGap);
   texts_->setVerticalSpacing(kGap * 2 / 3);

@@ -4,15 +4,9 @@
 
 #include "foundation/encodings.h"
 #include "foundation/text.h"
+#include "platform/linux/linux_texts.h"
 
 namespace platform {
-namespace {
-
-constexpr const char* kDetailsKey = "п";
-constexpr const char* kCloseKey = "з";
-
-}  // namespace
-
 void TerminalErrorView::SetDetailView(bool is_detailed, const std::string& button_text) {
   is_detailed_ = is_detailed;
   details_button_ = button_text;
@@ -29,13 +23,13 @@ void TerminalErrorView::Run(ports::ErrorViewEvents& events) {
   terminal.Write(title);
   Print();
   for (;;) {
-    terminal.Write(std::string("[") + kDetailsKey + "] " + details_button_ + "   [" + kCloseKey +
-                   "] " + texts_.close_button + ": ");
+    terminal.Write(std::string("[") + linux_texts::kDetailsKey + "] " + details_button_ + "   [" +
+                   linux_texts::kCloseKey + "] " + texts_.close_button + ": ");
     const std::optional<std::string> line = terminal.ReadLine(false);
     const std::string key = tmw::LowerCase(tmw::TrimCharacters(line.value_or(""), " \t\r"));
     if (!line) terminal.Write("\n");
-    if (!line || key.empty() || key == kCloseKey) return;
-    if (key != kDetailsKey) continue;
+    if (!line || key.empty() || key == linux_texts::kCloseKey) return;
+    if (key != linux_texts::kDetailsKey) continue;
     events.OnDetails();
     Print();
   }

@@ -1,13 +1,21 @@
 #include "platform/linux/terminal/terminal_front_end.h"
 
+#include <algorithm>
+#include <span>
+
 #include "foundation/encodings.h"
 #include "foundation/text.h"
+#include "platform/linux/linux_texts.h"
 #include "platform/linux/terminal/terminal_error_view.h"
 #include "platform/linux/terminal/terminal_progress_view.h"
 #include "platform/linux/terminal/terminal_screen.h"
 
 namespace platform {
 namespace {
+
+bool IsOneOf(const std::string& word, std::span<const char* const> words) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
 
 class TerminalFrontEnd final : public ports::FrontEnd {
  public:
@@ -59,13 +67,13 @@ class TerminalFrontEnd final : public ports::FrontEnd {
   // Nothing when the question was left without an answer.
   std::optional<bool> ReadYesNo() {
     for (;;) {
-      terminal_.Write("[д/н] ");
+      terminal_.Write(linux_texts::kYesOrNo);
       const std::optional<std::string> line = terminal_.ReadLine(false);
       if (!line) return std::nullopt;
       const std::string answer = tmw::LowerCase(tmw::TrimCharacters(*line, " \t\r"));
-      if (answer == "д" || answer == "да" || answer == "y" || answer == "yes") return true;
-      if (answer == "н" || answer == "нет" || answer == "n" || answer == "no") return false;
-      terminal_.Write("Введите \"д\" (да) или \"н\" (нет).\n");
+      if (IsOneOf(answer, linux_texts::kYesWords)) return true;
+      if (IsOneOf(answer, linux_texts::kNoWords)) return false;
+      terminal_.Write(linux_texts::kSayYesOrNo);
     }
   }
 
