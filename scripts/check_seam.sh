@@ -21,10 +21,11 @@ companion                         ports/companion_abi foundation/encodings found
 jet/errors                        ports foundation
 jet/engine                        ports
 jet/values                        ports foundation jet/errors
-jet/table_info                    ports foundation jet/values
-jet/sql                           ports foundation jet/errors jet/values jet/table_info
+jet/storage_sql                   ports foundation jet/values
+jet/table_info                    ports foundation jet/values jet/storage_sql
+jet/sql                           ports foundation jet/errors jet/values jet/storage_sql jet/table_info
 jet/file                          ports foundation jet/errors jet/values
-jet/store                         ports foundation jet/errors jet/engine jet/values jet/table_info jet/sql jet/file
+jet/store                         ports foundation jet/errors jet/engine jet/values jet/storage_sql jet/table_info jet/sql jet/file
 tools                             ports foundation services
 transfer                          ports foundation services
 database                          ports foundation services

@@ -1,6 +1,7 @@
 #include "jet/table_info.h"
 
 #include "foundation/encodings.h"
+#include "jet/storage_sql.h"
 
 namespace jet {
 
@@ -33,7 +34,7 @@ std::string IndexOrder(const TableInfo& table, const IndexInfo& index) {
     const FieldInfo& field = table.fields[index.positions[i]];
     if (!order.empty()) order += ", ";
     order += field.column;
-    if (IsTextType(field.definition.type)) order += " COLLATE JET";
+    if (IsTextType(field.definition.type)) order += kCollate;
     if (index.definition.fields[i].descending) order += " DESC";
   }
   return order;

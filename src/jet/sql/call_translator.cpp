@@ -1,21 +1,24 @@
-#include <string>
-#include <utility>
+#include "jet/sql/call_translator.h"
 
 #include "foundation/text.h"
 #include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/scalar_functions.h"
 #include "jet/sql/totals.h"
+#include "jet/storage_sql.h"
 
 // Calls: of the functions that are translated by hand, because they compute only the branch that
 // is taken or have no Null, and of those in the tables.
 namespace jet::sql {
 namespace {
 
-std::string MomentSql(const TypedSql& value) {
-  if (value.type == ValueType::kDate || value.type == ValueType::kNull) return value.sql;
-  return "jet_moment(" + value.sql + ")";
-}
+struct FirstArgument {
+  std::string operator()(std::monostate /*none*/) const { return {}; }
+  std::string operator()(ports::DataType type) const {
+    return std::to_string(static_cast<std::int32_t>(type));
+  }
+  std::string operator()(std::string_view interval) const { return TextLiteral(interval); }
+};
 
 std::string ArgumentSql(const TypedSql& value, char parameter) {
   switch (parameter) {
@@ -63,59 +66,36 @@ ValueType Common(ValueType a, ValueType b) {
   return ValueType::kNumber;
 }
 
-}  // namespace
-
-TypedSql ExpressionTranslator::Call(const Expression& expression) {
-  const std::size_t count = expression.arguments.size();
-  const std::string_view name = expression.text;
-  if (tmw::EqualIgnoringCase(name, "iif")) return CallImmediateIf(expression);
-  if (tmw::EqualIgnoringCase(name, "switch")) return CallSwitch(expression);
-  if (tmw::EqualIgnoringCase(name, "choose")) return CallChoose(expression);
-  const bool is_null_test = tmw::EqualIgnoringCase(name, "isnull");
-  if (is_null_test || tmw::EqualIgnoringCase(name, "isempty")) {
-    if (count != 1) Fail(kWrongArgumentCount, name);
-    const std::string value = Value(*expression.arguments[0]).sql;
-    // A value of a query is Null at most, never missing.
-    return {is_null_test ? "(-(" + value + " IS NULL))" : "0", ValueType::kBoolean};
-  }
-  if (const ScalarFunction* const function = FindScalarFunction(name, count))
-    return CallScalar(expression, *function);
-  const Total* const total = FindTotal(name);
-  if (total == nullptr) Fail(kUndefinedFunction, name);
-  if (count != 1) Fail(kWrongArgumentCount, name);
-  return CallAggregate(expression, total->sql_name);
-}
-
-TypedSql ExpressionTranslator::CallScalar(const Expression& expression,
-                                          const ScalarFunction& function) {
-  std::string arguments(function.prefix);
-  ValueType type = function.type;
+TypedSql CallScalar(const Expression& expression, const ScalarFunction& scalar,
+                    ExpressionTranslator& translator) {
+  std::string arguments = std::visit(FirstArgument{}, scalar.first);
+  ValueType type = scalar.type;
   for (std::size_t i = 0; i < expression.arguments.size(); ++i) {
-    const TypedSql value = Value(*expression.arguments[i]);
-    if (function.sql_name.empty()) return {value.sql, value.type};
+    const TypedSql value = translator.Value(*expression.arguments[i]);
+    if (*scalar.function.name == '\0') return {value.sql, value.type};
     if (i == 0 && type == ValueType::kUnknown) type = NumericTypeOf(value.type);
-    arguments += (arguments.empty() ? "" : ", ") + ArgumentSql(value, function.parameters[i]);
+    arguments += (arguments.empty() ? "" : ", ") + ArgumentSql(value, scalar.parameters[i]);
   }
-  return {std::string(function.sql_name) + "(" + arguments + ")", type};
+  return {CallSql(scalar.function, {arguments}), type};
 }
 
-TypedSql ExpressionTranslator::CallImmediateIf(const Expression& expression) {
+TypedSql CallImmediateIf(const Expression& expression, ExpressionTranslator& translator) {
   if (expression.arguments.size() != 3) Fail(kWrongArgumentCount, expression.text);
-  const std::string condition = Condition(*expression.arguments[0]);
-  const TypedSql yes = Value(*expression.arguments[1]);
-  const TypedSql no = Value(*expression.arguments[2]);
+  const std::string condition = translator.Condition(*expression.arguments[0]);
+  const TypedSql yes = translator.Value(*expression.arguments[1]);
+  const TypedSql no = translator.Value(*expression.arguments[2]);
   return {"CASE WHEN " + condition + " THEN " + yes.sql + " ELSE " + no.sql + " END",
           Common(yes.type, no.type)};
 }
 
 // Switch(condition, value, …): the value of the first condition that is true, or Null.
-TypedSql ExpressionTranslator::CallSwitch(const Expression& expression) {
+TypedSql CallSwitch(const Expression& expression, ExpressionTranslator& translator) {
   const std::size_t count = expression.arguments.size();
   if (count == 0 || count % 2 != 0) Fail(kWrongArgumentCount, expression.text);
   TypedSql result{"CASE", ValueType::kNull};
   for (std::size_t i = 0; i < count; i += 2) {
-    const std::string condition = Condition(*expression.arguments[i]);
-    const TypedSql value = Value(*expression.arguments[i + 1]);
+    const std::string condition = translator.Condition(*expression.arguments[i]);
+    const TypedSql value = translator.Value(*expression.arguments[i + 1]);
     result.sql += " WHEN " + condition + " THEN " + value.sql;
     result.type = Common(result.type, value.type);
   }
@@ -124,18 +104,40 @@ TypedSql ExpressionTranslator::CallSwitch(const Expression& expression) {
 }
 
 // Choose(number, value, …): the value of that number, or Null.
-TypedSql ExpressionTranslator::CallChoose(const Expression& expression) {
+TypedSql CallChoose(const Expression& expression, ExpressionTranslator& translator) {
   const std::size_t count = expression.arguments.size();
   if (count < 2) Fail(kWrongArgumentCount, expression.text);
-  const TypedSql number = Value(*expression.arguments[0]);
-  TypedSql result{"CASE jet_whole(" + NumberSql(number) + ")", ValueType::kNull};
+  const TypedSql number = translator.Value(*expression.arguments[0]);
+  TypedSql result{"CASE " + CallSql(functions::kWhole, {NumberSql(number)}), ValueType::kNull};
   for (std::size_t i = 1; i < count; ++i) {
-    const TypedSql value = Value(*expression.arguments[i]);
+    const TypedSql value = translator.Value(*expression.arguments[i]);
     result.sql += " WHEN " + std::to_string(i) + " THEN " + value.sql;
     result.type = Common(result.type, value.type);
   }
   result.sql += " END";
   return result;
+}
+
+}  // namespace
+
+TypedSql TranslateCall(const Expression& expression, ExpressionTranslator& translator) {
+  const std::size_t count = expression.arguments.size();
+  const std::string_view name = expression.text;
+  if (tmw::EqualIgnoringCase(name, "iif")) return CallImmediateIf(expression, translator);
+  if (tmw::EqualIgnoringCase(name, "switch")) return CallSwitch(expression, translator);
+  if (tmw::EqualIgnoringCase(name, "choose")) return CallChoose(expression, translator);
+  const bool is_null_test = tmw::EqualIgnoringCase(name, "isnull");
+  if (is_null_test || tmw::EqualIgnoringCase(name, "isempty")) {
+    if (count != 1) Fail(kWrongArgumentCount, name);
+    const std::string value = translator.Value(*expression.arguments[0]).sql;
+    // A value of a query is Null at most, never missing.
+    return {is_null_test ? "(-(" + value + " IS NULL))" : "0", ValueType::kBoolean};
+  }
+  if (const ScalarFunction* const function = FindScalarFunction(name, count))
+    return CallScalar(expression, *function, translator);
+  if (!IsTotal(name)) Fail(kUndefinedFunction, name);
+  if (count != 1) Fail(kWrongArgumentCount, name);
+  return TranslateTotal(expression, translator);
 }
 
 }  // namespace jet::sql

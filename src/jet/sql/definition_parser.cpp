@@ -1,10 +1,11 @@
+#include "jet/sql/definition_parser.h"
+
 #include <array>
 #include <string_view>
 #include <utility>
 
 #include "foundation/encodings.h"
 #include "jet/errors.h"
-#include "jet/sql/statement_parser.h"
 
 namespace jet::sql {
 namespace {

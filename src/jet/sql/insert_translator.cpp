@@ -1,3 +1,5 @@
+#include "jet/sql/insert_translator.h"
+
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -5,9 +7,10 @@
 
 #include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
-#include "jet/sql/omitted_value.h"
-#include "jet/sql/query_translator.h"
+#include "jet/sql/field_value.h"
 #include "jet/sql/scope.h"
+#include "jet/sql/select_translator.h"
+#include "jet/storage_sql.h"
 
 namespace jet::sql {
 namespace {
@@ -63,9 +66,9 @@ class InsertSql {
       const auto place = std::find(fields.begin(), fields.end(), &field);
       const bool is_given = place != fields.end();
       std::string value = is_given ? values[static_cast<std::size_t>(place - fields.begin())]
-                                   : OmittedValue(table, field);
+                                   : OmittedSql(table, field);
       if (is_given && field.IsAutonumber())
-        value.insert(0, "jet_used_number(" + std::to_string(table.id) + ", ").append(")");
+        value = CallSql(functions::kUsedNumber, {std::to_string(table.id), value});
       takes_numbers_ = takes_numbers_ || field.IsAutonumber();
       if (!value.empty()) Put(field.column, value);
     }
@@ -95,8 +98,8 @@ ActionPlan InsertRows(const TableInfo& table, const std::vector<const FieldInfo*
   std::vector<std::string> values;
   for (std::size_t i = 0; i < fields.size(); ++i) {
     const OutputColumn& column = rows.columns[i];
-    values.push_back(ExpressionTranslator::Assigned(
-        {"s.o" + std::to_string(i), column.type, column.field}, *fields[i]));
+    values.push_back(
+        AssignedSql({"s.o" + std::to_string(i), column.type, column.field}, *fields[i]));
   }
   const InsertSql insert(table, fields, values);
   // Left to itself, the storage's engine numbers the rows before it sorts them.
@@ -122,16 +125,6 @@ ports::FieldDefinition FieldOf(const OutputColumn& column) {
 }
 
 }  // namespace
-
-std::string OmittedValue(const TableInfo& table, const FieldInfo& field) {
-  if (field.IsAutonumber()) return "jet_next_number(" + std::to_string(table.id) + ")";
-  if (!field.definition.default_value.empty()) return TranslateDefault(field);
-  const bool must_be_checked = field.target.required || field.target.in_primary_key;
-  if (field.definition.type != ports::DataType::kBoolean && !must_be_checked) return {};
-  Expression null;
-  Scope scope;
-  return ExpressionTranslator(scope, {}).Assigned(null, field);
-}
 
 ActionPlan TranslateInsert(const Insert& insert, TableFinder& tables, std::string_view statement) {
   Scope scope(tables);

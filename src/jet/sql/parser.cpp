@@ -4,7 +4,8 @@
 
 #include "foundation/encodings.h"
 #include "jet/errors.h"
-#include "jet/sql/statement_parser.h"
+#include "jet/sql/definition_parser.h"
+#include "jet/sql/query_parser.h"
 
 namespace jet::sql {
 namespace {

@@ -1,7 +1,8 @@
+#include "jet/sql/query_parser.h"
+
 #include <utility>
 
 #include "jet/errors.h"
-#include "jet/sql/statement_parser.h"
 
 namespace jet::sql {
 namespace {

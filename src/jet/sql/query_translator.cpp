@@ -3,20 +3,9 @@
 #include <utility>
 
 #include "jet/errors.h"
-#include "jet/sql/expression_translator.h"
-#include "jet/sql/parser.h"
 #include "jet/sql/scope.h"
 
 namespace jet::sql {
-
-std::string TranslateDefault(const FieldInfo& field) {
-  Scope scope;
-  const std::string& text = field.definition.default_value;
-  const ExpressionPtr expression = ParseExpression(text);
-  std::string sql = ExpressionTranslator(scope, text).Assigned(*expression, field);
-  scope.FailOnUnknown();
-  return sql;
-}
 
 SelectPlan PlanTable(TablePtr table, const IndexInfo* index) {
   SelectPlan plan;

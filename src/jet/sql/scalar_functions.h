@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <string_view>
+#include <variant>
 
+#include "jet/storage_sql.h"
 #include "jet/values/value_type.h"
 
 namespace jet::sql {
@@ -14,9 +16,10 @@ struct ScalarFunction {
   // over the code of the value's type as well, N of a number, v of any value.
   std::string_view parameters;
   std::size_t least_arguments;
-  std::string_view sql_name;  // empty: the argument itself
-  ValueType type;             // kUnknown: that of the argument
-  std::string_view prefix;    // SQL that stands before the arguments
+  Function function;  // without a name: the argument itself
+  ValueType type;     // kUnknown: that of the argument
+  // An argument that goes before the call's own: the type to convert to, or an interval.
+  std::variant<std::monostate, ports::DataType, std::string_view> first = {};
 };
 
 // Null when there is none of that name (any letter case, "$" behind it allowed) and that many

@@ -16,8 +16,7 @@ namespace {
 
 bool HasAggregate(const ExpressionPtr& expression) {
   if (!expression) return false;
-  if (expression->kind == ExpressionKind::kCall && FindTotal(expression->text) != nullptr)
-    return true;
+  if (expression->kind == ExpressionKind::kCall && IsTotal(expression->text)) return true;
   return std::any_of(expression->arguments.begin(), expression->arguments.end(), HasAggregate);
 }
 

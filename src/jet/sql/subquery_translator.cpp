@@ -1,64 +1,70 @@
-#include <utility>
+#include "jet/sql/subquery_translator.h"
 
 #include "jet/errors.h"
+#include "jet/sql/comparison.h"
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/select_translator.h"
+#include "jet/storage_sql.h"
 
 namespace jet::sql {
 namespace {
 
-SelectSql OneColumn(const Select& select, const Scope& scope, std::string_view statement) {
-  SelectSql translated = TranslateNested(select, scope.Inside(), statement, RowOrder::kAny);
+SelectSql Translated(const Select& select, const ExpressionTranslator& translator) {
+  return TranslateNested(select, translator.InScope().Inside(), translator.Statement(),
+                         RowOrder::kAny);
+}
+
+SelectSql OneColumn(const Select& select, const ExpressionTranslator& translator) {
+  SelectSql translated = Translated(select, translator);
   if (translated.columns.size() != 1) Fail(kManyFieldsInSubquery);
   return translated;
 }
 
 }  // namespace
 
-// A sub-select as a value: Null without rows, 3354 with more than one.
-TypedSql ExpressionTranslator::Subquery(const Expression& expression) {
-  SelectSql select = OneColumn(*expression.select, scope_, statement_);
+TypedSql TranslateSubquery(const Expression& expression, ExpressionTranslator& translator) {
+  const SelectSql select = OneColumn(*expression.select, translator);
   const OutputColumn& column = select.columns.front();
   if (select.is_one_row) return {"(" + select.sql + ")", column.type, column.field};
-  return {"(SELECT jet_only(o0) FROM (" + select.sql + "))", column.type, column.field};
+  return {"(SELECT " + CallSql(functions::kOnly, {"o0"}) + " FROM (" + select.sql + "))",
+          column.type, column.field};
 }
 
-std::string ExpressionTranslator::Exists(const Expression& expression) {
-  const SelectSql select =
-      TranslateNested(*expression.select, scope_.Inside(), statement_, RowOrder::kAny);
-  return "EXISTS (" + select.sql + ")";
+std::string TranslateExists(const Expression& expression, ExpressionTranslator& translator) {
+  return "EXISTS (" + Translated(*expression.select, translator).sql + ")";
 }
 
-std::string ExpressionTranslator::InSelect(const Expression& value, const Select& select,
-                                           const Expression& where) {
-  TypedSql left = Raw(value);
-  SelectSql values = OneColumn(select, scope_, statement_);
+std::string TranslateInSelect(const Expression& value, const Select& select,
+                              const Expression& condition, ExpressionTranslator& translator) {
+  TypedSql left = translator.Raw(value);
+  SelectSql values = OneColumn(select, translator);
   const TypedSql item = {"o0", values.columns.front().type};
   const bool lie_alike = left.type == item.type;
   if (!lie_alike) left = Decoded(left);
   const TypedSql right = lie_alike ? item : Decoded(item);
-  CheckComparable(left.type, right.type, where);
+  CheckComparable(left.type, right.type, translator.TextOf(condition));
   if (right.sql != item.sql) values.sql = "SELECT " + right.sql + " FROM (" + values.sql + ")";
   const bool may_be_text = !CollationOf(left.type).empty() || !CollationOf(right.type).empty();
-  return "(" + left.sql + (may_be_text ? " COLLATE JET" : "") + " IN (" + values.sql + "))";
+  return "(" + left.sql + (may_be_text ? kCollate : "") + " IN (" + values.sql + "))";
 }
 
 // A comparison with ANY or ALL of a sub-select's values: unknown when Null leaves it open. Only the
 // least or the greatest of them matters, so that a sub-select that stands for itself is run once.
-std::string ExpressionTranslator::Quantified(const Expression& expression) {
+std::string TranslateQuantified(const Expression& expression, ExpressionTranslator& translator) {
   const Expression& right = *expression.arguments[1];
   const bool is_any = right.quantifier == Quantifier::kAny;
   const bool is_equal = expression.op == Operator::kEqual;
   const bool is_equality = is_equal || expression.op == Operator::kNotEqual;
   if (is_equality && is_any == is_equal) {
-    const std::string test = InSelect(*expression.arguments[0], *right.select, expression);
+    const std::string test =
+        TranslateInSelect(*expression.arguments[0], *right.select, expression, translator);
     return is_equal ? test : "(NOT " + test + ")";
   }
-  const TypedSql left = Raw(*expression.arguments[0]);
-  const SelectSql values = OneColumn(*right.select, scope_, statement_);
+  const TypedSql left = translator.Raw(*expression.arguments[0]);
+  const SelectSql values = OneColumn(*right.select, translator);
   const ValueType type = values.columns.front().type;
   const auto test = [&](Operator op, const char* bound) {
-    return Compare(left, ComparisonSymbol(op), {bound, type}, expression);
+    return ComparedSql(left, ComparisonSymbol(op), {bound, type}, translator.TextOf(expression));
   };
   const bool is_upward =
       expression.op == Operator::kGreater || expression.op == Operator::kGreaterOrEqual;

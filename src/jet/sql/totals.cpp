@@ -3,24 +3,81 @@
 #include <string>
 
 #include "foundation/encodings.h"
+#include "jet/errors.h"
+#include "jet/sql/expression_translator.h"
+#include "jet/storage_sql.h"
 
 namespace jet::sql {
 namespace {
 
-constexpr Total kTotals[] = {
-    {"avg", "avg"}, {"count", "count"}, {"first", "jet_first"}, {"last", "jet_last"},
-    {"max", "max"}, {"min", "min"},     {"stdev", "jet_stdev"}, {"stdevp", "jet_stdevp"},
-    {"sum", "sum"}, {"var", "jet_var"}, {"varp", "jet_varp"},
+constexpr Function kAvg = {"avg", 1};
+constexpr Function kCount = {"count", 1};
+constexpr Function kMax = {"max", 1};
+constexpr Function kMin = {"min", 1};
+constexpr Function kSum = {"sum", 1};
+
+struct Total {
+  std::string_view name;  // lower case
+  const Function* function;
 };
+
+constexpr Total kTotals[] = {
+    {"avg", &kAvg},
+    {"count", &kCount},
+    {"first", &functions::kFirst},
+    {"last", &functions::kLast},
+    {"max", &kMax},
+    {"min", &kMin},
+    {"stdev", &functions::kStDev},
+    {"stdevp", &functions::kStDevP},
+    {"sum", &kSum},
+    {"var", &functions::kVar},
+    {"varp", &functions::kVarP},
+};
+
+const Function* FindTotal(std::string_view name) {
+  const std::string lower = tmw::LowerCase(name);
+  for (const Total& total : kTotals) {
+    if (total.name == lower) return total.function;
+  }
+  return nullptr;
+}
 
 }  // namespace
 
-const Total* FindTotal(std::string_view name) {
-  const std::string lower = tmw::LowerCase(name);
-  for (const Total& total : kTotals) {
-    if (total.name == lower) return &total;
+bool IsTotal(std::string_view name) {
+  return FindTotal(name) != nullptr;
+}
+
+// Totals pass Null over. Sums and means of whole numbers are floating numbers, those of amounts
+// stay exact; First and Last go by the order in which the rows lie.
+TypedSql TranslateTotal(const Expression& expression, ExpressionTranslator& translator) {
+  const Function* const total = FindTotal(expression.text);
+  if (expression.arguments[0]->kind == ExpressionKind::kStar) {
+    translator.RequireGroups(expression);
+    if (total != &kCount) Fail(kWrongArgumentCount, expression.text);
+    return {"count(*)", ValueType::kInteger};
   }
-  return nullptr;
+  const TypedSql raw = translator.TotalArgument(expression);
+  if (total == &kCount) return {CallSql(kCount, {raw.sql}), ValueType::kInteger};
+  if (total == &kMin || total == &kMax) {
+    const TypedSql value = raw.type == ValueType::kStoredGuid ? Decoded(raw) : raw;
+    return {CallSql(*total, {value.sql + std::string(CollationOf(value.type))}), value.type,
+            raw.field};
+  }
+  if (total == &functions::kFirst || total == &functions::kLast) {
+    const std::vector<ScopeTable>& tables = translator.InScope().Tables();
+    const std::string row = tables.empty() ? "" : tables.front().row;
+    return {CallSql(*total, {raw.sql, row.empty() ? "0" : row}), raw.type, raw.field};
+  }
+  if (total == &kSum && raw.type == ValueType::kStoredCurrency)
+    return {CallSql(kSum, {raw.sql}), raw.type};
+  const TypedSql value = Decoded(raw);
+  if (value.type == ValueType::kText || value.type == ValueType::kBinary)
+    Fail(kTypeMismatch, ": " + std::string(translator.TextOf(expression)));
+  if (total == &kSum && value.type == ValueType::kCurrency)
+    return {CallSql(kSum, {CallSql(functions::kScaled, {value.sql})}), ValueType::kStoredCurrency};
+  return {CallSql(*total, {"1.0 * " + NumberSql(value)}), ValueType::kNumber};
 }
 
 }  // namespace jet::sql

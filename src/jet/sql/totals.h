@@ -2,15 +2,18 @@
 
 #include <string_view>
 
+#include "jet/sql/ast.h"
+#include "jet/sql/typed_sql.h"
+
+// Totals over the rows of a group: Count, Sum, First and the like.
 namespace jet::sql {
 
-// A total over the rows of a group (Count, Sum …), by its name in lower case.
-struct Total {
-  std::string_view name;
-  std::string_view sql_name;
-};
+class ExpressionTranslator;
 
-// Null when there is none of that name (any letter case). Each takes one argument.
-const Total* FindTotal(std::string_view name);
+// In any letter case. Each total takes one argument.
+bool IsTotal(std::string_view name);
+
+// The raw value of a call of a total, which must have its one argument.
+TypedSql TranslateTotal(const Expression& expression, ExpressionTranslator& translator);
 
 }  // namespace jet::sql

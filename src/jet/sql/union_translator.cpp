@@ -5,14 +5,10 @@
 
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/sql/expression_translator.h"
+#include "jet/sql/typed_sql.h"
 
 namespace jet::sql {
 namespace {
-
-bool IsNumber(ValueType type) {
-  return type >= ValueType::kBoolean && type <= ValueType::kDate;
-}
 
 // The type of a column whose parts differ; amounts and GUIDs are decoded before.
 ValueType CommonType(ValueType a, ValueType b) {
@@ -20,7 +16,7 @@ ValueType CommonType(ValueType a, ValueType b) {
   if (a == ValueType::kNull) return b;
   if (a == ValueType::kBinary || b == ValueType::kBinary) Fail(kTypeMismatch);
   if (a == ValueType::kUnknown || b == ValueType::kUnknown) return ValueType::kUnknown;
-  if (!IsNumber(a) || !IsNumber(b)) return ValueType::kText;
+  if (!IsNumeric(a) || !IsNumeric(b)) return ValueType::kText;
   if (a == ValueType::kCurrency || b == ValueType::kCurrency) return ValueType::kCurrency;
   const auto is_whole = [](ValueType type) {
     return type == ValueType::kBoolean || type == ValueType::kInteger;

@@ -1,3 +1,5 @@
+#include "jet/sql/update_translator.h"
+
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -5,8 +7,7 @@
 
 #include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
-#include "jet/sql/omitted_value.h"
-#include "jet/sql/query_translator.h"
+#include "jet/sql/field_value.h"
 #include "jet/sql/scope.h"
 #include "jet/sql/source_translator.h"
 
@@ -100,7 +101,7 @@ class JoinedUpdate {
     if (!may_lack_rows_) return;
     for (const FieldInfo& field : table.fields) {
       if (std::find(given.begin(), given.end(), &field) != given.end()) continue;
-      const std::string value = OmittedValue(table, field);
+      const std::string value = OmittedSql(table, field);
       if (!value.empty()) put(field.column, value);
     }
     steps_.push_back("INSERT INTO " + table.StorageName() + "(" + columns + ") SELECT " + values +

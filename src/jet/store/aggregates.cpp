@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "jet/errors.h"
+#include "jet/storage_sql.h"
 
 namespace jet {
 namespace {
@@ -93,29 +94,28 @@ void PutSpread(sqlite3_context* context) {
 }
 
 struct Entry {
-  const char* name;
-  int count;
+  Function function;
   void (*step)(sqlite3_context*, int, sqlite3_value**);
   void (*final)(sqlite3_context*);
 };
 
 constexpr Entry kAggregates[] = {
-    {"jet_first", 2, First, PutKept},
-    {"jet_last", 2, Last, PutKept},
-    {"jet_only", 1, Only, PutKept},
-    {"jet_stdev", 1, AddToSpread, PutSpread<true, true>},
-    {"jet_stdevp", 1, AddToSpread, PutSpread<false, true>},
-    {"jet_var", 1, AddToSpread, PutSpread<true, false>},
-    {"jet_varp", 1, AddToSpread, PutSpread<false, false>},
+    {functions::kFirst, First, PutKept},
+    {functions::kLast, Last, PutKept},
+    {functions::kOnly, Only, PutKept},
+    {functions::kStDev, AddToSpread, PutSpread<true, true>},
+    {functions::kStDevP, AddToSpread, PutSpread<false, true>},
+    {functions::kVar, AddToSpread, PutSpread<true, false>},
+    {functions::kVarP, AddToSpread, PutSpread<false, false>},
 };
 
 }  // namespace
 
 void RegisterAggregates(Connection& connection) {
   for (const Entry& entry : kAggregates) {
-    const int code = sqlite3_create_function_v2(connection.Handle(), entry.name, entry.count,
-                                                SQLITE_UTF8 | SQLITE_DETERMINISTIC, &connection,
-                                                nullptr, entry.step, entry.final, nullptr);
+    const int code = sqlite3_create_function_v2(
+        connection.Handle(), entry.function.name, entry.function.count,
+        SQLITE_UTF8 | SQLITE_DETERMINISTIC, &connection, nullptr, entry.step, entry.final, nullptr);
     if (code != SQLITE_OK) connection.FailWith(code);
   }
 }

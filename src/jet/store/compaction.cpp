@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "jet/errors.h"
-#include "jet/sql/expression_translator.h"
+#include "jet/storage_sql.h"
 #include "jet/store/autonumbers.h"
 #include "jet/store/catalogue.h"
 #include "jet/store/definitions.h"
@@ -25,7 +25,7 @@ void CopyTable(Connection& target, const TableInfo& table) {
   for (const FieldInfo& field : table.fields) {
     columns += (columns.empty() ? "" : ", ") + field.column;
     definitions += (definitions.empty() ? "" : ", ") + field.column;
-    if (IsTextType(field.definition.type)) definitions += " COLLATE JET";
+    if (IsTextType(field.definition.type)) definitions += kCollate;
   }
   target.Run("CREATE TABLE " + name + "(" + definitions + ")");
   const IndexInfo* const primary = table.PrimaryIndex();
@@ -73,7 +73,7 @@ void Compact(const std::string& source, const std::string& target) {
     Autonumbers source_numbers(from.connection);
     FunctionContext source_functions{*from.connection, source_numbers};
     RegisterFunctions(source_functions);
-    to.connection->Run("ATTACH " + sql::TextLiteral(source) + " AS source");
+    to.connection->Run("ATTACH " + TextLiteral(source) + " AS source");
     to.connection->Run("BEGIN");
     CopyAll(from.connection, *to.connection);
     to.connection->Run("COMMIT");

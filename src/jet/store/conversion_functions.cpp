@@ -18,12 +18,10 @@ namespace {
 using ports::DatabaseValue;
 using ports::DataType;
 
-// jet_text(value, its type)
 void Text(FunctionCall& call) {
   if (const std::optional<std::string> text = ValueText(call.Typed(0))) call.PutText(*text);
 }
 
-// jet_number(value)
 void Number(FunctionCall& call) {
   if (call.IsNull(0)) return;
   if (call.IsWhole(0)) {
@@ -33,13 +31,11 @@ void Number(FunctionCall& call) {
   }
 }
 
-// jet_moment(value)
 void Moment(FunctionCall& call) {
   if (!call.IsNull(0)) call.PutNumber(call.Moment(0));
 }
 
-// jet_convert(wanted type, value, its type): CStr, CLng … What is nothing of the kind mismatches,
-// what is too large overflows.
+// CStr, CLng and the like: a value that cannot be converted mismatches, one too large overflows.
 void Convert(FunctionCall& call) {
   if (call.IsNull(1)) Fail(kInvalidUseOfNull);
   const auto type = static_cast<DataType>(call.Integer(0));
@@ -62,7 +58,6 @@ void Convert(FunctionCall& call) {
   }
 }
 
-// jet_is_numeric(value, its type), jet_is_date(value, its type)
 void IsNumeric(FunctionCall& call) {
   const DatabaseValue value = call.Typed(0);
   const auto* const text = std::get_if<std::string>(&value);
@@ -102,7 +97,7 @@ void LeadingNumber(FunctionCall& call) {
   call.PutNumber(static_cast<std::int32_t>(bits));
 }
 
-// jet_str(value, its type): the number with "." and a place for the sign.
+// The number with "." and a place for the sign.
 void SignedText(FunctionCall& call) {
   if (call.IsNull(0)) return;
   DatabaseValue value = call.Typed(0);
@@ -126,14 +121,12 @@ void InBase(FunctionCall& call) {
   call.PutText(text);
 }
 
-// jet_format(value, its type[, pattern[, first day of the week[, first week of the year]]])
 void Format(FunctionCall& call) {
   const std::string_view pattern = call.Count() > 2 ? call.Text(2) : std::string_view();
   const WeekRules rules = MakeWeekRules(call.WholeOr(3, 1), call.WholeOr(4, 1));
   call.PutText(FormatValue(call.Typed(0), pattern, rules));
 }
 
-// jet_format_number(value, its type[, digits])
 void FormatNumber(FunctionCall& call) {
   constexpr std::int32_t kMostDigits = 99;
   if (call.AnyNull()) return;
@@ -148,18 +141,18 @@ void FormatNumber(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {"jet_convert", Guarded<Convert>, 3},
-    {"jet_format", Guarded<Format>, -1},
-    {"jet_format_number", Guarded<FormatNumber>, -1},
-    {"jet_hex", Guarded<InBase<16>>, 1},
-    {"jet_is_date", Guarded<IsDate>, 2},
-    {"jet_is_numeric", Guarded<IsNumeric>, 2},
-    {"jet_moment", Guarded<Moment>, 1},
-    {"jet_number", Guarded<Number>, 1},
-    {"jet_oct", Guarded<InBase<8>>, 1},
-    {"jet_str", Guarded<SignedText>, 2},
-    {"jet_text", Guarded<Text>, 2},
-    {"jet_val", Guarded<LeadingNumber>, 1},
+    {functions::kConvert, Guarded<Convert>},
+    {functions::kFormat, Guarded<Format>},
+    {functions::kFormatNumber, Guarded<FormatNumber>},
+    {functions::kHex, Guarded<InBase<16>>},
+    {functions::kIsDate, Guarded<IsDate>},
+    {functions::kIsNumeric, Guarded<IsNumeric>},
+    {functions::kMoment, Guarded<Moment>},
+    {functions::kNumber, Guarded<Number>},
+    {functions::kOct, Guarded<InBase<8>>},
+    {functions::kStr, Guarded<SignedText>},
+    {functions::kText, Guarded<Text>},
+    {functions::kVal, Guarded<LeadingNumber>},
 };
 
 }  // namespace

@@ -37,20 +37,17 @@ void Time(FunctionCall& call) {
   call.PutNumber(now - std::floor(now));
 }
 
-// jet_date_part(interval, moment[, first day of the week[, first week of the year]])
 void DatePart(FunctionCall& call) {
   if (call.AnyNull()) return;
   const WeekRules rules = MakeWeekRules(call.WholeOr(2, 1), call.WholeOr(3, 1));
   call.PutInteger(PartOf(call.Moment(1), ParseInterval(call.Text(0)), rules));
 }
 
-// jet_date_add(interval, count, moment)
 void DateAdd(FunctionCall& call) {
   if (call.AnyNull()) return;
   call.PutNumber(AddIntervals(call.Moment(2), ParseInterval(call.Text(0)), call.Whole(1)));
 }
 
-// jet_date_difference(interval, from, to[, first day of the week[, first week of the year]])
 void DateDifference(FunctionCall& call) {
   if (call.AnyNull()) return;
   const WeekRules rules = MakeWeekRules(call.WholeOr(3, 1), call.WholeOr(4, 1));
@@ -83,13 +80,11 @@ void TimeOnly(FunctionCall& call) {
   call.PutNumber(std::fabs(days - std::trunc(days)));
 }
 
-// jet_month_name(month[, is short])
 void NameOfMonth(FunctionCall& call) {
   if (!call.AnyNull()) call.PutText(MonthName(call.Whole(0), call.WholeOr(1, 0) != 0));
 }
 
-// jet_weekday_name(day[, is short[, first day of the week]]): Monday is the first one unless told
-// otherwise.
+// Monday is day 1 by default.
 void NameOfWeekday(FunctionCall& call) {
   if (call.AnyNull()) return;
   const std::int32_t day = call.Whole(0);
@@ -99,18 +94,18 @@ void NameOfWeekday(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {"jet_date", Guarded<Date>, 0, false},
-    {"jet_date_add", Guarded<DateAdd>, 3},
-    {"jet_date_difference", Guarded<DateDifference>, -1},
-    {"jet_date_part", Guarded<DatePart>, -1},
-    {"jet_date_serial", Guarded<DateSerial>, 3},
-    {"jet_day_only", Guarded<DayOnly>, 1},
-    {"jet_month_name", Guarded<NameOfMonth>, -1},
-    {"jet_now", Guarded<Now>, 0, false},
-    {"jet_time", Guarded<Time>, 0, false},
-    {"jet_time_only", Guarded<TimeOnly>, 1},
-    {"jet_time_serial", Guarded<TimeSerial>, 3},
-    {"jet_weekday_name", Guarded<NameOfWeekday>, -1},
+    {functions::kDate, Guarded<Date>},
+    {functions::kDateAdd, Guarded<DateAdd>},
+    {functions::kDateDifference, Guarded<DateDifference>},
+    {functions::kDatePart, Guarded<DatePart>},
+    {functions::kDateSerial, Guarded<DateSerial>},
+    {functions::kDayOnly, Guarded<DayOnly>},
+    {functions::kMonthName, Guarded<NameOfMonth>},
+    {functions::kNow, Guarded<Now>},
+    {functions::kTime, Guarded<Time>},
+    {functions::kTimeOnly, Guarded<TimeOnly>},
+    {functions::kTimeSerial, Guarded<TimeSerial>},
+    {functions::kWeekdayName, Guarded<NameOfWeekday>},
 };
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/parser.h"
 #include "jet/sql/scope.h"
+#include "jet/storage_sql.h"
 #include "jet/store/relations.h"
 #include "jet/store/stored_values.h"
 
@@ -58,7 +59,7 @@ void CheckFields(const std::vector<ports::FieldDefinition>& fields, const std::s
 }
 
 std::string ColumnSql(const std::string& column, ports::DataType type) {
-  return column + (IsTextType(type) ? " COLLATE JET" : "");
+  return column + (IsTextType(type) ? kCollate : "");
 }
 
 }  // namespace
@@ -158,8 +159,8 @@ void Definitions::AddField(const TableInfo& table, const ports::FieldDefinition&
               ColumnSql(column, field.type));
   // Rows that are there get numbers or False; defaults are for new rows only.
   if (IsCounter(field)) {
-    storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = jet_next_number(" +
-                std::to_string(table.id) + ")");
+    storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = " +
+                CallSql(functions::kNextNumber, {std::to_string(table.id)}));
   } else if (field.type == ports::DataType::kBoolean) {
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = 0");
   }

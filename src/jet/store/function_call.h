@@ -6,6 +6,7 @@
 #include <span>
 #include <string_view>
 
+#include "jet/storage_sql.h"
 #include "jet/store/functions.h"
 #include "ports/database_types.h"
 
@@ -68,10 +69,8 @@ void Guarded(sqlite3_context* context, int count, sqlite3_value** values) {
 }
 
 struct FunctionEntry {
-  const char* name;
-  void (*function)(sqlite3_context*, int, sqlite3_value**);
-  int count;            // of arguments; -1 for any
-  bool is_pure = true;  // the same arguments give the same result
+  Function function;
+  void (*body)(sqlite3_context*, int, sqlite3_value**);
 };
 
 std::span<const FunctionEntry> OperatorFunctions();

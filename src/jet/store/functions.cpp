@@ -18,7 +18,7 @@ namespace {
 using ports::DatabaseValue;
 using ports::DataType;
 
-// The common cases of jet_to, for speed: a value that has the field's type already.
+// The common cases of Store, for speed: a value that has the field's type already.
 bool IsStorable(const FunctionCall& call, DataType type) {
   switch (type) {
     case DataType::kText:
@@ -38,18 +38,16 @@ bool IsStorable(const FunctionCall& call, DataType type) {
   }
 }
 
-// jet_to(value, its type, field type, size, flags, field name); flags: 1 required, 2 takes empty
-// texts, 4 in the primary key.
-void To(FunctionCall& call) {
+void Store(FunctionCall& call) {
   const auto type = static_cast<DataType>(call.Integer(2));
   if (IsStorable(call, type)) return call.PutArgument(0);
   const std::int64_t flags = call.Integer(4);
   const Target target = {std::string(call.Text(5)),
                          type,
                          static_cast<std::int32_t>(call.Integer(3)),
-                         (flags & 1) != 0,
-                         (flags & 2) != 0,
-                         (flags & 4) != 0};
+                         (flags & kRequired) != 0,
+                         (flags & kTakesZeroLength) != 0,
+                         (flags & kInPrimaryKey) != 0};
   const DatabaseValue value = ConvertFor(call.Typed(0), target, kTypeMismatch);
   CheckAllowed(value, target);
   call.PutStored(value, type);
@@ -59,12 +57,11 @@ void Guid(FunctionCall& call) {
   if (!call.IsNull(0)) call.PutText(GuidText(call.Bytes(0)));
 }
 
-// jet_next_number(table)
 void NextNumber(FunctionCall& call) {
   call.PutInteger(call.Context().autonumbers.Next(call.Integer(0)));
 }
 
-// jet_used_number(table, number): the number, or the next one for Null.
+// The number, or the next one for Null.
 void UsedNumber(FunctionCall& call) {
   if (call.IsNull(1)) {
     NextNumber(call);
@@ -74,7 +71,7 @@ void UsedNumber(FunctionCall& call) {
   call.PutArgument(1);
 }
 
-// jet_refuse(number, name): what a relation's trigger finds wrong.
+// What a relation's trigger finds wrong.
 void Refuse(FunctionCall& call) {
   Fail(static_cast<std::int32_t>(call.Integer(0)), call.Text(1));
 }
@@ -85,19 +82,20 @@ int Collate(void* /*unused*/, int a_length, const void* a, int b_length, const v
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {"jet_guid", Guarded<Guid>, 1},
-    {"jet_next_number", Guarded<NextNumber>, 1, false},
-    {"jet_refuse", Guarded<Refuse>, 2, false},
-    {"jet_to", Guarded<To>, 6},
-    {"jet_used_number", Guarded<UsedNumber>, 2, false},
+    {functions::kGuid, Guarded<Guid>},
+    {functions::kNextNumber, Guarded<NextNumber>},
+    {functions::kRefuse, Guarded<Refuse>},
+    {functions::kStore, Guarded<Store>},
+    {functions::kUsedNumber, Guarded<UsedNumber>},
 };
 
 void Register(FunctionContext& context, std::span<const FunctionEntry> entries) {
   for (const FunctionEntry& entry : entries) {
-    const int flags = SQLITE_UTF8 | SQLITE_INNOCUOUS | (entry.is_pure ? SQLITE_DETERMINISTIC : 0);
-    const int code =
-        sqlite3_create_function_v2(context.connection.Handle(), entry.name, entry.count, flags,
-                                   &context, entry.function, nullptr, nullptr, nullptr);
+    const int flags =
+        SQLITE_UTF8 | SQLITE_INNOCUOUS | (entry.function.is_pure ? SQLITE_DETERMINISTIC : 0);
+    const int code = sqlite3_create_function_v2(context.connection.Handle(), entry.function.name,
+                                                entry.function.count, flags, &context, entry.body,
+                                                nullptr, nullptr, nullptr);
     if (code != SQLITE_OK) context.connection.FailWith(code);
   }
 }
@@ -105,8 +103,8 @@ void Register(FunctionContext& context, std::span<const FunctionEntry> entries) 
 }  // namespace
 
 void RegisterFunctions(FunctionContext& context) {
-  sqlite3_create_collation_v2(context.connection.Handle(), "JET", SQLITE_UTF8, nullptr, Collate,
-                              nullptr);
+  sqlite3_create_collation_v2(context.connection.Handle(), kCollationName, SQLITE_UTF8, nullptr,
+                              Collate, nullptr);
   Register(context, kFunctions);
   Register(context, OperatorFunctions());
   Register(context, ConversionFunctions());

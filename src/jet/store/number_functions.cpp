@@ -91,7 +91,6 @@ double RoundedAmount(double value, std::int32_t digits) {
   return static_cast<double>(steps * step) / 10000;
 }
 
-// jet_scaled(number): as ten-thousandths.
 void Scaled(FunctionCall& call) {
   if (call.IsNull(0)) return;
   std::int64_t amount = 0;
@@ -99,16 +98,15 @@ void Scaled(FunctionCall& call) {
   call.PutInteger(amount);
 }
 
-// jet_amount(ten-thousandths): a sum or difference; the engine makes a floating number of one that
-// has no room.
+// A sum or difference; the engine makes a floating number of one that overflows.
 void Amount(FunctionCall& call) {
   if (call.IsNull(0)) return;
   if (!call.IsWhole(0)) Fail(kOverflow);
   call.PutArgument(0);
 }
 
-// jet_amount_product(ten-thousandths, ten-thousandths), halves to even. Both are split at the
-// decimal point, so that no part of the product is beyond 64 bits unless all of it is.
+// Halves to even. Both are split at the decimal point, so that no part of the product exceeds 64
+// bits unless all of it does.
 void AmountProduct(FunctionCall& call) {
   constexpr std::int64_t kScale = 10000;
   constexpr double kMost = 9.2233720368e18;
@@ -123,7 +121,6 @@ void AmountProduct(FunctionCall& call) {
   call.PutInteger(product);
 }
 
-// jet_round(value, its type[, digits])
 void Round(FunctionCall& call) {
   constexpr std::int32_t kMostDigits = 22;
   if (call.AnyNull()) return;
@@ -144,8 +141,7 @@ void Round(FunctionCall& call) {
   call.PutNumber(std::isfinite(scaled) ? scaled / scale : value);
 }
 
-// jet_random([number]): below zero the number begins a sequence of its own, zero repeats the last
-// one.
+// A number below zero begins a sequence of its own, zero repeats the last result.
 void Random(FunctionCall& call) {
   constexpr std::uint32_t kMask = 0xFFFFFF;
   if (call.AnyNull()) return;
@@ -160,7 +156,7 @@ void Random(FunctionCall& call) {
   call.PutNumber(static_cast<double>(state) / (kMask + 1));
 }
 
-// jet_partition(number, first, last, width): the range in which the number lies, as a text.
+// The range in which the number lies, as a text.
 void Partition(FunctionCall& call) {
   if (call.AnyNull()) return;
   const std::int64_t number = call.Whole(0);
@@ -185,23 +181,23 @@ void Partition(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {"jet_abs", Guarded<Absolute>, 1},
-    {"jet_amount", Guarded<Amount>, 1},
-    {"jet_amount_product", Guarded<AmountProduct>, 2},
-    {"jet_atn", Guarded<Computed<ArcTangent>>, 1},
-    {"jet_cos", Guarded<Computed<Cosine>>, 1},
-    {"jet_exp", Guarded<Computed<Exponential>>, 1},
-    {"jet_fix", Guarded<Rounded<TowardsZero>>, 1},
-    {"jet_int", Guarded<Rounded<Down>>, 1},
-    {"jet_log", Guarded<Computed<Logarithm>>, 1},
-    {"jet_partition", Guarded<Partition>, 4},
-    {"jet_random", Guarded<Random>, -1, false},
-    {"jet_round", Guarded<Round>, -1},
-    {"jet_scaled", Guarded<Scaled>, 1},
-    {"jet_sgn", Guarded<Sign>, 1},
-    {"jet_sin", Guarded<Computed<Sine>>, 1},
-    {"jet_sqr", Guarded<Computed<Root>>, 1},
-    {"jet_tan", Guarded<Computed<Tangent>>, 1},
+    {functions::kAbs, Guarded<Absolute>},
+    {functions::kAmount, Guarded<Amount>},
+    {functions::kAmountProduct, Guarded<AmountProduct>},
+    {functions::kAtn, Guarded<Computed<ArcTangent>>},
+    {functions::kCos, Guarded<Computed<Cosine>>},
+    {functions::kExp, Guarded<Computed<Exponential>>},
+    {functions::kFix, Guarded<Rounded<TowardsZero>>},
+    {functions::kInt, Guarded<Rounded<Down>>},
+    {functions::kLog, Guarded<Computed<Logarithm>>},
+    {functions::kPartition, Guarded<Partition>},
+    {functions::kRandom, Guarded<Random>},
+    {functions::kRound, Guarded<Round>},
+    {functions::kScaled, Guarded<Scaled>},
+    {functions::kSgn, Guarded<Sign>},
+    {functions::kSin, Guarded<Computed<Sine>>},
+    {functions::kSqr, Guarded<Computed<Root>>},
+    {functions::kTan, Guarded<Computed<Tangent>>},
 };
 
 }  // namespace

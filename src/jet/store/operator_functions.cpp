@@ -30,7 +30,7 @@ void Add(FunctionCall& call) {
   }
 }
 
-// jet_long(number): a sum, difference or product of whole numbers, which must be of 32 bits.
+// A sum, difference or product of whole numbers, which must fit 32 bits.
 void Long(FunctionCall& call) {
   if (call.IsNull(0)) return;
   const std::int64_t number = call.Integer(0);
@@ -47,7 +47,6 @@ void Divide(FunctionCall& call) {
   call.PutNumber(call.Number(0) / divisor);
 }
 
-// jet_whole(number): rounded, halves to even.
 void Whole(FunctionCall& call) {
   if (!call.AnyNull()) call.PutInteger(call.Whole(0));
 }
@@ -108,7 +107,7 @@ void Between(FunctionCall& call) {
   call.PutTruth((low >= 0 && high <= 0) || (low <= 0 && high >= 0));
 }
 
-// jet_in(value, item, …): Null among the items makes "not found" unknown.
+// Null among the items makes "not found" unknown.
 void In(FunctionCall& call) {
   if (call.IsNull(0)) return;
   bool met_null = false;
@@ -124,19 +123,19 @@ void In(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {"jet_add", Guarded<Add>, 2},
-    {"jet_alike", Guarded<Alike>, 2},
-    {"jet_between", Guarded<Between>, 3},
-    {"jet_compare", Guarded<Compare>, 2},
-    {"jet_divide", Guarded<Divide>, 2},
-    {"jet_in", Guarded<In>, -1},
-    {"jet_join", Guarded<Join>, 2},
-    {"jet_like", Guarded<Like>, 2},
-    {"jet_long", Guarded<Long>, 1},
-    {"jet_modulo", Guarded<Modulo>, 2},
-    {"jet_power", Guarded<Power>, 2},
-    {"jet_whole", Guarded<Whole>, 1},
-    {"jet_whole_divide", Guarded<WholeDivide>, 2},
+    {functions::kAdd, Guarded<Add>},
+    {functions::kAlike, Guarded<Alike>},
+    {functions::kBetween, Guarded<Between>},
+    {functions::kCompare, Guarded<Compare>},
+    {functions::kDivide, Guarded<Divide>},
+    {functions::kIn, Guarded<In>},
+    {functions::kJoin, Guarded<Join>},
+    {functions::kLike, Guarded<Like>},
+    {functions::kLong, Guarded<Long>},
+    {functions::kModulo, Guarded<Modulo>},
+    {functions::kPower, Guarded<Power>},
+    {functions::kWhole, Guarded<Whole>},
+    {functions::kWholeDivide, Guarded<WholeDivide>},
 };
 
 }  // namespace

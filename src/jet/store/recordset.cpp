@@ -4,6 +4,7 @@
 
 #include "foundation/text.h"
 #include "jet/errors.h"
+#include "jet/sql/field_value.h"
 #include "jet/store/stored_values.h"
 
 namespace jet {
@@ -108,7 +109,7 @@ std::size_t Recordset::TableField(std::size_t position) const {
 DatabaseValue Recordset::DefaultValue(const FieldInfo& field) const {
   if (field.definition.default_value.empty())
     return ConvertTo(ports::NullValue{}, field.definition.type, 0, kConversion);
-  Statement statement(session_->SharedStorage(), "SELECT " + sql::TranslateDefault(field));
+  Statement statement(session_->SharedStorage(), "SELECT " + sql::DefaultSql(field));
   statement.Step();
   return ReadStored(statement, 0, field.definition.type);
 }

@@ -6,7 +6,8 @@
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/sql/expression_translator.h"
+#include "jet/sql/field_value.h"
+#include "jet/storage_sql.h"
 #include "jet/store/definitions.h"
 
 namespace jet {
@@ -97,7 +98,7 @@ class TriggerWriter {
   std::string Related() const { return " WHERE " + Joined(related_, " AND "); }
 
   static std::string Refusal(std::int32_t number, const std::string& table) {
-    return "SELECT jet_refuse(" + std::to_string(number) + ", " + sql::TextLiteral(table) + ")";
+    return "SELECT " + CallSql(functions::kRefuse, {std::to_string(number), TextLiteral(table)});
   }
 
   std::string Guard(ReferenceAction action, std::string condition) const {
@@ -121,8 +122,7 @@ class TriggerWriter {
         value = {"NEW." + other_columns_[i], TypeOfField(field.definition.type)};
         if (value.type == ValueType::kCurrency) value.type = ValueType::kStoredCurrency;
       }
-      assignments.push_back(own_columns_[i] + " = " +
-                            sql::ExpressionTranslator::Assigned(value, field));
+      assignments.push_back(own_columns_[i] + " = " + sql::AssignedSql(value, field));
     }
     return "UPDATE " + table_.StorageName() + " SET " + Joined(assignments, ", ");
   }

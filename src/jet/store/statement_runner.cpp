@@ -4,7 +4,9 @@
 #include <variant>
 
 #include "jet/errors.h"
+#include "jet/sql/insert_translator.h"
 #include "jet/sql/parser.h"
+#include "jet/sql/update_translator.h"
 #include "jet/store/definitions.h"
 #include "jet/store/relations.h"
 

@@ -57,7 +57,6 @@ void Right(FunctionCall& call) {
   PutUnits(call, std::u16string_view(units).substr(units.size() - std::min(units.size(), count)));
 }
 
-// jet_mid(text, start[, count])
 void Mid(FunctionCall& call) {
   if (call.AnyNull()) return;
   const std::size_t start = CountAt(call, 1);
@@ -89,7 +88,6 @@ void Find(FunctionCall& call, int index, std::size_t start, std::int32_t compari
   PutPosition(call, pair.text.find(pair.sought, start - 1));
 }
 
-// jet_in_text([start,] text, sought[, comparison])
 void InText(FunctionCall& call) {
   if (call.AnyNull()) return;
   if (call.Count() == 2) {
@@ -99,7 +97,6 @@ void InText(FunctionCall& call) {
   }
 }
 
-// jet_in_text_reversed(text, sought[, start[, comparison]])
 void InTextReversed(FunctionCall& call) {
   if (call.AnyNull()) return;
   const std::int32_t start = call.WholeOr(2, -1);
@@ -154,7 +151,6 @@ char16_t CharacterOf(std::int32_t code) {
   return tmw::Utf8ToUtf16(tmw::CodePageToUtf8(tmw::CodePage::k1251, byte)).front();
 }
 
-// jet_string(count, character or its code)
 void Repeated(FunctionCall& call) {
   if (call.AnyNull()) return;
   const std::size_t count = CountAt(call, 0);
@@ -170,8 +166,7 @@ void Repeated(FunctionCall& call) {
   PutUnits(call, std::u16string(count, unit));
 }
 
-// jet_replace(text, sought, replacement[, start[, count[, comparison]]]): the result begins at the
-// start.
+// The result begins at the start.
 void Replace(FunctionCall& call) {
   if (call.AnyNull()) return;
   const std::int32_t start = call.WholeOr(3, 1);
@@ -193,7 +188,6 @@ void Replace(FunctionCall& call) {
   PutUnits(call, result.append(text, at));
 }
 
-// jet_compare_texts(a, b[, comparison])
 void CompareBoth(FunctionCall& call) {
   if (call.AnyNull()) return;
   const std::int32_t comparison = call.WholeOr(2, kTextComparison);
@@ -243,26 +237,26 @@ void UnitCharacter(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {"jet_asc", Guarded<CharacterCode>, 1},
-    {"jet_ascw", Guarded<UnitCode>, 1},
-    {"jet_chr", Guarded<Character>, 1},
-    {"jet_chrw", Guarded<UnitCharacter>, 1},
-    {"jet_compare_texts", Guarded<CompareBoth>, -1},
-    {"jet_in_text", Guarded<InText>, -1},
-    {"jet_in_text_reversed", Guarded<InTextReversed>, -1},
-    {"jet_left", Guarded<Left>, 2},
-    {"jet_length", Guarded<Length>, 1},
-    {"jet_lower", Guarded<Lower>, 1},
-    {"jet_mid", Guarded<Mid>, -1},
-    {"jet_replace", Guarded<Replace>, -1},
-    {"jet_reverse", Guarded<Reverse>, 1},
-    {"jet_right", Guarded<Right>, 2},
-    {"jet_space", Guarded<Space>, 1},
-    {"jet_string", Guarded<Repeated>, 2},
-    {"jet_trim", Guarded<Trim>, 1},
-    {"jet_trim_left", Guarded<TrimLeft>, 1},
-    {"jet_trim_right", Guarded<TrimRight>, 1},
-    {"jet_upper", Guarded<Upper>, 1},
+    {functions::kAsc, Guarded<CharacterCode>},
+    {functions::kAscW, Guarded<UnitCode>},
+    {functions::kChr, Guarded<Character>},
+    {functions::kChrW, Guarded<UnitCharacter>},
+    {functions::kCompareTexts, Guarded<CompareBoth>},
+    {functions::kInText, Guarded<InText>},
+    {functions::kInTextReversed, Guarded<InTextReversed>},
+    {functions::kLeft, Guarded<Left>},
+    {functions::kLength, Guarded<Length>},
+    {functions::kLower, Guarded<Lower>},
+    {functions::kMid, Guarded<Mid>},
+    {functions::kReplace, Guarded<Replace>},
+    {functions::kReverse, Guarded<Reverse>},
+    {functions::kRight, Guarded<Right>},
+    {functions::kSpace, Guarded<Space>},
+    {functions::kString, Guarded<Repeated>},
+    {functions::kTrim, Guarded<Trim>},
+    {functions::kTrimLeft, Guarded<TrimLeft>},
+    {functions::kTrimRight, Guarded<TrimRight>},
+    {functions::kUpper, Guarded<Upper>},
 };
 
 }  // namespace

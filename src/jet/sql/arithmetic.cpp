@@ -1,0 +1,107 @@
+#include "jet/sql/arithmetic.h"
+
+#include "jet/storage_sql.h"
+
+namespace jet::sql {
+namespace {
+
+// The type of a sum, difference or product of two numeric values.
+ValueType Wider(ValueType a, ValueType b) {
+  for (const ValueType type : {ValueType::kNull, ValueType::kUnknown, ValueType::kNumber}) {
+    if (a == type || b == type) return type == ValueType::kNull ? ValueType::kUnknown : type;
+  }
+  // A text is read as a number; the day of a moment is one.
+  for (const ValueType type : {ValueType::kSingle, ValueType::kText, ValueType::kDate}) {
+    if (a == type || b == type) return ValueType::kNumber;
+  }
+  if (a == ValueType::kCurrency || b == ValueType::kCurrency) return ValueType::kCurrency;
+  return ValueType::kInteger;
+}
+
+// Whole numbers stay within 32 bits: a result beyond them fails with 6.
+TypedSql Checked(TypedSql result) {
+  if (result.type == ValueType::kInteger) result.sql = CallSql(functions::kLong, {result.sql});
+  return result;
+}
+
+// A value of an amount or a whole number in ten-thousandths.
+std::string ScaledSql(const TypedSql& raw) {
+  if (raw.type == ValueType::kStoredCurrency) return raw.sql;
+  return CallSql(functions::kScaled, {raw.sql});
+}
+
+// Sums, differences and products of amounts and whole numbers are exact amounts, so that 0.1 + 0.2
+// is 0.3; no text for any other operator.
+TypedSql Amount(Operator op, const TypedSql& a, const TypedSql& b) {
+  TypedSql amount{{}, ValueType::kStoredCurrency};
+  if (op == Operator::kAdd || op == Operator::kSubtract) {
+    const char* const sign = op == Operator::kAdd ? " + " : " - ";
+    amount.sql = CallSql(functions::kAmount, {ScaledSql(a) + sign + ScaledSql(b)});
+  } else if (op == Operator::kMultiply) {
+    amount.sql = CallSql(functions::kAmountProduct, {ScaledSql(a), ScaledSql(b)});
+  }
+  return amount;
+}
+
+// Null counts as an empty text unless both are Null.
+TypedSql Concatenation(const TypedSql& a, const TypedSql& b) {
+  if (!a.is_present && !b.is_present)
+    return {CallSql(functions::kJoin, {TextSql(a), TextSql(b)}), ValueType::kText};
+  const auto present = [](const TypedSql& value) {
+    return value.is_present ? value.sql : "ifnull(" + TextSql(value) + ", '')";
+  };
+  return {"(" + present(a) + " || " + present(b) + ")", ValueType::kText, nullptr, true};
+}
+
+// A moment plus or minus a number is a moment; two moments differ by a number; "+" joins two texts.
+TypedSql Sum(const TypedSql& a, bool is_sum, const TypedSql& b) {
+  if (a.type == ValueType::kNull || b.type == ValueType::kNull) return {"NULL", ValueType::kNull};
+  if (is_sum && a.type == ValueType::kText && b.type == ValueType::kText)
+    return {"(" + a.sql + " || " + b.sql + ")", ValueType::kText};
+  const bool is_plain = IsNumeric(a.type) && IsNumeric(b.type);
+  if (is_sum && !is_plain) return {CallSql(functions::kAdd, {a.sql, b.sql}), ValueType::kUnknown};
+  ValueType type = Wider(a.type, b.type);
+  if (a.type == ValueType::kDate || b.type == ValueType::kDate) {
+    const bool is_distance = !is_sum && a.type == b.type;
+    type = is_distance ? ValueType::kNumber : ValueType::kDate;
+  }
+  return Checked({"(" + NumberSql(a) + (is_sum ? " + " : " - ") + NumberSql(b) + ")", type});
+}
+
+}  // namespace
+
+TypedSql Signed(Operator op, const TypedSql& operand) {
+  const ValueType type = Wider(operand.type, ValueType::kInteger);
+  if (op == Operator::kPlusSign) return {NumberSql(operand), type};
+  return Checked({"(-" + NumberSql(operand) + ")", type});
+}
+
+TypedSql Computed(Operator op, const TypedSql& raw_a, const TypedSql& raw_b) {
+  const TypedSql a = Decoded(raw_a);
+  const TypedSql b = Decoded(raw_b);
+  if (Wider(a.type, b.type) == ValueType::kCurrency) {
+    TypedSql amount = Amount(op, raw_a, raw_b);
+    if (!amount.sql.empty()) return amount;
+  }
+  const auto call = [&](const Function& function, ValueType type) {
+    return TypedSql{CallSql(function, {NumberSql(a), NumberSql(b)}), type};
+  };
+  switch (op) {
+    case Operator::kConcatenate:
+      return Concatenation(a, b);
+    case Operator::kDivide:
+      return call(functions::kDivide, ValueType::kNumber);
+    case Operator::kIntegerDivide:
+      return call(functions::kWholeDivide, ValueType::kInteger);
+    case Operator::kModulo:
+      return call(functions::kModulo, ValueType::kInteger);
+    case Operator::kPower:
+      return call(functions::kPower, ValueType::kNumber);
+    case Operator::kMultiply:
+      return Checked({"(" + NumberSql(a) + " * " + NumberSql(b) + ")", Wider(a.type, b.type)});
+    default:
+      return Sum(a, op == Operator::kAdd, b);
+  }
+}
+
+}  // namespace jet::sql

@@ -1,0 +1,45 @@
+#include "jet/sql/typed_sql.h"
+
+#include "jet/storage_sql.h"
+
+namespace jet::sql {
+
+TypedSql Decoded(const TypedSql& raw) {
+  if (raw.type == ValueType::kStoredCurrency)
+    return {"(" + raw.sql + "/10000.0)", ValueType::kCurrency};
+  if (raw.type == ValueType::kStoredGuid)
+    return {CallSql(functions::kGuid, {raw.sql}), ValueType::kText};
+  return raw;
+}
+
+std::string_view CollationOf(ValueType type) {
+  return type == ValueType::kText || type == ValueType::kUnknown ? kCollate : "";
+}
+
+bool IsNumeric(ValueType type) {
+  return type >= ValueType::kBoolean && type <= ValueType::kDate;
+}
+
+std::string TypeCode(ValueType type) {
+  return std::to_string(static_cast<std::int32_t>(type));
+}
+
+std::string NumberSql(const TypedSql& value) {
+  if (IsNumeric(value.type) || value.type == ValueType::kNull) return value.sql;
+  return CallSql(functions::kNumber, {value.sql});
+}
+
+std::string TextSql(const TypedSql& value) {
+  if (value.type == ValueType::kText || value.type == ValueType::kNull) return value.sql;
+  // A column of whole numbers holds nothing else.
+  if (value.type == ValueType::kInteger && value.field != nullptr)
+    return "CAST(" + value.sql + " AS TEXT)";
+  return CallSql(functions::kText, {value.sql, TypeCode(value.type)});
+}
+
+std::string MomentSql(const TypedSql& value) {
+  if (value.type == ValueType::kDate || value.type == ValueType::kNull) return value.sql;
+  return CallSql(functions::kMoment, {value.sql});
+}
+
+}  // namespace jet::sql
