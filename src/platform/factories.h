@@ -15,6 +15,7 @@
 #include "ports/front_end.h"
 #include "ports/internet.h"
 #include "ports/named_mutex.h"
+#include "ports/page_file.h"
 #include "ports/processes.h"
 #include "ports/product_version.h"
 #include "ports/settings_store.h"
@@ -38,6 +39,7 @@ std::unique_ptr<ports::FrontEnd> MakeFrontEnd();
 std::unique_ptr<ports::Internet> MakeInternet(
     std::chrono::milliseconds stall_limit = ports::kInternetStallLimit);
 std::unique_ptr<ports::NamedMutexes> MakeNamedMutexes();
+std::unique_ptr<ports::PageFiles> MakePageFiles();
 std::unique_ptr<ports::Processes> MakeProcesses(int argc, char** argv);
 std::unique_ptr<ports::ProductVersion> MakeProductVersion();
 std::unique_ptr<ports::SettingsStore> MakeSettingsStore();

@@ -21,6 +21,7 @@ class SystemHost final : public Host {
     ports.front_end = front_end_.get();
     ports.internet = internet_.get();
     ports.mutexes = mutexes_.get();
+    ports.page_files = page_files_.get();
     ports.processes = processes_.get();
     ports.product_version = product_version_.get();
     ports.settings = settings_.get();
@@ -40,6 +41,7 @@ class SystemHost final : public Host {
   std::unique_ptr<FrontEnd> front_end_ = platform::MakeFrontEnd();
   std::unique_ptr<Internet> internet_ = platform::MakeInternet();
   std::unique_ptr<NamedMutexes> mutexes_ = platform::MakeNamedMutexes();
+  std::unique_ptr<PageFiles> page_files_ = platform::MakePageFiles();
   std::unique_ptr<Processes> processes_;
   std::unique_ptr<ProductVersion> product_version_ = platform::MakeProductVersion();
   std::unique_ptr<SettingsStore> settings_ = platform::MakeSettingsStore();

@@ -12,6 +12,7 @@ class FileSystem;
 class FrontEnd;
 class Internet;
 class NamedMutexes;
+class PageFiles;
 class Processes;
 class ProductVersion;
 class SettingsStore;
@@ -31,6 +32,7 @@ struct Ports {
   FrontEnd* front_end = nullptr;
   Internet* internet = nullptr;
   NamedMutexes* mutexes = nullptr;
+  PageFiles* page_files = nullptr;
   Processes* processes = nullptr;
   ProductVersion* product_version = nullptr;
   SettingsStore* settings = nullptr;
