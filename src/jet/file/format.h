@@ -130,17 +130,18 @@ inline constexpr Field<std::uint32_t> kNextInChain{0x00};  // of a row of a chai
 inline constexpr std::size_t kChainPayload = 0x04;
 }  // namespace long_value
 
-// A table's definition. Its pages form a chain; all fields but the first count as if the pages'
-// contents stood behind one another, each page giving what follows its own kHead bytes.
+// A table's definition. Its pages form a chain; what follows the head of each page, put together,
+// is the contents in which the fields below count.
 namespace definition {
 inline constexpr Field<std::uint32_t> kNextPage{0x04};
 inline constexpr std::size_t kHead = 0x08;
 inline constexpr std::uint32_t kMarker = 0x659;       // meaning unknown; in most blocks
 inline constexpr std::uint32_t kIndexMarker = 0x783;  // meaning unknown
 
-// The first block. Offsets count from the end of the first page's head.
+// The first block.
 inline constexpr std::size_t kFixedLength = 55;
-inline constexpr Field<std::uint32_t> kLength{0x00};  // of what follows this word
+inline constexpr Field<std::uint32_t> kLength{0x00};  // of the contents, plus kHead
+inline constexpr std::size_t kReserve = 8;            // behind the contents, on a page of the chain
 inline constexpr Field<std::uint32_t> kFirstMarker{0x04};
 inline constexpr Field<std::uint32_t> kRowCount{0x08};
 inline constexpr Field<std::uint32_t> kLastAutonumber{0x0C};
@@ -159,7 +160,7 @@ inline constexpr Field<std::uint32_t> kSpaceMap{0x33};  // pages with room for r
 // Statistics, one block for each real index.
 namespace statistics {
 inline constexpr std::size_t kWidth = 12;
-inline constexpr Field<std::uint32_t> kMarker{0x00};
+inline constexpr Field<std::uint32_t> kUnknown{0x00};  // 0 to 3 in real files
 inline constexpr Field<std::uint32_t> kEntries{0x04};  // distinct keys
 }  // namespace statistics
 
@@ -217,11 +218,14 @@ inline constexpr Field<std::uint32_t> kMarker{0x00};
 inline constexpr Field<std::uint32_t> kNumber{0x04};
 inline constexpr Field<std::uint32_t> kRealIndex{0x08};
 inline constexpr Field<std::uint8_t> kRelationSide{0x0C};
+inline constexpr std::uint8_t kReferencedSide = 1;
+inline constexpr std::uint8_t kReferencingSide = 2;
 inline constexpr Field<std::uint32_t> kOtherNumber{0x0D};  // of the index at the other end
 inline constexpr std::uint32_t kNoOther = 0xFFFFFFFF;
 inline constexpr Field<std::uint32_t> kOtherTable{0x11};  // its definition page
 inline constexpr Field<std::uint8_t> kCascadeUpdate{0x15};
 inline constexpr Field<std::uint8_t> kCascadeDelete{0x16};
+inline constexpr std::uint8_t kNoCascade = 4;  // in both, where there is no relation
 inline constexpr Field<std::uint8_t> kKind{0x17};
 inline constexpr std::uint8_t kOrdinary = 0;
 inline constexpr std::uint8_t kPrimary = 1;

@@ -6,6 +6,14 @@
 
 namespace jet::file {
 
+bool IsKnown(ColumnType type) {
+  const auto code = static_cast<std::uint8_t>(type);
+  constexpr auto kLastOfFirst = static_cast<std::uint8_t>(ColumnType::kMemo);
+  return (code >= static_cast<std::uint8_t>(ColumnType::kBoolean) && code <= kLastOfFirst) ||
+         type == ColumnType::kGuid || type == ColumnType::kNumeric ||
+         type == ColumnType::kWideBinary;
+}
+
 bool IsLong(ColumnType type) {
   return type == ColumnType::kOle || type == ColumnType::kMemo;
 }

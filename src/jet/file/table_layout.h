@@ -26,7 +26,11 @@ enum class ColumnType : std::uint8_t {
   kMemo = 12,
   kGuid = 15,
   kNumeric = 16,
+  kWideBinary = 17,  // bytes of a fixed length; only in tables that the engine keeps for itself
 };
+
+// Whether this room knows values of the type.
+bool IsKnown(ColumnType type);
 
 // Whether the record holds a reference to the value instead of the value.
 bool IsLong(ColumnType type);
@@ -72,6 +76,7 @@ struct IndexLayout {
   PageNumber root = 0;
   std::uint8_t flags = 0;              // definition::real_index
   std::uint32_t entry_statistics = 0;  // distinct keys, as the definition says
+  std::uint32_t unknown_statistics = 0;
 
   bool IsUnique() const { return (flags & definition::real_index::kUnique) != 0; }
   bool IgnoresNulls() const { return (flags & definition::real_index::kIgnoreNulls) != 0; }

@@ -29,6 +29,25 @@ inline constexpr const char* kWrongPageKind = "страница другого �
 inline constexpr const char* kWrongOwner = "страница принадлежит другому объекту";
 inline constexpr const char* kBadHeader = "заголовок файла испорчен";
 
+inline constexpr const char* kBadRowDirectory = "оглавление строк страницы испорчено";
+inline constexpr const char* kNoSuchRow = "ссылка на строку, которой на странице нет";
+inline constexpr const char* kBadDefinitionLength = "неверная длина определения таблицы";
+inline constexpr const char* kLongDefinitionChain =
+    "цепочка страниц определения таблицы длиннее самого определения";
+inline constexpr const char* kShortDefinitionChain =
+    "цепочка страниц определения таблицы обрывается";
+inline constexpr const char* kMissingMarker = "в определении таблицы нет отметки начала блока";
+inline constexpr const char* kBadDefinitionEnd =
+    "блоки определения таблицы не сходятся с его длиной";
+inline constexpr const char* kBadName = "недопустимое имя в определении таблицы";
+inline constexpr const char* kBadTableKind = "неизвестный вид таблицы";
+inline constexpr const char* kBadCounts = "недопустимое число полей или индексов таблицы";
+inline constexpr const char* kUnknownColumnType = "неизвестный тип поля";
+inline constexpr const char* kBadColumn = "место поля в записи указано неверно";
+inline constexpr const char* kColumnTwice = "номер или место поля занято другим полем";
+inline constexpr const char* kIndexOfNoColumn = "индекс ссылается на поле, которого в таблице нет";
+inline constexpr const char* kIndexOfNoTree = "индекс ссылается на дерево, которого в таблице нет";
+
 inline std::string NoSuchPage(PageNumber number) {
   return "ссылка на страницу " + std::to_string(number) + ", которой в файле нет";
 }
