@@ -12,6 +12,19 @@ Field<std::uint16_t> Slot(std::size_t row) {
   return {data::kSlots + row * data::kSlotWidth};
 }
 
+RowState StateOf(std::uint16_t slot) {
+  switch (slot & data::kDead) {
+    case data::kDead:
+      return RowState::kDead;
+    case data::kHidden:
+      return RowState::kHidden;
+    case data::kMoved:
+      return RowState::kMoved;
+    default:
+      return RowState::kLive;
+  }
+}
+
 }  // namespace
 
 DataPage::DataPage(PageView page) : page_(std::move(page)), row_count_(0) {
@@ -35,8 +48,7 @@ DataPage::Row DataPage::At(std::size_t row) const {
   Row result;
   result.offset = slot & data::kOffsetMask;
   result.bytes = page_.Bytes().substr(result.offset, end - result.offset);
-  result.is_deleted = (slot & data::kDeleted) != 0;
-  result.is_moved = (slot & data::kMoved) != 0;
+  result.state = StateOf(slot);
   return result;
 }
 

@@ -8,6 +8,13 @@
 
 namespace jet::file {
 
+enum class RowState {
+  kLive,
+  kMoved,   // the bytes are a row pointer
+  kHidden,  // where a moved row stands; only its pointer leads here
+  kDead,
+};
+
 // A page of rows. The directory of the rows is judged when the page is taken; rows are slices that
 // live as long as the page does.
 class DataPage {
@@ -15,8 +22,7 @@ class DataPage {
   struct Row {
     std::size_t offset = 0;
     std::string_view bytes;
-    bool is_deleted = false;  // or the hidden target of a moved row
-    bool is_moved = false;    // the bytes are a row pointer
+    RowState state = RowState::kLive;
   };
 
   // Throws Damage when this is no page of rows or its directory contradicts itself.

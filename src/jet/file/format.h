@@ -102,8 +102,9 @@ inline constexpr Field<std::uint32_t> kChainWord{0x08};  // long values: repeate
 inline constexpr Field<std::uint16_t> kRowCount{0x0C};
 inline constexpr std::size_t kSlots = 0x0E;  // two bytes a row; rows grow from the page's end
 inline constexpr std::size_t kSlotWidth = 2;
-inline constexpr std::uint16_t kDeleted = 0x8000;  // or the hidden target of a moved row
-inline constexpr std::uint16_t kMoved = 0x4000;    // the row is a row pointer to its contents
+inline constexpr std::uint16_t kHidden = 0x8000;  // only the pointer of a moved row leads here
+inline constexpr std::uint16_t kMoved = 0x4000;   // the row is a row pointer to its contents
+inline constexpr std::uint16_t kDead = 0xC000;    // both: nothing stands here any more
 inline constexpr std::uint16_t kOffsetMask = 0x1FFF;
 inline constexpr std::size_t kMovedWidth = 4;
 }  // namespace data

@@ -64,7 +64,10 @@ RowShape ShapeOf(const TableLayout& table) {
   shape.column_ids = table.column_ids;
   shape.variable_slots = table.variable_columns;
   shape.mask_width = MaskWidth(table.column_ids);
+  shape.first_variable = table.column_ids;
   for (const ColumnLayout& column : table.columns) {
+    if (!column.IsFixed() && column.type != ColumnType::kBoolean)
+      shape.first_variable = std::min<std::size_t>(shape.first_variable, column.id);
     if (column.IsFixed() && column.type != ColumnType::kBoolean)
       shape.fixed_length =
           std::max<std::size_t>(shape.fixed_length, std::size_t{column.fixed_offset} + column.size);

@@ -130,6 +130,7 @@ std::vector<std::size_t> FieldOrder(const TableLayout& table);
 struct RowShape {
   std::size_t column_ids = 0;       // of the widest record
   std::size_t variable_slots = 0;   // 0: records have no variable part
+  std::size_t first_variable = 0;   // smallest id of a variable column; column_ids without any
   std::size_t fixed_length = 0;     // of the fixed part
   std::size_t mask_width = 0;       // bytes
   std::size_t declared_length = 0;  // of the longest record without its variable values

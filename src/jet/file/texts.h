@@ -47,6 +47,12 @@ inline constexpr const char* kBadColumn = "место поля в записи �
 inline constexpr const char* kColumnTwice = "номер или место поля занято другим полем";
 inline constexpr const char* kIndexOfNoColumn = "индекс ссылается на поле, которого в таблице нет";
 inline constexpr const char* kIndexOfNoTree = "индекс ссылается на дерево, которого в таблице нет";
+inline constexpr const char* kNotAMap = "карта страниц испорчена";
+inline constexpr const char* kBadRecord = "запись испорчена";
+inline constexpr const char* kManyRows = "на странице больше 255 строк";
+inline constexpr const char* kLostRow = "перенесённая запись не найдена на новом месте";
+inline constexpr const char* kBadLongValue = "длинное значение (Memo, OLE) испорчено";
+inline constexpr const char* kForeignLongValue = "ссылка на длинное значение ведёт к чужой цепочке";
 
 inline std::string NoSuchPage(PageNumber number) {
   return "ссылка на страницу " + std::to_string(number) + ", которой в файле нет";
