@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "jet/file/limits.h"
 #include "jet/file/row_pointer.h"
 
 // One table as its definition describes it, and what follows from that for its rows.

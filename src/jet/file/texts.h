@@ -53,6 +53,23 @@ inline constexpr const char* kManyRows = "на странице больше 255
 inline constexpr const char* kLostRow = "перенесённая запись не найдена на новом месте";
 inline constexpr const char* kBadLongValue = "длинное значение (Memo, OLE) испорчено";
 inline constexpr const char* kForeignLongValue = "ссылка на длинное значение ведёт к чужой цепочке";
+inline constexpr const char* kBadProperties = "свойства объекта испорчены";
+inline constexpr const char* kBadSystemTable = "в системной таблице нет обязательного поля";
+inline constexpr const char* kBadRelation = "описание связи неполно";
+inline constexpr const char* kManyObjects = "слишком много объектов";
+inline constexpr const char* kBadIndexPage = "страница индекса испорчена";
+inline constexpr const char* kDeepIndex = "дерево индекса слишком глубокое";
+
+// Objects that the embedded engine keeps out of its hands.
+inline constexpr const char* kForm = "форма";
+inline constexpr const char* kReport = "отчёт";
+inline constexpr const char* kMacro = "макрос";
+inline constexpr const char* kModule = "модуль";
+inline constexpr const char* kDataAccessPage = "страница доступа";
+
+inline std::string Sentence(const std::string& what, PageNumber page) {
+  return what + " (страница " + std::to_string(page) + ")";
+}
 
 inline std::string NoSuchPage(PageNumber number) {
   return "ссылка на страницу " + std::to_string(number) + ", которой в файле нет";
