@@ -8,7 +8,7 @@ packages=(
   g++ cmake make ninja-build ccache git pkg-config clang-format
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
   libcurl4-openssl-dev libsqlite3-dev libxml2-dev zlib1g-dev
-  googletest libbenchmark-dev
+  googletest libbenchmark-dev nlohmann-json3-dev
   # the windows: Qt, and the pictures of both front ends
   qt6-base-dev librsvg2-bin
   # screenshots, and clicks into the windows
@@ -20,7 +20,7 @@ packages=(
   # servers of the tests
   nginx-light openssl python3 python3-pyftpdlib tinyproxy
   # judges of what we write, and what tests hold locks and processes with
-  bsdutils curl libarchive-tools p7zip-full procps sqlite3 unar unzip util-linux
+  bsdutils curl libarchive-tools mdbtools p7zip-full procps sqlite3 unar unzip util-linux
   # fuzzing
   clang libclang-rt-14-dev
 )

@@ -10,7 +10,7 @@
 #include "jet/file/decimal_bytes.h"
 #include "jet/file/packed_text.h"
 #include "jet/file/texts.h"
-#include "jet/value_text.h"
+#include "jet/values/value_text.h"
 
 namespace jet::file {
 namespace {
