@@ -2,7 +2,6 @@
 
 #include <exception>
 #include <string>
-#include <utility>
 
 #include "jet/file/format.h"
 
@@ -12,12 +11,15 @@ namespace jet::file {
 // it into a numbered error, the checker into a finding.
 class Damage : public std::exception {
  public:
-  Damage(PageNumber page, std::string what) : Page(page), what_(std::move(what)) {}
+  // The kind is a text that outlives everything; details make its words complete.
+  Damage(PageNumber page, const char* kind, const std::string& detail = {})
+      : Page(page), Kind(kind), what_(detail.empty() ? kind : kind + (": " + detail)) {}
 
   // A sentence's beginning in the user's language, without the page.
   const char* what() const noexcept override { return what_.c_str(); }
 
   PageNumber Page;
+  const char* Kind;
 
  private:
   std::string what_;

@@ -43,6 +43,11 @@ std::string UnpackText(std::string_view stored) {
   return tmw::Utf16ToUtf8(Decompress(stored.substr(kMark.size())));
 }
 
+std::size_t CountUnits(std::string_view stored) {
+  if (!stored.starts_with(kMark)) return stored.size() / sizeof(char16_t);
+  return Decompress(stored.substr(kMark.size())).size();
+}
+
 std::string PackText(std::string_view text, bool may_compress) {
   const std::u16string units = tmw::Utf8ToUtf16(text);
   const bool fits = std::all_of(units.begin(), units.end(),

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <optional>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -12,6 +12,9 @@ namespace jet::file {
 // As UTF-8. Bytes that end within a character lose that character; surrogates without their
 // partner become U+FFFD.
 std::string UnpackText(std::string_view stored);
+
+// UTF-16 units of a stored text, which a field's size limits.
+std::size_t CountUnits(std::string_view stored);
 
 // The compressed form where it is shorter and the text allows it (only characters from U+0001 to
 // U+00FF), else UTF-16.

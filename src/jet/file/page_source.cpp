@@ -1,6 +1,6 @@
 #include "jet/file/page_source.h"
 
-#include <algorithm>
+#include <string>
 #include <utility>
 
 #include "jet/errors.h"
@@ -17,7 +17,7 @@ PageSource::PageSource(std::shared_ptr<ports::PageFile> file) : file_(std::move(
 }
 
 PageView PageSource::Read(PageNumber number, PageNumber from) {
-  if (number >= page_count_) throw Damage(from, texts::NoSuchPage(number));
+  if (number >= page_count_) throw Damage(from, texts::kNoSuchPage, std::to_string(number));
   ++read_count_;
   std::array<Entry, kWays>& set = cache_[number % kSets];
   Entry* oldest = set.data();

@@ -7,13 +7,13 @@ std::optional<PlacedRow> RecordAt(PageSource& source, const TableLayout& table,
   const PageNumber number = page.Page().Page();
   const RowPointer home{number, static_cast<std::uint8_t>(row)};
   const DataPage::Row here = page.At(row);
-  if (here.state == RowState::kLive) return PlacedRow{home, page, {number, here.bytes}};
+  if (here.state == RowState::kLive) return PlacedRow{home, home, page, {number, here.bytes}};
   if (here.state != RowState::kMoved) return std::nullopt;
   const auto target =
       RowPointer::FromWord(ByteView(number, here.bytes).Get(Field<std::uint32_t>{0}));
   const PointedRow there = ReadRow(source, target, table.page, number);
   if (there.row.state != RowState::kHidden) page.Page().Fail(texts::kLostRow);
-  return PlacedRow{home, there.page, {target.page, there.row.bytes}};
+  return PlacedRow{home, target, there.page, {target.page, there.row.bytes}};
 }
 
 TableCursor::TableCursor(PageSource& source, const TableLayout& table)

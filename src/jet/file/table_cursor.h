@@ -11,8 +11,9 @@ namespace jet::file {
 
 // A record with the page that keeps its bytes.
 struct PlacedRow {
-  RowPointer home;  // where pointers to the row lead, also when it was moved
-  DataPage page;    // where the record stands
+  RowPointer home;    // where pointers to the row lead, also when it was moved
+  RowPointer stands;  // where its record is
+  DataPage page;      // where the record stands
   ByteView record;
 };
 

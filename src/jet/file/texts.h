@@ -27,7 +27,7 @@ inline constexpr const char* kPendingCommit =
 inline constexpr const char* kBeyondEnd = "данные выходят за границы отведённого им места";
 inline constexpr const char* kWrongPageKind = "страница другого вида, чем должна быть";
 inline constexpr const char* kWrongOwner = "страница принадлежит другому объекту";
-inline constexpr const char* kBadHeader = "заголовок файла испорчен";
+inline constexpr const char* kNoSuchPage = "ссылка на страницу, которой в файле нет";
 
 inline constexpr const char* kBadRowDirectory = "оглавление строк страницы испорчено";
 inline constexpr const char* kNoSuchRow = "ссылка на строку, которой на странице нет";
@@ -69,10 +69,6 @@ inline constexpr const char* kDataAccessPage = "страница доступа"
 
 inline std::string Sentence(const std::string& what, PageNumber page) {
   return what + " (страница " + std::to_string(page) + ")";
-}
-
-inline std::string NoSuchPage(PageNumber number) {
-  return "ссылка на страницу " + std::to_string(number) + ", которой в файле нет";
 }
 
 }  // namespace jet::file::texts

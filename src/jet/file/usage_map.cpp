@@ -69,6 +69,12 @@ bool UsageMap::Contains(PageNumber page) {
   return Next(page) == page;
 }
 
+bool UsageMap::Covers(PageNumber page) const {
+  if (window_ == 0 || page < first_page_) return false;
+  const std::size_t index = (page - first_page_) / window_;
+  return index < windows_.size() && windows_[index] != 0;
+}
+
 std::vector<PageNumber> UsageMap::BitmapPages() const {
   std::vector<PageNumber> pages;
   if (bits_.Length() != 0) return pages;

@@ -23,8 +23,8 @@ class UsageMap {
   // The pages of bits that the map refers to; they belong to the map.
   std::vector<PageNumber> BitmapPages() const;
 
-  // One behind the last page that the map can speak of.
-  std::uint64_t End() const { return first_page_ + std::uint64_t{windows_.size()} * window_; }
+  // Whether the map says anything about the page, member or not.
+  bool Covers(PageNumber page) const;
 
  private:
   // Bits of one stretch of pages; nothing when the map has none for it.
