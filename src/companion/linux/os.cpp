@@ -9,35 +9,18 @@
 #include <algorithm>
 #include <cerrno>
 #include <random>
-#include <utility>
+
+#include "foundation/unique_handle.h"
 
 namespace companion::os {
 namespace {
 
-// Owner of a file descriptor.
-class Descriptor {
- public:
-  explicit Descriptor(int fd = -1) : fd_(fd) {}
-  Descriptor(Descriptor&& other) noexcept : fd_(other.Release()) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    if (this != &other) {
-      Close();
-      fd_ = other.Release();
-    }
-    return *this;
-  }
-  ~Descriptor() { Close(); }
-  int Get() const { return fd_; }
-  explicit operator bool() const { return fd_ >= 0; }
-  int Release() { return std::exchange(fd_, -1); }
-  bool Close() {
-    const int fd = Release();
-    return fd < 0 || close(fd) == 0;
-  }
-
- private:
-  int fd_;
+struct DescriptorTraits {
+  using Type = int;
+  static Type Invalid() { return -1; }
+  static void Close(Type descriptor) { close(descriptor); }
 };
+using Descriptor = tmw::UniqueHandle<DescriptorTraits>;
 
 class LinuxReadableFile final : public ReadableFile {
  public:
@@ -90,7 +73,7 @@ class LinuxWritableFile final : public WritableFile {
   }
 
   bool Flush() override { return fsync(fd_.Get()) == 0; }
-  bool Close() override { return fd_.Close(); }
+  bool Close() override { return !fd_ || close(fd_.Release()) == 0; }
 
  private:
   template <typename Step>

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <random>
-#include <utility>
 
 #include "foundation/encodings.h"
+#include "foundation/unique_handle.h"
 
 #define WIN32_LEAN_AND_MEAN
 #ifndef NOMINMAX
@@ -51,22 +51,12 @@ std::int64_t FromFileTime(const FILETIME& time) {
   return ticks / 10000000 - kUnixEpoch;
 }
 
-class Handle {
- public:
-  explicit Handle(HANDLE handle = INVALID_HANDLE_VALUE) : handle_(handle) {}
-  Handle(Handle&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
-  Handle& operator=(Handle&&) = delete;
-  ~Handle() { Close(); }
-  HANDLE Get() const { return handle_; }
-  explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
-  bool Close() {
-    const HANDLE handle = std::exchange(handle_, INVALID_HANDLE_VALUE);
-    return handle == INVALID_HANDLE_VALUE || CloseHandle(handle) != FALSE;
-  }
-
- private:
-  HANDLE handle_;
+struct HandleTraits {
+  using Type = HANDLE;
+  static Type Invalid() { return INVALID_HANDLE_VALUE; }
+  static void Close(Type handle) { CloseHandle(handle); }
 };
+using Handle = tmw::UniqueHandle<HandleTraits>;
 
 OVERLAPPED At(std::uint64_t offset) {
   OVERLAPPED place{};
@@ -147,7 +137,7 @@ class WindowsWritableFile final : public WritableFile {
   }
 
   bool Flush() override { return FlushFileBuffers(file_.Get()) != FALSE; }
-  bool Close() override { return file_.Close(); }
+  bool Close() override { return !file_ || CloseHandle(file_.Release()) != FALSE; }
 
  private:
   Handle file_;
@@ -205,7 +195,7 @@ std::unique_ptr<ReadableFile> OpenForReading(const std::string& path, ErrorCode&
                           OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
   LARGE_INTEGER size{};
   if (!file || GetFileSizeEx(file.Get(), &size) == FALSE) {
-    error = static_cast<ErrorCode>(GetLastError());
+    error = LastErrorCode();
     return nullptr;
   }
   if (GetFileType(file.Get()) != FILE_TYPE_DISK) {
@@ -340,12 +330,12 @@ ErrorCode CallLibrary(const std::string& path, const char* entry_point) {
   const HMODULE library =
       LoadLibraryExW(Wide(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   if (library == nullptr) {
-    code = static_cast<ErrorCode>(GetLastError());
+    code = LastErrorCode();
   } else {
     using Entry = HRESULT(__stdcall*)();
     const auto entry =
         reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(library, entry_point)));
-    code = entry == nullptr ? static_cast<ErrorCode>(GetLastError()) : entry();
+    code = entry == nullptr ? LastErrorCode() : entry();
     FreeLibrary(library);
   }
   if (SUCCEEDED(ready)) CoUninitialize();
