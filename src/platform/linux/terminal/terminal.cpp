@@ -11,8 +11,8 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "platform/linux/terminal_signals.h"
 #include "platform/linux/terminal/terminal_text.h"
+#include "platform/linux/terminal_signals.h"
 
 namespace platform {
 namespace {
