@@ -61,8 +61,8 @@ Q[A-Z]               platform/linux
 zlib.h               companion
 sqlite3.h            jet
 sodium               signature
-CLI/                 tools publish jetsql
-nlohmann/            tools publish jetsql
+cxxopts.hpp          tools
+nlohmann/            tools
 (cpuid|immintrin).h  sha256
 .                    platform/linux platform/windows companion/linux companion/windows
 '

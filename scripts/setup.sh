@@ -7,7 +7,7 @@ packages=(
   # building
   g++ cmake make ninja-build ccache git pkg-config clang-format
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
-  libcurl4-openssl-dev libsqlite3-dev libxml2-dev zlib1g-dev
+  libcurl4-openssl-dev libcxxopts-dev libsqlite3-dev libxml2-dev zlib1g-dev
   googletest libbenchmark-dev nlohmann-json3-dev
   # the windows: Qt, and the pictures of both front ends
   qt6-base-dev librsvg2-bin

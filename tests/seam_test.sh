@@ -55,7 +55,7 @@ src/jet/store/a.cpp|#include <zlib.h>
 src/packages/a.cpp|#include <sqlite3.h>
 src/services/a.cpp|#include <sodium.h>
 src/engine/a.cpp|#include <nlohmann/json.hpp>
-src/ui/a.cpp|#include <CLI/CLI.hpp>
+src/jetsql/a.cpp|#include <cxxopts.hpp>
 src/jet/store/a.cpp|#include <sodium/core.h>
 src/publish/a.cpp|#ifdef _WIN32
 src/ports/a.h|int code = errno;

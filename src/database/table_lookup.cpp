@@ -28,7 +28,7 @@ bool HasTable(ports::Database& database, const std::string& name) {
 }
 
 std::vector<std::string> OrdinaryTables(ports::Database& database) {
-  return TablesWithout(ports::kSystemObject | ports::kHiddenObject, database);
+  return TablesWithout(ports::kSystemTable, database);
 }
 
 std::int64_t CountRows(ports::Database& database, const std::string& table) {
@@ -38,8 +38,7 @@ std::int64_t CountRows(ports::Database& database, const std::string& table) {
 }
 
 TableRows CountAllRows(ports::Database& database) {
-  constexpr std::uint32_t kNotCounted =
-      ports::kSystemObject | ports::kHiddenObject | ports::kLinkedTable;
+  constexpr std::uint32_t kNotCounted = ports::kSystemTable | ports::kLinkedTable;
   TableRows rows;
   for (const std::string& table : TablesWithout(kNotCounted, database))
     rows.emplace(table, CountRows(database, table));

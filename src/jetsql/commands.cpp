@@ -5,7 +5,6 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <optional>
 #include <string_view>
 
 #include "database/db_string.h"
@@ -18,6 +17,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
+#include "jetsql/jetsql_texts.h"
 #include "ports/database.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
@@ -25,11 +25,7 @@
 namespace jetsql {
 namespace {
 
-using Arguments = std::vector<std::string>;
-
-constexpr std::uint32_t kSystemMask = 0x80000003;
-// What executing a statement that only gives rows fails with.
-constexpr std::int32_t kNotAnActionQuery = 3065;
+using tools::Arguments;
 
 ports::DatabaseEngine& Engine() {
   return *ports::CurrentPorts().database;
@@ -37,33 +33,6 @@ ports::DatabaseEngine& Engine() {
 
 std::unique_ptr<ports::Database> Open(const std::string& path, bool read_only) {
   return Engine().OpenDatabase(path, !read_only, read_only);
-}
-
-// Takes an option out of the arguments; true when it was there.
-bool TakeFlag(Arguments& arguments, const std::string& name) {
-  const auto count = std::erase(arguments, name);
-  return count > 0;
-}
-
-// Takes an option and its value out of the arguments.
-std::optional<std::string> TakeOption(Arguments& arguments, const std::string& name) {
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    if (arguments[i] != name) continue;
-    if (i + 1 == arguments.size()) throw UsageError(name + " needs a value");
-    std::string value = arguments[i + 1];
-    const auto at = arguments.begin() + static_cast<std::ptrdiff_t>(i);
-    arguments.erase(at, at + 2);
-    return value;
-  }
-  return std::nullopt;
-}
-
-void Expect(const Arguments& arguments, std::size_t least, std::size_t most) {
-  for (const std::string& argument : arguments) {
-    if (argument.starts_with("--")) throw UsageError("unknown option " + argument);
-  }
-  if (arguments.size() < least) throw UsageError("too few arguments");
-  if (arguments.size() > most) throw UsageError("too many arguments");
 }
 
 void WriteFile(const std::string& path, const std::string& bytes) {
@@ -93,9 +62,9 @@ void PrintRows(ports::Database& database, const std::string& statement) {
 // The engine itself tells which statements give rows: SELECT … INTO, for one, gives none.
 void RunStatement(ports::Database& database, const std::string& statement) {
   try {
-    std::cout << database.Execute(statement, true) << " rows\n";
+    std::cout << texts::RowCount(database.Execute(statement, true));
   } catch (const ports::DatabaseError& error) {
-    if (error.Number != kNotAnActionQuery) throw;
+    if (error.Number != ports::kNotAnActionQuery) throw;
     PrintRows(database, statement);
   }
 }
@@ -110,95 +79,106 @@ void RunStatements(ports::Database& database, const std::string& script) {
   }
 }
 
-void Create(Arguments arguments) {
-  Expect(arguments, 1, 1);
-  Engine().CreateDatabase(arguments[0]);
+int Create(const Arguments& arguments) {
+  Engine().CreateDatabase(arguments.Words()[0]);
+  return tools::kDone;
+}
+
+std::string ScriptOf(const Arguments& arguments) {
+  const auto file = arguments.Value("--file");
+  const auto& words = arguments.Words();
+  if (file && words.size() > 1) throw tools::UsageError(texts::kStatementsTwice);
+  if (file) return tmw::ReadFileToString(*file);
+  if (words.size() > 1) return words[1];
+  return {std::istreambuf_iterator<char>(std::cin), {}};
 }
 
 // All statements or none: an error takes everything back.
-void Run(Arguments arguments) {
-  const std::optional<std::string> file = TakeOption(arguments, "--file");
-  Expect(arguments, 1, file ? 1 : 2);
-  std::string script;
-  if (file) {
-    script = tmw::ReadFileToString(*file);
-  } else if (arguments.size() == 2) {
-    script = arguments[1];
-  } else {
-    script.assign(std::istreambuf_iterator<char>(std::cin), {});
-  }
-  const auto database = Open(arguments[0], false);
+int Run(const Arguments& arguments) {
+  const std::string script = ScriptOf(arguments);
+  const auto database = Open(arguments.Words()[0], false);
   tmw::Transaction transaction;
   RunStatements(*database, script);
   transaction.Commit();
+  return tools::kDone;
 }
 
-void Tables(Arguments arguments) {
-  const bool all = TakeFlag(arguments, "--all");
-  Expect(arguments, 1, 2);
-  const auto database = Open(arguments[0], true);
-  if (arguments.size() == 2) {
-    std::cout << tmw::ExportTableToString(arguments[1], true, database.get());
-    return;
+int Tables(const Arguments& arguments) {
+  const auto& words = arguments.Words();
+  const auto database = Open(words[0], true);
+  if (words.size() == 2) {
+    std::cout << tmw::ExportTableToString(words[1], true, database.get());
+    return tools::kDone;
   }
   for (const ports::TableSummary& table : database->Tables()) {
-    if (all || (table.attributes & kSystemMask) == 0) std::cout << table.name << '\n';
+    if (arguments.Has("--all") || (table.attributes & ports::kSystemTable) == 0)
+      std::cout << table.name << '\n';
   }
+  return tools::kDone;
 }
 
-void Export(Arguments arguments) {
-  const bool structure_only = TakeFlag(arguments, "--structure");
-  const bool utf8 = TakeFlag(arguments, "--utf8");
-  Expect(arguments, 2, 3);
-  const auto database = Open(arguments[0], true);
-  const std::string text = tmw::ExportTableToString(arguments[1], structure_only, database.get());
-  if (arguments.size() == 2) {
+int Export(const Arguments& arguments) {
+  const auto& words = arguments.Words();
+  const auto database = Open(words[0], true);
+  const std::string text =
+      tmw::ExportTableToString(words[1], arguments.Has("--structure"), database.get());
+  if (words.size() == 2) {
     std::cout << text;
-    return;
+  } else if (arguments.Has("--utf8")) {
+    WriteFile(words[2], "\xEF\xBB\xBF" + text);
+  } else {
+    const auto bytes = tmw::TryUtf8ToCodePage(tmw::CodePage::k1251, text);
+    if (!bytes) tmw::RaiseProgramError(texts::kOutsideCodePage);
+    WriteFile(words[2], *bytes);
   }
-  if (utf8) {
-    WriteFile(arguments[2], "\xEF\xBB\xBF" + text);
-    return;
-  }
-  const auto bytes = tmw::TryUtf8ToCodePage(tmw::CodePage::k1251, text);
-  if (!bytes)
-    tmw::RaiseProgramError("The table has characters outside code page 1251: use --utf8.");
-  WriteFile(arguments[2], *bytes);
+  return tools::kDone;
 }
 
-void Import(Arguments arguments) {
-  Expect(arguments, 2, SIZE_MAX);
-  const auto database = Open(arguments[0], false);
+int Import(const Arguments& arguments) {
+  const auto& words = arguments.Words();
+  const auto database = Open(words[0], false);
   tmw::Transaction transaction;
-  for (std::size_t i = 1; i < arguments.size(); ++i)
-    tmw::ImpTable().ImportFromFile(arguments[i], *database);
+  for (std::size_t i = 1; i < words.size(); ++i)
+    tmw::ImpTable().ImportFromFile(words[i], *database);
   transaction.Commit();
+  return tools::kDone;
 }
 
-void Compact(Arguments arguments) {
-  Expect(arguments, 2, 2);
-  Engine().CompactDatabase(arguments[0], arguments[1]);
+int Compact(const Arguments& arguments) {
+  Engine().CompactDatabase(arguments.Words()[0], arguments.Words()[1]);
+  return tools::kDone;
 }
-
-struct Command {
-  const char* name;
-  void (*run)(Arguments);
-};
-
-constexpr Command kCommands[] = {{"create", Create}, {"run", Run},       {"tables", Tables},
-                                 {"export", Export}, {"import", Import}, {"compact", Compact}};
 
 }  // namespace
 
-void RunCommand(const std::vector<std::string>& arguments) {
-  if (arguments.empty()) throw UsageError("no command");
-  for (const Command& command : kCommands) {
-    if (arguments[0] == command.name) {
-      command.run(Arguments(arguments.begin() + 1, arguments.end()));
-      return;
-    }
-  }
-  throw UsageError("unknown command " + arguments[0]);
+tools::Program MakeProgram() {
+  return {"jetsql",
+          texts::kHelpHead,
+          texts::kHelpTail,
+          {{"create", "FILE", 1, 1, texts::kCreateHelp, {}, Create},
+           {"run",
+            "FILE [STATEMENTS]",
+            1,
+            2,
+            texts::kRunHelp,
+            {{"--file", "SCRIPT", texts::kFileHelp}},
+            Run},
+           {"tables",
+            "FILE [TABLE]",
+            1,
+            2,
+            texts::kTablesHelp,
+            {{"--all", "", texts::kAllHelp}},
+            Tables},
+           {"export",
+            "FILE TABLE [TEXTFILE]",
+            2,
+            3,
+            texts::kExportHelp,
+            {{"--structure", "", texts::kStructureHelp}, {"--utf8", "", texts::kUtf8Help}},
+            Export},
+           {"import", "FILE TEXTFILE...", 2, SIZE_MAX, texts::kImportHelp, {}, Import},
+           {"compact", "FILE NEWFILE", 2, 2, texts::kCompactHelp, {}, Compact}}};
 }
 
 }  // namespace jetsql

@@ -76,6 +76,7 @@ using DatabaseValue = std::variant<EmptyValue, NullValue, bool, std::uint8_t, st
 // Attributes of tables and fields (bit masks of DAO).
 inline constexpr std::uint32_t kSystemObject = 0x80000002;
 inline constexpr std::uint32_t kHiddenObject = 0x00000001;
+inline constexpr std::uint32_t kSystemTable = kSystemObject | kHiddenObject;  // none of a user's
 inline constexpr std::uint32_t kLinkedTable = 0x60000000;  // to another database, or through ODBC
 inline constexpr std::int32_t kAutoIncrementField = 16;
 
@@ -138,6 +139,8 @@ inline constexpr std::int32_t kNoCurrentRecord = 3021;
 inline constexpr std::int32_t kDiskFull = 3026;
 inline constexpr std::int32_t kDiskError = 3043;
 inline constexpr std::int32_t kFileAlreadyInUse = 3045;
+// Executing a statement that only gives rows.
+inline constexpr std::int32_t kNotAnActionQuery = 3065;
 inline constexpr std::int32_t kItemNotFound = 3265;
 inline constexpr std::int32_t kUsedInRelation = 3281;
 inline constexpr std::int32_t kOpenedExclusively = 3356;

@@ -162,7 +162,8 @@ class Checker {
 // Of a whole server.
 class ServerCheck {
  public:
-  ServerCheck(ReleaseSource& source, const std::string& scratch, Progress& progress, Faults& faults)
+  ServerCheck(ReleaseSource& source, const std::string& scratch, tools::Progress& progress,
+              Faults& faults)
       : source_(source), scratch_(scratch), progress_(progress), faults_(faults) {}
 
   CheckedRelease Run(const std::string& oldest_database) {
@@ -253,14 +254,14 @@ class ServerCheck {
 
   ReleaseSource& source_;
   const std::string& scratch_;
-  Progress& progress_;
+  tools::Progress& progress_;
   Faults& faults_;
 };
 
 }  // namespace
 
 CheckedRelease CheckRelease(const std::string& place, const std::string& oldest_database,
-                            Progress& progress, Faults& faults) {
+                            tools::Progress& progress, Faults& faults) {
   tmw::CompanionFunctions();  // loaded before there are several threads
   const ScratchFolder scratch;
   const auto source = OpenReleaseSource(place, scratch.Path());

@@ -6,8 +6,8 @@
 
 #include "publish/faults.h"
 #include "publish/manifest.h"
-#include "publish/progress.h"
 #include "publish/release_source.h"
+#include "tools/progress.h"
 
 namespace publish {
 
@@ -22,7 +22,7 @@ struct CheckedRelease {
 // then every component, which is unpacked and verified. The faults are all that there are, in the
 // order of the manifest. oldest_database: see CheckChain.
 CheckedRelease CheckRelease(const std::string& place, const std::string& oldest_database,
-                            Progress& progress, Faults& faults);
+                            tools::Progress& progress, Faults& faults);
 
 // The manifest of a release: place is its folder, or the server that announces it. False when there
 // is none to be read, which is a fault.

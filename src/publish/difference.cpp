@@ -16,6 +16,8 @@ Difference Compare(const Manifest& old_release, const Manifest& new_release) {
     old_tables.emplace(tmw::LowerCase(table.name), table.hash);
 
   Difference result;
+  result.old_version = old_release.version;
+  result.new_version = new_release.version;
   const auto add = [&](Download download) {
     result.volume += download.bytes;
     if (download.kind == DownloadKind::kFile) result.client_volume += download.bytes;

@@ -19,6 +19,8 @@ struct Download {
 };
 
 struct Difference {
+  std::string old_version;
+  std::string new_version;
   std::vector<Download> downloads;     // in the order of the updater
   std::vector<std::string> left_over;  // files of the old release only; the updater leaves them
   std::int64_t volume = 0;             // bytes, as the updater announces them

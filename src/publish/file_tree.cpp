@@ -12,8 +12,8 @@
 #include "packages/hash_api.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
-#include "publish/stop.h"
 #include "sha256/sha256.h"
+#include "tools/stop.h"
 
 namespace publish {
 namespace {
@@ -176,7 +176,7 @@ std::string HashOfFile(const std::string& path) {
   std::vector<char> buffer(256U << 10U);
   sha256::Stream stream;
   for (;;) {
-    ThrowIfStopped();
+    tools::ThrowIfStopped();
     const std::size_t got = ReadPiece(*file, buffer.data(), buffer.size(), path);
     if (got == 0) return TextOf(stream);
     stream.Update(buffer.data(), got);

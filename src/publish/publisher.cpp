@@ -155,7 +155,7 @@ PublishedRelease Summary(const Manifest& manifest, std::size_t scripts) {
 
 }  // namespace
 
-PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faults& faults) {
+PublishedRelease Publish(const PublishOptions& options, tools::Progress& progress, Faults& faults) {
   RequireInputs(options);
   const std::string root = tmw::GetAbsoluteFileName(options.output);
   if (IsWithin(root, tmw::GetAbsoluteFileName(options.product)))

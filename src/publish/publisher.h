@@ -5,7 +5,7 @@
 #include <string>
 
 #include "publish/faults.h"
-#include "publish/progress.h"
+#include "tools/progress.h"
 
 namespace publish {
 
@@ -34,6 +34,6 @@ struct PublishedRelease {
 // The release grows in the folder "<release>.new" beside its place, gets its name when it is whole,
 // and is announced by the digest last. Whatever is interrupted, the digest names a whole release;
 // the next run takes away what was left.
-PublishedRelease Publish(const PublishOptions& options, Progress& progress, Faults& faults);
+PublishedRelease Publish(const PublishOptions& options, tools::Progress& progress, Faults& faults);
 
 }  // namespace publish

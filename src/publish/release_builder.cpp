@@ -19,9 +19,9 @@
 #include "packages/rar_archive.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
-#include "publish/stop.h"
 #include "publish/unicode_text.h"
 #include "publish/workers.h"
+#include "tools/stop.h"
 
 namespace publish {
 namespace {
@@ -47,7 +47,7 @@ bool CheckReadable(const std::string& file, const std::string& place, Faults& fa
 }  // namespace
 
 ReleaseBuilder::ReleaseBuilder(const Description& description, std::string release,
-                               std::string work, Progress& progress)
+                               std::string work, tools::Progress& progress)
     : description_(description),
       release_(std::move(release)),
       work_(std::move(work)),
@@ -77,7 +77,7 @@ PackageRecord ReleaseBuilder::PackTogether(const std::string& server_name,
   const std::string path = PathOf(server_name);
   packing::StoredRarWriter writer(path, description_.format);
   for (const auto& [file, name] : entries)
-    writer.AddFile(FactsOf(name), file, ThrowIfStopped);
+    writer.AddFile(FactsOf(name), file, tools::ThrowIfStopped);
   writer.Finish();
   return {server_name, tmw::GetFileLength(path), HashOfFile(path)};
 }
@@ -152,12 +152,12 @@ void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& fau
   const bool has_integrity = record.pack_method == kIntegrity;
   std::string source = file.source;
   if (has_integrity) {
-    packing::CopyFileWithIntegrityTrailer(file.source, scratch, ThrowIfStopped);
+    packing::CopyFileWithIntegrityTrailer(file.source, scratch, tools::ThrowIfStopped);
     source = scratch;
   }
   packing::StoredRarWriter writer(target, description_.format, has_integrity);
   const packing::PackedFile packed =
-      writer.AddFile(FactsOf(record.name, file.is_executable), source, ThrowIfStopped);
+      writer.AddFile(FactsOf(record.name, file.is_executable), source, tools::ThrowIfStopped);
   writer.Finish();
   if (has_integrity) tmw::DeleteFile(scratch);
   record.length = packed.length;

@@ -11,8 +11,8 @@
 #include "publish/faults.h"
 #include "publish/manifest.h"
 #include "publish/product_files.h"
-#include "publish/progress.h"
 #include "publish/tables.h"
+#include "tools/progress.h"
 
 namespace publish {
 
@@ -21,7 +21,7 @@ class ReleaseBuilder {
  public:
   // Both folders are there and empty; work is for what the release does not keep.
   ReleaseBuilder(const Description& description, std::string release, std::string work,
-                 Progress& progress);
+                 tools::Progress& progress);
 
   // Writes the tables' packages and the package of structures.
   void AddTables(ReferenceTables& reference, std::vector<TableRecord> tables, Faults& faults);
@@ -59,7 +59,7 @@ class ReleaseBuilder {
   const Description& description_;
   std::string release_;
   std::string work_;
-  Progress& progress_;
+  tools::Progress& progress_;
   Manifest manifest_;
   Digest digest_;
   bool is_packed_ = false;

@@ -14,13 +14,11 @@
 #include "ports/ports.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
-#include "publish/stop.h"
 #include "publish/unicode_text.h"
+#include "tools/stop.h"
 
 namespace publish {
 namespace {
-
-constexpr std::uint32_t kNotOfTheProduct = ports::kSystemObject | ports::kHiddenObject;
 
 // The kind that the last matching rule gives; nothing when none matches.
 const TableRule* RuleOf(const std::string& table, const std::vector<TableRule>& rules) {
@@ -49,7 +47,7 @@ void CheckText(tmw::TableTextReader& reader, const TableRecord& table, Faults& f
   try {
     ReadText(reader, table);
   } catch (...) {
-    ThrowIfStopped();
+    tools::ThrowIfStopped();
     faults.Add(table.name, "The updater could not import it: line " +
                                std::to_string(reader.Line()) + ": " +
                                tmw::CurrentError().Description);
@@ -66,7 +64,7 @@ std::vector<TableRecord> ReferenceTables::Choose(const Description& description,
   std::vector<TableRecord> user_tables;
   std::vector<bool> is_rule_used(description.tables.size());
   for (const ports::TableSummary& table : database_->Tables()) {
-    if ((table.attributes & kNotOfTheProduct) != 0) continue;
+    if ((table.attributes & ports::kSystemTable) != 0) continue;
     if (tmw::EqualIgnoringCase(table.name, tmw::names::kVersionTable)) continue;
     const TableRule* const rule = RuleOf(table.name, description.tables);
     if (rule == nullptr) {
@@ -92,7 +90,7 @@ std::string ReferenceTables::WriteText(const TableRecord& table, const std::stri
                                        Faults& faults) {
   const auto opened = OpenToWrite(file);
   tmw::StringAccumulator text([&](std::string_view piece) {
-    ThrowIfStopped();
+    tools::ThrowIfStopped();
     WritePiece(*opened, tmw::Utf16ToBytes(tmw::Utf8ToUtf16(piece)), file);
   });
   tmw::ExportTable(table.name, table.is_user, *database_, text);

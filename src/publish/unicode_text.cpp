@@ -6,7 +6,7 @@
 #include "foundation/encodings.h"
 #include "packages/hash_api.h"
 #include "publish/file_tree.h"
-#include "publish/stop.h"
+#include "tools/stop.h"
 
 namespace publish {
 namespace {
@@ -23,7 +23,7 @@ UnicodeText::UnicodeText(const std::string& path) : path_(path), file_(OpenToRea
 
 std::string UnicodeText::Next() {
   for (;;) {
-    ThrowIfStopped();
+    tools::ThrowIfStopped();
     std::string bytes = std::exchange(rest_, {});
     const std::size_t kept = bytes.size();
     bytes.resize(kept + kPiece);

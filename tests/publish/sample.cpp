@@ -89,14 +89,14 @@ void Sample::Execute(const std::string& sql) const {
 
 std::vector<std::string> Sample::Publish() const {
   sandbox_.Write("release.xml", description);
-  publish::Progress progress(false);
+  tools::Progress progress(false);
   publish::Faults faults;
   publish::Publish(options, progress, faults);
   return Lines(faults);
 }
 
 std::vector<std::string> Sample::Check(const std::string& place, const std::string& from) {
-  publish::Progress progress(false);
+  tools::Progress progress(false);
   publish::Faults faults;
   publish::CheckRelease(place, from, progress, faults);
   return Lines(faults);

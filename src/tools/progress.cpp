@@ -1,10 +1,15 @@
-#include "publish/progress.h"
+#include "tools/progress.h"
 
 #include <iostream>
 
-#include "publish/stop.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
+#include "tools/stop.h"
+#include "tools/tools_texts.h"
 
-namespace publish {
+namespace tools {
+
+Progress::Progress() : Progress(ports::CurrentPorts().processes->HasTerminal()) {}
 
 Progress::~Progress() {
   Clear();
@@ -40,7 +45,7 @@ void Progress::Clear() {
 
 void Progress::Show() {
   if (!is_shown_) return;
-  std::cerr << '\r' << step_ << ": " << shown_percent_ << " %" << std::flush;
+  std::cerr << '\r' << texts::StepDone(step_, shown_percent_) << std::flush;
 }
 
-}  // namespace publish
+}  // namespace tools

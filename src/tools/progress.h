@@ -4,26 +4,26 @@
 #include <mutex>
 #include <string>
 
-namespace publish {
+namespace tools {
 
-// One line on standard error that says how far the work is. Silent unless it is shown.
+// One line on standard error that shows how much of a long step is done. The destructor removes it.
 class Progress {
  public:
+  // Shown if somebody may be watching.
+  Progress();
   explicit Progress(bool is_shown) : is_shown_(is_shown) {}
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
   ~Progress();
 
-  // Begins a step of that many parts. Raises when the user has broken the run off, as Advance does.
+  // Begins a step of that many parts. Raises if the user has asked for a stop, as Advance does.
   void Begin(const std::string& step, std::size_t parts);
 
   // One part is done. May be called on any thread.
   void Advance();
 
-  // Takes the line away.
-  void Clear();
-
  private:
+  void Clear();
   void Show();
 
   bool is_shown_;
@@ -34,4 +34,4 @@ class Progress {
   std::size_t shown_percent_ = 0;
 };
 
-}  // namespace publish
+}  // namespace tools

@@ -1,0 +1,113 @@
+#include "tools/command_line.h"
+
+#include <algorithm>
+#include <cxxopts.hpp>
+
+#include "foundation/text.h"
+#include "tools/tools_texts.h"
+
+namespace tools {
+namespace {
+
+// Columns of the help.
+constexpr std::size_t kCommandIndent = 2;
+constexpr std::size_t kOptionIndent = 6;
+constexpr std::size_t kHelpIndent = 40;
+constexpr std::size_t kWidth = 100;
+
+// In characters of UTF-8 text.
+std::size_t WidthOf(const std::string& text) {
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+  }));
+}
+
+// The usage on the left, what it does on the right, in as many lines as it needs.
+std::string TwoColumns(std::size_t indent, const std::string& usage, const std::string& help) {
+  std::string lines;
+  std::string line = std::string(indent, ' ') + usage;
+  std::size_t column = std::max(kHelpIndent, WidthOf(line) + 1);
+  for (const std::string& word : tmw::Split(help, " ")) {
+    if (column + WidthOf(word) > kWidth) {
+      lines += line + "\n";
+      line.clear();
+      column = kHelpIndent;
+    }
+    line.append(column - WidthOf(line), ' ') += word;
+    column = WidthOf(line) + 1;
+  }
+  return lines + line + "\n";
+}
+
+std::string WithValue(const std::string& name, const std::string& value) {
+  return value.empty() ? name : name + " " + value;
+}
+
+cxxopts::ParseResult Parse(const Command& command, const std::vector<std::string>& given) {
+  cxxopts::Options parser(command.name);
+  parser.allow_unrecognised_options();
+  for (const Option& option : command.options) {
+    const auto value = cxxopts::value<std::string>();
+    parser.add_options()(option.name.substr(2), "",
+                         option.value.empty() ? value->implicit_value("") : value);
+  }
+  std::vector<const char*> arguments = {command.name.c_str()};
+  for (const std::string& argument : given)
+    arguments.push_back(argument.c_str());
+  try {
+    return parser.parse(static_cast<int>(arguments.size()), arguments.data());
+  } catch (const cxxopts::exceptions::missing_argument&) {
+    throw UsageError(texts::OptionNeedsValue(given.back()));  // only the last one can lack it
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> Arguments::Value(const std::string& option) const {
+  const auto found = std::find_if(options_.rbegin(), options_.rend(),
+                                  [&](const auto& given) { return given.first == option; });
+  if (found == options_.rend()) return std::nullopt;
+  return found->second;
+}
+
+std::string Arguments::NeededValue(const std::string& option) const {
+  const auto value = Value(option);
+  if (!value) throw UsageError(texts::OptionIsMissing(option));
+  return *value;
+}
+
+Arguments ParseArguments(const Command& command, const std::vector<std::string>& given) {
+  const auto words_only = std::find(given.begin(), given.end(), "--");
+  const cxxopts::ParseResult result = Parse(command, {given.begin(), words_only});
+  std::vector<std::string> words = result.unmatched();
+  for (const std::string& word : words) {
+    if (word.size() > 1 && word.starts_with('-')) throw UsageError(texts::UnknownOption(word));
+  }
+  std::vector<std::pair<std::string, std::string>> options;
+  for (const cxxopts::KeyValue& read : result.arguments()) {
+    const std::string name = "--" + read.key();
+    const auto declared = std::find_if(command.options.begin(), command.options.end(),
+                                       [&](const Option& option) { return option.name == name; });
+    if (declared->value.empty() && !read.value().empty())
+      throw UsageError(texts::OptionTakesNoValue(name));
+    options.emplace_back(name, read.value());
+  }
+  if (words_only != given.end()) words.insert(words.end(), words_only + 1, given.end());
+  if (words.size() < command.least_words) throw UsageError(texts::kTooFewArguments);
+  if (words.size() > command.most_words) throw UsageError(texts::kTooManyArguments);
+  return {std::move(options), std::move(words)};
+}
+
+std::string HelpLines(const std::string& program, const Command& command) {
+  std::string lines = TwoColumns(
+      kCommandIndent, WithValue(program + " " + command.name, command.words), command.help);
+  for (const Option& option : command.options)
+    lines += HelpLine(option);
+  return lines;
+}
+
+std::string HelpLine(const Option& option) {
+  return TwoColumns(kOptionIndent, WithValue(option.name, option.value), option.help);
+}
+
+}  // namespace tools

@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include "foundation/program_error.h"
+#include "tools/json.h"
+#include "tools/program.h"
+
+namespace tests {
+namespace {
+
+using Words = std::vector<std::string>;
+
+int Print(const tools::Arguments& arguments) {
+  std::cout << arguments.Has("--flag") << '|' << arguments.Value("--name").value_or("-") << '|';
+  for (const std::string& word : arguments.Words())
+    std::cout << '<' << word << '>';
+  return 7;
+}
+
+int Fail(const tools::Arguments& arguments) {
+  throw tmw::ProgramError(5, arguments.NeededValue("--why") + "\r\n");
+}
+
+tools::Program MakeTool() {
+  const std::string long_help =
+      "взять много слов, которые вместе не помещаются на одной строке "
+      "помощи";
+  return {"tool",
+          "tool - tries things out",
+          "The end.\n",
+          {{"print",
+            "ONE [TWO]",
+            1,
+            2,
+            long_help,
+            {{"--flag", "", "a flag"}, {"--name", "VALUE", "a value"}},
+            Print},
+           {"fail", "", 0, 0, "always", {{"--why", "REASON", "why"}}, Fail}},
+          true,
+          3};
+}
+
+// The exit code, then standard output and standard error.
+std::string ResultOf(const Words& arguments) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const int code = tools::RunProgram(MakeTool(), arguments);
+  const std::string output = testing::internal::GetCapturedStdout();
+  return std::to_string(code) + " " + output + testing::internal::GetCapturedStderr();
+}
+
+std::string Wrong(const std::string& complaint) {
+  return "2 tool: " + complaint + "; see tool --help\n";
+}
+
+TEST(Tools, ACommandGetsItsOptionsAndWordsOrTheUserAComplaint) {
+  const struct {
+    Words arguments;
+    std::string result;
+  } cases[] = {
+      {{"print", "a"}, "7 0|-|<a>"},
+      {{"print", "a", "--name", "b", "c", "--flag"}, "7 1|b|<a><c>"},
+      {{"print", "--name=a b,c=", "--name", "--flag", "x"}, "7 0|--flag|<x>"},
+      {{"print", "--name=", "-"}, "7 0||<->"},
+      {{"print", "--", "--flag", "Имя файла"}, "7 0|-|<--flag><Имя файла>"},
+      {{}, Wrong("no command")},
+      {{"--flag"}, Wrong("unknown command --flag")},
+      {{"print"}, Wrong("too few arguments")},
+      {{"print", "a", "b", "c"}, Wrong("too many arguments")},
+      {{"print", "--names", "a"}, Wrong("unknown option --names")},
+      {{"print", "a", "--имя"}, Wrong("unknown option --имя")},
+      {{"print", "-f", "a", "b", "c"}, Wrong("unknown option -f")},
+      {{"print", "--flag=yes", "a"}, Wrong("--flag takes no value")},
+      {{"print", "a", "--name"}, Wrong("--name needs a value")},
+      {{"print", "--name", "--", "a"}, Wrong("--name needs a value")},
+      {{"fail"}, Wrong("--why is missing")},
+      {{"fail", "--why", "\"a\xFF"}, "3 tool: error 5: \"a\xFF\n"},
+      {{"fail", "--json", "--why", "\"a\xFF"},
+       "3 {\"error\":\"error 5: \\\"a\xEF\xBF\xBD\"}\ntool: error 5: \"a\xFF\n"},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(ResultOf(c.arguments), c.result) << testing::PrintToString(c.arguments);
+}
+
+TEST(Tools, TheHelpIsAlignedAndWrapped) {
+  const std::string head = "0 tool - tries things out\n\n";
+  const std::string fail =
+      "  tool fail                             always\n"
+      "      --why REASON                      why\n";
+  const std::string end =
+      "  tool --help | --version\n\n"
+      "      --json                            with any command: one JSON "
+      "object on standard output\nThe end.\n";
+  EXPECT_EQ(ResultOf({"fail", "-h"}), head + fail + end);
+  EXPECT_EQ(ResultOf({"--help", "fail"}),
+            head +
+                "  tool print ONE [TWO]                  взять много слов, которые вместе не "
+                "помещаются на одной\n"
+                "                                        строке помощи\n"
+                "      --flag                            a flag\n"
+                "      --name VALUE                      a value\n" +
+                fail + end);
+}
+
+TEST(Tools, JsonKeepsTheOrderOfItsMembers) {
+  tools::Json json = {{"z", 1}, {"a", "x\ty"}};
+  json["list"] = tools::Json::array();
+  EXPECT_EQ(tools::JsonLine(json), "{\"z\":1,\"a\":\"x\\ty\",\"list\":[]}\n");
+}
+
+}  // namespace
+}  // namespace tests
