@@ -9,25 +9,12 @@
 #include <fstream>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "engine/ks_updater.h"
+#include "engine/update_list.h"
 #include "packages/hash_api.h"
 #include "ports/host.h"
-#include "services/updater_settings.h"
-
-namespace tmw {
-
-class KsUpdaterProbe {
- public:
-  static void SetFiles(KsUpdater& updater, std::vector<WuFileNode> files) {
-    updater.files_ = std::move(files);
-  }
-  static bool BuildUpdateList(KsUpdater& updater) { return updater.BuildUpdateList(); }
-};
-
-}  // namespace tmw
+#include "ports/ports.h"
 
 namespace {
 
@@ -79,23 +66,19 @@ double Seconds(Action action) {
 int main(int argc, char** argv) {
   const auto host = ports::MakeHost(argc, argv);
   ports::CurrentPorts() = host->MakePorts();
-  tmw::UpdaterSettings settings;
-  settings.IsClientInstallation = true;
-  tmw::SetUpdaterSettings(settings);
-
   const fs::path folder = fs::temp_directory_path() / "update-list-bench";
   fs::create_directories(folder);
-  const std::vector<tmw::WuFileNode> files = MakeFiles(folder);
+  tmw::Manifest manifest;
+  manifest.Files = MakeFiles(folder);
   const std::string judge = "cd '" + folder.string() + "' && xargs sha256sum <hashed.txt >sums.txt";
   SilentEvents events;
   double ours = 1e9;
   double theirs = 1e9;
   bool is_done = true;
   for (int round = 0; round < 5; ++round) {
-    tmw::KsUpdater updater(events, [] {});
-    tmw::KsUpdaterProbe::SetFiles(updater, files);
-    ours =
-        std::min(ours, Seconds([&] { is_done &= tmw::KsUpdaterProbe::BuildUpdateList(updater); }));
+    tmw::UpdateNeed need;
+    ours = std::min(
+        ours, Seconds([&] { is_done &= tmw::BuildUpdateList(manifest, true, events, need); }));
     theirs = std::min(theirs, Seconds([&] { is_done &= std::system(judge.c_str()) == 0; }));
   }
   fs::remove_all(folder);

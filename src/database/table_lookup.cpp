@@ -27,6 +27,15 @@ bool HasTable(ports::Database& database, const std::string& name) {
   return false;
 }
 
+bool TableExists(const std::string& name, ports::Database& database) {
+  try {
+    database.Table(name);
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
 std::vector<std::string> OrdinaryTables(ports::Database& database) {
   return TablesWithout(ports::kSystemTable, database);
 }

@@ -12,6 +12,9 @@ namespace tmw {
 
 bool HasTable(ports::Database& database, const std::string& name);
 
+// The same, but false also if the database fails to answer.
+bool TableExists(const std::string& name, ports::Database& database);
+
 // The names of all tables that are neither the system's nor hidden.
 std::vector<std::string> OrdinaryTables(ports::Database& database);
 

@@ -1,7 +1,6 @@
 #include "engine/component_check.h"
 
 #include "engine/engine_texts.h"
-#include "engine/ks_updater.h"
 #include "foundation/api_errors.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
@@ -10,11 +9,11 @@
 #include "packages/hash_api.h"
 #include "packages/rar_archive.h"
 #include "ports/ports.h"
+#include "services/message_boxes.h"
+#include "services/run_module.h"
 
 namespace tmw {
 namespace {
-
-constexpr const char* kModule = "KsUpdater";
 
 bool Refuse(const std::string& message, const std::string& file) {
   DownloadError(message);
@@ -22,7 +21,7 @@ bool Refuse(const std::string& message, const std::string& file) {
   return false;
 }
 
-// What the companion library says of a file's integrity data.
+// An entry point of the companion library; 0 means that the check has failed.
 using IntegrityCheck = std::int32_t(COMPANION_CALL*)(const char* path);
 
 ports::Status CheckIntegrity(IntegrityCheck check, const std::string& file) {
@@ -32,8 +31,7 @@ ports::Status CheckIntegrity(IntegrityCheck check, const std::string& file) {
   return result != 0 ? ports::Status::Success() : ports::Status::Failure(code);
 }
 
-// The text of a failed integrity check; code 0 is a failure without a reason.
-void TellCheckFailure(const std::string& file, ports::SystemCode code) {
+void ReportCheckFailure(const std::string& file, ports::SystemCode code) {
   DownloadError(code == 0 ? engine_texts::CheckFailedUnknown(file)
                           : engine_texts::CheckFailed(file, GetApiErrorText(code, "")));
 }
@@ -43,19 +41,19 @@ void TellCheckFailure(const std::string& file, ports::SystemCode code) {
 bool IsLoadedFileReusable(const std::string& loaded, const ComponentFacts& expected) {
   if (!IsFileExists(loaded)) return false;
   const bool has_length =
-      expected.pack_method == kPackText || GetFileLength(loaded) == expected.expected_length;
-  if (has_length && GetFileHash(loaded) == expected.expected_hash) return true;
+      expected.PackType == kPackText || GetFileLength(loaded) == expected.ExpectedLength;
+  if (has_length && GetFileHash(loaded) == expected.ExpectedHash) return true;
   DeleteFileRepeatedly(loaded);
   return false;
 }
 
-bool UnpackComponent(const ReleasePaths& release, const ComponentFacts& expected) {
-  const std::string part = PartPath(release, expected.name);
-  const std::string unpacked = UnpackedPath(release, expected.name);
-  const std::int32_t method = expected.pack_method;
+bool UnpackComponent(const ComponentPlaces& places, const ComponentFacts& expected) {
+  const std::string& part = places.Part;
+  const std::string& unpacked = places.Unpacked;
+  const std::int32_t method = expected.PackType;
   if (method != kPackPlain && method != kPackIntegrity && method != kPackText) {
-    // The number told is the size, not the method: users have learnt to quote it.
-    DownloadError(engine_texts::UnknownPackMethod(expected.name, expected.server_size));
+    // The message shows the size in the place of the method, as users quote it.
+    DownloadError(engine_texts::UnknownPackMethod(expected.Name, expected.ServerSize));
     return false;
   }
   if (method == kPackIntegrity && !CheckFileCrcEx(part)) {
@@ -64,29 +62,28 @@ bool UnpackComponent(const ReleasePaths& release, const ComponentFacts& expected
   }
   DeleteFile(unpacked);
   std::string reason;
-  if (!UnrarOneFile(part, expected.name, release.Parts, "", reason)) {
-    return Refuse(engine_texts::NotUnpacked(expected.name, reason + "."), part);
+  if (!UnrarOneFile(part, expected.Name, SplitFileName(unpacked).Folder, "", reason)) {
+    return Refuse(engine_texts::NotUnpacked(expected.Name, reason + "."), part);
   }
   DeleteFile(part);
   if (!IsFileExists(unpacked)) {
-    // The steps behind fail on the missing file with the system's words.
-    DownloadError(engine_texts::NotUnpacked(expected.name, engine_texts::kUnpackedAbsent));
+    // The next steps then fail on the missing file.
+    DownloadError(engine_texts::NotUnpacked(expected.Name, engine_texts::kUnpackedAbsent));
   }
   ClearReadOnlyAttributeFromFile(unpacked);
   return method != kPackIntegrity || CheckFileCrc(unpacked);
 }
 
-bool VerifyComponent(const ReleasePaths& release, const ComponentFacts& expected) {
-  const std::string unpacked = UnpackedPath(release, expected.name);
-  const bool is_text = expected.pack_method == kPackText;
-  if (!is_text && GetFileLength(unpacked) != expected.expected_length) {
-    return Refuse(engine_texts::LoadingFault(expected.name, engine_texts::kLengthDiffers),
+bool VerifyComponent(const std::string& unpacked, const ComponentFacts& expected) {
+  const bool is_text = expected.PackType == kPackText;
+  if (!is_text && GetFileLength(unpacked) != expected.ExpectedLength) {
+    return Refuse(engine_texts::LoadingFault(expected.Name, engine_texts::kLengthDiffers),
                   unpacked);
   }
   const std::string hash =
       is_text ? GetStringHash(ReadUnicodeFileToString(unpacked)) : GetFileHash(unpacked);
-  if (hash != expected.expected_hash) {
-    return Refuse(engine_texts::LoadingFault(expected.name, engine_texts::kHashDiffers), unpacked);
+  if (hash != expected.ExpectedHash) {
+    return Refuse(engine_texts::LoadingFault(expected.Name, engine_texts::kHashDiffers), unpacked);
   }
   return true;
 }
@@ -109,19 +106,19 @@ bool CheckFileCrc(const std::string& file) try {
   const ports::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrc, file);
   if (status) return true;
   DeleteFile(file);
-  TellCheckFailure(file, status.code);
+  ReportCheckFailure(file, status.code);
   return false;
 } catch (...) {
-  ReRaiseError(kModule, "CheckFileCrc");
+  ReRaiseError(kRunModule, "CheckFileCrc");
 }
 
 bool CheckFileCrcEx(const std::string& file) try {
   const ports::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrcEx, file);
   if (status) return true;
-  TellCheckFailure(file, status.code);
+  ReportCheckFailure(file, status.code);
   return false;
 } catch (...) {
-  ReRaiseError(kModule, "CheckFileCrcEx");
+  ReRaiseError(kRunModule, "CheckFileCrcEx");
 }
 
 }  // namespace tmw

@@ -4,34 +4,36 @@
 #include <string>
 
 #include "engine/records.h"
-#include "engine/release_paths.h"
+#include "engine/working_folders.h"
 
-// Verifying what has been downloaded. A false result has been told to the user, and what failed has
-// been deleted as far as it must not be used again.
+// Unpacking and verifying what has been downloaded. A function that returns false has reported the
+// fault, and has deleted the file where it must not be used again.
 namespace tmw {
 
 // What the manifest says of a component.
 struct ComponentFacts {
-  std::string name;                  // installed
-  std::int32_t pack_method = 0;      // unchecked
-  std::int32_t server_size = 0;      // bytes
-  std::int32_t expected_length = 0;  // bytes, unpacked; -1 when it is not known
-  std::string expected_hash;
+  std::string Name;                 // installed
+  std::int32_t PackType = 0;        // unchecked
+  std::int32_t ServerSize = 0;      // bytes
+  std::int32_t ExpectedLength = 0;  // bytes, unpacked; -1 when it is not known
+  std::string ExpectedHash;
 };
 
-// True when the loaded file of an earlier run is good. A bad one is deleted.
+// Returns true if an earlier run has loaded and verified the file. A bad one is deleted without a
+// report.
 bool IsLoadedFileReusable(const std::string& loaded, const ComponentFacts& expected);
 
 // From the downloaded package to the unpacked file beside it; the package is deleted.
-bool UnpackComponent(const ReleasePaths& release, const ComponentFacts& expected);
+bool UnpackComponent(const ComponentPlaces& places, const ComponentFacts& expected);
 
 // Length and hash of the unpacked file, or the hash of its text.
-bool VerifyComponent(const ReleasePaths& release, const ComponentFacts& expected);
+bool VerifyComponent(const std::string& unpacked, const ComponentFacts& expected);
 
 // Existence, length and hash of a package of several files.
 bool VerifyPackage(const std::string& url, const std::string& file, const WuPackage& package);
 
-// The integrity data of an unpacked file (which is deleted when they fail) and of a package.
+// The integrity data that an unpacked file carries, and those of a package. CheckFileCrc deletes
+// the file that fails; CheckFileCrcEx leaves it to its caller.
 bool CheckFileCrc(const std::string& file);
 bool CheckFileCrcEx(const std::string& file);
 

@@ -5,22 +5,16 @@
 
 #include "foundation/text.h"
 
-// What the update run says to the user. A procedure fills values into a sentence.
+// What the update run shows to the user, in the order of the run; titles stand in box_titles.h. A
+// function fills values into a sentence.
 namespace tmw::engine_texts {
 
 inline const std::string kBreak{kCrLf};
 
-// Titles.
-inline constexpr const char* kUpdaterTitle = "Программа обновления";
-inline constexpr const char* kUpdateTitle = "Обновление программы";
-inline constexpr const char* kNotNeededTitle = "Обновления не требуется";
-inline constexpr const char* kImpossibleTitle = "Обновление невозможно";
-
 // The run.
 inline constexpr const char* kStillTooOld =
     "Для обновления этой версии требуется загрузить новую программу обновления. Попытка сделать "
-    "это "
-    "автоматически не удалась. Обновление программы придется производить вручную.";
+    "это автоматически не удалась. Обновление программы придется производить вручную.";
 inline constexpr const char* kServerComputerOnly =
     "Требуется обновление таблиц или справочников в базе данных, однако эту операцию следует "
     "выполнять с серверного компьютера.";
@@ -28,20 +22,28 @@ inline constexpr const char* kNothingToDo =
     "Все компоненты, справочники и таблицы установленной на данном компьютере программы "
     "соответствуют тем, что находятся на сервере Kestrel Soft.";
 
+// Units of the volume.
+inline constexpr const char* kGigabytes = " гигабайт";
+inline constexpr const char* kMegabytes = " мегабайт";
+inline constexpr const char* kKilobytes = " килобайт";
+inline constexpr const char* kBytes = "байт";
+inline constexpr const char* kShortGiga = " ГБ";
+inline constexpr const char* kShortMega = " М";
+inline constexpr const char* kShortKilo = " К";
+
 inline std::string VolumeQuestion(const std::string& size) {
   return "Ориентировочный объем файлов, которые необходимо загрузить," + kBreak + "составляет " +
          size + "." + kBreak + kBreak + "Осуществлять загрузку и установку?";
 }
 
 inline std::string NoTempFolder(const std::string& folder) {
-  return "Невозможно создать временную папку для загрузки \"" + folder +
-         "\". Возможные причины: у текущего пользователя отсутствуют необходимые права; в "
-         "системных "
-         "настройках Windows указан неверный путь к временной папке.";
+  return "Невозможно создать временную папку для загрузки " + Quoted(folder) +
+         ". Возможные причины: у текущего пользователя отсутствуют необходимые права; в "
+         "системных настройках Windows указан неверный путь к временной папке.";
 }
 
 inline std::string FolderNotWritable(const std::string& folder, const std::string& reason) {
-  return "Невозможно заменить файлы в папке \"" + folder + "\":\r\n" + reason +
+  return "Невозможно заменить файлы в папке " + Quoted(folder) + ":\r\n" + reason +
          "\r\nВозможно, у текущего пользователя нет необходимых прав. Ничего не изменено.";
 }
 
@@ -56,8 +58,7 @@ inline constexpr const char* kNoUpdaterVersion =
     "обновления.";
 inline constexpr const char* kUpdaterTooOld =
     "Версия данной программы обновления слишком старая, чтобы произвести автоматическую загрузку и "
-    "обновление программы. \r\n"
-    "В этот раз загрузку и установку обновления придется делать вручную.";
+    "обновление программы. \r\nВ этот раз загрузку и установку обновления придется делать вручную.";
 inline constexpr const char* kUpdateLineEmpty =
     "Ошибка формата файла версии: строка Update пустая.";
 inline constexpr const char* kUpdateLineShort =
@@ -84,12 +85,11 @@ inline constexpr const char* kComparingVersions = "Сравнение верси
 inline std::string SameVersionQuestion(const std::string& installed) {
   return "Текущая версия программы (" + installed +
          ") совпадает с версией, находящейся на сайте. Как правило, в данной ситуации обновления "
-         "не "
-         "требуется." +
+         "не требуется." +
          kBreak + kBreak +
          "Есть возможность сверить файлы, установленные на данном компьютере, с теми, что "
-         "находятся "
-         "на сервере, и, в случае расхождения, установить с сервера правильные компоненты." +
+         "находятся на сервере, и, в случае расхождения, установить с сервера правильные "
+         "компоненты." +
          kBreak + kBreak + "Провести проверку и восстановление текущей версии программы?";
 }
 
@@ -129,28 +129,42 @@ inline std::string OtherVersion(const std::string& found, const std::string& exp
 }
 
 inline std::string TableTwice(const std::string& name) {
-  return "В списке файлов дважды встречается таблица \"" + name + "\".";
+  return "В списке файлов дважды встречается таблица " + Quoted(name) + ".";
 }
 
 inline std::string VersionTableNamed(const std::string& name) {
-  return "В списке файлов встречается служебная таблица \"" + name + "\".";
+  return "В списке файлов встречается служебная таблица " + Quoted(name) + ".";
 }
 
 inline std::string UserFileNamed(const std::string& name) {
-  return "В списке файлов встречается \"" + name +
-         "\" в папке базы данных. В этом файле лежат данные пользователя; программа обновления его "
+  return "В списке файлов встречается " + Quoted(name) +
+         " в папке базы данных. В этом файле лежат данные пользователя; программа обновления его "
          "не заменяет.";
 }
 
 inline std::string FileTwice(const std::string& name) {
-  return "В списке файлов дважды и с разным содержимым встречается файл \"" + name + "\".";
+  return "В списке файлов дважды и с разным содержимым встречается файл " + Quoted(name) + ".";
+}
+
+inline std::string UnknownConstant(const std::string& name) {
+  return "Unknown Const name: " + name;
 }
 
 // The update list.
 inline constexpr const char* kSelecting = "Отбор компонент, подлежащих загрузке...";
 
+inline std::string JudgingFile(const std::string& name) {
+  return "Компонента: " + name;
+}
+
+inline std::string JudgingTable(const std::string& name, bool is_user) {
+  return (is_user ? "Таблица: " : "Справочник: ") + name;
+}
+
 // Downloading.
 inline constexpr const char* kDownloading = "Загрузка компонент...";
+inline constexpr const char* kVolumeOverflow =
+    "Переполнение: объем загрузки превышает 2 гигабайта.";
 
 inline std::string NotLoaded(const std::string& url) {
   return "Ошибка загрузки файла " + url + " .";
@@ -192,7 +206,7 @@ inline std::string CheckFailedUnknown(const std::string& file) {
 }
 
 inline std::string TooMuchReceived(const std::string& url) {
-  return "Сервер передает больше данных, чем объявлено в списке файлов: \"" + url + "\".";
+  return "Сервер передает больше данных, чем объявлено в списке файлов: " + Quoted(url) + ".";
 }
 
 // The databases.
@@ -206,13 +220,17 @@ inline constexpr const char* kDatabaseChanged =
     "Рабочая база данных оставлена без изменений. Закройте все программы, работающие с этой базой "
     "данных, и запустите обновление еще раз.";
 
+inline std::string DatabaseNotRead(const std::string& file) {
+  return "Ошибка чтения файла " + Quoted(file) + ":";
+}
+
 inline std::string BackupFailed(const std::string& reason) {
   return "Ошибка создания резервной копии базы данных:" + kBreak + reason;
 }
 
 inline std::string CopyDiffers(const std::string& built, const std::string& copy) {
-  return "Копия новой базы данных \"" + copy + "\" не совпадает с исходным файлом \"" + built +
-         "\". Рабочая база данных не изменена.";
+  return "Копия новой базы данных " + Quoted(copy) + " не совпадает с исходным файлом " +
+         Quoted(built) + ". Рабочая база данных не изменена.";
 }
 
 inline std::string NewDatabaseTooOld(const std::string& version) {
@@ -223,8 +241,8 @@ inline std::string NewDatabaseTooOld(const std::string& version) {
 inline std::string CopyNotNamed(const std::string& reason, const std::string& copy,
                                 const std::string& database) {
   return reason + kBreak + kBreak +
-         "Новая рабочая база данных со всеми вашими записями лежит в файле \"" + copy +
-         "\". Запустите обновление еще раз: оно даст ей имя \"" + database + "\".";
+         "Новая рабочая база данных со всеми вашими записями лежит в файле " + Quoted(copy) +
+         ". Запустите обновление еще раз: оно даст ей имя " + Quoted(database) + ".";
 }
 
 // Installing.
@@ -232,26 +250,31 @@ inline constexpr const char* kRemovingOld = "Удаление старых ко�
 inline constexpr const char* kInstalling = "Установка новых компонент...";
 inline constexpr const char* kCleaning = "Удаление временных файлов...";
 
+inline std::string MarkNotWritten(const std::string& file) {
+  return "Ошибка записи в файл " + Quoted(file) + ":";
+}
+
 inline std::string LoadedFileMissing(const std::string& file) {
-  return "По неизвестной причине отсутствует загруженный файл \"" + file + "\".";
+  return "По неизвестной причине отсутствует загруженный файл " + Quoted(file) + ".";
 }
 
 inline std::string RegisteredFileMissing(const std::string& file) {
-  return "Регистрируемый файл \"" + file + "\" не найден.";
+  return "Регистрируемый файл " + Quoted(file) + " не найден.";
 }
 
 inline std::string UnregisteredFileMissing(const std::string& file) {
-  return "Разрегистрируемый файл \"" + file + "\" не найден.";
+  return "Разрегистрируемый файл " + Quoted(file) + " не найден.";
 }
 
 inline std::string NotRegistered(const std::string& file, std::int32_t code,
                                  const std::string& reason) {
-  return "Ошибка регистрации файла \"" + file + "\" (0x" + ToHex(code) + "):" + kBreak + reason;
+  return "Ошибка регистрации файла " + Quoted(file) + " (0x" + ToHex(code) + "):" + kBreak + reason;
 }
 
 inline std::string NotUnregistered(const std::string& file, std::int32_t code,
                                    const std::string& reason) {
-  return "Ошибка разрегистрации файла \"" + file + "\" (0x" + ToHex(code) + "):" + kBreak + reason;
+  return "Ошибка разрегистрации файла " + Quoted(file) + " (0x" + ToHex(code) + "):" + kBreak +
+         reason;
 }
 
 // Restarting as a temporary copy, and as a newer updater.
@@ -261,28 +284,40 @@ inline constexpr const char* kRestarting = "Перезапуск програм�
 inline constexpr const char* kLoadingUpdater = "Загрузка новой версии программы обновления...";
 inline constexpr const char* kNoComponents = "Список компонент программы обновления пуст.";
 
+inline std::string CopyingFile(const std::string& name) {
+  return "Файл " + name + "...";
+}
+
+inline std::string LoadingComponent(const std::string& url) {
+  return "Загрузка " + url + " ...";
+}
+
+inline std::string ProgramNotPrepared(const std::string& file) {
+  return "Ошибка подготовки программы " + Quoted(file) + ":";
+}
+
 inline std::string OwnFileMissing(const std::string& file) {
-  return "Файл \"" + file + "\", необходимый для работы программы обновления, не найден.";
+  return "Файл " + Quoted(file) + ", необходимый для работы программы обновления, не найден.";
 }
 
 inline std::string NoFreeName(const std::string& name, const std::string& folder) {
-  return "Невозможно отыскать уникальное имя файла для загружаемого модуля \"" + name +
-         "\" . Возможно, текущему пользователю не хватает прав для работы во временной папке \"" +
+  return "Невозможно отыскать уникальное имя файла для загружаемого модуля " + Quoted(name) +
+         " . Возможно, текущему пользователю не хватает прав для работы во временной папке \"" +
          folder + "\".";
 }
 
 inline std::string ComponentNotLoaded(const std::string& url) {
-  return "Ошибка загрузки файла \"" + url + "\". Файл не был загружен.";
+  return "Ошибка загрузки файла " + Quoted(url) + ". Файл не был загружен.";
 }
 
 inline std::string ComponentLengthDiffers(const std::string& url, std::int64_t length,
                                           std::int32_t expected) {
-  return "Длина загруженного файла \"" + url + "\" не совпадает с ожидаемой (длина " +
+  return "Длина загруженного файла " + Quoted(url) + " не совпадает с ожидаемой (длина " +
          std::to_string(length) + ", ожидается " + std::to_string(expected) + ").";
 }
 
 inline std::string ComponentHashDiffers(const std::string& url) {
-  return "Контрольная сумма загруженного файла \"" + url + "\" не совпадает с ожидаемой.";
+  return "Контрольная сумма загруженного файла " + Quoted(url) + " не совпадает с ожидаемой.";
 }
 
 }  // namespace tmw::engine_texts

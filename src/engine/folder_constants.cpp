@@ -2,12 +2,14 @@
 
 #include <cstddef>
 
-#include "foundation/program_error.h"
+#include "engine/engine_texts.h"
+#include "foundation/error_handling.h"
+#include "services/run_module.h"
 
 namespace tmw {
 
-std::string ExpandFolderConstants(const std::string& text,
-                                  const std::map<std::string, std::string>& constants) {
+std::string ParseConsts(const std::string& text,
+                        const std::map<std::string, std::string>& constants) try {
   std::string result = text;
   std::size_t position = 0;
   while (position < result.size()) {
@@ -24,11 +26,13 @@ std::string ExpandFolderConstants(const std::string& text,
     if (close == std::string::npos) break;
     const std::string name = result.substr(open + 1, close - open - 1);
     const auto found = constants.find(name);
-    if (found == constants.end()) RaiseProgramError("Unknown Const name: " + name);
+    if (found == constants.end()) RaiseProgramError(engine_texts::UnknownConstant(name));
     result.replace(open, close + 1 - open, found->second);
     position = open + found->second.size();
   }
   return result;
+} catch (...) {
+  ReRaiseError(kRunModule, "ParseConsts");
 }
 
 }  // namespace tmw

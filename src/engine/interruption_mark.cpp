@@ -2,9 +2,9 @@
 
 #include <vector>
 
+#include "engine/engine_texts.h"
 #include "foundation/api_errors.h"
 #include "foundation/file_utils.h"
-#include "foundation/text.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
 
@@ -40,9 +40,7 @@ void MarkInstallation(const ReleasePaths& release, const std::string& version_id
   if (IsFileExists(path)) return;
   ports::Status status = WriteDurably(files, path, version_id);
   if (status) status = files.FlushFolder(release.Folder);
-  if (!status) {
-    RaiseApiErrorWithMessage("Ошибка записи в файл " + Quoted(path) + ":", status.code);
-  }
+  if (!status) RaiseApiErrorWithMessage(engine_texts::MarkNotWritten(path), status.code);
 }
 
 void UnmarkInstallations(const std::string& temp_dir) {

@@ -1,24 +1,20 @@
 #include "engine/ks_updater.h"
 
-#include "database/access_helpers.h"
-#include "engine/engine_texts.h"
-#include "engine/folder_constants.h"
+#include <utility>
+
+#include "engine/component_loader.h"
+#include "engine/installation.h"
 #include "engine/interruption_mark.h"
-#include "engine/updater_utils.h"
+#include "engine/product_version_check.h"
+#include "engine/run_messages.h"
+#include "engine/update_list.h"
 #include "engine/user_database.h"
 #include "foundation/error_handling.h"
-#include "foundation/file_utils.h"
-#include "foundation/text.h"
-#include "ports/database.h"
-#include "ports/front_end.h"
-#include "ports/ports.h"
-#include "services/product_settings.h"
+#include "services/run_module.h"
 #include "services/updater_settings.h"
 
 namespace tmw {
 namespace {
-
-constexpr const char* kModule = "KsUpdater";
 
 std::string WithSlashAtEnd(const std::string& url) {
   return url.ends_with("/") ? url : url + "/";
@@ -27,136 +23,194 @@ std::string WithSlashAtEnd(const std::string& url) {
 }  // namespace
 
 KsUpdater::KsUpdater(UpdaterEvents& events, std::function<void()> exit_updater)
-    : events_(events), exit_updater_(std::move(exit_updater)) {}
+    : events_(events),
+      self_update_(events, std::move(exit_updater)),
+      is_client_(GetUpdaterSettings().IsClientInstallation) {}
 
 void KsUpdater::Execute(const std::string& product_code, const std::string& url,
                         const std::string& fallback_url, bool& updated) try {
-  updated = false;
   product_code_ = product_code;
-  url_ = url;
-  fallback_url_ = fallback_url;
+  servers_ = {WithSlashAtEnd(url), fallback_url.empty() ? "" : WithSlashAtEnd(fallback_url)};
+  updated = false;
   updated = RunStages();
-  SetButtonMode(2);
+  events_.OnSetButtonMode(2);
 } catch (...) {
-  ReRaiseError(kModule, "Execute");
+  ReRaiseError(kRunModule, "Execute");
 }
 
 bool KsUpdater::RunStages() {
-  if (!GetUpdaterSettings().IsTempCopy && !MoveToTempCopy()) return false;
+  if (!MoveToTempCopy()) return false;
   if (!Initialize()) return false;
-  SetIcon("");
-  SetButtonMode(1);
-  SetIcon("download");
+  events_.OnSetIcon("");
+  events_.OnSetButtonMode(1);
+  events_.OnSetIcon("download");
   if (!DownloadDigest()) return false;
-  if (!old_product_version_.empty() && !CheckProductVersion()) return false;
+  if (!CheckProductVersion()) return false;
   if (!CalculateLoadingUrl()) return false;
-  if (updater_update_needed_ && !ReplaceUpdater()) return false;
-  if (CancelPressed()) return false;
+  if (!ReplaceUpdater()) return false;
+  if (events_.CancelPressed()) return false;
   if (!DownloadAndParseManifest()) return false;
-  if (CancelPressed()) return false;
-  SetIcon("scan");
+  if (events_.CancelPressed()) return false;
+  events_.OnSetIcon("scan");
   if (!BuildUpdateList()) return false;
-  if (CancelPressed()) return false;
-  if (!HasWork() || !CanReplaceFiles()) return false;
-  if (!AskForDownload()) return false;
-  SetIcon("download");
-  if (!CreateDownloadingFolder() || CancelPressed()) return false;
-  if (!DownloadNecessaryFiles() || CancelPressed()) return false;
-  if (!GetUpdaterSettings().IsClientInstallation && !BuildDatabases()) return false;
-  SetIcon("trash");
-  SetButtonMode(0);
+  if (events_.CancelPressed()) return false;
+  if (!HasWork()) return false;
+  if (!CanReplaceFiles(manifest_.Files, is_client_)) return false;
+  if (!AskForDownload(need_.DownloadVolume)) return false;
+  events_.OnSetIcon("download");
+  if (!CreateDownloadingFolder()) return false;
+  if (events_.CancelPressed()) return false;
+  if (!DownloadNecessaryFiles()) return false;
+  if (events_.CancelPressed()) return false;
+  if (!BuildDatabases()) return false;
+  events_.OnSetIcon("trash");
+  events_.OnSetButtonMode(0);
   if (!UninstallOldFiles()) return false;
-  SetIcon("install");
+  events_.OnSetIcon("install");
   if (!InstallNewFiles()) return false;
-  if (!GetUpdaterSettings().IsClientInstallation && !PlaceDatabases()) return false;
-  SetIcon("brush");
+  if (!PlaceDatabases()) return false;
+  events_.OnSetIcon("brush");
   CleanupTempFolders();
   return true;
 }
 
 bool KsUpdater::MoveToTempCopy() {
+  if (GetUpdaterSettings().IsTempCopy) return true;
   if (old_product_version_.empty()) old_product_version_ = LoadOldProductVersion();
   return CopyToTempFolderAndRestart();
 }
 
 bool KsUpdater::ReplaceUpdater() {
-  if (GetUpdaterSettings().IsRestartedAfterSelfUpdate) {
-    DownloadError(engine_texts::kStillTooOld);
-    return false;
-  }
-  return DownloadUpdater() && RestartUpdater();
+  if (digest_.Updater != UpdaterVersionCheck::kUpdateNeeded) return true;
+  return SelfUpdate::MayReplaceUpdater() && DownloadUpdater() && RestartUpdater();
 }
 
 bool KsUpdater::HasWork() {
-  // A half-done installation is finished even when every file already is the new one.
-  if (IsInstallationInterrupted(temp_dir_)) return true;
-  if (GetUpdaterSettings().IsClientInstallation && tables_need_update_ && !files_need_update_) {
-    ShowInformation(engine_texts::kUpdaterTitle, engine_texts::kServerComputerOnly);
-    return false;
-  }
-  if (!tables_need_update_ && !files_need_update_) {
-    ShowInformation(engine_texts::kUpdaterTitle, engine_texts::kNothingToDo);
-    return false;
-  }
-  return true;
-}
-
-bool KsUpdater::AskForDownload() {
-  return AskYesNo(engine_texts::VolumeQuestion(GetFriendlySizeString(download_volume_, false)),
-                  engine_texts::kUpdateTitle);
+  // An interrupted installation is completed even if every file already is the new one.
+  return IsInstallationInterrupted(temp_dir_) || tmw::HasWork(need_, is_client_);
 }
 
 bool KsUpdater::BuildDatabases() {
-  SetIcon("dbnew");
-  if (!BuildEtalonDB() || CancelPressed()) return false;
-  SetIcon("dbgear");
-  return BuildWorkingDB() && !CancelPressed();
+  if (is_client_) return true;
+  databases_.emplace(events_, product_code_, digest_, manifest_, release_);
+  events_.OnSetIcon("dbnew");
+  if (!BuildEtalonDB() || events_.CancelPressed()) return false;
+  events_.OnSetIcon("dbgear");
+  return BuildWorkingDB() && !events_.CancelPressed();
 }
 
 bool KsUpdater::PlaceDatabases() {
-  SetIcon("dbgear");
+  if (is_client_) return true;
+  events_.OnSetIcon("dbgear");
   return BackupUserDB() && CopyNewUserDB();
 }
 
+bool KsUpdater::CopyToTempFolderAndRestart() try {
+  return self_update_.CopyToTempFolderAndRestart(product_code_, old_product_version_);
+} catch (...) {
+  ReRaiseError(kRunModule, "CopyToTempFolderAndRestart");
+}
+
 bool KsUpdater::Initialize() try {
-  url_ = WithSlashAtEnd(url_);
-  if (!fallback_url_.empty()) fallback_url_ = WithSlashAtEnd(fallback_url_);
-  if (!CreateTempDir()) return false;
-  consts_ = {{"p", GetProductRootPath()}};
-  version_id_.clear();
-  table_by_name_.clear();
-  files_.clear();
-  tables_.clear();
-  updater_components_.clear();
-  // Nobody else may hold the database: opening it alone proves that.
-  const std::string database = database_utils::GetUserDBFileName();
-  const bool is_client = GetUpdaterSettings().IsClientInstallation;
-  if (!is_client) MendUserDatabase();
-  ports::CurrentPorts().database->OpenDatabase(database, true, false)->Close();
-  if (!is_client) ForgetUnusedCopy();
-  const SplitName parts = SplitFileName(database);
-  database_folder_ = parts.Folder;
-  database_name_ = parts.FileName();
-  ClearProgress();
+  if (!CreateTempDir(product_code_, temp_dir_)) return false;
+  CheckUserDatabase(is_client_);
+  events_.ClearProgress();
   return true;
 } catch (...) {
-  ReRaiseError(kModule, "Initialize");
+  ReRaiseError(kRunModule, "Initialize");
 }
 
-bool KsUpdater::CreateTempDir() try {
-  temp_dir_ = MakeTempDirPath(product_code_);
-  std::string reason;
-  if (TryCreateFolderIfAbsent(temp_dir_, reason) && IsFolderExists(temp_dir_)) return true;
-  DownloadError(engine_texts::NoTempFolder(temp_dir_));
-  return false;
-} catch (...) {
-  ReRaiseError(kModule, "CreateTempDir");
+ReleaseReader KsUpdater::Reader() const {
+  return {events_, product_code_, servers_, temp_dir_};
 }
 
-std::string KsUpdater::ParseConsts(const std::string& text) const try {
-  return ExpandFolderConstants(text, consts_);
+bool KsUpdater::DownloadDigest() try { return Reader().ReadDigest(digest_); } catch (...) {
+  ReRaiseError(kRunModule, "DownloadDigest");
+}
+
+bool KsUpdater::CheckProductVersion() try {
+  return tmw::CheckProductVersion(old_product_version_, digest_.Version, temp_dir_, events_);
 } catch (...) {
-  ReRaiseError(kModule, "ParseConsts");
+  ReRaiseError(kRunModule, "CheckProductVersion");
+}
+
+bool KsUpdater::CalculateLoadingUrl() try {
+  return Reader().ChooseServer(digest_.Version, loading_url_);
+} catch (...) {
+  ReRaiseError(kRunModule, "CalculateLoadingUrl");
+}
+
+bool KsUpdater::DownloadUpdater() try {
+  return self_update_.DownloadUpdater(loading_url_, temp_dir_, digest_.UpdaterComponents);
+} catch (...) {
+  ReRaiseError(kRunModule, "DownloadUpdater");
+}
+
+bool KsUpdater::RestartUpdater() try {
+  return self_update_.RestartUpdater(digest_.UpdaterComponents);
+} catch (...) {
+  ReRaiseError(kRunModule, "RestartUpdater");
+}
+
+bool KsUpdater::DownloadAndParseManifest() try {
+  return Reader().ReadManifest(loading_url_, digest_.Version, manifest_);
+} catch (...) {
+  ReRaiseError(kRunModule, "DownloadAndParseManifest");
+}
+
+bool KsUpdater::BuildUpdateList() try {
+  return tmw::BuildUpdateList(manifest_, is_client_, events_, need_);
+} catch (...) {
+  ReRaiseError(kRunModule, "BuildUpdateList");
+}
+
+bool KsUpdater::CreateDownloadingFolder() try {
+  release_ = MakeReleasePaths(temp_dir_, manifest_.VersionID);
+  CreateReleaseFolders(release_);
+  return true;
+} catch (...) {
+  ReRaiseError(kRunModule, "CreateDownloadingFolder");
+}
+
+bool KsUpdater::DownloadNecessaryFiles() try {
+  return ComponentLoader(events_, release_, loading_url_)
+      .DownloadNecessaryFiles(manifest_, need_.DownloadVolume, is_client_);
+} catch (...) {
+  ReRaiseError(kRunModule, "DownloadNecessaryFiles");
+}
+
+bool KsUpdater::BuildEtalonDB() try { return databases_->BuildReference(); } catch (...) {
+  ReRaiseError(kRunModule, "BuildEtalonDB");
+}
+
+bool KsUpdater::BuildWorkingDB() try { return databases_->BuildWorking(); } catch (...) {
+  ReRaiseError(kRunModule, "BuildWorkingDB");
+}
+
+bool KsUpdater::UninstallOldFiles() try {
+  return Installation(manifest_, release_, events_).UninstallOldFiles();
+} catch (...) {
+  ReRaiseError(kRunModule, "UninstallOldFiles");
+}
+
+bool KsUpdater::InstallNewFiles() try {
+  return Installation(manifest_, release_, events_).InstallNewFiles();
+} catch (...) {
+  ReRaiseError(kRunModule, "InstallNewFiles");
+}
+
+bool KsUpdater::BackupUserDB() try { return databases_->BackUp(); } catch (...) {
+  ReRaiseError(kRunModule, "BackupUserDB");
+}
+
+bool KsUpdater::CopyNewUserDB() try { return databases_->PlaceNew(); } catch (...) {
+  ReRaiseError(kRunModule, "CopyNewUserDB");
+}
+
+void KsUpdater::CleanupTempFolders() try {
+  Installation(manifest_, release_, events_).CleanupTempFolders(temp_dir_);
+} catch (...) {
+  ReRaiseError(kRunModule, "CleanupTempFolders");
 }
 
 }  // namespace tmw

@@ -1,17 +1,49 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "database/wu_table_node.h"
 
 // The records that stages hand to each other. Sizes are bytes, hashes lower-case SHA-256 texts.
 namespace tmw {
 
+// The servers of a run; the components come from others (server_list.h). Both end in "/".
+struct UpdateServers {
+  std::string Url;
+  std::string FallbackUrl;  // may be empty
+};
+
+// What the version that an update requires of its updater means for this one.
+enum class UpdaterVersionCheck {
+  kUnreadable,    // the requirement is not a version
+  kTooOld,        // an older major number: nothing can be done automatically
+  kUpdateNeeded,  // the updater must replace itself first
+  kGood,
+};
+
+// One file of the updater itself.
+struct WuUpdaterComponent {
+  std::string Name;  // on the server, relative to the loading URL
+  std::int32_t Size = 0;
+  std::string Hash;
+  std::string LocalFileName;  // set when it is downloaded
+};
+
+// The version digest.
+struct Digest {
+  std::string Version;  // of the update
+  std::array<std::int32_t, 4> VersionNumbers{};
+  UpdaterVersionCheck Updater = UpdaterVersionCheck::kGood;
+  std::vector<WuUpdaterComponent> UpdaterComponents;  // read only when the updater is replaced
+};
+
 // One program file of a release.
 struct WuFileNode {
   std::string OrigName;       // as installed
-  std::string Folder;         // absolute, no separator at its end
+  std::string Folder;         // absolute, without a separator at the end
   std::string SrvName;        // on the server, relative to the loading URL
   std::int32_t OrigSize = 0;  // installed
   std::int32_t SrvSize = 0;   // on the server
@@ -21,6 +53,12 @@ struct WuFileNode {
   bool NeedUpdate = false;
 };
 
+enum PackMethod : std::int32_t {
+  kPackPlain = 1,      // verified by length and hash
+  kPackIntegrity = 2,  // carries integrity data of its own besides
+  kPackText = 3,       // a text, verified by the hash of the text
+};
+
 // One package of several files (update scripts, table structures).
 struct WuPackage {
   std::string SrvName;
@@ -28,18 +66,21 @@ struct WuPackage {
   std::string PackHash;
 };
 
-// One file of the updater itself, from the digest.
-struct WuUpdaterComponent {
-  std::string Name;  // on the server, relative to the loading URL
-  std::int32_t Size = 0;
-  std::string Hash;
-  std::string LocalFileName;  // set when it has been downloaded
+// A release: all that it consists of.
+struct Manifest {
+  std::string VersionID;          // names the release's working folder
+  std::string VersionIDNodeName;  // the same as an XML name
+  std::vector<WuFileNode> Files;
+  std::vector<WuTableNode> Tables;  // dictionaries first
+  WuPackage ScriptsPackage;
+  WuPackage StructuresPackage;
 };
 
-enum PackMethod : std::int32_t {
-  kPackPlain = 1,      // verified by length and hash
-  kPackIntegrity = 2,  // carries integrity data of its own besides
-  kPackText = 3,       // a text, verified by the hash of the text
+// What an update has to bring.
+struct UpdateNeed {
+  bool Tables = false;
+  bool Files = false;
+  std::int32_t DownloadVolume = 0;  // an estimate
 };
 
 }  // namespace tmw

@@ -3,9 +3,8 @@
 #include <cstdint>
 
 #include "engine/engine_texts.h"
-#include "engine/ks_updater.h"
-#include "engine/updater_utils.h"
 #include "foundation/api_errors.h"
+#include "foundation/contract_names.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
@@ -13,12 +12,14 @@
 #include "packages/companion_functions.h"
 #include "ports/ports.h"
 #include "ports/system_info.h"
+#include "services/message_boxes.h"
 #include "services/processes.h"
+#include "services/product_settings.h"
+#include "services/run_module.h"
 
 namespace tmw {
 namespace {
 
-constexpr const char* kModule = "KsUpdater";
 constexpr const char* kTool = "regsvr32.exe";
 
 std::string FindTool() {
@@ -66,7 +67,7 @@ bool DoRegisterDll(const std::string& file, bool is_quiet) try {
                                           &ports::EntryPoints::RegisterDll};
   return Change(kRegister, file, is_quiet);
 } catch (...) {
-  ReRaiseError(kModule, "DoRegisterDll");
+  ReRaiseError(kRunModule, "DoRegisterDll");
 }
 
 bool UnregisterDll(const std::string& file, bool is_quiet) try {
@@ -75,26 +76,34 @@ bool UnregisterDll(const std::string& file, bool is_quiet) try {
                                             &ports::EntryPoints::UnregisterDll};
   return Change(kUnregister, file, is_quiet);
 } catch (...) {
-  ReRaiseError(kModule, "UnregisterDll");
+  ReRaiseError(kRunModule, "UnregisterDll");
+}
+
+bool GetNoRegisteringParam() try {
+  static const bool kValue = ReadRegistryBoolean(true, std::string(names::kDevelopmentKey),
+                                                 std::string(names::kNoRegisteringSetting), false);
+  return kValue;
+} catch (...) {
+  ReRaiseError("miUpdaterUtils", "GetNoRegisteringParam");
 }
 
 std::string GetRegSvr32FileName() try {
   static const std::string tool = FindTool();
   return tool;
 } catch (...) {
-  ReRaiseError(kModule, "GetRegSvr32FileName");
+  ReRaiseError(kRunModule, "GetRegSvr32FileName");
 }
 
 std::string GetWindowsFolder() try {
   return ports::CurrentPorts().system_info->Folders().windows;
 } catch (...) {
-  ReRaiseError(kModule, "GetWindowsFolder");
+  ReRaiseError(kRunModule, "GetWindowsFolder");
 }
 
 std::string GetSystemFolder() try {
   return ports::CurrentPorts().system_info->Folders().system;
 } catch (...) {
-  ReRaiseError(kModule, "GetSystemFolder");
+  ReRaiseError(kRunModule, "GetSystemFolder");
 }
 
 }  // namespace tmw

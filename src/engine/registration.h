@@ -2,17 +2,20 @@
 
 #include <string>
 
-// Registering components with the system, and the reverse: through the system's tool, else through
-// the companion library.
+// Registers components with the system and takes them out again: by the system's tool or, where
+// that is missing or fails, by the companion library.
 namespace tmw {
 
-// Success, or a file that the maker's own setting keeps unregistered, is true. A missing file and a
-// failure are false, told to the user unless quiet.
+// Return false if the file is missing or the call fails, which is reported unless is_quiet. With
+// the maker's setting "NoRegistering" nothing is called and the result is true.
 bool DoRegisterDll(const std::string& file, bool is_quiet);
 bool UnregisterDll(const std::string& file, bool is_quiet);
 
-// The registration tool's path, looked for once per process; empty when there is none (always on
-// Linux).
+// The maker's setting that keeps components unregistered; read once per process.
+bool GetNoRegisteringParam();
+
+// The path of the registration tool, looked for once per process; empty if there is none, as on
+// Linux.
 std::string GetRegSvr32FileName();
 
 // Empty where the system has no such folders.

@@ -1,9 +1,21 @@
 #include "engine/server_list.h"
 
+#include "engine/engine_texts.h"
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 
 namespace tmw {
+
+bool TryChooseServer(std::string_view text, bool no_ftp, std::int64_t tick_count,
+                     std::string& server, std::string& reason) {
+  const std::vector<std::string> servers = ParseServerList(text, no_ftp);
+  if (servers.empty()) {
+    reason = text.empty() ? engine_texts::kServerListEmpty : engine_texts::kNoServer;
+    return false;
+  }
+  server = servers[PickServer(tick_count, servers.size())];
+  return true;
+}
 
 std::vector<std::string> ParseServerList(std::string_view text, bool no_ftp) {
   std::vector<std::string> servers;

@@ -6,12 +6,16 @@
 #include <string_view>
 #include <vector>
 
-// The list of loading servers, "TMW_links.dat": a server's base URL a line, lines separated by CR
-// LF.
+// The list of loading servers, "TMW_links.dat": one base URL a line, lines separated by CR LF.
 namespace tmw {
 
-// The usable servers in file order. Lines are trimmed, empty ones skipped, ftp ones too with
-// no_ftp; a line without a scheme is plain HTTP.
+// Chooses the server to load from. Returns false with the reason if the list is empty or names no
+// server that can be used.
+[[nodiscard]] bool TryChooseServer(std::string_view text, bool no_ftp, std::int64_t tick_count,
+                                   std::string& server, std::string& reason);
+
+// The usable servers in file order. Lines are trimmed, empty ones are skipped, with no_ftp also FTP
+// ones; a line without a scheme is plain HTTP.
 std::vector<std::string> ParseServerList(std::string_view text, bool no_ftp);
 
 // The 0-based number of the server to load from; count is above 0.

@@ -12,9 +12,9 @@
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
-#include "foundation/text.h"
 #include "packages/hash_api.h"
 #include "packages/tm_zipper.h"
+#include "ports/database.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "services/message_boxes.h"
@@ -57,9 +57,9 @@ ports::Outcome<std::string> TryHashOfUserRows() {
   }
 }
 
-// A hash and not the number of rows: a changed amount leaves that as it was. Nobody else may write
-// meanwhile: the file is held by the engine or, where that keeps it from being read, by the
-// reading.
+// Compares a hash, because the number of rows says nothing of a changed amount. The file is held
+// meanwhile, so that no other program can write: by the engine or, if that keeps the file from
+// being read, by the reading itself.
 bool IsUnchanged(const std::string& hash) {
   const auto database = GetUserDBForReading();
   if (!database) return false;
@@ -70,7 +70,7 @@ bool IsUnchanged(const std::string& hash) {
   return false;
 }
 
-// The old one is gone: whoever reads of the failure must learn where his rows are.
+// The old one is gone by now, so a failure must say where the user's rows are.
 void GiveCopyItsName(const std::string& copy, const std::string& database) {
   try {
     MoveFile(copy, database);
@@ -82,23 +82,27 @@ void GiveCopyItsName(const std::string& copy, const std::string& database) {
   }
 }
 
-}  // namespace
-
-void MendUserDatabase() {
+void FinishReplacement() {
   const std::string database = UserDatabasePlace();
   const std::string copy = NewUserDatabasePath();
   if (IsFileExists(copy) && !IsFileExists(database)) MoveFile(copy, database);
 }
 
-void ForgetUnusedCopy() {
-  DeleteFile(NewUserDatabasePath(), true);
+}  // namespace
+
+void CheckUserDatabase(bool is_client) {
+  if (!is_client) FinishReplacement();
+  ports::CurrentPorts()
+      .database->OpenDatabase(database_utils::GetUserDBFileName(), true, false)
+      ->Close();
+  if (!is_client) DeleteFile(NewUserDatabasePath(), true);
 }
 
 std::string HashOfUserRows() {
   const auto hash = TryHashOfUserRows();
   if (!hash) {
-    RaiseApiErrorWithMessage(
-        "Ошибка чтения файла " + Quoted(database_utils::GetUserDBFileName()) + ":", hash.code);
+    RaiseApiErrorWithMessage(engine_texts::DatabaseNotRead(database_utils::GetUserDBFileName()),
+                             hash.code);
   }
   return hash.value;
 }
@@ -110,7 +114,7 @@ bool PackUserDatabase() {
   database->Close();
   const std::string archive = BackupPath(version[2]);
   if (IsFileExists(archive)) return true;
-  // What runs that were killed while they packed have left.
+  // Left by runs that were killed while packing.
   DeleteFiles(archive + ".*.tmp", true);
   const std::string file = database_utils::GetUserDBFileName();
   TmZipper zipper;
@@ -122,7 +126,7 @@ bool PackUserDatabase() {
     DownloadError(engine_texts::BackupFailed(GetZipResultText(result)));
     return false;
   }
-  // Whoever may not read the books may not read their backup either.
+  // Users who may not read the books may not read their backup either.
   CopyRights(file, archive);
   return true;
 }
@@ -136,7 +140,7 @@ bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_versi
     DeleteFile(copy, true);
     return false;
   }
-  // A file that somebody has open can be deleted on some systems; what he writes would be lost.
+  // Some systems delete a file that a program has open: what that writes would be lost.
   if (IsFileExists(database)) {
     if (!IsUnchanged(hash)) {
       DeleteFile(copy, true);

@@ -4,28 +4,27 @@
 
 #include "database/db_version.h"
 
-// The user database's change to the next one. Its rows exist whole at every moment, in one of two
-// files: the next one is copied completely beside the old one and checked, then the old one is
-// deleted, then the copy gets its name.
+// Replaces the user database by the one that an update has built. The user's rows exist whole at
+// every moment, in one of two files: the new database is copied beside the old one and checked,
+// then the old one is deleted, then the copy gets its name. A function that returns false has
+// reported why.
 namespace tmw {
 
-// Finishes a change that was interrupted before its last step; to be called before anything opens
-// the user database.
-void MendUserDatabase();
+// Opens the user database exclusively and closes it, which raises an error if another program holds
+// it. Unless on a client, a replacement that was interrupted before its last step is finished
+// before, and a copy that one has left unused is deleted afterwards.
+void CheckUserDatabase(bool is_client);
 
-// A copy that an interrupted change left beside a user database that can be opened.
-void ForgetUnusedCopy();
-
-// Packs the user database into a zip file beside it, unless one of its build is there. False: the
-// user has been told.
+// Packs the user database into a zip file beside it, unless there is a backup of the same build.
 bool PackUserDatabase();
 
-// Of all pages of the user database but the first, in which an engine notes who has it open.
+// The hash of all pages of the user database but the first, in which an engine notes who has it
+// open.
 std::string HashOfUserRows();
 
-// hash: HashOfUserRows before the built one was made from them; a file that has another one now has
-// been written to since, and stays. The built one goes when the new one is in its place. False,
-// with the old one in its place: the user has been told.
+// Puts the built database in the place of the user database and deletes it where it was built.
+// hash: HashOfUserRows from before the build. If the file has another one now, it has been written
+// to since, and stays as it is.
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
                          const std::string& hash);
 

@@ -8,6 +8,7 @@
 #include "ports/clock.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "services/box_titles.h"
 #include "services/services_texts.h"
 
 namespace tmw {
@@ -23,14 +24,14 @@ std::unique_ptr<MutexKeeper>& KeeperSlot() {
   return keeper;
 }
 
-// The probe's own mutex is closed on return, so that it does not keep the name alive.
+// The mutex of the probe is closed on return, so that it does not keep the name in use.
 bool IsRunning(const std::string& mutex_name) {
   const auto probe = ports::CurrentPorts().mutexes->Create(mutex_name, false);
   return !probe || probe.value.already_existed;
 }
 
 bool AskToGoOnWaiting(const std::string& question) {
-  return ports::CurrentPorts().front_end->AskYesNo(services_texts::kTitle, question);
+  return ports::CurrentPorts().front_end->AskYesNo(box_titles::kUpdaterStart, question);
 }
 
 void SleepOnePoll() {

@@ -8,7 +8,7 @@
 // Single-instance control (module miMutexes).
 namespace tmw {
 
-// Owner of the updater's mutex; its end frees the mutex, however the object goes.
+// Owns the updater's mutex and frees it when destroyed.
 class MutexKeeper {
  public:
   void SetMutex(std::unique_ptr<ports::NamedMutex> mutex) { mutex_ = std::move(mutex); }
@@ -17,15 +17,16 @@ class MutexKeeper {
   std::unique_ptr<ports::NamedMutex> mutex_;
 };
 
-// Waits, with the user's consent, until nobody holds the mutex. False when the user gave up. A
-// mutex that cannot be probed counts as held.
+// Waits, with the user's consent, until no process holds the mutex. Returns false if the user gives
+// up. A mutex that cannot be probed counts as held.
 bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& app_title);
 
-// Takes the updater's mutex and keeps it until ReleaseUpdaterLock or the end of the process. False
-// when the user does not want to wait for other copies; raises when the mutex cannot be created.
+// Takes the updater's mutex and keeps it until ReleaseUpdaterLock or the end of the process.
+// Returns false if the user does not want to wait for other copies; raises an error if the mutex
+// cannot be created.
 bool LockUpdaterMutex(const std::string& mutex_name);
 
-// Frees the updater's mutex; nothing happens when it is not held.
+// Frees the updater's mutex if it is held.
 void ReleaseUpdaterLock();
 
 }  // namespace tmw

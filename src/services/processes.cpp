@@ -58,7 +58,7 @@ std::int32_t RunElevated(std::string exe_name, std::string cmd_line, const std::
 
 }  // namespace
 
-// The frames' extra text names the program: the description is the system's text alone.
+// The frame names the program, because the description is only the system's text.
 std::int32_t RunProcess(const std::string& exe_name, const std::string& cmd_line,
                         const std::string& work_dir, bool wait, std::int32_t flags) try {
   ports::Processes& processes = *ports::CurrentPorts().processes;
@@ -88,7 +88,7 @@ void NormalizeExeNameAndCmdLine(std::string& exe_name, std::string& cmd_line) tr
     if (cmd_line[blank] == ' ' && !is_inside_quotes) break;
   }
   if (exe_name.empty()) exe_name = cmd_line.substr(0, blank);
-  // A line without parameters is handed on whole, as a parameter: programs rely on it.
+  // A line without parameters is handed on whole, as a parameter: callers rely on it.
   if (blank < cmd_line.size()) cmd_line = Trim(cmd_line.substr(blank));
 } catch (...) {
   ReRaiseError(kModule, "NormalizeExeNameAndCmdLine");

@@ -8,25 +8,25 @@
 // Starting other programs (module mProcesses).
 namespace tmw {
 
-// Flags of RunProcess: bit 0 forces the feedback cursor on, bit 1 off, bits 8 to 11 are a
+// Flags of RunProcess: bit 0 forces the feedback cursor on, bit 1 off, bits 8 to 11 hold a
 // show-window command (1 to 11; 0 is none).
 inline constexpr std::int32_t kForceFeedbackOn = 0x1;
 inline constexpr std::int32_t kForceFeedbackOff = 0x2;
 inline constexpr std::int32_t kShowWindowMask = 0xF00;
 inline constexpr std::int32_t kShowWindowUnit = 0x100;
 
-// A bit of our own: the started program is the next updater in this one's place. On Linux the
+// A bit of our own: the started program is the updater that takes this one's place. On Linux the
 // process that waits on the terminal then waits for it too; Windows has no such process.
 inline constexpr std::int32_t kContinuesChain = 0x10000;
 
-// Starts a program. Empty texts are not given; without exe_name the first word of cmd_line is the
-// program. With wait: pending window events run until it ends, the result is its exit code (0 when
-// that cannot be read); otherwise its process id. A start that needs administrator rights goes
-// through RunProcessInElevationMode; other refusals raise.
+// Starts a program. An empty text counts as not given; without exe_name the first word of cmd_line
+// is the program. With wait, pending window events run until the program ends, and the result is
+// its exit code (0 if that cannot be read); otherwise the result is its process id. A start that
+// needs administrator rights goes through RunProcessInElevationMode; other failures are raised.
 std::int32_t RunProcess(const std::string& exe_name, const std::string& cmd_line,
                         const std::string& work_dir, bool wait, std::int32_t flags);
 
-// The same after asking the user for administrator rights; raises when he declines.
+// The same after asking the user for administrator rights; raises an error if they decline.
 std::int32_t RunProcessInElevationMode(const std::string& exe_name, const std::string& cmd_line,
                                        const std::string& work_dir, bool wait);
 

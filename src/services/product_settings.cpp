@@ -6,7 +6,6 @@
 #include "foundation/contract_names.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
-#include "foundation/text.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "ports/settings_store.h"

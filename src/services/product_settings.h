@@ -28,12 +28,12 @@ bool GetProductSetting_Boolean(bool machine_wide, const std::string& section,
 bool ReadRegistryBoolean(bool machine_wide, const std::string& key, const std::string& name,
                          bool default_value);
 
-// The product's folders, with a separator at the end; read once per process. Where the system has
-// no defaults for them a missing setting raises an error that names it.
+// The product's folders, with a separator at the end; read once per process. On a system that has
+// no defaults for them, a missing setting raises an error that names it.
 std::string GetDataBasePath();
 std::string GetProductRootPath();
 
-// Empties both caches: for a test that changes the settings under them.
+// Forgets both, for a test that changes the settings.
 void ForgetProductPaths();
 
 }  // namespace tmw

@@ -4,7 +4,7 @@
 
 namespace tmw {
 
-// The window that performs the update run; the user-interface floor implements it.
+// The window that performs the update run; implemented in src/ui.
 class ProgressWindow {
  public:
   virtual ~ProgressWindow() = default;

@@ -7,8 +7,6 @@
 // What users read about other programs that run and about the settings.
 namespace tmw::services_texts {
 
-inline constexpr const char* kTitle = "Запуск программы обновления";
-
 inline std::string ApplicationIsOpen(const std::string& title) {
   return "Для начала работы программы обновления необходимо закрыть приложение " + Quoted(title) +
          ".\r\n\r\nВ данный момент приложение открыто. Продолжать ожидание?";

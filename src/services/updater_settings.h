@@ -7,7 +7,7 @@
 namespace tmw {
 
 // What the product's settings and the command line say about this run. Written once, when the
-// command line is read; everybody else only reads.
+// command line is read.
 struct UpdaterSettings {
   bool NoFinalMessage = false;              // "-y"
   bool IsRestartedAfterSelfUpdate = false;  // "-r"

@@ -1,7 +1,7 @@
 #pragma once
 
 // The maker's update servers, used when neither the settings nor the command line name another one.
-// Overridable at configure time (TMW_PRIMARY_URL, TMW_FALLBACK_URL).
+// They can be set at configure time (TMW_PRIMARY_URL, TMW_FALLBACK_URL).
 #ifndef TMW_PRIMARY_URL
 #define TMW_PRIMARY_URL "https://update.tamrin.example/web_update/"
 #endif

@@ -13,9 +13,10 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
-#include "ports/front_end.h"
 #include "ports/ports.h"
 #include "ports/processes.h"
+#include "services/box_titles.h"
+#include "services/message_boxes.h"
 #include "services/mutexes.h"
 #include "services/processes.h"
 #include "services/product_settings.h"
@@ -30,10 +31,6 @@ constexpr const char* kModule = "miMain";
 
 constexpr std::int32_t kNamedProxy = 3;
 constexpr std::int32_t kLastProxyType = 4;
-
-void ShowMessage(ports::MessageKind kind, const char* title, const std::string& text) {
-  ports::CurrentPorts().front_end->ShowMessage(kind, title, text);
-}
 
 bool HasClientLists(const std::string& root_path) {
   const std::string folder = JoinPath(root_path, names::kProgramFolder);
@@ -72,8 +69,8 @@ UpdaterSettings ReadProductSettings() {
   return settings;
 }
 
-// Walks the arguments; nothing when all were understood, else the one that was not. An option whose
-// value is missing at the end of the line is ignored.
+// Returns the first argument that is not understood, if there is one. An option whose value is
+// missing at the end of the line is ignored.
 std::optional<std::string> ApplyArguments(const std::vector<std::string>& arguments,
                                           UpdaterSettings& settings) {
   for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -107,8 +104,7 @@ std::optional<std::string> ApplyArguments(const std::vector<std::string>& argume
 }
 
 void RefuseNetworkInstallation() {
-  ShowMessage(ports::MessageKind::kInformation, start_up_texts::kWebUpdateTitle,
-              start_up_texts::kNetworkInstallation);
+  ShowInformation(box_titles::kWebUpdate, start_up_texts::kNetworkInstallation);
   RunMainExeFile();
 }
 
@@ -121,7 +117,7 @@ bool WaitForOthersAndLock() {
   return LockUpdaterMutex(std::string(names::kUpdaterMutex));
 }
 
-// Shows the progress window, which performs the run, and tells the result.
+// Shows the progress window, which performs the run, and then the result.
 void RunUpdate(const ProgressWindowFactory& make_progress_window) {
   const UpdaterSettings& settings = GetUpdaterSettings();
   bool updated = false;
@@ -134,8 +130,7 @@ void RunUpdate(const ProgressWindowFactory& make_progress_window) {
     new_version = window->NewVersion();
   }
   if (!settings.NoFinalMessage && updated) {
-    ShowMessage(ports::MessageKind::kInformation, start_up_texts::kUpdaterTitle,
-                start_up_texts::Updated(new_version));
+    ShowInformation(box_titles::kUpdaterProgram, start_up_texts::Updated(new_version));
   }
 }
 
@@ -170,8 +165,7 @@ bool ParseCmdLine() try {
 }
 
 void CmdLineError(const std::string& message) try {
-  ShowMessage(ports::MessageKind::kWarning, start_up_texts::kUpdaterTitle,
-              start_up_texts::CommandLineError(message));
+  ShowWarning(box_titles::kUpdaterProgram, start_up_texts::CommandLineError(message));
 } catch (...) {
   ReRaiseError(kModule, "CmdLineError");
 }

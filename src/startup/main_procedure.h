@@ -16,13 +16,13 @@ using ProgressWindowFactory = std::function<std::unique_ptr<ProgressWindow>()>;
 // start. An error is shown, never thrown.
 void Main(const ProgressWindowFactory& make_progress_window);
 
-// Fills the settings record from the product's settings and this process's command line. False when
-// the command line was not understood, which has been told to the user.
+// Fills the settings record from the product's settings and this process's command line. Returns
+// false if the command line was not understood, which has been reported.
 bool ParseCmdLine();
 
 void CmdLineError(const std::string& message);
 
-// Starts the product again when the command line named it and the file exists.
+// Starts the product again if the command line named it and the file exists.
 void RunMainExeFile();
 
 // Releases the updater's lock and ends the process; called once the next updater has been started.

@@ -4,16 +4,12 @@
 
 #include "foundation/text.h"
 
-// What start-up says to the user.
+// What start-up shows to the user.
 namespace tmw::start_up_texts {
-
-inline constexpr const char* kUpdaterTitle = "Программа обновления";
-inline constexpr const char* kWebUpdateTitle = "Web-обновление";
 
 inline constexpr const char* kNetworkInstallation =
     "Программа \"Tamrin\" установлена в режиме, когда программные компоненты располагаются на "
-    "сетевом диске и используются несколькими пользовательскими компьютерами. "
-    "\r\n\r\n"
+    "сетевом диске и используются несколькими пользовательскими компьютерами. \r\n\r\n"
     "Утилиту Web-обновления в этом случае использовать нельзя.";
 
 inline std::string CommandLineError(const std::string& message) {

@@ -10,6 +10,8 @@
 #include "ports/clock.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "services/box_titles.h"
+#include "services/message_boxes.h"
 #include "services/updater_settings.h"
 #include "ui/ui_texts.h"
 
@@ -46,7 +48,7 @@ void DownloadingForm::Execute(const std::string& product_code, const std::string
   const bool is_client = GetUpdaterSettings().IsClientInstallation;
   view_->SetCaption(std::string(ui_texts::kCaption) + (is_client ? ui_texts::kClientSuffix : ""));
   is_timer_on_ = true;
-  fUpdater_OnSetButtonMode(2);
+  OnSetButtonMode(2);
   view_->Run(*this);
 } catch (...) {
   ReRaiseError(kModule, "Execute");
@@ -82,11 +84,11 @@ void DownloadingForm::Run() {
 }
 
 void DownloadingForm::theCancel_Click() try {
-  // A second press while the question stands is not a second question.
+  // A second press while the question stands asks nothing.
   if (!cancel_enabled_ || is_asking_) return;
   is_asking_ = true;
-  const bool is_confirmed =
-      ports::CurrentPorts().front_end->AskYesNo(ui_texts::kUpdateTitle, ui_texts::kCancelQuestion);
+  const bool is_confirmed = ports::CurrentPorts().front_end->AskYesNo(box_titles::kProductUpdate,
+                                                                      ui_texts::kCancelQuestion);
   is_asking_ = false;
   if (is_confirmed) cancel_pressed_ = true;
 } catch (...) {
@@ -98,26 +100,26 @@ void DownloadingForm::OnStop() {
   if (cancel_enabled_) cancel_pressed_ = true;
 }
 
-void DownloadingForm::fUpdater_OnSetMainAction(const std::string& text) try {
+void DownloadingForm::OnSetMainAction(const std::string& text) try {
   PaintHeldProgress();
   view_->SetStage(text);
 } catch (...) {
   ReRaiseError(kModule, "fUpdater_OnSetMainAction");
 }
 
-void DownloadingForm::fUpdater_OnSetSubAction(const std::string& text) try {
+void DownloadingForm::OnSetSubAction(const std::string& text) try {
   view_->SetDetail(text);
 } catch (...) {
   ReRaiseError(kModule, "fUpdater_OnSetSubAction");
 }
 
-void DownloadingForm::fUpdater_OnSetIcon(const std::string& name) try {
+void DownloadingForm::OnSetIcon(const std::string& name) try {
   view_->SetPicture(name);
 } catch (...) {
   ReRaiseError(kModule, "fUpdater_OnSetIcon");
 }
 
-void DownloadingForm::fUpdater_OnSetupProgress(std::int32_t max, bool show_count) try {
+void DownloadingForm::OnSetupProgress(std::int32_t max, bool show_count) try {
   PaintHeldProgress();
   progress_max_ = max;
   progress_value_ = 0;
@@ -132,7 +134,7 @@ void DownloadingForm::fUpdater_OnSetupProgress(std::int32_t max, bool show_count
   ReRaiseError(kModule, "fUpdater_OnSetupProgress");
 }
 
-void DownloadingForm::fUpdater_OnSetProgress(std::int32_t value) try {
+void DownloadingForm::OnSetProgress(std::int32_t value) try {
   if (progress_max_ <= 0) return;
   progress_value_ = std::min(value, progress_max_);
   is_progress_held_ = true;
@@ -158,12 +160,12 @@ void DownloadingForm::PaintProgress(std::int64_t now) {
   is_progress_held_ = false;
   last_painting_ = now;
   const double percent = static_cast<double>(progress_value_) / progress_max_ * 100;
-  // No bar is shorter than empty, whatever a run reports.
+  // A run may report a position below 0.
   view_->SetProgress(std::max(percent, 0.0),
                      show_count_ ? FineNumStr(progress_value_) + "/" + max_words_ : "");
 }
 
-void DownloadingForm::fUpdater_OnSetButtonMode(std::int32_t mode) try {
+void DownloadingForm::OnSetButtonMode(std::int32_t mode) try {
   if (mode < 0 || mode > 2) return;
   cancel_enabled_ = mode != 0;
   view_->SetButton(mode == 2 ? ui_texts::kClose : ui_texts::kCancel, cancel_enabled_);
@@ -171,7 +173,7 @@ void DownloadingForm::fUpdater_OnSetButtonMode(std::int32_t mode) try {
   ReRaiseError(kModule, "fUpdater_OnSetButtonMode");
 }
 
-void DownloadingForm::fUpdater_OnCheckCancelPressed(bool& cancel) try {
+void DownloadingForm::OnCheckCancelPressed(bool& cancel) try {
   ports::CurrentPorts().front_end->RunPendingEvents();
   PaintProgressIfDue();
   cancel = cancel_pressed_;

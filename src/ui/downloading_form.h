@@ -14,51 +14,41 @@ namespace tmw {
 
 class KsUpdater;
 
-// The window of a run: starts the run once it is on the screen, shows what the run tells, and turns
-// a press of its button into the answer that the run asks for. The view shows and keeps no rules.
+// The window of a run: starts the run once it is on the screen, shows what the run reports, and
+// turns a press of its button into the answer that the run asks for. The view only displays.
 //
-// Stage, detail, picture and button go to the view at once. Bar and counter go there about as often
-// as a person can see, which is rarely compared with a run's reports; the last one held back
-// follows with a later check or with the next stage.
+// Stage, detail, picture and button go to the view at once. Bar and counter are painted about as
+// often as a person can see, much more rarely than a run reports them; a position that was held
+// back is painted with a later check or with the next stage.
 class DownloadingForm final : public ProgressWindow,
                               public UpdaterEvents,
                               private ports::ProgressViewEvents {
  public:
-  // exit_updater ends this process once the next updater runs; the window is closed before.
+  // exit_updater ends this process once the next updater runs; the window is closed first.
   explicit DownloadingForm(std::function<void()> exit_updater);
   ~DownloadingForm() override;
 
-  // Modal, one run a form. A failure of the run is shown, not thrown; Updated is then false.
+  // Modal, one run per form. A failure of the run is shown, not thrown; Updated is then false.
   void Execute(const std::string& product_code, const std::string& url,
                const std::string& fallback_url) override;
 
   bool Updated() const override { return updated_; }
   std::string NewVersion() const override { return new_version_; }
 
-  // The events of fUpdater.
-  void OnSetMainAction(const std::string& text) override { fUpdater_OnSetMainAction(text); }
-  void OnSetupProgress(std::int32_t max, bool show_count) override {
-    fUpdater_OnSetupProgress(max, show_count);
-  }
-  void OnSetProgress(std::int32_t value) override { fUpdater_OnSetProgress(value); }
-  void OnSetSubAction(const std::string& text) override { fUpdater_OnSetSubAction(text); }
-  void OnSetButtonMode(std::int32_t mode) override { fUpdater_OnSetButtonMode(mode); }
-  void OnSetIcon(const std::string& name) override { fUpdater_OnSetIcon(name); }
-  void OnCheckCancelPressed(bool& cancel) override { fUpdater_OnCheckCancelPressed(cancel); }
+  // In an error's frames their names begin with "fUpdater_".
+  void OnSetMainAction(const std::string& text) override;
+  void OnSetupProgress(std::int32_t max, bool show_count) override;
+  void OnSetProgress(std::int32_t value) override;
+  void OnSetSubAction(const std::string& text) override;
+  void OnSetButtonMode(std::int32_t mode) override;
+  void OnSetIcon(const std::string& name) override;
+  void OnCheckCancelPressed(bool& cancel) override;
 
-  // Grouped by three with blanks, "1 234 567"; zero is empty, for the pattern has no digit for it.
+  // Digits grouped by three with blanks, "1 234 567"; empty for zero.
   static std::string FineNumStr(double value);
 
  private:
-  void fUpdater_OnSetMainAction(const std::string& text);
-  void fUpdater_OnSetupProgress(std::int32_t max, bool show_count);
-  void fUpdater_OnSetProgress(std::int32_t value);
-  void fUpdater_OnSetSubAction(const std::string& text);
-  void fUpdater_OnSetButtonMode(std::int32_t mode);
-  void fUpdater_OnSetIcon(const std::string& name);
-  void fUpdater_OnCheckCancelPressed(bool& cancel);
-
-  // The events of the view. They end their errors here: there is no caller to handle them.
+  // The events of the view. Errors end in them: no caller handles any.
   void OnShown() override { theTimer_Timer(); }
   void OnCancel() override { theCancel_Click(); }
   void OnStop() override;
@@ -87,7 +77,7 @@ class DownloadingForm final : public ProgressWindow,
   std::string max_words_;  // of progress_max_
   bool is_progress_held_ = false;
   std::int64_t last_painting_ = 0;
-  TransferPace pace_;  // of a range with a counter: such a range counts bytes
+  TransferPace pace_;  // used for a range with a counter, which counts bytes
 
   bool updated_ = false;
   std::string new_version_;

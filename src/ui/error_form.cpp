@@ -5,6 +5,7 @@
 #include "foundation/version.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "services/box_titles.h"
 #include "ui/ui_texts.h"
 
 namespace tmw {
@@ -12,7 +13,7 @@ namespace {
 
 constexpr std::string_view kSectionSeparator = "\x01";
 
-// On lines of its own behind what is there.
+// A line of dashes below the text so far.
 std::string DashLine() {
   std::string line(kCrLf);
   for (int i = 0; i < 50; ++i)
@@ -20,7 +21,7 @@ std::string DashLine() {
   return line.append(kCrLf);
 }
 
-// A line whose value may not be had; an error window must not fail for it.
+// Leaves the line out if its value is not available: an error window must not fail.
 void AddLineIfKnown(StringAccumulator& text, std::string_view label, std::string (*get)()) {
   try {
     text.AddLine(std::string(label) + get());
@@ -41,13 +42,13 @@ void ErrorForm::Compose(const std::string& message, const std::string& chain, st
   }
   if (!chain.empty()) {
     text.Add(DashLine());
-    text.AddLine("Стек:");
+    text.AddLine(ui_texts::kChain);
     text.Add(chain);
   }
   text.Add(DashLine());
-  if (code != 0) text.AddLine("Код ошибки: " + std::to_string(code) + " (0x" + ToHex(code) + ")");
-  AddLineIfKnown(text, "Сборка программы обновления: ", GetAppVersionString);
-  AddLineIfKnown(text, "Версия Windows: ", GetOSVersionString);
+  if (code != 0) text.AddLine(ui_texts::ErrorCode(code));
+  AddLineIfKnown(text, ui_texts::kUpdaterBuild, GetAppVersionString);
+  AddLineIfKnown(text, ui_texts::kSystemVersion, GetOSVersionString);
   full_text_ = text.TakeText();
 }
 
@@ -55,7 +56,7 @@ void ErrorForm::Execute(const std::string& message, const std::string& chain, st
                         const std::string& caption) {
   Compose(message, chain, code);
   view_ = ports::CurrentPorts().front_end->MakeErrorView();
-  view_->SetTexts({.title = caption.empty() ? ui_texts::kErrorTitle : caption,
+  view_->SetTexts({.title = caption.empty() ? box_titles::kError : caption,
                    .label = ui_texts::kErrorLabel,
                    .full_text_name = ui_texts::kFullTextName,
                    .short_text = short_text_,
@@ -78,7 +79,7 @@ void ErrorForm::OnDetails() {
 }
 
 void ErrorForm::OnCopy() {
-  // Without a clipboard the text is at least where it can be selected.
+  // Without a clipboard the text is at least shown where it can be selected.
   if (!view_->CopyText(full_text_) && !detail_view_) OnDetails();
 }
 

@@ -9,11 +9,11 @@
 
 namespace tmw {
 
-// The window that ends the life of an error: the message in a short view and, on request, a
-// detailed text that can be sent to support. The view shows and keeps no rules.
+// Shows an error that ends here: the message in a short view and, on request, a detailed text that
+// can be sent to support. The view only displays.
 class ErrorForm final : public ErrorWindow, private ports::ErrorViewEvents {
  public:
-  // Modal; where nobody can answer, the detailed text is printed.
+  // Modal; a view that nobody can answer prints the detailed text.
   void Execute(const std::string& message, const std::string& chain, std::int32_t code,
                const std::string& caption) override;
 

@@ -1,16 +1,17 @@
 #include "ui/transfer_pace.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <utility>
+
+#include "ui/ui_texts.h"
 
 namespace tmw {
 namespace {
 
 constexpr std::int64_t kLargestAdvance = 65536;
 constexpr std::int64_t kSample = 1000;
-// No sample at all for so long: the updater was busy with something else than the transfer.
+// After so long without a sample the updater was busy with something other than the transfer.
 constexpr std::int64_t kLongestSample = 3000;
 constexpr std::int64_t kFirstWords = 3000;
 constexpr std::int64_t kSilence = 5000;
@@ -24,7 +25,7 @@ constexpr std::int64_t kSecondStep = 5;
 constexpr std::int64_t kMostHours = 99;
 
 std::string SpeedWords(double bytes_per_second) {
-  constexpr std::array units = {"Б/с", "КБ/с", "МБ/с", "ГБ/с"};
+  constexpr auto units = ui_texts::kSpeedUnits;
   double value = bytes_per_second;
   std::size_t unit = 0;
   for (; value >= 999.5 && unit + 1 < units.size(); ++unit)
@@ -37,19 +38,16 @@ std::string SpeedWords(double bytes_per_second) {
   return number + " " + units.at(unit);
 }
 
-// Empty when there is nothing left, or far too much.
+// Empty if no time is left, or too much to be named.
 std::string TimeLeftWords(double milliseconds) {
   const auto seconds = static_cast<std::int64_t>(std::ceil(milliseconds / 1000));
   if (seconds <= 0) return {};
-  const std::string left = ", осталось ";
   const std::int64_t stepped = (seconds + kSecondStep - 1) / kSecondStep * kSecondStep;
-  if (stepped < 60) return left + std::to_string(stepped) + " с";
+  if (stepped < 60) return ui_texts::SecondsLeft(stepped);
   const std::int64_t minutes = (seconds + 59) / 60;
-  if (minutes < 60) return left + std::to_string(minutes) + " мин";
+  if (minutes < 60) return ui_texts::MinutesLeft(minutes);
   const std::int64_t hours = minutes / 60;
-  if (hours > kMostHours) return {};
-  const std::string rest = minutes % 60 == 0 ? "" : " " + std::to_string(minutes % 60) + " мин";
-  return left + std::to_string(hours) + " ч" + rest;
+  return hours > kMostHours ? "" : ui_texts::HoursLeft(hours, minutes % 60);
 }
 
 }  // namespace
@@ -78,7 +76,7 @@ bool TransferPace::Update(std::int64_t now) {
   sample_start_ = now;
   const std::int64_t received = std::exchange(received_, 0);
   if (passed > kLongestSample) {
-    // The promise, the speed and the silence count busy time as if it had not been.
+    // Busy time counts neither for the speed nor as silence, and moves the promised end.
     known_since_ += passed;
     last_arrival_ += passed;
     end_ += end_ > 0 ? static_cast<double>(passed) : 0;

@@ -5,18 +5,19 @@
 
 namespace tmw {
 
-// How fast a transfer goes and how long it will take, from its position over time, in words that
-// stay calm: renewed once a second, the speed averaged, the end moved at once only when it was
-// guessed wrong. Moments are milliseconds of a clock that only grows; sizes are bytes.
+// Speed and remaining time of a transfer, computed from its position over time, in words that do
+// not jump: renewed once a second, the speed averaged, the promised end corrected little by little
+// unless it was far wrong. Times are milliseconds of a monotonic clock, sizes are bytes.
 class TransferPace {
  public:
   void Start(std::int64_t total, std::int64_t now);
 
-  // An advance larger than a transfer reports at once has not been transferred: those bytes lie
-  // here from an earlier run.
+  // A larger advance than one report of a transfer makes does not count for the speed: those bytes
+  // come from an earlier run.
   void Advance(std::int64_t position);
 
-  // To be called again and again, also while nothing arrives; true when the words have changed.
+  // To be called again and again, also while nothing arrives. Returns true if the words have
+  // changed.
   bool Update(std::int64_t now);
 
   // "1,2 МБ/с, осталось 3 мин"; empty in the first seconds and while nothing arrives.
@@ -34,7 +35,7 @@ class TransferPace {
   std::int64_t last_arrival_ = 0;
   double averaged_bytes_ = 0;  // both fade with age; their quotient is the speed
   double averaged_time_ = 0;
-  double end_ = 0;  // the moment that the words promise; 0: none
+  double end_ = 0;  // the time that the words promise; 0: none
   std::string words_;
 };
 

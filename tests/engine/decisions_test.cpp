@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "engine/checked_sum.h"
 #include "engine/digest.h"
 #include "engine/folder_constants.h"
+#include "engine/limits.h"
+#include "engine/run_messages.h"
 #include "engine/server_list.h"
-#include "engine/updater_utils.h"
 #include "tests/support/caught.h"
 
 namespace tmw {
@@ -31,38 +31,43 @@ TEST(RequiredUpdater, MinorNumbersCountEvenBelowAGreaterMajorOne) {
       {"99999999999", UpdaterVersionCheck::kUnreadable},
   };
   for (const auto& c : cases)
-    EXPECT_EQ(CheckUpdaterVersion(c.required, 3, 5), c.result) << c.required;
+    EXPECT_EQ(CheckForUpdaterVersion(c.required, 3, 5), c.result) << c.required;
 }
 
 TEST(UpdateVersion, HasExactlyFourNumbers) {
   std::array<std::int32_t, 4> numbers{};
-  EXPECT_TRUE(ParseUpdateVersion("3.6.0.12", numbers));
+  EXPECT_TRUE(TryParseUpdateVersion("3.6.0.12", numbers));
   EXPECT_EQ(numbers, (std::array<std::int32_t, 4>{3, 6, 0, 12}));
   for (const char* const line : {"", "1.2.3", "1.2.3.4.5", "1.2.3.99999999999"})
-    EXPECT_FALSE(ParseUpdateVersion(line, numbers)) << line;
+    EXPECT_FALSE(TryParseUpdateVersion(line, numbers)) << line;
 }
 
 TEST(ComponentLines, AreReadFromTheThirdLineOn) {
+  const std::string fault = "Ошибка формата файла версии: ";
+  const std::string size = fault + "ошибка размера файла в сроке Update.";
   const struct {
     const char* line;
-    ComponentLineError error;
+    std::string reason;
     std::string result;  // of the components: name/size/hash
   } cases[] = {
-      {"UPDATER:a.exe|100|abc", ComponentLineError::kNone, "a.exe/100/abc"},
-      {"updater:a.exe| 7 |  abc  |more|fields", ComponentLineError::kNone, "a.exe/7/abc"},
-      {"news:a|b", ComponentLineError::kNone, ""},
-      {" updater:a.exe|1|x", ComponentLineError::kNone, ""},
-      {"updater:", ComponentLineError::kEmpty, ""},
-      {"updater:a.exe|100", ComponentLineError::kTooFewFields, ""},
-      {"updater:a.exe|x|abc", ComponentLineError::kBadSize, ""},
-      {"updater:a.exe||abc", ComponentLineError::kBadSize, ""},
-      {"updater:a.exe|12k|abc", ComponentLineError::kBadSize, ""},
-      {"updater:a.exe|-1|abc", ComponentLineError::kBadSize, ""},
-      {"updater:a.exe|3000000000|abc", ComponentLineError::kBadSize, ""},
+      {"UPDATER:a.exe|100|abc", "", "a.exe/100/abc"},
+      {"updater:a.exe| 7 |  abc  |more|fields", "", "a.exe/7/abc"},
+      {"news:a|b", "", ""},
+      {" updater:a.exe|1|x", "", ""},
+      {"updater:", fault + "строка Update пустая.", ""},
+      {"updater:a.exe|100", fault + "количество параметров в строке Update меньше ожидаемого.", ""},
+      {"updater:a.exe|x|abc", size, ""},
+      {"updater:a.exe||abc", size, ""},
+      {"updater:a.exe|12k|abc", size, ""},
+      {"updater:a.exe|-1|abc", size, ""},
+      {"updater:a.exe|3000000000|abc", size, ""},
   };
   for (const auto& c : cases) {
     std::vector<WuUpdaterComponent> read;
-    EXPECT_EQ(ParseComponentLines({"updater:", "updater:", c.line}, read), c.error) << c.line;
+    std::string reason;
+    EXPECT_EQ(TryParseUpdaterDigestPart({"updater:", "updater:", c.line}, read, reason),
+              c.reason.empty());
+    EXPECT_EQ(reason, c.reason) << c.line;
     std::string result;
     for (const auto& r : read)
       result += r.Name + "/" + std::to_string(r.Size) + "/" + r.Hash;
@@ -97,8 +102,8 @@ TEST(FolderConstants, AreReplacedOnceAndBracesCanBeEscaped) {
       {"plain", "plain"},
   };
   for (const auto& c : cases)
-    EXPECT_EQ(ExpandFolderConstants(c[0], constants), c[1]) << c[0];
-  const auto error = tests::Caught([&] { ExpandFolderConstants("{p}{q}", constants); });
+    EXPECT_EQ(ParseConsts(c[0], constants), c[1]) << c[0];
+  const auto error = tests::Caught([&] { ParseConsts("{p}{q}", constants); });
   EXPECT_EQ(error.Description, "Unknown Const name: q");
 }
 

@@ -1,30 +1,29 @@
+#include "engine/installation.h"
+
 #include <algorithm>
 #include <set>
 #include <string>
 #include <utility>
 
+#include "database/access_helpers.h"
 #include "database/database_paths.h"
 #include "engine/engine_texts.h"
 #include "engine/interruption_mark.h"
-#include "engine/ks_updater.h"
 #include "engine/registration.h"
 #include "foundation/api_errors.h"
 #include "foundation/encodings.h"
-#include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "ports/clock.h"
 #include "ports/file_system.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
-#include "services/updater_settings.h"
+#include "services/message_boxes.h"
 
 namespace tmw {
 namespace {
 
-constexpr const char* kModule = "KsUpdater";
-
-constexpr std::int32_t kAfterUnregisteringMs = 10;
-constexpr const char* kProbe = "TmWebUpdate.probe";
+constexpr std::int32_t kAfterUnregistering = 10;  // milliseconds
+constexpr const char* kProbeFile = "TmWebUpdate.probe";
 constexpr const char* kScriptEnding = ".tms";
 constexpr const char* kScriptCompanionEnding = ".xml";
 
@@ -32,8 +31,8 @@ std::string InstalledPath(const WuFileNode& file) {
   return JoinPath(file.Folder, file.OrigName);
 }
 
-// A script of the product has a description of the same base name beside it, which is never part of
-// a release and goes with the script.
+// Beside a script of the product lies its description under the same base name. No release delivers
+// it; it is deleted with the script.
 void DeleteScriptCompanion(const WuFileNode& file) {
   if (!LowerCase(file.OrigName).ends_with(kScriptEnding)) return;
   DeleteFile(JoinPath(file.Folder, SplitFileName(file.OrigName).Name + kScriptCompanionEnding),
@@ -45,7 +44,7 @@ void UninstallFile(const WuFileNode& file) {
   if (IsFileExists(installed)) {
     if (file.IsCom) {
       static_cast<void>(UnregisterDll(installed, true));
-      ports::CurrentPorts().clock->Sleep(kAfterUnregisteringMs);
+      ports::CurrentPorts().clock->Sleep(kAfterUnregistering);
     }
     DeleteFileRepeatedly(installed);
   }
@@ -53,7 +52,7 @@ void UninstallFile(const WuFileNode& file) {
 }
 
 bool InstallFile(const ReleasePaths& release, const WuFileNode& file) {
-  const std::string loaded = LoadedPath(release, file.OrigName);
+  const std::string loaded = MakeComponentPlaces(release, file.OrigName).Loaded;
   const std::string installed = InstalledPath(file);
   if (!IsFileExists(loaded)) {
     DownloadError(engine_texts::LoadedFileMissing(loaded));
@@ -69,7 +68,7 @@ bool InstallFile(const ReleasePaths& release, const WuFileNode& file) {
   return !file.IsCom || DoRegisterDll(installed, false);
 }
 
-// The folder itself, or the nearest one above it that is there.
+// The folder, or the nearest one above it that exists.
 std::string ExistingPart(std::string folder) {
   while (!IsFolderExists(folder)) {
     std::string above = SplitFileName(folder).Folder;
@@ -81,7 +80,7 @@ std::string ExistingPart(std::string folder) {
 
 ports::Status TryToWrite(const std::string& folder) {
   ports::FileSystem& files = *ports::CurrentPorts().files;
-  const std::string probe = JoinPath(folder, kProbe);
+  const std::string probe = JoinPath(folder, kProbeFile);
   static_cast<void>(files.RemoveFile(probe));
   const auto opened = files.Open(probe, ports::FileMode::kCreateNew);
   if (!opened) return ports::Status::Failure(opened.code);
@@ -99,14 +98,13 @@ void CleanupFolder(const std::string& folder) {
 
 }  // namespace
 
-// Told before anything is downloaded, let alone removed.
-bool KsUpdater::CanReplaceFiles() {
+bool CanReplaceFiles(const std::vector<WuFileNode>& files, bool is_client) {
   std::set<std::string> folders;
-  for (const WuFileNode& file : files_) {
+  for (const WuFileNode& file : files) {
     if (file.NeedUpdate) folders.insert(ExistingPart(file.Folder));
   }
-  if (!GetUpdaterSettings().IsClientInstallation) {
-    folders.insert(database_folder_);
+  if (!is_client) {
+    folders.insert(SplitFileName(database_utils::GetUserDBFileName()).Folder);
     folders.insert(SplitFileName(UserDatabasePlace()).Folder);
   }
   for (const std::string& folder : folders) {
@@ -118,63 +116,57 @@ bool KsUpdater::CanReplaceFiles() {
   return true;
 }
 
-// Counted on the bar. False: a step has told the user why the run ends.
-bool KsUpdater::HandleFiles(const char* action, bool (*is_concerned)(const WuFileNode& file),
-                            const std::function<bool(const WuFileNode& file)>& step) {
-  SetMainAction(action);
-  const auto concerned = std::count_if(files_.begin(), files_.end(), is_concerned);
-  SetupProgress(static_cast<std::int32_t>(concerned), false);
-  std::int32_t count = 0;
-  for (const WuFileNode& file : files_) {
-    if (!is_concerned(file)) continue;
-    SetSubAction(file.OrigName);
-    if (!step(file)) return false;
-    SetProgress(++count);
-    // Nothing can be cancelled here, but the window can be moved and uncovered.
-    ports::CurrentPorts().front_end->RunPendingEvents();
-  }
-  ClearProgress();
-  return true;
-}
-
-bool KsUpdater::UninstallOldFiles() try {
-  MarkInstallation(release_, version_id_);
+bool Installation::UninstallOldFiles() {
+  MarkInstallation(release_, manifest_.VersionID);
   return HandleFiles(
       engine_texts::kRemovingOld, [](const WuFileNode& file) { return file.NeedUpdate; },
       [](const WuFileNode& file) {
         UninstallFile(file);
         return true;
       });
-} catch (...) {
-  ReRaiseError(kModule, "UninstallOldFiles");
 }
 
-bool KsUpdater::InstallNewFiles() try {
+bool Installation::InstallNewFiles() {
   return HandleFiles(
       engine_texts::kInstalling,
       [](const WuFileNode& file) { return file.NeedUpdate || file.IsCom; },
       [this](const WuFileNode& file) {
         if (file.NeedUpdate) return InstallFile(release_, file);
-        // An unchanged component is registered again; that it fails is nothing new.
         static_cast<void>(DoRegisterDll(InstalledPath(file), true));
         return true;
       });
-} catch (...) {
-  ReRaiseError(kModule, "InstallNewFiles");
 }
 
-void KsUpdater::CleanupTempFolders() try {
-  SetMainAction(engine_texts::kCleaning);
-  SetSubAction("");
-  // First of all: the installation is complete now, whatever becomes of the rest.
-  UnmarkInstallations(temp_dir_);
+void Installation::CleanupTempFolders(const std::string& temp_dir) {
+  events_.OnSetMainAction(engine_texts::kCleaning);
+  events_.OnSetSubAction("");
+  // The mark goes first: the installation is complete, even if a folder cannot be removed.
+  UnmarkInstallations(temp_dir);
   for (const std::string& folder : {release_.Structures, release_.Scripts, release_.Loaded,
-                                    release_.Parts, release_.Folder, temp_dir_}) {
+                                    release_.Parts, release_.Folder, temp_dir}) {
     CleanupFolder(folder);
   }
-  SetMainAction("");
-} catch (...) {
-  ReRaiseError(kModule, "CleanupTempFolders");
+  events_.OnSetMainAction("");
+}
+
+// Takes one step for every file concerned, until one returns false.
+bool Installation::HandleFiles(const char* action, bool (*is_concerned)(const WuFileNode& file),
+                               const std::function<bool(const WuFileNode& file)>& step) {
+  const std::vector<WuFileNode>& files = manifest_.Files;
+  events_.OnSetMainAction(action);
+  const auto concerned = std::count_if(files.begin(), files.end(), is_concerned);
+  events_.OnSetupProgress(static_cast<std::int32_t>(concerned), false);
+  std::int32_t count = 0;
+  for (const WuFileNode& file : files) {
+    if (!is_concerned(file)) continue;
+    events_.OnSetSubAction(file.OrigName);
+    if (!step(file)) return false;
+    events_.OnSetProgress(++count);
+    // Keeps the window alive: nothing here asks for a cancel.
+    ports::CurrentPorts().front_end->RunPendingEvents();
+  }
+  events_.ClearProgress();
+  return true;
 }
 
 }  // namespace tmw

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "engine/records.h"
+
+// The update manifest, "TMW_manifest.xml":
+//   <KSUpdateManifest ProductID Version VersionID>
+//     <Files> <Folder name> <File OrigName SrvName OrigSize SrvSize PackType Hash [IsCom]/> …
+//     <DataBase> <Dict TableName SrvFile SrvSize Hash/> … <User TableName/> … </DataBase>
+//     <DBUpdates SrvName PackSize PackHash/> <DBStruct SrvName PackSize PackHash/>
+// Other elements and attributes are ignored; "{p}" in a folder's name is the product's root.
+namespace tmw {
+
+// Reads the manifest of that version of the product; tables come dictionaries first. Returns false
+// with the reason if the file is not well-formed or describes another product or version. All other
+// faults are raised: what is missing or no number, names that the path guard refuses, the user's
+// own files, and one name for two tables or for two contents.
+[[nodiscard]] bool TryParseManifest(const std::string& file, const std::string& product_code,
+                                    const std::string& version, Manifest& manifest,
+                                    std::string& reason);
+
+}  // namespace tmw

@@ -1,0 +1,56 @@
+#include "engine/product_version_check.h"
+
+#include <cstdint>
+
+#include "engine/engine_texts.h"
+#include "engine/interruption_mark.h"
+#include "engine/run_messages.h"
+#include "foundation/error_handling.h"
+#include "foundation/version.h"
+#include "ports/ports.h"
+#include "ports/product_version.h"
+#include "services/box_titles.h"
+#include "services/message_boxes.h"
+#include "services/run_module.h"
+
+namespace tmw {
+namespace {
+
+constexpr std::int32_t kNotComparable = -2;
+
+bool Compare(const std::string& installed, const std::string& offered,
+             const std::string& temp_dir) {
+  switch (CompareVersionStrings(installed, offered, kNotComparable)) {
+    case -1:
+      return true;
+    case 0:
+      // The file that bears the version may have been installed, and others not.
+      return IsInstallationInterrupted(temp_dir) || AskForRepair(installed);
+    case 1:
+      ShowInformation(box_titles::kUpdateImpossible,
+                      engine_texts::InstalledIsNewer(installed, offered));
+      return false;
+    default:
+      DownloadError(engine_texts::VersionsNotComparable(installed, offered));
+      return false;
+  }
+}
+
+}  // namespace
+
+std::string LoadOldProductVersion() try {
+  return ports::CurrentPorts().product_version->InstalledVersion().value_or("");
+} catch (...) {
+  ReRaiseError(kRunModule, "LoadOldProductVersion");
+}
+
+bool CheckProductVersion(const std::string& installed, const std::string& offered,
+                         const std::string& temp_dir, UpdaterEvents& events) {
+  if (installed.empty()) return true;
+  events.OnSetMainAction(engine_texts::kComparingVersions);
+  const bool result = Compare(installed, offered, temp_dir);
+  events.OnSetMainAction("");
+  return result;
+}
+
+}  // namespace tmw

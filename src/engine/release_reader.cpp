@@ -1,0 +1,119 @@
+#include "engine/release_reader.h"
+
+#include <utility>
+
+#include "engine/digest.h"
+#include "engine/engine_texts.h"
+#include "engine/limits.h"
+#include "engine/manifest.h"
+#include "engine/server_list.h"
+#include "foundation/contract_names.h"
+#include "foundation/file_utils.h"
+#include "foundation/version.h"
+#include "packages/rar_archive.h"
+#include "ports/clock.h"
+#include "ports/ports.h"
+#include "services/box_titles.h"
+#include "services/message_boxes.h"
+#include "services/updater_settings.h"
+#include "transfer/inet.h"
+
+namespace tmw {
+namespace {
+
+bool Refuse(const std::string& reason) {
+  DownloadError(reason);
+  return false;
+}
+
+}  // namespace
+
+ReleaseReader::ReleaseReader(UpdaterEvents& events, std::string product_code, UpdateServers servers,
+                             std::string temp_dir)
+    : events_(events),
+      product_code_(std::move(product_code)),
+      servers_(std::move(servers)),
+      temp_dir_(std::move(temp_dir)),
+      second_try_(events, *ports::CurrentPorts().clock) {}
+
+bool ReleaseReader::ReadDigest(Digest& digest) {
+  events_.OnSetMainAction(engine_texts::kGettingVersion);
+  const bool result = LoadDigest(digest);
+  events_.OnSetMainAction("");
+  return result;
+}
+
+bool ReleaseReader::ChooseServer(const std::string& version, std::string& loading_url) {
+  events_.OnSetMainAction(engine_texts::kChoosingServer);
+  const bool result = LoadServerList(version, loading_url);
+  events_.OnSetMainAction("");
+  return result;
+}
+
+bool ReleaseReader::ReadManifest(const std::string& loading_url, const std::string& version,
+                                 Manifest& manifest) {
+  events_.OnSetMainAction(engine_texts::kGettingFileList);
+  const bool result = LoadManifest(loading_url, version, manifest);
+  events_.OnSetMainAction("");
+  return result;
+}
+
+bool ReleaseReader::LoadDigest(Digest& digest) {
+  const std::string name(names::kDigestFile);
+  const std::string local = JoinPath(temp_dir_, name);
+  if (!FetchSmallFile(name, local, engine_texts::DigestNotLoaded)) return false;
+  const AppVersion own = GetAppVersion();
+  std::string reason;
+  if (!TryParseDigest(ReadFileToString(local), own.Major, own.Minor, digest, reason))
+    return Refuse(reason);
+  if (digest.Updater == UpdaterVersionCheck::kTooOld) {
+    ShowInformation(box_titles::kProductUpdate, engine_texts::kUpdaterTooOld);
+    return false;
+  }
+  DeleteFile(local);
+  return true;
+}
+
+bool ReleaseReader::LoadServerList(const std::string& version, std::string& loading_url) {
+  const std::string name(names::kServerListFile);
+  const std::string local = JoinPath(temp_dir_, name);
+  if (IsFileExists(local)) DeleteFileRepeatedly(local);
+  if (!FetchSmallFile(name, local, engine_texts::ServerListNotLoaded)) return false;
+  const std::string text = ReadFileToString(local);
+  DeleteFile(local);
+  std::string server;
+  std::string reason;
+  if (!TryChooseServer(text, GetUpdaterSettings().NoFtp, ports::CurrentPorts().clock->TickCount(),
+                       server, reason)) {
+    return Refuse(reason);
+  }
+  loading_url = JoinUrl(server, product_code_ + "_" + version);
+  return true;
+}
+
+bool ReleaseReader::LoadManifest(const std::string& loading_url, const std::string& version,
+                                 Manifest& manifest) {
+  const std::string package = JoinPath(temp_dir_, names::kManifestPackage);
+  const std::string url = loading_url + "/" + std::string(names::kManifestPackage);
+  if (!second_try_.Fetch(url, package, kMaxManifestPackage)) return false;
+  const std::string entry = product_code_ + std::string(names::kManifestFile);
+  std::string reason;
+  if (!UnrarOneFile(package, entry, temp_dir_, "", reason)) return Refuse(reason);
+  DeleteFile(package);
+  events_.OnSetMainAction(engine_texts::kParsingFileList);
+  const std::string file = JoinPath(temp_dir_, entry);
+  return TryParseManifest(file, product_code_, version, manifest, reason) || Refuse(reason);
+}
+
+bool ReleaseReader::FetchSmallFile(const std::string& name, const std::string& local,
+                                   std::string (*failure)(const std::string& reason)) {
+  const std::string fallback = servers_.FallbackUrl.empty() ? "" : servers_.FallbackUrl + name;
+  std::string reason;
+  const bool is_loaded =
+      TryDownloadFileFromTwoUrls(servers_.Url + name, fallback, local, reason, kMaxSmallFile,
+                                 [this] { return !events_.CancelPressed(); });
+  if (!is_loaded && !events_.CancelPressed()) DownloadError(failure(reason));
+  return is_loaded;
+}
+
+}  // namespace tmw

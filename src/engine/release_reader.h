@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+
+#include "engine/records.h"
+#include "engine/second_try.h"
+
+namespace tmw {
+
+// Fetches and reads what the servers say of a release. The files go to the temporary folder. An
+// operation that returns false has reported why, unless the user has cancelled.
+class ReleaseReader {
+ public:
+  ReleaseReader(UpdaterEvents& events, std::string product_code, UpdateServers servers,
+                std::string temp_dir);
+
+  bool ReadDigest(Digest& digest);
+
+  // Chooses one of the listed servers; loading_url becomes the release's folder there.
+  bool ChooseServer(const std::string& version, std::string& loading_url);
+
+  // Refuses a manifest of another product or version.
+  bool ReadManifest(const std::string& loading_url, const std::string& version, Manifest& manifest);
+
+ private:
+  bool LoadDigest(Digest& digest);
+  bool LoadServerList(const std::string& version, std::string& loading_url);
+  bool LoadManifest(const std::string& loading_url, const std::string& version, Manifest& manifest);
+  bool FetchSmallFile(const std::string& name, const std::string& local,
+                      std::string (*failure)(const std::string& reason));
+
+  UpdaterEvents& events_;
+  std::string product_code_;
+  UpdateServers servers_;
+  std::string temp_dir_;
+  SecondTry second_try_;
+};
+
+}  // namespace tmw

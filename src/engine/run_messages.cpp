@@ -1,0 +1,72 @@
+#include "engine/run_messages.h"
+
+#include <cmath>
+#include <cstdint>
+
+#include "engine/engine_texts.h"
+#include "foundation/error_handling.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "services/box_titles.h"
+#include "services/message_boxes.h"
+#include "services/updater_settings.h"
+
+namespace tmw {
+namespace {
+
+constexpr const char* kModule = "miUpdaterUtils";
+
+constexpr double kKilo = 1024;
+constexpr double kMega = kKilo * 1024;
+constexpr double kGiga = kMega * 1024;
+constexpr double kSwitch = 800;  // of the smaller unit
+constexpr double kLastPlainByte = 2047;
+
+// "0.0" with the Russian decimal separator, half away from zero.
+std::string OneDecimal(double value) {
+  const auto tenths = static_cast<std::int64_t>(std::floor(value * 10 + 0.5));
+  return std::to_string(tenths / 10) + "," + std::to_string(tenths % 10);
+}
+
+}  // namespace
+
+bool AskYesNo(const std::string& question, const std::string& title) try {
+  if (GetUpdaterSettings().NoFinalMessage) return true;
+  return ports::CurrentPorts().front_end->AskYesNo(title, question);
+} catch (...) {
+  ReRaiseError(kModule, "AskYesNo");
+}
+
+bool AskForDownload(std::int32_t volume) {
+  return AskYesNo(engine_texts::VolumeQuestion(GetFriendlySizeString(volume, false)),
+                  box_titles::kProductUpdate);
+}
+
+bool AskForRepair(const std::string& version) {
+  return ports::CurrentPorts().front_end->AskYesNo(box_titles::kUpdateNotNeeded,
+                                                   engine_texts::SameVersionQuestion(version));
+}
+
+bool HasWork(const UpdateNeed& need, bool is_client) {
+  if (need.Files || (need.Tables && !is_client)) return true;
+  ShowInformation(box_titles::kUpdaterProgram,
+                  need.Tables ? engine_texts::kServerComputerOnly : engine_texts::kNothingToDo);
+  return false;
+}
+
+std::string GetFriendlySizeString(double bytes, bool is_short) try {
+  if (bytes > kSwitch * kMega)
+    return OneDecimal(bytes / kGiga) +
+           (is_short ? engine_texts::kShortGiga : engine_texts::kGigabytes);
+  if (bytes > kSwitch * kKilo)
+    return OneDecimal(bytes / kMega) +
+           (is_short ? engine_texts::kShortMega : engine_texts::kMegabytes);
+  if (bytes > kLastPlainByte)
+    return OneDecimal(bytes / kKilo) +
+           (is_short ? engine_texts::kShortKilo : engine_texts::kKilobytes);
+  return std::to_string(static_cast<std::int64_t>(bytes)) + (is_short ? "" : engine_texts::kBytes);
+} catch (...) {
+  ReRaiseError(kModule, "GetFriendlySizeString");
+}
+
+}  // namespace tmw

@@ -1,0 +1,187 @@
+#include "engine/self_update.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "engine/engine_texts.h"
+#include "engine/limits.h"
+#include "engine/second_try.h"
+#include "engine/working_folders.h"
+#include "foundation/api_errors.h"
+#include "foundation/contract_names.h"
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
+#include "foundation/text.h"
+#include "ports/clock.h"
+#include "ports/companion_library.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
+#include "ports/processes.h"
+#include "services/message_boxes.h"
+#include "services/processes.h"
+#include "services/run_module.h"
+#include "services/updater_settings.h"
+#include "sha256/sha256.h"
+#include "transfer/inet.h"
+
+namespace tmw {
+namespace {
+
+constexpr int kNumberedNames = 100;
+
+ports::Processes& OwnProcess() {
+  return *ports::CurrentPorts().processes;
+}
+
+// The options that this process was started with come last: of two equal ones the later counts.
+std::string RestartLine(const std::string& program, const std::string& own_options) {
+  const std::string received = OwnProcess().OwnArguments();
+  return Quoted(program) + own_options + (received.empty() ? "" : " " + received);
+}
+
+// The first free name in the folder, after an attempt to delete the file that has it. A running
+// program keeps its own file, so its successor gets the next number. Empty if no name is free.
+std::string FindFreeName(const std::string& folder, const std::string& name) {
+  const SplitName parts = SplitFileName(name);
+  for (int number = 0; number <= kNumberedNames; ++number) {
+    const std::string suffix = number == 0 ? "" : "_" + std::to_string(number);
+    const std::string candidate = JoinPath(folder, parts.Name + suffix + "." + parts.Extension);
+    DeleteFile(candidate, true);
+    if (!IsFileExists(candidate)) return candidate;
+  }
+  return {};
+}
+
+std::string CompanionFileName() {
+  return SplitFileName(ports::CurrentPorts().companion->Path()).FileName();
+}
+
+bool IsProgram(const std::string& name) {
+  return LowerCase(SplitFileName(name).Extension) == "exe";
+}
+
+std::string HashOf(const std::string& bytes) {
+  return sha256::CSHA256().SHA256(
+      std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
+}
+
+bool VerifyUpdaterComponent(const std::string& url, const WuUpdaterComponent& component) {
+  const std::string& file = component.LocalFileName;
+  if (!IsFileExists(file)) {
+    DownloadError(engine_texts::ComponentNotLoaded(url));
+    return false;
+  }
+  const std::int64_t length = GetFileLength(file);
+  if (length != component.Size) {
+    DownloadError(engine_texts::ComponentLengthDiffers(url, length, component.Size));
+    return false;
+  }
+  if (HashOf(ReadFileBytes(file)) != component.Hash) {
+    DownloadError(engine_texts::ComponentHashDiffers(url));
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+SelfUpdate::SelfUpdate(UpdaterEvents& events, std::function<void()> exit_updater)
+    : events_(events), exit_updater_(std::move(exit_updater)) {}
+
+bool SelfUpdate::CopyToTempFolderAndRestart(const std::string& product_code,
+                                            const std::string& old_version) {
+  events_.OnSetupProgress(0, false);
+  events_.OnSetMainAction(engine_texts::kCopyingUpdater);
+  events_.OnSetSubAction("");
+  std::string temp_dir;
+  if (!CreateTempDir(product_code, temp_dir)) return false;
+  std::string program = JoinPath(".", SplitFileName(OwnProcess().OwnProgram()).FileName());
+  std::string library = JoinPath(".", CompanionFileName());
+  if (!CopyModuleToTempFolder(program, temp_dir) || !CopyModuleToTempFolder(library, temp_dir))
+    return false;
+  events_.OnSetMainAction(engine_texts::kRestarting);
+  events_.OnSetSubAction("");
+  std::string options = " " + std::string(names::kOptionTempCopy);
+  if (!old_version.empty())
+    options += " " + std::string(names::kOptionOldVersion) + " " + old_version;
+  RunProcess(program, RestartLine(program, options), SplitFileName(program).Folder, false,
+             kContinuesChain);
+  exit_updater_();
+  return true;
+}
+
+bool SelfUpdate::CopyModuleToTempFolder(std::string& module, const std::string& temp_dir) try {
+  const std::string name = SplitFileName(module).FileName();
+  events_.OnSetSubAction(engine_texts::CopyingFile(name));
+  if (!IsFileExists(module)) {
+    DownloadError(engine_texts::OwnFileMissing(module));
+    return false;
+  }
+  const std::string copy = JoinPath(temp_dir, name);
+  CopyFile(module, copy);
+  module = copy;
+  return true;
+} catch (...) {
+  ReRaiseError(kRunModule, "CopyModuleToTempFolder");
+}
+
+bool SelfUpdate::MayReplaceUpdater() {
+  if (!GetUpdaterSettings().IsRestartedAfterSelfUpdate) return true;
+  DownloadError(engine_texts::kStillTooOld);
+  return false;
+}
+
+bool SelfUpdate::DownloadUpdater(const std::string& loading_url, const std::string& temp_dir,
+                                 std::vector<WuUpdaterComponent>& components) {
+  events_.OnSetMainAction(engine_texts::kLoadingUpdater);
+  for (WuUpdaterComponent& component : components) {
+    if (!DownloadComponent(JoinUrl(loading_url, component.Name), temp_dir, component)) return false;
+  }
+  return true;
+}
+
+bool SelfUpdate::DownloadComponent(const std::string& url, const std::string& temp_dir,
+                                   WuUpdaterComponent& component) {
+  events_.OnSetSubAction(engine_texts::LoadingComponent(url));
+  if (IsProgram(component.Name)) {
+    component.LocalFileName = FindFreeName(temp_dir, component.Name);
+    if (component.LocalFileName.empty()) {
+      DownloadError(engine_texts::NoFreeName(component.Name, temp_dir));
+      return false;
+    }
+  } else {
+    component.LocalFileName = JoinPath(temp_dir, component.Name);
+    DeleteFileRepeatedly(component.LocalFileName);
+  }
+  SecondTry second_try(events_, *ports::CurrentPorts().clock);
+  return second_try.Fetch(url, component.LocalFileName, MaxComponent(component.Size)) &&
+         !events_.CancelPressed() && VerifyUpdaterComponent(url, component) &&
+         !events_.CancelPressed();
+}
+
+bool SelfUpdate::RestartUpdater(const std::vector<WuUpdaterComponent>& components) {
+  events_.OnSetMainAction(engine_texts::kRestarting);
+  const bool is_started = StartNewUpdater(components);
+  events_.OnSetMainAction("");
+  events_.OnSetSubAction("");
+  return is_started;
+}
+
+bool SelfUpdate::StartNewUpdater(const std::vector<WuUpdaterComponent>& components) {
+  if (components.empty()) {
+    DownloadError(engine_texts::kNoComponents);
+    return false;
+  }
+  const std::string& program = components.front().LocalFileName;
+  const ports::Status status = ports::CurrentPorts().files->MakeExecutable(program);
+  if (!status) RaiseApiErrorWithMessage(engine_texts::ProgramNotPrepared(program), status.code);
+  RunProcess(program, RestartLine(program, " " + std::string(names::kOptionRestarted)), "", false,
+             kContinuesChain);
+  exit_updater_();
+  return true;
+}
+
+}  // namespace tmw
