@@ -49,6 +49,7 @@ class Checker {
     CheckedTable facts{object.name, (object.flags & ports::kSystemObject) != 0, 0, 0};
     try {
       const PageNumber page = object.id & object_id::kMaskOfPage;
+      table_names_[page] = object.name;
       const DefinitionChain chain = ReadDefinitionChain(context_.source, page, object.place.page);
       bool is_ours = true;
       for (const PageNumber number : chain.pages)
@@ -63,7 +64,6 @@ class Checker {
 
   void CheckContents(const CatalogueObject& object, const TableLayout& layout,
                      PageCensus::Owner owner, CheckedTable& facts) {
-    table_names_[layout.page] = object.name;
     catalogue_.AddTable(object.name, layout);
     TableCheck table(context_, object.name, layout, owner);
     table.Run();
@@ -107,27 +107,28 @@ class Checker {
     // What stands on a free page no longer matters.
     if (owner != PageCensus::kNobody || is_free) return;
     try {
-      if (const std::string table = TableWithRowsOn(page); !table.empty()) {
-        report_.findings.AddFault(check_texts::kLostRows, check_texts::Table(table), page);
-        return;
-      }
+      if (ReportLostRows(context_.source.Read(page))) return;
     } catch (const Damage&) {
       // Nobody's page may hold anything.
     }
     report_.findings.AddNote(check_texts::kLostPage, {}, page);
   }
 
-  // The table whose live rows stand on a page that its map does not list; empty for any other page.
-  std::string TableWithRowsOn(PageNumber number) {
-    const PageView view = context_.source.Read(number);
-    if (view.Kind() != PageKind::kData) return {};
+  // Returns false when no live rows of a table stand on the page.
+  bool ReportLostRows(const PageView& view) {
+    if (view.Kind() != PageKind::kData) return false;
     const auto table = table_names_.find(view.Get(page::kOwner));
-    if (table == table_names_.end()) return {};
+    if (table == table_names_.end()) return false;
     const DataPage page(view);
+    std::size_t count = 0;
     for (std::size_t row = 0; row < page.RowCount(); ++row) {
-      if (page.At(row).state == RowState::kLive) return table->second;
+      const RowState state = page.At(row).state;
+      if (state == RowState::kLive || state == RowState::kHidden) ++count;
     }
-    return {};
+    if (count != 0)
+      report_.findings.AddFault(check_texts::kLostRows, check_texts::Table(table->second),
+                                view.Page(), std::to_string(count));
+    return count != 0;
   }
 
   DatabaseReader& reader_;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "foundation/unique_handle.h"
+#include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -19,17 +19,6 @@ using ports::SystemCode;
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr std::size_t kLargestTransfer = 0x1000000;
-
-struct PageFileTraits {
-  using Type = HANDLE;
-  static Type Invalid() { return INVALID_HANDLE_VALUE; }
-  static void Close(Type handle) { CloseHandle(handle); }
-};
-using PageFileHandle = tmw::UniqueHandle<PageFileTraits>;
-
-SystemCode LastError() {
-  return static_cast<SystemCode>(GetLastError());
-}
 
 OVERLAPPED At(std::uint64_t offset) {
   OVERLAPPED place{};
@@ -49,7 +38,7 @@ Outcome<FileIdentity> IdentityOfHandle(HANDLE handle) {
 
 class WindowsPageFile final : public PageFile {
  public:
-  explicit WindowsPageFile(PageFileHandle handle) : handle_(std::move(handle)) {}
+  explicit WindowsPageFile(UniqueFileHandle handle) : handle_(std::move(handle)) {}
 
   Outcome<std::uint64_t> Size() override {
     LARGE_INTEGER size{};
@@ -104,7 +93,7 @@ class WindowsPageFile final : public PageFile {
   }
 
  private:
-  PageFileHandle handle_;
+  UniqueFileHandle handle_;
 };
 
 class WindowsPageFiles final : public ports::PageFiles {
@@ -114,7 +103,7 @@ class WindowsPageFiles final : public ports::PageFiles {
     const bool is_new = mode == PageFileMode::kCreateNew;
     // The rights of a new file are those of its folder: temporary files lie where their target
     // does.
-    PageFileHandle handle(CreateFileW(
+    UniqueFileHandle handle(CreateFileW(
         ToWide(path).c_str(), is_new ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ, kShareAll,
         nullptr, is_new ? CREATE_NEW : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!handle) return Result::Failure(LastError());
@@ -122,8 +111,8 @@ class WindowsPageFiles final : public ports::PageFiles {
   }
 
   Outcome<FileIdentity> IdentityOf(const std::string& path) override {
-    const PageFileHandle handle(CreateFileW(ToWide(path).c_str(), 0, kShareAll, nullptr,
-                                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const UniqueFileHandle handle(CreateFileW(ToWide(path).c_str(), 0, kShareAll, nullptr,
+                                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!handle) return Outcome<FileIdentity>::Failure(LastError());
     return IdentityOfHandle(handle.Get());
   }
