@@ -19,13 +19,13 @@ packing                           ports foundation sha256
 packages                          ports foundation services sha256
 companion                         ports/companion_abi foundation/encodings foundation/unique_handle sha256
 jet/errors                        ports foundation
-jet/engine                        ports
 jet/values                        ports foundation jet/errors
 jet/storage_sql                   ports foundation jet/values
-jet/table_info                    ports foundation jet/values jet/storage_sql
+jet/table_info                    ports foundation jet/errors jet/values jet/storage_sql
 jet/sql                           ports foundation jet/errors jet/values jet/storage_sql jet/table_info
 jet/file                          ports foundation jet/errors jet/values
-jet/store                         ports foundation jet/errors jet/engine jet/values jet/storage_sql jet/table_info jet/sql jet/file
+jet/store                         ports foundation jet/errors jet/values jet/storage_sql jet/table_info jet/sql jet/file
+jet/engine                        ports jet/errors jet/store
 tools                             ports foundation services
 transfer                          ports foundation services
 database                          ports foundation services

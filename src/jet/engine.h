@@ -6,7 +6,7 @@
 
 namespace jet {
 
-// The embedded database engine: databases are storage files of its own.
+// The embedded database engine. Its databases are storage files of its own.
 std::unique_ptr<ports::DatabaseEngine> MakeEngine();
 
 }  // namespace jet

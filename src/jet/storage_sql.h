@@ -24,15 +24,13 @@ std::string CallSql(const Function& function, std::initializer_list<std::string_
 // A text as a literal.
 std::string TextLiteral(std::string_view text);
 
-// How kStore gets the demands of the field: a sum of these.
-enum StoreFlag : std::int32_t { kRequired = 1, kTakesZeroLength = 2, kInPrimaryKey = 4 };
-
 // The comments give the arguments in order; one is named "type" when it is the number of the
 // ValueType of the value before it. Comparisons give 1 or 0, or Null when that is unknown.
 namespace functions {
 
-// Values of fields.
-inline constexpr Function kStore = {"jet_to", 6};  // value, type, DataType, size, flags, field name
+// A value for a field: value, type, DataType, size, sum of flags, name of the field.
+inline constexpr Function kStore = {"jet_to", 6};
+enum StoreFlag : std::int32_t { kRequired = 1, kTakesZeroLength = 2, kInPrimaryKey = 4 };
 inline constexpr Function kGuid = {"jet_guid", 1};                      // 16 bytes
 inline constexpr Function kNextNumber = {"jet_next_number", 1, false};  // table
 inline constexpr Function kUsedNumber = {"jet_used_number", 2, false};  // table, number or Null

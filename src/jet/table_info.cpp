@@ -1,6 +1,7 @@
 #include "jet/table_info.h"
 
 #include "foundation/encodings.h"
+#include "jet/errors.h"
 #include "jet/storage_sql.h"
 
 namespace jet {
@@ -26,6 +27,22 @@ const IndexInfo* TableInfo::PrimaryIndex() const {
     if (index.definition.primary) return &index;
   }
   return nullptr;
+}
+
+const FieldInfo& RequireField(const TableInfo& table, std::string_view name,
+                              std::int32_t error_number) {
+  const FieldInfo* const field = table.FindField(name);
+  if (field == nullptr) Fail(error_number, name, table.name);
+  return *field;
+}
+
+Target TargetOf(const ports::FieldDefinition& definition, bool in_primary_key) {
+  return {definition.name,
+          definition.type,
+          definition.size,
+          definition.required,
+          definition.allow_zero_length || !IsTextType(definition.type),
+          in_primary_key};
 }
 
 std::string IndexOrder(const TableInfo& table, const IndexInfo& index) {

@@ -55,8 +55,15 @@ class TableFinder {
   virtual TablePtr FindTable(std::string_view name) = 0;
 };
 
+// Fails with the error of that number when the table has no such field.
+const FieldInfo& RequireField(const TableInfo& table, std::string_view name,
+                              std::int32_t error_number);
+
 // "c1 COLLATE JET, c2 DESC": the storage's columns in an index's order.
 std::string IndexOrder(const TableInfo& table, const IndexInfo& index);
+
+// What a field of this definition, its size settled, demands of its values.
+Target TargetOf(const ports::FieldDefinition& definition, bool in_primary_key);
 
 bool IsTextType(ports::DataType type);
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -41,6 +42,14 @@ enum class Operator {
   kEqv,
   kImp,
 };
+
+struct Comparison {
+  std::string_view symbol;
+  Operator op;
+};
+inline constexpr Comparison kComparisons[] = {
+    {"=", Operator::kEqual},        {"<>", Operator::kNotEqual}, {"<", Operator::kLess},
+    {"<=", Operator::kLessOrEqual}, {">", Operator::kGreater},   {">=", Operator::kGreaterOrEqual}};
 
 enum class ExpressionKind {
   kNull,

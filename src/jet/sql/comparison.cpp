@@ -6,22 +6,10 @@
 namespace jet::sql {
 
 std::string_view ComparisonSymbol(Operator op) {
-  switch (op) {
-    case Operator::kEqual:
-      return "=";
-    case Operator::kNotEqual:
-      return "<>";
-    case Operator::kLess:
-      return "<";
-    case Operator::kLessOrEqual:
-      return "<=";
-    case Operator::kGreater:
-      return ">";
-    case Operator::kGreaterOrEqual:
-      return ">=";
-    default:
-      return {};
+  for (const Comparison& comparison : kComparisons) {
+    if (comparison.op == op) return comparison.symbol;
   }
+  return {};
 }
 
 bool IsKnown(ValueType type) {

@@ -1,6 +1,5 @@
 #include "jet/sql/definition_parser.h"
 
-#include <array>
 #include <string_view>
 #include <utility>
 
@@ -18,7 +17,7 @@ struct TypeWord {
   std::int32_t attributes = 0;
 };
 
-constexpr std::array<TypeWord, 46> kTypeWords = {{
+constexpr TypeWord kTypeWords[] = {
     {"alphanumeric", DataType::kText},
     {"autoincrement", DataType::kLong, ports::kAutoIncrementField},
     {"binary", DataType::kBinary},
@@ -65,23 +64,17 @@ constexpr std::array<TypeWord, 46> kTypeWords = {{
     {"string", DataType::kText},
     {"text", DataType::kText},
     {"time", DataType::kDate},
-}};
-
-constexpr std::array<TypeWord, 6> kMoreTypeWords = {{
     {"timestamp", DataType::kDate},
     {"tinyint", DataType::kByte},
     {"uniqueidentifier", DataType::kGuid},
     {"varbinary", DataType::kBinary},
     {"varchar", DataType::kText},
     {"yesno", DataType::kBoolean},
-}};
+};
 
 const TypeWord* FindType(const std::string& word) {
   const std::string lower = tmw::LowerCase(word);
   for (const TypeWord& entry : kTypeWords) {
-    if (entry.word == lower) return &entry;
-  }
-  for (const TypeWord& entry : kMoreTypeWords) {
     if (entry.word == lower) return &entry;
   }
   return nullptr;
@@ -252,9 +245,7 @@ ReferenceAction DefinitionParser::ReadAction() {
 std::vector<std::string> DefinitionParser::ReadNames() {
   std::vector<std::string> names;
   tokens_.ExpectSymbol("(");
-  do
-    names.push_back(tokens_.ExpectName());
-  while (tokens_.TakeSymbol(","));
+  tokens_.ReadList([&] { names.push_back(tokens_.ExpectName()); });
   tokens_.ExpectSymbol(")");
   return names;
 }

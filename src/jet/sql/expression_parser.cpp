@@ -1,7 +1,7 @@
 #include "jet/sql/expression_parser.h"
 
 #include <algorithm>
-#include <array>
+#include <optional>
 #include <utility>
 
 #include "jet/errors.h"
@@ -29,17 +29,25 @@ class DepthGuard {
   int& depth_;
 };
 
-struct SymbolOperator {
-  std::string_view symbol;
+// The operators between two operands, from the loosest level to the tightest.
+struct LevelOperator {
+  int level;
+  std::string_view word;
   Operator op;
 };
 
-constexpr std::array<SymbolOperator, 6> kComparisons = {{{"=", Operator::kEqual},
-                                                         {"<>", Operator::kNotEqual},
-                                                         {"<", Operator::kLess},
-                                                         {"<=", Operator::kLessOrEqual},
-                                                         {">", Operator::kGreater},
-                                                         {">=", Operator::kGreaterOrEqual}}};
+constexpr LevelOperator kOperators[] = {
+    {0, "imp", Operator::kImp},     {1, "eqv", Operator::kEqv},
+    {2, "xor", Operator::kXor},     {3, "or", Operator::kOr},
+    {4, "and", Operator::kAnd},     {6, "&", Operator::kConcatenate},
+    {7, "+", Operator::kAdd},       {7, "-", Operator::kSubtract},
+    {8, "mod", Operator::kModulo},  {9, "\\", Operator::kIntegerDivide},
+    {10, "*", Operator::kMultiply}, {10, "/", Operator::kDivide},
+};
+constexpr int kLoosest = 0;
+constexpr int kNotLevel = 5;  // NOT, and below it the comparisons
+constexpr int kConcatenation = 6;
+constexpr int kSignLevel = 11;
 
 struct WordLiteral {
   std::string_view word;
@@ -47,13 +55,11 @@ struct WordLiteral {
   double number;
 };
 
-constexpr std::array<WordLiteral, 7> kWords = {{{"null", ExpressionKind::kNull, 0},
-                                                {"true", ExpressionKind::kBoolean, -1},
-                                                {"yes", ExpressionKind::kBoolean, -1},
-                                                {"on", ExpressionKind::kBoolean, -1},
-                                                {"false", ExpressionKind::kBoolean, 0},
-                                                {"no", ExpressionKind::kBoolean, 0},
-                                                {"off", ExpressionKind::kBoolean, 0}}};
+constexpr WordLiteral kWords[] = {
+    {"null", ExpressionKind::kNull, 0},     {"true", ExpressionKind::kBoolean, -1},
+    {"yes", ExpressionKind::kBoolean, -1},  {"on", ExpressionKind::kBoolean, -1},
+    {"false", ExpressionKind::kBoolean, 0}, {"no", ExpressionKind::kBoolean, 0},
+    {"off", ExpressionKind::kBoolean, 0}};
 
 }  // namespace
 
@@ -97,33 +103,27 @@ ExpressionPtr ExpressionParser::Negated(ExpressionPtr condition, bool negated) c
   return negated ? Unary(Operator::kNot, std::move(condition), begin) : std::move(condition);
 }
 
-ExpressionPtr ExpressionParser::KeywordLevel(std::string_view keyword, Operator op, Level tighter) {
-  ExpressionPtr left = (this->*tighter)();
-  while (tokens_.TakeKeyword(keyword))
-    left = Binary(op, std::move(left), (this->*tighter)());
-  return left;
-}
-
 ExpressionPtr ExpressionParser::Read() {
   const ClauseScope clause(tokens_, kSyntaxInExpression);
   const DepthGuard guard(depth_, tokens_.TextBetween(tokens_.Position(), std::string_view::npos));
-  return KeywordLevel("imp", Operator::kImp, &ExpressionParser::ReadEqv);
+  return ReadLevel(kLoosest);
 }
 
-ExpressionPtr ExpressionParser::ReadEqv() {
-  return KeywordLevel("eqv", Operator::kEqv, &ExpressionParser::ReadXor);
+std::optional<Operator> ExpressionParser::TakeOperator(int level) {
+  for (const LevelOperator& entry : kOperators) {
+    if (entry.level == level && (tokens_.TakeKeyword(entry.word) || tokens_.TakeSymbol(entry.word)))
+      return entry.op;
+  }
+  return std::nullopt;
 }
 
-ExpressionPtr ExpressionParser::ReadXor() {
-  return KeywordLevel("xor", Operator::kXor, &ExpressionParser::ReadOr);
-}
-
-ExpressionPtr ExpressionParser::ReadOr() {
-  return KeywordLevel("or", Operator::kOr, &ExpressionParser::ReadAnd);
-}
-
-ExpressionPtr ExpressionParser::ReadAnd() {
-  return KeywordLevel("and", Operator::kAnd, &ExpressionParser::ReadNot);
+ExpressionPtr ExpressionParser::ReadLevel(int level) {
+  if (level == kNotLevel) return ReadNot();
+  if (level == kSignLevel) return ReadSign();
+  ExpressionPtr left = ReadLevel(level + 1);
+  while (const std::optional<Operator> op = TakeOperator(level))
+    left = Binary(*op, std::move(left), ReadLevel(level + 1));
+  return left;
 }
 
 ExpressionPtr ExpressionParser::ReadNot() {
@@ -134,10 +134,10 @@ ExpressionPtr ExpressionParser::ReadNot() {
 }
 
 ExpressionPtr ExpressionParser::ReadComparison() {
-  ExpressionPtr value = ReadConcatenation();
+  ExpressionPtr value = ReadLevel(kConcatenation);
   for (;;) {
     bool is_comparison = false;
-    for (const SymbolOperator& comparison : kComparisons) {
+    for (const Comparison& comparison : kComparisons) {
       if (!tokens_.TakeSymbol(comparison.symbol)) continue;
       value = Binary(comparison.op, std::move(value), ReadCompared());
       is_comparison = true;
@@ -152,7 +152,7 @@ ExpressionPtr ExpressionParser::ReadCompared() {
   const bool is_all = tokens_.AtKeyword("all");
   const bool is_any = tokens_.AtKeyword("any") || tokens_.AtKeyword("some");
   if ((!is_all && !is_any) || !tokens_.AtSymbol("(", 1) || !tokens_.AtKeyword("select", 2))
-    return ReadConcatenation();
+    return ReadLevel(kConcatenation);
   tokens_.Take();
   ExpressionPtr values = ReadParenthesised();
   values->quantifier = is_all ? Quantifier::kAll : Quantifier::kAny;
@@ -180,7 +180,7 @@ bool ExpressionParser::ReadPredicate(ExpressionPtr& value) {
   if (negated) tokens_.Take();
   tokens_.Take();
   if (is_like) {
-    value = Binary(Operator::kLike, std::move(value), ReadConcatenation());
+    value = Binary(Operator::kLike, std::move(value), ReadLevel(kConcatenation));
     if (is_alike) value->text = "alike";
     value = Negated(std::move(value), negated);
   } else {
@@ -198,9 +198,7 @@ ExpressionPtr ExpressionParser::ReadIn(ExpressionPtr value, bool negated) {
   if (tokens_.AtKeyword("select")) {
     test->select = read_select_();
   } else {
-    do
-      Adopt(*test, Read());
-    while (tokens_.TakeSymbol(","));
+    tokens_.ReadList([&] { Adopt(*test, Read()); });
   }
   tokens_.ExpectSymbol(")");
   test->end = tokens_.LastEnd();
@@ -212,55 +210,11 @@ ExpressionPtr ExpressionParser::ReadBetween(ExpressionPtr value, bool negated) {
   test->negated = negated;
   test->begin = value->begin;
   Adopt(*test, std::move(value));
-  Adopt(*test, ReadConcatenation());
+  Adopt(*test, ReadLevel(kConcatenation));
   tokens_.ExpectKeyword("and");
-  Adopt(*test, ReadConcatenation());
+  Adopt(*test, ReadLevel(kConcatenation));
   test->end = tokens_.LastEnd();
   return test;
-}
-
-ExpressionPtr ExpressionParser::ReadConcatenation() {
-  ExpressionPtr left = ReadSum();
-  while (tokens_.TakeSymbol("&"))
-    left = Binary(Operator::kConcatenate, std::move(left), ReadSum());
-  return left;
-}
-
-ExpressionPtr ExpressionParser::ReadSum() {
-  ExpressionPtr left = ReadModulo();
-  for (;;) {
-    if (tokens_.TakeSymbol("+")) {
-      left = Binary(Operator::kAdd, std::move(left), ReadModulo());
-    } else if (tokens_.TakeSymbol("-")) {
-      left = Binary(Operator::kSubtract, std::move(left), ReadModulo());
-    } else {
-      return left;
-    }
-  }
-}
-
-ExpressionPtr ExpressionParser::ReadModulo() {
-  return KeywordLevel("mod", Operator::kModulo, &ExpressionParser::ReadIntegerDivision);
-}
-
-ExpressionPtr ExpressionParser::ReadIntegerDivision() {
-  ExpressionPtr left = ReadProduct();
-  while (tokens_.TakeSymbol("\\"))
-    left = Binary(Operator::kIntegerDivide, std::move(left), ReadProduct());
-  return left;
-}
-
-ExpressionPtr ExpressionParser::ReadProduct() {
-  ExpressionPtr left = ReadSign();
-  for (;;) {
-    if (tokens_.TakeSymbol("*")) {
-      left = Binary(Operator::kMultiply, std::move(left), ReadSign());
-    } else if (tokens_.TakeSymbol("/")) {
-      left = Binary(Operator::kDivide, std::move(left), ReadSign());
-    } else {
-      return left;
-    }
-  }
 }
 
 // The sign binds looser than ^: -2^2 is -4.
@@ -367,9 +321,7 @@ ExpressionPtr ExpressionParser::ReadCall(ExpressionPtr call) {
     Adopt(*call, Make(ExpressionKind::kStar));
     tokens_.Take();
   } else if (!tokens_.AtSymbol(")")) {
-    do
-      Adopt(*call, Read());
-    while (tokens_.TakeSymbol(","));
+    tokens_.ReadList([&] { Adopt(*call, Read()); });
   }
   tokens_.ExpectSymbol(")");
   call->end = tokens_.LastEnd();

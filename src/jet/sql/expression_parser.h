@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -23,20 +24,11 @@ class ExpressionParser {
   ExpressionPtr Read();
 
  private:
-  using Level = ExpressionPtr (ExpressionParser::*)();
-
-  ExpressionPtr ReadEqv();
-  ExpressionPtr ReadXor();
-  ExpressionPtr ReadOr();
-  ExpressionPtr ReadAnd();
+  ExpressionPtr ReadLevel(int level);
+  std::optional<Operator> TakeOperator(int level);
   ExpressionPtr ReadNot();
   ExpressionPtr ReadComparison();
   ExpressionPtr ReadCompared();
-  ExpressionPtr ReadConcatenation();
-  ExpressionPtr ReadSum();
-  ExpressionPtr ReadModulo();
-  ExpressionPtr ReadIntegerDivision();
-  ExpressionPtr ReadProduct();
   ExpressionPtr ReadSign();
   ExpressionPtr ReadPower();
   ExpressionPtr ReadOperand();
@@ -52,7 +44,6 @@ class ExpressionParser {
   ExpressionPtr Binary(Operator op, ExpressionPtr left, ExpressionPtr right) const;
   ExpressionPtr Unary(Operator op, ExpressionPtr operand, std::size_t begin) const;
   ExpressionPtr Negated(ExpressionPtr condition, bool negated) const;
-  ExpressionPtr KeywordLevel(std::string_view keyword, Operator op, Level tighter);
 
   TokenStream& tokens_;
   SelectReader read_select_;

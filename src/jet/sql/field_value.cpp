@@ -27,9 +27,9 @@ std::string AssignedSql(const TypedSql& raw, const FieldInfo& field) {
   if (IsCopy(raw, target)) return raw.sql;
   // An amount that is only copied keeps all its digits.
   const TypedSql value = raw.type == ValueType::kStoredCurrency ? raw : Decoded(raw);
-  const std::int32_t flags = (target.required ? kRequired : 0) |
-                             (target.allow_zero_length ? kTakesZeroLength : 0) |
-                             (target.in_primary_key ? kInPrimaryKey : 0);
+  const std::int32_t flags = (target.required ? functions::kRequired : 0) |
+                             (target.allow_zero_length ? functions::kTakesZeroLength : 0) |
+                             (target.in_primary_key ? functions::kInPrimaryKey : 0);
   return CallSql(
       functions::kStore,
       {value.sql, TypeCode(value.type), std::to_string(static_cast<std::int32_t>(target.type)),

@@ -15,12 +15,6 @@
 namespace jet::sql {
 namespace {
 
-const FieldInfo* RequireField(const TableInfo& table, const std::string& name) {
-  const FieldInfo* const field = table.FindField(name);
-  if (field == nullptr) Fail(kUnknownInsertField, name);
-  return field;
-}
-
 void RefuseRepeated(const std::vector<const FieldInfo*>& fields) {
   std::vector<const FieldInfo*> sorted = fields;
   std::sort(sorted.begin(), sorted.end());
@@ -32,7 +26,7 @@ void RefuseRepeated(const std::vector<const FieldInfo*>& fields) {
 std::vector<const FieldInfo*> NamedFields(const Insert& insert, const TableInfo& table) {
   std::vector<const FieldInfo*> fields;
   for (const std::string& name : insert.fields)
-    fields.push_back(RequireField(table, name));
+    fields.push_back(&RequireField(table, name, kUnknownInsertField));
   RefuseRepeated(fields);
   return fields;
 }
@@ -51,7 +45,7 @@ std::vector<const FieldInfo*> FieldsByColumns(const TableInfo& table,
   std::vector<const FieldInfo*> fields;
   fields.reserve(columns.size());
   for (const OutputColumn& column : columns)
-    fields.push_back(RequireField(table, column.name));
+    fields.push_back(&RequireField(table, column.name, kUnknownInsertField));
   RefuseRepeated(fields);
   return fields;
 }

@@ -60,9 +60,7 @@ Select QueryParser::ReadPart() {
   tokens_.ExpectKeyword("select");
   Select select;
   ReadPredicates(select);
-  do
-    select.items.push_back(ReadItem());
-  while (tokens_.TakeSymbol(","));
+  tokens_.ReadList([&] { select.items.push_back(ReadItem()); });
   if (tokens_.TakeKeyword("into")) {
     select.into = tokens_.ExpectName();
     if (tokens_.AtKeyword("in")) FailUnsupported("SELECT … INTO … IN");
@@ -110,9 +108,7 @@ OutputItem QueryParser::ReadItem() {
 void QueryParser::ReadGroups(Select& select) {
   if (tokens_.TakeKeyword("group")) {
     tokens_.ExpectKeyword("by");
-    do
-      select.group_by.push_back(ReadExpression());
-    while (tokens_.TakeSymbol(","));
+    tokens_.ReadList([&] { select.group_by.push_back(ReadExpression()); });
   }
   if (tokens_.TakeKeyword("having")) select.having = ReadExpression();
 }
@@ -134,9 +130,7 @@ std::vector<SourcePtr> QueryParser::ReadFrom() {
   const ClauseScope clause(tokens_, kSyntaxInFrom);
   tokens_.ExpectKeyword("from");
   std::vector<SourcePtr> sources;
-  do
-    sources.push_back(ReadJoins());
-  while (tokens_.TakeSymbol(","));
+  tokens_.ReadList([&] { sources.push_back(ReadJoins()); });
   if (tokens_.AtKeyword("in")) FailUnsupported("FROM … IN");
   return sources;
 }
@@ -235,9 +229,7 @@ Insert QueryParser::ReadInsert() {
     return insert;
   }
   tokens_.ExpectSymbol("(");
-  do
-    insert.values.push_back(ReadExpression());
-  while (tokens_.TakeSymbol(","));
+  tokens_.ReadList([&] { insert.values.push_back(ReadExpression()); });
   tokens_.ExpectSymbol(")");
   return insert;
 }
@@ -247,9 +239,7 @@ Update QueryParser::ReadUpdate() {
   tokens_.ExpectKeyword("update");
   tokens_.TakeKeyword("distinctrow");
   Update update;
-  do
-    update.from.push_back(ReadJoins());
-  while (tokens_.TakeSymbol(","));
+  tokens_.ReadList([&] { update.from.push_back(ReadJoins()); });
   tokens_.ExpectKeyword("set");
   do {
     Assignment assignment;
@@ -271,9 +261,7 @@ Delete QueryParser::ReadDelete() {
   Delete statement;
   // Fields may stand beside "t.*", which alone says what is deleted from.
   if (!tokens_.AtKeyword("from")) {
-    do
-      statement.items.push_back(ReadItem());
-    while (tokens_.TakeSymbol(","));
+    tokens_.ReadList([&] { statement.items.push_back(ReadItem()); });
     if (!tokens_.AtKeyword("from")) tokens_.FailAt("FROM");
   }
   statement.from = ReadFrom();

@@ -28,6 +28,13 @@ class TokenStream {
   bool TakeSymbol(std::string_view symbol);
   void ExpectKeyword(std::string_view keyword);
   void ExpectSymbol(std::string_view symbol);
+  // Calls read for each item of a list separated by commas.
+  template <typename Read>
+  void ReadList(Read read) {
+    do
+      read();
+    while (TakeSymbol(","));
+  }
 
   // A bracketed name or an identifier that is not reserved.
   bool AtName(std::size_t ahead = 0) const;

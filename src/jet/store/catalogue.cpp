@@ -139,12 +139,7 @@ void Catalogue::LoadFields(TableInfo& table) {
     definition.allow_zero_length = rows.Integer(6) != 0;
     definition.default_value = rows.Text(7);
     field.lower_name = tmw::LowerCase(definition.name);
-    field.target = {definition.name,
-                    definition.type,
-                    definition.size,
-                    definition.required,
-                    definition.allow_zero_length || !IsTextType(definition.type),
-                    false};
+    field.target = TargetOf(definition, false);
     table.fields.push_back(std::move(field));
   }
 }

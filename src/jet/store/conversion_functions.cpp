@@ -1,3 +1,5 @@
+#include "jet/store/conversion_functions.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -7,7 +9,6 @@
 #include "foundation/number_text.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/store/function_call.h"
 #include "jet/values/coercion.h"
 #include "jet/values/format.h"
 #include "jet/values/value_text.h"
@@ -23,7 +24,6 @@ void Text(FunctionCall& call) {
 }
 
 void Number(FunctionCall& call) {
-  if (call.IsNull(0)) return;
   if (call.IsWhole(0)) {
     call.PutArgument(0);
   } else {
@@ -32,7 +32,7 @@ void Number(FunctionCall& call) {
 }
 
 void Moment(FunctionCall& call) {
-  if (!call.IsNull(0)) call.PutNumber(call.Moment(0));
+  call.PutNumber(call.Moment(0));
 }
 
 // CStr, CLng and the like: a value that cannot be converted mismatches, one too large overflows.
@@ -99,7 +99,6 @@ void LeadingNumber(FunctionCall& call) {
 
 // The number with "." and a place for the sign.
 void SignedText(FunctionCall& call) {
-  if (call.IsNull(0)) return;
   DatabaseValue value = call.Typed(0);
   if (std::holds_alternative<ports::DateValue>(value) || call.IsText(0)) value = call.Number(0);
   std::string text = ValueText(value).value_or("");
@@ -110,7 +109,6 @@ void SignedText(FunctionCall& call) {
 // A negative number as its 32 bits.
 template <int base>
 void InBase(FunctionCall& call) {
-  if (call.IsNull(0)) return;
   std::array<char, 16> buffer{};
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(),
                                  static_cast<std::uint32_t>(call.Whole(0)), base);
@@ -129,7 +127,6 @@ void Format(FunctionCall& call) {
 
 void FormatNumber(FunctionCall& call) {
   constexpr std::int32_t kMostDigits = 99;
-  if (call.AnyNull()) return;
   const std::int32_t digits = call.WholeOr(2, -1);
   if (digits < -1 || digits > kMostDigits) Fail(kInvalidCall);
   std::string pattern = "#,##0";
@@ -143,14 +140,14 @@ void FormatNumber(FunctionCall& call) {
 constexpr FunctionEntry kFunctions[] = {
     {functions::kConvert, Guarded<Convert>},
     {functions::kFormat, Guarded<Format>},
-    {functions::kFormatNumber, Guarded<FormatNumber>},
-    {functions::kHex, Guarded<InBase<16>>},
+    {functions::kFormatNumber, Strict<FormatNumber>},
+    {functions::kHex, Strict<InBase<16>>},
     {functions::kIsDate, Guarded<IsDate>},
     {functions::kIsNumeric, Guarded<IsNumeric>},
-    {functions::kMoment, Guarded<Moment>},
-    {functions::kNumber, Guarded<Number>},
-    {functions::kOct, Guarded<InBase<8>>},
-    {functions::kStr, Guarded<SignedText>},
+    {functions::kMoment, Strict<Moment>},
+    {functions::kNumber, Strict<Number>},
+    {functions::kOct, Strict<InBase<8>>},
+    {functions::kStr, Strict<SignedText>},
     {functions::kText, Guarded<Text>},
     {functions::kVal, Guarded<LeadingNumber>},
 };

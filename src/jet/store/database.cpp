@@ -9,16 +9,6 @@
 #include "jet/values/sort_key.h"
 
 namespace jet {
-namespace {
-
-const FieldInfo& RequireField(const TableInfo& table, const std::string& name) {
-  const FieldInfo* const field = table.FindField(name);
-  if (field == nullptr) Fail(kItemNotFound, name);
-  return *field;
-}
-
-}  // namespace
-
 TablePtr Database::Require(const std::string& name) {
   return RequireTable(*session_, name, kItemNotFound);
 }
@@ -78,7 +68,8 @@ void Database::SetFieldProperty(const std::string& table, const std::string& fie
                                 const ports::DatabaseValue& value) {
   session_->Change([&] {
     const TablePtr info = Require(table);
-    definitions_.SetProperty(*info, RequireField(*info, field), property, type, value);
+    definitions_.SetProperty(*info, RequireField(*info, field, kItemNotFound), property, type,
+                             value);
   });
 }
 
@@ -86,7 +77,7 @@ std::optional<ports::DatabaseValue> Database::FieldProperty(const std::string& t
                                                             const std::string& field,
                                                             const std::string& property) {
   const TablePtr info = Require(table);
-  return definitions_.Property(RequireField(*info, field), property);
+  return definitions_.Property(RequireField(*info, field, kItemNotFound), property);
 }
 
 // A statement that fails is always undone whole: leaving rows out in silence would lose data.

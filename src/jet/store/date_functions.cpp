@@ -1,13 +1,13 @@
+#include "jet/store/date_functions.h"
+
 #include <cmath>
 #include <ctime>
 #include <optional>
 
 #include "foundation/date_parts.h"
 #include "jet/errors.h"
-#include "jet/store/function_call.h"
 #include "jet/values/calendar.h"
 
-// Any argument Null gives Null.
 namespace jet {
 namespace {
 
@@ -38,31 +38,26 @@ void Time(FunctionCall& call) {
 }
 
 void DatePart(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const WeekRules rules = MakeWeekRules(call.WholeOr(2, 1), call.WholeOr(3, 1));
   call.PutInteger(PartOf(call.Moment(1), ParseInterval(call.Text(0)), rules));
 }
 
 void DateAdd(FunctionCall& call) {
-  if (call.AnyNull()) return;
   call.PutNumber(AddIntervals(call.Moment(2), ParseInterval(call.Text(0)), call.Whole(1)));
 }
 
 void DateDifference(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const WeekRules rules = MakeWeekRules(call.WholeOr(3, 1), call.WholeOr(4, 1));
   call.PutInteger(
       IntervalsBetween(call.Moment(1), call.Moment(2), ParseInterval(call.Text(0)), rules));
 }
 
 void DateSerial(FunctionCall& call) {
-  if (call.AnyNull()) return;
   call.PutNumber(DateOf(call.Whole(0), call.Whole(1), call.Whole(2)));
 }
 
 // Seconds beyond a day are days.
 void TimeSerial(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::int64_t seconds = std::int64_t{call.Whole(0)} * 3600 +
                                std::int64_t{call.Whole(1)} * 60 + std::int64_t{call.Whole(2)};
   const double days = static_cast<double>(seconds) / 86400;
@@ -71,22 +66,20 @@ void TimeSerial(FunctionCall& call) {
 }
 
 void DayOnly(FunctionCall& call) {
-  if (!call.AnyNull()) call.PutNumber(std::trunc(call.Moment(0)));
+  call.PutNumber(std::trunc(call.Moment(0)));
 }
 
 void TimeOnly(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const double days = call.Moment(0);
   call.PutNumber(std::fabs(days - std::trunc(days)));
 }
 
 void NameOfMonth(FunctionCall& call) {
-  if (!call.AnyNull()) call.PutText(MonthName(call.Whole(0), call.WholeOr(1, 0) != 0));
+  call.PutText(MonthName(call.Whole(0), call.WholeOr(1, 0) != 0));
 }
 
 // Monday is day 1 by default.
 void NameOfWeekday(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::int32_t day = call.Whole(0);
   if (day < 1 || day > 7) Fail(kInvalidCall);
   const WeekRules rules = MakeWeekRules(call.WholeOr(2, 0), 1);
@@ -95,17 +88,17 @@ void NameOfWeekday(FunctionCall& call) {
 
 constexpr FunctionEntry kFunctions[] = {
     {functions::kDate, Guarded<Date>},
-    {functions::kDateAdd, Guarded<DateAdd>},
-    {functions::kDateDifference, Guarded<DateDifference>},
-    {functions::kDatePart, Guarded<DatePart>},
-    {functions::kDateSerial, Guarded<DateSerial>},
-    {functions::kDayOnly, Guarded<DayOnly>},
-    {functions::kMonthName, Guarded<NameOfMonth>},
+    {functions::kDateAdd, Strict<DateAdd>},
+    {functions::kDateDifference, Strict<DateDifference>},
+    {functions::kDatePart, Strict<DatePart>},
+    {functions::kDateSerial, Strict<DateSerial>},
+    {functions::kDayOnly, Strict<DayOnly>},
+    {functions::kMonthName, Strict<NameOfMonth>},
     {functions::kNow, Guarded<Now>},
     {functions::kTime, Guarded<Time>},
-    {functions::kTimeOnly, Guarded<TimeOnly>},
-    {functions::kTimeSerial, Guarded<TimeSerial>},
-    {functions::kWeekdayName, Guarded<NameOfWeekday>},
+    {functions::kTimeOnly, Strict<TimeOnly>},
+    {functions::kTimeSerial, Strict<TimeSerial>},
+    {functions::kWeekdayName, Strict<NameOfWeekday>},
 };
 
 }  // namespace

@@ -125,24 +125,12 @@ void Definitions::CreateTable(const ports::TableDefinition& table) {
 void Definitions::DropTable(const TableInfo& table) {
   Connection& storage = session_.Storage();
   const std::string id = std::to_string(table.id);
+  const std::string of_it = " WHERE table_id = " + id;
   Relations(session_).Release(table);
   storage.Run("DROP TABLE " + table.StorageName());
-  storage.Run(
-      "DELETE FROM _jet_index_field WHERE index_id IN"
-      " (SELECT id FROM _jet_index WHERE table_id = " +
-      id +
-      ");"
-      "DELETE FROM _jet_index WHERE table_id = " +
-      id +
-      ";"
-      "DELETE FROM _jet_field WHERE table_id = " +
-      id +
-      ";"
-      "DELETE FROM _jet_property WHERE table_id = " +
-      id +
-      ";"
-      "DELETE FROM _jet_table WHERE id = " +
-      id);
+  storage.Run("DELETE FROM _jet_index_field WHERE index_id IN (SELECT id FROM _jet_index" + of_it +
+              "); DELETE FROM _jet_index" + of_it + "; DELETE FROM _jet_field" + of_it +
+              "; DELETE FROM _jet_property" + of_it + "; DELETE FROM _jet_table WHERE id = " + id);
   session_.Tables().Forget();
 }
 
@@ -195,12 +183,8 @@ void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
   FieldInfo made;
   made.id = InsertField(table.id, ordinal, wanted);
   made.column = "c" + std::to_string(made.id);
-  made.target = {wanted.name,
-                 wanted.type,
-                 FieldSize(wanted.type, wanted.size, wanted.name),
-                 wanted.required,
-                 wanted.allow_zero_length || !IsTextType(wanted.type),
-                 field.target.in_primary_key};
+  wanted.size = FieldSize(wanted.type, wanted.size, wanted.name);
+  made.target = TargetOf(wanted, field.target.in_primary_key);
   storage.Run("ALTER TABLE " + table.StorageName() + " ADD COLUMN " +
               ColumnSql(made.column, wanted.type));
   ConvertColumn(table, field, made);
@@ -230,9 +214,7 @@ void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
 }
 
 void Definitions::RequireValues(const TableInfo& table, const FieldInfo& field) {
-  const std::int64_t found = session_.Storage().ReadInteger(
-      "SELECT count(*) FROM " + table.StorageName() + " WHERE " + field.column + " IS NULL");
-  if (found != 0) Fail(kRequiredField, field.definition.name);
+  RefuseNull(table, field, kRequiredField);
   session_.Storage().Run("UPDATE _jet_field SET required = 1 WHERE id = " +
                          std::to_string(field.id));
   session_.Tables().Forget();
@@ -253,13 +235,11 @@ void Definitions::DropField(const TableInfo& table, const FieldInfo& field) {
   session_.Tables().Forget();
 }
 
-void Definitions::RefuseNulls(const TableInfo& table, const std::vector<std::size_t>& positions) {
-  for (const std::size_t position : positions) {
-    const FieldInfo& field = table.fields[position];
-    const std::int64_t found = session_.Storage().ReadInteger(
-        "SELECT count(*) FROM " + table.StorageName() + " WHERE " + field.column + " IS NULL");
-    if (found != 0) Fail(kNullInIndex, field.definition.name);
-  }
+void Definitions::RefuseNull(const TableInfo& table, const FieldInfo& field,
+                             std::int32_t error_number) {
+  const std::int64_t found = session_.Storage().ReadInteger(
+      "SELECT count(*) FROM " + table.StorageName() + " WHERE " + field.column + " IS NULL");
+  if (found != 0) Fail(error_number, field.definition.name);
 }
 
 void Definitions::CreateIndex(const TableInfo& table, const ports::IndexDefinition& wanted) {
@@ -277,7 +257,9 @@ void Definitions::CreateIndex(const TableInfo& table, const ports::IndexDefiniti
       Fail(kInvalidIndexField, part.name);
     index.positions.push_back(static_cast<std::size_t>(field - table.fields.data()));
   }
-  if (index.definition.required) RefuseNulls(table, index.positions);
+  for (const std::size_t position : index.positions) {
+    if (index.definition.required) RefuseNull(table, table.fields[position], kNullInIndex);
+  }
 
   Statement insert = Prepare("INSERT INTO _jet_index(table_id, name, flags) VALUES(?1, ?2, ?3)");
   insert.Bind(1, table.id).Bind(2, std::string_view(wanted.name));

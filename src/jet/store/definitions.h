@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "jet/store/session.h"
 #include "jet/table_info.h"
@@ -35,7 +34,7 @@ class Definitions {
   std::int64_t InsertField(std::int64_t table, std::int64_t ordinal,
                            const ports::FieldDefinition& field);
   void ConvertColumn(const TableInfo& table, const FieldInfo& old_field, const FieldInfo& field);
-  void RefuseNulls(const TableInfo& table, const std::vector<std::size_t>& positions);
+  void RefuseNull(const TableInfo& table, const FieldInfo& field, std::int32_t error_number);
   Statement Prepare(const std::string& sql) { return {session_.SharedStorage(), sql}; }
 
   Session& session_;

@@ -5,6 +5,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <type_traits>
 
 #include "foundation/date_parts.h"
 #include "jet/errors.h"
@@ -21,15 +22,8 @@ struct ResultPutter {
   FunctionCall& call;
   DataType type;
 
-  void operator()(ports::EmptyValue) const {}
-  void operator()(ports::NullValue) const {}
   void operator()(bool value) const { call.PutBoolean(value); }
-  void operator()(std::uint8_t value) const { call.PutInteger(value); }
-  void operator()(std::int16_t value) const { call.PutInteger(value); }
-  void operator()(std::int32_t value) const { call.PutInteger(value); }
   void operator()(ports::CurrencyValue value) const { call.PutInteger(value.ten_thousandths); }
-  void operator()(float value) const { call.PutNumber(static_cast<double>(value)); }
-  void operator()(double value) const { call.PutNumber(value); }
   void operator()(ports::DateValue value) const { call.PutNumber(value.days); }
   void operator()(const ports::DecimalValue& value) const { call.PutText(value.text); }
   void operator()(const std::string& value) const {
@@ -42,7 +36,11 @@ struct ResultPutter {
     }
   }
   void operator()(const ports::BinaryValue& value) const { call.PutBytes(value.bytes); }
-  void operator()(ports::OtherValue) const {}
+  template <typename Other>
+  void operator()(Other value) const {
+    if constexpr (std::is_integral_v<Other>) call.PutInteger(value);
+    if constexpr (std::is_floating_point_v<Other>) call.PutNumber(value);
+  }
 };
 
 double CheckedMoment(double days) {
@@ -156,8 +154,10 @@ void FunctionCall::PutStored(const DatabaseValue& value, DataType type) {
   std::visit(ResultPutter{*this, type}, value);
 }
 
-void RunGuarded(FunctionBody body, sqlite3_context* context, int count, sqlite3_value** values) {
+void RunGuarded(FunctionBody body, bool is_strict, sqlite3_context* context, int count,
+                sqlite3_value** values) {
   FunctionCall call(context, count, values);
+  if (is_strict && call.AnyNull()) return;
   try {
     body(call);
   } catch (const ports::DatabaseError& error) {

@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include <cstdint>
-#include <span>
 #include <string_view>
 
 #include "jet/storage_sql.h"
@@ -60,23 +59,23 @@ class FunctionCall {
 
 using FunctionBody = void (*)(FunctionCall& call);
 
-// Runs a body; its error is kept for the caller of the statement.
-void RunGuarded(FunctionBody body, sqlite3_context* context, int count, sqlite3_value** values);
+// Runs a body; its error is kept for the caller of the statement. A strict one runs only when no
+// argument is Null.
+void RunGuarded(FunctionBody body, bool is_strict, sqlite3_context* context, int count,
+                sqlite3_value** values);
 
 template <FunctionBody body>
 void Guarded(sqlite3_context* context, int count, sqlite3_value** values) {
-  RunGuarded(body, context, count, values);
+  RunGuarded(body, false, context, count, values);
+}
+template <FunctionBody body>
+void Strict(sqlite3_context* context, int count, sqlite3_value** values) {
+  RunGuarded(body, true, context, count, values);
 }
 
 struct FunctionEntry {
   Function function;
   void (*body)(sqlite3_context*, int, sqlite3_value**);
 };
-
-std::span<const FunctionEntry> OperatorFunctions();
-std::span<const FunctionEntry> ConversionFunctions();
-std::span<const FunctionEntry> TextFunctions();
-std::span<const FunctionEntry> NumberFunctions();
-std::span<const FunctionEntry> DateFunctions();
 
 }  // namespace jet

@@ -6,7 +6,11 @@
 #include <string_view>
 
 #include "jet/errors.h"
-#include "jet/store/function_call.h"
+#include "jet/store/conversion_functions.h"
+#include "jet/store/date_functions.h"
+#include "jet/store/number_functions.h"
+#include "jet/store/operator_functions.h"
+#include "jet/store/text_functions.h"
 #include "jet/values/coercion.h"
 #include "jet/values/sort_key.h"
 #include "jet/values/value_text.h"
@@ -45,16 +49,16 @@ void Store(FunctionCall& call) {
   const Target target = {std::string(call.Text(5)),
                          type,
                          static_cast<std::int32_t>(call.Integer(3)),
-                         (flags & kRequired) != 0,
-                         (flags & kTakesZeroLength) != 0,
-                         (flags & kInPrimaryKey) != 0};
+                         (flags & functions::kRequired) != 0,
+                         (flags & functions::kTakesZeroLength) != 0,
+                         (flags & functions::kInPrimaryKey) != 0};
   const DatabaseValue value = ConvertFor(call.Typed(0), target, kTypeMismatch);
   CheckAllowed(value, target);
   call.PutStored(value, type);
 }
 
 void Guid(FunctionCall& call) {
-  if (!call.IsNull(0)) call.PutText(GuidText(call.Bytes(0)));
+  call.PutText(GuidText(call.Bytes(0)));
 }
 
 void NextNumber(FunctionCall& call) {
@@ -82,7 +86,7 @@ int Collate(void* /*unused*/, int a_length, const void* a, int b_length, const v
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {functions::kGuid, Guarded<Guid>},
+    {functions::kGuid, Strict<Guid>},
     {functions::kNextNumber, Guarded<NextNumber>},
     {functions::kRefuse, Guarded<Refuse>},
     {functions::kStore, Guarded<Store>},

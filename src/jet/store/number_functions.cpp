@@ -1,3 +1,5 @@
+#include "jet/store/number_functions.h"
+
 #include <array>
 #include <bit>
 #include <cmath>
@@ -5,18 +7,15 @@
 #include <string>
 
 #include "jet/errors.h"
-#include "jet/store/function_call.h"
 #include "jet/values/coercion.h"
 #include "jet/values/value_type.h"
 
-// Any argument Null gives Null.
 namespace jet {
 namespace {
 
 // Whole numbers stay whole numbers.
 template <double (*function)(double)>
 void Rounded(FunctionCall& call) {
-  if (call.AnyNull()) return;
   if (call.IsWhole(0)) {
     call.PutArgument(0);
   } else {
@@ -34,7 +33,6 @@ double TowardsZero(double value) {
 
 template <double (*function)(double)>
 void Computed(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const double result = function(call.Number(0));
   if (std::isnan(result)) Fail(kInvalidCall);
   call.PutNumber(result);
@@ -64,7 +62,6 @@ double ArcTangent(double value) {
 }
 
 void Absolute(FunctionCall& call) {
-  if (call.AnyNull()) return;
   if (call.IsWhole(0)) {
     const std::int64_t value = call.Integer(0);
     call.PutInteger(value < 0 ? -value : value);
@@ -74,7 +71,6 @@ void Absolute(FunctionCall& call) {
 }
 
 void Sign(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const double value = call.Number(0);
   call.PutInteger(value < 0 ? -1 : value > 0 ? 1 : 0);
 }
@@ -92,7 +88,6 @@ double RoundedAmount(double value, std::int32_t digits) {
 }
 
 void Scaled(FunctionCall& call) {
-  if (call.IsNull(0)) return;
   std::int64_t amount = 0;
   if (!ToCurrency(call.Number(0), amount)) Fail(kOverflow);
   call.PutInteger(amount);
@@ -100,7 +95,6 @@ void Scaled(FunctionCall& call) {
 
 // A sum or difference; the engine makes a floating number of one that overflows.
 void Amount(FunctionCall& call) {
-  if (call.IsNull(0)) return;
   if (!call.IsWhole(0)) Fail(kOverflow);
   call.PutArgument(0);
 }
@@ -110,7 +104,6 @@ void Amount(FunctionCall& call) {
 void AmountProduct(FunctionCall& call) {
   constexpr std::int64_t kScale = 10000;
   constexpr double kMost = 9.2233720368e18;
-  if (call.AnyNull()) return;
   const std::int64_t a = call.Integer(0);
   const std::int64_t b = call.Integer(1);
   if (std::fabs(static_cast<double>(a) * static_cast<double>(b) / kScale) > kMost) Fail(kOverflow);
@@ -123,7 +116,6 @@ void AmountProduct(FunctionCall& call) {
 
 void Round(FunctionCall& call) {
   constexpr std::int32_t kMostDigits = 22;
-  if (call.AnyNull()) return;
   const std::int32_t digits = call.WholeOr(2, 0);
   if (digits < 0 || digits > kMostDigits) Fail(kInvalidCall);
   if (call.IsWhole(0)) {
@@ -144,7 +136,6 @@ void Round(FunctionCall& call) {
 // A number below zero begins a sequence of its own, zero repeats the last result.
 void Random(FunctionCall& call) {
   constexpr std::uint32_t kMask = 0xFFFFFF;
-  if (call.AnyNull()) return;
   std::uint32_t& state = call.Context().random_state;
   const double number = call.Count() > 0 ? call.Number(0) : 1;
   if (number < -std::numeric_limits<float>::max()) Fail(kOverflow);
@@ -158,7 +149,6 @@ void Random(FunctionCall& call) {
 
 // The range in which the number lies, as a text.
 void Partition(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::int64_t number = call.Whole(0);
   const std::int64_t first = call.Whole(1);
   const std::int64_t last = call.Whole(2);
@@ -181,23 +171,23 @@ void Partition(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {functions::kAbs, Guarded<Absolute>},
-    {functions::kAmount, Guarded<Amount>},
-    {functions::kAmountProduct, Guarded<AmountProduct>},
-    {functions::kAtn, Guarded<Computed<ArcTangent>>},
-    {functions::kCos, Guarded<Computed<Cosine>>},
-    {functions::kExp, Guarded<Computed<Exponential>>},
-    {functions::kFix, Guarded<Rounded<TowardsZero>>},
-    {functions::kInt, Guarded<Rounded<Down>>},
-    {functions::kLog, Guarded<Computed<Logarithm>>},
-    {functions::kPartition, Guarded<Partition>},
-    {functions::kRandom, Guarded<Random>},
-    {functions::kRound, Guarded<Round>},
-    {functions::kScaled, Guarded<Scaled>},
-    {functions::kSgn, Guarded<Sign>},
-    {functions::kSin, Guarded<Computed<Sine>>},
-    {functions::kSqr, Guarded<Computed<Root>>},
-    {functions::kTan, Guarded<Computed<Tangent>>},
+    {functions::kAbs, Strict<Absolute>},
+    {functions::kAmount, Strict<Amount>},
+    {functions::kAmountProduct, Strict<AmountProduct>},
+    {functions::kAtn, Strict<Computed<ArcTangent>>},
+    {functions::kCos, Strict<Computed<Cosine>>},
+    {functions::kExp, Strict<Computed<Exponential>>},
+    {functions::kFix, Strict<Rounded<TowardsZero>>},
+    {functions::kInt, Strict<Rounded<Down>>},
+    {functions::kLog, Strict<Computed<Logarithm>>},
+    {functions::kPartition, Strict<Partition>},
+    {functions::kRandom, Strict<Random>},
+    {functions::kRound, Strict<Round>},
+    {functions::kScaled, Strict<Scaled>},
+    {functions::kSgn, Strict<Sign>},
+    {functions::kSin, Strict<Computed<Sine>>},
+    {functions::kSqr, Strict<Computed<Root>>},
+    {functions::kTan, Strict<Computed<Tangent>>},
 };
 
 }  // namespace

@@ -1,9 +1,10 @@
+#include "jet/store/operator_functions.h"
+
 #include <cmath>
 #include <limits>
 #include <string>
 
 #include "jet/errors.h"
-#include "jet/store/function_call.h"
 #include "jet/values/like.h"
 #include "jet/values/sort_key.h"
 
@@ -22,7 +23,6 @@ void Join(FunctionCall& call) {
 
 // The operator + between values whose types show at run time only.
 void Add(FunctionCall& call) {
-  if (call.AnyNull()) return;
   if (call.IsText(0) && call.IsText(1)) {
     call.PutText(std::string(call.Text(0)) + std::string(call.Text(1)));
   } else {
@@ -32,7 +32,6 @@ void Add(FunctionCall& call) {
 
 // A sum, difference or product of whole numbers, which must fit 32 bits.
 void Long(FunctionCall& call) {
-  if (call.IsNull(0)) return;
   const std::int64_t number = call.Integer(0);
   if (!call.IsWhole(0) || number < std::numeric_limits<std::int32_t>::min() ||
       number > std::numeric_limits<std::int32_t>::max())
@@ -41,19 +40,17 @@ void Long(FunctionCall& call) {
 }
 
 void Divide(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const double divisor = call.Number(1);
   if (divisor == 0) Fail(kDivisionByZero);
   call.PutNumber(call.Number(0) / divisor);
 }
 
 void Whole(FunctionCall& call) {
-  if (!call.AnyNull()) call.PutInteger(call.Whole(0));
+  call.PutInteger(call.Whole(0));
 }
 
 // The operands of \ and Mod are rounded first.
 void WholeDivide(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::int64_t divisor = call.Whole(1);
   if (divisor == 0) Fail(kDivisionByZero);
   const std::int64_t quotient = call.Whole(0) / divisor;
@@ -62,14 +59,12 @@ void WholeDivide(FunctionCall& call) {
 }
 
 void Modulo(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::int64_t divisor = call.Whole(1);
   if (divisor == 0) Fail(kDivisionByZero);
   call.PutInteger(call.Whole(0) % divisor);
 }
 
 void Power(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const double base = call.Number(0);
   const double power = std::pow(base, call.Number(1));
   if (std::isnan(power) || (base == 0 && std::isinf(power))) Fail(kInvalidCall);
@@ -77,12 +72,10 @@ void Power(FunctionCall& call) {
 }
 
 void Like(FunctionCall& call) {
-  if (call.AnyNull()) return;
   call.PutTruth(MatchesLike(call.Text(0), call.Text(1), Wildcards::kJet));
 }
 
 void Alike(FunctionCall& call) {
-  if (call.AnyNull()) return;
   call.PutTruth(MatchesLike(call.Text(0), call.Text(1), Wildcards::kAnsi));
 }
 
@@ -97,11 +90,10 @@ int CompareValues(const FunctionCall& call, int a, int b) {
 }
 
 void Compare(FunctionCall& call) {
-  if (!call.AnyNull()) call.PutInteger(CompareValues(call, 0, 1));
+  call.PutInteger(CompareValues(call, 0, 1));
 }
 
 void Between(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const int low = CompareValues(call, 0, 1);
   const int high = CompareValues(call, 0, 2);
   call.PutTruth((low >= 0 && high <= 0) || (low <= 0 && high >= 0));
@@ -123,19 +115,19 @@ void In(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {functions::kAdd, Guarded<Add>},
-    {functions::kAlike, Guarded<Alike>},
-    {functions::kBetween, Guarded<Between>},
-    {functions::kCompare, Guarded<Compare>},
-    {functions::kDivide, Guarded<Divide>},
+    {functions::kAdd, Strict<Add>},
+    {functions::kAlike, Strict<Alike>},
+    {functions::kBetween, Strict<Between>},
+    {functions::kCompare, Strict<Compare>},
+    {functions::kDivide, Strict<Divide>},
     {functions::kIn, Guarded<In>},
     {functions::kJoin, Guarded<Join>},
-    {functions::kLike, Guarded<Like>},
-    {functions::kLong, Guarded<Long>},
-    {functions::kModulo, Guarded<Modulo>},
-    {functions::kPower, Guarded<Power>},
-    {functions::kWhole, Guarded<Whole>},
-    {functions::kWholeDivide, Guarded<WholeDivide>},
+    {functions::kLike, Strict<Like>},
+    {functions::kLong, Strict<Long>},
+    {functions::kModulo, Strict<Modulo>},
+    {functions::kPower, Strict<Power>},
+    {functions::kWhole, Strict<Whole>},
+    {functions::kWholeDivide, Strict<WholeDivide>},
 };
 
 }  // namespace

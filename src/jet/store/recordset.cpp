@@ -51,8 +51,7 @@ void Recordset::RequireRow() const {
 // Rows that were deleted since the recordset was opened are passed over.
 void Recordset::SettleForward() {
   session_->Storage().Handle();
-  auto& rows = *rows_;
-  while (IsOnRow() && rows.Fetch(position_ - 1) == nullptr)
+  while (IsOnRow() && rows_->Fetch(position_ - 1) == nullptr)
     ++position_;
 }
 
@@ -122,8 +121,7 @@ DatabaseValue Recordset::Value(std::size_t position) const {
     if (mode_ == Mode::kAdd) return DefaultValue(plan_.table->fields[field]);
   }
   RequireRow();
-  // Reading ahead does not change what the recordset is.
-  const Row* const row = const_cast<RowSource&>(*rows_).Fetch(position_ - 1);
+  const Row* const row = rows_->Fetch(position_ - 1);
   if (row == nullptr) Fail(kRecordDeleted);
   return (*row)[position];
 }

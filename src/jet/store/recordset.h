@@ -51,7 +51,7 @@ class Recordset final : public ports::DatabaseRecordset {
   std::shared_ptr<Session> session_;
   sql::SelectPlan plan_;
   ports::RecordsetType type_;
-  std::optional<RowSource> rows_;
+  mutable std::optional<RowSource> rows_;  // reads ahead
   // 0 is before the first row, 1 the first row.
   std::size_t position_ = 0;
   Mode mode_ = Mode::kBrowse;

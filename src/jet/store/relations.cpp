@@ -139,12 +139,6 @@ class TriggerWriter {
   std::vector<std::string> bytes_differ_;
 };
 
-const FieldInfo& RequireField(const TableInfo& table, const std::string& name) {
-  const FieldInfo* const field = table.FindField(name);
-  if (field == nullptr) Fail(kFieldNotFound, name, table.name);
-  return *field;
-}
-
 // The fields that a constraint names on both sides, the primary key's where it names none.
 std::vector<Relation::FieldPair> PairFields(const sql::Constraint& constraint,
                                             const TableInfo& table, const TableInfo& referenced) {
@@ -158,8 +152,8 @@ std::vector<Relation::FieldPair> PairFields(const sql::Constraint& constraint,
   if (names.size() != constraint.fields.size()) Fail(kRelationFieldsDiffer, constraint.name);
   std::vector<Relation::FieldPair> pairs;
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const FieldInfo& field = RequireField(table, constraint.fields[i]);
-    const FieldInfo& other = RequireField(referenced, names[i]);
+    const FieldInfo& field = RequireField(table, constraint.fields[i], kFieldNotFound);
+    const FieldInfo& other = RequireField(referenced, names[i], kFieldNotFound);
     if (field.definition.type != other.definition.type)
       Fail(kRelationFieldsDiffer, constraint.name);
     pairs.push_back({field.id, other.id});

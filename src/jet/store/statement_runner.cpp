@@ -30,12 +30,6 @@ ports::IndexDefinition IndexOf(const sql::Constraint& constraint) {
   return index;
 }
 
-const FieldInfo& RequireField(const TableInfo& table, const std::string& name) {
-  const FieldInfo* const field = table.FindField(name);
-  if (field == nullptr) Fail(kFieldNotFound, name, table.name);
-  return *field;
-}
-
 class Runner {
  public:
   Runner(Session& session, const std::string& text)
@@ -78,12 +72,13 @@ class Runner {
   }
   std::int64_t operator()(const sql::AlterColumn& alter) {
     const TablePtr table = Table(alter.table);
-    definitions_.AlterField(*table, RequireField(*table, alter.field.name), alter.field);
+    definitions_.AlterField(*table, RequireField(*table, alter.field.name, kFieldNotFound),
+                            alter.field);
     return 0;
   }
   std::int64_t operator()(const sql::DropColumn& drop) {
     const TablePtr table = Table(drop.table);
-    definitions_.DropField(*table, RequireField(*table, drop.field));
+    definitions_.DropField(*table, RequireField(*table, drop.field, kFieldNotFound));
     return 0;
   }
   std::int64_t operator()(const sql::AddConstraint& add) {
@@ -125,7 +120,7 @@ class Runner {
         break;
       case sql::ConstraintKind::kNotNull:
         for (const std::string& field : constraint.fields)
-          definitions_.RequireValues(*table, RequireField(*table, field));
+          definitions_.RequireValues(*table, RequireField(*table, field, kFieldNotFound));
         break;
       default:
         definitions_.CreateIndex(*table, IndexOf(constraint));

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "foundation/date_parts.h"
 #include "jet/errors.h"
@@ -20,23 +21,12 @@ struct Binder {
   Statement& statement;
   int parameter;
 
-  void operator()(ports::EmptyValue) const { statement.BindNull(parameter); }
-  void operator()(ports::NullValue) const { statement.BindNull(parameter); }
-  void operator()(bool value) const {
-    statement.Bind(parameter, value ? std::int64_t{-1} : std::int64_t{0});
-  }
-  void operator()(std::uint8_t value) const { statement.Bind(parameter, std::int64_t{value}); }
-  void operator()(std::int16_t value) const { statement.Bind(parameter, std::int64_t{value}); }
-  void operator()(std::int32_t value) const { statement.Bind(parameter, std::int64_t{value}); }
+  void operator()(bool value) const { statement.Bind(parameter, std::int64_t{value ? -1 : 0}); }
   void operator()(ports::CurrencyValue value) const {
     statement.Bind(parameter, value.ten_thousandths);
   }
-  void operator()(float value) const { statement.Bind(parameter, static_cast<double>(value)); }
-  void operator()(double value) const { statement.Bind(parameter, value); }
   void operator()(ports::DateValue value) const { statement.Bind(parameter, value.days); }
-  void operator()(const ports::DecimalValue& value) const {
-    statement.Bind(parameter, std::string_view(value.text));
-  }
+  void operator()(const ports::DecimalValue& value) const { (*this)(value.text); }
   void operator()(const std::string& value) const {
     statement.Bind(parameter, std::string_view(value));
   }
@@ -44,6 +34,16 @@ struct Binder {
     statement.BindBytes(parameter, value.bytes);
   }
   void operator()(ports::OtherValue) const { Fail(kConversion); }
+  template <typename Other>
+  void operator()(Other value) const {
+    if constexpr (std::is_integral_v<Other>) {
+      statement.Bind(parameter, std::int64_t{value});
+    } else if constexpr (std::is_floating_point_v<Other>) {
+      statement.Bind(parameter, double{value});
+    } else {
+      statement.BindNull(parameter);
+    }
+  }
 };
 
 double FiniteNumber(double value) {

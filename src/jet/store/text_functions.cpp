@@ -1,14 +1,15 @@
+#include "jet/store/text_functions.h"
+
 #include <algorithm>
 #include <string>
 
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/store/function_call.h"
 #include "jet/values/sort_key.h"
 #include "jet/values/text_case.h"
 
-// Positions and lengths count UTF-16 units. Any argument Null gives Null.
+// Positions and lengths count UTF-16 units.
 namespace jet {
 namespace {
 
@@ -45,20 +46,17 @@ Pair ComparedPair(const FunctionCall& call, int index, std::int32_t comparison) 
 }
 
 void Left(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::size_t count = CountAt(call, 1);
   PutUnits(call, std::u16string_view(Units(call, 0)).substr(0, count));
 }
 
 void Right(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::size_t count = CountAt(call, 1);
   const std::u16string units = Units(call, 0);
   PutUnits(call, std::u16string_view(units).substr(units.size() - std::min(units.size(), count)));
 }
 
 void Mid(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::size_t start = CountAt(call, 1);
   if (start == 0) Fail(kInvalidCall);
   const std::size_t count = call.Count() > 2 ? CountAt(call, 2) : std::u16string::npos;
@@ -68,7 +66,6 @@ void Mid(FunctionCall& call) {
 }
 
 void Length(FunctionCall& call) {
-  if (call.AnyNull()) return;
   call.PutInteger(static_cast<std::int64_t>(Units(call, 0).size()));
 }
 
@@ -89,7 +86,6 @@ void Find(FunctionCall& call, int index, std::size_t start, std::int32_t compari
 }
 
 void InText(FunctionCall& call) {
-  if (call.AnyNull()) return;
   if (call.Count() == 2) {
     Find(call, 0, 1, kTextComparison);
   } else {
@@ -98,7 +94,6 @@ void InText(FunctionCall& call) {
 }
 
 void InTextReversed(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::int32_t start = call.WholeOr(2, -1);
   if (start == 0 || start < -1) Fail(kInvalidCall);
   const Pair pair = ComparedPair(call, 0, call.WholeOr(3, kTextComparison));
@@ -112,11 +107,10 @@ void InTextReversed(FunctionCall& call) {
 }
 
 void Trim(FunctionCall& call) {
-  if (!call.AnyNull()) call.PutText(tmw::Trim(call.Text(0)));
+  call.PutText(tmw::Trim(call.Text(0)));
 }
 
 void TrimLeft(FunctionCall& call) {
-  if (call.AnyNull()) return;
   std::string_view text = call.Text(0);
   while (text.starts_with(' '))
     text.remove_prefix(1);
@@ -124,7 +118,6 @@ void TrimLeft(FunctionCall& call) {
 }
 
 void TrimRight(FunctionCall& call) {
-  if (call.AnyNull()) return;
   std::string_view text = call.Text(0);
   while (text.ends_with(' '))
     text.remove_suffix(1);
@@ -132,15 +125,14 @@ void TrimRight(FunctionCall& call) {
 }
 
 void Upper(FunctionCall& call) {
-  if (!call.AnyNull()) call.PutText(UpperCase(call.Text(0)));
+  call.PutText(UpperCase(call.Text(0)));
 }
 
 void Lower(FunctionCall& call) {
-  if (!call.AnyNull()) call.PutText(tmw::LowerCase(call.Text(0)));
+  call.PutText(tmw::LowerCase(call.Text(0)));
 }
 
 void Space(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::size_t count = CountAt(call, 0);
   if (count > kMostUnits) Fail(kTextTooLong);
   call.PutText(std::string(count, ' '));
@@ -152,7 +144,6 @@ char16_t CharacterOf(std::int32_t code) {
 }
 
 void Repeated(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::size_t count = CountAt(call, 0);
   if (count > kMostUnits) Fail(kTextTooLong);
   char16_t unit = 0;
@@ -168,7 +159,6 @@ void Repeated(FunctionCall& call) {
 
 // The result begins at the start.
 void Replace(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::int32_t start = call.WholeOr(3, 1);
   std::int32_t left = call.WholeOr(4, -1);
   if (start < 1 || left < -1) Fail(kInvalidCall);
@@ -189,7 +179,6 @@ void Replace(FunctionCall& call) {
 }
 
 void CompareBoth(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::int32_t comparison = call.WholeOr(2, kTextComparison);
   if (comparison < 0 || comparison > 2) Fail(kInvalidCall);
   const int order = comparison == kBinaryComparison ? Units(call, 0).compare(Units(call, 1))
@@ -198,7 +187,6 @@ void CompareBoth(FunctionCall& call) {
 }
 
 void Reverse(FunctionCall& call) {
-  if (call.AnyNull()) return;
   std::u16string units = Units(call, 0);
   std::reverse(units.begin(), units.end());
   PutUnits(call, units);
@@ -211,14 +199,12 @@ std::u16string FirstCharacter(const FunctionCall& call) {
 }
 
 void CharacterCode(FunctionCall& call) {
-  if (call.AnyNull()) return;
   const std::string byte =
       tmw::Utf8ToCodePage(tmw::CodePage::k1251, tmw::Utf16ToUtf8(FirstCharacter(call)));
   call.PutInteger(static_cast<unsigned char>(byte.front()));
 }
 
 void UnitCode(FunctionCall& call) {
-  if (call.AnyNull()) return;
   call.PutInteger(static_cast<std::int16_t>(FirstCharacter(call).front()));
 }
 
@@ -237,26 +223,26 @@ void UnitCharacter(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {functions::kAsc, Guarded<CharacterCode>},
-    {functions::kAscW, Guarded<UnitCode>},
+    {functions::kAsc, Strict<CharacterCode>},
+    {functions::kAscW, Strict<UnitCode>},
     {functions::kChr, Guarded<Character>},
     {functions::kChrW, Guarded<UnitCharacter>},
-    {functions::kCompareTexts, Guarded<CompareBoth>},
-    {functions::kInText, Guarded<InText>},
-    {functions::kInTextReversed, Guarded<InTextReversed>},
-    {functions::kLeft, Guarded<Left>},
-    {functions::kLength, Guarded<Length>},
-    {functions::kLower, Guarded<Lower>},
-    {functions::kMid, Guarded<Mid>},
-    {functions::kReplace, Guarded<Replace>},
-    {functions::kReverse, Guarded<Reverse>},
-    {functions::kRight, Guarded<Right>},
-    {functions::kSpace, Guarded<Space>},
-    {functions::kString, Guarded<Repeated>},
-    {functions::kTrim, Guarded<Trim>},
-    {functions::kTrimLeft, Guarded<TrimLeft>},
-    {functions::kTrimRight, Guarded<TrimRight>},
-    {functions::kUpper, Guarded<Upper>},
+    {functions::kCompareTexts, Strict<CompareBoth>},
+    {functions::kInText, Strict<InText>},
+    {functions::kInTextReversed, Strict<InTextReversed>},
+    {functions::kLeft, Strict<Left>},
+    {functions::kLength, Strict<Length>},
+    {functions::kLower, Strict<Lower>},
+    {functions::kMid, Strict<Mid>},
+    {functions::kReplace, Strict<Replace>},
+    {functions::kReverse, Strict<Reverse>},
+    {functions::kRight, Strict<Right>},
+    {functions::kSpace, Strict<Space>},
+    {functions::kString, Strict<Repeated>},
+    {functions::kTrim, Strict<Trim>},
+    {functions::kTrimLeft, Strict<TrimLeft>},
+    {functions::kTrimRight, Strict<TrimRight>},
+    {functions::kUpper, Strict<Upper>},
 };
 
 }  // namespace

@@ -33,16 +33,11 @@ struct IntervalName {
   Interval interval;
 };
 
-constexpr std::array<IntervalName, 10> kIntervals = {{{"yyyy", Interval::kYear},
-                                                      {"q", Interval::kQuarter},
-                                                      {"m", Interval::kMonth},
-                                                      {"y", Interval::kDayOfYear},
-                                                      {"d", Interval::kDay},
-                                                      {"w", Interval::kWeekday},
-                                                      {"ww", Interval::kWeek},
-                                                      {"h", Interval::kHour},
-                                                      {"n", Interval::kMinute},
-                                                      {"s", Interval::kSecond}}};
+constexpr IntervalName kIntervals[] = {{"yyyy", Interval::kYear}, {"q", Interval::kQuarter},
+                                       {"m", Interval::kMonth},   {"y", Interval::kDayOfYear},
+                                       {"d", Interval::kDay},     {"w", Interval::kWeekday},
+                                       {"ww", Interval::kWeek},   {"h", Interval::kHour},
+                                       {"n", Interval::kMinute},  {"s", Interval::kSecond}};
 
 std::int64_t FloorDivide(std::int64_t value, std::int64_t divisor) {
   const std::int64_t quotient = value / divisor;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <type_traits>
 
 #include "foundation/date_parts.h"
 #include "foundation/number_text.h"
@@ -27,17 +28,10 @@ bool IsNull(const DatabaseValue& value) {
 }
 
 struct NumberOf {
-  std::optional<double> operator()(ports::EmptyValue) const { return std::nullopt; }
-  std::optional<double> operator()(ports::NullValue) const { return std::nullopt; }
   std::optional<double> operator()(bool value) const { return value ? -1.0 : 0.0; }
-  std::optional<double> operator()(std::uint8_t value) const { return value; }
-  std::optional<double> operator()(std::int16_t value) const { return value; }
-  std::optional<double> operator()(std::int32_t value) const { return value; }
   std::optional<double> operator()(ports::CurrencyValue value) const {
     return static_cast<double>(value.ten_thousandths) / kTenThousand;
   }
-  std::optional<double> operator()(float value) const { return static_cast<double>(value); }
-  std::optional<double> operator()(double value) const { return value; }
   std::optional<double> operator()(ports::DateValue value) const { return value.days; }
   std::optional<double> operator()(const ports::DecimalValue& value) const {
     return ParseNumberText(value.text);
@@ -45,8 +39,11 @@ struct NumberOf {
   std::optional<double> operator()(const std::string& value) const {
     return ParseNumberText(value);
   }
-  std::optional<double> operator()(const ports::BinaryValue&) const { return std::nullopt; }
-  std::optional<double> operator()(ports::OtherValue) const { return std::nullopt; }
+  template <typename Other>
+  std::optional<double> operator()(const Other& value) const {
+    if constexpr (std::is_arithmetic_v<Other>) return static_cast<double>(value);
+    return std::nullopt;
+  }
 };
 
 double NumberOrFail(const DatabaseValue& value, std::int32_t mismatch_number) {

@@ -31,11 +31,7 @@ bool ReadDay(const std::string& text, tmw::DateParts& parts) {
 }
 
 bool ReadTime(const std::string& text, const std::string& half, tmw::DateParts& parts) {
-  const std::vector<std::int32_t> n = NumbersBetween(text, ':');
-  if (n.size() != 2 && n.size() != 3) return false;
-  parts.hour = n[0];
-  parts.minute = n[1];
-  parts.second = n.size() == 3 ? n[2] : 0;
+  if (!ReadTimeOfDay(text, parts)) return false;
   if (half.empty()) return true;
   if ((half != "am" && half != "pm") || parts.hour < 1 || parts.hour > 12) return false;
   parts.hour = parts.hour % 12 + (half == "pm" ? 12 : 0);

@@ -20,6 +20,15 @@ std::vector<std::int32_t> NumbersBetween(std::string_view text, char separator) 
   return numbers;
 }
 
+bool ReadTimeOfDay(std::string_view text, tmw::DateParts& parts) {
+  const std::vector<std::int32_t> n = NumbersBetween(text, ':');
+  if (n.size() != 2 && n.size() != 3) return false;
+  parts.hour = n[0];
+  parts.minute = n[1];
+  parts.second = n.size() == 3 ? n[2] : 0;
+  return true;
+}
+
 std::int32_t FullYear(std::int32_t year, bool is_short) {
   if (!is_short) return year;
   return year < 30 ? 2000 + year : 1900 + year;

@@ -13,6 +13,8 @@
 #include "foundation/text.h"
 #include "jet/errors.h"
 #include "jet/values/coercion.h"
+#include "jet/values/format_moment.h"
+#include "jet/values/format_number.h"
 #include "jet/values/text_case.h"
 #include "jet/values/value_text.h"
 

@@ -16,10 +16,4 @@ namespace jet {
 std::string FormatValue(const ports::DatabaseValue& value, std::string_view pattern,
                         WeekRules rules);
 
-// A number by one section, its sign dropped; the digits are "12345.678".
-std::string FormatDigits(std::string_view digits, std::string_view section);
-
-// A moment by one pattern.
-std::string FormatMoment(double days, std::string_view pattern, WeekRules rules);
-
 }  // namespace jet

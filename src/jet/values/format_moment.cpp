@@ -1,12 +1,11 @@
-#include <array>
+#include "jet/values/format_moment.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <string>
+#include <utility>
 
 #include "foundation/date_parts.h"
 #include "foundation/encodings.h"
-#include "jet/values/format.h"
 #include "jet/values/value_text.h"
 
 namespace jet {

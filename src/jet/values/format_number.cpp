@@ -1,14 +1,13 @@
+#include "jet/values/format_number.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "jet/errors.h"
-#include "jet/values/format.h"
 
-// Numbers by patterns such as "#,##0.00". The work is done on decimal digits, so that what the
-// user sees as a half is rounded as one.
+// The work is done on decimal digits, so that what the user sees as a half is rounded as one.
 namespace jet {
 namespace {
 

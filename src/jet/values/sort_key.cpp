@@ -18,7 +18,7 @@ constexpr char kEndOfLevel = 1;
 constexpr char kNoAccent = 2;
 constexpr std::uint8_t kForeignLead = 0xFE;
 
-// The weights by code point, for the two stretches of Unicode that code page 1251 draws from.
+// The weights by code point, for the two ranges of Unicode that code page 1251 draws from.
 class WeightTable {
  public:
   WeightTable() {
@@ -26,26 +26,28 @@ class WeightTable {
       const char character = static_cast<char>(byte);
       const std::u16string unit =
           tmw::Utf8ToUtf16(tmw::CodePageToUtf8(tmw::CodePage::k1251, {&character, 1}));
-      Weight* const place = Place(unit[0]);
-      if (place != nullptr) *place = sort_weights::kWeights[byte];
+      const std::size_t place = PlaceOf(unit[0]);
+      if (place < weights_.size()) weights_[place] = sort_weights::kWeights[byte];
     }
   }
 
-  const Weight* Find(char32_t c) const { return const_cast<WeightTable*>(this)->Place(c); }
+  // Null for a character outside of both ranges.
+  const Weight* Find(char32_t c) const {
+    const std::size_t place = PlaceOf(c);
+    return place < weights_.size() ? &weights_[place] : nullptr;
+  }
 
  private:
   static constexpr char32_t kLetters = 0x500;
   static constexpr char32_t kSigns = 0x2000;
   static constexpr char32_t kSignCount = 0x200;
 
-  Weight* Place(char32_t c) {
-    if (c < kLetters) return &letters_[c];
-    if (c >= kSigns && c < kSigns + kSignCount) return &signs_[c - kSigns];
-    return nullptr;
+  static std::size_t PlaceOf(char32_t c) {
+    if (c < kLetters) return c;
+    return c < kSigns ? kLetters + kSignCount : kLetters + (c - kSigns);
   }
 
-  std::array<Weight, kLetters> letters_{};
-  std::array<Weight, kSignCount> signs_{};
+  std::array<Weight, kLetters + kSignCount> weights_{};
 };
 
 const WeightTable& Weights() {

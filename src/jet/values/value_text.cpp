@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <type_traits>
 #include <vector>
 
 #include "foundation/date_parts.h"
@@ -34,22 +35,8 @@ bool ReadDay(std::string_view text, tmw::DateParts& parts) {
   return false;
 }
 
-bool ReadTime(std::string_view text, tmw::DateParts& parts) {
-  const std::vector<std::int32_t> n = NumbersBetween(text, ':');
-  if (n.size() != 2 && n.size() != 3) return false;
-  parts.hour = n[0];
-  parts.minute = n[1];
-  parts.second = n.size() == 3 ? n[2] : 0;
-  return true;
-}
-
 struct TextOf {
-  std::optional<std::string> operator()(ports::EmptyValue) const { return std::nullopt; }
-  std::optional<std::string> operator()(ports::NullValue) const { return std::nullopt; }
   std::optional<std::string> operator()(bool value) const { return value ? "-1" : "0"; }
-  std::optional<std::string> operator()(std::uint8_t value) const { return std::to_string(value); }
-  std::optional<std::string> operator()(std::int16_t value) const { return std::to_string(value); }
-  std::optional<std::string> operator()(std::int32_t value) const { return std::to_string(value); }
   std::optional<std::string> operator()(ports::CurrencyValue value) const {
     return WithComma(tmw::CurrencyToText(value.ten_thousandths));
   }
@@ -66,8 +53,11 @@ struct TextOf {
     return WithComma(value.text);
   }
   std::optional<std::string> operator()(const std::string& value) const { return value; }
-  std::optional<std::string> operator()(const ports::BinaryValue&) const { return std::nullopt; }
-  std::optional<std::string> operator()(ports::OtherValue) const { return std::nullopt; }
+  template <typename Other>
+  std::optional<std::string> operator()(const Other& value) const {
+    if constexpr (std::is_integral_v<Other>) return std::to_string(value);
+    return std::nullopt;
+  }
 };
 
 std::int32_t HexDigit(char c) {
@@ -108,9 +98,9 @@ std::optional<double> ParseDateText(std::string_view text) {
   const std::size_t blank = trimmed.find(' ');
   tmw::DateParts parts;
   if (blank == std::string::npos) {
-    if (!ReadDay(trimmed, parts) && !ReadTime(trimmed, parts)) return std::nullopt;
+    if (!ReadDay(trimmed, parts) && !ReadTimeOfDay(trimmed, parts)) return std::nullopt;
   } else if (!ReadDay(trimmed.substr(0, blank), parts) ||
-             !ReadTime(tmw::Trim(trimmed.substr(blank)), parts)) {
+             !ReadTimeOfDay(tmw::Trim(trimmed.substr(blank)), parts)) {
     return std::nullopt;
   }
   return tmw::DateFromParts(parts);

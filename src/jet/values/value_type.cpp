@@ -2,53 +2,45 @@
 
 namespace jet {
 
+namespace {
+
+struct TypePair {
+  ports::DataType field;
+  ValueType value;
+};
+
+// The first field type of several is the one that holds computed values.
+constexpr TypePair kPairs[] = {
+    {ports::DataType::kBoolean, ValueType::kBoolean},
+    {ports::DataType::kLong, ValueType::kInteger},
+    {ports::DataType::kInteger, ValueType::kInteger},
+    {ports::DataType::kByte, ValueType::kInteger},
+    {ports::DataType::kDouble, ValueType::kNumber},
+    {ports::DataType::kSingle, ValueType::kSingle},
+    {ports::DataType::kCurrency, ValueType::kCurrency},
+    {ports::DataType::kCurrency, ValueType::kStoredCurrency},
+    {ports::DataType::kDate, ValueType::kDate},
+    {ports::DataType::kText, ValueType::kText},
+    {ports::DataType::kMemo, ValueType::kText},
+    {ports::DataType::kGuid, ValueType::kText},
+    {ports::DataType::kGuid, ValueType::kStoredGuid},
+    {ports::DataType::kLongBinary, ValueType::kBinary},
+};
+
+}  // namespace
+
 ValueType TypeOfField(ports::DataType type) {
-  switch (type) {
-    case ports::DataType::kBoolean:
-      return ValueType::kBoolean;
-    case ports::DataType::kByte:
-    case ports::DataType::kInteger:
-    case ports::DataType::kLong:
-      return ValueType::kInteger;
-    case ports::DataType::kCurrency:
-      return ValueType::kCurrency;
-    case ports::DataType::kSingle:
-      return ValueType::kSingle;
-    case ports::DataType::kDouble:
-      return ValueType::kNumber;
-    case ports::DataType::kDate:
-      return ValueType::kDate;
-    case ports::DataType::kText:
-    case ports::DataType::kMemo:
-    case ports::DataType::kGuid:
-      return ValueType::kText;
-    default:
-      return ValueType::kBinary;
+  for (const TypePair& pair : kPairs) {
+    if (pair.field == type) return pair.value;
   }
+  return ValueType::kBinary;
 }
 
 ports::DataType TypeOfColumn(ValueType type) {
-  switch (type) {
-    case ValueType::kBoolean:
-      return ports::DataType::kBoolean;
-    case ValueType::kInteger:
-      return ports::DataType::kLong;
-    case ValueType::kNumber:
-      return ports::DataType::kDouble;
-    case ValueType::kSingle:
-      return ports::DataType::kSingle;
-    case ValueType::kCurrency:
-    case ValueType::kStoredCurrency:
-      return ports::DataType::kCurrency;
-    case ValueType::kDate:
-      return ports::DataType::kDate;
-    case ValueType::kBinary:
-      return ports::DataType::kLongBinary;
-    case ValueType::kStoredGuid:
-      return ports::DataType::kGuid;
-    default:
-      return ports::DataType::kText;
+  for (const TypePair& pair : kPairs) {
+    if (pair.value == type) return pair.field;
   }
+  return ports::DataType::kText;
 }
 
 }  // namespace jet

@@ -1,9 +1,9 @@
-#include "jet/store/engine.h"
-
-#include <filesystem>
-#include <utility>
-
 #include "jet/engine.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "jet/errors.h"
 #include "jet/store/compaction.h"
 #include "jet/store/database.h"
@@ -14,7 +14,24 @@ namespace {
 
 constexpr int kMostLevels = 5;
 
-}  // namespace
+class Engine final : public ports::DatabaseEngine {
+ public:
+  std::unique_ptr<ports::Database> OpenDatabase(const std::string& path, bool exclusive,
+                                                bool read_only) override;
+  std::unique_ptr<ports::Database> CreateDatabase(const std::string& path) override;
+  void CompactDatabase(const std::string& source, const std::string& target) override;
+  void Idle(ports::IdleOption option) override;
+  void BeginTrans() override;
+  void CommitTrans() override;
+  void Rollback() override;
+
+ private:
+  std::vector<std::shared_ptr<Session>> OpenSessions();
+  std::unique_ptr<ports::Database> Adopt(std::shared_ptr<Session> session);
+
+  std::shared_ptr<Workspace> workspace_ = std::make_shared<Workspace>();
+  std::vector<std::weak_ptr<Session>> sessions_;
+};
 
 std::vector<std::shared_ptr<Session>> Engine::OpenSessions() {
   std::vector<std::shared_ptr<Session>> open;
@@ -72,6 +89,8 @@ void Engine::Rollback() {
   for (const auto& session : OpenSessions())
     session->RollbackTo(workspace_->level);
 }
+
+}  // namespace
 
 std::unique_ptr<ports::DatabaseEngine> MakeEngine() {
   return std::make_unique<Engine>();

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <span>
+
+#include "jet/store/function_call.h"
+
+namespace jet {
+
+std::span<const FunctionEntry> ConversionFunctions();
+
+}  // namespace jet
