@@ -10,12 +10,14 @@
 #include "ports/host.h"
 #include "ports/ports.h"
 #include "ports/system_info.h"
+#include "services/box_titles.h"
 #include "ui/error_form.h"
 #include "ui/ui_texts.h"
 
 namespace {
 
 using ports::BarKind;
+namespace box_titles = tmw::box_titles;
 namespace database_texts = tmw::database_texts;
 namespace engine_texts = tmw::engine_texts;
 namespace ui_texts = tmw::ui_texts;
@@ -79,7 +81,7 @@ class Exhibition final : public ports::ProgressViewEvents {
     view_.SetPace(state_.pace);
     view_.SetButton(ui_texts::kCancel, state_.can_cancel);
     if (is_question_) {
-      ports::CurrentPorts().front_end->AskYesNo(ui_texts::kUpdateTitle, ui_texts::kCancelQuestion);
+      ports::CurrentPorts().front_end->AskYesNo(box_titles::kProductUpdate, ui_texts::kCancelQuestion);
     }
   }
 
@@ -114,7 +116,7 @@ void ShowError(bool is_detailed) {
       "Процесс не может получить доступ к файлу, так как этот файл занят другим процессом.",
       32);
   const auto view = ports::CurrentPorts().front_end->MakeErrorView();
-  view->SetTexts({ui_texts::kErrorTitle, ui_texts::kErrorLabel, ui_texts::kFullTextName,
+  view->SetTexts({box_titles::kError, ui_texts::kErrorLabel, ui_texts::kFullTextName,
                   form.ShortText(), form.FullText(), ui_texts::kCopy, ui_texts::kClose});
   view->SetDetailView(is_detailed, is_detailed ? ui_texts::kLessDetails : ui_texts::kMoreDetails);
   NoEvents events;
