@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kModule = "mTmDaoDataBaseForUtils";
 
-// Never destroyed: the process's end frees the file, whatever the order of its last acts.
+// Never destroyed: the end of the process closes the file, whatever statics are gone by then.
 std::unique_ptr<ports::Database>& CachedUserDB() {
   static auto& cached = *new std::unique_ptr<ports::Database>();
   return cached;

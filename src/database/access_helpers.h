@@ -5,8 +5,8 @@
 
 #include "ports/database.h"
 
-// The one way to the user database, and to run a statement or open a table so that a failure names
-// what was being done (module mTmDaoDataBaseForUtils).
+// Access to the user database, and statements and tables whose failures name what was being done
+// (module mTmDaoDataBaseForUtils).
 namespace tmw::database_utils {
 
 // "Tamrin.mdb" in the product's database folder.
@@ -17,19 +17,19 @@ std::unique_ptr<ports::Database> GetUserDB();
 
 // Opened at first use and kept for the life of the process.
 ports::Database& GetCachedUserDB();
-// Closes it; the next use opens it anew.
+// Closes it; the next use opens it again.
 void CloseCachedUserDB();
 
-// On the given database, or on the cached user database when there is none. The failing statement
-// goes into the error's chain.
+// Runs a statement on the database, without one on the cached user database. An error's chain holds
+// the statement.
 void TmExecuteSql(const std::string& sql, ports::Database* database = nullptr);
 
-// A table's rows, in the order of that index unless its name is empty.
+// Opens a table, ordered by the index unless its name is empty.
 std::unique_ptr<ports::DatabaseRecordset> OpenTableRecordset(const std::string& table,
                                                              const std::string& index,
                                                              ports::Database* database = nullptr);
 
-// Moves to the first row; without rows nothing happens.
+// Moves to the first row if there is one.
 void SafeMoveFirst(ports::DatabaseRecordset& recordset);
 
 }  // namespace tmw::database_utils

@@ -4,13 +4,13 @@
 
 namespace tmw {
 
-// Brings everything the database engine holds back to the disk and frees its locks.
+// Makes the database engine write all that it holds to the disk, and free its locks.
 void FlushDBEngine();
 
-// Compacts the user database into a new file, replacing what is there.
+// Compacts the user database into a file, replacing an existing one.
 void CopyUserDatabase(const std::string& target);
 
-// Compacts a database that nobody has open in its place.
+// Compacts a database, which must not be open, in its place.
 void PackDataBase(const std::string& path);
 
 }  // namespace tmw

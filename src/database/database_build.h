@@ -8,8 +8,8 @@
 
 namespace tmw {
 
-// What the two databases of a release are built from, beside the user database. The folders are the
-// release's: verified dictionaries, update scripts and table structures.
+// What the two databases of a release are built from, beside the user database. The folders hold
+// the verified dictionaries, the update scripts and the table structures.
 struct DatabaseBuild {
   std::string ProductCode;
   DbVersion TargetVersion{};

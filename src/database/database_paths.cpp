@@ -13,7 +13,7 @@ SplitName UserDatabase() {
   return SplitFileName(database_utils::GetUserDBFileName());
 }
 
-// For comparison with other folders. Without a separator at the end, as all are here.
+// A folder, without a separator at the end, in the form in which folders are compared.
 std::string Key(const std::string& folder) {
   return LowerCase(FollowLinks(GetAbsoluteFileName(folder)));
 }

@@ -6,7 +6,7 @@
 
 #include "foundation/text.h"
 
-// What the database rooms say.
+// What is shown about databases.
 namespace tmw::database_texts {
 
 // Databases, as messages about a file describe it.
@@ -127,7 +127,7 @@ inline std::string RowsLost(const std::string& table, std::int64_t expected, std
          ". Обновление прервано, рабочая база данных не изменена.";
 }
 
-// The frames' extra texts.
+// Extra texts of frames.
 inline std::string FailedStatement(const std::string& sql) {
   return "Запрос, вызвавший ошибку: \r\n" + sql;
 }
@@ -136,7 +136,7 @@ inline std::string FailedTable(const std::string& table, const std::string& inde
   return "Таблица: " + table + ", Индекс: " + index;
 }
 
-// Table text. Line 0: no line is to blame.
+// Table text. Line 0: the error belongs to no line.
 inline std::string TableFileError(const std::string& file, std::size_t line,
                                   const std::string& reason) {
   const std::string place = line == 0 ? "" : " (строка " + std::to_string(line) + ")";

@@ -76,7 +76,7 @@ std::string EscapedText(std::string_view text) {
   return result;
 }
 
-// A "^" that begins no escape stands for itself.
+// A "^" that does not begin an escape stands for itself.
 std::string UnescapedText(std::string_view text) {
   constexpr std::array<std::string_view, 7> kMeanings = {"^",  "|",  "\r\n",       "\r",
                                                          "\n", "\t", kNoBreakSpace};

@@ -12,7 +12,7 @@ namespace tmw {
 // "Text" for dbText …; "U13" for a code without a token.
 std::string FieldTypeToStr(ports::DataType type);
 
-// Nothing for a text that is no token.
+// Returns nothing for a text that is not a token.
 std::optional<ports::DataType> FieldTypeFromStr(std::string_view token);
 
 // The DB string of a value. The first character is the kind: E empty, S text, T and F truth, d and
@@ -20,7 +20,7 @@ std::optional<ports::DataType> FieldTypeFromStr(std::string_view token);
 // (0x…)". Texts escape ^ | CR LF TAB and U+00A0 as ^1 to ^7.
 std::string VariantToDBString(const ports::DatabaseValue& value);
 
-// The reverse; numbers come back as doubles. Error 1001 for a text that is no DB string.
+// The reverse; numbers become doubles. A text that is not a DB string raises error 1001.
 ports::DatabaseValue DBStringToVariant(std::string_view text);
 
 }  // namespace tmw

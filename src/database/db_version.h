@@ -16,10 +16,10 @@ using DbVersion = std::array<std::int32_t, 3>;
 // "3.6.117"
 std::string DbVersionText(const DbVersion& version);
 
-// Nothing unless the text has exactly three dot-separated numbers.
+// Returns nothing unless the text is exactly three numbers separated by dots.
 std::optional<DbVersion> ParseDbVersion(std::string_view text);
 
-// From the first row of the table DBVersion.
+// Read from the first row of the table DBVersion.
 DbVersion GetDataBaseVersion(ports::Database& database);
 
 // The statement that writes a version there.

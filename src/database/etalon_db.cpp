@@ -24,8 +24,8 @@
 namespace tmw {
 namespace {
 
-// Fills the tables one after another; the user database is opened once, when a dictionary first
-// comes from there.
+// Creates one table after another. The user database is opened once, for the first dictionary that
+// is carried over from it.
 class TableCreator {
  public:
   TableCreator(const DatabaseBuild& build, UpdaterEvents& events, ports::Database& database)
@@ -63,8 +63,8 @@ class TableCreator {
   RowCounts counts_;
 };
 
-// Deletes and takes from the list every table but those that others refer to: they can go when the
-// others have gone. At least one goes, or the failure is raised.
+// Deletes the tables that no other refers to and takes them off the list; the rest can be deleted
+// after them. If none can be deleted, the failure is raised.
 void DeleteFreeTables(std::vector<std::string>& tables, ports::Database& database) {
   std::exception_ptr failure;
   const auto deleted = std::erase_if(tables, [&](const std::string& table) {

@@ -4,8 +4,8 @@
 #include "ports/database.h"
 #include "services/updater_events.h"
 
-// The reference database: the release's tables, user tables empty, dictionaries filled. Operations
-// return false when they have told the user or he wants out.
+// The reference database: the release's tables, user tables empty, dictionaries filled. A function
+// that returns false has reported why, unless the user has cancelled.
 namespace tmw {
 
 // In the structures folder; the user database is only read.

@@ -23,7 +23,8 @@ namespace {
 
 constexpr const char* kModule = "ImpTable";
 
-// A text begins with "Table:": a zero in its second byte, like a mark, gives UTF-16 away.
+// A table's text begins with "Table:", so that a zero in its second byte, like a mark, means
+// UTF-16.
 bool IsUnicodeFile(const std::string& path) {
   std::array<char, 2> start{'\xFF', '\xFF'};
   const auto opened = ports::CurrentPorts().files->Open(path, ports::FileMode::kRead);
@@ -31,7 +32,7 @@ bool IsUnicodeFile(const std::string& path) {
   return start[1] == '\0' || (start[0] == '\xFF' && start[1] == '\xFE');
 }
 
-// An amount's digits go over as they are: a double holds only fifteen of them.
+// An amount is read without the detour of a double, which holds only fifteen digits.
 ports::DatabaseValue RowValue(std::string_view text, ports::DataType type) {
   if (type == ports::DataType::kCurrency) {
     if (const auto amount = ReadCurrency(text)) return ports::CurrencyValue{*amount};
@@ -79,8 +80,8 @@ void ImpTable::Replace(TableTextReader& reader, bool has_rows, ports::Database& 
   if (has_rows && !rows_follow) RaiseProgramError(database_texts::RowsMissing());
   if (!has_rows && rows_follow) RaiseProgramError(database_texts::RowsNotWanted());
 
-  // Indexes are built when the rows are in, each in one go. The transaction is for the rows alone:
-  // in one with them the product's own engine may find the table in use when it gets its indexes.
+  // Each index is built in one pass after the rows are in. The transaction covers the rows alone:
+  // inside it the product's own engine may report the table in use when an index is created.
   const std::vector<ports::IndexDefinition> indexes = std::exchange(table.indexes, {});
   if (HasTable(database, table.name)) database.DeleteTable(table.name);
   database.CreateTable(table);

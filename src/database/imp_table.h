@@ -11,8 +11,8 @@ namespace tmw {
 
 class TableTextReader;
 
-// Imports a table from its text: the table of that name is replaced. A faulty text leaves it
-// without its rows or gone; whoever needs the old one then begins a transaction before. Errors name
+// Imports a table from its text: the table of that name is replaced. After a faulty text the table
+// may be empty or missing; a caller that needs the old one begins a transaction first. Errors name
 // the file, the line and the reason.
 class ImpTable {
  public:
@@ -39,7 +39,7 @@ class ImpTable {
 
   std::string table_name_;
   std::int64_t row_count_ = 0;
-  std::size_t blamed_line_ = 0;  // 0: the line that was read last
+  std::size_t blamed_line_ = 0;  // for errors; 0: the line that was read last
 };
 
 }  // namespace tmw

@@ -6,16 +6,15 @@
 
 #include "ports/database.h"
 
-// Rewritings of data that are written into the program and that a database update script runs by
-// their name. Those that the product's scripts ask for are known by name; each is supplied by a
-// class of its own.
+// Conversions of data that are too much for SQL: a database update script runs one by its name.
+// The names that the product's scripts use are known here; a class supplies each conversion.
 namespace tmw {
 
 class Migration {
  public:
   virtual ~Migration() = default;
   virtual std::string Name() const = 0;
-  // Raises when the data cannot be rewritten: the update then ends.
+  // Raises an error if the data cannot be converted, which ends the update.
   virtual void Run(ports::Database& database) = 0;
 };
 
@@ -23,8 +22,8 @@ class Migration {
 void SupplyMigration(std::unique_ptr<Migration> migration);
 void WithdrawMigration(std::string_view name);
 
-// Runs the migration of exactly that name. Whatever fails, and a name that nothing is supplied for,
-// raises error 1001 with the name and the reason.
+// Runs the migration of exactly that name. Its failure, like a name without a migration, raises
+// error 1001 with the name and the reason.
 void RunMigration(const std::string& name, ports::Database& database);
 
 }  // namespace tmw

@@ -24,7 +24,7 @@ bool IsInUse(std::int32_t number) {
   return number == ports::kOpenedExclusively || number == ports::kFileAlreadyInUse;
 }
 
-// Waits for the next attempt; false when the user gives up.
+// Waits for the next attempt. Returns false if the user gives up.
 bool AwaitNextAttempt(int failures, const std::string& path, const std::string& description) {
   const ports::Ports& ports = ports::CurrentPorts();
   if (failures <= kSilentRetries) {

@@ -19,7 +19,7 @@ void AddStatement(std::string_view text, std::vector<std::string>& statements) {
 
 std::vector<std::string> CutStatements(std::string_view text) {
   std::vector<std::string> statements;
-  char closing = '\0';  // what ends the quoted stretch that the position is in
+  char closing = '\0';  // what ends the quote that the position is in
   std::size_t start = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];

@@ -6,8 +6,8 @@
 
 namespace tmw {
 
-// The statements of a text, cut at ";" outside of '…', "…" and […], without blanks and line breaks
-// around them; empty ones are left out. A quote that is never closed reaches to the text's end.
+// Splits a text into statements at each ";" outside '…', "…" and […]. Blanks and line breaks around
+// them and empty statements are dropped. A quote that is never closed extends to the end.
 std::vector<std::string> CutStatements(std::string_view text);
 
 }  // namespace tmw

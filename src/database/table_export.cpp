@@ -54,7 +54,7 @@ std::string ExportTableToString(const std::string& table, bool structure_only,
   ReRaiseError(kModule, "ExportTableToString");
 }
 
-// Without a frame of its own: the chain of procedures is that of the export to a string.
+// Has no frame of its own: in an error's chain it is part of the export to a string.
 void ExportTable(const std::string& table, bool structure_only, ports::Database& database,
                  StringAccumulator& text) {
   const ports::TableDefinition definition = database.Table(table);
@@ -98,7 +98,7 @@ void ExportTableRows(const ports::TableDefinition& table, StringAccumulator& tex
   for (; !rows->AtEnd(); rows->MoveNext()) {
     line.clear();
     for (const std::size_t position : positions) {
-      // The separator depends on the text so far, not on the column: the format has it so.
+      // Written only after text, not after a column: the format is so.
       if (!line.empty()) line += '|';
       line += VariantToDBString(rows->Value(position));
     }

@@ -11,14 +11,14 @@
 //   Index:<name>[|Primary | [|Unique][|IgnoreNulls]]|Fields:<field>[/D];…       one per index
 //   Rows, one line of DB strings separated by "|" per row, EndRows              unless left out
 //   EndTable
-// A Null in a row's first column cannot be read back: the separators behind it are lost.
+// A Null in a row's first column cannot be read back, because no separator follows it.
 namespace tmw {
 
-// Without a database: the user database.
+// Without a database, from the cached user database.
 std::string ExportTableToString(const std::string& table, bool structure_only,
                                 ports::Database* database);
 
-// The same text into an accumulator, which may hand it on.
+// The same text into an accumulator, which may pass it on in pieces.
 void ExportTable(const std::string& table, bool structure_only, ports::Database& database,
                  StringAccumulator& text);
 
@@ -26,11 +26,11 @@ void ExportTableHeader(const ports::TableDefinition& table, StringAccumulator& t
 void ExportTableFields(const ports::TableDefinition& table, StringAccumulator& text);
 void ExportTableIndexes(const ports::TableDefinition& table, StringAccumulator& text);
 
-// In the order of the index "ExportOrder", else of the primary key, else as stored.
+// Rows are ordered by the index "ExportOrder", else by the primary key, else as stored.
 void ExportTableRows(const ports::TableDefinition& table, StringAccumulator& text,
                      ports::Database& database);
 
-// The name of the first primary index; empty when there is none.
+// The name of the first primary index; empty if there is none.
 std::string GetPrimaryIndex(const ports::TableDefinition& table);
 bool TableHasIndex(const ports::TableDefinition& table, const std::string& index);
 

@@ -15,13 +15,13 @@ bool HasTable(ports::Database& database, const std::string& name);
 // The same, but false also if the database fails to answer.
 bool TableExists(const std::string& name, ports::Database& database);
 
-// The names of all tables that are neither the system's nor hidden.
+// The names of all tables but system and hidden ones.
 std::vector<std::string> OrdinaryTables(ports::Database& database);
 
-// The number of a table's rows, counted by the engine: nothing is carried over.
+// The number of a table's rows, counted by the engine.
 std::int64_t CountRows(ports::Database& database, const std::string& table);
 
-// By table. Linked tables are left out: their rows lie in other files.
+// Row counts by table. Linked tables are left out: their rows lie in other files.
 using TableRows = std::map<std::string, std::int64_t>;
 TableRows CountAllRows(ports::Database& database);
 

@@ -20,7 +20,7 @@ constexpr std::string_view kRows = "Rows";
 constexpr std::string_view kEndRows = "EndRows";
 constexpr std::string_view kEndTable = "EndTable";
 
-// Cuts the text up to the separator off the front; all of it when there is none.
+// Cuts off the text up to the separator, or all of it if there is none.
 std::string_view CutPiece(std::string_view& rest, char separator) {
   const std::size_t end = rest.find(separator);
   const std::string_view piece = rest.substr(0, end);
@@ -148,7 +148,8 @@ bool TableTextReader::ReadRow(std::vector<std::string_view>& values) {
     if (end == std::string_view::npos) break;
     line.remove_prefix(end + 1);
   }
-  // A Null in the first column loses separators, so its row has too few values or begins with none.
+  // After a Null in the first column no separator stands, so that such a row is a value short or
+  // begins with an empty one.
   if (values.size() != field_count_)
     RaiseProgramError(database_texts::WrongValueCount(field_count_, values.size()));
   if (values.front().empty()) RaiseProgramError(database_texts::NullInFirstField());

@@ -11,36 +11,36 @@
 
 namespace tmw {
 
-// Reads a table's text front to back; table_export.h has its form. Whatever does not follow it is
-// error 1001 with the reason; Line() then is the line to blame.
+// Reads a table's text, whose format table_export.h describes, from front to back. A fault in it
+// raises error 1001 with the reason; Line() then is the line of the fault.
 class TableTextReader {
  public:
-  // Gives the next piece of a text, whatever its length; an empty one at the end.
+  // Returns the next piece of a text, of any length; an empty one at the end.
   using Source = std::function<std::string()>;
 
   // The text must outlive the reader.
   explicit TableTextReader(std::string_view text) : text_(text) {}
-  // Holds no more of the text than a piece and a line.
+  // Keeps no more of the text in memory than a piece and a line.
   explicit TableTextReader(Source source) : source_(std::move(source)) {}
   TableTextReader(const TableTextReader&) = delete;
   TableTextReader& operator=(const TableTextReader&) = delete;
 
-  // The structure; to be called first.
+  // Reads the structure; to be called first.
   ports::TableDefinition ReadStructure();
 
-  // Behind the structure: true when rows follow.
+  // To be called after the structure. Returns true if rows follow.
   bool ReadRowsOpener();
 
-  // The next row's DB strings, as many as the table has fields, valid until the next call; false at
-  // the rows' end.
+  // Reads the DB strings of the next row, one per field of the table, valid until the next call.
+  // Returns false at the end of the rows.
   bool ReadRow(std::vector<std::string_view>& values);
 
-  // Behind the rows, or the structure when there are none.
+  // To be called after the rows, or after the structure if there are none.
   void ReadEnd();
 
   // The number of the line read last, from 1; 0 before the first.
   std::size_t Line() const { return line_; }
-  // The line that describes the table's index number i.
+  // The number of the line that describes index i.
   std::size_t IndexLine(std::size_t i) const { return index_lines_[i]; }
 
  private:
@@ -51,7 +51,7 @@ class TableTextReader {
   void ReadIndex(std::string_view line, ports::TableDefinition& table) const;
 
   Source source_;
-  std::string held_;       // what has been read of the source and not yet been passed
+  std::string held_;       // read from the source, not consumed yet
   std::string_view text_;  // the whole text, or what is held
   std::size_t position_ = 0;
   std::size_t line_ = 0;

@@ -2,7 +2,7 @@
 
 namespace tmw {
 
-// One transaction of the database engine, taken back unless it is committed.
+// One transaction of the database engine, rolled back unless it is committed.
 class Transaction {
  public:
   Transaction();

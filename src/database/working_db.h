@@ -9,18 +9,18 @@
 #include "services/updater_events.h"
 
 // The working database: a copy of the user database with the new dictionaries, brought up to the
-// release's version by its update scripts. Operations return false when they have told the user or
-// he wants out.
+// release's version by its update scripts. A function that returns false has reported why, unless
+// the user has cancelled.
 namespace tmw {
 
-// By the start version's text followed by "_".
+// The key is the text of the start version, followed by "_".
 using ScriptSet = std::map<std::string, WuDbVerUpdate>;
 
 // In the scripts folder; the user database is only read.
 bool BuildWorkingDB(const DatabaseBuild& build, UpdaterEvents& events);
 
-// Imports the dictionaries that were delivered, then counts the rows of all tables: the scripts
-// start from everything the user has.
+// Imports the dictionaries that were delivered, then compares the row counts of all tables with the
+// user database: the scripts start from everything the user has.
 bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, UpdaterEvents& events,
                             ports::Database& database);
 

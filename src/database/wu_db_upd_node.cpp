@@ -6,7 +6,6 @@
 
 #include "database/database_texts.h"
 #include "database/migrations.h"
-#include "database/set_field_prop.h"
 #include "database/statement_cutter.h"
 #include "database/table_lookup.h"
 #include "database/transaction.h"
@@ -58,8 +57,8 @@ bool ReadSuppressErrors(const XmlNode& node) {
   return XmlGetBooleanAttributeDef(node, "SuppressErrors", false);
 }
 
-// A script may say that a statement can fail (the field is there already). That the disk is full or
-// broken is no fault of a statement: the rest of the script would run on half a change.
+// A script may allow a statement to fail (the field may exist already). A full or broken disk is
+// never passed over: the rest of the script would run on half a change.
 bool MayBeSuppressed(const ports::DatabaseError& error) {
   return error.Number != ports::kDiskFull && error.Number != ports::kDiskError;
 }
@@ -105,6 +104,13 @@ AddField LoadAddField(const XmlNode& node) {
   return action;
 }
 
+void SetFieldProp(ports::Database& database, const std::string& table, const std::string& field,
+                  const update_actions::Property& property) try {
+  database.SetFieldProperty(table, field, property.name, property.type, property.value);
+} catch (...) {
+  ReRaiseError(kModule, "SetFieldProp", table + "." + field + ": " + property.name);
+}
+
 void Run(const Sql& action, ports::Database& database) {
   for (const std::string& statement : action.statements) {
     RunStep(action.suppress_errors, [&] {
@@ -122,9 +128,8 @@ void Run(const AddField& action, ports::Database& database) {
   const bool is_created =
       RunStep(action.suppress_errors, [&] { database.CreateField(action.table, action.field); });
   if (!is_created) return;
-  for (const update_actions::Property& property : action.properties) {
-    SetFieldProp(database, action.table, field, property.name, property.type, property.value);
-  }
+  for (const update_actions::Property& property : action.properties)
+    SetFieldProp(database, action.table, field, property);
 }
 
 void Run(const CustomScript& action, ports::Database& database) {

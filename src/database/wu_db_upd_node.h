@@ -27,7 +27,7 @@ struct Property {
 struct AddField {
   std::string table;
   ports::FieldDefinition field;
-  std::vector<Property> properties;  // those that are given, in the order of setting
+  std::vector<Property> properties;  // in the order in which they are set
   bool suppress_errors = false;
 };
 
@@ -40,10 +40,10 @@ struct CustomScript {
 // One action of a database update script.
 class WuDbUpdNode {
  public:
-  // From an Action element; what the element lacks or has wrong raises error 1001.
+  // From an Action element; what is missing or wrong in it raises error 1001.
   void LoadFromNode(const XmlNode& node);
 
-  // SuppressErrors covers each statement, and the creation of a field; not a missing table.
+  // SuppressErrors covers each statement and the creation of a field, but not a missing table.
   void Execute(ports::Database& database) const;
 
  private:

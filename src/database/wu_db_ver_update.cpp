@@ -38,7 +38,7 @@ std::int32_t WuDbVerUpdate::LoadFromFile(const std::string& file,
 }
 
 std::int32_t WuDbVerUpdate::LoadRoot(const XmlDocument& document, const std::string& product_code) {
-  // The declaration comes first; what stands behind it is taken for the root.
+  // The first node is the XML declaration; the one after it is taken for the root.
   const auto& nodes = document.Node().children;
   const std::string name = nodes.size() < 2 ? "" : nodes[1]->name;
   if (name != product_code + kRootEnding) {
@@ -58,7 +58,7 @@ void WuDbVerUpdate::LoadVersions(const XmlNode& root) {
   to_text_ = XmlGetStringAttribute(root, "db_version_to");
   const auto to = ParseDbVersion(to_text_);
   if (!to) RaiseProgramError(database_texts::BadToVersion(to_text_));
-  // Such a script would never come to an end.
+  // Run again and again, such a script would never reach the target version.
   if (*to <= *from) RaiseProgramError(database_texts::VersionsNotRising(from_text_, to_text_));
   to_ = *to;
 }
@@ -68,7 +68,8 @@ bool WuDbVerUpdate::Execute(ports::Database& database) const try {
     for (const WuDbUpdNode& action : actions_)
       action.Execute(database);
   } catch (...) {
-    ExecutingError(CurrentError().Description);
+    ShowWarning(box_titles::kError,
+                database_texts::ScriptFailed(to_text_, CurrentError().Description));
     return false;
   }
   Transaction transaction;
@@ -81,10 +82,6 @@ bool WuDbVerUpdate::Execute(ports::Database& database) const try {
 
 void WuDbVerUpdate::LoadingError(const std::string& reason) const {
   ShowWarning(box_titles::kError, database_texts::ScriptNotLoaded(file_, reason));
-}
-
-void WuDbVerUpdate::ExecutingError(const std::string& reason) const {
-  ShowWarning(box_titles::kError, database_texts::ScriptFailed(to_text_, reason));
 }
 
 }  // namespace tmw

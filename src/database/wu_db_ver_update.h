@@ -21,16 +21,16 @@ namespace tmw {
 class WuDbVerUpdate {
  public:
   static constexpr std::int32_t kLoaded = 1;
-  static constexpr std::int32_t kOtherProduct = -1;  // not for us; nobody was told
-  static constexpr std::int32_t kFailed = 0;         // the user has been told
+  static constexpr std::int32_t kOtherProduct = -1;  // to be passed over
+  static constexpr std::int32_t kFailed = 0;         // reported
 
   std::int32_t LoadFromFile(const std::string& file, const std::string& product_code);
 
-  // Runs the actions in order, then writes the end version into the database. False at the first
-  // failure, which the user has been told.
+  // Runs the actions in order, then writes the end version into the database. Returns false after
+  // the first failure, which has been reported.
   bool Execute(ports::Database& database) const;
 
-  // As the file has them.
+  // As they stand in the file.
   const std::string& FromVersionText() const { return from_text_; }
   const std::string& ToVersionText() const { return to_text_; }
 
@@ -40,7 +40,6 @@ class WuDbVerUpdate {
   std::int32_t LoadRoot(const XmlDocument& document, const std::string& product_code);
   void LoadVersions(const XmlNode& root);
   void LoadingError(const std::string& reason) const;
-  void ExecutingError(const std::string& reason) const;
 
   std::string file_;  // for messages
   std::string from_text_;

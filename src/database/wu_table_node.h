@@ -9,7 +9,7 @@ namespace tmw {
 struct WuTableNode {
   bool IsUser = false;  // the user's own content, never delivered
   std::string TableName;
-  std::string SrvFile;       // dictionaries only, likewise the next two
+  std::string SrvFile;       // dictionaries only, as the next two
   std::int32_t SrvSize = 0;  // bytes
   std::string Hash;          // of the content in the table text format, lower-case SHA-256
   bool NeedUpdate = false;

@@ -21,6 +21,12 @@ bool Refuse(const std::string& message, const std::string& file) {
   return false;
 }
 
+// The words for what is wrong with the file, or null.
+const char* FindFault(const std::string& file, std::int32_t length, const std::string& hash) {
+  if (GetFileLength(file) != length) return engine_texts::kLengthDiffers;
+  return GetFileHash(file) != hash ? engine_texts::kHashDiffers : nullptr;
+}
+
 // An entry point of the companion library; 0 means that the check has failed.
 using IntegrityCheck = std::int32_t(COMPANION_CALL*)(const char* path);
 
@@ -75,17 +81,13 @@ bool UnpackComponent(const ComponentPlaces& places, const ComponentFacts& expect
 }
 
 bool VerifyComponent(const std::string& unpacked, const ComponentFacts& expected) {
-  const bool is_text = expected.PackType == kPackText;
-  if (!is_text && GetFileLength(unpacked) != expected.ExpectedLength) {
-    return Refuse(engine_texts::LoadingFault(expected.Name, engine_texts::kLengthDiffers),
-                  unpacked);
+  const char* fault = nullptr;
+  if (expected.PackType != kPackText) {
+    fault = FindFault(unpacked, expected.ExpectedLength, expected.ExpectedHash);
+  } else if (GetStringHash(ReadUnicodeFileToString(unpacked)) != expected.ExpectedHash) {
+    fault = engine_texts::kHashDiffers;
   }
-  const std::string hash =
-      is_text ? GetStringHash(ReadUnicodeFileToString(unpacked)) : GetFileHash(unpacked);
-  if (hash != expected.ExpectedHash) {
-    return Refuse(engine_texts::LoadingFault(expected.Name, engine_texts::kHashDiffers), unpacked);
-  }
-  return true;
+  return fault == nullptr || Refuse(engine_texts::LoadingFault(expected.Name, fault), unpacked);
 }
 
 bool VerifyPackage(const std::string& url, const std::string& file, const WuPackage& package) {
@@ -93,13 +95,8 @@ bool VerifyPackage(const std::string& url, const std::string& file, const WuPack
     DownloadError(engine_texts::LoadingFault(url, engine_texts::kFileAbsent));
     return false;
   }
-  if (GetFileLength(file) != package.PackSize) {
-    return Refuse(engine_texts::LoadingFault(url, engine_texts::kLengthDiffers), file);
-  }
-  if (GetFileHash(file) != package.PackHash) {
-    return Refuse(engine_texts::LoadingFault(url, engine_texts::kHashDiffers), file);
-  }
-  return true;
+  const char* const fault = FindFault(file, package.PackSize, package.PackHash);
+  return fault == nullptr || Refuse(engine_texts::LoadingFault(url, fault), file);
 }
 
 bool CheckFileCrc(const std::string& file) try {

@@ -11,6 +11,8 @@
 namespace tmw {
 namespace {
 
+constexpr const char* kMark = "_Installing.txt";
+
 ports::Status WriteDurably(ports::FileSystem& files, const std::string& path,
                            const std::string& text) {
   const auto opened = files.Open(path, ports::FileMode::kWriteNew);
@@ -26,7 +28,7 @@ std::vector<std::string> Marks(const std::string& temp_dir) {
   if (!entries) return marks;
   for (const ports::FolderEntry& entry : entries.value) {
     if (entry.kind != ports::FileKind::kFolder) continue;
-    const std::string mark = InterruptionMarkPath(MakeReleasePaths(temp_dir, entry.name));
+    const std::string mark = JoinPath(JoinPath(temp_dir, entry.name), kMark);
     if (IsFileExists(mark)) marks.push_back(mark);
   }
   return marks;
@@ -36,7 +38,7 @@ std::vector<std::string> Marks(const std::string& temp_dir) {
 
 void MarkInstallation(const ReleasePaths& release, const std::string& version_id) {
   ports::FileSystem& files = *ports::CurrentPorts().files;
-  const std::string path = InterruptionMarkPath(release);
+  const std::string path = JoinPath(release.Folder, kMark);
   if (IsFileExists(path)) return;
   ports::Status status = WriteDurably(files, path, version_id);
   if (status) status = files.FlushFolder(release.Folder);

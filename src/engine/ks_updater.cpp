@@ -124,7 +124,12 @@ ReleaseReader KsUpdater::Reader() const {
   return {events_, product_code_, servers_, temp_dir_};
 }
 
-bool KsUpdater::DownloadDigest() try { return Reader().ReadDigest(digest_); } catch (...) {
+bool KsUpdater::Ended(bool goes_on) {
+  events_.OnSetMainAction("");
+  return goes_on;
+}
+
+bool KsUpdater::DownloadDigest() try { return Ended(Reader().ReadDigest(digest_)); } catch (...) {
   ReRaiseError(kRunModule, "DownloadDigest");
 }
 
@@ -135,7 +140,7 @@ bool KsUpdater::CheckProductVersion() try {
 }
 
 bool KsUpdater::CalculateLoadingUrl() try {
-  return Reader().ChooseServer(digest_.Version, loading_url_);
+  return Ended(Reader().ChooseServer(digest_.Version, loading_url_));
 } catch (...) {
   ReRaiseError(kRunModule, "CalculateLoadingUrl");
 }
@@ -153,7 +158,7 @@ bool KsUpdater::RestartUpdater() try {
 }
 
 bool KsUpdater::DownloadAndParseManifest() try {
-  return Reader().ReadManifest(loading_url_, digest_.Version, manifest_);
+  return Ended(Reader().ReadManifest(loading_url_, digest_.Version, manifest_));
 } catch (...) {
   ReRaiseError(kRunModule, "DownloadAndParseManifest");
 }

@@ -61,6 +61,8 @@ class KsUpdater {
   void CleanupTempFolders();
 
   ReleaseReader Reader() const;
+  // Takes the text of a stage away and returns its result.
+  bool Ended(bool goes_on);
 
   UpdaterEvents& events_;
   SelfUpdate self_update_;

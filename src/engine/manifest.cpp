@@ -1,5 +1,6 @@
 #include "engine/manifest.h"
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <set>
@@ -7,7 +8,6 @@
 
 #include "database/database_paths.h"
 #include "engine/engine_texts.h"
-#include "engine/folder_constants.h"
 #include "foundation/contract_names.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
@@ -121,6 +121,33 @@ WuPackage ParsePackage(const XmlNode& root, const char* name) {
 }
 
 }  // namespace
+
+std::string ParseConsts(const std::string& text,
+                        const std::map<std::string, std::string>& constants) try {
+  std::string result = text;
+  std::size_t position = 0;
+  while (position < result.size()) {
+    const std::size_t open = result.find('{', position);
+    if (open == std::string::npos) break;
+    if (result.compare(open, 2, "{{") == 0) {
+      const std::size_t close = result.find("}}", open + 2);
+      if (close == std::string::npos) break;
+      result.replace(open, close + 2 - open, "{" + result.substr(open + 2, close - open - 2) + "}");
+      position = close;
+      continue;
+    }
+    const std::size_t close = result.find('}', open + 1);
+    if (close == std::string::npos) break;
+    const std::string name = result.substr(open + 1, close - open - 1);
+    const auto found = constants.find(name);
+    if (found == constants.end()) RaiseProgramError(engine_texts::UnknownConstant(name));
+    result.replace(open, close + 1 - open, found->second);
+    position = open + found->second.size();
+  }
+  return result;
+} catch (...) {
+  ReRaiseError(kRunModule, "ParseConsts");
+}
 
 bool TryParseManifest(const std::string& file, const std::string& product_code,
                       const std::string& version, Manifest& manifest, std::string& reason) try {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "engine/records.h"
@@ -19,5 +20,11 @@ namespace tmw {
 [[nodiscard]] bool TryParseManifest(const std::string& file, const std::string& product_code,
                                     const std::string& version, Manifest& manifest,
                                     std::string& reason);
+
+// Expands a folder's name: "{name}" becomes the constant of that name, "{{text}}" becomes "{text}";
+// values are not expanded again. A brace without its partner ends the work, and the rest stays as
+// it is. An unknown name is raised.
+std::string ParseConsts(const std::string& text,
+                        const std::map<std::string, std::string>& constants);
 
 }  // namespace tmw

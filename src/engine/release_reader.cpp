@@ -38,27 +38,6 @@ ReleaseReader::ReleaseReader(UpdaterEvents& events, std::string product_code, Up
 
 bool ReleaseReader::ReadDigest(Digest& digest) {
   events_.OnSetMainAction(engine_texts::kGettingVersion);
-  const bool result = LoadDigest(digest);
-  events_.OnSetMainAction("");
-  return result;
-}
-
-bool ReleaseReader::ChooseServer(const std::string& version, std::string& loading_url) {
-  events_.OnSetMainAction(engine_texts::kChoosingServer);
-  const bool result = LoadServerList(version, loading_url);
-  events_.OnSetMainAction("");
-  return result;
-}
-
-bool ReleaseReader::ReadManifest(const std::string& loading_url, const std::string& version,
-                                 Manifest& manifest) {
-  events_.OnSetMainAction(engine_texts::kGettingFileList);
-  const bool result = LoadManifest(loading_url, version, manifest);
-  events_.OnSetMainAction("");
-  return result;
-}
-
-bool ReleaseReader::LoadDigest(Digest& digest) {
   const std::string name(names::kDigestFile);
   const std::string local = JoinPath(temp_dir_, name);
   if (!FetchSmallFile(name, local, engine_texts::DigestNotLoaded)) return false;
@@ -74,7 +53,8 @@ bool ReleaseReader::LoadDigest(Digest& digest) {
   return true;
 }
 
-bool ReleaseReader::LoadServerList(const std::string& version, std::string& loading_url) {
+bool ReleaseReader::ChooseServer(const std::string& version, std::string& loading_url) {
+  events_.OnSetMainAction(engine_texts::kChoosingServer);
   const std::string name(names::kServerListFile);
   const std::string local = JoinPath(temp_dir_, name);
   if (IsFileExists(local)) DeleteFileRepeatedly(local);
@@ -91,8 +71,9 @@ bool ReleaseReader::LoadServerList(const std::string& version, std::string& load
   return true;
 }
 
-bool ReleaseReader::LoadManifest(const std::string& loading_url, const std::string& version,
+bool ReleaseReader::ReadManifest(const std::string& loading_url, const std::string& version,
                                  Manifest& manifest) {
+  events_.OnSetMainAction(engine_texts::kGettingFileList);
   const std::string package = JoinPath(temp_dir_, names::kManifestPackage);
   const std::string url = loading_url + "/" + std::string(names::kManifestPackage);
   if (!second_try_.Fetch(url, package, kMaxManifestPackage)) return false;

@@ -8,7 +8,8 @@
 namespace tmw {
 
 // Fetches and reads what the servers say of a release. The files go to the temporary folder. An
-// operation that returns false has reported why, unless the user has cancelled.
+// operation that returns false has reported why, unless the user has cancelled. The text of the
+// stage is left standing.
 class ReleaseReader {
  public:
   ReleaseReader(UpdaterEvents& events, std::string product_code, UpdateServers servers,
@@ -23,9 +24,6 @@ class ReleaseReader {
   bool ReadManifest(const std::string& loading_url, const std::string& version, Manifest& manifest);
 
  private:
-  bool LoadDigest(Digest& digest);
-  bool LoadServerList(const std::string& version, std::string& loading_url);
-  bool LoadManifest(const std::string& loading_url, const std::string& version, Manifest& manifest);
   bool FetchSmallFile(const std::string& name, const std::string& local,
                       std::string (*failure)(const std::string& reason));
 

@@ -16,50 +16,29 @@
 namespace tmw {
 namespace {
 
-// Judges one record after another.
-class Judge {
- public:
-  Judge(bool is_client, UpdaterEvents& events, UpdateNeed& need)
-      : is_client_(is_client), events_(events), need_(need) {}
-
-  bool JudgeFile(WuFileNode& file) {
-    events_.OnSetSubAction(engine_texts::JudgingFile(file.OrigName));
+bool JudgeAll(Manifest& manifest, bool is_client, UpdaterEvents& events, UpdateNeed& need) {
+  std::int32_t judged = 0;
+  const auto goes_on = [&] {
+    events.OnSetProgress(++judged);
+    return !events.CancelPressed();
+  };
+  for (WuFileNode& file : manifest.Files) {
+    events.OnSetSubAction(engine_texts::JudgingFile(file.OrigName));
     CheckForFileUpdate(file);
     if (file.NeedUpdate) {
-      need_.Files = true;
-      AddChecked(need_.DownloadVolume, file.SrvSize);
+      need.Files = true;
+      AddChecked(need.DownloadVolume, file.SrvSize);
     }
-    return Count();
-  }
-
-  bool JudgeTable(WuTableNode& table) {
-    events_.OnSetSubAction(engine_texts::JudgingTable(table.TableName, table.IsUser));
-    if (!CheckForTableUpdate(table)) return false;
-    if (table.NeedUpdate) {
-      need_.Tables = true;
-      if (!table.IsUser && !is_client_) AddChecked(need_.DownloadVolume, table.SrvSize);
-    }
-    return Count();
-  }
-
- private:
-  bool Count() {
-    events_.OnSetProgress(++judged_);
-    return !events_.CancelPressed();
-  }
-
-  bool is_client_;
-  UpdaterEvents& events_;
-  UpdateNeed& need_;
-  std::int32_t judged_ = 0;
-};
-
-bool JudgeAll(Manifest& manifest, Judge judge) {
-  for (WuFileNode& file : manifest.Files) {
-    if (!judge.JudgeFile(file)) return false;
+    if (!goes_on()) return false;
   }
   for (WuTableNode& table : manifest.Tables) {
-    if (!judge.JudgeTable(table)) return false;
+    events.OnSetSubAction(engine_texts::JudgingTable(table.TableName, table.IsUser));
+    if (!CheckForTableUpdate(table)) return false;
+    if (table.NeedUpdate) {
+      need.Tables = true;
+      if (!is_client) AddChecked(need.DownloadVolume, table.SrvSize);
+    }
+    if (!goes_on()) return false;
   }
   return true;
 }
@@ -71,7 +50,7 @@ bool BuildUpdateList(Manifest& manifest, bool is_client, UpdaterEvents& events, 
   events.OnSetupProgress(static_cast<std::int32_t>(manifest.Files.size() + manifest.Tables.size()),
                          false);
   need = {};
-  const bool result = JudgeAll(manifest, Judge(is_client, events, need));
+  const bool result = JudgeAll(manifest, is_client, events, need);
   if (result && !is_client) {
     AddChecked(need.DownloadVolume, manifest.ScriptsPackage.PackSize);
     AddChecked(need.DownloadVolume, manifest.StructuresPackage.PackSize);

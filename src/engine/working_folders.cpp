@@ -8,18 +8,9 @@
 #include "services/run_module.h"
 
 namespace tmw {
-namespace {
-
-constexpr const char* kInterruptionMark = "_Installing.txt";
-
-}  // namespace
-
-std::string MakeTempDirPath(const std::string& product_code) {
-  return JoinPath(GetTemporaryFolder(), product_code + std::string(names::kTempFolderEnding));
-}
 
 bool CreateTempDir(const std::string& product_code, std::string& temp_dir) try {
-  temp_dir = MakeTempDirPath(product_code);
+  temp_dir = JoinPath(GetTemporaryFolder(), product_code + std::string(names::kTempFolderEnding));
   std::string reason;
   if (TryCreateFolderIfAbsent(temp_dir, reason) && IsFolderExists(temp_dir)) return true;
   DownloadError(engine_texts::NoTempFolder(temp_dir));
@@ -48,10 +39,6 @@ void CreateReleaseFolders(const ReleasePaths& release) {
 ComponentPlaces MakeComponentPlaces(const ReleasePaths& release, const std::string& name) {
   return {JoinPath(release.Parts, name + std::string(names::kPackageEnding)),
           JoinPath(release.Parts, name), JoinPath(release.Loaded, name)};
-}
-
-std::string InterruptionMarkPath(const ReleasePaths& release) {
-  return JoinPath(release.Folder, kInterruptionMark);
 }
 
 }  // namespace tmw

@@ -6,10 +6,8 @@
 // without a separator at the end.
 namespace tmw {
 
-// "TMW_WebUpdate" in the user's temporary folder.
-std::string MakeTempDirPath(const std::string& product_code);
-
-// The same, created. Reports why it cannot be and returns false.
+// Creates "TMW_WebUpdate" in the user's temporary folder. Returns false if that cannot be done,
+// which has been reported.
 bool CreateTempDir(const std::string& product_code, std::string& temp_dir);
 
 struct ReleasePaths {
@@ -33,8 +31,5 @@ struct ComponentPlaces {
 
 // name: the component's installed name.
 ComponentPlaces MakeComponentPlaces(const ReleasePaths& release, const std::string& name);
-
-// The mark of an installation under way; see interruption_mark.h.
-std::string InterruptionMarkPath(const ReleasePaths& release);
 
 }  // namespace tmw

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -73,32 +74,27 @@ UpdaterSettings ReadProductSettings() {
 // missing at the end of the line is ignored.
 std::optional<std::string> ApplyArguments(const std::vector<std::string>& arguments,
                                           UpdaterSettings& settings) {
+  const std::map<std::string_view, bool*> flags = {
+      {names::kOptionNoFinalMessage, &settings.NoFinalMessage},
+      {names::kOptionRestarted, &settings.IsRestartedAfterSelfUpdate},
+      {names::kOptionNormalExit, &settings.UseNormalExit},
+      {names::kOptionTempCopy, &settings.IsTempCopy}};
+  const std::map<std::string_view, std::string*> values = {
+      {names::kOptionUrl, &settings.Url},
+      {names::kOptionOldVersion, &settings.OldProductVersion},
+      {names::kOptionMainExe, &settings.MainExeFile},
+      {names::kOptionMainParams, &settings.MainExeParams}};
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string option = LowerCase(arguments[i]);
-    const auto take_value = [&](std::string& target) {
-      if (i + 1 >= arguments.size()) return false;
-      target = arguments[++i];
-      return true;
-    };
-    if (option == names::kOptionNoFinalMessage) {
-      settings.NoFinalMessage = true;
-    } else if (option == names::kOptionRestarted) {
-      settings.IsRestartedAfterSelfUpdate = true;
-    } else if (option == names::kOptionNormalExit) {
-      settings.UseNormalExit = true;
-    } else if (option == names::kOptionTempCopy) {
-      settings.IsTempCopy = true;
-    } else if (option == names::kOptionUrl) {
-      if (take_value(settings.Url)) settings.IsDefaultUrl = false;
-    } else if (option == names::kOptionOldVersion) {
-      take_value(settings.OldProductVersion);
-    } else if (option == names::kOptionMainExe) {
-      take_value(settings.MainExeFile);
-    } else if (option == names::kOptionMainParams) {
-      take_value(settings.MainExeParams);
-    } else {
-      return arguments[i];
+    if (const auto flag = flags.find(option); flag != flags.end()) {
+      *flag->second = true;
+      continue;
     }
+    const auto value = values.find(option);
+    if (value == values.end()) return arguments[i];
+    if (i + 1 == arguments.size()) break;
+    *value->second = arguments[++i];
+    if (option == names::kOptionUrl) settings.IsDefaultUrl = false;
   }
   return std::nullopt;
 }

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "engine/digest.h"
-#include "engine/folder_constants.h"
 #include "engine/limits.h"
+#include "engine/manifest.h"
 #include "engine/run_messages.h"
 #include "engine/server_list.h"
 #include "tests/support/caught.h"
