@@ -22,13 +22,13 @@ TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
   EXPECT_FALSE(sandbox_.Has("db/Tamrin_0.zip.7.tmp"));
   EXPECT_TRUE(sandbox_.Has("db/DBUpdates/2.xml"));
   EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate"));
-  std::string told;
+  std::string shown;
   for (const std::string& line : listener_.log) {
-    if (line == "icon dbnew") told.clear();
-    if (line != "main " && line != "sub " && !line.starts_with("range ")) told += line + "; ";
+    if (line == "icon dbnew") shown.clear();
+    if (line != "main " && line != "sub " && !line.starts_with("range ")) shown += line + "; ";
   }
   EXPECT_EQ(
-      told,
+      shown,
       "icon dbnew; main Формирование справочной базы данных...; sub Копирование существующей "
       "базы...; sub Открытие базы данных...; sub Удаление устаревших таблиц...; sub Импорт "
       "справочника Banks ...; sub Создание таблицы Книга ...; sub Сохранение номера версии...; sub "
@@ -53,39 +53,18 @@ TEST_F(DatabaseRunTest, AnAmountThatIsChangedWhileTheUpdateIsMadeIsKept) {
     Execute(Path("db/Tamrin.mdb"),
             {"update Книга set Сумма = " + std::to_string(++amount) + " where Ид = 1"});
   };
-  on_told_ = [&](const std::string& line) {
+  on_line_ = [&](const std::string& line) {
     if (line == "icon install") change();
   };
   EXPECT_TRUE(Run().back().starts_with("warning|Ошибка загрузки|Пока готовилась новая база"));
   EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|12\r\n2|-3\r\n");
-  on_told_ = nullptr;
+  on_line_ = nullptr;
   front_end_.answers = {true};
   clock_.on_sleep = [&] {
     if (listener_.log.back() == "sub Создание временной копии базы данных...") change();
   };
   EXPECT_TRUE(Run().back().starts_with("warning|Ошибка загрузки|Пока готовилась новая база"));
   EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|13\r\n2|-3\r\n");
-}
-
-// Neither they nor their backups are anything that a release may bring.
-TEST_F(DatabaseRunTest, TheBooksAreNoProgramFile) {
-  settings_.Set(ports::SettingsRoot::kMachine, "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath",
-                sandbox_.Path());
-  tmw::ForgetProductPaths();
-  for (const char* const name : {"Tamrin.mdb", "tamrin.MDB.new", "Tamrin_0.zip"}) {
-    release_.files = {{name, "of the maker", "{p}db"}};
-    Publish();
-    EXPECT_NE(Run().back().find("В этом файле лежат данные пользователя"), std::string::npos)
-        << name;
-  }
-  EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|10.5\r\n2|-3\r\n");
-  release_.files = {{"Tamrin.mdb", "a pattern", "{p}Образцы"}};
-  Publish();
-  Run();
-  EXPECT_TRUE(updated_) << front_end_.log.back();
-  release_.dict = "DBVersion";
-  Publish();
-  EXPECT_NE(Run().back().find("служебная таблица \"DBVersion\""), std::string::npos);
 }
 
 TEST_F(DatabaseRunTest, ScriptsOfAnEarlierFormOfTheReleaseAreForgotten) {

@@ -6,7 +6,6 @@
 
 #include "engine/digest.h"
 #include "engine/limits.h"
-#include "engine/manifest.h"
 #include "engine/run_messages.h"
 #include "engine/server_list.h"
 #include "tests/support/caught.h"
@@ -16,7 +15,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-TEST(RequiredUpdater, MinorNumbersCountEvenBelowAGreaterMajorOne) {
+TEST(Digest, MinorNumbersCountEvenBelowAGreaterMajorOne) {
   const struct {
     const char* required;
     UpdaterVersionCheck result;
@@ -34,7 +33,7 @@ TEST(RequiredUpdater, MinorNumbersCountEvenBelowAGreaterMajorOne) {
     EXPECT_EQ(CheckForUpdaterVersion(c.required, 3, 5), c.result) << c.required;
 }
 
-TEST(UpdateVersion, HasExactlyFourNumbers) {
+TEST(Digest, TheVersionOfAnUpdateHasExactlyFourNumbers) {
   std::array<std::int32_t, 4> numbers{};
   EXPECT_TRUE(TryParseUpdateVersion("3.6.0.12", numbers));
   EXPECT_EQ(numbers, (std::array<std::int32_t, 4>{3, 6, 0, 12}));
@@ -42,7 +41,7 @@ TEST(UpdateVersion, HasExactlyFourNumbers) {
     EXPECT_FALSE(TryParseUpdateVersion(line, numbers)) << line;
 }
 
-TEST(ComponentLines, AreReadFromTheThirdLineOn) {
+TEST(Digest, ComponentLinesAreReadFromTheThirdLineOn) {
   const std::string fault = "Ошибка формата файла версии: ";
   const std::string size = fault + "ошибка размера файла в сроке Update.";
   const struct {
@@ -75,6 +74,50 @@ TEST(ComponentLines, AreReadFromTheThirdLineOn) {
   }
 }
 
+TEST(Digest, FaultsAreNamed) {
+  const std::string format = "Ошибка формата файла версии: ";
+  const struct {
+    std::string text;
+    std::string reason;
+    UpdaterVersionCheck updater = UpdaterVersionCheck::kGood;
+  } cases[] = {
+      {"3.6.0.2\r\n3.5", ""},
+      {"3.6.0.2\r\n3.5\r\nupdater:", ""},
+      {"3.6\r\n99.0\r\nupdater:", "", UpdaterVersionCheck::kTooOld},
+      {"3.6.0.2\r\n3.6\r\nupdater:a|1|b", "", UpdaterVersionCheck::kUpdateNeeded},
+      {"", "Файл с информацией о версии пуст."},
+      {"3.6.0.2", "Ошибка в файле версии."},
+      {"3.6.0.2\n1.0", "Ошибка в файле версии."},
+      {"3.6.0.2\r\n",
+       format + "невозможно определить минимальную необходимую версию программы "
+                "обновления.",
+       UpdaterVersionCheck::kUnreadable},
+      {"3.6.0\r\n1.0", format + "невозможно определить версию загружаемого обновления."},
+      {"3.6.0.2\r\n3.6\r\nupdater:", format + "строка Update пустая.",
+       UpdaterVersionCheck::kUpdateNeeded},
+  };
+  for (const auto& c : cases) {
+    Digest digest;
+    std::string reason;
+    EXPECT_EQ(TryParseDigest(c.text, 3, 5, digest, reason), c.reason.empty()) << c.text;
+    EXPECT_EQ(reason, c.reason) << c.text;
+    EXPECT_EQ(digest.Updater, c.updater) << c.text;
+  }
+  Digest digest;
+  std::string reason;
+  ASSERT_TRUE(TryParseDigest("3.6.0.2\r\n3.6\r\nx\r\nupdater:a|1|b", 3, 5, digest, reason));
+  EXPECT_EQ(digest.Version, "3.6.0.2");
+  EXPECT_EQ(digest.VersionNumbers[3], 2);
+  ASSERT_EQ(digest.UpdaterComponents.size(), 1U);
+  for (const char* const name : {"../evil", "a/b", "", "nul.txt", "C:\\evil", "ends."}) {
+    const auto error = tests::Caught([&] {
+      static_cast<void>(TryParseDigest("3.6.0.2\r\n3.6\r\nupdater:" + std::string(name) + "|1|b", 3,
+                                       5, digest, reason));
+    });
+    EXPECT_TRUE(error.Description.starts_with("Недопустимое имя")) << error.Description;
+  }
+}
+
 TEST(ServerList, TakesLinesWithoutASchemeAsPlainHttp) {
   const char* const text =
       "\r\n  a.ru/x  \r\nHTTPS://B.ru\r\n   \r\nftp://c.ru\r\nhttp://d.ru/\r\nwww.e.ru";
@@ -82,29 +125,16 @@ TEST(ServerList, TakesLinesWithoutASchemeAsPlainHttp) {
                                                  "http://d.ru/", "http://www.e.ru"}));
   EXPECT_EQ(ParseServerList(text, true).size(), 4U);
   EXPECT_TRUE(ParseServerList("FTP://c.ru\r\nftp://d.ru", true).empty());
+  std::string server;
+  std::string reason;
+  EXPECT_TRUE(TryChooseServer(text, false, 0x1000000 + 7, server, reason));
+  EXPECT_EQ(server, "ftp://c.ru") << "number 7 of 5";
+  EXPECT_FALSE(TryChooseServer("", false, 0, server, reason));
+  EXPECT_EQ(reason, "Файл со списком серверов для загрузки пуст.");
+  EXPECT_FALSE(TryChooseServer(" \r\n\r\n", false, 0, server, reason));
+  EXPECT_EQ(reason, "Не найдено ни одного сервера для загрузки обновления.");
   EXPECT_EQ(PickServer(0x1000000 + 7, 5), 2U);
   EXPECT_EQ(PickServer(0xFFFFFF, 1), 0U);
-}
-
-TEST(FolderConstants, AreReplacedOnceAndBracesCanBeEscaped) {
-  const std::map<std::string, std::string> constants = {{"p", "C:\\{p}\\"}, {"", "nothing"}};
-  const char* const cases[][2] = {
-      {"{p}Bin", "C:\\{p}\\Bin"},
-      {"{p}{p}", "C:\\{p}\\C:\\{p}\\"},
-      {"a{{p}}b", "a{p}b"},
-      {"{{p}}{p}", "{p}C:\\{p}\\"},
-      {"{{p}", "{{p}"},
-      {"a{p", "a{p"},
-      {"}{p}", "}C:\\{p}\\"},
-      {"{}", "nothing"},
-      {"", ""},
-      {"{{}}", "{}"},
-      {"plain", "plain"},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(ParseConsts(c[0], constants), c[1]) << c[0];
-  const auto error = tests::Caught([&] { ParseConsts("{p}{q}", constants); });
-  EXPECT_EQ(error.Description, "Unknown Const name: q");
 }
 
 TEST(FriendlySize, SwitchesUnitsAtEightHundred) {

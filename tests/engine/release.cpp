@@ -8,7 +8,6 @@
 
 #include "foundation/encodings.h"
 #include "foundation/file_utils.h"
-#include "foundation/path_guard.h"
 #include "packing/rar_writer.h"
 #include "sha256/sha256.h"
 #include "tests/support/sandbox.h"
@@ -29,7 +28,7 @@ std::string HashOf(const std::string& bytes) {
 std::string Attribute(const std::string& name, const std::string& value) {
   std::string escaped;
   for (const char c : value) {
-    const bool is_special = std::string_view("&\"<\t").find(c) != std::string_view::npos;
+    const bool is_special = std::string_view("&\"<").find(c) != std::string_view::npos;
     escaped += is_special ? "&#" + std::to_string(c) + ";" : std::string(1, c);
   }
   return " " + name + "=\"" + escaped + "\"";
@@ -56,8 +55,7 @@ class Writer {
     if (!release_.dict.empty()) {
       const std::string text = tmw::Utf16ToBytes(tmw::Utf8ToUtf16(release_.dict_text));
       WriteBytes(source_, text);
-      if (tmw::CheckFileName(release_.dict).IsAccepted())
-        Pack(release_.dict + ".table.tmz", release_.dict + ".table");
+      Pack(release_.dict + ".table.tmz", release_.dict + ".table");
       manifest += "<Dict" + Attribute("TableName", release_.dict) + Attribute("SrvFile", "x") +
                   Attribute("SrvSize", "10") + Attribute("Hash", HashOf(text)) + "/>";
     }
@@ -85,26 +83,18 @@ class Writer {
       packing::CopyFileWithIntegrityTrailer(source_ + "2", source_);
       std::filesystem::remove(ToPath(source_ + "2"));
     }
-    std::string sizes = Attribute("SrvSize", "100");
-    if (tmw::CheckRelativeName(server_name).IsAccepted() &&
-        tmw::CheckFileName(file.name).IsAccepted()) {
-      Pack(server_name, file.name, file.pack_type == 2, file.is_executable);
-      sizes = Attribute("SrvSize", SizeOf(Path(server_name)));
-    }
+    Pack(server_name, file.name, file.pack_type == 2, file.is_executable);
     const std::string com = file.is_com.empty() ? "" : Attribute("IsCom", file.is_com);
     return "<Files><Folder" + Attribute("name", file.folder) + "><File" +
            Attribute("OrigName", file.name) + Attribute("SrvName", server_name) +
-           Attribute("OrigSize", SizeOf(source_)) + sizes +
+           Attribute("OrigSize", SizeOf(source_)) +
+           Attribute("SrvSize", SizeOf(Path(server_name))) +
            Attribute("PackType", std::to_string(file.pack_type)) +
            Attribute("Hash", HashOf(tmw::ReadFileBytes(source_))) + com + "/></Folder></Files>";
   }
 
   std::string PackageElement(const std::string& element, const std::string& name,
                              const std::vector<std::pair<std::string, std::string>>& files) {
-    if (!tmw::CheckFileName(name).IsAccepted()) {
-      return "<" + element + Attribute("SrvName", name) + Attribute("PackSize", "1") +
-             Attribute("PackHash", "x") + "/>";
-    }
     std::filesystem::create_directories(ToPath(Path(name)).parent_path());
     packing::StoredRarWriter writer(Path(name), packing::RarFormat::kRar5);
     AddEntry(writer, element + ".txt", "script");
@@ -152,7 +142,7 @@ void WriteRelease(const Release& release, const std::string& folder, const std::
   std::string digest = release.version + "\r\n" + release.needed_updater + "\r\n";
   for (const auto& [name, file] : release.updater_components) {
     const std::string bytes = file.empty() ? "" : tmw::ReadFileBytes(file);
-    if (tmw::CheckFileName(name).IsAccepted()) WriteBytes(writer.Path(name), bytes);
+    WriteBytes(writer.Path(name), bytes);
     digest += "updater:" + name + "|" + std::to_string(bytes.size()) + "|" + HashOf(bytes) + "\r\n";
   }
   WriteBytes(folder + "/TMW_links.dat", "\r\n  " + url + "  \r\n");

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,6 +16,7 @@
 #include "services/product_settings.h"
 #include "services/updater_settings.h"
 #include "tests/engine/release.h"
+#include "tests/engine/run_listener.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/memory_settings.h"
 #include "tests/fakes/recording_processes.h"
@@ -28,46 +28,14 @@
 
 namespace tests {
 
-// Writes down what a run tells, as "name value"; cancels when the told line is cancel_at.
-class RunListener final : public tmw::UpdaterEvents {
- public:
-  std::vector<std::string> log;
-  std::vector<std::int32_t> positions;
-  std::string cancel_at;
-  std::function<void(const std::string& line)> on_told;
-
-  void OnSetMainAction(const std::string& text) override { Add("main " + text); }
-  void OnSetupProgress(std::int32_t max, bool show_count) override {
-    Add("range " + std::to_string(max) + (show_count ? " counted" : ""));
-  }
-  void OnSetProgress(std::int32_t value) override { positions.push_back(value); }
-  void OnSetSubAction(const std::string& text) override { Add("sub " + text); }
-  void OnSetButtonMode(std::int32_t mode) override { Add("mode " + std::to_string(mode)); }
-  void OnSetIcon(const std::string& name) override { Add("icon " + name); }
-  void OnCheckCancelPressed(bool& cancel) override { cancel = is_cancelled_; }
-
-  bool Told(const std::string& line) const {
-    return std::find(log.begin(), log.end(), line) != log.end();
-  }
-
- private:
-  void Add(const std::string& line) {
-    log.push_back(line);
-    if (line == cancel_at) is_cancelled_ = true;
-    if (on_told) on_told(line);
-  }
-
-  bool is_cancelled_ = false;
-};
-
 class FixedProductVersion final : public ports::ProductVersion {
  public:
   std::optional<std::string> version;
   std::optional<std::string> InstalledVersion() override { return version; }
 };
 
-// A client installation, a server on loopback with a release, and runs of the engine in the
-// temporary copy's place. Files, transfers, packages and the database are real.
+// A client installation, a server on loopback with a release, and runs of the engine as the
+// temporary copy. Files, transfers, packages and the database are real.
 class RunTest : public testing::Test {
  protected:
   RunTest() {
@@ -101,12 +69,12 @@ class RunTest : public testing::Test {
 
   void Publish() { WriteRelease(release_, sandbox_.Path("server"), server_.Url("")); }
 
-  // One run; the boxes it showed, and the error it ended with as "error|text", in order.
+  // One run. Returns the boxes that it showed and the error that it ended with ("error|text").
   std::vector<std::string> Run() {
     front_end_.log.clear();
     listener_ = RunListener();
     listener_.cancel_at = cancel_at_;
-    listener_.on_told = on_told_;
+    listener_.on_line = on_line_;
     requests_before_ = server_.Heads().size();
     updated_ = true;
     has_exited_ = false;
@@ -123,7 +91,7 @@ class RunTest : public testing::Test {
     return front_end_.log;
   }
 
-  // Paths asked for by the last run.
+  // The paths that the last run asked for.
   std::vector<std::string> Requests() const {
     std::vector<std::string> paths;
     const std::vector<std::string> heads = server_.Heads();
@@ -160,13 +128,13 @@ class RunTest : public testing::Test {
   Release release_;
   RunListener listener_;
   std::string cancel_at_;
-  std::function<void(const std::string& line)> on_told_;
-  mutable std::atomic<int> cuts_left_ = 0;  // answers about f1.tmz that break off halfway
+  std::function<void(const std::string& line)> on_line_;
+  mutable std::atomic<int> cuts_left_ = 0;  // answers for f1.tmz that break off halfway
   std::string url_;                         // empty: the server's
   std::string fallback_url_;
   std::string old_version_;
   bool updated_ = false;
-  bool has_exited_ = false;  // in favour of the next updater
+  bool has_exited_ = false;  // and the next updater has been started
   std::size_t requests_before_ = 0;
   ScriptedServer server_{[this](Peer& peer, const std::string& head) { Serve(peer, head); }};
 };

@@ -45,7 +45,7 @@ class WholeRunTest : public DatabaseRunTest {
     ports_->files = disk_.get();
     for (std::string* const text : {&url_, &fallback_url_, &cancel_at_, &old_version_})
       text->clear();
-    on_told_ = nullptr;
+    on_line_ = nullptr;
     front_end_.answers = {true};
   }
 
@@ -55,7 +55,7 @@ class WholeRunTest : public DatabaseRunTest {
   }
 
   void When(const std::string& told, std::function<void()> action) {
-    on_told_ = [told, action](const std::string& line) {
+    on_line_ = [told, action](const std::string& line) {
       if (line == told) action();
     };
   }

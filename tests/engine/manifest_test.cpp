@@ -1,0 +1,172 @@
+#include "engine/manifest.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "foundation/file_utils.h"
+#include "foundation/program_error.h"
+#include "services/product_settings.h"
+#include "tests/fakes/memory_settings.h"
+#include "tests/support/caught.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/scoped_ports.h"
+
+namespace tests {
+namespace {
+
+const std::string kGood =
+    "<KSUpdateManifest ProductID=\"TMW\" Version=\"3.6.0.2\" VersionID=\"R 3\"><Files/>"
+    "<DataBase><User TableName=\"User1\" Hash=\"x\"/>"
+    "<Dict TableName=\"Dict1\" SrvFile=\"d.bin\" SrvSize=\"5\" Hash=\"hd\"/></DataBase>"
+    "<Files><Folder name=\"{p}Bin\\Sub/\"><File OrigName=\"a.dll\" SrvName=\"parts/a.tmz\" "
+    "OrigSize=\" 7 \" SrvSize=\"9\" PackType=\"4\" Hash=\"Hf\" IsCom=\" TRUE \"/></Folder>"
+    "<Folder name=\"{p}\"><File OrigName=\"b\" SrvName=\"b.tmz\" OrigSize=\"1\" SrvSize=\"2\" "
+    "PackType=\"1\" Hash=\"hb\" IsCom=\"да\"/></Folder></Files>"
+    "<DBUpdates SrvName=\"u.tmz\" PackSize=\"3\" PackHash=\"hu\"/>"
+    "<DBStruct SrvName=\"s.tmz\" PackSize=\"4\" PackHash=\"hs\"/></KSUpdateManifest>";
+
+class ManifestTest : public testing::Test {
+ protected:
+  ManifestTest() {
+    ports_->settings = &settings_;
+    const std::string general = "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\";
+    settings_.Set(ports::SettingsRoot::kMachine, general + "RootPath", sandbox_.Path());
+    settings_.Set(ports::SettingsRoot::kMachine, general + "DataBasePath", sandbox_.Path("db"));
+    tmw::ForgetProductPaths();
+  }
+  ~ManifestTest() override { tmw::ForgetProductPaths(); }
+
+  // Reads the good manifest with one text in the place of another. Returns "", the reason of a
+  // refusal or "raised " and the error.
+  std::string Read(const std::string& old_text, const std::string& new_text) {
+    std::string xml = kGood;
+    const auto at = xml.find(old_text);
+    EXPECT_NE(at, std::string::npos) << old_text;
+    const std::string file = sandbox_.Write("m.xml", xml.replace(at, old_text.size(), new_text));
+    std::string reason;
+    try {
+      const bool is_read = tmw::TryParseManifest(file, "TMW", "3.6.0.2", manifest_, reason);
+      EXPECT_EQ(is_read, reason.empty()) << reason;
+    } catch (const tmw::ProgramError& error) {
+      EXPECT_NE(error.Source.find("KsUpdater.ParseManifest"), std::string::npos) << error.Source;
+      return "raised " + error.Description;
+    }
+    return reason;
+  }
+
+  Sandbox sandbox_;
+  ScopedPorts ports_;
+  MemorySettings settings_;
+  tmw::Manifest manifest_;
+};
+
+TEST_F(ManifestTest, GivesTheRecordsOfARelease) {
+  ASSERT_EQ(Read("Hash=\"x\"", ""), "");
+  EXPECT_EQ(manifest_.VersionID + manifest_.VersionIDNodeName, "R 3R_00203");
+  ASSERT_EQ(manifest_.Files.size(), 2U);
+  const tmw::WuFileNode& file = manifest_.Files[0];
+  EXPECT_EQ(file.OrigName + "|" + file.SrvName + "|" + file.Hash, "a.dll|parts/a.tmz|Hf");
+  EXPECT_EQ(file.Folder, tmw::JoinPath(tmw::JoinPath(sandbox_.Path(), "Bin"), "Sub"));
+  EXPECT_EQ(std::to_string(file.OrigSize) + std::to_string(file.SrvSize), "79");
+  EXPECT_TRUE(file.PackType == 4 && file.IsCom && !file.NeedUpdate);
+  EXPECT_EQ(manifest_.Files[1].Folder, sandbox_.Path()) << "the root itself";
+  EXPECT_FALSE(manifest_.Files[1].IsCom);
+  ASSERT_EQ(manifest_.Tables.size(), 2U);
+  const tmw::WuTableNode& dict = manifest_.Tables[0];
+  EXPECT_EQ(dict.TableName + dict.SrvFile + std::to_string(dict.SrvSize) + dict.Hash,
+            "Dict1d.bin5hd")
+      << "dictionaries come first";
+  EXPECT_TRUE(manifest_.Tables[1].IsUser && manifest_.Tables[1].Hash.empty());
+  const tmw::WuPackage& scripts = manifest_.ScriptsPackage;
+  EXPECT_EQ(scripts.SrvName + std::to_string(scripts.PackSize) + scripts.PackHash, "u.tmz3hu");
+  EXPECT_EQ(manifest_.StructuresPackage.SrvName, "s.tmz");
+}
+
+TEST_F(ManifestTest, FaultsAreNamed) {
+  const std::string user_file =
+      "\" в папке базы данных. В этом файле лежат данные пользователя; программа обновления его "
+      "не заменяет.";
+  const std::string other_version =
+      "Загруженный файл обновления предназначен для другой версии программного продукта (3.6.0.3, "
+      "в то время как ожидается 3.6.0.2).";
+  const std::string bad_size =
+      "raised Ошибочное значение атрибута /KSUpdateManifest/Files[2]/Folder[1]/File/@SrvSize (";
+  const struct {
+    std::string old_text;
+    std::string new_text;
+    std::string result;  // its beginning
+  } cases[] = {
+      {"</KSUpdateManifest>", "", "Ошибка формата файла списка загружаемых файлов:    Reason: "},
+      {"\"TMW\"", "\"tmw\"",
+       "Загруженный файл обновления предназначен для другого программного продукта (TMW)."},
+      {"3.6.0.2", "3.6.0.3", other_version},
+      {"VersionID", "ID", "raised Missing attribute /KSUpdateManifest/@VersionID"},
+      {"<DataBase>", "<DataBase2/><DataBase>", ""},
+      {"DBStruct", "DBstruct", "raised Missing node /KSUpdateManifest/DBStruct"},
+      {"\"9\"", "\"9x\"", bad_size + "\"9x\")"},
+      {"\"9\"", "\"99999999999\"", bad_size + "\"99999999999\"): число"},
+      {"{p}Bin", "{q}", "raised Unknown Const name: q"},
+      {"\"Dict1\"", "\"USER1\"", "raised В списке файлов дважды встречается таблица \"User1\"."},
+      {"OrigName=\"b\"", "OrigName=\"A.dll\"",
+       "raised В списке файлов дважды и с разным содержимым встречается файл \"A.dll\"."},
+      {"OrigName=\"b\"", "OrigName=\"DICT1.table\"",
+       "raised В списке файлов дважды и с разным содержимым встречается файл \"Dict1.table\"."},
+      {"Dict1", "DBVersion", "raised В списке файлов встречается служебная таблица \"DBVersion\"."},
+      {"User1", "MSysX", "raised В списке файлов встречается служебная таблица \"MSysX\"."},
+      {"{p}Bin\\Sub/\"><File OrigName=\"a.dll", "{p}db\"><File OrigName=\"Tamrin.mdb",
+       "raised В списке файлов встречается \"Tamrin.mdb" + user_file},
+      {"{p}Bin\\Sub/\"><File OrigName=\"a.dll", "{p}db\"><File OrigName=\"tamrin.MDB.new",
+       "raised В списке файлов встречается \"tamrin.MDB.new" + user_file},
+      {"{p}Bin\\Sub/\"><File OrigName=\"a.dll", "{p}db\"><File OrigName=\"Tamrin_0.zip",
+       "raised В списке файлов встречается \"Tamrin_0.zip" + user_file},
+      {"{p}Bin\\Sub/\"><File OrigName=\"a.dll", "{p}Образцы\"><File OrigName=\"Tamrin.mdb", ""},
+  };
+  for (const auto& c : cases) {
+    const std::string result = Read(c.old_text, c.new_text);
+    EXPECT_TRUE(c.result.empty() ? result.empty() : result.starts_with(c.result))
+        << c.new_text << ": " << result;
+  }
+}
+
+TEST_F(ManifestTest, BadNamesAreRefusedInWhateverAttributeTheyStand) {
+  const std::string attributes[] = {"\"R 3\"",   "\"{p}\"",   "\"a.dll\"", "\"parts/a.tmz\"",
+                                    "\"Dict1\"", "\"User1\"", "\"u.tmz\"", "\"s.tmz\""};
+  const std::string bad[] = {"../evil",     "..",          "a/../../b", "/etc/evil", "C:\\evil",
+                             "a\\b\\..\\c", "nul.txt",     "a:b",       "",          "a ",
+                             "COM1",        "\\\\host\\x", "ends.",     "a&#9;b",    "what?"};
+  for (const std::string& attribute : attributes) {
+    for (const std::string& name : bad) {
+      const std::string result = Read(attribute, "\"" + name + "\"");
+      EXPECT_TRUE(result.starts_with("raised Недопустим")) << attribute << name << result;
+      if (attribute == "\"{p}\"") {
+        EXPECT_TRUE(Read(attribute, "\"{p}a\\" + name + "/b/..\"").starts_with("raised Недопустим"))
+            << name;
+      }
+    }
+  }
+}
+
+TEST(FolderConstants, AreReplacedOnceAndBracesCanBeEscaped) {
+  const std::map<std::string, std::string> constants = {{"p", "C:\\{p}\\"}, {"", "nothing"}};
+  const char* const cases[][2] = {
+      {"{p}Bin", "C:\\{p}\\Bin"},
+      {"{p}{p}", "C:\\{p}\\C:\\{p}\\"},
+      {"a{{p}}b", "a{p}b"},
+      {"{{p}}{p}", "{p}C:\\{p}\\"},
+      {"{{p}", "{{p}"},
+      {"a{p", "a{p"},
+      {"}{p}", "}C:\\{p}\\"},
+      {"{}", "nothing"},
+      {"", ""},
+      {"{{}}", "{}"},
+      {"plain", "plain"},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(tmw::ParseConsts(c[0], constants), c[1]) << c[0];
+  const auto error = Caught([&] { tmw::ParseConsts("{p}{q}", constants); });
+  EXPECT_EQ(error.Description, "Unknown Const name: q");
+}
+
+}  // namespace
+}  // namespace tests
