@@ -9,7 +9,7 @@
 namespace tmw {
 
 // Throws a ProgramError with the code as its number and the system's text as its description. Code
-// 0 throws kProgramErrorNumber: a call that failed without a code still is a failure.
+// 0 throws kProgramErrorNumber: a call that failed without a code is still a failure.
 [[noreturn]] void RaiseApiError(ports::SystemCode code);
 
 // The same with a message, which states the action and its object, on the line above.
@@ -19,10 +19,10 @@ namespace tmw {
 // from the system, else a sentence that names the code. Never empty.
 std::string GetApiErrorText(ports::SystemCode code, const std::string& modules);
 
-// As the system gives it, with its trailing line break; empty when there is none. Module 0: system.
+// The text with its trailing line break; empty if there is none. Module 0 is the system itself.
 std::string FormatSystemMessage(ports::SystemCode code, ports::ErrorTexts::Module module);
 
-// What a code-less failure reads like.
+// The text of a failure without a code.
 inline constexpr const char* kUnknownApiError = "Unknown API error.";
 
 }  // namespace tmw

@@ -4,16 +4,16 @@
 #include <string_view>
 #include <vector>
 
-// The updater's own way to split a command line (module mProcesses), alike on both systems. It
-// stands here because the Linux platform needs it below the start-up floor.
+// The updater's own rules for splitting a command line (module mProcesses), the same on both
+// systems. They stand here because the Linux platform follows them too.
 namespace tmw {
 
 // Blanks and tabs outside double quotes separate; quotes group and are dropped; ^" and ^^ stand for
-// a quote and a caret, any other caret for itself. Empty arguments are not listed.
+// a quote and a caret, any other caret for itself. Empty arguments are dropped.
 std::vector<std::string> SplitCommandLine(std::string_view text);
 
-// A line that SplitCommandLine takes apart into the same arguments. Empty arguments leave no trace,
-// since the splitter could not give them back.
+// A line that SplitCommandLine splits into the same arguments. Empty arguments are omitted, since
+// the splitter would drop them.
 std::string JoinCommandLine(const std::vector<std::string>& arguments);
 
 }  // namespace tmw

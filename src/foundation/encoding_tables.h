@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-// Data of encodings.cpp, and of nobody else.
+// Data for encodings.cpp only.
 namespace tmw::encoding_tables {
 
 // Bytes 0x80 to 0xFF of the code pages as Unicode; the lower half is ASCII.

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-// Conversions between the program's UTF-8 and the encodings met at its edges. The tables are ours,
-// so that both systems convert alike whatever the user's settings are. This pair of files stands
-// alone: the companion library compiles it in.
+// Conversions between the program's UTF-8 and the encodings used at its boundaries. The tables are
+// ours, so that both systems convert alike whatever the user's settings are. This pair of files
+// stands alone: the companion library compiles it in.
 namespace tmw {
 
 enum class CodePage {

@@ -130,7 +130,7 @@ void ReportError(std::string_view module, std::string_view procedure, std::strin
   }
   try {
     window->Unload();
-  } catch (...) {  // NOLINT(bugprone-empty-catch): the error has been told; nothing is left to do
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the error has been shown; nothing is left to do
   }
 }
 

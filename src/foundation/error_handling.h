@@ -18,7 +18,7 @@ namespace tmw {
 
 enum class ErrorMode : std::int32_t { kRaise = 1, kShow = 2 };
 
-// The window that ends an error's life; the user-interface floor implements it.
+// The window that finally shows an error; the user interface implements it.
 class ErrorWindow {
  public:
   virtual ~ErrorWindow() = default;
@@ -36,7 +36,7 @@ class ReportedWindow {
   virtual void Unload() = 0;
 };
 
-// What the error routines need of the floors above.
+// What the error routines need from the rooms above.
 struct ErrorEnvironment {
   std::function<std::unique_ptr<ErrorWindow>()> make_error_window;
   std::function<bool()> is_unattended;  // the mouse cursor is then left alone

@@ -38,7 +38,7 @@ bool ContinuesCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-// The same for every copy to that target, so that what a killed process left is found and replaced.
+// Every copy to that target uses the same name, so that what a killed process left is replaced.
 std::string NameOfGrowingCopy(const std::string& target) {
   const SplitName split = SplitFileName(target);
   std::string name = split.FileName();
@@ -51,7 +51,7 @@ std::string NameOfGrowingCopy(const std::string& target) {
   return target.substr(0, target.size() - split.FileName().size()) + name + kGrowingEnding;
 }
 
-// A file that goes away unless it has been given its final name.
+// Deletes its file unless Keep is called.
 class GrowingCopy {
  public:
   explicit GrowingCopy(std::string path) : path_(std::move(path)) {}

@@ -8,8 +8,8 @@
 namespace tmw {
 
 // The parts of a path. Folder has no separator at its end unless it is a root ("C:\", "/"); it is
-// empty when the path is a bare name. Extension has no dot; a name's first character never begins
-// it. Name + "." + Extension gives the file's name again.
+// empty when the path is a bare name. Extension has no dot; a dot at the beginning of a name starts
+// none. Name + "." + Extension gives the file's name again.
 struct SplitName {
   std::string Folder;
   std::string Name;
@@ -21,8 +21,8 @@ struct SplitName {
 
 SplitName SplitFileName(std::string_view path);
 
-// The name put behind the folder with one separator of this system between them; separators inside
-// the name become this system's. An empty folder gives the name, an empty name the folder.
+// Joins folder and name by one separator of this system; separators inside the name become this
+// system's too. An empty folder gives the name, an empty name the folder.
 std::string JoinPath(std::string_view folder, std::string_view name);
 
 // With this system's separators throughout.

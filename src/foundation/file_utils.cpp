@@ -59,7 +59,7 @@ ports::Status RemoveIfThere(const std::string& path) {
   return !status && Files().MeansMissing(status.code) ? ports::Status::Success() : status;
 }
 
-// Entries that are no folders: files, and links that lead nowhere.
+// Entries that are no folders: files and dangling links.
 std::vector<std::string> ListFiles(const std::string& folder, const std::string& mask) {
   const auto entries = Files().List(folder);
   if (!entries) {
@@ -79,7 +79,7 @@ std::vector<std::string> ListFiles(const std::string& folder, const std::string&
   return names;
 }
 
-// Another process may create the folder between the look and the creation.
+// Another process may create the folder between the check and the creation.
 void CreateMissingFolder(const std::string& path) {
   if (Examine(path).kind == FileKind::kFolder) return;
   const std::string parent = SplitFileName(path).Folder;

@@ -13,12 +13,12 @@
 // file in double quotes and ends with the system's words; its number is the system's code.
 namespace tmw {
 
-// Something that is there but of another kind (a folder, a device) is no file, and the reverse.
-// A place that cannot be looked at raises: "not there" is never guessed.
+// An object of another kind (a folder, a device) is no file, and vice versa. A path that cannot be
+// examined raises: absence is never assumed.
 bool IsFileExists(const std::string& path);
 bool IsFolderExists(const std::string& path);
 
-// What a link leads to; path itself when it is none. Nothing need be there.
+// The target of a link, or path itself if it is none. The target need not exist.
 std::string FollowLinks(const std::string& path);
 
 // Bytes.
@@ -37,26 +37,26 @@ std::string ReadUnicodeFileToString(const std::string& path);
 // Creates the folder and all that is missing above it.
 void CreateFolderIfAbsent(const std::string& path);
 
-// The same; false and the error's text when it cannot be done.
+// The same, but returns false and the error's text on failure.
 [[nodiscard]] bool TryCreateFolderIfAbsent(const std::string& path, std::string& error_text);
 
 // Creates a file of length 0; an old one is emptied.
 void CreateEmptyFile(const std::string& path);
 
-// Writes the whole file, replacing an old content, and brings it to the disk itself. The caller
-// finds the words for a failure.
+// Writes the whole file, replacing an old content, and flushes it to the disk. The caller words a
+// failure.
 ports::Status WriteFileBytes(const std::string& path, std::string_view bytes);
 
-// A missing file counts as deleted. Whoever holds it for a moment gets a second. Quiet: one
-// attempt, whose failure is the result false instead of an error.
+// A missing file counts as deleted. Another program that holds the file gets a second to release
+// it. Quiet: a single attempt, which returns false instead of raising an error.
 bool DeleteFile(const std::string& path, bool is_quiet = false);
 
 // Deletes the files of a folder (no folders) that match the mask, the last part of the path. All
-// are tried; then the first failure is raised, or the result false when quiet.
+// are tried; then the first failure is raised or, if quiet, false is returned.
 bool DeleteFiles(const std::string& mask_path, bool is_quiet = false);
 
-// Gives whoever holds the file about 5 seconds to let it go: 40 quiet attempts 100 ms apart, one
-// more after another second, whose failure is raised.
+// Gives another program that holds the file about 5 seconds to release it: 40 quiet attempts 100 ms
+// apart, then one more after another second, whose failure is raised.
 void DeleteFileRepeatedly(const std::string& path);
 
 void ClearReadOnlyAttributeFromFile(const std::string& path);

@@ -26,7 +26,7 @@ bool IsControl(char16_t c) {
   return c < 0x20 || (c >= 0x7F && c < 0xA0);
 }
 
-// Marks of direction, line ends and zero-width characters: they make a message show another name.
+// Direction marks, line ends and zero-width characters, which make a message show another name.
 bool IsInvisible(char16_t c) {
   return c == 0x00AD || c == 0x061C || (c >= 0x200B && c <= 0x200F) ||
          (c >= 0x2028 && c <= 0x202E) || (c >= 0x2060 && c <= 0x206F) || c == 0xFEFF;
@@ -85,7 +85,8 @@ Reason CheckPart(std::string_view name) {
   return {};
 }
 
-// The name as it can be shown: what is malformed, unseen or endless is not.
+// The name in a form that can be shown: malformed and invisible characters replaced, a long name
+// cut.
 std::string Shown(std::string_view name) {
   std::u16string units = Utf8ToUtf16(name.substr(0, kLongestPathBytes));
   std::replace_if(

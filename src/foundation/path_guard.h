@@ -6,8 +6,8 @@
 
 // Names that come from a server or a package are checked here before they touch the disk. A name is
 // accepted only when it means the same plain file on both systems: what either of them reads as a
-// device, a stream, a way out of the folder or another name is refused, and so is what would
-// deceive the eye in a message. Texts alone are judged; the disk is not looked at.
+// device, a stream, a way out of the folder or another name is refused, and so is what would make a
+// message show another name. Only texts are checked, not the disk.
 namespace tmw {
 
 // One part of a path: UTF-16 units (NTFS) and bytes of UTF-8 (Linux file systems).
@@ -34,7 +34,7 @@ GuardVerdict CheckRelativeName(std::string_view name);
 // root is the program's own and absolute; what follows it in the folder is checked part by part.
 GuardVerdict CheckFolderUnderRoot(std::string_view folder, std::string_view root);
 
-// The same; a refusal is raised.
+// The same, but a refusal raises an error.
 void RequireFileName(std::string_view name);
 void RequireRelativeName(std::string_view name);
 void RequireFolderUnderRoot(std::string_view folder, std::string_view root);

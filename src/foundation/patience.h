@@ -8,8 +8,8 @@
 
 namespace tmw {
 
-// A file that has just been written or read is often opened by a virus scanner at once: while an
-// action on it fails for that, it is tried again, a tenth of a second apart.
+// A file that has just been written or read is often opened by a virus scanner at once: an action
+// that fails for this reason is repeated every tenth of a second.
 template <typename Action>
 ports::Status TryPatiently(int attempts, Action action) {
   constexpr std::int32_t kIntervalMs = 100;

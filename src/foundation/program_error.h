@@ -9,7 +9,7 @@ namespace tmw {
 // Number of the program's own failures, whose message is meant for the user as it stands.
 inline constexpr std::int32_t kProgramErrorNumber = 1001;
 
-// Numbers given to faults of the language's runtime when they enter the chain.
+// Numbers of the C++ library's exceptions when they enter the chain.
 inline constexpr std::int32_t kOverflowErrorNumber = 6;
 inline constexpr std::int32_t kOutOfMemoryErrorNumber = 7;
 inline constexpr std::int32_t kTypeMismatchErrorNumber = 13;
@@ -24,11 +24,11 @@ class ProgramError : public std::exception {
 
   // A system error code as it is, a component's own number, or kProgramErrorNumber.
   std::int32_t Number;
-  // The message: set at birth, never changed on the way up. Detail sections are separated by the
-  // character with code 1; the first one is the short message.
+  // The message: set when the error is made, never changed on the way up. Detail sections are
+  // separated by the character with code 1; the first one is the short message.
   std::string Description;
   // The chain of frames, outermost first, separated by CR LF; empty (or a foreign component's name)
-  // at birth.
+  // when the error is made.
   std::string Source;
 };
 

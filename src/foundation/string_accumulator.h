@@ -10,8 +10,8 @@
 
 namespace tmw {
 
-// An appendable text buffer. One with a taker hands its text on whenever it has grown long, and so
-// stays short itself.
+// An appendable text buffer. With a taker it hands its text on whenever it has grown long, so that
+// it stays short.
 class StringAccumulator {
  public:
   using Taker = std::function<void(std::string_view)>;
@@ -33,7 +33,7 @@ class StringAccumulator {
   // Hands the whole text over; the accumulator is empty afterwards.
   std::string TakeText() { return std::exchange(text_, {}); }
 
-  // Gives the taker what it has not had yet.
+  // Hands the taker what it has not received yet.
   void HandOn() {
     taker_(text_);
     text_.clear();

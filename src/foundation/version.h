@@ -22,7 +22,7 @@ std::string GetAppVersionString();
 // Operating system and machine, two lines.
 std::string GetOSVersionString();
 
-// "6.1.7601 (NT), Service Pack 1"; empty when the system does not tell.
+// "6.1.7601 (NT), Service Pack 1"; empty if the system does not report it.
 std::string GetOSInfoString();
 
 // Memory and processors. Amounts are read as signed 32-bit numbers, so 2 GiB and more read
@@ -32,9 +32,9 @@ std::string GetHardwareInfoString();
 // The text up to its first character with code 0.
 std::string TrimZString(std::string_view text);
 
-// Reads up to four dot-separated numbers; outputs of missing pieces are left alone, pieces beyond
-// the fourth only count. False, with all outputs untouched, for an empty text and for a number that
-// does not fit 32 bits.
+// Reads up to four dot-separated numbers; outputs without a number are left unchanged, numbers
+// beyond the fourth are only counted. Returns false and changes nothing for an empty text or a
+// number that does not fit 32 bits.
 bool ParseVersionString(std::string_view text, std::int32_t& first, std::int32_t& second,
                         std::int32_t& third, std::int32_t& fourth, std::int32_t& part_count);
 

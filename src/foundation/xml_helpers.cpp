@@ -56,8 +56,8 @@ std::string Explain(const ports::XmlParseError& error) {
       .append(std::to_string(error.line));
 }
 
-// In whatever encoding: those that are wider than a byte only put zero bytes between. The text can
-// stand in a comment or a CDATA section too; such a document is refused with the others.
+// Works for every encoding: wider ones only put zero bytes between the characters. The text may
+// also stand in a comment or a CDATA section; such a document is refused too.
 bool DeclaresEntities(std::string_view bytes) {
   constexpr std::string_view kDeclaration = "<!ENTITY";
   std::size_t matched = 0;

@@ -33,14 +33,14 @@ class XmlDocument {
   std::unique_ptr<XmlNode> node_ = std::make_unique<XmlNode>(XmlNodeKind::kDocument);
 };
 
-// An empty document; nothing, with the reason, when the system's XML component is not there.
+// An empty document; nothing, with the reason, if the system's XML component is missing.
 std::unique_ptr<XmlDocument> XmlCreateDocument(std::string& reason);
 
-// False, with the explanation and an empty document, when the file cannot be read or is no
+// Returns false, an explanation and an empty document if the file cannot be read or is no
 // well-formed XML. The explanation is three lines, each beginning with three blanks, without a line
-// break at the end: "   Reason: ", "   Source: " (the line of the file, shortened), "   Line: ".
-// A document that declares entities is refused: none of ours does, and such documents can be made
-// to grow without bounds or to draw other files in.
+// break at the end: "   Reason: ", "   Source: " (the line of the file, shortened), "   Line: ". A
+// document that declares entities is refused: none of ours does, and entities can make a document
+// grow without bounds or pull in other files.
 [[nodiscard]] bool XmlLoadDocumentSafe(XmlDocument& document, const std::string& file,
                                        std::string& explanation);
 

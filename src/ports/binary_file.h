@@ -29,15 +29,15 @@ class BinaryFileHandle {
  public:
   virtual ~BinaryFileHandle() = default;
 
-  // The low 32 bits of the length; errors are not told.
+  // The low 32 bits of the length; errors are not reported.
   virtual std::uint32_t Size() = 0;
 
   virtual Status Seek(std::int32_t position, std::uint32_t move_method) = 0;
 
-  // The number of bytes written, which may be less than asked.
+  // Returns the number of bytes written, which may be less than requested.
   virtual Outcome<std::uint32_t> Write(const void* data, std::uint32_t length) = 0;
 
-  // Brings everything written to the disk itself.
+  // Flushes everything written to the disk.
   virtual Status Flush() = 0;
 
   // After a failure a further close fails again.
@@ -48,8 +48,8 @@ class BinaryFiles {
  public:
   virtual ~BinaryFiles() = default;
 
-  // CreateFileA's arguments. Linux: share modes hold between programs that ask for them this way
-  // (advisory locks), flags and attributes mean nothing, a folder is refused.
+  // Takes CreateFileA's arguments. Linux: share modes are advisory locks, flags and attributes are
+  // ignored, folders are refused.
   virtual Outcome<std::unique_ptr<BinaryFileHandle>> Open(const std::string& path,
                                                           std::uint32_t access,
                                                           std::uint32_t share_mode,

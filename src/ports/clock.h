@@ -5,12 +5,12 @@
 
 namespace ports {
 
-// Time as the updater needs it: waits and a tick count that only grows.
+// Waits and a monotonic tick count.
 class Clock {
  public:
   virtual ~Clock() = default;
 
-  // Sleeps for the given number of milliseconds; events of the window are not let through.
+  // Sleeps for the given number of milliseconds; window events are not processed meanwhile.
   virtual void Sleep(std::int32_t milliseconds) = 0;
 
   // Milliseconds since an arbitrary moment, never going back. 64 bits: no wrap-around to handle.

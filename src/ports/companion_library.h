@@ -14,8 +14,8 @@ class CompanionLibrary {
  public:
   virtual ~CompanionLibrary() = default;
 
-  // The table of entry points, the same at every call; it lives as long as this object. A failure
-  // (no such file, no library, an entry point missing) is tried again by the next call.
+  // The table of entry points, the same at every call; it lives as long as this object. After a
+  // failure (no such file, no library, an entry point missing) the next call tries again.
   virtual Outcome<const EntryPoints*> Load() = 0;
 
   // The file that Load takes.

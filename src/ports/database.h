@@ -9,8 +9,9 @@
 
 #include "ports/database_types.h"
 
-// The database engine, shaped like DAO 3.6 over Jet files and no larger than what the program asks.
-// Every call throws DatabaseError on failure. One thread. Names compare without regard to case.
+// The database engine: as much of DAO 3.6 over Jet files as the program uses. Every call throws
+// DatabaseError on failure; the numbers in the comments are those that callers may expect. To be
+// used from one thread. Names compare without regard to case.
 namespace ports {
 
 enum class RecordsetType {
@@ -18,13 +19,13 @@ enum class RecordsetType {
   kDynaset,  // the rows of a table or of a SELECT statement
 };
 
-// One open set of rows with a current one. Closing the database closes it.
+// An open set of rows with a current row. Closing the database closes it.
 class DatabaseRecordset {
  public:
   virtual ~DatabaseRecordset() = default;
 
-  // kTable only: the rows come in that index's order from now on, the first one is current. An
-  // unknown index: 3015.
+  // kTable only: orders the rows by that index and makes the first one current. 3015 if there is no
+  // such index.
   virtual void SetIndex(const std::string& name) = 0;
 
   virtual bool AtBeginning() const = 0;  // before the first row (BOF)
@@ -74,16 +75,16 @@ class Database {
                                                      const std::string& field,
                                                      const std::string& property) = 0;
 
-  // Runs an action statement; the number of rows it touched. With fail_on_error a statement that
-  // fails on any row is undone whole; without it DAO leaves the failing rows out and says nothing
-  // (the embedded engine fails all the same).
+  // Runs an action statement and returns the number of rows affected. With fail_on_error a
+  // statement that fails for any row is rolled back as a whole; without it DAO silently skips the
+  // failing rows (the embedded engine fails nevertheless).
   virtual std::int64_t Execute(const std::string& sql, bool fail_on_error) = 0;
 
   // The source is a table's name or (kDynaset) a SELECT statement.
   virtual std::unique_ptr<DatabaseRecordset> OpenRecordset(const std::string& source,
                                                            RecordsetType type) = 0;
 
-  // Frees the file. Any other call afterwards: 3420.
+  // Closes the file; any later call fails with 3420.
   virtual void Close() = 0;
 };
 
@@ -93,22 +94,24 @@ class DatabaseEngine {
  public:
   virtual ~DatabaseEngine() = default;
 
-  // 3024: no such file; 3045: somebody has it open and it is wanted exclusively; 3356: somebody
-  // has it exclusively; 3051: no permission; 3343: no database that this engine reads.
+  // 3024 if there is no such file, 3045 if it is open elsewhere and exclusive access is requested,
+  // 3356 if it is open exclusively elsewhere, 3051 without permission, 3343 if it is no database
+  // that this engine reads.
   virtual std::unique_ptr<Database> OpenDatabase(const std::string& path, bool exclusive,
                                                  bool read_only) = 0;
 
-  // A new, empty database, opened exclusively. 3204 when the file exists.
+  // Creates an empty database and opens it exclusively. 3204 if the file exists.
   virtual std::unique_ptr<Database> CreateDatabase(const std::string& path) = 0;
 
-  // Copies a database that nobody has open into a new file without its free space; rows are stored
-  // in the order of the primary key. 3204 when the target exists; nothing of it is left on failure.
+  // Copies a database that is not open anywhere into a new file without its free space; rows are
+  // stored in the order of the primary key. 3204 if the target exists; a failure leaves no target
+  // behind.
   virtual void CompactDatabase(const std::string& source, const std::string& target) = 0;
 
   virtual void Idle(IdleOption option) = 0;
 
   // Transactions cover all databases open in this process and nest to five levels (3003, 3034). A
-  // database that is closed takes its part back.
+  // database that is closed rolls its part back.
   virtual void BeginTrans() = 0;
   virtual void CommitTrans() = 0;
   virtual void Rollback() = 0;

@@ -9,7 +9,7 @@
 
 namespace ports {
 
-// The system's words for its error codes.
+// The system's texts for its error codes.
 class ErrorTexts {
  public:
   // An already loaded module that brings error texts of its own; 0 is the system itself.

@@ -4,7 +4,7 @@
 
 namespace ports {
 
-// What a person does in the error window. Raised only from within Run.
+// What the user does in the error window. Called from within Run only.
 class ErrorViewEvents {
  public:
   virtual ~ErrorViewEvents() = default;
@@ -16,32 +16,32 @@ class ErrorViewEvents {
   virtual void OnCopy() = 0;
 };
 
-// The words of the error window that never change while it is open. UTF-8; lines end in CR LF.
+// The texts of the error window that do not change while it is open. UTF-8; lines end in CR LF.
 struct ErrorViewTexts {
   std::string title;
   std::string label;           // stands above the short text, hidden in the detailed view
-  std::string full_text_name;  // never seen: how a screen reader calls the full text
+  std::string full_text_name;  // not shown: the name of the full text for screen readers
   std::string short_text;
   std::string full_text;
   std::string copy_button;
   std::string close_button;
 };
 
-// The error window as a front end shows it: selectable, wrapped text, resizable. It keeps no rules.
+// The error window: selectable, wrapped text, resizable. All decisions are made above it.
 class ErrorView {
  public:
   virtual ~ErrorView() = default;
 
   virtual void SetTexts(const ErrorViewTexts& texts) = 0;
 
-  // Which of the two texts is seen, and what the details button reads.
+  // Chooses which of the two texts is shown and sets the caption of the details button.
   virtual void SetDetailView(bool is_detailed, const std::string& button_text) = 0;
 
-  // Puts the text on the clipboard; false where there is none.
+  // Puts the text on the clipboard; returns false if there is none.
   virtual bool CopyText(const std::string& text) = 0;
 
-  // Modal: returns when the person has closed the window. Where nobody can answer the detailed text
-  // is printed and the call returns at once.
+  // Modal: returns when the user has closed the window. If nobody can answer, prints the detailed
+  // text and returns at once.
   virtual void Run(ErrorViewEvents& events) = 0;
 };
 

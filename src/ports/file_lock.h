@@ -9,7 +9,7 @@ namespace ports {
 
 enum class FileLockMode { kShared, kExclusive };
 
-// Holds a lock until it is destroyed; the system frees it when the process dies.
+// Holds a lock until it is destroyed; the system releases it when the process dies.
 class FileLock {
  public:
   virtual ~FileLock() = default;
@@ -17,8 +17,8 @@ class FileLock {
 
 enum class FileLockVerdict {
   kLocked,
-  kHeldShared,       // an exclusive lock was asked for and somebody shares the file
-  kHeldExclusively,  // somebody has the file to himself
+  kHeldShared,       // an exclusive lock was requested and the file is locked for sharing
+  kHeldExclusively,  // the file is locked exclusively
   kMissing,          // there is no such file
   kForbidden,        // the file may not be read
 };
@@ -33,13 +33,13 @@ struct FileLockResult {
   }
 };
 
-// Advisory locks on whole existing files; holders inside one process count like holders in two.
-// Linux: flock on the file itself. Windows: a locked byte far behind the file's end.
+// Advisory locks on whole existing files; two holders in one process exclude each other like two
+// processes. Linux: flock on the file itself. Windows: a locked byte far behind the file's end.
 class FileLocks {
  public:
   virtual ~FileLocks() = default;
 
-  // Never waits. Only what is not a verdict is a failure.
+  // Never waits. A lock that cannot be had is a verdict, not a failure.
   virtual Outcome<FileLockResult> TryLock(const std::string& path, FileLockMode mode) = 0;
 };
 

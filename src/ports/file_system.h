@@ -46,7 +46,7 @@ class File {
   // Writes all bytes or fails.
   virtual Status Write(const void* buffer, std::size_t length) = 0;
 
-  // Brings everything written to the disk itself.
+  // Flushes everything written to the disk.
   virtual Status Flush() = 0;
 
   // Closes the file; a failure is reported once, the file is closed all the same.
@@ -77,8 +77,8 @@ class FileSystem {
   // An empty folder; Linux: a link to a folder is not followed and fails.
   virtual Status RemoveFolder(const std::string& path) = 0;
 
-  // A read-only file is removed like any other. A missing file is a failure whose code
-  // MeansMissing.
+  // A read-only file is removed like any other. A missing file is a failure for whose code
+  // MeansMissing is true.
   virtual Status RemoveFile(const std::string& path) = 0;
 
   // Renames within one file system, replacing an existing file, a read-only one too, atomically. A
@@ -95,8 +95,8 @@ class FileSystem {
   // give is left out. Windows: nothing to do, a file inherits its folder's rights.
   virtual Status CopyRights(const std::string& source, const std::string& target) = 0;
 
-  // What the links that path itself is lead to, or path when it is none; nothing need be there.
-  // Folders above may still be links. Windows: a link that leads nowhere stands for itself.
+  // The target of path if it is a link, else path itself; the target need not exist. Parent folders
+  // may still be links. Windows: a dangling link is returned as it is.
   virtual Outcome<std::string> FollowLinks(const std::string& path) = 0;
 
   // Makes a path absolute against the current folder and takes "." and ".." out; nothing is read
@@ -111,13 +111,13 @@ class FileSystem {
   // Makes a rename or a creation in that folder durable. Windows: nothing to do.
   virtual Status FlushFolder(const std::string& folder) = 0;
 
-  // So that it can be started as a program. Windows: nothing to do.
+  // Makes the file executable. Windows: nothing to do.
   virtual Status MakeExecutable(const std::string& path) = 0;
 
   virtual bool MeansMissing(SystemCode code) const = 0;
   virtual bool MeansOtherDevice(SystemCode code) const = 0;
 
-  // Another program (a virus scanner, an indexer) may be holding the file for a moment.
+  // Whether another program (a virus scanner, an indexer) may be holding the file for a moment.
   virtual bool MeansBusy(SystemCode code) const = 0;
 };
 

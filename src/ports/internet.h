@@ -28,16 +28,16 @@ struct InternetSessionOptions {
 };
 
 // Called about every tenth of a second while an opening or a seek waits for the server (Linux; on
-// Windows these calls block). False gives the wait up: the call fails with kInternetCancelled. It
-// may throw; the exception passes through the waiting call.
+// Windows these calls block). If it returns false, the waiting call fails with kInternetCancelled.
+// It may throw; the exception passes through the waiting call.
 using WaitHandler = std::function<bool()>;
 
 // Codes of the internet layer that its users tell apart, numbered as WinINet numbers them.
 inline constexpr SystemCode kInternetCancelled = 12017;
 inline constexpr SystemCode kInternetWrongState = 12019;
 
-// What a read brought. Length 0 without the end means "nothing yet" (Linux only): the read has
-// already waited about a tenth of a second.
+// The result of a read. Length 0 without is_end means that nothing has arrived yet (Linux only),
+// after a wait of about a tenth of a second.
 struct InternetChunk {
   std::uint32_t length = 0;
   bool is_end = false;  // of the body; length is then 0
@@ -49,13 +49,13 @@ class InternetRequest {
  public:
   virtual ~InternetRequest() = default;
 
-  // Up to length bytes of the body as the server sent them; nothing is decompressed. A body that
-  // ends before its announced length is a failure, and so is a server that sends nothing for the
-  // stall limit.
+  // Reads up to length bytes of the body as the server sent them; nothing is decompressed. A body
+  // that ends before its announced length is a failure, and so is a server that sends nothing for
+  // the stall limit.
   virtual Outcome<InternetChunk> Read(void* buffer, std::uint32_t length) = 0;
 
-  // Moves to that position from the beginning of the body. A failure spoils the request: it must be
-  // opened anew. Moving to where it already is costs nothing.
+  // Moves to a position counted from the beginning of the body. After a failure the request must be
+  // opened anew. Moving to the current position costs nothing.
   virtual Status Seek(std::int32_t position, const WaitHandler& on_wait) = 0;
 
   // The answer's status and reason phrase (UTF-8); a failure for a request that is not HTTP.
@@ -66,7 +66,7 @@ class InternetRequest {
   virtual Status Close() = 0;
 };
 
-// What requests have in common. Destroying a session closes it.
+// The settings and connections that requests share. Destroying a session closes it.
 class InternetSession {
  public:
   virtual ~InternetSession() = default;
@@ -93,7 +93,7 @@ class Internet {
       const InternetSessionOptions& options) = 0;
 };
 
-// Without a byte from the server for that long an operation fails.
+// An operation fails after this long without a byte from the server.
 inline constexpr std::chrono::milliseconds kInternetStallLimit{60'000};
 
 }  // namespace ports

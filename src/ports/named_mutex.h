@@ -7,8 +7,8 @@
 
 namespace ports {
 
-// One open named mutex. Destroying it releases the ownership, if it has it, and closes it; the name
-// vanishes with its last holder, however that process ends.
+// An open named mutex. Destroying it releases the mutex, if it is owned, and closes it; the name
+// disappears with its last holder, however that process ends.
 class NamedMutex {
  public:
   virtual ~NamedMutex() = default;

@@ -19,8 +19,8 @@ class SettingsStore;
 class SystemInfo;
 class XmlParser;
 
-// The services of the system that this process runs on. main puts the real ones here before
-// anything else runs; a test puts its fakes here. None is owned.
+// The services of the system. main sets the real ones before anything else runs, a test sets its
+// fakes. None is owned.
 struct Ports {
   BinaryFiles* binary_files = nullptr;
   Clock* clock = nullptr;

@@ -4,21 +4,21 @@
 
 namespace ports {
 
-// What a person does to the window of a run. Raised only from within Run and RunPendingEvents (also
-// when other waits of the front end let events run), on the one thread of the updater.
+// What the user does in the progress window. Called only from within Run and RunPendingEvents (and
+// from other waits of the front end that process events), on the updater's one thread.
 class ProgressViewEvents {
  public:
   virtual ~ProgressViewEvents() = default;
 
-  // Once, when the window is on the screen: the work of the window starts here.
+  // Called once, when the window is on the screen: the work starts here.
   virtual void OnShown() = 0;
 
-  // The button, the cross, Esc, the first Ctrl+C of a terminal. Raised whatever the button's state:
-  // the listener decides.
+  // The button, the close box, Esc, or the first Ctrl+C in a terminal. Called whatever the button's
+  // state; the listener decides.
   virtual void OnCancel() = 0;
 
-  // The person insists without being asked: the second Ctrl+C of a terminal, its closing, or the
-  // system's request to end. Raised whatever the button's state.
+  // The user insists: the second Ctrl+C in a terminal, closing the terminal, or the system's
+  // request to end. Called whatever the button's state.
   virtual void OnStop() = 0;
 };
 
@@ -37,10 +37,9 @@ constexpr bool HasCounter(BarKind kind) {
   return kind == BarKind::kCounter || kind == BarKind::kBarWithCounter;
 }
 
-// The window of a run as a front end shows it. It keeps no rules: which texts, when, and what a
-// press means is decided above. Texts are UTF-8. SetStage, SetDetail, SetPicture, ShowBar and
-// SetButton are painted before they return, without running events; before Run they only take
-// effect when the window appears.
+// The progress window. What it shows and what a press of its button means is decided above it.
+// Texts are UTF-8. SetStage, SetDetail, SetPicture, ShowBar and SetButton paint before they return,
+// without processing events; before Run they take effect when the window appears.
 class ProgressView {
  public:
   virtual ~ProgressView() = default;
@@ -52,13 +51,13 @@ class ProgressView {
   // "download", "scan", "dbnew", "dbgear", "trash", "install" or "brush"; empty: no picture.
   virtual void SetPicture(const std::string& name) = 0;
 
-  // Bar and counter keep their values, whether they are seen or not.
+  // Bar and counter keep their values, visible or not.
   virtual void ShowBar(BarKind kind) = 0;
 
-  // The bar's value, 0 to 100, and the counter's text. Called as often as a person can see.
+  // The bar's value, 0 to 100, and the counter's text. Called about as often as a user can see.
   virtual void SetProgress(double percent, const std::string& counter) = 0;
 
-  // Speed and time left in words; empty: not known. A view without room for it leaves it out.
+  // Speed and time left in words; empty if unknown. A view without room for it omits it.
   virtual void SetPace(const std::string& text) = 0;
 
   virtual void SetButton(const std::string& caption, bool is_enabled) = 0;

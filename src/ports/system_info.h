@@ -15,7 +15,7 @@ struct OsFacts {
   std::string service_pack;    // as the system stores it, zero characters included
 };
 
-// Amounts of memory in bytes, cut to 32 bits as the system's 32-bit record holds them.
+// Amounts of memory in bytes, truncated to 32 bits as in the system's 32-bit record.
 struct HardwareFacts {
   std::uint32_t total_physical = 0;
   std::uint32_t available_physical = 0;
@@ -24,7 +24,7 @@ struct HardwareFacts {
   std::uint32_t processors = 0;
 };
 
-// Where the system itself lives; empty where it has no such folders (Linux).
+// The system's own folders; empty on Linux, which has none.
 struct SystemFolders {
   std::string windows;
   std::string system;

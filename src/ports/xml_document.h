@@ -23,7 +23,7 @@ struct XmlAttribute {
   std::string value;
 };
 
-// A node of a document, and everything in it. A parser fills the tree, nobody changes it
+// A node of a document with everything in it. The parser builds the tree; it is not changed
 // afterwards.
 struct XmlNode {
   explicit XmlNode(XmlNodeKind node_kind, XmlNode* node_parent = nullptr)
@@ -72,13 +72,13 @@ class XmlParser {
  public:
   virtual ~XmlParser() = default;
 
-  // False when the system's XML component is not there; reason says why.
+  // Returns false and the reason if the system's XML component is missing.
   virtual bool IsAvailable(std::string& reason) = 0;
 
   // Parses a whole document in UTF-8, UTF-16 with its mark or windows-1251, as its own declaration
   // says. The document's children are the XML declaration, when the text has one, then comments,
   // the document type and the root element in document order. Text of nothing but white space is
-  // left out, CDATA sections never are.
+  // omitted, CDATA sections never are.
   virtual XmlParseResult Parse(std::string_view bytes) = 0;
 };
 

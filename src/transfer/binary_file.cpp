@@ -12,7 +12,7 @@ constexpr const char* kModule = "BinaryFile";
 
 }  // namespace
 
-// Destroying the port's file closes it; a failure of that is nobody's any more.
+// Destroying the port's file closes it; a failure to close no longer matters.
 BinaryFile::~BinaryFile() = default;
 
 void BinaryFile::OpenFile(const std::string& file_name, std::uint32_t access,

@@ -18,7 +18,7 @@ class BinaryFile {
   BinaryFile& operator=(const BinaryFile&) = delete;
   ~BinaryFile();
 
-  // Closes a file that is open; then a failure leaves none open.
+  // Closes an open file first; after a failure no file is open.
   void OpenFile(const std::string& file_name, std::uint32_t access, std::uint32_t share_mode,
                 std::uint32_t disposition, std::uint32_t flags);
 
@@ -27,10 +27,10 @@ class BinaryFile {
 
   void SetFilePos(std::int32_t position, std::uint32_t move_method);
 
-  // Returns the bytes written. Fewer than asked are an error when all must be written.
+  // Returns the number of bytes written. Fewer than requested are an error if all must be written.
   std::uint32_t WriteBuffer(const void* data, std::uint32_t length, bool must_write_all);
 
-  // Brings everything written to the disk itself.
+  // Flushes everything written to the disk.
   void Flush();
 
   void CloseHandle();

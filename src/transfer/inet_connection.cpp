@@ -11,7 +11,7 @@ constexpr const char* kModule = "InetConnection";
 
 }  // namespace
 
-// Destroying the port's session closes it; a failure of that is nobody's any more.
+// Destroying the port's session closes it; a failure to close no longer matters.
 InetConnection::~InetConnection() = default;
 
 void InetConnection::OpenInternet() try {

@@ -8,8 +8,7 @@
 
 namespace tmw {
 
-// A session with the internet: who we are and how we get there. The settings are read by
-// OpenInternet.
+// A session with the internet: the agent's name and the proxy, which OpenInternet reads.
 class InetConnection {
  public:
   std::string Agent = "Tamrin";

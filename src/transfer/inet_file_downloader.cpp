@@ -61,7 +61,7 @@ bool InetFileDownloader::DownloadFile(const std::string& url, const std::string&
   ReRaiseError(kModule, "DownloadFile");
 }
 
-// A wait for the server that the user gave up is no failure; IsCancelPressed tells of it next.
+// A wait that the user has cancelled is no failure; IsCancelPressed reports it next.
 template <typename Action>
 void InetFileDownloader::IgnoreWhenCancelled(Action action) {
   try {
@@ -82,7 +82,7 @@ void InetFileDownloader::DetectOrCreatePartFile(const std::string& name,
       events_.OnChunkLoaded(true, size);
       return;
     }
-    // A seek that was given up says nothing about the server: the side file stays.
+    // A cancelled seek says nothing about the server: the side file is kept.
     if (!cancelled_) IgnoreWhenCancelled([this] { url_->Reopen(); });
     if (cancelled_) return;
     DeleteFile(name);
@@ -146,7 +146,7 @@ void InetFileDownloader::SyncPartFileIfNeed(bool is_forced) try {
 
 void InetFileDownloader::CommitPartFile(const std::string& part_name,
                                         const std::string& target_name) try {
-  // The old target goes only when the new bytes are on the disk itself.
+  // The old target is replaced only once the new bytes are on the disk.
   BinaryFile part_file;
   OpenForAppending(part_file, part_name);
   part_file.Flush();

@@ -10,33 +10,32 @@
 
 namespace tmw {
 
-// Raised by a download, on its thread. The listener keeps the window alive.
+// Called by a download, on its thread. The listener keeps the window responsive.
 class DownloaderEvents {
  public:
   virtual ~DownloaderEvents() = default;
 
-  // A chunk has been written; or, once and with is_skipped, a download has resumed behind that many
-  // bytes of an earlier one.
+  // Called after each chunk that was written, and once with is_skipped when a download resumes
+  // after that many bytes of an earlier one.
   virtual void OnChunkLoaded(bool is_skipped, std::int32_t byte_count) = 0;
 
-  // Passed in as false; true cancels.
+  // The flag is passed in as false; setting it cancels the download.
   virtual void OnCheckCancel(bool& is_cancelled) = 0;
 };
 
 // Fetches one URL into one file. The bytes go into a side file, the target's name + ".part", which
-// takes the target's name when all have come. A download that breaks off or is cancelled leaves the
-// side file for the next one to continue.
+// is renamed to the target when all have arrived. A download that breaks off or is cancelled leaves
+// the side file for the next one to continue.
 //
-// The side file is closed every 2 seconds or 1 MiB, and brought to the disk before it gets the
-// target's name.
+// The side file is closed every 2 seconds or 1 MiB, and flushed to the disk before it is renamed.
 class InetFileDownloader {
  public:
   explicit InetFileDownloader(DownloaderEvents& events) : events_(events) {}
   InetFileDownloader(const InetFileDownloader&) = delete;
   InetFileDownloader& operator=(const InetFileDownloader&) = delete;
 
-  // True: the target now holds the whole body. False: it was cancelled. Without
-  // check_for_continue an earlier side file is emptied.
+  // Returns true if the target now holds the whole body, false if the download was cancelled.
+  // Without check_for_continue an earlier side file is emptied.
   bool DownloadFile(const std::string& url, const std::string& local_name, bool check_for_continue);
 
   // Bytes of the body that are in the side file, those of an earlier download included.

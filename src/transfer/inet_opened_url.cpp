@@ -39,7 +39,7 @@ InetProtocol ClassifyUrl(std::string_view url) {
 
 InetOpenedUrl::InetOpenedUrl(ports::WaitHandler may_wait) : may_wait_(std::move(may_wait)) {}
 
-// Destroying the port's request closes it; a failure of that is nobody's any more.
+// Destroying the port's request closes it; a failure to close no longer matters.
 InetOpenedUrl::~InetOpenedUrl() = default;
 
 void InetOpenedUrl::OpenUrl(std::shared_ptr<InetConnection> connection, const std::string& url,
@@ -76,7 +76,7 @@ bool InetOpenedUrl::TryOpenUrl(std::shared_ptr<InetConnection> connection, const
 }
 
 void InetOpenedUrl::Reopen() try {
-  // Copies: an opening closes first, and closing lets the connection go.
+  // Copies, because OpenUrl closes first and closing releases the connection.
   OpenUrl(std::shared_ptr<InetConnection>(connection_), std::string(url_), open_flags_);
 } catch (...) {
   ReRaiseError(kModule, "Reopen");

@@ -15,13 +15,14 @@ enum class InetProtocol : std::int32_t { kUnknown = 0, kHttp = 1, kFtp = 2, kHtt
 // By the URL's first characters, whatever their case; "www." is HTTP.
 InetProtocol ClassifyUrl(std::string_view url);
 
-// One opened URL, read from its beginning or from a position. While an opening or a seek waits for
-// the server, the pending events of the windows run; who reads runs them between two reads.
+// An opened URL, read from its beginning or from a given position. Pending window events are
+// processed while an opening or a seek waits for the server; between reads the reader processes
+// them.
 class InetOpenedUrl {
  public:
   InetOpenedUrl() = default;
-  // Asked about every tenth of a second while an opening or a seek waits (on Linux); false gives up
-  // the wait, and the operation fails. It also is what lets the events run. May be empty.
+  // may_wait is called about every tenth of a second while an opening or a seek waits (on Linux)
+  // and processes pending events itself; if it returns false, the operation fails. May be empty.
   explicit InetOpenedUrl(ports::WaitHandler may_wait);
   InetOpenedUrl(const InetOpenedUrl&) = delete;
   InetOpenedUrl& operator=(const InetOpenedUrl&) = delete;
@@ -36,13 +37,13 @@ class InetOpenedUrl {
   // Opens the last URL on the last connection again.
   void Reopen();
 
-  // Nothing happens while closed.
+  // Does nothing while closed.
   void SetFilePos(std::int32_t position);
-  // A failed seek spoils the request; only Reopen helps.
+  // After a failed seek the request is unusable until Reopen.
   [[nodiscard]] bool SetFilePosSafe(std::int32_t position, std::string& error_text);
 
-  // False at the end of the body. True with loaded 0: nothing has come yet. While closed: false,
-  // and loaded is left alone.
+  // Returns false at the end of the body and while closed; loaded is unchanged while closed. True
+  // with loaded 0 means that no bytes have arrived yet.
   bool ReadChunk(void* buffer, std::uint32_t length, std::int32_t& loaded);
 
   std::int32_t GetHttpStatusCode();  // 0 while closed
@@ -52,7 +53,8 @@ class InetOpenedUrl {
 
   void CloseHandle();
 
-  // For who reads on: lets events run; false when the reader should give up.
+  // To be called between reads: processes pending events, returns false if the reader should give
+  // up.
   bool MayWait() const;
   const std::string& Url() const { return url_; }  // of the last successful opening
 

@@ -13,7 +13,7 @@
 namespace platform {
 namespace {
 
-constexpr mode_t kNewFileMode = 0666;  // the umask takes its part
+constexpr mode_t kNewFileMode = 0666;  // reduced by the umask
 
 class LinuxBinaryFile final : public ports::BinaryFileHandle {
  public:
@@ -47,7 +47,7 @@ class LinuxBinaryFile final : public ports::BinaryFileHandle {
   }
 
   ports::Status Close() override {
-    // The kernel gives the descriptor back even when it reports a failure, so it is closed once.
+    // The kernel releases the descriptor even if it reports a failure, so it is closed only once.
     if (!descriptor_) return ports::Status::Failure(EBADF);
     return close(descriptor_.Release()) == 0 ? ports::Status::Success()
                                              : ports::Status::Failure(errno);
@@ -80,14 +80,14 @@ std::optional<int> CreationFlags(std::uint32_t disposition) {
   }
 }
 
-// Who lets others write takes no lock; a writer excludes everybody who takes one.
+// A caller that lets others write takes no lock; a writer excludes everybody who takes one.
 ports::Status Lock(int descriptor, bool writes, std::uint32_t share_mode) {
   if ((share_mode & ports::win32::kShareWrite) != 0) return ports::Status::Success();
   const bool is_alone = writes || (share_mode & ports::win32::kShareRead) == 0;
   if (flock(descriptor, (is_alone ? LOCK_EX : LOCK_SH) | LOCK_NB) == 0)
     return ports::Status::Success();
   if (errno == EWOULDBLOCK) return ports::Status::Failure(EBUSY);
-  // Some network file systems know no locks; the file is usable all the same.
+  // Some network file systems support no locks; the file can be used nevertheless.
   return errno == ENOLCK || errno == EOPNOTSUPP ? ports::Status::Success()
                                                 : ports::Status::Failure(errno);
 }

@@ -26,7 +26,7 @@ class LinuxCompanionLibrary final : public ports::CompanionLibrary {
   ports::Outcome<const ports::EntryPoints*> Load() override {
     using Result = ports::Outcome<const ports::EntryPoints*>;
     if (library_ != nullptr) return Result::Success(&entries_);
-    // The loader gives words, no code: the likeliest cause is asked for first.
+    // The loader reports a text, no code: the most likely cause is checked first.
     if (access(path_.c_str(), R_OK) != 0) return Result::Failure(errno);
     library_ = dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library_ == nullptr) return Result::Failure(ENOEXEC);

@@ -18,7 +18,7 @@ constexpr milliseconds kSlice{100};
 constexpr std::size_t kMaxHeaderBytes = std::size_t{256} * 1024;
 constexpr std::int32_t kFirstFinalStatus = 200;
 
-// Received bytes that wait for their reader. Past the limit the transfer pauses, so that a fast
+// Received bytes that have not been read yet. Past the limit the transfer pauses, so that a fast
 // server fills the network's buffers and not our memory.
 constexpr std::size_t kBufferLimit = std::size_t{256} * 1024;
 constexpr long kReceiveBufferSize = 128L * 1024;
@@ -154,7 +154,7 @@ void CurlTransfer::Resume() {
   curl_easy_pause(easy_.Get(), CURLPAUSE_CONT);
 }
 
-// The multi handle tells of every transfer's end; each notes its own.
+// The multi handle reports the end of every transfer; each one records its own.
 void CurlTransfer::CollectEnded() {
   int left = 0;
   while (const CURLMsg* const message = curl_multi_info_read(core_->multi.Get(), &left)) {

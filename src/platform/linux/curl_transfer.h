@@ -35,8 +35,8 @@ struct CurlCore {
 };
 
 // One request to one URL and its answer, without redirects, read by pulling: nothing runs between
-// the calls, and a call drives the transfer only until it has brought something new. Can be started
-// again and again. Failures are codes of the internet layer.
+// calls, and a call drives the transfer only until something new has arrived. Can be restarted any
+// number of times. Failures are codes of the internet layer.
 class CurlTransfer {
  public:
   explicit CurlTransfer(std::shared_ptr<CurlCore> core);
@@ -44,16 +44,16 @@ class CurlTransfer {
   CurlTransfer& operator=(const CurlTransfer&) = delete;
   ~CurlTransfer();
 
-  // Asks for the body from that position on: HTTP with a range, FTP with REST. A transfer that runs
-  // is ended, its bytes are dropped.
+  // Requests the body from that position on (HTTP: Range, FTP: REST). A running transfer is stopped
+  // and its bytes are dropped.
   ports::Status Start(const std::string& url, std::int64_t position);
   void Stop();
 
   // Waits until the answer's headers are complete or, without headers, for its first byte.
   ports::Status AwaitAnswer(const ports::WaitHandler& on_wait);
 
-  // Lets the transfer run until it has brought its answer, bytes or its end, or until a slice has
-  // passed. False: the server has been silent for the stall limit.
+  // Runs the transfer until its answer, bytes or its end have arrived, or until a time slice has
+  // passed. Returns false if the server has been silent for the stall limit.
   bool Pump();
 
   // The answer. An FTP file that came through an HTTP proxy has an HTTP answer too.
@@ -61,13 +61,13 @@ class CurlTransfer {
   std::int32_t StatusCode() const { return status_code_; }
   const std::string& StatusText() const { return status_text_; }  // the server's bytes
   std::string Header(const char* name) const;                     // "" when there is none
-  std::int64_t AnnouncedLength() const;  // -1 when the server does not tell
+  std::int64_t AnnouncedLength() const;  // -1 if the server does not announce it
 
   // The body.
   bool HasBytes() const { return taken_ < buffer_.size(); }
   std::uint32_t Take(void* buffer, std::uint32_t length);
   bool IsDone() const { return is_done_; }
-  ports::SystemCode EndCode() const { return end_code_; }  // 0: the whole body has come
+  ports::SystemCode EndCode() const { return end_code_; }  // 0: the whole body has arrived
 
  private:
   template <typename T>
@@ -94,7 +94,7 @@ class CurlTransfer {
   bool is_answered_ = false;
   bool is_done_ = false;
   bool is_paused_ = false;
-  bool is_alive_ = false;  // something has come since the slice began
+  bool is_alive_ = false;  // something has arrived since the slice began
   std::int32_t status_code_ = 0;
   std::string status_text_;
   ports::SystemCode end_code_ = 0;

@@ -31,8 +31,8 @@ bool HasScheme(std::string_view url, std::string_view scheme) {
 
 ports::Outcome<std::string> AcceptUrl(const std::string& text) {
   using Result = ports::Outcome<std::string>;
-  // Only the forms whose protocol everybody agrees on pass: what libcurl alone took for HTTP
-  // ("http:/host") would go without its status check.
+  // Only forms that the callers recognise too are accepted: what libcurl alone took for HTTP
+  // ("http:/host") would escape the check of its status.
   const bool has_scheme =
       HasScheme(text, "http") || HasScheme(text, "https") || HasScheme(text, "ftp");
   const bool is_web_name = tmw::LowerCase(text.substr(0, 4)) == "www.";

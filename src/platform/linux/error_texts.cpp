@@ -23,7 +23,7 @@ struct TextModule {
   std::span<const Entry> entries;
 };
 
-// Index 0 is the system; the others bear the names of the Windows modules whose codes they explain.
+// Index 0 is the system; the others have the names of the Windows modules whose codes they explain.
 const std::array<TextModule, 3>& Modules() {
   static const std::array<TextModule, 3> modules = {{
       {"", error_text_tables::SystemTexts()},

@@ -30,8 +30,8 @@ struct FolderStreamTraits {
 };
 using FolderStream = tmw::UniqueHandle<FolderStreamTraits>;
 
-// A system call would take a path with a zero character for its beginning; the empty name makes it
-// answer that nothing is there.
+// A system call would end a path at a zero character; the empty name makes it report a missing
+// file.
 const char* Name(const std::string& path) {
   return path.find('\0') == std::string::npos ? path.c_str() : "";
 }
@@ -40,7 +40,7 @@ ports::Status StatusOf(int returned) {
   return returned == 0 ? ports::Status::Success() : ports::Status::Failure(errno);
 }
 
-// What the file system cannot hold, or this user may not set, is no failure.
+// What the file system does not support, or this user may not set, is no failure.
 ports::Status AsFarAsPossible(int returned) {
   const ports::Status status = StatusOf(returned);
   const bool is_refused = status.code == EPERM || status.code == EACCES ||
@@ -49,7 +49,7 @@ ports::Status AsFarAsPossible(int returned) {
   return !status && is_refused ? ports::Status::Success() : status;
 }
 
-// In a folder that everybody writes to, another user could have prepared what is to be found there.
+// In a folder that everybody may write to, another user could have planted files or links.
 ports::Outcome<std::string> PrivatePartOf(std::string folder) {
   struct stat facts {};
   if (stat(folder.c_str(), &facts) != 0 || (facts.st_mode & S_IWOTH) == 0)
@@ -95,7 +95,7 @@ class LinuxFile final : public ports::File {
   ports::Status Flush() override { return StatusOf(fsync(descriptor_.Get())); }
 
   ports::Status Close() override {
-    // The descriptor is gone even when the call was interrupted.
+    // The descriptor is closed even if the call was interrupted.
     const ports::Status status = StatusOf(close(descriptor_.Release()));
     return status.code == EINTR ? ports::Status::Success() : status;
   }
@@ -104,7 +104,7 @@ class LinuxFile final : public ports::File {
   UniqueDescriptor descriptor_;
 };
 
-// Takes "." and ".." out of an absolute path by its words alone.
+// Removes "." and ".." from an absolute path without looking at the disk.
 std::string WithoutDots(std::string_view path) {
   std::string result;
   std::size_t start = 0;
@@ -218,7 +218,7 @@ class LinuxFileSystem final : public ports::FileSystem {
   ports::Status CopyRights(const std::string& source, const std::string& target) override {
     struct stat status {};
     if (stat(Name(source), &status) != 0) return ports::Status::Failure(errno);
-    // The group on its own: whoever belongs to it may give it, the owner only root.
+    // First the group alone: its members may set it, the owner only root.
     for (const uid_t owner : {static_cast<uid_t>(-1), status.st_uid}) {
       const ports::Status owned = AsFarAsPossible(chown(Name(target), owner, status.st_gid));
       if (!owned) return owned;
@@ -236,7 +236,7 @@ class LinuxFileSystem final : public ports::FileSystem {
         return is_no_link ? ports::Outcome<std::string>::Success(std::move(followed))
                           : ports::Outcome<std::string>::Failure(errno);
       }
-      // A relative one starts from the folder of the link.
+      // A relative target starts from the folder of the link.
       if (target[0] == '/') {
         followed.clear();
       } else {
@@ -259,7 +259,7 @@ class LinuxFileSystem final : public ports::FileSystem {
 
   ports::Outcome<std::string> TemporaryFolder() override {
     std::string folder = AbsoluteVariable("TMPDIR");
-    // The updater's copy runs from it.
+    // The updater's copy is run from there.
     if (!folder.empty() && LetsProgramsRun(folder)) return PrivatePartOf(std::move(folder));
     folder = AbsoluteVariable("XDG_CACHE_HOME");
     if (folder.empty()) {
@@ -283,7 +283,7 @@ class LinuxFileSystem final : public ports::FileSystem {
     if (!descriptor)
       return errno == EACCES ? ports::Status::Success() : ports::Status::Failure(errno);
     const ports::Status status = StatusOf(fsync(descriptor.Get()));
-    // File systems that do not flush folders say so with these.
+    // Returned by file systems that cannot flush folders.
     const bool is_unable = status.code == EINVAL || status.code == EROFS;
     return is_unable ? ports::Status::Success() : status;
   }

@@ -27,7 +27,7 @@ std::string DecodeServerText(std::string_view bytes) {
   return tmw::CodePageToUtf8(tmw::CodePage::k1251, bytes);
 }
 
-// "bytes 10-99/100" or "bytes */100"; a number that is not told is -1.
+// "bytes 10-99/100" or "bytes */100"; a missing number is -1.
 struct ContentRange {
   std::int64_t first = -1;
   std::int64_t last = -1;
@@ -59,10 +59,10 @@ class CurlRequest final : public ports::InternetRequest {
     url_ = accepted.value;
     if (const ports::Status status = Request(0, on_wait); !status) return status;
     if (transfer_.IsHttp()) {
-      // A part of the body that nobody asked for would pass for the whole.
+      // A part that was not requested would pass for the whole body.
       if (transfer_.StatusCode() == kStatusPartialContent)
         return ports::Status::Failure(internet_codes::kInvalidServerResponse);
-      // An FTP file from an HTTP proxy: nobody above looks for an HTTP status.
+      // An FTP file from an HTTP proxy: callers do not check the HTTP status of an FTP URL.
       if (HasScheme(url_, "ftp") && transfer_.StatusCode() >= kStatusFirstError)
         return ports::Status::Failure(internet_codes::kExtendedError);
     }
@@ -118,7 +118,7 @@ class CurlRequest final : public ports::InternetRequest {
   }
 
  private:
-  // Asks for the body from that position on and waits for the answer, through all redirects.
+  // Requests the body from that position on and waits for the answer, following redirects.
   ports::Status Request(std::int64_t position, const ports::WaitHandler& on_wait) {
     for (int redirects = 0;; ++redirects) {
       if (const ports::Status status = transfer_.Start(url_, position); !status) return status;
@@ -165,7 +165,7 @@ class CurlRequest final : public ports::InternetRequest {
     if (status != kStatusRangeNotSatisfiable) return false;
     const std::int64_t total = range.total >= 0 ? range.total : whole_length_;
     if (total != position) return false;
-    transfer_.Stop();  // all is here already; the body of this answer is an error page
+    transfer_.Stop();  // everything has arrived already; the body of this answer is an error page
     return true;
   }
 
@@ -173,7 +173,7 @@ class CurlRequest final : public ports::InternetRequest {
   std::string url_;            // the one that answered, after all redirects
   std::int64_t position_ = 0;  // of the next byte to be read
   std::int64_t whole_length_ = -1;
-  bool is_spoiled_ = false;  // by a failed seek; only opening anew helps
+  bool is_spoiled_ = false;  // by a failed seek; the URL has to be opened anew
   bool is_closed_ = false;
 };
 

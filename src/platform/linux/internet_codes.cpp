@@ -91,7 +91,7 @@ ports::SystemCode FromCurl(CURLcode result, CURL* easy) {
     case CURLE_OPERATION_TIMEDOUT:
     case CURLE_FTP_ACCEPT_TIMEOUT:
       return kTimeout;
-    case CURLE_UNSUPPORTED_PROTOCOL:  // the schemes are ours: it is the answer
+    case CURLE_UNSUPPORTED_PROTOCOL:  // AcceptUrl has checked the scheme: it is the answer
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_GOT_NOTHING:
     case CURLE_HTTP2:

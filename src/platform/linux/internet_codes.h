@@ -30,8 +30,8 @@ inline constexpr ports::SystemCode kProxyUnreachable = 12165;
 inline constexpr ports::SystemCode kCertificateInvalid = 12169;
 inline constexpr ports::SystemCode kCertificateRevoked = 12170;
 
-// The code of an ended transfer that did not succeed; the handle tells what the result leaves open
-// (which fault the certificate had, what the proxy answered).
+// The code of an ended transfer that did not succeed; the handle has the details (what is wrong
+// with the certificate, what the proxy answered).
 ports::SystemCode FromCurl(CURLcode result, CURL* easy);
 
 }  // namespace platform::internet_codes

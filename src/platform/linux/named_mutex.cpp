@@ -15,7 +15,8 @@
 namespace platform {
 namespace {
 
-// With the sticky bit set, clean-up of the run-time folder leaves a long-held lock file alone.
+// The sticky bit keeps clean-up of the runtime folder from removing a lock file that is held for
+// long.
 constexpr mode_t kLockFile = S_ISVTX | 0600;
 
 class LockFile final : public ports::NamedMutex {
@@ -23,11 +24,11 @@ class LockFile final : public ports::NamedMutex {
   explicit LockFile(UniqueDescriptor file) : file_(std::move(file)) {}
 
  private:
-  UniqueDescriptor file_;  // its lock goes with it
+  UniqueDescriptor file_;  // closing it releases the lock
 };
 
-// The user's run-time folder; where there is none, a folder of his own in the temporary one. All
-// programs of one user have to come to the same place, whatever environment they were given.
+// The user's runtime folder or, without one, a private folder in the temporary folder. All programs
+// of one user must find the same place, whatever environment they were started with.
 ports::Outcome<std::string> LockFolder() {
   using Result = ports::Outcome<std::string>;
   const std::string user = std::to_string(geteuid());
@@ -54,7 +55,8 @@ class LinuxNamedMutexes final : public ports::NamedMutexes {
     const auto folder = LockFolder();
     if (!folder) return Result::Failure(folder.code);
 
-    // Lock files are never deleted: another process could be about to lock the deleted one.
+    // Lock files are never deleted: another process may just be opening the one that would be
+    // deleted.
     const std::string path = folder.value + "/" + own_name + ".lock";
     UniqueDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!file) return Result::Failure(errno);

@@ -34,11 +34,11 @@ namespace {
 constexpr int kFirstOwnDescriptor = 3;
 constexpr int kPollWithoutPidfdMilliseconds = 10;
 constexpr const char* kElevator = "pkexec";
-// What pkexec ends with when the user declines, and when he may not or no agent could ask him.
+// Exit codes of pkexec if the user declines, and if they are not authorised or no agent could ask.
 constexpr int kElevationDeclined = 126;
 constexpr int kElevationRefused = 127;
 
-// How posix_spawn is to set the child up: folder, signals, descriptors, environment.
+// How posix_spawn sets up the child: folder, signals, descriptors, environment.
 class SpawnPlan {
  public:
   SpawnPlan() {
@@ -73,8 +73,8 @@ class SpawnPlan {
 
   void AddVariable(std::string variable) { variables_.push_back(std::move(variable)); }
 
-  // With search: a program without "/" is looked for in PATH. Hands back the system's code of
-  // whatever failed: the folder, or the program itself.
+  // With search: a program without "/" is looked for in PATH. A failure has the system's code for
+  // the folder or the program.
   ports::Outcome<pid_t> Spawn(const std::string& program, const std::vector<std::string>& arguments,
                               bool search) {
     posix_spawn_file_actions_addclosefrom_np(&actions_, first_closed_);
@@ -104,7 +104,7 @@ class SpawnPlan {
   std::vector<std::string> variables_;
 };
 
-// By number: the C library's declaration of pidfd_open is of no use to C++ in every version.
+// By number: not every version of the C library declares pidfd_open so that C++ can use it.
 int OpenProcess(pid_t id) {
   return static_cast<int>(syscall(SYS_pidfd_open, id, 0));
 }
@@ -114,7 +114,7 @@ class LinuxProcess final : public ports::Process {
   explicit LinuxProcess(pid_t id) : id_(id), handle_(OpenProcess(id)) {}
   LinuxProcess(const LinuxProcess&) = delete;
   LinuxProcess& operator=(const LinuxProcess&) = delete;
-  // Takes the exit status of a process that has ended meanwhile, so that no zombie stays.
+  // Reaps a process that has ended meanwhile, so that no zombie stays.
   ~LinuxProcess() override {
     if (!is_reaped_) waitpid(id_, nullptr, WNOHANG);
   }
@@ -160,14 +160,14 @@ class LinuxProcess final : public ports::Process {
   std::int32_t exit_code_ = 0;
 };
 
-// A relative path means the caller's folder, not the one the program is to work in.
+// A relative path refers to the caller's folder, not to the program's working folder.
 std::string AbsoluteProgram(const std::string& program) {
   std::error_code ignored;
   const std::filesystem::path absolute = std::filesystem::absolute(program, ignored);
   return ignored ? program : absolute.string();
 }
 
-// Without the quotes of a command line; a bare name that is no file here is searched by pkexec.
+// Without the quotes of a command line; pkexec searches for a bare name that is no file here.
 std::string ElevatedProgram(std::string program) {
   if (program.size() >= 2 && program.front() == '"' && program.back() == '"')
     program = program.substr(1, program.size() - 2);
@@ -176,17 +176,17 @@ std::string ElevatedProgram(std::string program) {
   return is_path || std::filesystem::exists(program, ignored) ? AbsoluteProgram(program) : program;
 }
 
-// Whether the file is a program for somebody, but not for this user.
+// Whether the file may be executed by somebody, but not by this user.
 bool IsProgramOfOthers(const std::string& path) {
   struct stat facts {};
   if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) return false;
   const bool is_program = (facts.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
-  // Where no program may run at all, an administrator's may not either.
+  // Where no program may run at all, elevation does not help.
   return is_program && LetsProgramsRun(path) &&
          faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) != 0;
 }
 
-// Once pkexec has given its place to the program, the process bears the program's name.
+// Once pkexec has executed the program, the process has the program's name.
 bool IsStillElevator(pid_t id) {
   std::ifstream file("/proc/" + std::to_string(id) + "/comm");
   std::string name;
@@ -199,13 +199,13 @@ class LinuxProcesses final : public ports::Processes {
   LinuxProcesses(int argc, char** argv)
       : own_arguments_(argv + std::min(argc, 1), argv + argc), own_program_(ReadOwnProgram()) {
     sigemptyset(&resettable_signals_);
-    // Ignored children would leave no exit codes.
+    // While SIGCHLD is ignored children leave no exit codes.
     if (IsIgnored(SIGCHLD)) static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
     for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
-      // What the caller had ignored (nohup) stays so.
+      // What the caller ignored (nohup) stays ignored.
       if (!IsIgnored(number)) sigaddset(&resettable_signals_, number);
     }
-    ChainPipe();  // takes the chain's variable out of the environment of other programs
+    ChainPipe();  // removes the chain's variable from the environment of other programs
   }
 
   ports::Outcome<std::unique_ptr<ports::Process>> Start(
@@ -238,7 +238,7 @@ class LinuxProcesses final : public ports::Processes {
     for (std::string& parameter : tmw::SplitCommandLine(request.parameters))
       arguments.push_back(std::move(parameter));
 
-    // pkexec closes every descriptor when it ends or gives its place to the program.
+    // pkexec closes every descriptor when it ends or executes the program.
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) return Result::Failure(errno);
     const UniqueDescriptor read_end(ends[0]);

@@ -52,7 +52,8 @@ class Parser {
   }
 
  private:
-  // Brings the text to UTF-8 lines and takes the header off; false when nothing is left to parse.
+  // Converts the text to UTF-8 lines and removes the header; returns false if nothing is left to
+  // parse.
   bool Decode() {
     const bool is_utf16 = bytes_.starts_with(kUtf16Mark);
     const bool is_utf8 = bytes_.starts_with(kUtf8Mark);

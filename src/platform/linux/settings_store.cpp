@@ -60,7 +60,7 @@ std::string PathOf(ports::SettingsRoot root) {
 // A missing file is an empty one.
 ports::Outcome<std::string> ReadBytes(const std::string& path) {
   using Result = ports::Outcome<std::string>;
-  // Not to hang on a pipe somebody put there.
+  // Does not hang if the path is a pipe.
   const UniqueDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!file)
     return errno == ENOENT || errno == ENOTDIR ? Result::Success({}) : Result::Failure(errno);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::array kStops = {SIGTERM, SIGHUP, SIGQUIT};
 
-// Counted by the handler, never reset by it; what has been taken is counted beside.
+// The handler only increments its counters; what Take has reported is counted separately.
 struct Counts {
   volatile std::sig_atomic_t interrupts = 0;
   volatile std::sig_atomic_t stops = 0;
@@ -63,7 +63,7 @@ sigset_t Endings() {
 TerminalSignals::TerminalSignals() {
   struct sigaction count {};
   count.sa_handler = Count;
-  count.sa_flags = SA_RESTART;  // nobody else's waits and reads are to fail for it
+  count.sa_flags = SA_RESTART;  // waits and reads elsewhere must not fail because of it
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGWINCH, SIGCONT}) {
     struct sigaction before {};
     sigaction(number, nullptr, &before);
@@ -93,7 +93,7 @@ TerminalSignals::News TerminalSignals::Take() {
 }
 
 bool WaitForInput(int descriptor) {
-  // Blocked but for the wait itself: a signal between look and wait would not end the wait.
+  // Blocked except during the wait: a signal between check and wait would not end the wait.
   const sigset_t endings = Endings();
   sigset_t saved{};
   pthread_sigmask(SIG_BLOCK, &endings, &saved);

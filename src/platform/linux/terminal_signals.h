@@ -5,9 +5,9 @@
 
 namespace platform {
 
-// Takes the keys and signals that would end the program, for as long as the object lives: they are
-// only counted, for the window of a run to act on. A signal that the starter of the program had
-// ignored stays ignored. One object at a time.
+// Catches the keys and signals that would end the program for as long as the object lives: they are
+// only counted, and the progress window acts on them. A signal that was ignored when the program
+// started stays ignored. One object at a time.
 class TerminalSignals {
  public:
   TerminalSignals();
@@ -25,15 +25,14 @@ class TerminalSignals {
   // Costs next to nothing.
   bool HasNews() const;
 
-  // What has come since the last call.
+  // What has arrived since the last call.
   News Take();
 
  private:
   std::map<int, struct sigaction> saved_;
 };
 
-// Waits until the descriptor can be read. False when a signal to act on has come first, or had come
-// before.
+// Waits until the descriptor can be read. Returns false if a signal to act on has arrived first.
 bool WaitForInput(int descriptor);
 
 }  // namespace platform

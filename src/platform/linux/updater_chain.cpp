@@ -23,7 +23,7 @@
 namespace platform {
 namespace {
 
-// A member becomes this process's child only when its starter is quite gone.
+// A member becomes this process's child only once its starter has exited.
 constexpr int kAdoptionAttempts = 400;
 constexpr long kAdoptionPauseNanoseconds = 5'000'000;
 
@@ -60,9 +60,9 @@ void HandOn(int number) {
   errno = saved;
 }
 
-// Keys of the terminal reach the members by themselves; it is for them to obey or not. What
-// somebody sends to the process that he has started is meant for the one that works, and the
-// terminal's closing, which comes to all, does no harm when it comes twice.
+// The terminal's keys reach the members directly, and they decide what to do. A signal sent to this
+// process is meant for the member that is working and is forwarded; SIGHUP from a closing terminal
+// reaches all of them, and receiving it twice does no harm.
 void LeaveSignalsToMembers() {
   static_cast<void>(std::signal(SIGINT, SIG_IGN));
   static_cast<void>(std::signal(SIGQUIT, SIG_IGN));
@@ -75,8 +75,8 @@ void LeaveSignalsToMembers() {
   }
 }
 
-// The terminal as it was found. A member that was killed has not put it back, and one that took
-// over from another may have found what that one had set.
+// The terminal's modes at the start. A member that was killed has not restored them, and its
+// successor may have found what it had set.
 class TerminalModes {
  public:
   TerminalModes() : is_known_(tcgetattr(STDIN_FILENO, &modes_) == 0) {}
@@ -118,7 +118,7 @@ std::optional<int> WaitForMember(pid_t member) {
   return std::nullopt;
 }
 
-// A program that is started without them would take its first files for its input and output.
+// In a program started without them the first files to be opened would become input and output.
 void OpenStandardDescriptors() {
   int descriptor = open("/dev/null", O_RDWR);
   while (descriptor >= 0 && descriptor <= STDERR_FILENO)
@@ -148,12 +148,12 @@ int ChainPipe() {
 void AnnounceChainMember(pid_t member) {
   const int pipe = ChainPipe();
   if (pipe < 0) return;
-  // Where the waiting parent has been killed nobody reads; that must not end the updater too.
+  // If the waiting parent has been killed nobody reads, and SIGPIPE must not end the updater too.
   struct sigaction ignore {};
   struct sigaction saved {};
   ignore.sa_handler = SIG_IGN;
   sigaction(SIGPIPE, &ignore, &saved);
-  // So short a write is never divided.
+  // A write this short is atomic.
   while (write(pipe, &member, sizeof(member)) < 0 && errno == EINTR) {
   }
   sigaction(SIGPIPE, &saved, nullptr);

@@ -3,8 +3,8 @@
 #include <sys/types.h>
 
 // The updaters of one run restart each other and end at once; a shell would take the end of the
-// first for the end of the run. So an updater started from a terminal leaves a parent behind that
-// waits for the whole chain.
+// first for the end of the run. An updater started from a terminal therefore leaves a parent behind
+// that waits for the whole chain.
 //
 // Every member of the chain holds the write end of one pipe, whose number is handed on in an
 // environment variable; a member that starts the next one writes its process id into the pipe. The
@@ -20,7 +20,7 @@ inline constexpr int kChainDescriptor = 3;
 // call takes over what the starter handed on and removes the variable from the environment.
 int ChainPipe();
 
-// Tells the waiting parent that this process started the chain's next member.
+// Reports to the waiting parent that this process started the chain's next member.
 void AnnounceChainMember(pid_t member);
 
 }  // namespace platform

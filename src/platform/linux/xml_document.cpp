@@ -39,8 +39,8 @@ void CopyAttributes(const xmlNode* source, ports::XmlNode& element) {
   }
 }
 
-// Copies the chain of siblings into parent. False at a reference to an entity that the document
-// itself does not explain: its text is not known. The parser has bounded the depth.
+// Copies the chain of siblings into parent. Returns false at a reference to an entity that the
+// document does not define. The parser has limited the depth.
 bool CopySiblings(const xmlNode* first, ports::XmlNode& parent) {
   for (const xmlNode* node = first; node != nullptr; node = node->next) {
     switch (node->type) {
@@ -96,8 +96,8 @@ std::string SourceLine(std::string_view bytes, std::int32_t line) {
                              " \t\r");
 }
 
-// Hands the document over piece by piece: the library looks no further than ten megabytes ahead and
-// would stumble over a longer one in a single piece.
+// Hands the document over piece by piece: in a single piece the library refuses one of more than
+// ten megabytes.
 int GiveBytes(void* source, char* buffer, int length) {
   auto& rest = *static_cast<std::string_view*>(source);
   const std::size_t count = rest.copy(buffer, static_cast<std::size_t>(length));
@@ -135,7 +135,7 @@ class LibXmlParser final : public ports::XmlParser {
       return result;
     }
     auto tree = std::make_unique<ports::XmlNode>(ports::XmlNodeKind::kDocument);
-    // The library does not list the declaration but remembers that there was one: -1 is none.
+    // The library does not list the declaration, but standalone is -1 only if there was none.
     if (document->standalone != -1) tree->Append(ports::XmlNodeKind::kDeclaration).name = "xml";
     if (CopySiblings(document->children, *tree)) {
       result.document = std::move(tree);

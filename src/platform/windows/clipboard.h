@@ -6,8 +6,8 @@
 
 namespace platform {
 
-// Puts UTF-8 text on the clipboard in the name of a window. Another program may hold the clipboard
-// for a moment: tries for half a second. False when it does not come free.
+// Puts UTF-8 text on the clipboard, owned by that window. Another program may hold the clipboard
+// for a moment: tries for half a second, then returns false.
 bool PutTextOnClipboard(HWND owner, const std::string& text);
 
 }  // namespace platform

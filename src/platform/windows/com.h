@@ -11,9 +11,9 @@
 
 namespace platform {
 
-// The calling thread's membership in a single-threaded apartment for the time of a scope. Scopes
-// nest. A thread that someone else has put into the other kind of apartment is left there: our
-// components work in both.
+// The calling thread's membership in a single-threaded apartment for the duration of a scope.
+// Scopes nest. A thread that someone else has put into the other kind of apartment is left there:
+// our components work in both.
 class ComScope {
  public:
   ComScope() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}

@@ -36,7 +36,7 @@ class WindowsCompanionLibrary final : public ports::CompanionLibrary {
     if (library_ == nullptr) return Result::Failure(platform::LastError());
     bool is_whole = true;
     ports::ForEachEntryPoint(entries_, [&](const char* name, auto& entry) {
-      // By way of void*: the compiler otherwise doubts the cast.
+      // Through void*: the compiler warns about a direct cast.
       auto* const found = reinterpret_cast<void*>(GetProcAddress(library_, name));
       entry = reinterpret_cast<std::remove_reference_t<decltype(entry)>>(found);
       is_whole = is_whole && entry != nullptr;

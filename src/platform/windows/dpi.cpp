@@ -12,7 +12,7 @@ template <typename Function>
 Function FindFunction(const wchar_t* library, const char* name) {
   const HMODULE module = GetModuleHandleW(library);
   if (module == nullptr) return nullptr;
-  // By way of void*: the compiler otherwise doubts the cast.
+  // Through void*: the compiler warns about a direct cast.
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 

@@ -19,8 +19,7 @@ struct IconTraits {
 };
 using UniqueIcon = tmw::UniqueHandle<IconTraits>;
 
-// Dots per inch of the screen that the window is on; of the system where windows cannot tell
-// (before Windows 10 1607).
+// Dots per inch of the screen that the window is on; of the system before Windows 10 1607.
 int GetWindowDpi(HWND window);
 
 // A length drawn for 96 dots per inch.

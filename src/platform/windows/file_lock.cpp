@@ -12,7 +12,7 @@ namespace {
 using ports::FileLockResult;
 using ports::FileLockVerdict;
 
-// The locked byte lies where no file has content: locks of this system hinder reading.
+// The locked byte lies where no file has content, since locks of this system block reading.
 OVERLAPPED LockedByte() {
   OVERLAPPED place = {};
   place.Offset = 0xFFFFFFFE;
@@ -26,7 +26,7 @@ ports::SystemCode Lock(HANDLE file, DWORD flags) {
   return LastError();
 }
 
-// The handle's close frees the lock.
+// Closing the handle releases the lock.
 class WindowsFileLock final : public ports::FileLock {
  public:
   explicit WindowsFileLock(UniqueFileHandle file) : file_(std::move(file)) {}

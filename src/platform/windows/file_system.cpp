@@ -10,7 +10,7 @@
 namespace platform {
 namespace {
 
-// Folders get no names beyond this length through an ordinary path (a file of 8.3 must still fit).
+// An ordinary path cannot create folders beyond this length (an 8.3 name must still fit).
 constexpr std::size_t kLongPath = 240;
 
 constexpr DWORD kLongestPath = 32768;
@@ -43,7 +43,7 @@ std::wstring FullPath(const std::string& path) {
   }
 }
 
-// A set without any attribute would leave the file as it is.
+// The system ignores an empty set of attributes.
 BOOL SetAttributes(const std::wstring& path, DWORD attributes) {
   return SetFileAttributesW(path.c_str(), attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL);
 }
@@ -73,7 +73,7 @@ ports::FileFacts MakeFacts(DWORD attributes, DWORD size_high, DWORD size_low) {
   return facts;
 }
 
-// None when it leads nowhere.
+// Empty for a dangling link.
 UniqueFileHandle OpenLinkTarget(const std::wstring& path) {
   return UniqueFileHandle(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -88,7 +88,7 @@ std::wstring PathOfHandle(const UniqueFileHandle& handle) {
   return path.starts_with(L"\\\\?\\") ? path.substr(4) : path;
 }
 
-// What a link leads to; kOther when it leads nowhere.
+// The facts of a link's target; kOther for a dangling link.
 ports::FileFacts FactsOfLinkTarget(const std::wstring& path) {
   const UniqueFileHandle handle = OpenLinkTarget(path);
   BY_HANDLE_FILE_INFORMATION found{};
@@ -138,7 +138,7 @@ class WindowsFile final : public ports::File {
   UniqueFileHandle handle_;
 };
 
-// Takes the read-only attribute off for as long as it lives, unless Keep is called.
+// Clears the read-only attribute for as long as it lives, or for good if Keep is called.
 class WritableForNow {
  public:
   explicit WritableForNow(std::wstring path) : path_(std::move(path)) {
@@ -196,7 +196,7 @@ class WindowsFileSystem final : public ports::FileSystem {
     DWORD disposition = OPEN_EXISTING;
     if (mode == ports::FileMode::kWriteNew) disposition = CREATE_ALWAYS;
     if (mode == ports::FileMode::kCreateNew) disposition = CREATE_NEW;
-    // A file that somebody is writing is not read: what would be read is no whole file.
+    // A file that is being written is not read: it is not whole yet.
     UniqueFileHandle handle(CreateFileW(Native(path).c_str(), access, FILE_SHARE_READ, nullptr,
                                         disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!handle) return ports::Outcome<std::unique_ptr<ports::File>>::Failure(LastError());

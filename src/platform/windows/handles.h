@@ -21,7 +21,7 @@ struct FileHandleTraits : KernelHandleTraits {
 };
 using UniqueFileHandle = tmw::UniqueHandle<FileHandleTraits>;
 
-// Of the call on the line before.
+// The last error of the call on the line before, which is the only place to ask for it.
 inline ports::SystemCode LastError() {
   return static_cast<ports::SystemCode>(GetLastError());
 }

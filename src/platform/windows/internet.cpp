@@ -27,8 +27,8 @@ ports::Status CloseInternetHandle(InternetHandle& handle) {
   return ports::Status::Success();
 }
 
-// Servers name their files in UTF-8, whatever this system's code page is: what of an HTTP address
-// stands behind the host goes percent-encoded. FTP has no such agreement.
+// Servers name their files in UTF-8, whatever this system's code page is: the part of an HTTP URL
+// after the host is percent-encoded. FTP has no such convention.
 std::string ToSentUrl(const std::string& url) {
   constexpr std::string_view kHexDigits = "0123456789ABCDEF";
   const std::size_t scheme_end = url.find("://");
@@ -55,14 +55,14 @@ class WinInetRequest final : public ports::InternetRequest {
     using Result = ports::Outcome<ports::InternetChunk>;
     DWORD read = 0;
     if (whole_length_ >= 0 && position_ >= whole_length_) return Result::Success({0, true});
-    // Some releases hand out bytes beyond the announced end.
+    // Some versions return bytes beyond the announced end.
     if (whole_length_ >= 0 && whole_length_ - position_ < length)
       length = static_cast<std::uint32_t>(whole_length_ - position_);
     if (InternetReadFile(handle_.Get(), buffer, length, &read) == FALSE)
       return Result::Failure(LastError());
     position_ += read;
     if (read > 0) return Result::Success({read, false});
-    // WinINet takes a connection that was cut for the end of the body.
+    // WinINet takes a lost connection for the end of the body.
     if (whole_length_ >= 0 && position_ < whole_length_)
       return Result::Failure(ERROR_INTERNET_CONNECTION_ABORTED);
     return Result::Success({0, true});
@@ -70,7 +70,7 @@ class WinInetRequest final : public ports::InternetRequest {
 
   ports::Status Seek(std::int32_t position, const ports::WaitHandler& /*on_wait*/) override {
     if (position == position_) return ports::Status::Success();
-    // WinINet would agree, and ask for such bytes at the next reading.
+    // WinINet would accept the position and request such bytes at the next read.
     if (position < 0 || whole_length_ < 0 || position > whole_length_)
       return ports::Status::Failure(ERROR_INTERNET_INVALID_OPERATION);
     const DWORD result = InternetSetFilePointer(handle_.Get(), position, nullptr, FILE_BEGIN, 0);
@@ -110,7 +110,7 @@ class WinInetRequest final : public ports::InternetRequest {
   ports::Status Close() override { return CloseInternetHandle(handle_); }
 
  private:
-  // As text, since the numeric query is 32 bits wide. -1 when the server does not tell.
+  // As text, since the numeric query is 32 bits wide. -1 if the server does not announce it.
   std::int64_t AnnouncedLength() const {
     char text[32] = {};
     DWORD size = sizeof(text) - 1;

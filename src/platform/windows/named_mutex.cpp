@@ -16,7 +16,7 @@ class WindowsNamedMutex final : public ports::NamedMutex {
   explicit WindowsNamedMutex(UniqueKernelHandle handle) : handle_(std::move(handle)) {}
   WindowsNamedMutex(const WindowsNamedMutex&) = delete;
   WindowsNamedMutex& operator=(const WindowsNamedMutex&) = delete;
-  // Releasing a mutex that this thread does not own fails and does nothing.
+  // Releasing a mutex that this thread does not own fails harmlessly.
   ~WindowsNamedMutex() override { ReleaseMutex(handle_.Get()); }
 
  private:

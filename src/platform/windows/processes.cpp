@@ -75,7 +75,7 @@ class WindowsProcesses final : public ports::Processes {
       const ports::StartRequest& request) override {
     using Result = ports::Outcome<std::unique_ptr<ports::Process>>;
     if (request.program.empty() && request.command_line.empty())
-      return Result::Failure(ERROR_INVALID_PARAMETER);  // not every system survives the question
+      return Result::Failure(ERROR_INVALID_PARAMETER);  // not every system survives the call
     STARTUPINFOA record = StartUpRecord(request);
     PROCESS_INFORMATION started{};
     const std::string program = ToAnsi(request.program);

@@ -51,7 +51,7 @@ class WindowsSystemInfo final : public ports::SystemInfo {
   static std::string FolderFrom(UINT(WINAPI* call)(LPSTR buffer, UINT size)) {
     char buffer[1000];
     const UINT length = call(buffer, static_cast<UINT>(sizeof(buffer)));
-    // More than the buffer holds is what the buffer would have to be.
+    // A length beyond the buffer is the size that would be needed.
     return length < sizeof(buffer) ? FromAnsi(std::string_view(buffer, length)) : std::string();
   }
 };

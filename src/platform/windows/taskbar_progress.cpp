@@ -7,7 +7,7 @@ namespace platform {
 
 TaskbarProgress::TaskbarProgress(HWND window)
     : window_(window), button_created_(RegisterWindowMessageW(L"TaskbarButtonCreated")) {
-  // An elevated window does not otherwise hear the shell.
+  // Without this an elevated window does not receive the shell's message.
   ChangeWindowMessageFilterEx(window, button_created_, MSGFLT_ALLOW, nullptr);
 }
 

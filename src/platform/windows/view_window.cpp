@@ -88,8 +88,8 @@ bool OpenWindows::WaitAndRun() {
 
 ViewWindow::ViewWindow(OpenWindows& open, DWORD style, SIZE client) : open_(open), client_(client) {
   RegisterWindowClass(Procedure);
-  // A run works for minutes without asking for messages. The system would put a dead copy in the
-  // window's place that no longer shows what is painted.
+  // A run works for minutes without asking for messages. The system would replace the window by a
+  // ghost that no longer shows what is painted.
   DisableProcessWindowsGhosting();
   const HWND owner = open.Top();
   CreateWindowExW(owner == nullptr ? WS_EX_APPWINDOW : 0, kWindowClass, L"",
@@ -203,7 +203,7 @@ ViewWindow::Showing::Showing(ViewWindow& view) : view_(view), owner_(view.open_.
 
 ViewWindow::Showing::~Showing() {
   view_.open_.Remove(view_);
-  // Before the hiding: the system would make another program's window the active one.
+  // Before hiding: otherwise the system would activate another program's window.
   if (owner_ != nullptr) EnableWindow(owner_, TRUE);
   ShowWindow(view_.window_, SW_HIDE);
 }

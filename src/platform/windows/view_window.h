@@ -12,8 +12,8 @@ namespace platform {
 class ViewWindow;
 
 // The windows on the screen, in the order of their opening, and the handling of their messages.
-// What a person asks of a window is raised here, after its message, and not within the window
-// procedure: an error of a listener must not pass through the system's frames.
+// Listeners are called here, after the message, and not within the window procedure: their
+// exceptions must not pass through the system's frames.
 class OpenWindows {
  public:
   void Add(ViewWindow& window) { windows_.push_back(&window); }
@@ -22,14 +22,14 @@ class OpenWindows {
   // The window that boxes belong to; nullptr when none is open.
   HWND Top() const;
 
-  // Lets the user see that a box is about to open: the window that it belongs to is brought back
-  // when it is minimised, its button in the taskbar flashes while he works elsewhere.
+  // Draws attention to a box that is about to open: the window that it belongs to is restored if it
+  // is minimised, and its button in the taskbar flashes while the user works elsewhere.
   void CallAttention() const;
 
-  // Handles the messages that are there. A request to end the thread stays posted.
+  // Handles the pending messages. WM_QUIT is posted again.
   void RunPending();
 
-  // Waits for a message and handles it; false, and it stays posted, when it asks to end the thread.
+  // Waits for a message and handles it. Returns false for WM_QUIT, which is posted again.
   bool WaitAndRun();
 
  private:
@@ -39,9 +39,9 @@ class OpenWindows {
   std::vector<ViewWindow*> windows_;
 };
 
-// A window of ours with the manners of a dialog: Tab, Enter and Esc, the focus kept over a change
-// of windows, native font, a white page with a footer of buttons, everything scaled to the screen.
-// Where the system cannot make windows it stays without one, and every call does nothing.
+// A window that behaves like a dialog (Tab, Enter and Esc, focus kept over a change of windows),
+// with the native font, a white page and a footer of buttons, scaled to the screen. Where the
+// system cannot create windows every call does nothing.
 class ViewWindow {
  public:
   ViewWindow(const ViewWindow&) = delete;
@@ -50,10 +50,10 @@ class ViewWindow {
 
   HWND Get() const { return window_; }
 
-  // A key before anyone else sees it; true when it has been dealt with.
+  // Sees a key before anyone else; returns true if it has handled the key.
   virtual bool TakeKey(const MSG& /*message*/) { return false; }
 
-  // Tells the listener what the person has asked for since the last call.
+  // Reports to the listener what the user has requested since the last call.
   virtual void RaiseRequests() = 0;
 
  protected:
@@ -66,8 +66,8 @@ class ViewWindow {
   // To be called by the constructor of the final class when its controls are there.
   void Prepare();
 
-  // Shows the window over its owner, or in the middle of the screen, and keeps the owner from being
-  // used, for as long as the scope lives.
+  // Shows the window over its owner, or in the middle of the screen, and disables the owner for the
+  // duration of the scope.
   class Showing {
    public:
     explicit Showing(ViewWindow& view);
@@ -88,7 +88,7 @@ class ViewWindow {
   // Places the controls anew and paints them at once.
   void Arrange();
 
-  // The events raised from the loop are due: wakes a loop that waits for a message.
+  // Wakes a loop that waits for a message, so that it calls RaiseRequests.
   void WakeLoop() const { PostMessageW(window_, WM_NULL, 0, 0); }
 
   // The place of a button in the footer; its width follows its caption.
@@ -100,7 +100,7 @@ class ViewWindow {
   virtual void SetFonts() = 0;         // after a change of the scale
   virtual void Draw(HDC dc) = 0;       // on the white page
   virtual int DefaultButton() = 0;     // what Enter presses when no button has the focus
-  virtual void OnCommand(int id) = 0;  // a button; IDCANCEL: Esc or the cross
+  virtual void OnCommand(int id) = 0;  // a button; IDCANCEL: Esc or the close box
   virtual std::optional<LRESULT> OnMessage(UINT message, WPARAM parameter, LPARAM data) = 0;
 
  private:
@@ -114,8 +114,8 @@ class ViewWindow {
   SIZE ClientSize() const;
   SIZE ClientAt(int dpi) const;  // what the window shows now, on a screen of that scale
 
-  // Windows before 10 1703 leave a frame as it is on a screen of another scale; the size that they
-  // suggest does not count with it.
+  // Windows before 10 1703 does not scale the frame on a screen of another scale, and the size that
+  // it suggests ignores that.
   void FitClient(SIZE wanted) const;
 
   OpenWindows& open_;

@@ -17,7 +17,7 @@ constexpr int kLabelLine = 20;
 
 constexpr DWORD kTextStyle = WS_TABSTOP | WS_VSCROLL | ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL;
 
-// A multi-line text box claims Tab, Enter and Esc for itself; they are the window's.
+// A multi-line text box takes Tab, Enter and Esc, which are meant for the window.
 LRESULT CALLBACK TextProcedure(HWND box, UINT message, WPARAM parameter, LPARAM data) {
   const auto original = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(box, GWLP_USERDATA));
   if (message == WM_GETDLGCODE) return DLGC_WANTARROWS | DLGC_WANTCHARS;
@@ -138,7 +138,7 @@ class WinErrorView final : public ports::ErrorView, private ViewWindow {
       ShowScrollBar(box, SB_VERT, IsHigherThanBox(box) ? TRUE : FALSE);
   }
 
-  // A bar that cannot scroll is only noise.
+  // A scroll bar that cannot scroll is only clutter.
   bool IsHigherThanBox(HWND box) const {
     RECT inside{};
     GetClientRect(box, &inside);

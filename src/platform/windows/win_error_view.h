@@ -7,7 +7,7 @@
 
 namespace platform {
 
-// The window of an error; the open windows outlive it.
+// The error window; the open windows outlive it.
 std::unique_ptr<ports::ErrorView> MakeWinErrorView(OpenWindows& open);
 
 // Control identifiers.

@@ -30,7 +30,7 @@ constexpr int kDetailTop = 64;       // 960 twips
 constexpr int kDetailTopNoBar = 40;  // 600 twips
 constexpr int kPaceTop = 86;
 
-// The system does not fall asleep for want of keys pressed while one of these lives.
+// Keeps an idle system awake for as long as one of these lives.
 class Wakefulness {
  public:
   Wakefulness() { SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED); }
@@ -96,13 +96,13 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
     SetControlText(button_, caption);
     const bool had_focus = GetFocus() == button_ || GetFocus() == Get();
     EnableWindow(button_, is_enabled ? TRUE : FALSE);
-    // Said beforehand: whoever shuts the system down in the middle of a long step is shown it.
+    // Set beforehand: it is shown to a user who shuts the system down during a long step.
     if (is_enabled) {
       ShutdownBlockReasonDestroy(Get());
     } else {
       ShutdownBlockReasonCreate(Get(), windows_texts::kBusy);
     }
-    // A disabled control would keep the focus, and Esc would be heard by nobody.
+    // A disabled control would keep the focus, and Esc would reach no window.
     if (had_focus) SetFocus(is_enabled ? button_ : Get());
     Arrange();
   }
@@ -126,7 +126,7 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
 
   void RaiseRequests() override {
     if (events_ == nullptr) return;
-    // Cleared first: the listener's question lets events run.
+    // Cleared first: the listener may ask a question, which processes events.
     if (std::exchange(is_stop_asked_, false)) events_->OnStop();
     if (std::exchange(is_cancel_asked_, false)) events_->OnCancel();
   }
@@ -195,13 +195,13 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
     PaintWhatIsDue();
   }
 
-  // All of it: what another window has uncovered too, while the run asks for no messages.
+  // All of it, with what another window has uncovered while no messages were processed.
   void PaintWhatIsDue() const {
     RedrawWindow(Get(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
   }
 
-  // The system moves the bar forward slowly and back at once: a step too far and back shows the
-  // value itself.
+  // The system animates the bar forward but moves it back at once: one step too far and back shows
+  // the value itself.
   void SetBarPosition(int position) {
     if (position == position_) return;
     position_ = position;

@@ -7,10 +7,10 @@
 
 namespace platform {
 
-// The window of a run; the open windows outlive it.
+// The progress window; the open windows outlive it.
 std::unique_ptr<ports::ProgressView> MakeWinProgressView(OpenWindows& open);
 
-// Control identifiers. The button is not IDCANCEL: Esc and the cross work while it is disabled.
+// Control identifiers. The button is not IDCANCEL: Esc and the close box work while it is disabled.
 inline constexpr int kProgressStageId = 100;
 inline constexpr int kProgressBarId = 101;
 inline constexpr int kProgressCounterId = 102;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The system's headers. Included by .cpp files of this folder only, and last: their macros bear the
-// names of our verbs (DeleteFile, MoveFile, CopyFile, GetMessage ...).
+// The system's headers. Included in this folder only, and last: their macros have the names of our
+// verbs (DeleteFile, MoveFile, CopyFile, GetMessage ...).
 #define WIN32_LEAN_AND_MEAN
 #ifndef NOMINMAX
 #define NOMINMAX

@@ -38,7 +38,7 @@ HRESULT CreateDocument(ComPointer<IXMLDOMDocument2>& document) {
                           reinterpret_cast<void**>(document.Out()));
 }
 
-// White space is kept here and judged by CopyText, alike on both systems.
+// White space is kept here and filtered by CopyNode, by the same rule as on Linux.
 HRESULT Configure(IXMLDOMDocument2& document) {
   HRESULT result = document.put_async(VARIANT_FALSE);
   if (SUCCEEDED(result)) result = document.put_validateOnParse(VARIANT_FALSE);
@@ -47,7 +47,7 @@ HRESULT Configure(IXMLDOMDocument2& document) {
   return result;
 }
 
-// The component finds the encoding out by itself only when it is given bytes.
+// The component detects the encoding only if it is given bytes.
 HRESULT MakeByteArray(std::string_view bytes, ComValue& value) {
   SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
   if (array == nullptr) return E_OUTOFMEMORY;

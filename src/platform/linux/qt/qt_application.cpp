@@ -29,13 +29,14 @@ bool IsSet(const char* name) {
   return value != nullptr && *value != '\0';
 }
 
-// What Qt remarks on fonts, themes and locales would litter the terminal the program started from.
+// Qt's remarks on fonts, themes and locales would clutter the terminal the program was started
+// from.
 void PassOnFaults(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
   if (type == QtCriticalMsg || type == QtFatalMsg)
     static_cast<void>(std::fprintf(stderr, "%s\n", message.toUtf8().constData()));
 }
 
-// The child's whole life; 0 when a display could be opened.
+// All that the child does; exits with 0 if a display could be opened.
 [[noreturn]] void TryDisplay() {
   const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
   if (nowhere >= 0) dup2(nowhere, STDERR_FILENO);
@@ -84,7 +85,7 @@ void QtApplication::RunEvents(int milliseconds) {
     QApplication::processEvents();
     return;
   }
-  QTimer limit;  // wakes the wait
+  QTimer limit;  // ends the wait
   limit.setSingleShot(true);
   limit.start(milliseconds);
   QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);

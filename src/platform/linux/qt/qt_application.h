@@ -21,13 +21,13 @@ class OpenWindow {
 
   virtual QWidget& Widget() = 0;
 
-  // Tells the listener what the person has done meanwhile.
+  // Reports to the listener what the user has done meanwhile.
   virtual void RaiseEvents() = 0;
 
-  // True when the person or the system insists on the end: boxes close themselves.
+  // True if the user or the system insists on ending: boxes then close themselves.
   virtual bool IsEndAsked() = 0;
 
-  // A box has been answered: what was pressed before asked for no more than that.
+  // Called when a box has been answered: forgets what was pressed before.
   virtual void ForgetPresses() = 0;
 };
 
@@ -36,8 +36,8 @@ class QtApplication {
  public:
   QtApplication();
 
-  // Lets events of all windows run and waits for the first one, at most for the given time; 0: does
-  // not wait.
+  // Processes the events of all windows after waiting for the first one, at most for the given
+  // time; 0 does not wait.
   static void RunEvents(int milliseconds);
 
   void SetOpenWindow(OpenWindow* window) { open_window_ = window; }
@@ -49,8 +49,8 @@ class QtApplication {
   // The window that boxes belong to; null: none is open.
   QWidget* BoxOwner();
 
-  // Lets the person see that a box is about to open: its owner is brought back when it is
-  // minimised, and marked in the taskbar while he works elsewhere.
+  // Draws attention to a box that is about to open: its owner is restored if it is minimised, and
+  // marked in the taskbar while the user works elsewhere.
   void CallAttention();
   bool IsEndAsked();
 

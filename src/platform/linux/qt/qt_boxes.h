@@ -14,10 +14,10 @@ class QtApplication;
 void ShowMessageBox(QtApplication& application, ports::MessageKind kind, const std::string& title,
                     const std::string& text);
 
-// Esc and the cross mean no.
+// Esc and the close box mean no.
 bool AskYesNoBox(QtApplication& application, const std::string& title, const std::string& question);
 
-// Esc and the cross decline.
+// Esc and the close box decline.
 std::optional<std::string> AskTextBox(QtApplication& application, const std::string& title,
                                       const std::string& prompt, bool is_secret);
 

@@ -22,12 +22,12 @@ constexpr int kWaitSlice = 100;  // milliseconds
 
 }  // namespace
 
-// The window itself. What the person presses is noted; Run raises it.
+// The window itself. Presses are recorded; Run reports them to the listener.
 class ErrorDialog final : public QDialog {
  public:
   explicit ErrorDialog(QWidget* owner);
 
-  // Each view has a height of its own, which the person may change; the width is common.
+  // Each view has a height of its own, which the user may change; the width is common.
   void ShowView(bool is_detailed);
 
   bool TakeDetails() { return std::exchange(details_noted_, false); }

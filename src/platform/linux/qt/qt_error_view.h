@@ -18,7 +18,7 @@ class QtErrorView final : public ports::ErrorView {
   void SetTexts(const ports::ErrorViewTexts& texts) override;
   void SetDetailView(bool is_detailed, const std::string& button_text) override;
 
-  // The text outlives this program where a clipboard manager runs, as desktops have one.
+  // The text outlives this program if a clipboard manager runs, as on most desktops.
   bool CopyText(const std::string& text) override;
 
   void Run(ports::ErrorViewEvents& events) override;

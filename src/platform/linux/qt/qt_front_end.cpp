@@ -32,8 +32,8 @@ class QtFrontEnd final : public ports::FrontEnd {
 
   void RunPendingEvents() override {
     if (!application_) return;
-    // Asking the display server is a system call: a download that did so for every piece would
-    // spend more time on its window than a person can notice.
+    // Asking the display server is a system call: a download that made one for every piece would
+    // waste time on updates that nobody can see.
     if (!asked_.isValid() || asked_.hasExpired(kAskingPeriod)) {
       QtApplication::RunEvents(0);
       asked_.start();

@@ -38,7 +38,7 @@ void FixedLabel::SetText(const std::string& text) {
   const QString shown = ToQt(text);
   if (shown == QLabel::text()) return;
   setText(shown);
-  // As markup, for a tip that looks like markup by chance would be read as such.
+  // Escaped as markup: a tip that happens to look like markup would be rendered as such.
   const QStringList lines = BreakLines(shown, font(), width());
   const QString tip = lines.join('\n').toHtmlEscaped().replace('\n', "<br>");
   setToolTip(lines.size() <= lines_ ? QString() : "<nobr>" + tip + "</nobr>");

@@ -9,7 +9,7 @@
 namespace platform {
 
 ProgressBar::ProgressBar(QWidget* parent) : QProgressBar(parent) {
-  // The two pictures hold the window's colour too.
+  // The two pictures include the window's background.
   setAttribute(Qt::WA_OpaquePaintEvent);
 }
 

@@ -27,17 +27,17 @@ constexpr int kScreenWait = 2000;  // milliseconds until the window must be on t
 
 }  // namespace
 
-// The window itself. It has one size for good, whatever it shows.
+// The window itself. Its size never changes, whatever it shows.
 class ProgressDialog final : public QDialog {
  public:
   ProgressDialog();
 
   void ShowBar(ports::BarKind kind);
 
-  // True once after each press of the button, the cross or Esc.
+  // True once after each press of the button, the close box or Esc.
   bool TakeCancel() { return std::exchange(cancel_noted_, false); }
 
-  // Esc, and with closeEvent the cross. The window closes only when it is told to.
+  // Esc and, through closeEvent, the close box. The window is closed by its owner only.
   void reject() override { cancel_noted_ = true; }
 
   PictureView picture{this};
@@ -70,14 +70,14 @@ ProgressDialog::ProgressDialog() {
   bar.setRange(0, kBarSteps);
   bar.setTextVisible(false);
   counter.setTextFormat(Qt::PlainText);
-  // Fixed, so that a new text asks for no new layout.
+  // Fixed, so that a new text needs no new layout.
   const QFontMetrics metrics = counter.fontMetrics();
   counter.setFixedSize(metrics.horizontalAdvance("000 000 000/000 000 000"), metrics.height());
   counter.setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   button.setDefault(true);
   connect(&button, &QPushButton::clicked, this, [this] { reject(); });
   bar.setAccessibleName(linux_texts::kProgressBar);
-  // A name would be read in place of the text.
+  // Screen readers would read a name in place of the text.
   stage.setAccessibleDescription(linux_texts::kStage);
   detail.setAccessibleDescription(linux_texts::kDetail);
   counter.setAccessibleDescription(linux_texts::kCounter);
@@ -158,7 +158,7 @@ void QtProgressView::SetProgress(double percent, const std::string& counter) {
     return;
   }
   label.setText(text);
-  // The bar gives way to a longer counter and never takes the room back: it would tremble.
+  // The bar shrinks for a longer counter and does not grow back, so that it does not jitter.
   const int width = label.fontMetrics().horizontalAdvance(text);
   if (width > label.width()) {
     label.setFixedWidth(width);

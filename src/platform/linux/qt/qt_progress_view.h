@@ -11,8 +11,8 @@ namespace platform {
 
 class ProgressDialog;
 
-// The window of a run as a window of Qt. What the person does, here or in the terminal the program
-// started from, is noted while events run and raised after that, so that no exception of the
+// The progress window in Qt. What the user does, here or in the terminal the program was started
+// from, is recorded while events are processed and reported afterwards, so that no exception of the
 // listener passes through Qt.
 class QtProgressView final : public ports::ProgressView, private OpenWindow {
  public:

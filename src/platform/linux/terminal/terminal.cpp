@@ -20,8 +20,8 @@ namespace {
 constexpr char kInterrupt = '\x03';  // Ctrl+C
 constexpr const char* kInside = "UTF-8";
 
-// Keeps the signals of output from this thread for the time of a scope: neither a reader that has
-// gone nor a terminal that is not ours at the moment may end or stop an update.
+// Blocks the signals that writing may raise for the duration of a scope: neither a closed pipe nor
+// a terminal that belongs to another program may end or stop an update.
 class WithoutOutputSignals {
  public:
   WithoutOutputSignals() {
@@ -61,7 +61,7 @@ void WriteAll(int stream, std::string_view bytes) {
 }
 
 bool IsForegroundOf(int stream) {
-  // -1: a terminal without such an order.
+  // -1 for a terminal without that capability.
   const pid_t foreground = tcgetpgrp(stream);
   return foreground == -1 || foreground == getpgrp();
 }
@@ -80,7 +80,7 @@ bool CanMoveCursor() {
 
 }  // namespace
 
-// Typed characters stay unseen for the time of a scope.
+// Typed characters are not echoed for the duration of a scope.
 class InputModes {
  public:
   // With keys: Ctrl+C is a character that ends the line, so that it cannot end the program with the

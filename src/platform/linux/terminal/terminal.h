@@ -15,7 +15,7 @@ struct TerminalSize {
 };
 
 // The terminal that the program was started from: lines in and out, in the encoding of the user's
-// locale. A stream that nobody reads any more, or whose terminal has gone, is no failure.
+// locale. A stream that has lost its reader or its terminal is no failure.
 class Terminal {
  public:
   Terminal();
@@ -23,12 +23,12 @@ class Terminal {
   Terminal& operator=(const Terminal&) = delete;
   ~Terminal();
 
-  // True when there is somebody to ask: input and error stream are a terminal, and this process is
-  // not in its background.
+  // True if somebody can answer: input and error stream are a terminal, and this process is not in
+  // the background.
   bool CanAnswer() const;
 
-  // True when the error stream is a terminal on which a cursor can be moved, and nobody reads the
-  // output who may write to the same terminal.
+  // True when the error stream is a terminal on which a cursor can be moved, and no reader of the
+  // output may write to the same terminal.
   bool HasCursor() const { return has_cursor_; }
 
   // False while the user's shell has the terminal for itself.
@@ -58,10 +58,10 @@ class Terminal {
   // when a window of a run is asked to end. A hidden line is not echoed, and Ctrl+C declines it.
   std::optional<std::string> ReadLine(bool is_hidden) const;
 
-  // Whether keys that nobody asked for leave the screen as it is.
+  // Whether keys that are typed while no question is open leave the screen unchanged.
   void KeepKeysUnseen(bool is_on);
 
-  // Drops what was typed and not read: it was no answer to a question that follows.
+  // Drops unread input, which cannot be the answer to a question that follows.
   void ForgetKeys() const;
 
  private:

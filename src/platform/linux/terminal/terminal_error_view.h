@@ -7,8 +7,8 @@
 
 namespace platform {
 
-// The window of an error on a terminal: the text as lines, which the terminal lets the person
-// select, and a choice by letter. A terminal has no clipboard to write to.
+// The error window on a terminal: the text as lines, which the user can select in the terminal, and
+// a choice by letter. A terminal has no clipboard to write to.
 class TerminalErrorView final : public ports::ErrorView {
  public:
   explicit TerminalErrorView(TerminalScreen& screen) : screen_(screen) {}

@@ -6,7 +6,7 @@
 
 namespace platform {
 
-// Boxes as lines of a terminal, the window of a run as a block of lines redrawn in place.
+// Boxes as lines of a terminal, the progress window as a block of lines redrawn in place.
 std::unique_ptr<ports::FrontEnd> MakeTerminalFrontEnd();
 
 }  // namespace platform

@@ -110,7 +110,7 @@ std::vector<std::string> TerminalProgressView::Lines(int columns) const {
 }
 
 std::string TerminalProgressView::BarLine(int columns) const {
-  // Not 100 before all is done.
+  // Rounded down: 100 appears only at the end.
   const std::string percent = std::to_string(static_cast<int>(std::floor(percent_)));
   std::string words =
       " " + std::string(3 - std::min<std::size_t>(percent.size(), 3), ' ') + percent + " %";

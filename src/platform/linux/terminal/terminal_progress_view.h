@@ -11,11 +11,11 @@
 
 namespace platform {
 
-// The window of a run on a terminal: a status block. Where the output is not seen on the terminal
+// The progress window on a terminal: a status block. Where the output is not seen on the terminal
 // that shows the block, the stages are written to it, one a line.
 class TerminalProgressView final : public ports::ProgressView, private StatusBlock {
  public:
-  // open: the slot of the front end for the view that is on the screen.
+  // open is the front end's pointer to the view that is on the screen.
   TerminalProgressView(TerminalScreen& screen, TerminalProgressView*& open);
   TerminalProgressView(const TerminalProgressView&) = delete;
   TerminalProgressView& operator=(const TerminalProgressView&) = delete;
@@ -32,10 +32,10 @@ class TerminalProgressView final : public ports::ProgressView, private StatusBlo
   void Run(ports::ProgressViewEvents& events) override;
   void Close() override;
 
-  // Acts on keys and signals that have come.
+  // Acts on keys and signals that have arrived.
   void RunEvents();
 
-  // The person has answered a question: Ctrl+C before it asked for no more than that.
+  // To be called when the user has answered a question, which settles any Ctrl+C before it.
   void ForgetInterrupts() { interrupts_ = 0; }
 
  private:

@@ -52,7 +52,7 @@ void TerminalScreen::Draw() {
   drawn_size_ = size;
 }
 
-// A terminal that has become narrower has folded the lines.
+// A terminal that has become narrower has wrapped the lines.
 int TerminalScreen::DrawnRows(int columns) const {
   int rows = 0;
   for (const std::string& line : drawn_)

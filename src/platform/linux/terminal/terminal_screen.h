@@ -24,7 +24,7 @@ class TerminalScreen {
  public:
   Terminal& GetTerminal() { return terminal_; }
 
-  // Shows the block until Detach takes it off; it outlives that.
+  // Shows the block until Detach; the block must live that long.
   void Attach(const StatusBlock& block);
   void Detach();
 
@@ -32,10 +32,10 @@ class TerminalScreen {
   // terminal, nothing is drawn.
   void Draw();
 
-  // The program has the terminal back: somebody else has written where the block was.
+  // To be called when the program has the terminal back: the block has been overwritten.
   void Resume();
 
-  // A box: for the time of the scope the block is away, and keys are seen.
+  // For the duration of a box the block is removed and keys are echoed.
   class Box {
    public:
     explicit Box(TerminalScreen& screen);

@@ -170,7 +170,7 @@ std::string FitColumns(std::string_view text, int columns, std::string_view elli
   std::size_t tail = characters.size();
   while (tail > 0 && characters[tail - 1].columns <= tail_room)
     tail_room -= characters[--tail].columns;
-  // A mark without the character that it stands on.
+  // Combining marks without their base character are skipped.
   while (tail < characters.size() && characters[tail].columns == 0)
     ++tail;
   for (; tail < characters.size(); ++tail)

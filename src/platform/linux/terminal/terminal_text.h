@@ -6,8 +6,8 @@
 // Texts on their way to and from a terminal.
 namespace platform {
 
-// The encoding of the user's locale; a locale that is not installed still tells it by its name
-// ("ru_RU.KOI8-R").
+// The encoding of the user's locale; if that locale is not installed, the encoding that its name
+// ends with ("ru_RU.KOI8-R").
 std::string EncodingOfLocale();
 
 // What cannot be converted becomes "?", a byte or (of UTF-8) a character at a time. An encoding
@@ -20,8 +20,8 @@ std::string WithoutControls(std::string_view text);
 // How many columns a UTF-8 text without controls takes: a character takes none, one or two.
 int ColumnsOf(std::string_view text);
 
-// The text in so many columns; of a longer one the middle gives way to the ellipsis, for the ends
-// of paths and addresses tell more.
+// The text in so many columns; of a longer one the middle gives way to the ellipsis, because the
+// ends of paths and addresses matter more.
 std::string FitColumns(std::string_view text, int columns, std::string_view ellipsis);
 
 }  // namespace platform
