@@ -13,15 +13,6 @@ namespace {
 
 constexpr const char* kMark = "_Installing.txt";
 
-ports::Status WriteDurably(ports::FileSystem& files, const std::string& path,
-                           const std::string& text) {
-  const auto opened = files.Open(path, ports::FileMode::kWriteNew);
-  if (!opened) return ports::Status::Failure(opened.code);
-  if (const auto written = opened.value->Write(text.data(), text.size()); !written) return written;
-  if (const auto flushed = opened.value->Flush(); !flushed) return flushed;
-  return opened.value->Close();
-}
-
 std::vector<std::string> Marks(const std::string& temp_dir) {
   std::vector<std::string> marks;
   const auto entries = ports::CurrentPorts().files->List(temp_dir);
@@ -37,11 +28,10 @@ std::vector<std::string> Marks(const std::string& temp_dir) {
 }  // namespace
 
 void MarkInstallation(const ReleasePaths& release, const std::string& version_id) {
-  ports::FileSystem& files = *ports::CurrentPorts().files;
   const std::string path = JoinPath(release.Folder, kMark);
   if (IsFileExists(path)) return;
-  ports::Status status = WriteDurably(files, path, version_id);
-  if (status) status = files.FlushFolder(release.Folder);
+  ports::Status status = WriteFileBytes(path, version_id);
+  if (status) status = ports::CurrentPorts().files->FlushFolder(release.Folder);
   if (!status) RaiseApiErrorWithMessage(engine_texts::MarkNotWritten(path), status.code);
 }
 

@@ -19,7 +19,6 @@
 #include "foundation/text.h"
 #include "jetsql/jetsql_texts.h"
 #include "ports/database.h"
-#include "ports/file_system.h"
 #include "ports/ports.h"
 
 namespace jetsql {
@@ -36,14 +35,8 @@ std::unique_ptr<ports::Database> Open(const std::string& path, bool read_only) {
 }
 
 void WriteFile(const std::string& path, const std::string& bytes) {
-  const auto check = [&path](ports::Status status) {
-    if (!status)
-      tmw::RaiseApiErrorWithMessage("Cannot write " + tmw::Quoted(path) + ": ", status.code);
-  };
-  const auto opened = ports::CurrentPorts().files->Open(path, ports::FileMode::kWriteNew);
-  check({opened.ok, opened.code});
-  check(opened.value->Write(bytes.data(), bytes.size()));
-  check(opened.value->Close());
+  if (const ports::Status written = tmw::WriteFileBytes(path, bytes); !written)
+    tmw::RaiseApiErrorWithMessage("Cannot write " + tmw::Quoted(path) + ": ", written.code);
 }
 
 void PrintRows(ports::Database& database, const std::string& statement) {

@@ -34,7 +34,7 @@ void Require(const ports::Status& status, const std::string& what, const std::st
 
 std::vector<ports::FolderEntry> List(const std::string& folder) {
   auto listed = Files().List(folder);
-  Require({listed.ok, listed.code}, "read the folder", folder);
+  Require(listed.ToStatus(), "read the folder", folder);
   return std::move(listed.value);
 }
 
@@ -131,10 +131,7 @@ void RemoveTree(const std::string& folder) {
 }
 
 void WriteWholeFile(const std::string& path, std::string_view bytes) {
-  const auto file = OpenToWrite(path);
-  WritePiece(*file, bytes, path);
-  Require(file->Flush(), "write", path);
-  CloseWritten(*file, path);
+  Require(tmw::WriteFileBytes(path, bytes), "write", path);
 }
 
 void ReplaceFile(const std::string& path, std::string_view bytes) {
@@ -146,20 +143,20 @@ void ReplaceFile(const std::string& path, std::string_view bytes) {
 
 std::unique_ptr<ports::File> OpenToRead(const std::string& path) {
   auto opened = Files().Open(path, ports::FileMode::kRead);
-  Require({opened.ok, opened.code}, "read", path);
+  Require(opened.ToStatus(), "read", path);
   return std::move(opened.value);
 }
 
 std::size_t ReadPiece(ports::File& file, char* buffer, std::size_t length,
                       const std::string& path) {
   const auto got = file.Read(buffer, length);
-  Require({got.ok, got.code}, "read", path);
+  Require(got.ToStatus(), "read", path);
   return got.value;
 }
 
 std::unique_ptr<ports::File> OpenToWrite(const std::string& path) {
   auto opened = Files().Open(path, ports::FileMode::kWriteNew);
-  Require({opened.ok, opened.code}, "write", path);
+  Require(opened.ToStatus(), "write", path);
   return std::move(opened.value);
 }
 
