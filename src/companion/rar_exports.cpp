@@ -5,7 +5,7 @@
 #include "companion/os.h"
 #include "companion/rar/archive.h"
 #include "companion/rar/failure.h"
-#include "companion/texts.h"
+#include "companion/text_forms.h"
 
 namespace companion {
 namespace {

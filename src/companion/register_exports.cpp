@@ -2,7 +2,7 @@
 
 #include "companion/exports.h"
 #include "companion/os.h"
-#include "companion/texts.h"
+#include "companion/text_forms.h"
 
 namespace companion {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "companion/exports.h"
 #include "companion/os.h"
-#include "companion/texts.h"
+#include "companion/text_forms.h"
 #include "sha256/integrity_trailer.h"
 
 namespace companion {

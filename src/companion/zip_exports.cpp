@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "companion/exports.h"
-#include "companion/texts.h"
+#include "companion/text_forms.h"
 #include "companion/zip/zip_command.h"
 
 namespace companion {

@@ -7,6 +7,7 @@
 #include "foundation/error_handling.h"
 #include "foundation/text.h"
 #include "packages/companion_functions.h"
+#include "packages/packages_texts.h"
 #include "ports/ports.h"
 
 namespace tmw {
@@ -24,9 +25,7 @@ std::string GetFileHash(const std::string& file_name) try {
   const std::string ansi_name = Utf8ToCodePage(CodePage::k1251, file_name);
   const std::int32_t result = functions.Sha256_GetFileHash(ansi_name.c_str(), digest.data());
   const ports::SystemCode code = ports::CurrentPorts().companion->LastError();
-  if (result != 1) {
-    RaiseApiErrorWithMessage("Ошибка подсчета контрольной суммы файла " + file_name + ": ", code);
-  }
+  if (result != 1) RaiseApiErrorWithMessage(packages_texts::HashingFailed(file_name), code);
   return GetHashString(digest);
 } catch (...) {
   ReRaiseError(kModule, "GetFileHash");

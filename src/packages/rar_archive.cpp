@@ -9,7 +9,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
 #include "packages/companion_functions.h"
-#include "packages/rar_texts.h"
+#include "packages/packages_texts.h"
 
 namespace tmw {
 namespace {
@@ -113,7 +113,7 @@ void RarArchive::ExtractFile(const std::string& entry_name, const std::string& f
   std::uint32_t unpacked_size = 0;
   for (;;) {
     if (!ReadHeader(name, flags, packed_size, unpacked_size)) {
-      RaiseProgramError(rar_texts::EntryNotFound(entry_name, ArchiveName));
+      RaiseProgramError(packages_texts::EntryNotFound(entry_name, ArchiveName));
     }
     if (Folded(name) == wanted) break;
     ProcessFile(ports::kRarSkip, "", "");
@@ -144,11 +144,12 @@ void RarArchive::CloseHandle() try {
 }
 
 void RarArchive::RequireOpen() const {
-  if (handle_ == nullptr) RaiseProgramError(rar_texts::kNotOpen);
+  if (handle_ == nullptr) RaiseProgramError(packages_texts::kNotOpen);
 }
 
 void RarArchive::RaiseRarError(std::int32_t code) const try {
-  RaiseProgramError(rar_texts::ProcessingFailed(ArchiveName, rar_texts::ResultText(code)));
+  RaiseProgramError(
+      packages_texts::ProcessingFailed(ArchiveName, packages_texts::ResultText(code)));
 } catch (...) {
   ReRaiseError(kModule, "RaiseRarError");
 }

@@ -5,15 +5,15 @@
 #include <vector>
 
 #include "foundation/encodings.h"
+#include "packages/packages_texts.h"
 #include "packages/tm_zipper.h"
 #include "ports/companion_library.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "services/box_titles.h"
 
 namespace tmw {
 namespace {
-
-constexpr const char* kBoxTitle = "Программа обновления";
 
 std::string ToAnsi(const std::string& text) {
   return Utf8ToCodePage(CodePage::k1251, text);
@@ -22,7 +22,8 @@ std::string ToAnsi(const std::string& text) {
 // Asks the user and puts his answer into the library's buffer; -1 when he declines.
 int AskInto(char* buffer, std::size_t size, const char* prompt, bool is_secret) noexcept try {
   if (buffer == nullptr || size == 0) return -1;
-  const auto answer = ports::CurrentPorts().front_end->AskText(kBoxTitle, prompt, is_secret);
+  const auto answer =
+      ports::CurrentPorts().front_end->AskText(box_titles::kUpdaterProgram, prompt, is_secret);
   if (!answer) return -1;
   const std::string ansi = ToAnsi(*answer);
   const std::size_t length = std::min(ansi.size(), size - 1);
@@ -40,11 +41,11 @@ int COMPANION_CALL OnPrint(const char* /*text*/, std::uint32_t /*length*/) {
 int COMPANION_CALL OnPassword(char* buffer, int size, const char* /*prompt*/,
                               const char* /*again*/) {
   return AskInto(buffer, size > 0 ? static_cast<std::size_t>(size) : 0,
-                 "Please Enter The Password!", true);
+                 packages_texts::kPasswordPrompt, true);
 }
 
 int COMPANION_CALL OnComment(char* buffer) {
-  return AskInto(buffer, ports::kZpCommentSize, "Enter the comment", false);
+  return AskInto(buffer, ports::kZpCommentSize, packages_texts::kCommentPrompt, false);
 }
 
 int COMPANION_CALL OnService(const char* /*name*/, std::uint32_t /*size*/) {
@@ -102,8 +103,8 @@ std::int32_t RunZipRoutine(const TmZipper& zipper) {
   const auto loaded = ports::CurrentPorts().companion->Load();
   ports::ZpFunctions callbacks{OnPrint, OnComment, OnPassword, OnService};
   if (!loaded || loaded.value->ZpInit(&callbacks) == 0) {
-    ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning, "Ошибка",
-                                                 "Отсутствует UnTmz.dll.");
+    ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning, box_titles::kError,
+                                                 packages_texts::kNoLibrary);
     return ports::kZipInternal;
   }
   const AnsiTexts texts{ToAnsi(zipper.ZipDate), ToAnsi(zipper.RootDir), ToAnsi(zipper.TempDir)};

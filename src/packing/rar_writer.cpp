@@ -4,6 +4,7 @@
 
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
+#include "packing/packing_texts.h"
 #include "ports/ports.h"
 #include "sha256/integrity_trailer.h"
 
@@ -14,13 +15,12 @@ constexpr const char* kModule = "StoredRarWriter";
 
 std::unique_ptr<ports::File> Open(const std::string& path, ports::FileMode mode) {
   auto opened = ports::CurrentPorts().files->Open(path, mode);
-  if (!opened)
-    tmw::RaiseApiErrorWithMessage("Ошибка открытия файла \"" + path + "\": ", opened.code);
+  if (!opened) tmw::RaiseApiErrorWithMessage(texts::OpeningFailed(path), opened.code);
   return std::move(opened.value);
 }
 
 void Require(const ports::Status& status, const std::string& path) {
-  if (!status) tmw::RaiseApiErrorWithMessage("Ошибка записи файла \"" + path + "\": ", status.code);
+  if (!status) tmw::RaiseApiErrorWithMessage(texts::WritingFailed(path), status.code);
 }
 
 // Hands the file's bytes over piece by piece.
@@ -30,7 +30,7 @@ void ForEachPiece(const std::string& path, const std::function<void()>& on_piece
   std::vector<char> buffer(256U << 10U);
   for (;;) {
     const auto got = file->Read(buffer.data(), buffer.size());
-    if (!got) tmw::RaiseApiErrorWithMessage("Ошибка чтения файла \"" + path + "\": ", got.code);
+    if (!got) tmw::RaiseApiErrorWithMessage(texts::ReadingFailed(path), got.code);
     if (got.value == 0) return;
     if (on_piece) on_piece();
     take({buffer.data(), got.value});
@@ -72,9 +72,8 @@ PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::strin
     content.Update(piece.data(), piece.size());
     header.size += piece.size();
   });
-  if (header.size > static_cast<std::uint64_t>(kLargestFile)) {
-    tmw::RaiseProgramError("Файл \"" + source + "\" слишком велик для пакета.");
-  }
+  if (header.size > static_cast<std::uint64_t>(kLargestFile))
+    tmw::RaiseProgramError(texts::TooLarge(source));
   Write(MakeEntryHeader(format_, header));
   std::uint32_t crc = 0;
   std::uint64_t length = 0;
@@ -83,9 +82,7 @@ PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::strin
     length += piece.size();
     Write(piece);
   });
-  if (crc != header.crc || length != header.size) {
-    tmw::RaiseProgramError("Файл \"" + source + "\" изменился во время упаковки.");
-  }
+  if (crc != header.crc || length != header.size) tmw::RaiseProgramError(texts::Changed(source));
   return {static_cast<std::int64_t>(length), content.Finish()};
 } catch (...) {
   tmw::ReRaiseError(kModule, "AddFile");

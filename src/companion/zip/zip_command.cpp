@@ -7,6 +7,7 @@
 #include "companion/zip/content_source.h"
 #include "companion/zip/failure.h"
 #include "companion/zip/zip_format.h"
+#include "companion/zip/zip_texts.h"
 #include "foundation/encodings.h"
 
 namespace companion::zip {
@@ -164,7 +165,7 @@ class Command {
     if (settings_.freshen && !old_file_) throw Failure{ports::kZipMissingZip};
     ZipInputs inputs = CollectInputs(names, settings_, zip_path_);
     for (const std::string& name : inputs.missing)
-      Print("zip warning: name not matched: " + name);
+      Print(texts::NotMatched(name));
     // A backup that lacks a file somebody named must not look like one.
     if (!inputs.missing.empty() && !inputs.found.empty()) throw Failure{ports::kZipOpenFailed};
     std::erase_if(inputs.found, [&](const ZipInput& input) { return !IsWanted(input); });
@@ -201,7 +202,7 @@ class Command {
     }
     for (const ZipInput& input : inputs) {
       latest = std::max(latest, rar::ToDosTime(input.facts.modified));
-      Print("  adding: " + input.stored_name);
+      Print(texts::Adding(input.stored_name));
       AddInput(zip, input);
       if (!listeners_.entry_done(input.stored_name, input.facts.size))
         throw Failure{ports::kZipAborted};

@@ -5,21 +5,40 @@
 
 #include "foundation/text.h"
 
-// What the user reads about packages.
-namespace tmw::rar_texts {
+// What users read about packages, zip files and the companion library.
+namespace tmw::packages_texts {
 
+// The line above the system's text.
+inline std::string LibraryNotLoaded(const std::string& library) {
+  return "Ошибка загрузки библиотеки " + Quoted(library) + ": ";
+}
+inline std::string HashingFailed(const std::string& file) {
+  return "Ошибка подсчета контрольной суммы файла " + file + ": ";
+}
+
+// Zip files. The prompts are the library's own.
+inline constexpr const char* kNoLibrary = "Отсутствует UnTmz.dll.";
+inline constexpr const char* kPasswordPrompt = "Please Enter The Password!";
+inline constexpr const char* kCommentPrompt = "Enter the comment";
+// Its words for some results, which are deliberately not attached to errors.
+inline constexpr const char* kUnexpectedEnd = "Unexpected end of ZIP file";
+inline constexpr const char* kStructureError = "ZIP file structure error";
+inline constexpr const char* kNothingToDo = "Nothing to do for ZIP";
+inline constexpr const char* kCannotOpenToWrite = "ZIP couldn't open to write";
+
+// RAR packages.
 inline constexpr const char* kNotOpen = "Архив не открыт.";
 
 inline std::string EntryNotFound(const std::string& entry, const std::string& archive) {
-  return "Файл \"" + entry + "\" не найден в архиве \"" + archive + "\".";
+  return "Файл " + Quoted(entry) + " не найден в архиве " + Quoted(archive) + ".";
 }
 
 inline std::string ProcessingFailed(const std::string& archive, const std::string& message) {
-  const std::string which = archive.empty() ? "" : " \"" + archive + "\"";
+  const std::string which = archive.empty() ? "" : " " + Quoted(archive);
   return "Ошибка при обработке архивного файла" + which + ":" + std::string(kCrLf) + message;
 }
 
-// By the codes of the RAR interface.
+// The meaning of a code of the RAR interface.
 inline std::string ResultText(std::int32_t code) {
   switch (code) {
     case 0:
@@ -55,4 +74,4 @@ inline std::string ResultText(std::int32_t code) {
   }
 }
 
-}  // namespace tmw::rar_texts
+}  // namespace tmw::packages_texts
