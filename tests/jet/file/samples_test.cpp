@@ -1,5 +1,3 @@
-#include "tests/jet/file/samples.h"
-
 #include <map>
 #include <nlohmann/json.hpp>
 
@@ -9,6 +7,7 @@
 #include "jet/file/database_reader.h"
 #include "jet/file/system_tables.h"
 #include "tests/jet/file/canonical_rows.h"
+#include "tests/jet/file/patient.h"
 
 namespace {
 
@@ -106,6 +105,84 @@ TEST_F(JetSamples, PassTheCheck) {
     const auto report = jet::file::CheckDatabase(tests::OpenSample(name), name);
     const auto note = notes.find(name);
     EXPECT_EQ(Words(report), note == notes.end() ? "" : note->second) << name;
+  }
+}
+
+TEST_F(JetSamples, AreRefusedWithTheirReasonWhenTheyAreOfAnotherFormat) {
+  const std::map<std::string, std::string> cases = {
+      {"refuse_jet3_common.mdb", "формат слишком старый (Jet 3), поддерживается только Jet 4"},
+      {"refuse_newer.accdb", "формат более новый, поддерживается только Jet 4"},
+  };
+  for (const auto& [name, reason] : cases) {
+    try {
+      const DatabaseReader reader(tests::OpenSample(name), name);
+      ADD_FAILURE() << name;
+    } catch (const ports::DatabaseError& error) {
+      EXPECT_EQ(error.Number, jet::kUnknownFormat);
+      EXPECT_EQ(error.Description,
+                "Неизвестный формат базы данных \"" + name + "\": " + reason + ".");
+    }
+  }
+}
+
+std::string PropertiesOf(DatabaseReader& reader, const char* table) {
+  std::string words;
+  for (const auto& set : reader.Properties(*reader.FindTable(table))) {
+    words += "[" + set.owner + "]";
+    for (const auto& property : set.properties)
+      words += " " + property.name + ":" + std::to_string(property.type) + "/" +
+               std::to_string(property.value.size());
+    words += "\n";
+  }
+  return words;
+}
+
+TEST_F(JetSamples, ShowTheirCatalogue) {
+  DatabaseReader reader(tests::OpenSample("indexv2000.mdb"), "indexv2000.mdb");
+  EXPECT_NE(reader.FindTable("TABLE1"), nullptr);
+  EXPECT_EQ(reader.FindTable("Table9"), nullptr);
+  std::string relations;
+  for (const auto& relation : reader.Relations()) {
+    if (relation.name.starts_with("MSys")) continue;
+    relations += relation.name + " " + std::to_string(relation.flags) + ": ";
+    for (const auto& column : relation.columns)
+      relations += relation.table + "." + column.column + " " + relation.referenced_table + "." +
+                   column.referenced_column + "\n";
+  }
+  EXPECT_EQ(relations,
+            "Table2Table1 4096: Table1.otherfk1 Table2.id\n"
+            "Table3Table1 256: Table1.otherfk2 Table3.id\n");
+  const std::string properties = PropertiesOf(reader, "Table1");
+  EXPECT_TRUE(properties.starts_with("[] Orientation:2/1 OrderByOn:1/1 NameMap:11/370 "));
+  EXPECT_NE(properties.find("\n[id] ColumnWidth:3/4 ColumnOrder:3/4 ColumnHidden:1/1 "
+                            "DecimalPlaces:2/1 DefaultValue:12/2 Required:1/1 "),
+            std::string::npos);
+  const TableLayout table = reader.Definition(*reader.FindTable("Table1"));
+  std::string indexes;
+  for (const auto& index : table.logical_indexes)
+    indexes += index.name + ":" + std::to_string(index.kind) + " ";
+  EXPECT_EQ(indexes, "id:0 PrimaryKey:1 Table2Table1:2 Table3Table1:2 ");
+}
+
+TEST_F(JetSamples, NameTheObjectsThatARewrittenFileWouldLose) {
+  for (const std::string& name : tests::SampleNames())
+    EXPECT_TRUE(DatabaseReader(tests::OpenSample(name), name).ForeignObjects().empty()) << name;
+  // A container that becomes a form, the other kinds likewise.
+  const std::map<int, std::string> kinds = {{0x8000, "форма"},
+                                            {0x8002, "макрос"},
+                                            {0x8004, "отчёт"},
+                                            {0x8007, "модуль"},
+                                            {0x800C, "страница доступа"}};
+  for (const auto& [type, words] : kinds) {
+    tests::Patient patient("adox_jet4.mdb");
+    const auto row = patient.Row("MSysObjects");
+    patient.Set(row.page,
+                tests::Field<std::uint16_t>{patient.ValueOffset("MSysObjects", row, "Type")},
+                static_cast<std::uint16_t>(type));
+    const auto objects = patient.Reader().ForeignObjects();
+    ASSERT_EQ(objects.size(), 1U) << type;
+    EXPECT_EQ(objects[0].kind, words);
+    EXPECT_EQ(objects[0].name, "Tables");
   }
 }
 
