@@ -65,7 +65,8 @@ void Engine::CompactDatabase(const std::string& source, const std::string& targe
   Compact(source, target);
 }
 
-// Every change is in the file when its transaction ends, and no lock outlives what it is for.
+// Nothing to do: every change reaches the file when its transaction ends, and no lock is kept
+// longer than necessary.
 void Engine::Idle(ports::IdleOption /*option*/) {}
 
 void Engine::BeginTrans() {
@@ -77,7 +78,7 @@ void Engine::BeginTrans() {
 
 void Engine::CommitTrans() {
   if (workspace_->level == 0) Fail(kNoTransaction);
-  // A database that cannot commit keeps the transaction open, to be tried again or taken back.
+  // A database that cannot commit leaves the transaction open; the caller may retry or roll back.
   for (const auto& session : OpenSessions())
     session->CommitTo(workspace_->level - 1);
   --workspace_->level;

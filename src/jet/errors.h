@@ -5,8 +5,8 @@
 
 #include "ports/database_types.h"
 
-// The engine's numbered failures. The numbers are those of DAO 3.6, so that callers tell them apart
-// on both systems; the words are the product's language.
+// The engine's numbered errors. The numbers are those of DAO 3.6, so that callers handle both
+// engines alike; the texts are Russian.
 namespace jet {
 
 enum ErrorNumber : std::int32_t {
@@ -18,12 +18,9 @@ enum ErrorNumber : std::int32_t {
   kReserved = 3000,
   kInvalidArgument = 3001,
   kTooManyTransactions = 3003,
-  kInvalidDatabaseName = 3005,
   kTableExists = 3010,
-  kObjectNotFound = 3011,
   kObjectExists = 3012,
   kNotAnIndex = 3015,
-  kNoCurrentIndex = 3019,
   kNoEditOrAddNew = 3020,
   kNoCurrentRecord = 3021,
   kDuplicateValue = 3022,
@@ -33,7 +30,6 @@ enum ErrorNumber : std::int32_t {
   kInvalidPassword = 3031,
   kNoTransaction = 3034,
   kDiskError = 3043,
-  kInvalidPath = 3044,
   kFileInUse = 3045,
   kDatabaseDamaged = 3049,
   kNoPermission = 3051,
@@ -67,7 +63,6 @@ enum ErrorNumber : std::int32_t {
   kSyntaxInSelect = 3141,
   kTextAfterStatement = 3142,
   kSyntaxInUpdate = 3144,
-  kSyntaxInWhere = 3145,
   kSyntaxInDelete = 3128,
   kFieldTooSmall = 3163,
   kFieldNotUpdatable = 3164,
@@ -77,7 +72,6 @@ enum ErrorNumber : std::int32_t {
   kRelatedRecords = 3200,
   kNoRelatedRecord = 3201,
   kDatabaseExists = 3204,
-  kTableInUse = 3211,
   kLockedByOther = 3218,
   kInvalidOperation = 3219,
   kNotSupported = 3251,
@@ -118,17 +112,17 @@ enum ErrorNumber : std::int32_t {
   kNoUniqueReference = 3609,
 };
 
-// The failure of that number, the arguments filled into its text.
+// The error of that number with the arguments filled into its text.
 ports::DatabaseError MakeError(std::int32_t number, std::string_view first = {},
                                std::string_view second = {});
 
 [[noreturn]] void Fail(std::int32_t number, std::string_view first = {},
                        std::string_view second = {});
 
-// A statement or a part of one that this engine does not serve, by its name ("TRANSFORM").
+// Fails for a statement or clause, given by name ("TRANSFORM"), that this engine does not support.
 [[noreturn]] void FailUnsupported(std::string_view what);
 
-// The beginning of a long text, cut between characters, for an error's words.
+// The beginning of a long text, cut between characters, to be quoted in an error.
 std::string_view Excerpt(std::string_view text);
 
 }  // namespace jet

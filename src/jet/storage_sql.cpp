@@ -12,7 +12,7 @@ std::string CallSql(const Function& function, std::initializer_list<std::string_
   return sql + (arguments.size() == 0 ? "()" : ")");
 }
 
-// A text with a zero character would end there as a plain literal.
+// A plain literal would end at a zero character.
 std::string TextLiteral(std::string_view text) {
   if (text.find('\0') != std::string_view::npos) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";

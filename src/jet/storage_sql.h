@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-// What a translated statement uses beyond the SQL of the storage's engine: the translator writes
-// it, the store implements it for every connection.
+// The functions and the collation that translated statements use beyond SQLite's own: the
+// translator writes them, the store implements them for every connection.
 namespace jet {
 
 // The order of texts in the database.
@@ -19,16 +19,16 @@ struct Function {
   bool is_pure = true;  // the same arguments give the same result
 };
 
-// "f(a, b)"; an argument may be a list of several, separated already.
+// "f(a, b)". An argument may be several, already separated.
 std::string CallSql(const Function& function, std::initializer_list<std::string_view> arguments);
 // A text as a literal.
 std::string TextLiteral(std::string_view text);
 
-// The comments give the arguments in order; one is named "type" when it is the number of the
-// ValueType of the value before it. Comparisons give 1 or 0, or Null when that is unknown.
+// The comments list the arguments in order; "type" is the number of the ValueType of the value
+// before it. Most functions return Null if any argument is Null. Comparisons return 1 or 0.
 namespace functions {
 
-// A value for a field: value, type, DataType, size, sum of flags, name of the field.
+// Converts and checks a value for a field: value, type, DataType, size, flags, field name.
 inline constexpr Function kStore = {"jet_to", 6};
 enum StoreFlag : std::int32_t { kRequired = 1, kTakesZeroLength = 2, kInPrimaryKey = 4 };
 inline constexpr Function kGuid = {"jet_guid", 1};                      // 16 bytes
@@ -93,8 +93,7 @@ inline constexpr Function kSin = {"jet_sin", 1};
 inline constexpr Function kSqr = {"jet_sqr", 1};
 inline constexpr Function kTan = {"jet_tan", 1};
 
-// Moments. An interval is a text that ParseInterval reads; day and week are the first ones of
-// WeekRules.
+// Dates. An interval is a text for ParseInterval; day and week are the members of WeekRules.
 inline constexpr Function kDate = {"jet_date", 0, false};
 inline constexpr Function kDateAdd = {"jet_date_add", 3};  // interval, count, moment
 inline constexpr Function kDateDifference = {"jet_date_difference",
@@ -109,7 +108,7 @@ inline constexpr Function kTimeOnly = {"jet_time_only", 1};
 inline constexpr Function kTimeSerial = {"jet_time_serial", 3};     // hour, minute, second
 inline constexpr Function kWeekdayName = {"jet_weekday_name", -1};  // weekday[, is short[, day]]
 
-// Texts. A comparison is 0 by units, 1 or 2 without regard to case.
+// Texts. A comparison is 0 for binary, 1 or 2 for case-insensitive.
 inline constexpr Function kAsc = {"jet_asc", 1};
 inline constexpr Function kAscW = {"jet_ascw", 1};
 inline constexpr Function kChr = {"jet_chr", 1};

@@ -10,8 +10,8 @@
 #include "jet/values/coercion.h"
 #include "ports/database_types.h"
 
-// What the catalogue knows of a table. In the container, tables, columns and indexes bear numbers
-// ("t3", "c17", "i5"): names of the database may be anything and change freely.
+// Tables as the catalogue describes them. In the storage, tables, columns and indexes are named by
+// number ("t3", "c17", "i5"), because names in the database may contain anything and may change.
 namespace jet {
 
 struct FieldInfo {
@@ -39,7 +39,7 @@ struct TableInfo {
   std::vector<IndexInfo> indexes;  // in name order
   std::string StorageName() const { return "t" + std::to_string(id); }
 
-  // Null when there is none of that name.
+  // Null if there is none.
   const FieldInfo* FindField(std::string_view name) const;
   const IndexInfo* FindIndex(std::string_view name) const;
   const IndexInfo* PrimaryIndex() const;
@@ -51,7 +51,7 @@ using TablePtr = std::shared_ptr<const TableInfo>;
 class TableFinder {
  public:
   virtual ~TableFinder() = default;
-  // Null when there is none; a system table is none.
+  // Null if there is none; system tables are not found.
   virtual TablePtr FindTable(std::string_view name) = 0;
 };
 
@@ -59,7 +59,7 @@ class TableFinder {
 const FieldInfo& RequireField(const TableInfo& table, std::string_view name,
                               std::int32_t error_number);
 
-// "c1 COLLATE JET, c2 DESC": the storage's columns in an index's order.
+// The columns of an index for the storage: "c1 COLLATE JET, c2 DESC".
 std::string IndexOrder(const TableInfo& table, const IndexInfo& index);
 
 // What a field of this definition, its size settled, demands of its values.

@@ -14,7 +14,7 @@
 
 namespace tests {
 
-// A value with its kind: "Long 5", "Text абв", "Null".
+// A value with its type: "Long 5", "Text абв", "Null".
 struct ValueWords {
   std::string operator()(ports::EmptyValue) const { return "Empty"; }
   std::string operator()(ports::NullValue) const { return "Null"; }
@@ -44,7 +44,7 @@ inline std::string Words(const ports::DatabaseValue& value) {
   return std::visit(ValueWords{}, value);
 }
 
-// The engine's number of what a call fails with; 0 when it does not.
+// The number of the error that a call fails with; 0 if it succeeds.
 template <typename Call>
 std::int32_t ErrorOf(Call call) {
   try {
@@ -57,7 +57,7 @@ std::int32_t ErrorOf(Call call) {
   }
 }
 
-// An embedded engine with one fresh database in a sandbox.
+// An embedded engine with a new database in a sandbox.
 class DatabaseTest : public testing::Test {
  protected:
   // All rows as "value, value; value, value", or "error N".

@@ -11,7 +11,7 @@ using tests::DatabaseTest;
 
 struct ExpressionCase {
   const char* expression;
-  const char* value;  // for the row of the fir, with its kind; or "#3075"
+  const char* value;  // the result with its type, or "#3075"
 };
 
 class ExpressionTest : public DatabaseTest {
@@ -48,7 +48,7 @@ TEST_F(ExpressionTest, OperatorsHaveJetsPrecedenceTypesAndNulls) {
       {"Есть & ''", "Text -1"},
       {"Цена & ''", "Text 10,5"},
       {"(1 = 1) & ''", "Text -1"},
-      // + joins texts, adds numbers, spreads Null
+      // + joins texts, adds numbers, propagates Null
       {"'a' + 'b'", "Text ab"},
       {"'2' + 3", "Double 5"},
       {"'a' + null", "Null"},
@@ -84,7 +84,7 @@ TEST_F(ExpressionTest, OperatorsHaveJetsPrecedenceTypesAndNulls) {
       {"ccur('922337203685477') * Цена", "#6"},
       {"1e300 * 1e300", "#6"},
       {"#12/31/9999# + 1", "#6"},
-      // comparisons and logic are -1 and 0 as values; And, Or, Xor are no operations on bits
+      // comparisons have the values -1 and 0; And, Or and Xor are not bitwise
       {"1 = 1", "True"},
       {"not 0", "True"},
       {"not 5", "False"},
@@ -137,7 +137,7 @@ TEST_F(ExpressionTest, OperatorsHaveJetsPrecedenceTypesAndNulls) {
       {"sum(Цена)", "Currency 10.5"},
       {"max(Имя)", "Text Ёлка"},
       {"Кол + count(*)", "#3122"},
-      // what is wrong says so by number
+      // errors
       {"1 +", "#3075"},
       {"'abc", "#3075"},
       {"#31/31/2003#", "#3075"},

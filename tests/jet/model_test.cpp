@@ -18,7 +18,7 @@ using tests::DatabaseTest;
 using tests::ErrorOf;
 using tests::Words;
 
-// Numbers that are the same in every run.
+// Pseudo-random numbers, the same in every run.
 class Dice {
  public:
   explicit Dice(std::uint32_t seed) : state_(seed) {}
@@ -31,8 +31,8 @@ class Dice {
   std::uint32_t state_;
 };
 
-// Does the same things to a database and to a map; after every few steps they must agree. Changes
-// go through statements and recordsets, inside of nested transactions that end either way.
+// Applies the same changes to a database and to a map, which must stay equal. Changes are made by
+// statements and recordsets, within nested transactions that are committed or rolled back.
 class ModelTest : public DatabaseTest {
  protected:
   using Model = std::map<int, std::string>;
@@ -162,7 +162,7 @@ TEST_F(ModelTest, ARecordsetOfThousandsOfRowsReadsThemAllAndSeesChanges) {
     ASSERT_GT(key, last);
     last = key;
     ++count;
-    // A row that was read ahead already changes or goes.
+    // A row that has already been read ahead is changed or deleted.
     if (key == 500) {
       EXPECT_EQ(Run("update T set Имя = 'новое' where Ид = 501"), 0);
     }

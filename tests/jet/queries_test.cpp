@@ -208,7 +208,7 @@ TEST_F(QueriesTest, ActionsReachThroughJoinsAndSubSelects) {
       {"update Люди inner join Города on Люди.Город = Города.Имя set Люди.Имя = Край, Рост = 2 -> "
        "select Имя, Рост from Люди order by [№]",
        "Сибирь|2;Сибирь|2;Ёлка|1.7;Вера|Null"},
-      // of several matches the last one wins
+      // if several rows match, the last one wins
       {"update Люди, Счета set Оклад = Сумма where [№] = Чей -> select Оклад from Люди",
        "7.5;900000000000.1234;Null;200.25"},
       {"update Счета inner join Люди on Чей = [№] set Люди.Имя = Вид, Счета.Вид = Имя -> "
@@ -217,7 +217,7 @@ TEST_F(QueriesTest, ActionsReachThroughJoinsAndSubSelects) {
       {"update Люди left join Города on Город = Города.Имя set Рост = iif(Край is null, 0, 1) -> "
        "select Рост from Люди",
        "1;1;0;0"},
-      // what an outer join lacks is added
+      // a row missing from an outer join is inserted
       {"update Люди left join Счета on [№] = Чей set Ид = [№], Чей = [№], Вид = 'н' where Ид is "
        "null "
        "-> select * from Счета order by Ид",
@@ -255,7 +255,7 @@ TEST_F(QueriesTest, ActionsReachThroughJoinsAndSubSelects) {
       {"insert into Люди (Имя, Рост) select Вид & Чей, Ид from Счета order by Ид desc -> "
        "select [№], Имя, Рост from Люди where [№] > 4",
        "5|9|13;6|А2|12;7|б1|11;8|а1|10"},
-      // without a list the columns go by their names
+      // without a list, columns are assigned by name
       {"insert into Города select Имя & '' as Край, Город & [№] as Имя from Люди where [№] < 3 -> "
        "select * from Города order by Имя",
        "ОМСК|Сибирь;омск 2|Борис;Омск1|Анна;Псков|Запад"},
@@ -312,7 +312,7 @@ TEST_F(QueriesTest, ColumnsAreNamedAndTypedByTheirFields) {
   CheckStatements(*engine, *db, cases, tests::Kinds::kShown);
 }
 
-// The rows of a join are those of the moment it was opened; they may be walked both ways.
+// The rows of a join are fixed when it is opened; it can be read in both directions.
 TEST_F(QueriesTest, AJoinsRowsStayWhileTheTablesChange) {
   const auto rows = db->OpenRecordset("select Ид, Имя from Люди, Счета where Чей = [№] order by Ид",
                                       ports::RecordsetType::kDynaset);

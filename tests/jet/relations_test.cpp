@@ -9,7 +9,7 @@ namespace {
 using tests::DatabaseTest;
 using tests::ErrorOf;
 
-// Groups and the goods in them; kinds and sorts are related by two fields, one of them a text.
+// Goods refer to groups; kinds and sorts are related by two fields, one of them a text.
 class RelationTest : public DatabaseTest {
  protected:
   void SetUp() override {
@@ -29,20 +29,20 @@ class RelationTest : public DatabaseTest {
 
 TEST_F(RelationTest, RowsKeepToTheirRelations) {
   const tests::StatementCase cases[] = {
-      // a row needs the one that it refers to, unless it refers to none
+      // a row needs the row that it refers to, unless the field is Null
       {LINK " -> insert into Товары (Группа) values (7)", "#3201"},
       {LINK " -> insert into Товары (Группа) values (2)", "1"},
       {LINK " -> insert into Товары (Имя) values ('мох')", "1"},
       {LINK " -> update Товары set Группа = 7 where Ид = 3", "#3201"},
       {LINK " -> update Товары set Группа = 2", "3"},
       {LINK " -> update Товары set Имя = 'x' where Группа = 1", "2"},
-      // what is referred to stays
+      // rows that are referred to cannot be deleted
       {LINK " -> delete from Группы where Ид = 1", "#3200"},
       {LINK " -> delete from Группы where Ид = 2", "1"},
       {LINK " -> update Группы set Ид = 5 where Ид = 1", "#3200"},
       {LINK " -> update Группы set Ид = 5 where Ид = 2", "1"},
       {LINK " -> update Группы set Ид = Ид, Имя = 'a' where Ид = 1", "1"},
-      // or takes along what refers to it
+      // unless the delete cascades
       {LINK " on update cascade -> update Группы set Ид = 5 where Ид = 1 -> " ROWS,
        "5|ель;5|пихта;Null|гриб"},
       {LINK " on update cascade -> delete from Группы", "#3200"},
@@ -56,7 +56,7 @@ TEST_F(RelationTest, RowsKeepToTheirRelations) {
        " on delete set null -> delete from Группы",
        "#3314"},
       {LINK " on update no action on delete no action -> delete from Группы", "#3200"},
-      // keys of texts and of several fields; letter case makes no other key, but follows
+      // text keys and keys of several fields; a change of case is no new key, but cascades
       {"create table С (Имя text(9) references Группы (Имя) on update cascade)"
        " -> insert into С values ('ХВОЙНЫЕ') -> update Группы set Имя = 'Хвойные' where Ид = 1"
        " -> select Имя from С",

@@ -12,12 +12,12 @@
 
 namespace tests {
 
-// One line of a table of statements and what they answer.
+// A statement and its expected result.
 struct StatementCase {
   // One statement, or several with " -> " between them.
   const char* statements;
-  // What the last one gives: the rows of a SELECT as "1|Анна;2|Null", the number of rows that any
-  // other touched; or "#3061" when one of them fails.
+  // The result of the last one: the rows of a SELECT as "1|Анна;2|Null", otherwise the number of
+  // rows changed; or "#3061" if a statement fails.
   const char* answer;
 };
 
@@ -61,7 +61,7 @@ inline std::string AnswerOf(ports::Database& db, std::string_view statements, Ki
   return error == 0 ? answer : "#" + std::to_string(error);
 }
 
-// Each line begins with the same database: what it changes is taken back.
+// Changes are rolled back, so that each row of the table starts with the same database.
 template <std::size_t count>
 void CheckStatements(ports::DatabaseEngine& engine, ports::Database& db,
                      const StatementCase (&cases)[count], Kinds kinds = Kinds::kHidden) {

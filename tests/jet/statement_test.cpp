@@ -103,8 +103,8 @@ TEST_F(StatementTest, AFailedStatementIsUndoneWholeAndLeavesTheTransactionOpen) 
   EXPECT_EQ(Query("select count(*) from Товары where Имя = 'все'"), "Long 3");
 }
 
-// Any text runs or fails with a number; nothing of the storage's own words or state shows. The
-// texts are statements cut and joined at blanks, with a word of another one here and there.
+// Any text runs or fails with a numbered error that shows nothing of the storage. The texts are
+// statements cut and joined at blanks, with words of other statements mixed in.
 TEST_F(StatementTest, AnyTextRunsOrFailsWithANumber) {
   const char* const statements[] = {
       "select distinct Имя , count( * ) as К from Товары where Кол in ( 5 , 7 ) group by Имя "

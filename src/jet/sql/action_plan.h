@@ -6,10 +6,10 @@
 
 namespace jet::sql {
 
-// An action query: statements of the storage's SQL to be run in order.
+// An action query as statements for the storage, to be run in order.
 struct ActionPlan {
   std::vector<std::string> steps;
-  std::size_t counted = 0;  // the step whose changes are the rows touched
+  std::size_t counted = 0;  // the step whose row count is the result
 };
 
 }  // namespace jet::sql

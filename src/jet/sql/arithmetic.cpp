@@ -10,7 +10,7 @@ ValueType Wider(ValueType a, ValueType b) {
   for (const ValueType type : {ValueType::kNull, ValueType::kUnknown, ValueType::kNumber}) {
     if (a == type || b == type) return type == ValueType::kNull ? ValueType::kUnknown : type;
   }
-  // A text is read as a number; the day of a moment is one.
+  // Texts are read as numbers; dates are numbers of days.
   for (const ValueType type : {ValueType::kSingle, ValueType::kText, ValueType::kDate}) {
     if (a == type || b == type) return ValueType::kNumber;
   }
@@ -18,20 +18,20 @@ ValueType Wider(ValueType a, ValueType b) {
   return ValueType::kInteger;
 }
 
-// Whole numbers stay within 32 bits: a result beyond them fails with 6.
+// Results of whole numbers that do not fit 32 bits fail with 6.
 TypedSql Checked(TypedSql result) {
   if (result.type == ValueType::kInteger) result.sql = CallSql(functions::kLong, {result.sql});
   return result;
 }
 
-// A value of an amount or a whole number in ten-thousandths.
+// An amount or a whole number in ten-thousandths.
 std::string ScaledSql(const TypedSql& raw) {
   if (raw.type == ValueType::kStoredCurrency) return raw.sql;
   return CallSql(functions::kScaled, {raw.sql});
 }
 
-// Sums, differences and products of amounts and whole numbers are exact amounts, so that 0.1 + 0.2
-// is 0.3; no text for any other operator.
+// Sums, differences and products of amounts and whole numbers are exact, so that 0.1 + 0.2 is 0.3.
+// Empty for any other operator.
 TypedSql Amount(Operator op, const TypedSql& a, const TypedSql& b) {
   TypedSql amount{{}, ValueType::kStoredCurrency};
   if (op == Operator::kAdd || op == Operator::kSubtract) {
@@ -53,7 +53,8 @@ TypedSql Concatenation(const TypedSql& a, const TypedSql& b) {
   return {"(" + present(a) + " || " + present(b) + ")", ValueType::kText, nullptr, true};
 }
 
-// A moment plus or minus a number is a moment; two moments differ by a number; "+" joins two texts.
+// A date plus or minus a number is a date, the difference of two dates is a number; "+" joins
+// texts.
 TypedSql Sum(const TypedSql& a, bool is_sum, const TypedSql& b) {
   if (a.type == ValueType::kNull || b.type == ValueType::kNull) return {"NULL", ValueType::kNull};
   if (is_sum && a.type == ValueType::kText && b.type == ValueType::kText)

@@ -8,7 +8,7 @@ namespace jet::sql {
 
 TypedSql Signed(Operator op, const TypedSql& operand);
 
-// Both operands are raw: amounts are computed in ten-thousandths.
+// The operands are raw, because amounts are computed in ten-thousandths.
 TypedSql Computed(Operator op, const TypedSql& raw_a, const TypedSql& raw_b);
 
 }  // namespace jet::sql

@@ -11,7 +11,7 @@
 
 #include "ports/database_types.h"
 
-// Statements as the parser understands them: names are not looked up yet.
+// Parsed statements. Names are not resolved yet.
 namespace jet::sql {
 
 struct Select;
@@ -70,7 +70,7 @@ enum class ExpressionKind {
   kExists,    // select
 };
 
-// Which of a sub-select's values a comparison is about.
+// The values of a sub-select that a comparison refers to.
 enum class Quantifier { kNone, kAny, kAll };
 
 struct Expression {
@@ -82,9 +82,9 @@ struct Expression {
   std::string qualifier;
   std::vector<std::unique_ptr<Expression>> arguments;
   std::shared_ptr<Select> select;
-  Quantifier quantifier = Quantifier::kNone;  // of a kSubquery behind a comparison
-  int depth = 1;                              // of the tree below and with it
-  std::size_t begin = 0;                      // its place in the statement, bytes
+  Quantifier quantifier = Quantifier::kNone;  // of a kSubquery on the right of a comparison
+  int depth = 1;                              // of the tree, this node included
+  std::size_t begin = 0;                      // byte positions in the statement
   std::size_t end = 0;
 };
 using ExpressionPtr = std::unique_ptr<Expression>;
@@ -128,7 +128,7 @@ struct Select {
   std::vector<ExpressionPtr> group_by;
   ExpressionPtr having;
   std::vector<OrderItem> order_by;
-  std::shared_ptr<Select> united_with;  // the next part of a UNION; the first has the order
+  std::shared_ptr<Select> united_with;  // next part of a UNION; the first part has the order
   bool union_all = false;               // with the next part
 };
 

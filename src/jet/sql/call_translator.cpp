@@ -7,8 +7,8 @@
 #include "jet/sql/totals.h"
 #include "jet/storage_sql.h"
 
-// Calls: of the functions that are translated by hand, because they compute only the branch that
-// is taken or have no Null, and of those in the tables.
+// Functions that evaluate only the branch taken, or never return Null, are translated here; all
+// others are in tables.
 namespace jet::sql {
 namespace {
 
@@ -37,7 +37,7 @@ std::string ArgumentSql(const TypedSql& value, char parameter) {
   }
 }
 
-// The type of a number that a function gives back; a text was read as one.
+// The type of a numeric function's result; texts are read as numbers.
 ValueType NumericTypeOf(ValueType argument) {
   switch (argument) {
     case ValueType::kText:
@@ -55,7 +55,7 @@ bool IsCountable(ValueType type) {
          type == ValueType::kCurrency;
 }
 
-// The type of a value that is one of two.
+// The type of an expression that yields one of two values.
 ValueType Common(ValueType a, ValueType b) {
   if (a == b || b == ValueType::kNull) return a;
   if (a == ValueType::kNull) return b;
@@ -130,7 +130,7 @@ TypedSql TranslateCall(const Expression& expression, ExpressionTranslator& trans
   if (is_null_test || tmw::EqualIgnoringCase(name, "isempty")) {
     if (count != 1) Fail(kWrongArgumentCount, name);
     const std::string value = translator.Value(*expression.arguments[0]).sql;
-    // A value of a query is Null at most, never missing.
+    // Values in a query may be Null, but never Empty.
     return {is_null_test ? "(-(" + value + " IS NULL))" : "0", ValueType::kBoolean};
   }
   if (const ScalarFunction* const function = FindScalarFunction(name, count))

@@ -26,7 +26,7 @@ void CheckComparable(ValueType left, ValueType right, std::string_view text) {
 std::string ComparedSql(const TypedSql& raw_left, std::string_view symbol,
                         const TypedSql& raw_right, std::string_view text) {
   const std::string between = " " + std::string(symbol) + " ";
-  // Columns of the same form are compared in that form, so that an index can serve.
+  // Columns of the same stored form are compared in it, so that an index can be used.
   const bool is_stored_form = raw_left.type >= ValueType::kStoredCurrency;
   if (is_stored_form && raw_left.type == raw_right.type)
     return "(" + raw_left.sql + between + raw_right.sql + ")";

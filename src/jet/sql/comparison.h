@@ -6,14 +6,14 @@
 #include "jet/sql/ast.h"
 #include "jet/sql/typed_sql.h"
 
-// Comparisons of two values. The text is the expression's, for the error 3464 that reports values
-// of kinds that do not compare.
+// Comparisons of two values. The text is the expression's, for the error 3464 about types that
+// cannot be compared.
 namespace jet::sql {
 
 // "=", "<>" …; empty for any other operator.
 std::string_view ComparisonSymbol(Operator op);
 
-// False when the kind of the value shows only when the statement runs.
+// False if the type shows only at run time.
 bool IsKnown(ValueType type);
 
 void CheckComparable(ValueType left, ValueType right, std::string_view text);

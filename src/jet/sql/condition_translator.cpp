@@ -11,7 +11,7 @@
 namespace jet::sql {
 namespace {
 
-// Functions take a limited number of arguments: a long list becomes several calls.
+// SQLite limits the number of arguments: a long list becomes several calls.
 std::string InUnknown(const std::string& value, const std::vector<std::string>& items) {
   constexpr std::size_t kMostItems = 100;
   std::string sql;
@@ -28,8 +28,8 @@ bool IsLeaf(const Expression& expression) {
   return expression.kind <= ExpressionKind::kName;
 }
 
-// Empty when the operator does not make a condition. And, Or and the like are logic between truths:
-// the dialect has no operations on bits.
+// Empty if the operator does not make a condition. And, Or and the like are logical only; the
+// dialect has no bitwise operators.
 std::string BinaryCondition(const Expression& expression, ExpressionTranslator& translator) {
   const Expression& left = *expression.arguments[0];
   const Expression& right = *expression.arguments[1];
@@ -57,8 +57,8 @@ std::string BinaryCondition(const Expression& expression, ExpressionTranslator& 
   }
 }
 
-// The bounds may stand in either order. Plain columns and literals are written out, so that an
-// index can serve; anything longer goes to a function, or nested tests would grow without bounds.
+// The bounds may be in either order. Columns and literals are written out, so that an index can be
+// used; anything else goes to a function, or nested tests would grow exponentially.
 std::string Between(const Expression& expression, ExpressionTranslator& translator) {
   const TypedSql value = translator.Value(*expression.arguments[0]);
   const TypedSql low = translator.Value(*expression.arguments[1]);
@@ -141,7 +141,6 @@ std::string TranslateCondition(const Expression& expression, ExpressionTranslato
     default:
       break;
   }
-  // Any other value is true when it is not zero.
   return "(" + NumberSql(translator.Value(expression)) + " <> 0)";
 }
 

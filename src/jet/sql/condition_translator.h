@@ -8,10 +8,10 @@ namespace jet::sql {
 
 class ExpressionTranslator;
 
-// True for an expression whose value is a truth: comparisons, LIKE, IN, NOT, AND and the like.
+// True for comparisons, LIKE, IN, NOT, AND and the like.
 bool IsCondition(const Expression& expression);
 
-// 1, 0 or Null; an expression that is no condition is true when it is not zero.
+// 1, 0 or Null. Any other expression is true if its value is not zero.
 std::string TranslateCondition(const Expression& expression, ExpressionTranslator& translator);
 
 }  // namespace jet::sql

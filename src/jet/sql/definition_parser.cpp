@@ -109,7 +109,7 @@ Statement DefinitionParser::ReadCreateTable() {
   return create;
 }
 
-// A constraint of the table, where a field's name could stand too.
+// True at a table constraint, false at a field definition.
 bool DefinitionParser::AtConstraint() const {
   return tokens_.AtKeyword("constraint") ||
          (tokens_.AtKeyword("primary") && tokens_.AtKeyword("key", 1)) ||
@@ -122,7 +122,7 @@ ports::FieldDefinition DefinitionParser::ReadField(std::vector<Constraint>* cons
   ports::FieldDefinition field;
   field.name = tokens_.ExpectName();
   ReadType(field);
-  // Fields made by statements take empty texts; those made through definitions do as these say.
+  // Unlike fields created through definitions, those created by SQL always allow empty texts.
   field.allow_zero_length =
       field.type == ports::DataType::kText || field.type == ports::DataType::kMemo;
   while (constraints != nullptr && ReadFieldConstraint(field, *constraints)) {
@@ -135,7 +135,7 @@ void DefinitionParser::ReadType(ports::FieldDefinition& field) {
   const TypeWord* const type = FindType(tokens_.Peek().text);
   if (type == nullptr) tokens_.FailAt("тип поля");
   tokens_.Take();
-  // Types of two words.
+  // Some types have two words.
   if (type->word == "double") tokens_.TakeKeyword("precision");
   if (type->word == "long" && tokens_.TakeKeyword("binary")) {
     field.type = ports::DataType::kLongBinary;
@@ -159,7 +159,7 @@ void DefinitionParser::ReadType(ports::FieldDefinition& field) {
   tokens_.ExpectSymbol(")");
 }
 
-// The first number and the step of a counter: there is no other numbering than from 1 by 1.
+// The first number and the step of a counter. Only 1 is supported for both.
 void DefinitionParser::ReadNumbering(const ports::FieldDefinition& field) {
   do {
     const Token number = tokens_.Take();

@@ -9,7 +9,7 @@
 namespace jet::sql {
 namespace {
 
-// Deeper nesting and longer chains are refused, so that no text can exhaust the stack.
+// Limits that keep any text from exhausting the stack.
 constexpr int kMostDepth = 100;
 constexpr int kMostTreeDepth = 250;
 
@@ -29,7 +29,7 @@ class DepthGuard {
   int& depth_;
 };
 
-// The operators between two operands, from the loosest level to the tightest.
+// The binary operators, from the loosest binding level to the tightest.
 struct LevelOperator {
   int level;
   std::string_view word;
@@ -45,7 +45,7 @@ constexpr LevelOperator kOperators[] = {
     {10, "*", Operator::kMultiply}, {10, "/", Operator::kDivide},
 };
 constexpr int kLoosest = 0;
-constexpr int kNotLevel = 5;  // NOT, and below it the comparisons
+constexpr int kNotLevel = 5;  // NOT, then the comparisons
 constexpr int kConcatenation = 6;
 constexpr int kSignLevel = 11;
 
@@ -147,7 +147,7 @@ ExpressionPtr ExpressionParser::ReadComparison() {
   }
 }
 
-// What stands behind a comparison: a value, or ANY, SOME or ALL of a sub-select.
+// The right side of a comparison: a value, or ANY, SOME or ALL of a sub-select.
 ExpressionPtr ExpressionParser::ReadCompared() {
   const bool is_all = tokens_.AtKeyword("all");
   const bool is_any = tokens_.AtKeyword("any") || tokens_.AtKeyword("some");
@@ -159,7 +159,7 @@ ExpressionPtr ExpressionParser::ReadCompared() {
   return values;
 }
 
-// IS, LIKE, IN and BETWEEN behind a value, with NOT or without; false when none of them follows.
+// [NOT] IS, LIKE, IN or BETWEEN after a value; returns false if none of them follows.
 bool ExpressionParser::ReadPredicate(ExpressionPtr& value) {
   if (tokens_.TakeKeyword("is")) {
     ExpressionPtr test = Make(ExpressionKind::kIsNull);
@@ -217,7 +217,7 @@ ExpressionPtr ExpressionParser::ReadBetween(ExpressionPtr value, bool negated) {
   return test;
 }
 
-// The sign binds looser than ^: -2^2 is -4.
+// A sign binds looser than ^: -2^2 is -4.
 ExpressionPtr ExpressionParser::ReadSign() {
   const std::size_t begin = tokens_.Position();
   const bool is_minus = tokens_.AtSymbol("-");
@@ -305,7 +305,7 @@ ExpressionPtr ExpressionParser::ReadNamed() {
   if (tokens_.AtSymbol(".") || tokens_.AtSymbol("!")) {
     tokens_.Take();
     name->qualifier = std::exchange(name->text, {});
-    // Behind the dot even a reserved word is a name.
+    // After the dot even a reserved word is a name.
     const TokenKind kind = tokens_.Peek().kind;
     if (kind != TokenKind::kName && kind != TokenKind::kBracketedName) tokens_.FailAt("имя");
     name->text = tokens_.Take().text;

@@ -11,13 +11,13 @@
 
 namespace jet::sql {
 
-// Reads expressions with Jet's precedence, from the loosest: Imp, Eqv, Xor, Or, And, Not, the
-// comparisons (=, Like, In, Between, Is), &, + and -, Mod, \, * and /, the sign, ^.
+// Reads expressions with Jet's precedence, loosest first: Imp, Eqv, Xor, Or, And, Not, comparisons
+// (=, Like, In, Between, Is), &, + and -, Mod, \, * and /, signs, ^.
 class ExpressionParser {
  public:
   using SelectReader = std::function<std::shared_ptr<Select>()>;
 
-  // The reader is asked for the SELECT statements inside of parentheses.
+  // The reader is called for SELECT statements in parentheses.
   ExpressionParser(TokenStream& tokens, SelectReader read_select)
       : tokens_(tokens), read_select_(std::move(read_select)) {}
 

@@ -45,7 +45,7 @@ std::string ExpressionTranslator::Assigned(const Expression& expression, const F
   return AssignedSql(Raw(expression), field);
 }
 
-// What the rows are grouped by is no lone field, however it is made up.
+// Fields within an expression that rows are grouped by are not lone.
 TypedSql ExpressionTranslator::Raw(const Expression& expression) {
   const bool met_before = met_lone_field_;
   TypedSql raw = Ungrouped(expression);
@@ -121,8 +121,8 @@ void ExpressionTranslator::RequireGroups(const Expression& call) const {
   if (groups_ == nullptr || in_total_) Fail(kNoAggregateHere, call.text);
 }
 
-// The argument must name a field of its own query or none at all: the storage's engine would take
-// the total to be one of the query around.
+// An argument with fields of the enclosing query only is refused: SQLite would compute the total
+// over the rows of that query.
 TypedSql ExpressionTranslator::TotalArgument(const Expression& call) {
   RequireGroups(call);
   in_total_ = true;

@@ -10,8 +10,8 @@
 
 namespace jet::sql {
 
-// Turns expressions into the storage's SQL: names are looked up in the scope, and the static types
-// decide how values are compared, joined and computed.
+// Translates expressions into the storage's SQL. Names are looked up in the scope; the static types
+// decide how values are compared and computed.
 class ExpressionTranslator {
  public:
   // The statement's text is quoted in errors.
@@ -26,19 +26,19 @@ class ExpressionTranslator {
   TypedSql Raw(const Expression& expression);
   // 1, 0 or Null, for WHERE and the like.
   std::string Condition(const Expression& expression);
-  // The value converted for a field, with the field's demands checked.
+  // The value converted for a field, the field's constraints checked.
   std::string Assigned(const Expression& expression, const FieldInfo& field);
 
-  // From here on the rows are groups by these raw values: totals are allowed, and a field outside
-  // of them and of the groups shows in MetLoneField.
+  // From here on rows are grouped by these raw values: totals are allowed, and MetLoneField reports
+  // a field that is neither within a total nor grouped by.
   void GroupBy(const std::vector<std::string>& groups) { groups_ = &groups; }
   bool MetLoneField() const { return met_lone_field_; }
-  // Fails with 3096 for a call of a total where none is allowed.
+  // Fails with 3096 if no total is allowed here.
   void RequireGroups(const Expression& call) const;
-  // The raw value that a total sums up.
+  // The raw argument of a total.
   TypedSql TotalArgument(const Expression& call);
 
-  // Unknown names may mean the alias of one of these outputs.
+  // Names that are not fields may be aliases of these outputs.
   void AllowAliases(const std::vector<OutputItem>& items) { aliases_ = &items; }
 
  private:

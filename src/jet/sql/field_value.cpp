@@ -8,8 +8,8 @@
 namespace jet::sql {
 namespace {
 
-// True when every value of the column is one of the field as it lies; Null may come from any
-// column, through an outer join too.
+// True if every value of the column suits the field unchanged. Any column may yield Null, through
+// an outer join.
 bool IsCopy(const TypedSql& raw, const Target& target) {
   if (raw.field == nullptr || target.required || target.in_primary_key) return false;
   const Target& source = raw.field->target;
@@ -25,7 +25,7 @@ bool IsCopy(const TypedSql& raw, const Target& target) {
 std::string AssignedSql(const TypedSql& raw, const FieldInfo& field) {
   const Target& target = field.target;
   if (IsCopy(raw, target)) return raw.sql;
-  // An amount that is only copied keeps all its digits.
+  // An amount that is only copied must keep all its digits.
   const TypedSql value = raw.type == ValueType::kStoredCurrency ? raw : Decoded(raw);
   const std::int32_t flags = (target.required ? functions::kRequired : 0) |
                              (target.allow_zero_length ? functions::kTakesZeroLength : 0) |

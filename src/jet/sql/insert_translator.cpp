@@ -22,7 +22,6 @@ void RefuseRepeated(const std::vector<const FieldInfo*>& fields) {
   if (twice != sorted.end()) Fail(kFieldDefinedTwice, (*twice)->definition.name);
 }
 
-// The fields that the statement names, in its order.
 std::vector<const FieldInfo*> NamedFields(const Insert& insert, const TableInfo& table) {
   std::vector<const FieldInfo*> fields;
   for (const std::string& name : insert.fields)
@@ -39,7 +38,7 @@ std::vector<const FieldInfo*> AllFields(const TableInfo& table) {
   return fields;
 }
 
-// A SELECT's columns go by their names where the statement names no fields.
+// Without a list of fields, the columns of a SELECT are assigned by name.
 std::vector<const FieldInfo*> FieldsByColumns(const TableInfo& table,
                                               const std::vector<OutputColumn>& columns) {
   std::vector<const FieldInfo*> fields;
@@ -69,7 +68,7 @@ class InsertSql {
     target_ = "INSERT INTO " + table.StorageName() + "(" + columns_ + ") ";
   }
 
-  // Numbers are taken in the order of the rows.
+  // True if autonumbers are assigned, in the order of the rows.
   bool TakesNumbers() const { return takes_numbers_; }
   const std::string& Target() const { return target_; }
   const std::string& Values() const { return values_; }
@@ -96,7 +95,7 @@ ActionPlan InsertRows(const TableInfo& table, const std::vector<const FieldInfo*
         AssignedSql({"s.o" + std::to_string(i), column.type, column.field}, *fields[i]));
   }
   const InsertSql insert(table, fields, values);
-  // Left to itself, the storage's engine numbers the rows before it sorts them.
+  // Without a materialised subquery SQLite would number the rows before sorting them.
   if (insert.TakesNumbers() && !select.order_by.empty())
     return {{insert.Target() + "WITH s AS MATERIALIZED (" + rows.sql + ") SELECT " +
              insert.Values() + " FROM s"}};
@@ -156,7 +155,7 @@ ports::TableDefinition TranslateIntoTable(const Select& select, TableFinder& tab
   bool has_numbers = false;
   for (const OutputColumn& column : rows.columns) {
     ports::FieldDefinition field = FieldOf(column);
-    // A table numbers its rows once.
+    // A table has only one autonumber field.
     if (has_numbers || rows.is_computed) field.attributes = 0;
     has_numbers = has_numbers || field.attributes != 0;
     table.fields.push_back(std::move(field));

@@ -10,7 +10,7 @@ namespace jet::sql {
 
 ActionPlan TranslateInsert(const Insert& insert, TableFinder& tables, std::string_view statement);
 
-// The table that SELECT … INTO makes, and what fills it once it is there.
+// SELECT … INTO: the table to create, then the statements that fill it.
 ports::TableDefinition TranslateIntoTable(const Select& select, TableFinder& tables,
                                           std::string_view statement);
 ActionPlan TranslateIntoRows(const Select& select, TableFinder& tables, std::string_view statement);

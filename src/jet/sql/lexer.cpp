@@ -85,7 +85,7 @@ class Lexer {
     return {TokenKind::kBracketedName, name};
   }
 
-  // A doubled quote stands for one.
+  // A doubled quote is an escaped one.
   Token Quoted(char quote) {
     const std::size_t begin = position_++;
     std::string value;
@@ -126,7 +126,7 @@ class Lexer {
     return {TokenKind::kDate, std::string(inner), *days};
   }
 
-  // "&H1F" is a number where an operand may begin; behind an operand "&" joins texts.
+  // "&H1F" is a number where an operand may begin; after an operand "&" joins texts.
   bool IsHexadecimal() const {
     if (At(position_ + 1) != 'H' && At(position_ + 1) != 'h') return false;
     if (!tokens_.empty()) {

@@ -10,7 +10,7 @@ namespace jet::sql {
 
 enum class TokenKind {
   kEnd,
-  kName,           // an identifier; a keyword is one too
+  kName,           // an identifier or a keyword
   kBracketedName,  // [any text]; never a keyword
   kText,           // "..." or '...'
   kInteger,
@@ -21,14 +21,14 @@ enum class TokenKind {
 
 struct Token {
   TokenKind kind = TokenKind::kEnd;
-  std::string text;       // a name or a text without its quotes; a symbol as written
+  std::string text;       // without quotes or brackets
   double number = 0;      // of kInteger, kNumber and kDate (days since 1899-12-30)
-  std::size_t begin = 0;  // in the statement, bytes
+  std::size_t begin = 0;  // byte positions in the statement
   std::size_t end = 0;
 };
 
-// Cuts a statement into tokens, the last one being kEnd. Fails with 3075 for a text, bracket or
-// date that is not closed or not valid, 3126 for bad brackets.
+// Splits a statement into tokens; the last one is kEnd. Fails with 3075 for an unclosed or invalid
+// text, number or date, 3126 for invalid brackets.
 std::vector<Token> Tokenize(std::string_view statement);
 
 }  // namespace jet::sql

@@ -14,23 +14,23 @@ namespace jet::sql {
 struct Output {
   TypedSql raw;
   std::string name;
-  const ScopeTable* table = nullptr;  // of a field that has no alias of its own
+  const ScopeTable* table = nullptr;  // of a plain field without an alias
 };
 
-// The columns of one SELECT: its items, with the stars spelt out.
+// The columns of one SELECT: its items, with "*" expanded.
 class OutputList {
  public:
   OutputList(const Scope& scope, ExpressionTranslator& translator)
       : scope_(scope), translator_(translator) {}
 
   void Add(const OutputItem& item);
-  // Fields of the same name from two tables bear their tables' names, as "a.Имя".
+  // Qualifies fields of the same name from several tables, as "a.Имя".
   void QualifyNames();
 
   const std::vector<Output>& Items() const { return items_; }
   bool MetStar() const { return met_star_; }
   std::vector<OutputColumn> Columns() const;
-  // "a0.c1 AS o0, …"; with the collation where values will be compared.
+  // "a0.c1 AS o0, …", with collations if the values are compared.
   std::string Sql(bool are_compared) const;
 
  private:

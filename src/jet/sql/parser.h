@@ -6,12 +6,12 @@
 
 namespace jet::sql {
 
-// One statement, an optional ";" behind it. Fails with the number of the clause that is wrong, 3129
-// for what is no statement at all, 3142 for text behind the end, 3251 for a statement that exists
-// in Jet but is not served.
+// One statement and an optional ";". Fails with the number of the clause that is wrong, with 3129
+// if it is not a statement, 3142 for text after the end, 3251 for a statement of Jet that is not
+// supported.
 Statement ParseStatement(std::string_view text);
 
-// A lone expression, for example a field's default.
+// An expression on its own, such as a field's default.
 ExpressionPtr ParseExpression(std::string_view text);
 
 }  // namespace jet::sql

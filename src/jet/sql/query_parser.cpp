@@ -9,8 +9,7 @@ namespace {
 
 constexpr int kMostNestedSelects = 20;
 constexpr int kMostUnionParts = 50;
-// In a statement: the storage's engine takes no more than 64 tables in one join, and chains of
-// joins are worked through by recursion.
+// Per statement: SQLite joins at most 64 tables, and chains of joins are translated recursively.
 constexpr int kMostSources = 60;
 
 }  // namespace
@@ -40,7 +39,7 @@ Select QueryParser::ReadSelect() {
   return first;
 }
 
-// A SELECT without its order, perhaps in parentheses; "TABLE t" is all of a table.
+// A SELECT without ORDER BY, possibly in parentheses, or "TABLE t" for a whole table.
 Select QueryParser::ReadUnionPart() {
   if (tokens_.AtSymbol("(") && tokens_.AtKeyword("select", 1)) {
     tokens_.Take();
@@ -185,7 +184,7 @@ SourcePtr QueryParser::ReadSource() {
   return source;
 }
 
-// "[select …].", the old form of a sub-select.
+// "[select …].", an older form of a sub-select.
 std::shared_ptr<Select> QueryParser::ReadBracketedSelect() {
   const Token bracketed = tokens_.Take();
   tokens_.ExpectSymbol(".");
@@ -259,7 +258,7 @@ Delete QueryParser::ReadDelete() {
   tokens_.ExpectKeyword("delete");
   tokens_.TakeKeyword("distinctrow");
   Delete statement;
-  // Fields may stand beside "t.*", which alone says what is deleted from.
+  // Fields may be listed too, but only "t.*" says which table rows are deleted from.
   if (!tokens_.AtKeyword("from")) {
     tokens_.ReadList([&] { statement.items.push_back(ReadItem()); });
     if (!tokens_.AtKeyword("from")) tokens_.FailAt("FROM");

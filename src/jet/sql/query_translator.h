@@ -11,22 +11,21 @@
 
 namespace jet::sql {
 
-// How a SELECT statement's rows are read.
+// How to read the rows of a SELECT statement.
 struct SelectPlan {
-  TablePtr table;  // null when the rows are not those of one table
+  TablePtr table;  // null if the rows are not those of one table
   std::vector<TablePtr> all_tables;
   std::vector<OutputColumn> columns;
-  // Rows of one table: the row numbers in order, then each row's values by its number (parameter
-  // 1).
+  // For rows of one table: the row numbers in order, and the values of the row numbered ?1.
   std::string keys_sql;
   std::string row_sql;
-  // Rows of joins, groups and the like: all at once; the two above are empty then.
+  // For any other rows, which are read all at once; the two above are empty then.
   std::string rows_sql;
 };
 
 SelectPlan TranslateSelect(const Select& select, TableFinder& tables, std::string_view statement);
 
-// A plan for all rows of a table: by that index, or in storage order when it is null.
+// All rows of a table in the order of the index, or in storage order if it is null.
 SelectPlan PlanTable(TablePtr table, const IndexInfo* index);
 
 }  // namespace jet::sql

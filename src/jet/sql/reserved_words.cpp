@@ -8,7 +8,7 @@
 namespace jet::sql {
 namespace {
 
-// Words that cannot be a name without brackets, in order.
+// Sorted.
 constexpr std::array<std::string_view, 45> kReserved = {
     "all",    "alter",  "and",     "as",        "asc",         "between", "by",     "constraint",
     "create", "delete", "desc",    "distinct",  "distinctrow", "drop",    "eqv",    "exists",

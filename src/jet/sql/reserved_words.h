@@ -4,7 +4,7 @@
 
 namespace jet::sql {
 
-// True for a word that is a name in brackets only.
+// True for a word that can be a name only in brackets.
 bool IsReservedWord(std::string_view word);
 
 }  // namespace jet::sql

@@ -11,13 +11,13 @@
 
 namespace jet::sql {
 
-// A column that names may mean.
+// A column that names can refer to.
 struct ScopeColumn {
   std::string name;
   std::string lower_name;
   std::string column;                // the storage's name
-  ValueType type;                    // as it lies there: amounts and GUIDs have types of their own
-  const FieldInfo* field = nullptr;  // none: a sub-select computes it
+  ValueType type;                    // raw
+  const FieldInfo* field = nullptr;  // null if a sub-select computes it
 };
 
 // A table or a sub-select of a FROM clause.
@@ -27,38 +27,38 @@ struct ScopeTable {
   TablePtr table;  // null for a sub-select
   std::vector<ScopeColumn> columns;
   std::string sql_alias;         // "a0"
-  std::string row;               // its row number ("a0.rowid"); empty for a sub-select
-  mutable bool is_used = false;  // some name meant it
+  std::string row;               // its row number, "a0.rowid"; empty for a sub-select
+  mutable bool is_used = false;  // a name referred to it
 
   std::string Sql(const ScopeColumn& column) const { return sql_alias + "." + column.column; }
 };
 
-// The tables of one FROM clause; looks names up in them, then in those around a sub-select.
+// The tables of one FROM clause. Names are looked up here, then in the enclosing queries.
 class Scope {
  public:
   struct Found {
-    const ScopeTable* table = nullptr;  // none: the name is unknown
+    const ScopeTable* table = nullptr;  // null if the name is unknown
     const ScopeColumn* column = nullptr;
     bool is_outer = false;
   };
 
-  // Sub-selects are refused when no tables can be found.
+  // Without tables sub-selects are refused.
   Scope() : shared_(std::make_shared<Shared>()) {}
   explicit Scope(TableFinder& tables) : Scope() { shared_->tables = &tables; }
 
-  // The scope of a sub-select: in an expression of this one, or in its FROM clause.
+  // The scope of a sub-select in an expression of this query, or in its FROM clause.
   Scope Inside() const { return {shared_, this}; }
   Scope Beside() const { return {shared_, outer_}; }
 
-  // The reference holds until the next one is added.
+  // The reference is valid until the next call.
   const ScopeTable& Add(TablePtr table, std::string_view alias);
   const ScopeTable& Add(std::vector<ScopeColumn> columns, std::string_view alias);
-  // The column that has the row number of the table added last.
+  // Names the column with the row number of the table added last.
   void NameLastRow(std::string_view column);
-  // The table of that name (3078).
+  // Fails with 3078 if there is none.
   TablePtr FindStored(const std::string& name) const;
 
-  // Names mean tables from the position on only, for a join's condition; puts it back at the end.
+  // For the condition of a join: limits names to the tables from a position on.
   class Limit {
    public:
     Limit(Scope& scope, std::size_t first) : scope_(scope), saved_(scope.first_visible_) {
@@ -73,19 +73,19 @@ class Scope {
     std::size_t saved_;
   };
 
-  // Fails with 3079 when an unqualified name is in more than one table.
+  // Fails with 3079 if an unqualified name is in more than one table.
   Found Find(std::string_view qualifier, std::string_view name) const;
   const ScopeTable* FindTable(std::string_view alias) const;
   const std::vector<ScopeTable>& Tables() const { return tables_; }
-  // Of the whole statement, in no particular order.
+  // Of the whole statement, in any order.
   const std::vector<TablePtr>& StoredTables() const { return shared_->stored; }
 
-  // Outside of totals only these values of a grouped query may be named.
+  // The only values of this query that its sub-selects may refer to.
   void SetGroups(const std::vector<std::string>* groups) { groups_ = groups; }
 
-  // A name that is no field is a parameter that nobody gives a value.
+  // A name that is not a field counts as a parameter without a value.
   void NoteUnknown(std::string name);
-  // Fails with 3061 when there is one.
+  // Fails with 3061 if there are any.
   void FailOnUnknown() const;
 
  private:

@@ -28,8 +28,8 @@ bool HasTotals(const Select& select, const std::vector<OrderItem>& order) {
                      [](const OrderItem& item) { return HasAggregate(item.expression); });
 }
 
-// The storage's engine would take a whole number for a column's position, and a value that is the
-// same for all rows neither groups nor orders them.
+// Constants are left out of GROUP BY and ORDER BY: they have no effect there, and SQLite would take
+// a whole number for the position of a column.
 bool IsConstant(const Expression& expression) {
   return expression.kind < ExpressionKind::kName ||
          (expression.kind == ExpressionKind::kUnary && IsConstant(*expression.arguments[0]));
@@ -84,7 +84,7 @@ class Translation {
       groups_.push_back(raw.sql);
       if (!IsConstant(*item)) group_terms_.push_back(raw.sql + std::string(CollationOf(raw.type)));
     }
-    // Groups that are all the same are one group, or none without rows.
+    // Grouping by constants only gives one group, or none if there are no rows.
     if (!groups_.empty() && group_terms_.empty()) group_terms_.emplace_back("NULL");
     translator_.GroupBy(groups_);
     scope_.SetGroups(&groups_);
@@ -127,7 +127,7 @@ class Translation {
     }
   }
 
-  // A number is the position of an output column (null then), a name may be an output's alias.
+  // The expression to order by, which may be an alias. Null for the position of an output column.
   const Expression* OrderedBy(const Expression& expression) const {
     if (expression.kind == ExpressionKind::kInteger) {
       const double position = expression.number;
@@ -151,7 +151,7 @@ class Translation {
     Fail(kOrderAgainstDistinct, translator_.TextOf(expression));
   }
 
-  // DISTINCTROW leaves out rows that repeat all the tables whose fields are put out.
+  // DISTINCTROW drops rows that repeat the rows of all tables whose fields are selected.
   std::vector<std::string> DistinctRows() const {
     std::vector<std::string> rows;
     if (select_.predicate != SelectPredicate::kDistinctRow || has_totals_) return rows;
@@ -170,7 +170,7 @@ class Translation {
     return "SELECT " + outputs + from_ + where_ + Joined(" GROUP BY ", groups) + having_;
   }
 
-  // The place of each row by the order: rows that tie have the same.
+  // The place of each row in the order; ties share one.
   std::string Places() const {
     return (order_.empty() ? "row_number() OVER () AS place"
                            : "rank() OVER (" + Joined("ORDER BY ", order_) + ") AS place") +

@@ -18,8 +18,8 @@ std::string SourceTranslator::One(const Source& source, bool is_nested) {
   return source.join ? Join(source, is_nested) : Leaf(source, is_nested);
 }
 
-// Joins bind from the left, so only a join on the right needs parentheses; a RIGHT JOIN is a LEFT
-// JOIN with its sides changed. The order of the fields follows the statement all the same.
+// Joins associate to the left, so only a join on the right needs parentheses. A RIGHT JOIN becomes
+// a LEFT JOIN with its sides swapped; the fields keep the order of the statement.
 std::string SourceTranslator::Join(const Source& join, bool is_nested) {
   const std::size_t first = scope_.Tables().size();
   const bool is_right = join.join == JoinKind::kRight;
@@ -39,7 +39,7 @@ std::string SourceTranslator::Join(const Source& join, bool is_nested) {
 std::string SourceTranslator::Leaf(const Source& source, bool is_nested) {
   if (!source.select) {
     const ScopeTable& entry = scope_.Add(scope_.FindStored(source.table), source.alias);
-    // Row numbers do not show through parentheses unless they are columns.
+    // Row numbers are not visible through parentheses unless they are columns.
     const std::string name = entry.table->StorageName();
     if (!is_nested) return name + " AS " + entry.sql_alias;
     scope_.NameLastRow("k");

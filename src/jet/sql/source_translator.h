@@ -9,7 +9,7 @@
 
 namespace jet::sql {
 
-// Turns FROM clauses into the storage's SQL and puts their tables into the scope.
+// Translates FROM clauses and adds their tables to the scope.
 class SourceTranslator {
  public:
   SourceTranslator(Scope& scope, std::string_view statement)
@@ -17,7 +17,7 @@ class SourceTranslator {
 
   // "t3 AS a0 JOIN t5 AS a1 ON …"
   std::string Sources(const std::vector<SourcePtr>& sources);
-  // True when a sub-select among them makes rows that are no rows of a table.
+  // True if a sub-select among them yields rows that are not rows of a table.
   bool MetComputedRows() const { return met_computed_rows_; }
   bool MetOuterJoin() const { return met_outer_join_; }
 

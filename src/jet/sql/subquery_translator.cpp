@@ -48,8 +48,8 @@ std::string TranslateInSelect(const Expression& value, const Select& select,
   return "(" + left.sql + (may_be_text ? kCollate : "") + " IN (" + values.sql + "))";
 }
 
-// A comparison with ANY or ALL of a sub-select's values: unknown when Null leaves it open. Only the
-// least or the greatest of them matters, so that a sub-select that stands for itself is run once.
+// Null if Null values leave the result open. Only the least or the greatest value matters, so an
+// uncorrelated sub-select runs once.
 std::string TranslateQuantified(const Expression& expression, ExpressionTranslator& translator) {
   const Expression& right = *expression.arguments[1];
   const bool is_any = right.quantifier == Quantifier::kAny;

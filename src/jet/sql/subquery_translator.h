@@ -10,10 +10,10 @@ namespace jet::sql {
 
 class ExpressionTranslator;
 
-// A sub-select as a raw value: Null without rows, 3354 with more than one.
+// A sub-select as a raw value: Null if there are no rows; fails with 3354 for more than one.
 TypedSql TranslateSubquery(const Expression& expression, ExpressionTranslator& translator);
 
-// The conditions EXISTS (…), value IN (…), and a comparison with ANY or ALL of the values.
+// The conditions EXISTS (…), value IN (…) and comparison with ANY or ALL.
 std::string TranslateExists(const Expression& expression, ExpressionTranslator& translator);
 std::string TranslateInSelect(const Expression& value, const Select& select,
                               const Expression& condition, ExpressionTranslator& translator);

@@ -10,12 +10,12 @@
 
 namespace jet::sql {
 
-// The tokens of one statement, read front to back. Keywords compare without regard to case; what is
-// in the way fails with the number of the clause being read.
+// The tokens of one statement, read in order. Keywords are case-insensitive; an unexpected token
+// fails with the error number of the clause being read.
 class TokenStream {
  public:
-  // The text must outlive the stream. Tokens are read from the stretch given; places are those in
-  // the whole text.
+  // The text must outlive the stream. Only the given range is read; positions are those in the
+  // whole text.
   explicit TokenStream(std::string_view text) : TokenStream(text, 0, text.size()) {}
   TokenStream(std::string_view text, std::size_t begin, std::size_t end);
 
@@ -45,7 +45,7 @@ class TokenStream {
   std::string_view Text() const { return text_; }
   std::string_view TextBetween(std::size_t begin, std::size_t end) const;
 
-  // The number that failures bear from here on; gives the one before.
+  // Sets the error number for failures from here on; returns the previous one.
   std::int32_t SetClause(std::int32_t error_number);
   [[noreturn]] void FailAt(std::string_view expected) const;
 
@@ -56,7 +56,7 @@ class TokenStream {
   std::int32_t clause_;
 };
 
-// Puts the stream's clause back at the end of a scope.
+// Sets the stream's clause until the end of a scope.
 class ClauseScope {
  public:
   ClauseScope(TokenStream& tokens, std::int32_t error_number)

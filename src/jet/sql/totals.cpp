@@ -49,8 +49,8 @@ bool IsTotal(std::string_view name) {
   return FindTotal(name) != nullptr;
 }
 
-// Totals pass Null over. Sums and means of whole numbers are floating numbers, those of amounts
-// stay exact; First and Last go by the order in which the rows lie.
+// Totals skip Null. Sums and means of whole numbers are floating-point, sums of amounts are exact;
+// First and Last follow the storage order of the rows.
 TypedSql TranslateTotal(const Expression& expression, ExpressionTranslator& translator) {
   const Function* const total = FindTotal(expression.text);
   if (expression.arguments[0]->kind == ExpressionKind::kStar) {

@@ -10,10 +10,10 @@ namespace jet::sql {
 
 class ExpressionTranslator;
 
-// In any letter case. Each total takes one argument.
+// Ignores case. Each total takes one argument.
 bool IsTotal(std::string_view name);
 
-// The raw value of a call of a total, which must have its one argument.
+// A raw value. The call must have one argument.
 TypedSql TranslateTotal(const Expression& expression, ExpressionTranslator& translator);
 
 }  // namespace jet::sql

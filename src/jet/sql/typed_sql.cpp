@@ -31,7 +31,7 @@ std::string NumberSql(const TypedSql& value) {
 
 std::string TextSql(const TypedSql& value) {
   if (value.type == ValueType::kText || value.type == ValueType::kNull) return value.sql;
-  // A column of whole numbers holds nothing else.
+  // A column of whole numbers holds nothing else, so a cast will do.
   if (value.type == ValueType::kInteger && value.field != nullptr)
     return "CAST(" + value.sql + " AS TEXT)";
   return CallSql(functions::kText, {value.sql, TypeCode(value.type)});

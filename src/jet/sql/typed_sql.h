@@ -8,8 +8,8 @@
 
 namespace jet::sql {
 
-// A translated expression. It is raw while amounts and GUIDs have the form in which columns hold
-// them, and decoded when they are values to compute with.
+// A translated expression. A raw one may have an amount or a GUID in its stored form, a decoded one
+// has values to compute with.
 struct TypedSql {
   std::string sql;
   ValueType type = ValueType::kUnknown;
@@ -19,15 +19,15 @@ struct TypedSql {
 
 TypedSql Decoded(const TypedSql& raw);
 
-// kCollate for what may be a text, else empty.
+// kCollate if the value may be a text, else empty.
 std::string_view CollationOf(ValueType type);
 
-// True for Booleans, all kinds of numbers and dates.
+// True for Booleans, numbers and dates.
 bool IsNumeric(ValueType type);
 
-// The number of the type, as an argument of the functions that convert values.
+// The number of the type, as functions get it.
 std::string TypeCode(ValueType type);
-// A decoded value as a number, a text or a moment, converted at run time where necessary.
+// A decoded value as a number, a text or a date, converted at run time if necessary.
 std::string NumberSql(const TypedSql& value);
 std::string TextSql(const TypedSql& value);
 std::string MomentSql(const TypedSql& value);

@@ -10,7 +10,7 @@
 namespace jet::sql {
 namespace {
 
-// The type of a column whose parts differ; amounts and GUIDs are decoded before.
+// The type of a column whose parts have different decoded types.
 ValueType CommonType(ValueType a, ValueType b) {
   if (a == b || b == ValueType::kNull) return a;
   if (a == ValueType::kNull) return b;
@@ -28,7 +28,7 @@ ValueType DecodedType(ValueType type) {
   return Decoded({{}, type}).type;
 }
 
-// The columns of all parts: as they lie where the parts agree, values otherwise.
+// The columns of all parts: raw where the parts agree, decoded otherwise.
 std::vector<OutputColumn> CommonColumns(const std::vector<SelectSql>& parts) {
   std::vector<OutputColumn> columns = parts.front().columns;
   for (const SelectSql& part : parts) {

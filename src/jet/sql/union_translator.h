@@ -6,8 +6,8 @@
 
 namespace jet::sql {
 
-// Several SELECT statements with UNION between them. The first gives the columns' names; columns
-// of different types take one that fits all parts.
+// SELECT statements joined by UNION. Columns are named by the first part; if their types differ,
+// they get a type that fits all parts.
 SelectSql TranslateUnion(const Select& first, const Scope& scope, std::string_view statement,
                          RowOrder order);
 

@@ -28,7 +28,7 @@ struct NewValue {
   std::string sql;
 };
 
-// What an UPDATE sets in one of its tables.
+// The fields of one table that an UPDATE sets.
 struct Changes {
   const ScopeTable* table;
   std::vector<NewValue> values;
@@ -57,9 +57,9 @@ std::vector<Changes> TranslateAssignments(const Update& update, Scope& scope,
   return changes;
 }
 
-// The rows of a join are gathered before anything changes: their numbers (k0, k1 …) and the new
-// values (v0, v1 …), in the order of the tables' rows. Where several rows set the same one, the
-// last wins; a row that an outer join lacks is added.
+// An UPDATE of a join. The row numbers (k0, k1 …) and new values (v0, v1 …) are collected before
+// anything changes, in the order of the tables' rows. If several rows of the join set the same row
+// of a table, the last one wins; a row missing from an outer join is inserted.
 class JoinedUpdate {
  public:
   JoinedUpdate(const std::vector<Changes>& changes, bool may_lack_rows)
@@ -128,7 +128,7 @@ std::string RowOrderOf(const Scope& scope) {
   return order;
 }
 
-// The table of "t.*", or the only one; the fields beside it must be known.
+// The table of "t.*", or the only table. Other items must be known fields.
 const ScopeTable* DeleteTarget(const Delete& statement, const Scope& scope,
                                ExpressionTranslator& translator) {
   const ScopeTable* target = nullptr;

@@ -11,7 +11,7 @@
 namespace jet {
 namespace {
 
-// The engine hands out these states filled with zeros, and none when there was no row.
+// SQLite returns a new state filled with zeros, and null if there was no row.
 template <typename State>
 State* StateOf(sqlite3_context* context, bool is_new) {
   return static_cast<State*>(
@@ -64,7 +64,7 @@ void PutKept(sqlite3_context* context) {
   kept->value = nullptr;
 }
 
-// Mean and sum of squared distances, carried along so that large values lose nothing.
+// A running mean and sum of squared distances, so that large values lose no precision.
 struct Spread {
   double count;
   double mean;
@@ -82,7 +82,7 @@ void AddToSpread(sqlite3_context* context, int /*count*/, sqlite3_value** values
   spread->squares += distance * (value - spread->mean);
 }
 
-// A sample of one value has no spread.
+// Null for a sample of one value.
 template <bool is_sample, bool is_root>
 void PutSpread(sqlite3_context* context) {
   const auto* const spread = StateOf<Spread>(context, false);

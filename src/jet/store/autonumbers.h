@@ -8,16 +8,15 @@
 
 namespace jet {
 
-// The next numbers of the tables that number their rows. They are read from the catalogue when a
-// statement first needs them and written back at its end; what a failed statement took is forgotten
-// with it.
+// The next autonumbers of the tables. They are read from the catalogue when a statement first needs
+// them and saved at its end; numbers taken by a failed statement are taken again.
 class Autonumbers {
  public:
   explicit Autonumbers(std::shared_ptr<Connection> connection)
       : connection_(std::move(connection)) {}
 
   std::int64_t Next(std::int64_t table);
-  // A number that a row brings along: later ones lie above it.
+  // A row has this number of its own; later numbers are above it.
   void NoteUsed(std::int64_t table, std::int64_t number);
 
   void Save();

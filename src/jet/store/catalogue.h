@@ -12,7 +12,7 @@
 
 namespace jet {
 
-// The catalogue of one database, which lies in tables of its own beside the data:
+// The catalogue of one database, stored beside the data in tables of its own:
 //   _jet_table        one row per table
 //   _jet_field        one row per field, by ordinal
 //   _jet_index        one row per index
@@ -20,17 +20,17 @@ namespace jet {
 //   _jet_property     further properties of fields
 //   _jet_relation     one row per relation
 //   _jet_relation_field  one row per pair of fields of a relation
-// The list of tables is read at first use, a table's fields and indexes when the table is first
-// asked for.
+// The list of tables is read at first use, the fields and indexes of a table when it is first
+// found.
 class Catalogue final : public TableFinder {
  public:
   explicit Catalogue(std::shared_ptr<Connection> connection) : connection_(std::move(connection)) {}
 
   TablePtr FindTable(std::string_view name) override;
-  // Without the system's tables, in no particular order.
+  // Without system tables, in any order.
   std::vector<ports::TableSummary> Tables();
 
-  // After a change of definitions, here or by somebody else.
+  // To be called after definitions have changed, in this process or another.
   void Forget();
 
  private:
@@ -51,14 +51,14 @@ class Catalogue final : public TableFinder {
   bool names_loaded_ = false;
 };
 
-// The tables of the system that every database lists; nothing can be read from or done to them.
+// The system tables that every database lists. They can be neither read nor changed.
 std::vector<ports::TableSummary> SystemTables();
 bool IsSystemTable(std::string_view name);
 
-// An index's properties as its catalogue row holds them.
+// The properties of an index as the catalogue stores them.
 std::int64_t IndexFlags(const ports::IndexDefinition& index);
 
-// Makes an empty storage file a database, and tells whether a file is one.
+// Turns an empty storage file into a database, and tests whether a file is one.
 void CreateCatalogue(Connection& connection);
 bool HasCatalogue(Connection& connection);
 

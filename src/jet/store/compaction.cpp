@@ -17,7 +17,7 @@ namespace jet {
 namespace {
 
 // Creates a table under its old number and copies its rows, in the order of the primary key or as
-// they were stored; the indexes are built afterwards, each in one go.
+// stored; the indexes are built afterwards.
 void CopyTable(Connection& target, const TableInfo& table) {
   const std::string name = table.StorageName();
   std::string columns;
@@ -34,7 +34,7 @@ void CopyTable(Connection& target, const TableInfo& table) {
              "rowid");
   for (const IndexInfo& index : table.indexes)
     target.Run(CreateIndexSql(table, index));
-  // Numbering goes on behind the highest number that is left.
+  // Numbering continues after the highest number in use.
   for (const FieldInfo& field : table.fields) {
     if (!field.IsAutonumber()) continue;
     target.Run("UPDATE _jet_table SET next_number = (SELECT coalesce(max(" + field.column +
@@ -55,7 +55,7 @@ void CopyAll(const std::shared_ptr<Connection>& source, Connection& target) {
     CopyTable(target, *table);
     tables.emplace(table->id, table);
   }
-  // The rows obeyed the relations where they come from.
+  // Created last, because the rows have been checked in the source.
   for (const Relation& relation : LoadRelations(source))
     target.Run(RelationTriggers(relation, *tables.at(relation.table_id),
                                 *tables.at(relation.referenced_id)));

@@ -4,7 +4,7 @@
 
 namespace jet {
 
-// As DatabaseEngine::CompactDatabase says.
+// See DatabaseEngine::CompactDatabase.
 void Compact(const std::string& source, const std::string& target);
 
 }  // namespace jet

@@ -35,7 +35,7 @@ void Moment(FunctionCall& call) {
   call.PutNumber(call.Moment(0));
 }
 
-// CStr, CLng and the like: a value that cannot be converted mismatches, one too large overflows.
+// CStr, CLng and the like: 3464 for a value that does not convert, 6 for one out of range.
 void Convert(FunctionCall& call) {
   if (call.IsNull(1)) Fail(kInvalidUseOfNull);
   const auto type = static_cast<DataType>(call.Integer(0));
@@ -73,8 +73,8 @@ void IsDate(FunctionCall& call) {
                                   : std::holds_alternative<ports::DateValue>(value));
 }
 
-// The number that a text begins with; blanks anywhere do not count, "." alone separates. &H and &O
-// begin numbers of base 16 and 8.
+// The number at the beginning of a text. Blanks are skipped, only "." is a decimal separator; &H
+// and &O begin hexadecimal and octal numbers.
 void LeadingNumber(FunctionCall& call) {
   if (call.IsNull(0)) Fail(kInvalidUseOfNull);
   std::string text;
@@ -97,7 +97,7 @@ void LeadingNumber(FunctionCall& call) {
   call.PutNumber(static_cast<std::int32_t>(bits));
 }
 
-// The number with "." and a place for the sign.
+// The number with "." and a leading blank or minus.
 void SignedText(FunctionCall& call) {
   DatabaseValue value = call.Typed(0);
   if (std::holds_alternative<ports::DateValue>(value) || call.IsText(0)) value = call.Number(0);
@@ -106,7 +106,7 @@ void SignedText(FunctionCall& call) {
   call.PutText(text.starts_with('-') ? text : " " + text);
 }
 
-// A negative number as its 32 bits.
+// Negative numbers are written as 32 bits.
 template <int base>
 void InBase(FunctionCall& call) {
   std::array<char, 16> buffer{};

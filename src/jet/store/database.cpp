@@ -17,7 +17,7 @@ std::vector<ports::TableSummary> Database::Tables() {
   std::vector<ports::TableSummary> tables = session_->Tables().Tables();
   const std::vector<ports::TableSummary> system = SystemTables();
   tables.insert(tables.end(), system.begin(), system.end());
-  // Each name's key is made once: databases have hundreds of tables and are opened often.
+  // Each key is made only once: databases have hundreds of tables and are opened often.
   std::vector<std::pair<std::string, ports::TableSummary>> keyed;
   keyed.reserve(tables.size());
   for (ports::TableSummary& table : tables)
@@ -80,7 +80,7 @@ std::optional<ports::DatabaseValue> Database::FieldProperty(const std::string& t
   return definitions_.Property(RequireField(*info, field, kItemNotFound), property);
 }
 
-// A statement that fails is always undone whole: leaving rows out in silence would lose data.
+// A failed statement is always undone as a whole: silently skipping rows would lose data.
 std::int64_t Database::Execute(const std::string& sql, bool /*fail_on_error*/) {
   return RunStatement(*session_, sql);
 }

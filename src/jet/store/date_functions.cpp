@@ -56,7 +56,7 @@ void DateSerial(FunctionCall& call) {
   call.PutNumber(DateOf(call.Whole(0), call.Whole(1), call.Whole(2)));
 }
 
-// Seconds beyond a day are days.
+// Values beyond a day carry over to days.
 void TimeSerial(FunctionCall& call) {
   const std::int64_t seconds = std::int64_t{call.Whole(0)} * 3600 +
                                std::int64_t{call.Whole(1)} * 60 + std::int64_t{call.Whole(2)};

@@ -33,7 +33,7 @@ bool IsCounter(const ports::FieldDefinition& field) {
   return (field.attributes & ports::kAutoIncrementField) != 0;
 }
 
-// A table numbers its rows once.
+// A table has only one autonumber field.
 void RefuseSecondCounter(const TableInfo& table, const ports::FieldDefinition& wanted,
                          const FieldInfo* replaced) {
   if (!IsCounter(wanted)) return;
@@ -86,7 +86,7 @@ std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
   CheckName(field.name);
   const std::int32_t size = FieldSize(field.type, field.size, field.name);
   if (IsCounter(field) && field.type != ports::DataType::kLong) Fail(kInvalidFieldType, field.name);
-  // A text that is no expression fails here rather than at the first new record.
+  // An invalid default fails here rather than at the first new row.
   if (!field.default_value.empty()) sql::ParseExpression(field.default_value);
   Statement insert = Prepare(
       "INSERT INTO _jet_field(table_id, ordinal, name, type, size, attributes, required,"
@@ -145,7 +145,7 @@ void Definitions::AddField(const TableInfo& table, const ports::FieldDefinition&
   const std::string column = "c" + std::to_string(id);
   storage.Run("ALTER TABLE " + table.StorageName() + " ADD COLUMN " +
               ColumnSql(column, field.type));
-  // Rows that are there get numbers or False; defaults are for new rows only.
+  // Existing rows get autonumbers or False; defaults are for new rows only.
   if (IsCounter(field)) {
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = " +
                 CallSql(functions::kNextNumber, {std::to_string(table.id)}));
@@ -166,7 +166,7 @@ void Definitions::ConvertColumn(const TableInfo& table, const FieldInfo& old_fie
                          " = " + sql::ExpressionTranslator(scope, {}).Assigned(name, field));
 }
 
-// The values move to a new column, which takes the old one's place in the catalogue.
+// Moves the values to a new column, which replaces the old one in the catalogue.
 void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
                              ports::FieldDefinition wanted) {
   Relations(session_).RefuseField(field);

@@ -9,8 +9,8 @@
 
 namespace jet {
 
-// Changes tables, fields and indexes, in the storage and in the catalogue alike. Each call belongs
-// inside of Session::Change.
+// Changes tables, fields and indexes, both in the storage and in the catalogue. All calls must be
+// made within Session::Change.
 class Definitions {
  public:
   explicit Definitions(Session& session) : session_(session) {}
@@ -18,9 +18,9 @@ class Definitions {
   void CreateTable(const ports::TableDefinition& table);
   void DropTable(const TableInfo& table);
   void AddField(const TableInfo& table, const ports::FieldDefinition& field);
-  // Another type or size; values that do not convert fail, the default and the indexes stay.
+  // Changes the type or size; fails if a value does not convert. The default and indexes are kept.
   void AlterField(const TableInfo& table, const FieldInfo& field, ports::FieldDefinition wanted);
-  // The field refuses Null from now on; 3314 when there is one.
+  // Makes the field required; fails with 3314 if it is Null in a row.
   void RequireValues(const TableInfo& table, const FieldInfo& field);
   void DropField(const TableInfo& table, const FieldInfo& field);
   void CreateIndex(const TableInfo& table, const ports::IndexDefinition& index);
@@ -40,10 +40,10 @@ class Definitions {
   Session& session_;
 };
 
-// "CREATE [UNIQUE] INDEX i5 ON t3(...)" for the storage.
+// "CREATE [UNIQUE] INDEX i5 ON t3(...)"
 std::string CreateIndexSql(const TableInfo& table, const IndexInfo& index);
 
-// The table for a name, or the error of that number.
+// Fails with the error of that number if there is no such table.
 TablePtr RequireTable(Session& session, const std::string& name, std::int32_t error_number);
 
 }  // namespace jet

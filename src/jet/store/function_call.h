@@ -9,8 +9,7 @@
 #include "jet/store/functions.h"
 #include "ports/database_types.h"
 
-// Owner of the arguments and the result of one call by the storage's engine. A body that puts no
-// result gives Null.
+// The arguments and the result of one call by SQLite. If no result is put, it is Null.
 namespace jet {
 
 class FunctionCall {
@@ -24,30 +23,30 @@ class FunctionCall {
   bool IsNull(int index) const { return sqlite3_value_type(values_[index]) == SQLITE_NULL; }
   bool IsText(int index) const { return sqlite3_value_type(values_[index]) == SQLITE_TEXT; }
   bool IsWhole(int index) const { return sqlite3_value_type(values_[index]) == SQLITE_INTEGER; }
-  bool IsFinite(int index) const;  // a floating number that is no infinity
+  bool IsFinite(int index) const;  // a floating-point number, not infinite
   bool AnyNull() const;
 
   std::string_view Text(int index) const;
   std::string_view Bytes(int index) const;
   std::int64_t Integer(int index) const { return sqlite3_value_int64(values_[index]); }
-  // A text is read as a number; 3464 for what is none.
+  // Reads a text as a number; fails with 3464 if it is none.
   double Number(int index) const;
-  // Rounded to 32 bits, halves to even; 6 when it does not fit.
+  // Rounds to 32 bits, halves to even; fails with 6 if it does not fit.
   std::int32_t Whole(int index) const;
   std::int32_t WholeOr(int index, std::int32_t fallback) const;
-  // A moment within the range of dates (else 6); a text is read as a date or a number.
+  // Reads a text as a date or a number; fails with 6 if it is out of the range of dates.
   double Moment(int index) const;
-  // The value at the index as one of the type whose code (ValueType) stands behind it.
+  // The value at the index, which has the type (ValueType) that the next argument gives.
   ports::DatabaseValue Typed(int index) const;
 
   void PutInteger(std::int64_t value) { sqlite3_result_int64(context_, value); }
   void PutTruth(bool value) { PutInteger(value ? 1 : 0); }
   void PutBoolean(bool value) { PutInteger(value ? -1 : 0); }
-  // 6 for what is no finite number.
+  // Fails with 6 if the number is not finite.
   void PutNumber(double value);
   void PutText(std::string_view text);
   void PutBytes(std::string_view bytes);
-  // As the storage holds a value of that field type.
+  // In the form in which a field of that type is stored.
   void PutStored(const ports::DatabaseValue& value, ports::DataType type);
   void PutArgument(int index) { sqlite3_result_value(context_, values_[index]); }
 
@@ -59,8 +58,8 @@ class FunctionCall {
 
 using FunctionBody = void (*)(FunctionCall& call);
 
-// Runs a body; its error is kept for the caller of the statement. A strict one runs only when no
-// argument is Null.
+// Runs a body and keeps its error for the statement. A strict body is run only if no argument is
+// Null; otherwise the result is Null.
 void RunGuarded(FunctionBody body, bool is_strict, sqlite3_context* context, int count,
                 sqlite3_value** values);
 

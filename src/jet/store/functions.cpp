@@ -22,7 +22,7 @@ namespace {
 using ports::DatabaseValue;
 using ports::DataType;
 
-// The common cases of Store, for speed: a value that has the field's type already.
+// A fast path for common values that already have the field's type.
 bool IsStorable(const FunctionCall& call, DataType type) {
   switch (type) {
     case DataType::kText:
@@ -65,7 +65,7 @@ void NextNumber(FunctionCall& call) {
   call.PutInteger(call.Context().autonumbers.Next(call.Integer(0)));
 }
 
-// The number, or the next one for Null.
+// Null takes the next number.
 void UsedNumber(FunctionCall& call) {
   if (call.IsNull(1)) {
     NextNumber(call);
@@ -75,7 +75,7 @@ void UsedNumber(FunctionCall& call) {
   call.PutArgument(1);
 }
 
-// What a relation's trigger finds wrong.
+// Called by the triggers of a relation.
 void Refuse(FunctionCall& call) {
   Fail(static_cast<std::int32_t>(call.Integer(0)), call.Text(1));
 }

@@ -7,14 +7,14 @@
 
 namespace jet {
 
-// What the storage's engine calls back while it runs a translated statement; both outlive it.
+// What functions use while a statement runs. Both objects must outlive the connection's statements.
 struct FunctionContext {
   Connection& connection;
   Autonumbers& autonumbers;
-  std::uint32_t random_state = 0x50000;  // of Rnd; every database begins alike
+  std::uint32_t random_state = 0x50000;  // of Rnd; the same for every newly opened database
 };
 
-// Makes the collation JET and the functions jet_… known to the connection.
+// Registers the collation and the functions of storage_sql.h with the connection.
 void RegisterFunctions(FunctionContext& context);
 
 }  // namespace jet

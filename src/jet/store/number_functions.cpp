@@ -13,7 +13,7 @@
 namespace jet {
 namespace {
 
-// Whole numbers stay whole numbers.
+// Whole numbers are returned unchanged.
 template <double (*function)(double)>
 void Rounded(FunctionCall& call) {
   if (call.IsWhole(0)) {
@@ -44,7 +44,6 @@ double Root(double value) {
 double Exponential(double value) {
   return std::exp(value);
 }
-// Zero has none, as little as negative numbers.
 double Logarithm(double value) {
   return value > 0 ? std::log(value) : std::nan("");
 }
@@ -75,7 +74,7 @@ void Sign(FunctionCall& call) {
   call.PutInteger(value < 0 ? -1 : value > 0 ? 1 : 0);
 }
 
-// Halves to even. An amount is rounded as the ten-thousandths that it is.
+// Rounds the ten-thousandths of the amount, halves to even.
 double RoundedAmount(double value, std::int32_t digits) {
   std::int64_t amount = 0;
   if (!ToCurrency(value, amount)) Fail(kOverflow);
@@ -93,14 +92,14 @@ void Scaled(FunctionCall& call) {
   call.PutInteger(amount);
 }
 
-// A sum or difference; the engine makes a floating number of one that overflows.
+// A sum or difference. SQLite turns it into a floating-point number if it overflows.
 void Amount(FunctionCall& call) {
   if (!call.IsWhole(0)) Fail(kOverflow);
   call.PutArgument(0);
 }
 
-// Halves to even. Both are split at the decimal point, so that no part of the product exceeds 64
-// bits unless all of it does.
+// Rounds halves to even. The factors are split at the decimal point, so that no partial product
+// exceeds 64 bits unless the result does.
 void AmountProduct(FunctionCall& call) {
   constexpr std::int64_t kScale = 10000;
   constexpr double kMost = 9.2233720368e18;
@@ -133,7 +132,7 @@ void Round(FunctionCall& call) {
   call.PutNumber(std::isfinite(scaled) ? scaled / scale : value);
 }
 
-// A number below zero begins a sequence of its own, zero repeats the last result.
+// A negative number seeds the sequence, zero repeats the last result.
 void Random(FunctionCall& call) {
   constexpr std::uint32_t kMask = 0xFFFFFF;
   std::uint32_t& state = call.Context().random_state;
@@ -147,7 +146,7 @@ void Random(FunctionCall& call) {
   call.PutNumber(static_cast<double>(state) / (kMask + 1));
 }
 
-// The range in which the number lies, as a text.
+// The range that contains the number, as a text.
 void Partition(FunctionCall& call) {
   const std::int64_t number = call.Whole(0);
   const std::int64_t first = call.Whole(1);

@@ -11,7 +11,7 @@
 namespace jet {
 namespace {
 
-// The operator &: Null counts as an empty text unless both are.
+// The operator &: Null counts as an empty text unless both operands are Null.
 void Join(FunctionCall& call) {
   if (call.IsNull(0) && call.IsNull(1)) return;
   std::string text;
@@ -21,7 +21,7 @@ void Join(FunctionCall& call) {
   call.PutText(text);
 }
 
-// The operator + between values whose types show at run time only.
+// The operator + for values of statically unknown types.
 void Add(FunctionCall& call) {
   if (call.IsText(0) && call.IsText(1)) {
     call.PutText(std::string(call.Text(0)) + std::string(call.Text(1)));
@@ -30,7 +30,7 @@ void Add(FunctionCall& call) {
   }
 }
 
-// A sum, difference or product of whole numbers, which must fit 32 bits.
+// Checks that a result of whole numbers fits 32 bits.
 void Long(FunctionCall& call) {
   const std::int64_t number = call.Integer(0);
   if (!call.IsWhole(0) || number < std::numeric_limits<std::int32_t>::min() ||
@@ -49,7 +49,7 @@ void Whole(FunctionCall& call) {
   call.PutInteger(call.Whole(0));
 }
 
-// The operands of \ and Mod are rounded first.
+// \ and Mod round their operands first.
 void WholeDivide(FunctionCall& call) {
   const std::int64_t divisor = call.Whole(1);
   if (divisor == 0) Fail(kDivisionByZero);
@@ -79,7 +79,7 @@ void Alike(FunctionCall& call) {
   call.PutTruth(MatchesLike(call.Text(0), call.Text(1), Wildcards::kAnsi));
 }
 
-// Values of unlike kinds do not compare.
+// A text does not compare with a number.
 int CompareValues(const FunctionCall& call, int a, int b) {
   const bool is_text = call.IsText(a);
   if (is_text != call.IsText(b)) Fail(kTypeMismatch);
@@ -99,7 +99,7 @@ void Between(FunctionCall& call) {
   call.PutTruth((low >= 0 && high <= 0) || (low <= 0 && high >= 0));
 }
 
-// Null among the items makes "not found" unknown.
+// If the value is not found, a Null among the items makes the result Null.
 void In(FunctionCall& call) {
   if (call.IsNull(0)) return;
   bool met_null = false;

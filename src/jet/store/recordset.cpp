@@ -48,7 +48,7 @@ void Recordset::RequireRow() const {
   if (!IsOnRow()) Fail(kNoCurrentRecord);
 }
 
-// Rows that were deleted since the recordset was opened are passed over.
+// Skips rows that were deleted since the recordset was opened.
 void Recordset::SettleForward() {
   session_->Storage().Handle();
   while (IsOnRow() && rows_->Fetch(position_ - 1) == nullptr)
@@ -174,7 +174,7 @@ void Recordset::BindBuffered(Statement& statement, int parameter, std::size_t fi
 void Recordset::InsertBuffer() {
   const TableInfo& table = *plan_.table;
   if (!insert_) {
-    // Named: a field that has changed its type lies behind the others.
+    // Columns are named because altering a field moves its column to the end.
     std::string columns;
     std::string parameters;
     for (const FieldInfo& field : table.fields) {

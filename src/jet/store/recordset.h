@@ -52,10 +52,10 @@ class Recordset final : public ports::DatabaseRecordset {
   sql::SelectPlan plan_;
   ports::RecordsetType type_;
   mutable std::optional<RowSource> rows_;  // reads ahead
-  // 0 is before the first row, 1 the first row.
+  // 0 is before the first row.
   std::size_t position_ = 0;
   Mode mode_ = Mode::kBrowse;
-  Buffer buffer_;  // by the table's fields; unset ones keep their value or take their default
+  Buffer buffer_;  // by field; unset ones keep their value or get their default
   Statement insert_;
 };
 

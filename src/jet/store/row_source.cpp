@@ -10,7 +10,7 @@ namespace {
 
 using ports::DatabaseValue;
 
-// One read transaction over several statements: the file is locked once.
+// One read transaction for several statements, so that the file is locked only once.
 class ReadScope {
  public:
   explicit ReadScope(Connection& storage) : storage_(storage) { storage_.Run("SAVEPOINT reading"); }
@@ -48,7 +48,7 @@ Row RowSource::TakeRow(const Statement& statement) const {
   row.reserve(plan_.columns.size());
   int column = 0;
   for (const sql::OutputColumn& output : plan_.columns) {
-    // A Boolean that an outer join lacks is Null, unlike one of a table.
+    // Booleans are Null only in rows missing from an outer join.
     const bool is_lacking = spool_ && statement.IsNull(column);
     row.push_back(is_lacking ? DatabaseValue(ports::NullValue{})
                   : output.field != nullptr
@@ -67,8 +67,8 @@ std::optional<Row> RowSource::ReadRow(std::int64_t key) {
   return row;
 }
 
-// Rows that are read one by one and changed in between are not read ahead: each change would make
-// the rest of the stretch stale.
+// Nothing is read ahead while rows are changed in between, because each change would invalidate the
+// block.
 void RowSource::ReadAhead(std::size_t first) {
   const std::int64_t changes = session_->ChangeCount();
   ahead_ = changes != changes_seen_ ? 1 : std::min(kMostAhead, ahead_ * 2);

@@ -15,17 +15,17 @@ namespace jet {
 
 using Row = std::vector<ports::DatabaseValue>;
 
-// The rows behind a recordset. The set is fixed when it is opened; values are read when a row is
-// asked for, a stretch of rows at a time.
+// The rows of a recordset. The set of rows is fixed at the beginning; their values are read in
+// blocks when they are needed.
 class RowSource {
  public:
   RowSource(std::shared_ptr<Session> session, const sql::SelectPlan& plan);
 
   std::size_t Count() const { return spool_ ? spool_->Count() : keys_.size(); }
-  // Null when the row is no longer there. Valid until the next call.
+  // Null if the row has been deleted. Valid until the next call.
   const Row* Fetch(std::size_t index);
 
-  // True when rows belong to rows of a table and may be changed.
+  // True if the rows are those of a table and may be changed.
   bool IsUpdatable() const { return !plan_.row_sql.empty(); }
   std::int64_t Key(std::size_t index) const { return keys_[index]; }
   void Append(std::int64_t key) { keys_.push_back(key); }
@@ -40,9 +40,9 @@ class RowSource {
   std::shared_ptr<Session> session_;
   const sql::SelectPlan& plan_;
   Statement row_;
-  std::optional<RowSpool> spool_;  // rows that are not a table's, as they were at the beginning
+  std::optional<RowSpool> spool_;  // for rows that are not those of a table
   std::vector<std::int64_t> keys_;
-  std::vector<std::optional<Row>> block_;  // of rows from block_start_ on
+  std::vector<std::optional<Row>> block_;  // rows from block_start_ on
   std::size_t block_start_ = 0;
   std::size_t ahead_ = kMostAhead;
   std::int64_t changes_seen_ = 0;

@@ -7,15 +7,15 @@
 
 namespace jet {
 
-// Rows put aside for reading in any order: in memory as long as they are few, in a temporary file
-// that goes with the spool when they are many.
+// Rows kept for reading in any order: in memory if they are few, otherwise in a temporary file that
+// is deleted with the spool.
 class RowSpool {
  public:
-  // Takes all rows of the statement.
+  // Reads all rows of the statement.
   explicit RowSpool(Statement& rows);
 
   std::size_t Count() const { return count_; }
-  // Valid until the next call; the columns are those of the statement.
+  // Has the columns of the statement. Valid until the next call.
   const Statement& Row(std::size_t index);
 
  private:

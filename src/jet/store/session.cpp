@@ -30,7 +30,7 @@ Session::Session(std::shared_ptr<const Workspace> workspace, std::unique_ptr<por
 
 void Session::Close() noexcept {
   if (!connection_->IsOpen()) return;
-  // Closing the storage takes back every open transaction.
+  // Closing the storage rolls back every open transaction.
   connection_->Close();
   level_ = 0;
   lock_.reset();

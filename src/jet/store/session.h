@@ -13,13 +13,13 @@
 
 namespace jet {
 
-// How many transactions the engine has begun; its open databases follow.
+// The number of nested transactions of the engine, which apply to all open databases.
 struct Workspace {
   int level = 0;
 };
 
-// One open database file: the lock on it, its storage, its catalogue, and its part in the engine's
-// transactions. Shared by the database's object and its recordsets.
+// One open database file: its lock, storage, catalogue and share of the engine's transactions.
+// Shared by the database and its recordsets.
 class Session {
  public:
   Session(std::shared_ptr<const Workspace> workspace, std::unique_ptr<ports::FileLock> lock,
@@ -28,21 +28,21 @@ class Session {
   Session& operator=(const Session&) = delete;
   ~Session() { Close(); }
 
-  // Takes back what is not committed and frees the file. May be called twice.
+  // Rolls back open transactions and unlocks the file. May be called twice.
   void Close() noexcept;
 
   Connection& Storage() { return *connection_; }
   const std::shared_ptr<Connection>& SharedStorage() const { return connection_; }
-  Catalogue& Tables();  // up to date with what others did
+  Catalogue& Tables();  // includes changes by other processes
   Autonumbers& Numbers() { return autonumbers_; }
-  // Another number after every change made through this session, taken back or not.
+  // Differs after every change through this session, rolled back or not.
   std::int64_t ChangeCount() const { return connection_->TotalChanges() + rollbacks_; }
 
-  // Runs a change as a whole: what it did is undone when it fails. 3027 when the database is open
-  // for reading only.
+  // Runs a change and undoes it as a whole if it fails. Fails with 3027 if the database is open for
+  // reading only.
   void Change(const std::function<void()>& change);
 
-  // Follows the engine to a deeper level, or ends its own levels down to the one given.
+  // Begins the engine's transactions here too, and ends all those above the level.
   void EnterLevels();
   void CommitTo(int level);
   void RollbackTo(int level);
@@ -59,7 +59,7 @@ class Session {
   bool is_exclusive_;
   bool is_read_only_;
   int level_ = 0;
-  // The storage gave the whole transaction up (a full disk): nothing of it may be committed.
+  // SQLite has rolled the whole transaction back (on a full disk): it must not be committed.
   bool is_lost_ = false;
   std::int64_t rollbacks_ = 0;
   std::int64_t data_version_ = 0;

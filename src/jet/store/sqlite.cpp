@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kBusyMilliseconds = 5000;
 
-// Limits of the engine that a statement runs into share one code; the words tell them apart.
+// SQLite reports several limits with one code; only the message distinguishes them.
 void FailWithWords(std::string_view words) {
   if (words.find("integer overflow") != std::string_view::npos) Fail(kOverflow);
   for (const char* const limit : {"too large", "too many", "overflow", "at most"}) {
@@ -32,12 +32,12 @@ void Connection::Open(const std::string& path, Mode mode, bool exclusive) {
     sqlite3_close_v2(std::exchange(handle_, nullptr));
     FailWith(code);
   }
-  // Texts in double quotes are names and nothing else.
+  // Double quotes always enclose names, never texts.
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_busy_timeout(handle_, kBusyMilliseconds);
   Run("PRAGMA cache_size = -16000");
-  // A cascade may come back to the table that it began in.
+  // A cascade may return to the table in which it began.
   Run("PRAGMA recursive_triggers = ON");
   if (exclusive) Run("PRAGMA locking_mode = EXCLUSIVE");
 }

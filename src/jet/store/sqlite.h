@@ -11,7 +11,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-// The storage's engine behind owners that speak in numbered errors only.
+// Owners of SQLite's objects. All failures are numbered errors.
 namespace jet {
 
 // One open storage file. Its statements may outlive it: they then fail with 3420.
@@ -24,24 +24,23 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
   ~Connection() { Close(); }
 
-  // Opens for writing where the file's rights allow it, even when nothing is to be written: what a
-  // process that died left half done is taken back by the first reader.
+  // Opens for writing if the file's rights allow it, even to read only: the first reader rolls back
+  // what a crashed process left behind.
   void Open(const std::string& path, Mode mode, bool exclusive);
   void Close();
   bool IsOpen() const { return handle_ != nullptr; }
-  // False when nothing is open, after a failure that ended it as well.
+  // False also after a failure that ended the transaction.
   bool InTransaction() const;
   sqlite3* Handle() const;  // 3420 when closed
 
   void Run(const std::string& sql);
   std::int64_t ReadInteger(const std::string& sql);  // the first value of the first row
 
-  std::int64_t Changes() const;       // rows touched by the last statement
-  std::int64_t TotalChanges() const;  // by all so far
+  std::int64_t Changes() const;       // rows changed by the last statement
+  std::int64_t TotalChanges() const;  // by all statements
   std::int64_t LastRow() const;
 
-  // A function of ours that fails inside a statement leaves its error here; the statement's own
-  // failure then bears it.
+  // The error of a function called within a statement; the statement then fails with it.
   void NoteError(ports::DatabaseError error) { noted_ = std::move(error); }
   void ClearNotedError() { noted_.reset(); }
 
@@ -53,8 +52,7 @@ class Connection {
   std::optional<ports::DatabaseError> noted_;
 };
 
-// One prepared statement. Parameters and columns count as the storage's engine counts them:
-// parameters from 1, columns from 0.
+// One prepared statement. Parameters count from 1, columns from 0.
 class Statement {
  public:
   Statement() = default;
@@ -71,12 +69,12 @@ class Statement {
   Statement& BindNull(int parameter);
   Statement& Bind(int parameter, std::int64_t value);
   Statement& Bind(int parameter, double value);
-  // The bytes must live until the statement has been run.
+  // The bytes must stay valid until the statement has been run.
   Statement& Bind(int parameter, std::string_view text);
   Statement& BindBytes(int parameter, std::string_view bytes);
 
   bool Step();   // true while there is a row
-  void Reset();  // ends the run; the bindings stay
+  void Reset();  // ends the run, keeps the bindings
   void Run();    // Step and Reset
 
   bool IsNull(int column) const;

@@ -13,7 +13,7 @@
 namespace jet {
 namespace {
 
-// A primary key without a name is called so; other constraints by their first field.
+// An unnamed constraint is named after its first field.
 std::string ConstraintName(const sql::Constraint& constraint) {
   if (!constraint.name.empty()) return constraint.name;
   return constraint.kind == sql::ConstraintKind::kPrimaryKey ? "PrimaryKey"
@@ -55,7 +55,7 @@ class Runner {
     table.name = create.table;
     table.fields = create.fields;
     definitions_.CreateTable(table);
-    // References come last: one may name a key of this very table.
+    // References come last, because one may refer to a key of this table.
     for (const bool are_references : {false, true}) {
       for (const sql::Constraint& constraint : create.constraints) {
         if ((constraint.kind == sql::ConstraintKind::kForeignKey) == are_references)

@@ -9,10 +9,10 @@
 
 namespace jet {
 
-// Runs one action statement of the dialect as a whole; the number of rows it touched.
+// Runs one action statement as a whole and returns the number of rows changed.
 std::int64_t RunStatement(Session& session, const std::string& text);
 
-// The plan of a SELECT statement's rows. 3219 for an action statement.
+// Fails with 3219 for an action statement.
 sql::SelectPlan PlanSelect(Session& session, const std::string& text);
 
 }  // namespace jet

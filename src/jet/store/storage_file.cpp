@@ -45,7 +45,7 @@ StorageFile OpenStorage(const std::string& path, bool exclusive, bool read_only)
     if (!HasCatalogue(*file.connection)) Fail(kUnknownFormat, path);
     if (read_only) file.connection->Run("PRAGMA query_only = ON");
   } catch (...) {
-    // The lock goes last: freeing it while the storage is open could free the storage's own.
+    // The lock is freed last: freeing it while the storage is open could free SQLite's own locks.
     file.connection->Close();
     throw;
   }

@@ -8,19 +8,19 @@
 
 namespace jet {
 
-// A database's file with the lock that its openers respect.
+// An open database file and the lock on it.
 struct StorageFile {
   std::unique_ptr<ports::FileLock> lock;
   std::shared_ptr<Connection> connection;
 };
 
-// Fails as DatabaseEngine::OpenDatabase says.
+// Errors are those of DatabaseEngine::OpenDatabase.
 StorageFile OpenStorage(const std::string& path, bool exclusive, bool read_only);
 
-// A new file with an empty catalogue, locked exclusively. 3204 when the file exists.
+// A new file with an empty catalogue, locked exclusively. Fails with 3204 if the file exists.
 StorageFile CreateStorage(const std::string& path);
 
-// What may be left of a file that is given up; nothing there is fine.
+// Removes what exists of an abandoned file.
 void RemoveStorage(const std::string& path) noexcept;
 
 }  // namespace jet

@@ -78,7 +78,7 @@ void BindValue(Statement& statement, int parameter, const DatabaseValue& value, 
     const auto* const text = std::get_if<std::string>(&value);
     const auto bytes = text == nullptr ? std::nullopt : ParseGuidText(*text);
     if (bytes) {
-      // Sixteen bytes are copied into the statement: they do not outlive this call.
+      // The bytes are copied, because they do not outlive this call.
       sqlite3_bind_blob(statement.Handle(), parameter, bytes->data(),
                         static_cast<int>(bytes->size()), SQLITE_TRANSIENT);
       return;

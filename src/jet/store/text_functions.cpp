@@ -13,10 +13,10 @@
 namespace jet {
 namespace {
 
-// No function makes a longer text out of short ones.
+// The longest result of a function whose arguments are short.
 constexpr std::size_t kMostUnits = std::size_t{1} << 24U;
 constexpr std::int32_t kBinaryComparison = 0;
-constexpr std::int32_t kTextComparison = 1;  // also the database's own way, 2
+constexpr std::int32_t kTextComparison = 1;  // as 2, the database's own order, does
 
 std::u16string Units(const FunctionCall& call, int index) {
   return tmw::Utf8ToUtf16(call.Text(index));
@@ -32,7 +32,7 @@ std::size_t CountAt(const FunctionCall& call, int index) {
   return static_cast<std::size_t>(count);
 }
 
-// The texts at both indexes as they are compared: by their units, or without regard to case.
+// The texts at the index and after it, in the form in which they are compared.
 struct Pair {
   std::u16string text;
   std::u16string sought;
@@ -69,12 +69,12 @@ void Length(FunctionCall& call) {
   call.PutInteger(static_cast<std::int64_t>(Units(call, 0).size()));
 }
 
-// Positions count from 1, 0 stands for "not there".
+// Positions count from 1; 0 means not found.
 void PutPosition(FunctionCall& call, std::size_t found) {
   call.PutInteger(found == std::u16string::npos ? 0 : static_cast<std::int64_t>(found) + 1);
 }
 
-// The text stands at the index, the sought one behind it.
+// The text is at the index, the text to find after it.
 void Find(FunctionCall& call, int index, std::size_t start, std::int32_t comparison) {
   if (start == 0) Fail(kInvalidCall);
   const Pair pair = ComparedPair(call, index, comparison);
@@ -157,7 +157,7 @@ void Repeated(FunctionCall& call) {
   PutUnits(call, std::u16string(count, unit));
 }
 
-// The result begins at the start.
+// The result begins at the start position.
 void Replace(FunctionCall& call) {
   const std::int32_t start = call.WholeOr(3, 1);
   std::int32_t left = call.WholeOr(4, -1);

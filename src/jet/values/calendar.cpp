@@ -60,7 +60,6 @@ std::int64_t DayOf(const tmw::DateParts& parts) {
   return DayNumber(parts.year, parts.month, parts.day);
 }
 
-// Days and seconds of the day as a moment; 5 when it is out of range.
 double Moment(std::int64_t day, std::int64_t second) {
   const auto whole = static_cast<double>(day);
   const double time = static_cast<double>(second) / static_cast<double>(kSecondsPerDay);
@@ -92,7 +91,7 @@ std::int32_t WeekOf(std::int64_t day, std::int32_t year, WeekRules rules) {
 
 double AddMonths(const tmw::DateParts& parts, std::int64_t count) {
   const std::int64_t month = parts.month + count;
-  // Beyond the years of dates the calendar below need not go.
+  // Keeps the arithmetic below within the range of std::chrono.
   if (std::abs(count) > 200000) Fail(kInvalidCall);
   const std::int64_t first = DayNumber(parts.year, month, 1);
   const std::int64_t last = DayNumber(parts.year, month + 1, 1) - 1;
@@ -207,7 +206,7 @@ std::int64_t IntervalsBetween(double from, double to, Interval interval, WeekRul
 
 double DateOf(std::int64_t year, std::int64_t month, std::int64_t day) {
   if (year >= 0 && year < 100) year = FullYear(static_cast<std::int32_t>(year), true);
-  // More years than any date has: the calendar below need not go there.
+  // Keeps the arithmetic below within the range of std::chrono.
   if (std::abs(year) > 15000 || std::abs(month) > 200000) Fail(kInvalidCall);
   return Moment(DayNumber(year, month, day), 0);
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-// Arithmetic with moments (days since 1899-12-30) and the names of months and days.
+// Date arithmetic (dates are days since 1899-12-30) and the names of months and days. Errors are 5.
 namespace jet {
 
 enum class Interval {
@@ -21,32 +21,31 @@ enum class Interval {
   kSecond,
 };
 
-// "yyyy", "q", "m", "y", "d", "w", "ww", "h", "n" or "s"; 5 for any other text.
+// "yyyy", "q", "m", "y", "d", "w", "ww", "h", "n" or "s"; fails for any other text.
 Interval ParseInterval(std::string_view text);
 
-// Days of the week count from 1, Sunday. The first week of a year is the one with its first day,
-// with four of its days, or the first whole one.
+// Days of the week count from 1 (Sunday). Week 1 of a year is the one that contains 1 January (1),
+// the first with at least four days (2), or the first full week (3).
 struct WeekRules {
   std::int32_t first_day = 1;
   std::int32_t first_week = 1;
 };
 
-// 0 stands for the system's way: weeks begin on Monday, the first one with the year. 5 for numbers
+// 0 is the system's default: weeks begin on Monday, week 1 contains 1 January. Fails for numbers
 // out of range.
 WeekRules MakeWeekRules(std::int32_t first_day, std::int32_t first_week);
 
-// A part of a moment, which must be in range.
+// The date must be in range.
 std::int32_t PartOf(double days, Interval interval, WeekRules rules);
 
-// So many intervals further on; a day that the month lacks becomes its last one. 5 when the result
-// is no date.
+// A day past the end of the month becomes its last day. Fails if the result is out of range.
 double AddIntervals(double days, Interval interval, std::int32_t count);
 
-// How many borders of intervals lie between two moments (kWeekday: whole weeks).
+// The number of interval boundaries between two dates (kWeekday: whole weeks).
 std::int64_t IntervalsBetween(double from, double to, Interval interval, WeekRules rules);
 
-// Parts out of their range carry over; years 0-29 are 2000-2029, 30-99 are 1930-1999. 5 when the
-// result is no date.
+// Parts outside their range carry over; years 0-29 are 2000-2029, 30-99 are 1930-1999. Fails if
+// the result is out of range.
 double DateOf(std::int64_t year, std::int64_t month, std::int64_t day);
 
 // 1 is January, 1 is Sunday.

@@ -75,7 +75,7 @@ DatabaseValue ToBoolean(const DatabaseValue& value, std::int32_t mismatch_number
 DatabaseValue ToCurrencyValue(const DatabaseValue& value, std::int32_t mismatch_number) {
   const auto* const text = std::get_if<std::string>(&value);
   if (text != nullptr) {
-    // Digits are taken as they stand, so that nothing is lost to a double on the way.
+    // Read digit by digit, because a double would lose some of them.
     std::string digits = tmw::Trim(*text);
     std::replace(digits.begin(), digits.end(), ',', '.');
     if (const std::optional<std::int64_t> exact = tmw::ReadCurrency(digits))

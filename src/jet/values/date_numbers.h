@@ -6,17 +6,16 @@
 
 #include "foundation/date_parts.h"
 
-// What dates and times of day are made of, whatever the order.
+// The parts that all forms of dates and times share.
 namespace jet {
 
-// The numbers, of up to four digits each, of a text that consists of them and one separator; empty
-// when it has another form.
+// The numbers of a text such as "1/2/2003", up to four digits each; empty for any other form.
 std::vector<std::int32_t> NumbersBetween(std::string_view text, char separator);
 
-// Reads H:MM or H:MM:SS into the parts, out of range or not; returns false for another form.
+// Reads H:MM or H:MM:SS without checking ranges; returns false for any other form.
 bool ReadTimeOfDay(std::string_view text, tmw::DateParts& parts);
 
-// A year of two digits: 0-29 are 2000-2029, 30-99 are 1930-1999. Any other stays as it is.
+// Years of two digits: 0-29 are 2000-2029, 30-99 are 1930-1999. Any other year is returned as is.
 std::int32_t FullYear(std::int32_t year, bool is_short);
 
 }  // namespace jet

@@ -46,7 +46,7 @@ constexpr std::array<NamedPattern, 14> kNamed = {{
     {"short time", "hh:nn"},
 }};
 
-// Calls action(position) for each byte of a pattern that is neither quoted nor escaped.
+// Calls action(position) for each byte of the pattern that is neither quoted nor escaped.
 template <typename Action>
 void ForEachBare(std::string_view pattern, Action action) {
   bool is_quoted = false;
@@ -61,7 +61,7 @@ void ForEachBare(std::string_view pattern, Action action) {
   }
 }
 
-// The sections between ";", quoted and escaped ones apart.
+// Splits at each ";" that is neither quoted nor escaped.
 std::vector<std::string_view> Sections(std::string_view pattern) {
   std::vector<std::string_view> sections;
   std::size_t begin = 0;
@@ -74,7 +74,7 @@ std::vector<std::string_view> Sections(std::string_view pattern) {
   return sections;
 }
 
-// The marks of a pattern, without what is quoted or escaped.
+// The pattern in lower case without its quoted and escaped parts.
 std::string BareMarks(std::string_view pattern) {
   std::string marks;
   ForEachBare(pattern, [&](std::size_t i) { marks += pattern[i]; });
@@ -98,7 +98,7 @@ std::optional<double> AsNumber(const DatabaseValue& value) {
   return std::get<double>(number);
 }
 
-// "12345.678" of a number without its sign: as many digits as its kind is exact to.
+// The number without its sign as "12345.678", with as many digits as its type is exact to.
 std::string Digits(const DatabaseValue& value, double number) {
   std::array<char, 400> buffer{};
   const int exact = std::holds_alternative<float>(value) ? 7 : 15;
@@ -123,8 +123,8 @@ std::string FormatNumber(const DatabaseValue& value, double number, std::string_
   return number < 0 && !is_zero ? "-" + text : text;
 }
 
-// Characters fill the places from the right, or from the left behind "!"; what is too much stands
-// at the first place.
+// Characters fill the placeholders from the right, or from the left after "!"; surplus characters
+// go to the first placeholder.
 std::string FormatText(std::string_view value, std::string_view pattern) {
   const std::vector<std::string_view> sections = Sections(pattern);
   const std::string_view section = value.empty() && sections.size() > 1 ? sections[1] : sections[0];

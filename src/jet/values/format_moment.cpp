@@ -36,7 +36,7 @@ class MomentWriter {
   }
 
  private:
-  // ASCII only, so that positions stay the same.
+  // ASCII only, so that positions do not change.
   static std::string Lower(std::string_view text) {
     std::string lower(text);
     for (char& c : lower) {
@@ -63,7 +63,7 @@ class MomentWriter {
       WritePart(c, end - at_);
       at_ = end;
     } else {
-      // The day's separator under these settings.
+      // "/" is the date separator, which is "." under Russian settings.
       text_ += c == '/' ? '.' : pattern_[at_];
       ++at_;
     }
@@ -79,7 +79,7 @@ class MomentWriter {
       text_ += pattern_[is_morning ? at_ : at_ + 2];
       at_ += 3;
     } else if (rest.starts_with("ampm")) {
-      at_ += 4;  // the system's words for the halves of the day are empty
+      at_ += 4;  // Russian settings have no AM and PM designators
     } else {
       return false;
     }

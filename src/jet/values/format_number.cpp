@@ -7,14 +7,14 @@
 
 #include "jet/errors.h"
 
-// The work is done on decimal digits, so that what the user sees as a half is rounded as one.
+// Works on decimal digits, so that a half as the user sees it is rounded as a half.
 namespace jet {
 namespace {
 
 constexpr const char* kThousands = "\u00A0";
 constexpr std::size_t kMostPlaces = 400;
 
-// Digits without a point; the point stands behind the first so many of them.
+// Digits without the decimal point, and the number of digits before it.
 struct Decimal {
   std::string digits;
   std::int32_t point = 0;
@@ -35,7 +35,7 @@ Decimal ReadDecimal(std::string_view text) {
   return decimal;
 }
 
-// To so many digits behind the point, halves away from zero.
+// Rounds to a number of digits after the point, halves away from zero.
 void RoundTo(Decimal& decimal, std::int32_t places) {
   const std::int32_t kept = decimal.point + places;
   if (kept >= static_cast<std::int32_t>(decimal.digits.size())) return;
@@ -64,14 +64,14 @@ struct Mark {
   std::string text;
 };
 
-// One section of a pattern, taken apart.
+// One parsed section of a pattern.
 struct Section {
   std::vector<Mark> marks;
-  std::int32_t whole_places = 0;  // marks of digits before the point
+  std::int32_t whole_places = 0;  // digit placeholders before the point
   std::int32_t fraction_places = 0;
   bool has_point = false;
   bool is_grouped = false;
-  std::int32_t shift = 0;  // the point's, for % and for commas behind the whole places
+  std::int32_t shift = 0;  // of the point, from % and trailing commas
   std::size_t exponent_places = 0;
   bool has_exponent = false;
 };
@@ -126,7 +126,7 @@ class SectionReader {
 
   void ReadDigit(char c) {
     if (section_.has_exponent) return;
-    // Commas between places group, commas behind the last one divide by a thousand each.
+    // A comma between placeholders groups thousands, each one after the last divides by 1000.
     if (!section_.has_point && section_.whole_places > 0 && commas_ > 0) section_.is_grouped = true;
     commas_ = 0;
     ++(section_.has_point ? section_.fraction_places : section_.whole_places);
@@ -189,7 +189,7 @@ class SectionWriter {
           }
           break;
         case Mark::kPoint:
-          // Digits that no mark before the point stands for are shown all the same.
+          // Whole digits are shown even if there is no placeholder for them.
           if (section_.whole_places == 0 && decimal_.point > 0) PutWhole(0, false);
           if (!is_behind_point) text_ += ',';
           is_behind_point = true;
@@ -206,7 +206,7 @@ class SectionWriter {
   }
 
  private:
-  // The place counts from the point; the first mark shows all digits to its left as well.
+  // Places count from the point to the left; the first placeholder shows all digits to its left.
   void PutWhole(std::int32_t place, bool is_shown_always) {
     std::int32_t from = place;
     if (place == section_.whole_places) from = std::max(from, decimal_.point);

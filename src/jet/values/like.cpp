@@ -14,14 +14,14 @@ std::u16string Folded(std::string_view text) {
   return tmw::Utf8ToUtf16(tmw::LowerCase(text));
 }
 
-// Ranges follow the sort order, in which ё stands between е and ж.
+// Ranges follow the sort order, in which ё is between е and ж.
 bool IsWithin(char16_t c, char16_t low, char16_t high) {
   const std::string text = tmw::Utf16ToUtf8({&c, 1});
   return CompareTexts(tmw::Utf16ToUtf8({&low, 1}), text) <= 0 &&
          CompareTexts(text, tmw::Utf16ToUtf8({&high, 1})) <= 0;
 }
 
-// One "[...]" of a pattern; position stands on the bracket and is moved behind the closing one.
+// Matches the "[...]" at the position, which moves past the closing bracket.
 bool MatchesSet(char16_t c, std::u16string_view pattern, std::size_t& position) {
   const std::size_t end = pattern.find(u']', position + 1);
   if (end == std::u16string_view::npos)
@@ -42,14 +42,14 @@ bool MatchesSet(char16_t c, std::u16string_view pattern, std::size_t& position) 
   return is_in != is_negated;
 }
 
-// The characters that stand for any text, one character and one digit.
+// The wildcards for any text, one character and one digit.
 struct Marks {
   char16_t any;
   char16_t one;
   char16_t digit;
 };
 
-// True when the character fits the pattern's element at the position, which is moved behind it.
+// Matches the element of the pattern at the position, which moves past the element.
 bool MatchesOne(char16_t c, std::u16string_view pattern, std::size_t& position, Marks marks) {
   const char16_t element = pattern[position];
   if (element == u'[') return MatchesSet(c, pattern, position);
@@ -62,7 +62,7 @@ bool MatchesOne(char16_t c, std::u16string_view pattern, std::size_t& position, 
 }  // namespace
 
 bool MatchesLike(std::string_view text, std::string_view pattern, Wildcards wildcards) {
-  // ANSI's wildcards have none for digits.
+  // There is no ANSI wildcard for a digit.
   const Marks marks =
       wildcards == Wildcards::kJet ? Marks{u'*', u'?', u'#'} : Marks{u'%', u'_', u'\0'};
   const std::u16string subject = Folded(text);
@@ -70,7 +70,7 @@ bool MatchesLike(std::string_view text, std::string_view pattern, Wildcards wild
   constexpr std::size_t kNone = std::u16string::npos;
   std::size_t at = 0;
   std::size_t element = 0;
-  std::size_t star = kNone;  // the last "*" and where the text stood when it was met
+  std::size_t star = kNone;  // the last "*", and the position in the text when it was reached
   std::size_t star_at = 0;
   while (at < subject.size()) {
     if (element < wanted.size() && wanted[element] == marks.any) {

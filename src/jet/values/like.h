@@ -9,8 +9,8 @@ enum class Wildcards {
   kAnsi,  // % _
 };
 
-// The wildcards of Jet: * any text, ? one character, # one digit, [a-z] one of a set, [!a-z] one
-// outside of it. Letter case does not count. An unclosed "[" fails with 3075.
+// Jet's wildcards: * any text, ? one character, # one digit, [a-z] one of a set, [!a-z] one not in
+// the set. Case is ignored. Fails with 3075 for an unclosed "[".
 bool MatchesLike(std::string_view text, std::string_view pattern,
                  Wildcards wildcards = Wildcards::kJet);
 

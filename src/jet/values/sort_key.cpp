@@ -55,8 +55,7 @@ const WeightTable& Weights() {
   return table;
 }
 
-// Reads a text character by character. Texts of the database are well-formed UTF-8; anything else
-// is read byte by byte.
+// Reads a text by characters, without its trailing blanks. Malformed UTF-8 is read by bytes.
 class Reader {
  public:
   explicit Reader(std::string_view text) : text_(text) {
@@ -85,8 +84,8 @@ bool HasWeight(const Weight& weight) {
   return weight.primary != 0 || weight.ignored_code != 0;
 }
 
-// One number per character that sorts like its primary bytes; 0 for the end of the text. Tells of
-// characters that count on the later levels only.
+// A number per character that sorts like its primary bytes; 0 at the end of the text. Sets
+// has_later_levels if a character has weights of the later levels.
 std::uint32_t NextPrimary(Reader& reader, bool& has_later_levels) {
   while (!reader.AtEnd()) {
     const char32_t c = reader.Next();
@@ -103,7 +102,7 @@ void Put(std::string& bytes, std::uint32_t byte) {
   bytes.push_back(static_cast<char>(byte & 0xFFU));
 }
 
-// The three parts of a key while it grows.
+// The three levels of a key being built.
 struct KeyParts {
   std::string primaries;
   std::string accents;

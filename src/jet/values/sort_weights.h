@@ -3,13 +3,12 @@
 #include <array>
 #include <cstdint>
 
-// Sort weights of the sort order "General" (LCID 1033, version 0) for the characters of code page
-// 1251, by their bytes.
+// Weights of the sort order "General" (LCID 1033, version 0), indexed by the bytes of code page
+// 1251.
 namespace jet::sort_weights {
 
-// A character has a primary weight of one byte (then the low byte is 0) or two. Beside it, an
-// accented letter has the weight of its accent; a character that the order ignores at first has no
-// primary weight but a code. All zero: no weight at all.
+// A primary weight is one byte (the low byte is 0) or two. An accented letter also has an accent
+// weight; a character that is ignored on the first level has only a code. All zero: no weight.
 struct Weight {
   std::uint16_t primary;
   std::uint8_t accent;

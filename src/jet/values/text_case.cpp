@@ -9,10 +9,10 @@ namespace jet {
 namespace {
 
 constexpr char32_t kPlaneSize = 0x10000;
-// Its small letter has no capital of one character: "ß" stays as it is.
+// Its small letter "ß" has no capital of one character and is left unchanged.
 constexpr char32_t kCapitalSharpS = 0x1E9E;
 
-// Of several capitals with one small letter the first in Unicode's order is the usual one.
+// If several capitals share a small letter, the one with the lowest code point is the usual one.
 std::vector<char16_t> MakeCapitals() {
   std::vector<char16_t> capitals(kPlaneSize, 0);
   for (char32_t capital = 0; capital < kPlaneSize; ++capital) {

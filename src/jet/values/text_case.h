@@ -5,7 +5,7 @@
 
 namespace jet {
 
-// Unicode's simple upper-case mapping, the reverse of tmw::LowerCase; independent of the locale.
+// Unicode's simple upper-case mapping, the inverse of tmw::LowerCase, in any locale.
 std::string UpperCase(std::string_view text);
 
 }  // namespace jet

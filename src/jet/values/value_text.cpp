@@ -67,7 +67,6 @@ std::int32_t HexDigit(char c) {
   return -1;
 }
 
-// Where the dashes of a GUID's text stand.
 bool IsDashPlace(std::size_t position) {
   return position == 8 || position == 13 || position == 18 || position == 23;
 }

@@ -6,8 +6,7 @@
 
 namespace jet {
 
-// What is known of an expression's value before it is computed. The numbers are handed to the
-// functions that convert values at run time.
+// The static type of an expression. Functions that convert values at run time get its number.
 enum class ValueType : std::int32_t {
   kUnknown = 0,
   kNull = 1,
@@ -19,12 +18,12 @@ enum class ValueType : std::int32_t {
   kDate = 7,
   kText = 8,
   kBinary = 9,
-  kStoredCurrency = 10,  // ten-thousandths, as a column holds them
+  kStoredCurrency = 10,  // ten-thousandths, as in a column
   kStoredGuid = 11,      // 16 bytes
 };
 
 ValueType TypeOfField(ports::DataType type);
-// The field type that holds computed values of a type.
+// The field type that can hold computed values of a type.
 ports::DataType TypeOfColumn(ValueType type);
 
 }  // namespace jet

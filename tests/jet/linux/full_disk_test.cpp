@@ -24,7 +24,7 @@ TEST_F(FullDiskTest, NothingOfATransactionThatTheDiskEndedIsCommitted) {
     engine->BeginTrans();
     EXPECT_EQ(Run("update T set М = 'новое'"), 0);
     EXPECT_EQ(Run("insert into T values (2, 'малое')"), 0);
-    // More than the storage holds back in memory.
+    // More than SQLite caches in memory.
     std::int32_t error = 0;
     for (int i = 10; i < 400 && error == 0; ++i)
       error = Run("insert into T values (" + std::to_string(i) + insert.substr(insert.find(',')));

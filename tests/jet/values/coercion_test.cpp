@@ -29,7 +29,7 @@ TEST(Coercion, AssignmentConvertsToTheFieldsTypeOrFails) {
       {NullValue{}, DataType::kLong, "Null"},
       {EmptyValue{}, DataType::kText, "Null"},
       {NullValue{}, DataType::kBoolean, "False"},
-      // whole numbers round halves to even and keep to their range
+      // whole numbers round halves to even and are range-checked
       {0.5, DataType::kByte, "Byte 0"},
       {1.5, DataType::kByte, "Byte 2"},
       {255.4, DataType::kByte, "Byte 255"},
@@ -56,12 +56,12 @@ TEST(Coercion, AssignmentConvertsToTheFieldsTypeOrFails) {
       {1e16, DataType::kCurrency, "error 3421"},
       {DecimalValue{"12.3456"}, DataType::kCurrency, "Currency 12.3456"},
       {CurrencyValue{15000}, DataType::kDouble, "Double 1.5"},
-      // floating numbers
+      // floating-point numbers
       {0.1, DataType::kSingle, "Single 0.1"},
       {1e39, DataType::kSingle, "error 3421"},
       {std::string("-1,5e-300"), DataType::kDouble, "Double -1.5E-300"},
       {std::string("nan"), DataType::kDouble, "error 3421"},
-      // truth
+      // Booleans
       {0.001, DataType::kBoolean, "True"},
       {std::string("Yes"), DataType::kBoolean, "True"},
       {std::string("off"), DataType::kBoolean, "False"},
