@@ -35,6 +35,9 @@ class PageFile {
   virtual Status Flush() = 0;
 
   virtual Status Close() = 0;
+
+  // Whether that failure says that the disk is full.
+  virtual bool MeansFull(SystemCode code) const = 0;
 };
 
 enum class PageFileMode {

@@ -65,6 +65,7 @@ class MemoryPageFile final : public ports::PageFile {
     is_closed = true;
     return ports::Status::Success();
   }
+  bool MeansFull(ports::SystemCode code) const override { return code == kDiskFull; }
 
  private:
   bool TakeOperation() {

@@ -80,6 +80,10 @@ class LinuxPageFile final : public PageFile {
     return close(descriptor_.Release()) == 0 ? Status::Success() : Status::Failure(errno);
   }
 
+  bool MeansFull(ports::SystemCode code) const override {
+    return code == ENOSPC || code == EDQUOT || code == EFBIG;
+  }
+
  private:
   UniqueDescriptor descriptor_;
 };

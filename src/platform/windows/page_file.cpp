@@ -92,6 +92,11 @@ class WindowsPageFile final : public PageFile {
                                                    : Status::Failure(LastError());
   }
 
+  bool MeansFull(ports::SystemCode code) const override {
+    return code == static_cast<ports::SystemCode>(ERROR_DISK_FULL) ||
+           code == static_cast<ports::SystemCode>(ERROR_HANDLE_DISK_FULL);
+  }
+
  private:
   UniqueFileHandle handle_;
 };
