@@ -37,6 +37,7 @@ constexpr ErrorText kTexts[] = {
     {kNoTransaction, "Нет начатой транзакции, которую можно было бы завершить или отменить."},
     {kDiskError, "Ошибка диска или сети при обращении к базе данных."},
     {kFileInUse, "Невозможно открыть файл \"%1\": он уже используется."},
+    {kRecordTooLong, "Слишком длинная запись или ключ индекса в таблице \"%1\"."},
     {kDatabaseDamaged, "База данных \"%1\" повреждена: %2."},
     {kNoPermission, "Нет доступа к файлу \"%1\": нужны права на его чтение и изменение."},
     {kNullInIndex, "Ключ или индекс не может содержать значение Null (поле \"%1\")."},
@@ -73,7 +74,8 @@ constexpr ErrorText kTexts[] = {
     {kFieldTooSmall, "Поле слишком мало для такого количества данных%1."},
     {kFieldNotUpdatable, "Поле \"%1\" изменить нельзя."},
     {kRecordDeleted, "Запись удалена."},
-    {kTooManyFields, "Слишком много полей."},
+    {kDatabaseTooLarge, "База данных стала бы больше, чем допускает формат (2 ГБ)."},
+    {kTooManyFields, "Слишком много полей%1."},
     {kFieldDefinedTwice, "Поле \"%1\" определено более одного раза."},
     {kRelatedRecords, "Запись нельзя удалить или изменить: с ней связаны записи таблицы \"%1\"."},
     {kNoRelatedRecord,
@@ -85,6 +87,7 @@ constexpr ErrorText kTexts[] = {
     {kInvalidFieldType, "Недопустимый тип поля \"%1\"."},
     {kNoFieldsDefined, "В определении \"%1\" нет полей."},
     {kItemNotFound, "Элемент \"%1\" не найден в этой коллекции."},
+    {kTooManyIndexFields, "В индексе \"%1\" таблицы \"%2\" больше 10 полей."},
     {kFieldNeededByIndex, "Поле \"%1\" входит в индекс и не может быть удалено."},
     {kUsedInRelation, "Индекс или таблицу \"%1\" удалить нельзя: они участвуют в связи."},
     {kPrimaryKeyExists, "Первичный ключ уже существует."},
@@ -119,6 +122,7 @@ constexpr ErrorText kTexts[] = {
     {kTypeMismatch, "Несоответствие типов данных в выражении%1."},
     {kNoUniqueReference,
      "В таблице \"%1\" нет уникального индекса по полям, на которые ссылается связь."},
+    {kTooManyIndexes, "В таблице \"%1\" больше 32 индексов (вместе с индексами её связей)."},
 };
 
 std::string Filled(std::string_view pattern, std::string_view first, std::string_view second) {

@@ -31,6 +31,7 @@ enum ErrorNumber : std::int32_t {
   kNoTransaction = 3034,
   kDiskError = 3043,
   kFileInUse = 3045,
+  kRecordTooLong = 3047,
   kDatabaseDamaged = 3049,
   kNoPermission = 3051,
   kNullInIndex = 3058,
@@ -67,6 +68,7 @@ enum ErrorNumber : std::int32_t {
   kFieldTooSmall = 3163,
   kFieldNotUpdatable = 3164,
   kRecordDeleted = 3167,
+  kDatabaseTooLarge = 3183,
   kTooManyFields = 3190,
   kFieldDefinedTwice = 3191,
   kRelatedRecords = 3200,
@@ -78,6 +80,7 @@ enum ErrorNumber : std::int32_t {
   kInvalidFieldType = 3259,
   kNoFieldsDefined = 3264,
   kItemNotFound = 3265,
+  kTooManyIndexFields = 3277,
   kFieldNeededByIndex = 3280,
   kUsedInRelation = 3281,
   kPrimaryKeyExists = 3283,
@@ -110,6 +113,7 @@ enum ErrorNumber : std::int32_t {
   kConversion = 3421,
   kTypeMismatch = 3464,
   kNoUniqueReference = 3609,
+  kTooManyIndexes = 3626,
 };
 
 // The error of that number with the arguments filled into its text.

@@ -129,6 +129,10 @@ inline constexpr std::uint32_t kInline = 0x80000000;       // the value follows 
 inline constexpr std::uint32_t kSingleRow = 0x40000000;    // one row holds it; else a chain of rows
 inline constexpr Field<std::uint32_t> kNextInChain{0x00};  // of a row of a chain; 0 in the last
 inline constexpr std::size_t kChainPayload = 0x04;
+// How a value is written follows from its length, that of a text before compression.
+inline constexpr std::size_t kLongestInline = 64;
+inline constexpr std::size_t kLongestSingleRow = 3816;  // may be compressed, like an inline text
+inline constexpr std::size_t kChainPiece = 4072;        // bytes of the value in a row of a chain
 }  // namespace long_value
 
 // A table's definition. Its pages form a chain; what follows the head of each page, put together,
@@ -202,7 +206,7 @@ inline constexpr Field<std::uint16_t> kKeyColumnId{0x00};  // kNoColumn in an un
 inline constexpr Field<std::uint8_t> kKeyDirection{0x02};
 inline constexpr std::uint16_t kNoColumn = 0xFFFF;
 inline constexpr std::uint8_t kAscending = 1;
-inline constexpr std::uint8_t kDescending = 2;
+inline constexpr std::uint8_t kDescending = 0;
 inline constexpr Field<std::uint32_t> kPagesMap{0x22};
 inline constexpr Field<std::uint32_t> kRoot{0x26};
 inline constexpr Field<std::uint32_t> kUnjudged{0x2A};

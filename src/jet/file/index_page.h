@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "jet/file/page_buffer.h"
 #include "jet/file/page_view.h"
 #include "jet/file/row_pointer.h"
 
@@ -41,6 +43,36 @@ class IndexPage {
   PageView page_;
   std::string_view prefix_;
   std::vector<std::size_t> ends_;  // offsets on the page
+};
+
+// Gathers the entries of one page of an index, in their order.
+class IndexPagePacker {
+ public:
+  // What stands in the head of the page besides.
+  struct Head {
+    PageNumber owner = 0;
+    std::uint8_t height = 0;  // 0 for a leaf
+    PageNumber previous = 0;  // leaves
+    PageNumber next = 0;
+    PageNumber last_child = 0;  // nodes
+  };
+
+  // False when the page has no room for the entry. Only entries of leaves may share a beginning.
+  bool TryAdd(std::string_view entry, bool may_share);
+
+  std::size_t Size() const { return ends_.size(); }
+  std::string_view Last() const { return At(Size() - 1); }
+  void RemoveLast();
+
+  PageBuffer Pack(const Head& head) const;
+  void Clear();
+
+ private:
+  std::string_view At(std::size_t entry) const;
+
+  std::string bytes_;              // of whole entries
+  std::vector<std::size_t> ends_;  // of the entries in them
+  std::size_t prefix_ = 0;         // 0 while the page holds its entries whole
 };
 
 // An entry taken apart; both views live as long as its bytes.

@@ -26,4 +26,8 @@ inline constexpr std::size_t kBinaryLength = 510;
 inline constexpr std::size_t kIndexColumns = 10;
 inline constexpr std::size_t kIndexesWritten = 32;  // real ones, and logical ones
 
+// Writing.
+inline constexpr std::size_t kIndexKeyLength = 3608;    // one entry of a node has to fit a page
+inline constexpr std::size_t kSortMemory = 48U << 20U;  // for the keys of one table
+
 }  // namespace jet::file::limits
