@@ -81,7 +81,8 @@ class Exhibition final : public ports::ProgressViewEvents {
     view_.SetPace(state_.pace);
     view_.SetButton(ui_texts::kCancel, state_.can_cancel);
     if (is_question_) {
-      ports::CurrentPorts().front_end->AskYesNo(box_titles::kProductUpdate, ui_texts::kCancelQuestion);
+      ports::CurrentPorts().front_end->AskYesNo(box_titles::kProductUpdate,
+                                                ui_texts::kCancelQuestion);
     }
   }
 
