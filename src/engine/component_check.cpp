@@ -21,7 +21,7 @@ bool Refuse(const std::string& message, const std::string& file) {
   return false;
 }
 
-// The words for what is wrong with the file, or null.
+// Returns the words for what is wrong with the file, or null.
 const char* FindFault(const std::string& file, std::int32_t length, const std::string& hash) {
   if (GetFileLength(file) != length) return engine_texts::kLengthDiffers;
   return GetFileHash(file) != hash ? engine_texts::kHashDiffers : nullptr;

@@ -15,7 +15,7 @@ struct ComponentFacts {
   std::string Name;                 // installed
   std::int32_t PackType = 0;        // unchecked
   std::int32_t ServerSize = 0;      // bytes
-  std::int32_t ExpectedLength = 0;  // bytes, unpacked; -1 when it is not known
+  std::int32_t ExpectedLength = 0;  // bytes, unpacked; -1: not known
   std::string ExpectedHash;
 };
 
@@ -23,17 +23,17 @@ struct ComponentFacts {
 // report.
 bool IsLoadedFileReusable(const std::string& loaded, const ComponentFacts& expected);
 
-// From the downloaded package to the unpacked file beside it; the package is deleted.
+// Unpacks the downloaded package into the file beside it and deletes the package.
 bool UnpackComponent(const ComponentPlaces& places, const ComponentFacts& expected);
 
-// Length and hash of the unpacked file, or the hash of its text.
+// Checks length and hash of the unpacked file, or the hash of its text.
 bool VerifyComponent(const std::string& unpacked, const ComponentFacts& expected);
 
-// Existence, length and hash of a package of several files.
+// Checks existence, length and hash of a package of several files.
 bool VerifyPackage(const std::string& url, const std::string& file, const WuPackage& package);
 
-// The integrity data that an unpacked file carries, and those of a package. CheckFileCrc deletes
-// the file that fails; CheckFileCrcEx leaves it to its caller.
+// Check the integrity data of an unpacked file, and those of a package. CheckFileCrc deletes a file
+// that fails; CheckFileCrcEx leaves it to its caller.
 bool CheckFileCrc(const std::string& file);
 bool CheckFileCrcEx(const std::string& file);
 

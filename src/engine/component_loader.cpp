@@ -16,7 +16,7 @@
 namespace tmw {
 namespace {
 
-constexpr std::int32_t kNoLength = -1;  // of a table: only the hash of its text is known
+constexpr std::int32_t kNoLength = -1;  // of a table; its text is verified by the hash alone
 
 }  // namespace
 
@@ -56,7 +56,7 @@ bool ComponentLoader::DownloadTables(const std::vector<WuTableNode>& tables) {
     if (table.NeedUpdate) {
       const ComponentFacts expected{table.TableName + std::string(names::kTableEnding), kPackText,
                                     table.SrvSize, kNoLength, table.Hash};
-      // The server's name is made of the table's, whatever SrvFile says.
+      // The name on the server is made from the table's name; SrvFile does not count.
       if (!DownloadSrvFile(expected, table.TableName + std::string(names::kPackedTableEnding)))
         return false;
     }
@@ -66,7 +66,7 @@ bool ComponentLoader::DownloadTables(const std::vector<WuTableNode>& tables) {
 }
 
 bool ComponentLoader::DownloadDatabasePackages(const Manifest& manifest) {
-  // An earlier form of the same release may have left scripts that this one does not have.
+  // An earlier form of the same release may have left files that this one does not have.
   DeleteFiles(JoinPath(release_.Scripts, std::string(names::kScriptMask)), true);
   DeleteFiles(JoinPath(release_.Structures, "*" + std::string(names::kTableStructureEnding)), true);
   return DownloadSrvMiltiFiles(release_.Scripts, manifest.ScriptsPackage, false) &&
@@ -124,7 +124,7 @@ bool ComponentLoader::Transfer(const std::string& url, const std::string& target
     try {
       return downloader_.DownloadFile(url, target, true);
     } catch (...) {
-      // The bytes received so far must not be continued: they alone are too many.
+      // A later run must not continue this part: it is too long already.
       if (is_too_much_) DeleteFile(target + std::string(names::kPartEnding), true);
       throw;
     }

@@ -20,8 +20,8 @@ class ComponentLoader final : private DownloaderEvents {
   ComponentLoader(UpdaterEvents& events, ReleasePaths release, std::string loading_url);
 
   // volume: the end of the progress bar. A client installation gets no tables and no database
-  // packages. Returns false if a component cannot be had, which has been reported, or if the user
-  // has cancelled.
+  // packages. Returns false if a component cannot be loaded, which has been reported, or if the
+  // user has cancelled.
   bool DownloadNecessaryFiles(const Manifest& manifest, std::int32_t volume, bool is_client);
 
  private:
@@ -33,8 +33,8 @@ class ComponentLoader final : private DownloaderEvents {
                              bool empty_folder_first);
   bool Transfer(const std::string& url, const std::string& target);
 
-  // Progress in bytes over all components. Each moves the bar by its announced size, however much
-  // it brings.
+  // Progress in bytes over all components. Each moves the bar by its announced size, however many
+  // bytes arrive.
   void StartFileProgress(std::int32_t bytes);
   void FinishFileProgress();
   void OnChunkLoaded(bool is_skipped, std::int32_t byte_count) override;
@@ -47,7 +47,7 @@ class ComponentLoader final : private DownloaderEvents {
   InetFileDownloader downloader_;
 
   std::int32_t position_ = 0;
-  std::string url_;  // of the component under way, as all that follows
+  std::string url_;  // of the component under way, as are the following
   std::int32_t start_ = 0;
   std::int32_t end_ = 0;
   std::int32_t received_ = 0;

@@ -23,7 +23,7 @@ void PlaceReferenceDatabase(const std::string& built) {
   DeleteFile(built);
 }
 
-// Only into a folder that the product has: one that keeps no scripts gets none.
+// A product that has no folder for scripts gets none.
 void PlaceScripts(const std::string& folder) {
   const std::string installed = InstalledScriptsFolder();
   if (!IsFolderExists(installed)) return;
@@ -54,7 +54,7 @@ bool DatabaseUpdate::BuildReference() {
 }
 
 bool DatabaseUpdate::BuildWorking() {
-  // What is written to the user database from here on may not be in the copy.
+  // Changes to the user database from here on may be missing in the copy.
   user_rows_hash_ = HashOfUserRows();
   return BuildWorkingDB(build_, events_);
 }

@@ -30,7 +30,7 @@ class DatabaseUpdate {
  private:
   UpdaterEvents& events_;
   DatabaseBuild build_;
-  std::string user_rows_hash_;  // from before the working database was made of them
+  std::string user_rows_hash_;  // from before the working database was copied
 };
 
 }  // namespace tmw

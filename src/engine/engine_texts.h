@@ -38,8 +38,8 @@ inline std::string VolumeQuestion(const std::string& size) {
 
 inline std::string NoTempFolder(const std::string& folder) {
   return "Невозможно создать временную папку для загрузки " + Quoted(folder) +
-         ". Возможные причины: у текущего пользователя отсутствуют необходимые права; в "
-         "системных настройках Windows указан неверный путь к временной папке.";
+         ". Возможные причины: у текущего пользователя отсутствуют необходимые права; в системных "
+         "настройках Windows указан неверный путь к временной папке.";
 }
 
 inline std::string FolderNotWritable(const std::string& folder, const std::string& reason) {
@@ -216,9 +216,9 @@ inline constexpr const char* kPlacingReference = "Установка справ�
 inline constexpr const char* kPlacingWorking = "Установка рабочей базы данных...";
 inline constexpr const char* kPlacingScripts = "Установка скриптов обновления...";
 inline constexpr const char* kDatabaseChanged =
-    "Пока готовилась новая база данных, другая программа изменила рабочую базу данных. "
-    "Рабочая база данных оставлена без изменений. Закройте все программы, работающие с этой базой "
-    "данных, и запустите обновление еще раз.";
+    "Пока готовилась новая база данных, другая программа изменила рабочую базу данных. Рабочая "
+    "база данных оставлена без изменений. Закройте все программы, работающие с этой базой данных, "
+    "и запустите обновление еще раз.";
 
 inline std::string DatabaseNotRead(const std::string& file) {
   return "Ошибка чтения файла " + Quoted(file) + ":";

@@ -149,7 +149,7 @@ void Installation::CleanupTempFolders(const std::string& temp_dir) {
   events_.OnSetMainAction("");
 }
 
-// Takes one step for every file concerned, until one returns false.
+// Takes one step for every file concerned; stops when one returns false.
 bool Installation::HandleFiles(const char* action, bool (*is_concerned)(const WuFileNode& file),
                                const std::function<bool(const WuFileNode& file)>& step) {
   const std::vector<WuFileNode>& files = manifest_.Files;
@@ -162,7 +162,7 @@ bool Installation::HandleFiles(const char* action, bool (*is_concerned)(const Wu
     events_.OnSetSubAction(file.OrigName);
     if (!step(file)) return false;
     events_.OnSetProgress(++count);
-    // Keeps the window alive: nothing here asks for a cancel.
+    // Keeps the window responsive: nothing here asks for a cancel, which would run events.
     ports::CurrentPorts().front_end->RunPendingEvents();
   }
   events_.ClearProgress();

@@ -9,9 +9,9 @@
 
 namespace tmw {
 
-// Reports the first folder that the installation has to write to and cannot, and returns false.
-// Looks at the folders of the files that need an update and, unless on a client, at those of the
-// user database. Nothing is changed.
+// Decides before the download whether the installation can write to all folders concerned: those of
+// the files that need an update and, unless on a client, those of the user database. Returns false
+// after reporting the first one that cannot be written to. Nothing is changed.
 bool CanReplaceFiles(const std::vector<WuFileNode>& files, bool is_client);
 
 // Replaces the program files of a release by the loaded ones. From the first removal until clean-up
@@ -26,8 +26,8 @@ class Installation {
   bool UninstallOldFiles();
 
   // Copies the new ones to their places and registers components, unchanged ones again. Returns
-  // false at the first failure, which has been reported; that of an unchanged component counts for
-  // nothing.
+  // false at the first failure, which has been reported; a failure with an unchanged one is
+  // ignored.
   bool InstallNewFiles();
 
   // Ends the installation: removes its mark and the folders of the release and of the run.

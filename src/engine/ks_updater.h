@@ -35,7 +35,7 @@ class KsUpdater {
  private:
   bool RunStages();
 
-  // The stages in the order of the run; four are groups of others.
+  // The stages in the order of the run, groups of them before their members.
   bool MoveToTempCopy();
   bool CopyToTempFolderAndRestart();
   bool Initialize();
@@ -61,7 +61,7 @@ class KsUpdater {
   void CleanupTempFolders();
 
   ReleaseReader Reader() const;
-  // Takes the text of a stage away and returns its result.
+  // Clears the text of a stage and returns its result.
   bool Ended(bool goes_on);
 
   UpdaterEvents& events_;

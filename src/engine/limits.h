@@ -6,10 +6,10 @@
 #include "engine/engine_texts.h"
 #include "foundation/program_error.h"
 
-// How many bytes a server may send, and their sums.
+// Limits of what a server may send, and sums of sizes. All are bytes.
 namespace tmw {
 
-// Where nothing announces a size.
+// For files whose size is not announced.
 inline constexpr std::int64_t kMaxSmallFile = std::int64_t{1} << 20;  // digest, server list
 inline constexpr std::int64_t kMaxManifestPackage = std::int64_t{64} << 20;
 

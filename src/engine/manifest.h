@@ -15,8 +15,8 @@ namespace tmw {
 
 // Reads the manifest of that version of the product; tables come dictionaries first. Returns false
 // with the reason if the file is not well-formed or describes another product or version. All other
-// faults are raised: what is missing or no number, names that the path guard refuses, the user's
-// own files, and one name for two tables or for two contents.
+// faults are raised: attributes that are missing or not a number, names that the path guard
+// refuses, files of the user database, one name for two tables or for two contents.
 [[nodiscard]] bool TryParseManifest(const std::string& file, const std::string& product_code,
                                     const std::string& version, Manifest& manifest,
                                     std::string& reason);

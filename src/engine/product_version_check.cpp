@@ -24,7 +24,7 @@ bool Compare(const std::string& installed, const std::string& offered,
     case -1:
       return true;
     case 0:
-      // The file that bears the version may have been installed, and others not.
+      // The file that holds the version may have been installed before the interruption.
       return IsInstallationInterrupted(temp_dir) || AskForRepair(installed);
     case 1:
       ShowInformation(box_titles::kUpdateImpossible,

@@ -4,15 +4,15 @@
 
 #include "services/updater_events.h"
 
-// The installed product's version against that of the update.
+// Compares the installed product's version with that of the update.
 namespace tmw {
 
-// Of the product's own version component; empty if that is not there.
+// Asks the product's own version component; empty if there is none.
 std::string LoadOldProductVersion();
 
-// Returns true if the installed version is older or not known (empty), or if the user wants the
-// same one repaired. An installation that was interrupted is completed without a question.
-// In all other cases the reason has been reported.
+// Returns true if the installed version is older or not known (empty), or if it is the same and the
+// user wants it repaired; an interrupted installation of it is completed without a question.
+// Returns false if the user does not, or after reporting that the versions do not allow an update.
 bool CheckProductVersion(const std::string& installed, const std::string& offered,
                          const std::string& temp_dir, UpdaterEvents& events);
 

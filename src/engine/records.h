@@ -10,15 +10,15 @@
 // The records that stages hand to each other. Sizes are bytes, hashes lower-case SHA-256 texts.
 namespace tmw {
 
-// The servers of a run; the components come from others (server_list.h). Both end in "/".
+// The configured servers; components come from others (server_list.h). Both addresses end in "/".
 struct UpdateServers {
   std::string Url;
   std::string FallbackUrl;  // may be empty
 };
 
-// What the version that an update requires of its updater means for this one.
+// How this updater compares with the oldest one that may process the update.
 enum class UpdaterVersionCheck {
-  kUnreadable,    // the requirement is not a version
+  kUnreadable,    // the required version is not a version
   kTooOld,        // an older major number: nothing can be done automatically
   kUpdateNeeded,  // the updater must replace itself first
   kGood,
@@ -66,7 +66,7 @@ struct WuPackage {
   std::string PackHash;
 };
 
-// A release: all that it consists of.
+// All that a release consists of.
 struct Manifest {
   std::string VersionID;          // names the release's working folder
   std::string VersionIDNodeName;  // the same as an XML name

@@ -2,8 +2,8 @@
 
 #include <string>
 
-// Registers components with the system and takes them out again: by the system's tool or, where
-// that is missing or fails, by the companion library.
+// Registers components with the system and unregisters them: by the system's tool or, if that is
+// missing or fails, by the companion library.
 namespace tmw {
 
 // Return false if the file is missing or the call fails, which is reported unless is_quiet. With

@@ -8,8 +8,8 @@
 namespace tmw {
 
 // Fetches and reads what the servers say of a release. The files go to the temporary folder. An
-// operation that returns false has reported why, unless the user has cancelled. The text of the
-// stage is left standing.
+// operation that returns false has reported why, unless the user has cancelled. Each sets the text
+// of its stage and leaves it to the caller to clear it.
 class ReleaseReader {
  public:
   ReleaseReader(UpdaterEvents& events, std::string product_code, UpdateServers servers,

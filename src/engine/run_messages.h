@@ -5,21 +5,21 @@
 
 #include "engine/records.h"
 
-// The questions of a run, and its boxes that are no failures (see message_boxes.h).
+// The questions of a run, and the boxes that end it without a failure.
 namespace tmw {
 
 // Returns true without asking in an unattended run.
 bool AskYesNo(const std::string& question, const std::string& title);
 
-// Whether so many bytes may be loaded and installed.
+// Asks whether so many bytes may be downloaded and installed.
 bool AskForDownload(std::int32_t volume);
 
-// Whether the installed version, which is the offered one, is to be checked and repaired. Asked in
-// an unattended run too: that does not mean a repair.
+// Asks whether the installed version, which is the offered one, is to be checked and repaired. Also
+// asks in an unattended run: a repair is not taken for granted.
 bool AskForRepair(const std::string& version);
 
-// Shows why there is nothing to do, and returns false, unless the update has something to bring. A
-// client installation does not update tables by themselves.
+// Returns false after showing why there is nothing to do. A client installation does not update
+// tables alone.
 bool HasWork(const UpdateNeed& need, bool is_client);
 
 // A number of bytes in words: the larger unit from 800 of the smaller one on, one decimal with the

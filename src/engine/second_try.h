@@ -9,8 +9,8 @@
 
 namespace tmw {
 
-// Runs transfers that the user can cancel. While a question to the user stands, nothing is read,
-// and a server may give the connection up: a transfer that fails after such a rest is tried once
+// Runs transfers that the user can cancel. Nothing is read while a question is on the screen, and a
+// server may close the connection meanwhile: a transfer that fails after such a rest is tried once
 // more.
 class SecondTry {
  public:

@@ -36,7 +36,8 @@ ports::Processes& OwnProcess() {
   return *ports::CurrentPorts().processes;
 }
 
-// The options that this process was started with come last: of two equal ones the later counts.
+// The options that this process was started with come last, because the later of two equal ones
+// counts.
 std::string RestartLine(const std::string& program, const std::string& own_options) {
   const std::string received = OwnProcess().OwnArguments();
   return Quoted(program) + own_options + (received.empty() ? "" : " " + received);

@@ -9,19 +9,19 @@
 
 namespace tmw {
 
-// Starts another updater in the place of this one: a copy of itself that does not lie where the
-// product's files are replaced, or the newer one that an update requires. An operation that returns
+// Starts another updater in the place of this one: a copy of itself outside the product's folder,
+// where files are replaced, or the newer one that an update requires. An operation that returns
 // false has reported why, unless the user has cancelled.
 class SelfUpdate {
  public:
   // exit_updater ends this process; it is called once the next updater runs.
   SelfUpdate(UpdaterEvents& events, std::function<void()> exit_updater);
 
-  // Copies program and companion library, hands the installed product's version on and starts the
-  // copy with the arguments of this process.
+  // Copies the program and the companion library and starts the copy with the installed product's
+  // version and the arguments of this process.
   bool CopyToTempFolderAndRestart(const std::string& product_code, const std::string& old_version);
 
-  // Returns false in an updater that has replaced another one already: it is still too old.
+  // Returns false in an updater that was started by a self-update: it is still too old.
   static bool MayReplaceUpdater();
 
   // Downloads and verifies the components; each LocalFileName is set.

@@ -14,8 +14,8 @@ namespace tmw {
 [[nodiscard]] bool TryChooseServer(std::string_view text, bool no_ftp, std::int64_t tick_count,
                                    std::string& server, std::string& reason);
 
-// The usable servers in file order. Lines are trimmed, empty ones are skipped, with no_ftp also FTP
-// ones; a line without a scheme is plain HTTP.
+// The usable servers in file order. Lines are trimmed; empty ones are skipped, and those of FTP
+// with no_ftp; a line without a scheme is plain HTTP.
 std::vector<std::string> ParseServerList(std::string_view text, bool no_ftp);
 
 // The 0-based number of the server to load from; count is above 0.

@@ -68,7 +68,7 @@ void CheckForFileUpdate(WuFileNode& file) try {
 }
 
 bool CheckForTableUpdate(WuTableNode& table) try {
-  // Opened anew for every table, and held no longer than judging it takes.
+  // Opened anew for every table, and not held between two of them.
   const std::unique_ptr<ports::Database> database = GetUserDB();
   if (database == nullptr) return false;
   table.NeedUpdate = false;

@@ -3,12 +3,12 @@
 #include "engine/records.h"
 #include "services/updater_events.h"
 
-// What of a release is out of date on this computer.
+// Finds out which components of a release are out of date on this computer.
 namespace tmw {
 
-// Marks the records whose file or table differs from what is installed, and adds up what is to be
-// loaded. Returns false, and need is unfinished, if the user has cancelled or the database could
-// not be opened, which has been reported.
+// Marks the records whose file or table differs from what is installed, and adds up the sizes of
+// what is to be loaded. Returns false if the user has cancelled or if the database could not be
+// opened, which has been reported; need is incomplete then.
 bool BuildUpdateList(Manifest& manifest, bool is_client, UpdaterEvents& events, UpdateNeed& need);
 
 // Marks a file that is missing or has another length or hash. The hash is computed only if the

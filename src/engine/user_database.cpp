@@ -57,9 +57,9 @@ ports::Outcome<std::string> TryHashOfUserRows() {
   }
 }
 
-// Compares a hash, because the number of rows says nothing of a changed amount. The file is held
-// meanwhile, so that no other program can write: by the engine or, if that keeps the file from
-// being read, by the reading itself.
+// A hash is compared, because the number of rows says nothing about a changed amount. No other
+// program can write meanwhile: the engine holds the file or, if that keeps it from being read, the
+// reading does.
 bool IsUnchanged(const std::string& hash) {
   const auto database = GetUserDBForReading();
   if (!database) return false;

@@ -11,8 +11,8 @@
 namespace tmw {
 
 // Opens the user database exclusively and closes it, which raises an error if another program holds
-// it. Unless on a client, a replacement that was interrupted before its last step is finished
-// before, and a copy that one has left unused is deleted afterwards.
+// it. Unless on a client, an interrupted replacement is dealt with: one that lacks only its last
+// step is finished first, and an unused copy is deleted afterwards.
 void CheckUserDatabase(bool is_client);
 
 // Packs the user database into a zip file beside it, unless there is a backup of the same build.

@@ -19,7 +19,7 @@ std::string ToAnsi(const std::string& text) {
   return Utf8ToCodePage(CodePage::k1251, text);
 }
 
-// Asks the user and puts his answer into the library's buffer; -1 when he declines.
+// Asks the user and puts the answer into the library's buffer; -1 if they decline.
 int AskInto(char* buffer, std::size_t size, const char* prompt, bool is_secret) noexcept try {
   if (buffer == nullptr || size == 0) return -1;
   const auto answer =

@@ -84,7 +84,7 @@ class BuildTest : public testing::Test, protected tmw::UpdaterEvents {
   std::string sub_action;
   std::function<void(const std::string&)> on_sub_action;
   std::function<void(std::int32_t)> on_progress;
-  int questions_left = -1;  // then the user cancels; below 0: never
+  int questions_left = -1;  // until the user cancels; below 0: they never do
 };
 
 }  // namespace tests

@@ -66,8 +66,8 @@ std::string ReadAll(tmw::TableTextReader&& reader) {
   return log + std::to_string(reader.Line());
 }
 
-// A damaged text either is refused and can be taken back, or makes a table whose own text
-// comes back the same.
+// A damaged text is either refused and can be rolled back, or gives a table that is exported and
+// imported without a change.
 TEST(TableTextFuzz, DamageIsRefusedOrMakesAWholeTable) {
   const tests::Sandbox sandbox;
   const auto db = ports::CurrentPorts().database->CreateDatabase(sandbox.Path("b.mdb"));

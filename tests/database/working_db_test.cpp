@@ -139,9 +139,9 @@ TEST_F(WorkingDbTest, ScriptsRunInTheOrderOfTheirVersionsOrEndTheBuild) {
       sandbox.Write("DBUpdates/" + std::to_string(i + 1) + ".xml", c.scripts[i]);
     front_end.log.clear();
     const bool result = tmw::BuildWorkingDB(build, *this);
-    const std::string told = front_end.log.empty() ? "" : front_end.log[0];
-    EXPECT_EQ(result, c.box.empty()) << c.scripts[0] << told;
-    EXPECT_TRUE(c.box.empty() ? told.empty() : told.starts_with(c.box)) << c.box << "\n" << told;
+    const std::string shown = front_end.log.empty() ? "" : front_end.log[0];
+    EXPECT_EQ(result, c.box.empty()) << c.scripts[0] << shown;
+    EXPECT_TRUE(c.box.empty() ? shown.empty() : shown.starts_with(c.box)) << c.box << "\n" << shown;
     if (c.box.empty()) {
       EXPECT_NE(Text("DBUpdates/Tamrin.mdb", "T").find("Rows\r\n" + c.rows + "EndRows"),
                 std::string::npos)

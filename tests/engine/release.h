@@ -9,7 +9,7 @@ namespace tests {
 
 struct ReleaseFile {
   std::string name;     // OrigName
-  std::string content;  // as installed; pack type 2 gets its integrity data behind it
+  std::string content;  // as installed; pack type 2 appends its integrity data
   std::string folder = "{p}Bin";
   std::string server_name{};  // empty: name + ".tmz", with "f" and a number for other letters
   int pack_type = 1;
@@ -27,7 +27,7 @@ struct Release {
   std::string dict_text{};  // its content
   std::string user{};       // a user table's name
   std::vector<std::pair<std::string, std::string>> scripts{};     // name, content
-  std::vector<std::pair<std::string, std::string>> structures{};  // likewise
+  std::vector<std::pair<std::string, std::string>> structures{};  // as above
   std::string scripts_package = "updates.tmz";
   std::string structures_package = "structures.tmz";
   std::vector<std::pair<std::string, std::string>> updater_components{};  // name, file

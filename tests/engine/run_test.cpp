@@ -114,7 +114,7 @@ TEST_F(RunTest, ACancelIsHeardInEveryDownloadOfThePreparation) {
 TEST_F(RunTest, ABrokenTransferThatRestedForAQuestionIsTriedOnceMore) {
   Publish();
   const std::string url = server_.Url("/TMW_3.6.0.2/f1.tmz");
-  // Milliseconds of every check, and how many answers are cut.
+  // Milliseconds that every check takes, and how many answers are cut.
   for (const auto& [rest, cuts, is_done] :
        {std::tuple(999, 1, false), {1000, 9, false}, {1000, 1, true}}) {
     cuts_left_ = cuts;
@@ -250,8 +250,7 @@ TEST_F(RunTest, WhatAServerMaySendIsLimited) {
   sandbox_.Write("server/TMW_3.6.0.2/f1.tmz", many);
   ASSERT_EQ(Run().size(), 2U);
   EXPECT_EQ(front_end_.log[1],
-            "error|Сервер передает больше данных, чем объявлено в списке "
-            "файлов: \"" +
+            "error|Сервер передает больше данных, чем объявлено в списке файлов: \"" +
                 server_.Url("/TMW_3.6.0.2/f1.tmz") + "\".");
   EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2/Parts/Программа.dll.tmz.part"));
   sandbox_.Write("server/TMW_links.dat", many);

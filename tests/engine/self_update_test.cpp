@@ -24,7 +24,7 @@ class SelfUpdateTest : public RunTest {
   }
   ~SelfUpdateTest() override { std::filesystem::current_path(folder_before_); }
 
-  // True when the run ended this process in favour of another.
+  // Returns true if the run has ended this process after starting another.
   bool Restarts() {
     Run();
     return has_exited_;
@@ -78,7 +78,7 @@ TEST(ProductVersion, StandsInTheClassSectionOfTheMachineSettings) {
                     "REGEDIT4\n[HKEY_LOCAL_MACHINE\\Tm_Version.VersionInfo]\n\"VersionEx\"=\"1\"\n"
                     "[HKEY_CLASSES_ROOT\\Tm_Version.VersionInfo]\n\"VersionEx\"=\"3.5.0.9\"\n"));
   const auto version = platform::MakeProductVersion()->InstalledVersion();
-  // No machine of ours has the product's component.
+  // The product's component is on none of the test machines.
   EXPECT_EQ(version.value_or("none"), kOnWindows ? "none" : "3.5.0.9");
 }
 

@@ -54,9 +54,9 @@ class WholeRunTest : public DatabaseRunTest {
     Publish();
   }
 
-  void When(const std::string& told, std::function<void()> action) {
-    on_line_ = [told, action](const std::string& line) {
-      if (line == told) action();
+  void When(const std::string& reported, std::function<void()> action) {
+    on_line_ = [reported, action](const std::string& line) {
+      if (line == reported) action();
     };
   }
 
@@ -71,7 +71,7 @@ class WholeRunTest : public DatabaseRunTest {
     sandbox_.Write(file, bytes);
   }
 
-  // The list of files stays the old one.
+  // The manifest stays the old one.
   void ServeInstead(const std::string& content) {
     const std::string list = sandbox_.Read("server/TMW_3.6.2.0/_PackageManifest.tmz");
     release_.files[0].content = content;
@@ -119,7 +119,7 @@ class WholeRunTest : public DatabaseRunTest {
   std::unique_ptr<ports::Database> holder_;
 };
 
-TEST_F(WholeRunTest, AFailedRunIsToldLeavesTheBooksAloneAndIsMadeGoodByTheNextOne) {
+TEST_F(WholeRunTest, AFailedRunIsReportedLeavesTheBooksAloneAndIsMadeGoodByTheNextOne) {
   const struct {
     std::string box;  // the last one's beginning
     std::function<void()> arrange;
@@ -196,8 +196,8 @@ TEST_F(WholeRunTest, AFallbackServerServesAndARepairMendsWhatIsDamaged) {
   ExpectAllNew();
 }
 
-// As when the process dies there, and as when that one change is refused. Wine takes ten times as
-// long for a run: it tries every seventh change.
+// Once as if the process had died at that change, once as if only that change had been refused. A
+// run takes ten times as long under Wine, where every seventh change is tried.
 TEST_F(WholeRunTest, WhicheverChangeOfTheDiskFailsTheRowsAreWholeAndTheNextRunFinishes) {
   constexpr std::size_t kStep = kOnWindows ? 7 : 1;
   for (const bool once : {false, true}) {

@@ -211,7 +211,7 @@ TEST_F(StartUp, EndingTheUpdaterFreesTheLockFirst) {
   Run("");
   mutexes_.log.clear();
   ASSERT_TRUE(Parse(""));
-  // The fake's end of the process comes back as an exception through the frames.
+  // The fake ends the process by an exception, which passes through the frames.
   EXPECT_THROW(ExitUpdater(), ProgramError);
 }
 

@@ -31,7 +31,7 @@ class Form : public testing::Test {
     ForgetProductPaths();
   }
 
-  // The script stands in the place of a run; gives what its window was told.
+  // Runs the script in the place of a run. Returns what its window has displayed.
   Log Show(const std::function<void(DownloadingForm&)>& script) {
     DownloadingForm form([] {});
     front_end_.windows.on_run = [&](ports::ProgressViewEvents&) {
@@ -54,7 +54,7 @@ class Form : public testing::Test {
   tests::MemorySettings settings_;
 };
 
-TEST_F(Form, WhatTheRunTellsIsShownAtOnce) {
+TEST_F(Form, WhatTheRunReportsIsShownAtOnce) {
   EXPECT_EQ(Show([&](DownloadingForm& form) {
               form.OnSetMainAction("Загрузка");
               form.OnSetSubAction("файл");
@@ -182,9 +182,9 @@ TEST_F(Form, AFailedRunIsToldByItsKindAndClosesTheWindow) {
   front_end_.windows.log.clear();
   DownloadingForm([] {}).Execute("TMW", "http://h/", "");  // there is no database
   ASSERT_EQ(front_end_.windows.log.size(), 5U);
-  const std::string told = front_end_.windows.log[2];
-  EXPECT_TRUE(told.starts_with("error Ошибка|")) << told;
-  EXPECT_NE(told.find("::DownloadingForm.theTimer_Timer]\r\n"), std::string::npos) << told;
+  const std::string shown = front_end_.windows.log[2];
+  EXPECT_TRUE(shown.starts_with("error Ошибка|")) << shown;
+  EXPECT_NE(shown.find("::DownloadingForm.theTimer_Timer]\r\n"), std::string::npos) << shown;
   EXPECT_EQ(front_end_.windows.log.back(), "close");
   SetErrorEnvironment(std::move(saved));
 }

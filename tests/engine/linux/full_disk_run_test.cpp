@@ -10,8 +10,8 @@ namespace fs = std::filesystem;
 
 using FullDiskRunTest = DatabaseRunTest;
 
-// Downloads, both databases, the backup and the installation write by ways of their own; each of
-// them meets the end of the room in one of these runs.
+// Downloads, both databases, the backup and the installation write in different ways; each of them
+// meets the full disk in one of these runs.
 TEST_F(FullDiskRunTest, HoweverFullTheDiskIsTheDatabaseIsTheOldOneOrTheRunSucceeds) {
   release_.files[0].content = std::string(30'000, 'x');
   // The database lies elsewhere, and stays there.

@@ -12,7 +12,7 @@
 namespace tmw {
 namespace {
 
-// A pkexec that asks nobody, found first in PATH; as the real one it hands no descriptor on.
+// A pkexec that asks nothing, found first in PATH; like the real one it passes no descriptor on.
 class Elevation : public testing::Test {
  protected:
   void Answer(const std::string& script) const {
