@@ -8,7 +8,7 @@
 
 namespace tests {
 
-// Mutexes of a machine where the named ones are held by others. Writes down creations and releases.
+// Mutexes on a machine where others hold the named ones. Records creations and releases.
 class FakeMutexes final : public ports::NamedMutexes {
  public:
   std::set<std::string> held_by_others;

@@ -14,8 +14,8 @@
 
 namespace tests {
 
-// A file system that hands everything on to the real one and fails on request. What changes the
-// disk is written down, in order ("rename", "remove", ...).
+// A file system that passes everything on to the real one and fails on request. Changes of the disk
+// are recorded, in order ("rename", "remove", ...).
 class FaultyFileSystem final : public ports::FileSystem {
  public:
   using Code = ports::SystemCode;

@@ -7,12 +7,12 @@
 
 namespace tests {
 
-// A clock cranked by hand: a sleep moves it and is written down, nothing waits.
+// A clock cranked by hand: a sleep advances it and is recorded, nothing waits.
 class HandClock final : public ports::Clock {
  public:
   std::vector<std::int32_t> sleeps;
   std::int64_t now = 0;
-  std::int64_t step = 0;  // a look at the clock moves it on
+  std::int64_t step = 0;  // each reading advances the clock
   std::function<void()> on_sleep;
 
   void Sleep(std::int32_t milliseconds) override {

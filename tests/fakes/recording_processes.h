@@ -15,7 +15,7 @@ struct ProcessEnded : std::runtime_error {
   ProcessEnded() : std::runtime_error("the process ended") {}
 };
 
-// Starts nothing: writes down every start as "program|command line|folder" and hands back a process
+// Starts nothing: records every start as "program|command line|folder" and hands back a process
 // that has ended with exit_code.
 class RecordingProcesses final : public ports::Processes {
  public:
@@ -23,7 +23,7 @@ class RecordingProcesses final : public ports::Processes {
   std::string own_arguments;
   std::string own_program = "TmWebUpdate";
   std::int32_t exit_code = 0;
-  // When set, plain starts are refused with the first code for want of rights, elevated ones with
+  // When set, plain starts are refused with the first code for lack of rights, elevated ones with
   // the second.
   std::optional<std::pair<ports::SystemCode, ports::SystemCode>> refusals;
   ports::StartRequest last_start;

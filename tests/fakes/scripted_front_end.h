@@ -11,7 +11,7 @@
 
 namespace tests {
 
-// What the windows of a scripted front end were told, and what their user does.
+// What was set in the windows of a scripted front end, and what their user does.
 struct WindowScript {
   std::vector<std::string> log;                            // as "name value"
   std::function<void(ports::ProgressViewEvents&)> on_run;  // default: the window is shown
@@ -70,7 +70,7 @@ class RecordingErrorView final : public ports::ErrorView {
   WindowScript& script_;
 };
 
-// A front end that writes down what it is told and answers by script: what was said, in order, as
+// A front end that records what it shows and answers by script: the boxes, in order, as
 // "kind|title|text". An unscripted question is answered no.
 class ScriptedFrontEnd final : public ports::FrontEnd {
  public:

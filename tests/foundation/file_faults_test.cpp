@@ -27,7 +27,7 @@ class FileFaults : public testing::Test {
     target_ = box_.Write("куда/Тамрин.mdb", "старая");
   }
 
-  // Whether the source and the target's folder hold exactly this; a half-grown copy would be seen.
+  // Whether the source and the target's folder hold exactly this; a half-written copy would show.
   void ExpectContents(bool has_source, const std::string& target, const std::string& where) {
     EXPECT_EQ(box_.Has("Новая база.mdb"), has_source) << where;
     EXPECT_EQ(box_.Read("куда/Тамрин.mdb"), target) << where;
@@ -65,7 +65,7 @@ TEST_F(FileFaults, ACopyKeepsTimeAndRightsAndReplacesAReadOnlyTarget) {
   ExpectContents(false, content_, "");
   ClearReadOnlyAttributeFromFile(target_);
   EXPECT_FALSE(files_.Examine(target_).value.read_only);
-  if (files_.Separator() == '\\') return;  // the other rights are Linux's
+  if (files_.Separator() == '\\') return;  // the rest is about rights of Linux
   fs::permissions(tests::ToPath(target_), fs::perms{0750});
   CopyFile(target_, source_);
   EXPECT_EQ(fs::status(tests::ToPath(source_)).permissions(), fs::perms{0750});

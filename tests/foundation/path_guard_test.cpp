@@ -40,7 +40,7 @@ const Refused kBadNames[] = {
     {"оно начинается с пробела.", {" ", " a"}},
     {"в нём есть управляющий символ.",
      {"a\0.dll"s, "\0"s, "a\x01", "a\tb", "a\r\nb", "a\x1F", "a\x7F", "a\u0085b"}},
-    // NOLINTNEXTLINE(misc-misleading-bidirectional): the very thing that is refused
+    // NOLINTNEXTLINE(misc-misleading-bidirectional): this is what is refused
     {"в нём есть невидимый символ.", {"a\u202Egpj.exe", "a\u200B.dll", "\uFEFFa.dll"}},
     {"в нём есть один из символов < > \" | ? *.", {"a<b", "a>b", "a\"b", "a|b", "a?b", "*.dll"}},
     {"это не текст в кодировке UTF-8.",

@@ -72,12 +72,12 @@ class Conversation {
     return tcgetattr(terminal_, &state) == 0 && (state.c_lflag & ECHO) != 0;
   }
 
-  // The child's exit code; -1 when it was ended otherwise.
+  // The child's exit code; -1 if it was ended otherwise.
   int End() {
     while (ReadSome()) {
     }
     int status = 0;
-    // Of a child that still waits; an ended one does not care, one without a terminal ends itself.
+    // Ends a child that still waits; one without a terminal ends by itself.
     if (terminal_ >= 0) kill(child_, SIGALRM);
     waitpid(child_, &status, 0);
     child_ = -1;
@@ -87,7 +87,7 @@ class Conversation {
   std::string shown;
 
  private:
-  // False at the end, and when nothing comes for ten seconds.
+  // Returns false at the end, and if nothing arrives for ten seconds.
   bool ReadSome() {
     pollfd waiting{terminal_, POLLIN, 0};
     std::array<char, 1024> buffer{};

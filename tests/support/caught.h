@@ -6,7 +6,7 @@
 
 namespace tests {
 
-// The error that the given action raises; fails the test when it raises none.
+// The error that the given action raises; fails the test if it raises none.
 template <typename Action>
 tmw::ProgramError Caught(Action action) {
   try {

@@ -8,7 +8,7 @@ namespace tests {
 
 inline constexpr bool kOnWindows = std::filesystem::path::preferred_separator == '\\';
 
-// An environment variable of this process and those it starts, put back at the end of the scope.
+// An environment variable of this process and those it starts, restored at the end of the scope.
 class ScopedVariable {
  public:
   ScopedVariable(const std::string& name, const std::string& value);
@@ -18,7 +18,7 @@ class ScopedVariable {
 
  private:
   std::string name_;
-  std::optional<std::string> saved_;  // none: it was not set
+  std::optional<std::string> saved_;  // none if it was not set
 };
 
 }  // namespace tests

@@ -22,7 +22,7 @@ class Sandbox {
   // Writes a file, making its folders; returns its path.
   std::string Write(std::string_view name, std::string_view bytes) const;
 
-  // The bytes of a file; fails the test when it is not there.
+  // The bytes of a file; fails the test if it is missing.
   std::string Read(std::string_view name) const;
 
   bool Has(std::string_view name) const;

@@ -4,7 +4,7 @@
 
 namespace tests {
 
-// Puts the process's ports back at the end of a test.
+// Restores the process's ports at the end of a test.
 class ScopedPorts {
  public:
   ScopedPorts() : saved_(ports::CurrentPorts()) {}

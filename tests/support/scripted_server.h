@@ -28,8 +28,8 @@ class Peer {
   const std::atomic<bool>& is_ending_;
 };
 
-// What is done with a request once its head has come; the connection is closed afterwards, which an
-// answer should say ("Connection: close"): clients may send their next request on it.
+// What is done with a request once its head has arrived; the connection is closed afterwards, which
+// an answer should say ("Connection: close"): clients may send their next request on it.
 using Script = std::function<void(Peer& peer, const std::string& head)>;
 
 // An HTTP server on loopback that does what a script says, however wrong. One connection at a time,
@@ -57,7 +57,7 @@ class ScriptedServer {
   std::thread thread_;
 };
 
-// A port of loopback where nobody listens.
+// A port of loopback that nobody listens on.
 int UnusedPort();
 
 }  // namespace tests

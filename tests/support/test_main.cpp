@@ -2,7 +2,7 @@
 
 #include "ports/host.h"
 
-// Every test program runs on the real ports; a test that wants a fake puts it in with ScopedPorts.
+// Every test program runs on the real ports; a test that wants a fake sets it with ScopedPorts.
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   const auto host = ports::MakeHost(argc, argv);

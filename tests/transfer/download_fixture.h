@@ -17,7 +17,7 @@
 
 namespace tests {
 
-// A listener that writes everything down and cancels on request.
+// A listener that records everything and cancels on request.
 class Listener final : public tmw::DownloaderEvents {
  public:
   std::int32_t skipped = -1;  // -1: the download has not resumed
@@ -40,7 +40,7 @@ class Listener final : public tmw::DownloaderEvents {
   }
 };
 
-// What a download came to: "done", "cancelled" or the error's description.
+// The result of a download: "done", "cancelled" or the error's description.
 inline std::string Download(Listener& listener, const std::string& url, const std::string& target,
                             bool check_for_continue = true) {
   tmw::InetFileDownloader downloader(listener);
@@ -78,8 +78,8 @@ inline std::shared_ptr<tmw::InetConnection> Connect(std::int32_t access_type,
   return connection;
 }
 
-// Tests of a room with a network: a folder, and sessions that lose patience with a silent server
-// after half a second.
+// Tests of a room with a network: a folder, and sessions that give up on a silent server after half
+// a second.
 class DownloadTest : public testing::Test {
  protected:
   static constexpr std::chrono::milliseconds kStallLimit{500};

@@ -22,7 +22,7 @@ std::string Pattern(std::size_t length) {
   return text;
 }
 
-// Serves one body, or the rest of it from an asked position.
+// Serves one body, or the rest of it from a requested position.
 tests::Script Body(const std::string& body) {
   return [body](Peer& peer, const std::string& head) {
     const std::size_t range = head.find("Range: bytes=");
@@ -96,7 +96,7 @@ TEST_F(Downloader, TheSideFileIsClosedEveryMebibyteAndEveryTwoSeconds) {
   ports_->clock = &clock;
   const tests::ScriptedServer server(Body(Pattern(3 << 20)));
   ASSERT_EQ(Get(server), "done");
-  EXPECT_EQ(files.openings, 3 + 1);  // and once to bring it to the disk
+  EXPECT_EQ(files.openings, 3 + 1);  // and once to flush it
   // Time passes at every chunk; a file that has been open for 2 seconds is closed behind a chunk.
   for (const auto& [milliseconds, chunks_an_opening] : {std::pair(2000, 2), {1999, 3}}) {
     files.openings = 0;
@@ -163,7 +163,7 @@ TEST_F(Downloader, ACancelIsHeardWhileTheServerIsSilent) {
     tests::Listener listener;
     ports::Clock& clock = *ports_->clock;
     listener.wants_cancel = [&clock, begin = clock.TickCount()] {
-      return clock.TickCount() - begin >= 250;  // half of what the session waits
+      return clock.TickCount() - begin >= 250;  // half of the session's stall limit
     };
     EXPECT_EQ(tests::Download(listener, server.Url("/f"), sandbox_.Path("f")), "cancelled");
     EXPECT_EQ(sandbox_.Read("f.part"), c.left);

@@ -134,7 +134,7 @@ const std::vector<Case>& OnLinux() {
 }
 // clang-format on
 
-// The internet layer of Windows that the tests run on cannot seek in a body.
+// The internet layer of Wine cannot seek in a body.
 constexpr bool kCanSeek = !tests::kOnWindows;
 
 class HostileServer : public tests::DownloadTest {

@@ -118,7 +118,7 @@ TEST_F(Inet, ALongerFileThanAllowedIsRefusedAndALocalFailureIsRaised) {
   EXPECT_FALSE(TryDownloadFile(endless.Url("/"), file_, text, 1000000));
   EXPECT_EQ(text, "Файл \"" + endless.Url("/") + "\" больше допустимого (1000000 байт).");
   EXPECT_LE(sandbox_.Read("f").size(), 1000000U);
-  int left = 3;  // steady as it comes, it ends when it is told to, and nobody else is asked
+  int left = 3;  // a cancel ends a steady download, and the second URL is not tried
   EXPECT_FALSE(TryDownloadFileFromTwoUrls(endless.Url("/"), server_.Url("/no"), file_, text,
                                           kNoLimit, [&left] { return --left > 0; }));
   EXPECT_TRUE(text.starts_with("Ошибка загрузки файла \"" + endless.Url("/"))) << text;

@@ -21,7 +21,7 @@ using tests::ScopedVariable;
 
 constexpr std::size_t kBigSize = 5 << 20;
 
-// Unrepeating enough that a byte in the wrong place is seen.
+// Varied enough that a byte in the wrong place shows.
 std::string BigFile() {
   std::string text(kBigSize, '\0');
   std::uint32_t state = 1;
@@ -32,7 +32,7 @@ std::string BigFile() {
   return text;
 }
 
-// Makes an authority and certificates for the right name, another name and a time that is over;
+// Makes an authority and certificates for the right name, another name and a time that has expired;
 // starts the servers. The ports are variables named after them.
 constexpr const char* kStart = R"(
 new="-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes"

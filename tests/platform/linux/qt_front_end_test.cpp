@@ -18,7 +18,7 @@ namespace {
 using tests::ScopedVariable;
 using Act = std::function<void(QWidget&)>;
 
-// The visible widget of this type and accessible name, title or face; null: there is none.
+// The visible widget of this type with this accessible name, title or face; null if there is none.
 template <typename T>
 T* Seen(const QString& name) {
   for (QWidget* widget : QApplication::allWidgets()) {
@@ -51,7 +51,7 @@ void Cross(QWidget& window) {
   window.close();
 }
 
-// Acts as soon as the window with this title waits for the person.
+// Acts as soon as the window with this title waits for the user.
 void OnceSeen(const QString& title, const Act& act) {
   QTimer::singleShot(10, [title, act] {
     QWidget* window = Seen<QWidget>(title);
@@ -83,7 +83,7 @@ class QtFrontEndTest : public testing::Test {
   }
   static void TearDownTestSuite() { front_end.reset(); }
 
-  // Opens a window of a run, lets the person act in it and closes it.
+  // Opens a progress window, lets the user act in it and closes it.
   static void InWindow(const std::function<void(ports::ProgressView&, Person&, QWidget&)>& act) {
     const auto view = front_end->MakeProgressView();
     view->SetCaption("Окно");
@@ -239,7 +239,7 @@ TEST_F(QtFrontEndTest, TheErrorWindowTurnsItsViewCopiesAndCloses) {
   QClipboard* clipboard = QApplication::clipboard();
   const auto full_text = [] { return Seen<QPlainTextEdit>("Подробно"); };
   const auto copy = [](QWidget* focused) { QTest::keySequence(focused, QKeySequence::Copy); };
-  // Each step is one of the person's; the next one comes when the window has answered.
+  // Each step is an action of the user; the next one follows when the window has responded.
   const Act steps[] = {Click("Подробнее  >>"),
                        [&](QWidget& window) {
                          EXPECT_EQ(full_text()->toPlainText(), "кратко\nвсё");

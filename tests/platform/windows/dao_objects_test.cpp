@@ -11,8 +11,8 @@
 namespace platform {
 namespace {
 
-// An object that answers by script, in the place of one of DAO's: members have values or further
-// objects, and every call is written down as "Object.Member(arguments)".
+// A scripted stand-in for an object of DAO: members have values or further objects, and every call
+// is recorded as "Object.Member(arguments)".
 class ScriptedObject final : public IDispatch {
  public:
   ScriptedObject(std::string name, std::vector<std::string>& log)
@@ -87,7 +87,7 @@ class ScriptedObject final : public IDispatch {
     return std::to_string(LongOf(value));
   }
 
-  // Reading a property is no event; calling a method is.
+  // Only calls of methods are recorded, not reads of properties.
   void Note(const std::string& member, const std::string& arguments, WORD kind) {
     const bool is_read = (kind & DISPATCH_PROPERTYGET) != 0 && !member.starts_with("Create") &&
                          !member.starts_with("Open");

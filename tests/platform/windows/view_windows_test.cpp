@@ -66,7 +66,7 @@ void ChangeScale(HWND window, int dpi) {
   SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(dpi, dpi), reinterpret_cast<LPARAM>(&place));
 }
 
-// Controls that are seen lie inside their window and beside each other.
+// Visible controls lie inside their window and do not overlap.
 void ExpectTidy(HWND window, const std::string& what) {
   RECT client{};
   GetClientRect(window, &client);
@@ -131,7 +131,7 @@ class Windows : public testing::Test,
     error_.reset();
   }
 
-  // What is logged until the expected comes, or for a while.
+  // What is logged until the expected entry appears, or for a while.
   std::string Logged(const std::string& expected) {
     for (int i = 0; i < (expected.empty() ? 40 : 600) && (i < 10 || log_ != expected); ++i) {
       front_end_->RunPendingEvents();
