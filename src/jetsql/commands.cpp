@@ -20,11 +20,14 @@
 #include "jetsql/jetsql_texts.h"
 #include "ports/database.h"
 #include "ports/ports.h"
+#include "tools/fill.h"
+#include "tools/tools_texts.h"
 
 namespace jetsql {
 namespace {
 
 using tools::Arguments;
+using tools::Fill;
 
 ports::DatabaseEngine& Engine() {
   return *ports::CurrentPorts().database;
@@ -35,8 +38,10 @@ std::unique_ptr<ports::Database> Open(const std::string& path, bool read_only) {
 }
 
 void WriteFile(const std::string& path, const std::string& bytes) {
-  if (const ports::Status written = tmw::WriteFileBytes(path, bytes); !written)
-    tmw::RaiseApiErrorWithMessage("Cannot write " + tmw::Quoted(path) + ": ", written.code);
+  const ports::Status written = tmw::WriteFileBytes(path, bytes);
+  if (written) return;
+  tmw::RaiseApiErrorWithMessage(Fill(tools::texts::kCannotWrite, {tmw::Quoted(path)}),
+                                written.code);
 }
 
 void PrintRows(ports::Database& database, const std::string& statement) {
@@ -55,7 +60,7 @@ void PrintRows(ports::Database& database, const std::string& statement) {
 // The engine itself tells which statements give rows: SELECT … INTO, for one, gives none.
 void RunStatement(ports::Database& database, const std::string& statement) {
   try {
-    std::cout << texts::RowCount(database.Execute(statement, true));
+    std::cout << Fill(texts::kRowCount, {std::to_string(database.Execute(statement, true))});
   } catch (const ports::DatabaseError& error) {
     if (error.Number != ports::kNotAnActionQuery) throw;
     PrintRows(database, statement);
@@ -148,30 +153,12 @@ tools::Program MakeProgram() {
   return {"jetsql",
           texts::kHelpHead,
           texts::kHelpTail,
-          {{"create", "FILE", 1, 1, texts::kCreateHelp, {}, Create},
-           {"run",
-            "FILE [STATEMENTS]",
-            1,
-            2,
-            texts::kRunHelp,
-            {{"--file", "SCRIPT", texts::kFileHelp}},
-            Run},
-           {"tables",
-            "FILE [TABLE]",
-            1,
-            2,
-            texts::kTablesHelp,
-            {{"--all", "", texts::kAllHelp}},
-            Tables},
-           {"export",
-            "FILE TABLE [TEXTFILE]",
-            2,
-            3,
-            texts::kExportHelp,
-            {{"--structure", "", texts::kStructureHelp}, {"--utf8", "", texts::kUtf8Help}},
-            Export},
-           {"import", "FILE TEXTFILE...", 2, SIZE_MAX, texts::kImportHelp, {}, Import},
-           {"compact", "FILE NEWFILE", 2, 2, texts::kCompactHelp, {}, Compact}}};
+          {{texts::kCreate, Create},
+           {texts::kRun, Run},
+           {texts::kTables, Tables},
+           {texts::kExport, Export},
+           {texts::kImport, Import},
+           {texts::kCompact, Compact}}};
 }
 
 }  // namespace jetsql

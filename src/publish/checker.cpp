@@ -13,6 +13,7 @@
 #include "packages/companion_functions.h"
 #include "packages/rar_archive.h"
 #include "publish/digest.h"
+#include "publish/fault_texts.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
 #include "publish/scripts.h"
@@ -57,15 +58,15 @@ class Checker {
     if (!tmw::CheckFileName(file.name).IsAccepted() || file.length < 0) return;
     const auto fetched = FetchSized(file.name, file.length, file.name, faults);
     if (fetched != nullptr && HashOfFile(fetched->Path()) != file.hash)
-      faults.Add(file.name, "Its hash differs from the digest's.");
+      faults.Add(file.name, texts::kDiffersFromDigest);
   }
 
   void CheckFile(const FileRecord& file, const std::string& scratch, Faults& faults) {
     const std::string place = file.folder + " " + file.name;
     const std::int32_t method = file.pack_method;
     if (method != kPlain && method != kIntegrity && method != kText)
-      faults.Add(place, "Unknown pack method " + std::to_string(method) + ".");
-    if (!IsHash(file.hash)) faults.Add(place, "The hash is no SHA-256 in lower case.");
+      faults.Add(place, texts::kUnknownPackMethod, {std::to_string(method)});
+    if (!IsHash(file.hash)) faults.Add(place, texts::kNoHash);
     const bool has_names = tmw::CheckRelativeName(file.server_name).IsAccepted() &&
                            tmw::CheckFileName(file.name).IsAccepted();
     if (!has_names) return;  // told with the whole list
@@ -73,18 +74,16 @@ class Checker {
     if (fetched == nullptr) return;
     const bool has_integrity = method == kIntegrity;
     if (has_integrity && !IsIntact(tmw::CompanionFunctions().Sha256_GetFileCrcEx, fetched->Path()))
-      faults.Add(place, "The package lacks good integrity data.");
+      faults.Add(place, texts::kPackageLacksIntegrity);
     const auto unpacked = Unpack(*fetched, file.name, scratch, place, faults);
     if (!unpacked) return;
     if (has_integrity && !IsIntact(tmw::CompanionFunctions().Sha256_GetFileCrc, *unpacked))
-      faults.Add(place, "The file lacks good integrity data.");
+      faults.Add(place, texts::kFileLacksIntegrity);
     const std::int64_t length = tmw::GetFileLength(*unpacked);
     if (length != file.length) {
-      faults.Add(place, "It has " + std::to_string(length) + " bytes instead of " +
-                            std::to_string(file.length) + ".");
+      faults.Add(place, texts::kWrongLength, {std::to_string(length), std::to_string(file.length)});
     }
-    if (HashOfFile(*unpacked) != file.hash)
-      faults.Add(place, "Its hash differs from the manifest's.");
+    if (HashOfFile(*unpacked) != file.hash) faults.Add(place, texts::kDiffersFromManifest);
   }
 
   void CheckDictionary(const TableRecord& table, const std::string& scratch, Faults& faults) {
@@ -96,27 +95,18 @@ class Checker {
                                  scratch, table.name, faults);
     if (!unpacked) return;
     const std::string hash = CheckTableFile(*unpacked, table, faults);
-    if (hash != table.hash)
-      faults.Add(table.name, "The hash of its text differs from the manifest's.");
-    if (HashOfFile(*unpacked) != hash) {
-      faults.Add(table.name,
-                 "Its file is not just the text in UTF-16 (a byte-order mark?): an interrupted "
-                 "update would download it again.");
-    }
+    if (hash != table.hash) faults.Add(table.name, texts::kTextDiffers);
+    if (HashOfFile(*unpacked) != hash) faults.Add(table.name, texts::kNotJustText);
   }
 
   // Leaves the package's files in the scratch folder; false when there are none to look at.
   bool CheckPackage(const PackageRecord& package, const std::string& scratch, Faults& faults) {
-    const auto verdict = tmw::CheckFileName(package.server_name);
-    if (!verdict.IsAccepted()) {
-      faults.Add(package.server_name, "The updater refuses it: " + verdict.message);
-      return false;
-    }
+    if (!faults.Require(tmw::CheckFileName(package.server_name), package.server_name)) return false;
     const auto fetched =
         FetchSized(package.server_name, package.length, package.server_name, faults);
     if (fetched == nullptr) return false;
     if (HashOfFile(fetched->Path()) != package.hash)
-      faults.Add(package.server_name, "Its hash differs from the manifest's.");
+      faults.Add(package.server_name, texts::kDiffersFromManifest);
     std::string reason;
     if (tmw::UnrarAllFiles(fetched->Path(), scratch, "", reason)) return true;
     faults.Add(package.server_name, reason);
@@ -128,7 +118,7 @@ class Checker {
                                      const std::string& place, Faults& faults) {
     std::string reason;
     auto fetched = source_.Fetch(folder_ + name, max_bytes, reason);
-    if (fetched == nullptr) faults.Add(place, "Cannot be had as " + name + ": " + reason);
+    if (fetched == nullptr) faults.Add(place, texts::kNotFetchedAs, {name, reason});
     return fetched;
   }
 
@@ -138,8 +128,8 @@ class Checker {
     if (fetched == nullptr) return nullptr;
     const std::int64_t found = tmw::GetFileLength(fetched->Path());
     if (found != length) {
-      faults.Add(place, "On the server " + name + " has " + std::to_string(found) +
-                            " bytes instead of " + std::to_string(length) + ".");
+      faults.Add(place, texts::kWrongServerLength,
+                 {name, std::to_string(found), std::to_string(length)});
     }
     return fetched;
   }
@@ -194,26 +184,24 @@ class ServerCheck {
     std::string reason;
     const auto fetched = source_.Fetch(std::string(name), kMaxSmallFile, reason);
     if (fetched != nullptr) return tmw::ReadFileToString(fetched->Path());
-    faults_.Add(std::string(name), "Cannot be had: " + reason);
+    faults_.Add(std::string(name), texts::kNotFetched, {reason});
     return std::nullopt;
   }
 
   void CheckHead(const Manifest& manifest, const std::string& version) {
-    const std::string place = "manifest";
+    const std::string place = texts::kInManifest;
     if (manifest.product != tmw::names::kProductCode)
-      faults_.Add(place, "It is of another product: " + manifest.product + ".");
-    if (manifest.version != version) {
-      faults_.Add(place, "It is of version " + manifest.version + ", the digest announces " +
-                             version + ".");
-    }
+      faults_.Add(place, texts::kOtherProduct, {manifest.product});
+    if (manifest.version != version)
+      faults_.Add(place, texts::kOtherVersion, {manifest.version, version});
     if (const auto verdict = tmw::CheckFileName(manifest.version_id); !verdict.IsAccepted())
-      faults_.Add(place, "The updater refuses VersionID: " + verdict.message);
+      faults_.Add(place, texts::kVersionIdRefused, {verdict.message});
   }
 
   void CheckComponents(const Manifest& manifest, Checker& checker) {
     const std::size_t files = manifest.files.size();
     const std::size_t count = files + manifest.tables.size();
-    progress_.Begin("components", count);
+    progress_.Begin(texts::kComponents, count);
     std::vector<Faults> found(count);
     RunSideBySide(count, source_.Workers(), [&](std::size_t i) {
       const std::string scratch = tmw::JoinPath(scratch_, std::to_string(i));
@@ -246,7 +234,7 @@ class ServerCheck {
     const std::string name = table.name + std::string(tmw::names::kTableStructureEnding);
     const std::string file = tmw::JoinPath(folder, name);
     if (!tmw::IsFileExists(file)) {
-      faults_.Add(table.name, "The package of structures has no " + name + ".");
+      faults_.Add(table.name, texts::kNoStructure, {name});
     } else {
       CheckStructureFile(file, table, faults_);
     }

@@ -8,6 +8,7 @@
 #include "publish/faults.h"
 #include "publish/publish_texts.h"
 #include "publish/publisher.h"
+#include "tools/fill.h"
 #include "tools/json.h"
 #include "tools/progress.h"
 
@@ -15,6 +16,7 @@ namespace publish {
 namespace {
 
 using tools::Arguments;
+using tools::Fill;
 using tools::Json;
 
 // Prints the object, or the faults and the words; the exit code follows from the faults.
@@ -29,7 +31,8 @@ int Answer(const Arguments& arguments, Json answer, const Faults& faults,
   } else {
     for (const Fault& fault : faults.All())
       std::cout << fault.place << ": " << fault.text << '\n';
-    if (!faults.IsEmpty()) std::cout << texts::FaultCount(faults.All().size());
+    if (!faults.IsEmpty())
+      std::cout << Fill(texts::kFaultCount, {std::to_string(faults.All().size())});
     std::cout << words;
   }
   return faults.IsEmpty() ? tools::kDone : kFaultsFound;
@@ -57,7 +60,11 @@ int RunPublish(const Arguments& arguments) {
                        {"user_tables", made.user_tables},
                        {"scripts", made.scripts},
                        {"volume", made.volume}};
-  return Answer(arguments, answer, faults, texts::Published(made));
+  const std::string words =
+      Fill(texts::kPublished, {made.folder, std::to_string(made.files),
+                               std::to_string(made.dictionaries), std::to_string(made.user_tables),
+                               std::to_string(made.scripts), std::to_string(made.volume)});
+  return Answer(arguments, answer, faults, words);
 }
 
 int RunCheck(const Arguments& arguments) {
@@ -73,13 +80,34 @@ int RunCheck(const Arguments& arguments) {
                        {"files", release.files},
                        {"tables", release.tables},
                        {"volume", release.volume}};
-  return Answer(arguments, answer, faults, faults.IsEmpty() ? texts::InOrder(release) : "");
+  const std::string words =
+      Fill(texts::kInOrder, {release.version, std::to_string(release.files),
+                             std::to_string(release.tables), std::to_string(release.volume)});
+  return Answer(arguments, answer, faults, faults.IsEmpty() ? words : "");
+}
+
+// For people and for machines.
+const char* NameOf(DownloadKind kind) {
+  if (kind == DownloadKind::kFile) return "file";
+  return kind == DownloadKind::kDictionary ? "dictionary" : "package";
+}
+
+std::string WordsOf(const Difference& difference) {
+  std::string words = Fill(texts::kReleases, {difference.old_version, difference.new_version});
+  for (const Download& download : difference.downloads) {
+    words += std::to_string(download.bytes) + "\t" + NameOf(download.kind) + "\t" + download.name +
+             (download.is_new ? texts::kIsNew : "") + "\n";
+  }
+  for (const std::string& file : difference.left_over)
+    words += std::string("0\t") + texts::kLeftOver + "\t" + file + "\n";
+  return words + Fill(texts::kVolumes, {std::to_string(difference.volume),
+                                        std::to_string(difference.client_volume)});
 }
 
 Json ObjectOf(const Difference& difference) {
   Json downloads = Json::array();
   for (const Download& download : difference.downloads) {
-    downloads.push_back({{"kind", texts::NameOf(download.kind)},
+    downloads.push_back({{"kind", NameOf(download.kind)},
                          {"name", download.name},
                          {"bytes", download.bytes},
                          {"new", download.is_new ? 1 : 0}});
@@ -100,7 +128,7 @@ int RunDiff(const Arguments& arguments) {
   const bool has_new = LoadManifest(arguments.Words()[1], new_release, faults);
   if (!has_old || !has_new) return Answer(arguments, Json::object(), faults, "");
   const Difference difference = Compare(old_release, new_release);
-  return Answer(arguments, ObjectOf(difference), faults, texts::WordsOf(difference));
+  return Answer(arguments, ObjectOf(difference), faults, WordsOf(difference));
 }
 
 }  // namespace
@@ -109,25 +137,7 @@ tools::Program MakeProgram() {
   return {"tmpublish",
           texts::kHelpHead,
           texts::kHelpTail,
-          {{"publish",
-            "DESCRIPTION",
-            1,
-            1,
-            texts::kPublishHelp,
-            {{"--product", "FOLDER", texts::kProductHelp},
-             {"--database", "FILE", texts::kDatabaseHelp},
-             {"--scripts", "FOLDER", texts::kScriptsHelp},
-             {"--output", "FOLDER", texts::kOutputHelp},
-             {"--replace", "", texts::kReplaceHelp}},
-            RunPublish},
-           {"check",
-            "FOLDER|URL",
-            1,
-            1,
-            texts::kCheckHelp,
-            {{"--from", "VERSION", texts::kFromHelp}},
-            RunCheck},
-           {"diff", "OLD NEW", 2, 2, texts::kDiffHelp, {}, RunDiff}},
+          {{texts::kPublish, RunPublish}, {texts::kCheck, RunCheck}, {texts::kDiff, RunDiff}},
           true,
           kFailed};
 }

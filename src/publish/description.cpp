@@ -13,6 +13,8 @@
 #include "foundation/text.h"
 #include "foundation/xml_helpers.h"
 #include "publish/digest.h"
+#include "publish/fault_texts.h"
+#include "tools/fill.h"
 
 namespace publish {
 namespace {
@@ -32,18 +34,18 @@ class Reader {
     ExpectAttributes(root, {"Product", "Version", "VersionID", "Date", "Archive"});
     ExpectElements(root, {"Updater", "Servers", "Files", "Database"});
     if (Needed(root, "Product") != tmw::names::kProductCode) {
-      Blame(root, "Product", "must be \"" + std::string(tmw::names::kProductCode) + "\"");
+      Blame(root, "Product", tools::Fill(texts::kMustBe, {std::string(tmw::names::kProductCode)}));
     }
     result_.version = Needed(root, "Version");
-    if (!IsVersion(result_.version, 4)) Blame(root, "Version", "must be four numbers");
+    if (!IsVersion(result_.version, 4)) Blame(root, "Version", texts::kMustBeNumbers[4]);
     result_.version_id = tmw::XmlGetStringAttributeDef(root, "VersionID", result_.version);
     if (!tmw::CheckFileName(result_.version_id).IsAccepted()) {
-      Blame(root, "VersionID", "names a folder on users' machines, and this is no name for one");
+      Blame(root, "VersionID", texts::kNoFolderName);
     }
     ReadDate(root);
     const std::string archive = tmw::XmlGetStringAttributeDef(root, "Archive", "RAR5");
     if (archive == "RAR4") result_.format = packing::RarFormat::kRar4;
-    if (archive != "RAR4" && archive != "RAR5") Blame(root, "Archive", "is RAR5 or RAR4");
+    if (archive != "RAR4" && archive != "RAR5") Blame(root, "Archive", texts::kNoArchive);
     ReadUpdater(root);
     ReadServers(root);
     for (const XmlNode* const files : tmw::XmlGetChildElements(root, "Files"))
@@ -56,26 +58,26 @@ class Reader {
   void Blame(const XmlNode& node, std::string_view attribute, const std::string& what) {
     std::string place = tmw::XmlGetNodePath(node);
     if (!attribute.empty()) place.append("/@").append(attribute);
-    faults_.Add(place, what + ".");
+    faults_.Add(place, what);
   }
 
   // A misspelt name would be passed over in silence.
   void ExpectAttributes(const XmlNode& node, Names names) {
     for (const ports::XmlAttribute& attribute : node.attributes) {
-      if (!Has(names, attribute.name)) Blame(node, attribute.name, "is no attribute of this");
+      if (!Has(names, attribute.name)) Blame(node, attribute.name, texts::kUnknownAttribute);
     }
   }
 
   void ExpectElements(const XmlNode& node, Names names) {
     for (const auto& child : node.children) {
       const bool is_element = child->kind == tmw::XmlNodeKind::kElement;
-      if (is_element && !Has(names, child->name)) Blame(*child, "", "is not known here");
+      if (is_element && !Has(names, child->name)) Blame(*child, "", texts::kUnknownElement);
     }
   }
 
   std::string Needed(const XmlNode& node, const char* attribute) {
     std::string value = tmw::XmlGetStringAttributeDef(node, attribute, "");
-    if (value.empty()) Blame(node, attribute, "is missing");
+    if (value.empty()) Blame(node, attribute, texts::kMissing);
     return value;
   }
 
@@ -84,7 +86,7 @@ class Reader {
     if (text.empty()) return std::nullopt;
     const bool value = tmw::XmlGetBooleanAttributeDef(node, attribute, false);
     if (value != tmw::XmlGetBooleanAttributeDef(node, attribute, true))
-      Blame(node, attribute, "is \"yes\" or \"no\"");
+      Blame(node, attribute, texts::kNoTruth);
     return value;
   }
 
@@ -106,7 +108,7 @@ class Reader {
     }
     // Packages hold no earlier date in the older format.
     if (!days || parts.year < 1980 || parts.year > 2100) {
-      Blame(root, "Date", "is a day, YYYY-MM-DD");
+      Blame(root, "Date", texts::kNoDate);
       return;
     }
     constexpr double kDay1970 = 25569;
@@ -116,13 +118,14 @@ class Reader {
   void ReadUpdater(const XmlNode& root) {
     const XmlNode* const updater = tmw::XmlFindSingleNode(root, "Updater");
     if (updater == nullptr) {
-      Blame(root, "", "has no element Updater");
+      Blame(root, "", texts::kNoUpdater);
       return;
     }
     ExpectAttributes(*updater, {"MinVersion"});
     ExpectElements(*updater, {"Component"});
     result_.needed_updater = Needed(*updater, "MinVersion");
-    if (!IsVersion(result_.needed_updater, 2)) Blame(*updater, "MinVersion", "must be two numbers");
+    if (!IsVersion(result_.needed_updater, 2))
+      Blame(*updater, "MinVersion", texts::kMustBeNumbers[2]);
     for (const XmlNode* const component : tmw::XmlGetChildElements(*updater, "Component")) {
       ExpectAttributes(*component, {"File"});
       result_.updater_files.push_back(Needed(*component, "File"));
@@ -137,7 +140,7 @@ class Reader {
         result_.servers.push_back(Needed(*server, "Url"));
       }
     }
-    if (result_.servers.empty()) Blame(root, "", "names no server");
+    if (result_.servers.empty()) Blame(root, "", texts::kNamesNoServer);
   }
 
   void ReadFiles(const XmlNode& files) {
@@ -168,7 +171,7 @@ class Reader {
     if (method == "1" || method == "2" || method == "3") {
       rule.pack_method = method.front() - '0';
     } else if (!method.empty()) {
-      Blame(file, "PackType", "is 1, 2 or 3");
+      Blame(file, "PackType", texts::kNoPackMethod);
     }
     result_.files.push_back(std::move(rule));
   }
@@ -178,7 +181,7 @@ class Reader {
     ExpectElements(database, {"Dict", "User", "Skip"});
     result_.oldest_database = tmw::XmlGetStringAttributeDef(database, "From", "");
     if (!result_.oldest_database.empty() && !IsVersion(result_.oldest_database, 3))
-      Blame(database, "From", "must be three numbers");
+      Blame(database, "From", texts::kMustBeNumbers[3]);
     for (const auto& child : database.children) {
       if (child->kind != tmw::XmlNodeKind::kElement) continue;
       ExpectAttributes(*child, {"Mask"});
@@ -197,16 +200,11 @@ class Reader {
 
 bool ReadDescription(const std::string& file, Description& description, Faults& faults) {
   description.folder = tmw::SplitFileName(tmw::GetAbsoluteFileName(file)).Folder;
-  std::string reason;
-  const std::unique_ptr<tmw::XmlDocument> document = tmw::XmlCreateDocument(reason);
-  if (document == nullptr) tmw::RaiseProgramError("No XML component: " + reason);
-  if (!tmw::XmlLoadDocumentSafe(*document, file, reason)) {
-    faults.Add(file, "Cannot be read:\n" + reason);
-    return false;
-  }
+  const auto document = OpenXml(file, file, faults);
+  if (document == nullptr) return false;
   const XmlNode* const root = tmw::XmlFindSingleNode(document->Node(), "Release");
   if (root == nullptr) {
-    faults.Add(file, "Its root element is not Release.");
+    faults.Add(file, texts::kWrongRoot, {"Release"});
     return false;
   }
   Reader(description, faults).Read(*root);

@@ -9,6 +9,7 @@
 #include "foundation/path_guard.h"
 #include "foundation/text.h"
 #include "foundation/version.h"
+#include "publish/fault_texts.h"
 #include "publish/release_names.h"
 
 namespace publish {
@@ -22,7 +23,7 @@ std::vector<std::string> LinesOf(const std::string& text, const std::string& pla
   std::vector<std::string> lines = tmw::Split(text, tmw::kCrLf);
   for (const std::string& line : lines) {
     if (line.find_first_of(tmw::kCrLf) == std::string::npos) continue;
-    faults.Add(place, "Its lines do not all end with CR LF.");
+    faults.Add(place, texts::kWrongLineEnds);
     break;
   }
   return lines;
@@ -32,7 +33,7 @@ void ReadUpdaterLine(const std::string& line, Digest& digest, Faults& faults) {
   const std::vector<std::string> fields =
       tmw::Split(std::string_view(line).substr(kUpdaterLine.size()), "|");
   if (fields.size() < 3) {
-    faults.Add(line, "A file of the updater has a name, a size and a hash.");
+    faults.Add(line, texts::kFewFields);
     return;
   }
   UpdaterFile file{fields[0], -1, tmw::Trim(fields[2])};
@@ -40,14 +41,13 @@ void ReadUpdaterLine(const std::string& line, Digest& digest, Faults& faults) {
   std::int32_t length = -1;
   const auto read = std::from_chars(size.data(), size.data() + size.size(), length);
   if (read.ec != std::errc() || read.ptr != size.data() + size.size() || length < 0)
-    faults.Add(line, "The size is no number of bytes.");
+    faults.Add(line, texts::kNoSize);
   file.length = length;
-  if (!IsHash(file.hash)) faults.Add(line, "The hash is no SHA-256 in lower case.");
-  if (const auto verdict = tmw::CheckFileName(file.name); !verdict.IsAccepted())
-    faults.Add(line, "The updater refuses it: " + verdict.message);
-  if (!FitsAddresses(file.name)) faults.Add(line, kFitsNoAddress);
+  if (!IsHash(file.hash)) faults.Add(line, texts::kNoHash);
+  faults.Require(tmw::CheckFileName(file.name), line);
+  if (!FitsAddresses(file.name)) faults.Add(line, texts::kFitsNoAddress);
   for (const UpdaterFile& other : digest.files) {
-    if (tmw::EqualIgnoringCase(other.name, file.name)) faults.Add(line, "The name comes twice.");
+    if (tmw::EqualIgnoringCase(other.name, file.name)) faults.Add(line, texts::kNameTwice);
   }
   digest.files.push_back(std::move(file));
 }
@@ -69,17 +69,17 @@ Digest ReadDigest(const std::string& text, Faults& faults) {
   const std::vector<std::string> lines = LinesOf(text, place, faults);
   Digest digest;
   if (lines.size() < 2) {
-    faults.Add(place, "It has less than two lines.");
+    faults.Add(place, texts::kFewLines);
     return digest;
   }
   if (IsVersion(lines[0], 4)) {
     digest.version = lines[0];
   } else {
-    faults.Add(place, "The first line is no version of four numbers.");
+    faults.Add(place, texts::kNoVersion);
   }
   digest.needed_updater = lines[1];
   if (!IsVersion(lines[1], 2) && !IsVersion(lines[1], 3) && !IsVersion(lines[1], 4))
-    faults.Add(place, "The second line is no version of the updater.");
+    faults.Add(place, texts::kNoNeededUpdater);
   for (std::size_t i = 2; i < lines.size(); ++i) {
     if (tmw::LowerCase(lines[i].substr(0, kUpdaterLine.size())) == kUpdaterLine)
       ReadUpdaterLine(lines[i], digest, faults);
@@ -98,16 +98,12 @@ void CheckUpdater(const std::string& needed_updater, const std::vector<std::stri
   // The second number decides who replaces himself, whatever the first is.
   const bool is_read = tmw::ParseVersionString(needed_updater, numbers[0], numbers[1], numbers[2],
                                                numbers[3], count);
-  if (is_read && numbers[1] > 0 && files.empty()) {
-    faults.Add(place, "Updaters older than " + needed_updater +
-                          " would stop: there is no file to replace themselves by.");
-  }
+  if (is_read && numbers[1] > 0 && files.empty())
+    faults.Add(place, texts::kOldUpdatersStop, {needed_updater});
   if (files.empty()) return;
   const std::string ending = tmw::LowerCase(tmw::SplitFileName(files.front()).Extension);
-  if (ending == "dll" || ending == "so" || ending == "ocx") {
-    faults.Add(place, "The updater starts the first of its files, and this is no program: " +
-                          files.front() + ".");
-  }
+  if (ending == "dll" || ending == "so" || ending == "ocx")
+    faults.Add(place, texts::kNoProgram, {files.front()});
 }
 
 void CheckServerList(const std::string& text, Faults& faults) {
@@ -123,9 +119,9 @@ void CheckServerList(const std::string& text, Faults& faults) {
                           lower.starts_with("https://") || lower.starts_with("ftp://");
     const std::size_t host = scheme == std::string::npos ? 0 : scheme + 3;
     if (!is_known || host >= server.size() || server.find_first_of(" \t\\?#") != std::string::npos)
-      faults.Add(place, "This is no address of a server: " + server + ".");
+      faults.Add(place, texts::kNoAddress, {server});
   }
-  if (servers == 0) faults.Add(place, "It names no server.");
+  if (servers == 0) faults.Add(place, texts::kNoServer);
 }
 
 bool IsVersion(const std::string& text, int count) {

@@ -1,8 +1,15 @@
 #pragma once
 
+#include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
+
+#include "foundation/path_guard.h"
+#include "foundation/xml_helpers.h"
+#include "publish/fault_texts.h"
+#include "tools/fill.h"
 
 namespace publish {
 
@@ -18,6 +25,15 @@ class Faults {
   void Add(std::string place, std::string text) {
     faults_.push_back({std::move(place), std::move(text)});
   }
+  // The text is filled with the values.
+  void Add(std::string place, std::string_view text, const std::vector<std::string>& values) {
+    Add(std::move(place), tools::Fill(text, values));
+  }
+  // Adds the guard's reason if it refuses a name; returns false then.
+  bool Require(const tmw::GuardVerdict& verdict, const std::string& place) {
+    if (!verdict.IsAccepted()) Add(place, texts::kRefused, {verdict.message});
+    return verdict.IsAccepted();
+  }
   void Append(const Faults& others) {
     faults_.insert(faults_.end(), others.faults_.begin(), others.faults_.end());
   }
@@ -28,5 +44,12 @@ class Faults {
  private:
   std::vector<Fault> faults_;
 };
+
+// Raises the text as a ProgramError; the name takes its place in quotes.
+[[noreturn]] void Raise(const char* text, const std::string& name);
+
+// Reads an XML file; null if it cannot be read, which is a fault.
+std::unique_ptr<tmw::XmlDocument> OpenXml(const std::string& file, const std::string& place,
+                                          Faults& faults);
 
 }  // namespace publish

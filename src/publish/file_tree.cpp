@@ -12,8 +12,11 @@
 #include "packages/hash_api.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
+#include "publish/fault_texts.h"
 #include "sha256/sha256.h"
+#include "tools/fill.h"
 #include "tools/stop.h"
+#include "tools/tools_texts.h"
 
 namespace publish {
 namespace {
@@ -27,14 +30,13 @@ ports::FileSystem& Files() {
   return *ports::CurrentPorts().files;
 }
 
-void Require(const ports::Status& status, const std::string& what, const std::string& path) {
-  if (status) return;
-  tmw::RaiseApiErrorWithMessage("Cannot " + what + " " + tmw::Quoted(path) + ": ", status.code);
+void Require(const ports::Status& status, const char* text, const std::string& path) {
+  if (!status) tmw::RaiseApiErrorWithMessage(tools::Fill(text, {tmw::Quoted(path)}), status.code);
 }
 
 std::vector<ports::FolderEntry> List(const std::string& folder) {
   auto listed = Files().List(folder);
-  Require(listed.ToStatus(), "read the folder", folder);
+  Require(listed.ToStatus(), texts::kCannotReadFolder, folder);
   return std::move(listed.value);
 }
 
@@ -64,8 +66,7 @@ class TreeLister {
       if (entry.kind == FileKind::kFolder) {
         AddFolder(tmw::JoinPath(folder, entry.name), tmw::JoinPath(real, entry.name), name);
       } else {
-        files_.push_back(
-            {name, entry.kind == FileKind::kFile ? "" : "Neither a file nor a folder."});
+        files_.push_back({name, entry.kind == FileKind::kFile ? "" : texts::kNotAFile});
       }
     }
     above_.pop_back();
@@ -82,7 +83,7 @@ class TreeLister {
         is_link && std::any_of(above_.begin(), above_.end(),
                                [&](const std::string& above) { return IsWithin(above, real); });
     if (leads_back) {
-      files_.push_back({name, "A link to a folder that contains it."});
+      files_.push_back({name, texts::kLinkLeadsBack});
     } else {
       Add(folder, real, name + "/");
     }
@@ -124,48 +125,48 @@ void RemoveTree(const std::string& folder) {
     // A link to a folder goes as a file does; what it leads to stays.
     const ports::Status removed = Files().RemoveFile(path);
     if (removed) continue;
-    if (entry.kind != FileKind::kFolder) Require(removed, "remove", path);
+    if (entry.kind != FileKind::kFolder) Require(removed, texts::kCannotRemove, path);
     RemoveTree(path);
   }
-  Require(Files().RemoveFolder(folder), "remove the folder", folder);
+  Require(Files().RemoveFolder(folder), texts::kCannotRemoveFolder, folder);
 }
 
 void WriteWholeFile(const std::string& path, std::string_view bytes) {
-  Require(tmw::WriteFileBytes(path, bytes), "write", path);
+  Require(tmw::WriteFileBytes(path, bytes), tools::texts::kCannotWrite, path);
 }
 
 void ReplaceFile(const std::string& path, std::string_view bytes) {
   const std::string fresh = path + ".new";
   WriteWholeFile(fresh, bytes);
-  Require(Files().Rename(fresh, path), "replace", path);
-  Require(Files().FlushFolder(tmw::SplitFileName(path).Folder), "replace", path);
+  Require(Files().Rename(fresh, path), texts::kCannotReplace, path);
+  Require(Files().FlushFolder(tmw::SplitFileName(path).Folder), texts::kCannotReplace, path);
 }
 
 std::unique_ptr<ports::File> OpenToRead(const std::string& path) {
   auto opened = Files().Open(path, ports::FileMode::kRead);
-  Require(opened.ToStatus(), "read", path);
+  Require(opened.ToStatus(), texts::kCannotRead, path);
   return std::move(opened.value);
 }
 
 std::size_t ReadPiece(ports::File& file, char* buffer, std::size_t length,
                       const std::string& path) {
   const auto got = file.Read(buffer, length);
-  Require(got.ToStatus(), "read", path);
+  Require(got.ToStatus(), texts::kCannotRead, path);
   return got.value;
 }
 
 std::unique_ptr<ports::File> OpenToWrite(const std::string& path) {
   auto opened = Files().Open(path, ports::FileMode::kWriteNew);
-  Require(opened.ToStatus(), "write", path);
+  Require(opened.ToStatus(), tools::texts::kCannotWrite, path);
   return std::move(opened.value);
 }
 
 void WritePiece(ports::File& file, std::string_view bytes, const std::string& path) {
-  Require(file.Write(bytes.data(), bytes.size()), "write", path);
+  Require(file.Write(bytes.data(), bytes.size()), tools::texts::kCannotWrite, path);
 }
 
 void CloseWritten(ports::File& file, const std::string& path) {
-  Require(file.Close(), "write", path);
+  Require(file.Close(), tools::texts::kCannotWrite, path);
 }
 
 std::string HashOfFile(const std::string& path) {
@@ -195,7 +196,7 @@ ScratchFolder::ScratchFolder(const std::string& parent) {
     status = Files().CreateFolder(path_);
     if (status) return;
   }
-  Require(status, "create the folder", path_);
+  Require(status, texts::kCannotCreateFolder, path_);
 }
 
 ScratchFolder::~ScratchFolder() {

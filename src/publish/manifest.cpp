@@ -7,11 +7,14 @@
 #include "foundation/program_error.h"
 #include "foundation/text.h"
 #include "foundation/xml_helpers.h"
+#include "publish/fault_texts.h"
 
 namespace publish {
 namespace {
 
 using tmw::XmlNode;
+
+constexpr const char* kRoot = "KSUpdateManifest";
 
 // White space other than blanks would be read back as blanks.
 std::string Escaped(std::string_view value) {
@@ -128,7 +131,7 @@ class Reader {
     try {
       return tmw::XmlGetStringAttribute(node, attribute);
     } catch (const tmw::ProgramError& error) {
-      faults_.Add("manifest", error.Description);
+      faults_.Add(texts::kInManifest, error.Description);
       return {};
     }
   }
@@ -136,10 +139,10 @@ class Reader {
   std::int64_t Number(const XmlNode& node, const char* attribute) {
     try {
       const std::int32_t number = tmw::XmlGetLongAttribute(node, attribute);
-      if (number < 0) faults_.Add(tmw::XmlGetNodePath(node), "A negative number of bytes.");
+      if (number < 0) faults_.Add(tmw::XmlGetNodePath(node), texts::kNegative);
       return number;
     } catch (const tmw::ProgramError& error) {
-      faults_.Add("manifest", error.Description);
+      faults_.Add(texts::kInManifest, error.Description);
       return 0;
     }
   }
@@ -148,8 +151,8 @@ class Reader {
   const XmlNode* Only(const XmlNode& root, const char* element) {
     const auto nodes = tmw::XmlGetChildElements(root, element);
     if (nodes.size() != 1) {
-      faults_.Add("manifest",
-                  std::to_string(nodes.size()) + " elements " + element + " instead of one.");
+      faults_.Add(texts::kInManifest, texts::kNotOneElement,
+                  {std::to_string(nodes.size()), element});
     }
     return nodes.empty() ? nullptr : nodes.front();
   }
@@ -166,7 +169,7 @@ class Reader {
     file.is_com = tmw::XmlGetBooleanAttributeDef(node, "IsCom", false);
     if (file.is_com != tmw::XmlGetBooleanAttributeDef(node, "IsCom", true) &&
         !tmw::XmlGetStringAttributeDef(node, "IsCom", "").empty()) {
-      faults_.Add(file.name, "IsCom is neither yes nor no.");
+      faults_.Add(file.name, texts::kIsComUnclear);
     }
     return file;
   }
@@ -185,7 +188,7 @@ class Reader {
 std::string WriteManifest(const Manifest& manifest) {
   Writer writer;
   writer.Line("<?xml version=\"1.0\" encoding=\"utf-8\"?>");
-  writer.Open("", "KSUpdateManifest");
+  writer.Open("", kRoot);
   writer.Attribute("ProductID", manifest.product);
   writer.Attribute("Version", manifest.version);
   writer.Attribute("VersionID", manifest.version_id);
@@ -194,21 +197,16 @@ std::string WriteManifest(const Manifest& manifest) {
   WriteTables(manifest, writer);
   WritePackage("DBUpdates", manifest.scripts, writer);
   WritePackage("DBStruct", manifest.structures, writer);
-  writer.Line("</KSUpdateManifest>");
+  writer.Line("</" + std::string(kRoot) + ">");
   return writer.TakeText();
 }
 
 bool ReadManifest(const std::string& file, Manifest& manifest, Faults& faults) {
-  std::string reason;
-  const std::unique_ptr<tmw::XmlDocument> document = tmw::XmlCreateDocument(reason);
-  if (document == nullptr) tmw::RaiseProgramError("No XML component: " + reason);
-  if (!tmw::XmlLoadDocumentSafe(*document, file, reason)) {
-    faults.Add("manifest", "Cannot be read:\n" + reason);
-    return false;
-  }
-  const XmlNode* const root = tmw::XmlFindSingleNode(document->Node(), "KSUpdateManifest");
+  const auto document = OpenXml(file, texts::kInManifest, faults);
+  if (document == nullptr) return false;
+  const XmlNode* const root = tmw::XmlFindSingleNode(document->Node(), kRoot);
   if (root == nullptr) {
-    faults.Add("manifest", "Its root element is not KSUpdateManifest.");
+    faults.Add(texts::kInManifest, texts::kWrongRoot, {kRoot});
     return false;
   }
   manifest = Reader(faults).Read(*root);
@@ -223,8 +221,8 @@ std::string InstalledPlace(const FileRecord& file) {
   std::string folder = file.folder;
   std::replace(folder.begin(), folder.end(), '\\', '/');
   // "{p}Bin" and "{p}/Bin" are one folder: the constant ends in a separator.
-  constexpr std::string_view kRoot = "{p}";
-  if (folder.starts_with(kRoot)) folder.insert(kRoot.size(), "/");
+  constexpr std::string_view kProduct = "{p}";
+  if (folder.starts_with(kProduct)) folder.insert(kProduct.size(), "/");
   std::string place;
   for (const std::string& part : tmw::Split(folder, "/")) {
     if (!part.empty()) place += part + "/";

@@ -7,6 +7,7 @@
 #include "foundation/encodings.h"
 #include "foundation/path_guard.h"
 #include "foundation/text.h"
+#include "publish/fault_texts.h"
 #include "publish/manifest.h"
 #include "publish/release_names.h"
 
@@ -37,19 +38,15 @@ std::optional<std::string> Expand(const std::string& folder) {
 }
 
 void CheckNames(const FileRecord& file, const std::string& place, Faults& faults) {
-  const auto refuse = [&](const tmw::GuardVerdict& verdict) {
-    if (!verdict.IsAccepted()) faults.Add(place, "The updater refuses it: " + verdict.message);
-  };
-  refuse(tmw::CheckFileName(file.name));
+  faults.Require(tmw::CheckFileName(file.name), place);
   if (tmw::LowerCase(file.name).starts_with(tmw::LowerCase(std::string(tmw::names::kUserDatabase))))
-    faults.Add(place,
-               "It has the name of the user's own database, which the updater never replaces.");
-  refuse(tmw::CheckRelativeName(file.server_name));
+    faults.Add(place, texts::kUsersOwn);
+  faults.Require(tmw::CheckRelativeName(file.server_name), place);
   const std::optional<std::string> folder = Expand(file.folder);
   if (!folder) {
-    faults.Add(place, "Its folder has an unknown constant: " + file.folder + ".");
+    faults.Add(place, texts::kUnknownConstant, {file.folder});
   } else {
-    refuse(tmw::CheckFolderUnderRoot(*folder, kSomeRoot));
+    faults.Require(tmw::CheckFolderUnderRoot(*folder, kSomeRoot), place);
   }
 }
 
@@ -65,23 +62,19 @@ void CheckFiles(const Manifest& manifest, std::map<std::string, const FileRecord
     const std::string place = file.folder + " " + file.name;
     CheckNames(file, place, faults);
     const auto [same_place, is_new_place] = by_place.emplace(InstalledPlace(file), place);
-    if (!is_new_place)
-      faults.Add(place, "It is installed where " + same_place->second + " is installed.");
+    if (!is_new_place) faults.Add(place, texts::kSamePlace, {same_place->second});
     const auto [same_server, is_new_server] =
         by_server_name.emplace(tmw::LowerCase(file.server_name), place);
-    if (!is_new_server)
-      faults.Add(place, "On the server it has the name of " + same_server->second + ".");
+    if (!is_new_server) faults.Add(place, texts::kSameServerName, {same_server->second});
     const auto [same_name, is_new_name] = by_name.emplace(tmw::LowerCase(file.name), &file);
-    if (!is_new_name && !HasSameContent(*same_name->second, file)) {
-      faults.Add(place, "The updater keeps one content for a file's name, and " +
-                            same_name->second->folder + " has another file of this name.");
-    }
+    if (!is_new_name && !HasSameContent(*same_name->second, file))
+      faults.Add(place, texts::kTwoContents, {same_name->second->folder});
   }
 }
 
 void CheckServerNames(const Manifest& manifest, Faults& faults) {
   const auto check = [&](const std::string& server_name, const std::string& place) {
-    if (!FitsAddresses(server_name)) faults.Add(place, kFitsNoAddress);
+    if (!FitsAddresses(server_name)) faults.Add(place, texts::kFitsNoAddress);
   };
   for (const FileRecord& file : manifest.files)
     check(file.server_name, file.folder + " " + file.name);
@@ -102,17 +95,15 @@ void CheckManifest(const Manifest& manifest, Faults& faults) {
   std::set<std::string> tables;
   for (const TableRecord& table : manifest.tables) {
     const std::string& name = table.name;
-    if (const auto verdict = tmw::CheckFileName(name); !verdict.IsAccepted())
-      faults.Add(name, "The updater refuses it: " + verdict.message);
-    if (!tables.insert(tmw::LowerCase(name)).second) faults.Add(name, "The table comes twice.");
+    faults.Require(tmw::CheckFileName(name), name);
+    if (!tables.insert(tmw::LowerCase(name)).second) faults.Add(name, texts::kTableTwice);
     if (tmw::EqualIgnoringCase(name, tmw::names::kVersionTable))
-      faults.Add(name, "The table tells a database's version and is never carried.");
+      faults.Add(name, texts::kVersionTable);
     if (files.contains(tmw::LowerCase(name + std::string(tmw::names::kTableEnding))))
-      faults.Add(name, "A program file has the name of the table's file.");
+      faults.Add(name, texts::kFileOfTable);
   }
   if (WholeVolume(manifest) > std::numeric_limits<std::int32_t>::max())
-    faults.Add("manifest",
-               "All together is more than the 2147483647 bytes that the updater counts.");
+    faults.Add(texts::kInManifest, texts::kTooMuch);
 }
 
 }  // namespace publish

@@ -7,6 +7,7 @@
 #include "foundation/file_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
+#include "publish/fault_texts.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
 
@@ -93,7 +94,7 @@ std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
     }
     const FolderRule* const rule = FolderOf(file.path, description.folders);
     if (rule == nullptr) {
-      faults.Add(file.path, "No Folder of the description says where it is installed.");
+      faults.Add(file.path, texts::kNoFolderRule);
       continue;
     }
     file.record.name = tmw::SplitFileName(file.path).FileName();
@@ -104,7 +105,7 @@ std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
   for (std::size_t i = 0; i < is_rule_used.size(); ++i) {
     const std::string& mask = description.files[i].mask;
     if (!is_rule_used[i] && !IsPattern(mask))
-      faults.Add("description", "The product has no file " + mask + ".");
+      faults.Add(texts::kInDescription, texts::kMatchesNoFile, {mask});
   }
   std::sort(files.begin(), files.end(), [](const ProductFile& a, const ProductFile& b) {
     return std::tie(a.record.folder, a.record.name) < std::tie(b.record.folder, b.record.name);

@@ -18,12 +18,14 @@
 #include "ports/ports.h"
 #include "publish/description.h"
 #include "publish/digest.h"
+#include "publish/fault_texts.h"
 #include "publish/file_tree.h"
 #include "publish/product_files.h"
 #include "publish/release_builder.h"
 #include "publish/release_names.h"
 #include "publish/scripts.h"
 #include "publish/tables.h"
+#include "tools/fill.h"
 
 namespace publish {
 namespace {
@@ -32,7 +34,7 @@ void Rename(const std::string& from, const std::string& to) {
   const ports::Status renamed = ports::CurrentPorts().files->Rename(from, to);
   if (!renamed) {
     tmw::RaiseApiErrorWithMessage(
-        "Cannot rename " + tmw::Quoted(from) + " to " + tmw::Quoted(to) + ": ", renamed.code);
+        tools::Fill(texts::kCannotRename, {tmw::Quoted(from), tmw::Quoted(to)}), renamed.code);
   }
 }
 
@@ -85,10 +87,9 @@ class Building {
     if (!tmw::IsFileExists(file)) tmw::CreateEmptyFile(file);
     auto locked = ports::CurrentPorts().file_locks->TryLock(file, ports::FileLockMode::kExclusive);
     if (!locked)
-      tmw::RaiseApiErrorWithMessage("Cannot lock " + tmw::Quoted(file) + ": ", locked.code);
-    if (locked.value.verdict != ports::FileLockVerdict::kLocked)
-      tmw::RaiseProgramError("Another run is publishing this version: " + tmw::Quoted(folder_) +
-                             ".");
+      tmw::RaiseApiErrorWithMessage(tools::Fill(texts::kCannotLock, {tmw::Quoted(file)}),
+                                    locked.code);
+    if (locked.value.verdict != ports::FileLockVerdict::kLocked) Raise(texts::kAnotherRun, folder_);
     lock_ = std::move(locked.value.lock);
   }
 
@@ -108,17 +109,16 @@ std::string ServerList(const Description& description) {
 // In the encoding that the updater takes a text without a mark for.
 std::string Encoded(const std::string& text, const std::string& place, Faults& faults) {
   const auto bytes = tmw::TryUtf8ToCodePage(tmw::CodePage::k1251, text);
-  if (!bytes) faults.Add(place, "It has characters outside code page 1251.");
+  if (!bytes) faults.Add(place, texts::kOutsideCodePage);
   return bytes.value_or("");
 }
 
 void RequireInputs(const PublishOptions& options) {
   for (const std::string& folder : {options.product, options.scripts}) {
-    if (!tmw::IsFolderExists(folder))
-      tmw::RaiseProgramError("No folder " + tmw::Quoted(folder) + ".");
+    if (!tmw::IsFolderExists(folder)) Raise(texts::kNoFolder, folder);
   }
   for (const std::string& file : {options.description, options.database}) {
-    if (!tmw::IsFileExists(file)) tmw::RaiseProgramError("No file " + tmw::Quoted(file) + ".");
+    if (!tmw::IsFileExists(file)) Raise(texts::kNoFile, file);
   }
 }
 
@@ -159,19 +159,19 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   RequireInputs(options);
   const std::string root = tmw::GetAbsoluteFileName(options.output);
   if (IsWithin(root, tmw::GetAbsoluteFileName(options.product)))
-    faults.Add(root, "It lies in the product's folder: the next release would contain this one.");
+    faults.Add(root, texts::kOutputInProduct);
   Description description;
   if (!ReadDescription(options.description, description, faults)) return {};
   std::vector<ProductFile> files = CollectProductFiles(options.product, description, faults);
   const std::vector<UpdateScript> scripts = ReadScripts(options.scripts, faults);
-  CheckUpdater(description.needed_updater, description.updater_files, "updater", faults);
+  CheckUpdater(description.needed_updater, description.updater_files, texts::kInUpdater, faults);
   CheckServerList(ServerList(description), faults);
   CheckChain(scripts, description.oldest_database, description.version, faults);
   ReferenceTables reference(options.database);
   std::vector<TableRecord> tables = reference.Choose(description, faults);
   const std::string place = tmw::JoinPath(root, ReleaseFolder(description.version));
   if (!options.may_replace && tmw::IsFolderExists(place) && IsAnnounced(root, description.version))
-    faults.Add(place, "This version has been published already.");
+    faults.Add(place, texts::kPublishedAlready);
   // Without a version there is no place to build in.
   if (!IsVersion(description.version, 4)) return {};
 
@@ -181,8 +181,8 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   builder.AddFiles(std::move(files), faults);
   builder.AddScripts(options.scripts);
   builder.AddUpdater(options.product, faults);
-  const std::string server_list = Encoded(ServerList(description), "servers", faults);
-  const std::string digest = Encoded(WriteDigest(builder.Announcement()), "digest", faults);
+  const std::string server_list = Encoded(ServerList(description), texts::kInServers, faults);
+  const std::string digest = Encoded(WriteDigest(builder.Announcement()), texts::kInDigest, faults);
   builder.Finish(faults);
   if (!faults.IsEmpty()) return {};
 

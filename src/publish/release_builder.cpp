@@ -17,10 +17,12 @@
 #include "packages/companion_functions.h"
 #include "packages/hash_api.h"
 #include "packages/rar_archive.h"
+#include "publish/fault_texts.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
 #include "publish/unicode_text.h"
 #include "publish/workers.h"
+#include "tools/fill.h"
 #include "tools/stop.h"
 
 namespace publish {
@@ -29,8 +31,7 @@ namespace {
 constexpr std::int64_t kLargestNumber = std::numeric_limits<std::int32_t>::max();
 
 void CheckSize(std::int64_t length, const std::string& place, Faults& faults) {
-  if (length > kLargestNumber)
-    faults.Add(place, "It is longer than the 2147483647 bytes that the updater can count.");
+  if (length > kLargestNumber) faults.Add(place, texts::kTooLong);
 }
 
 // One file that cannot be read is told like any other fault, with the rest of them.
@@ -84,7 +85,7 @@ PackageRecord ReleaseBuilder::PackTogether(const std::string& server_name,
 
 void ReleaseBuilder::AddTables(ReferenceTables& reference, std::vector<TableRecord> tables,
                                Faults& faults) {
-  progress_.Begin("tables", tables.size());
+  progress_.Begin(texts::kTables, tables.size());
   std::vector<Entry> structures;
   const std::string table_file = tmw::JoinPath(work_, "table");
   for (TableRecord& table : tables) {
@@ -112,7 +113,7 @@ void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
   CheckManifest(manifest_, faults);
   if (!faults.IsEmpty()) return;
   is_packed_ = true;
-  progress_.Begin("files", files.size());
+  progress_.Begin(texts::kFiles, files.size());
   for (ProductFile& file : files) {
     if (!file.ready_package.empty()) tmw::CompanionFunctions();  // loaded before there are threads
     file.record.length = tmw::GetFileLength(file.source);
@@ -172,7 +173,7 @@ void ReleaseBuilder::TakeReadyPackage(ProductFile& file, const std::string& scra
                                       Faults& faults) const {
   FileRecord& record = file.record;
   if (record.pack_method == kIntegrity) {
-    faults.Add(file.path, "A ready-made package cannot have pack method 2.");
+    faults.Add(file.path, texts::kReadyWithIntegrity);
     return;
   }
   if (!CheckReadable(file.ready_package, file.path, faults)) return;
@@ -183,9 +184,9 @@ void ReleaseBuilder::TakeReadyPackage(ProductFile& file, const std::string& scra
   CheckSize(record.server_length, file.path, faults);
   std::string reason;
   if (!tmw::UnrarOneFile(target, record.name, scratch, "", reason)) {
-    faults.Add(file.path, "Its package " + file.ready_package + " does not give it: " + reason);
+    faults.Add(file.path, texts::kPackageLacksFile, {file.ready_package, reason});
   } else if (HashOfFile(tmw::JoinPath(scratch, record.name)) != record.hash) {
-    faults.Add(file.path, "Its package " + file.ready_package + " holds another content.");
+    faults.Add(file.path, texts::kPackageHoldsOther, {file.ready_package});
   }
   RemoveTree(scratch);
   if (record.pack_method == kText) CheckText(file, faults);
@@ -193,10 +194,7 @@ void ReleaseBuilder::TakeReadyPackage(ProductFile& file, const std::string& scra
 
 // Installed files are judged by the hash of their bytes, whatever the pack method was.
 void ReleaseBuilder::CheckText(const ProductFile& file, Faults& faults) const {
-  if (UnicodeText(file.source).Hash() == file.record.hash) return;
-  faults.Add(file.path,
-             "It is no UTF-16 text without a byte-order mark: with pack method 3 every run of the "
-             "updater would download it again.");
+  if (UnicodeText(file.source).Hash() != file.record.hash) faults.Add(file.path, texts::kNotUtf16);
 }
 
 void ReleaseBuilder::AddScripts(const std::string& folder) {
@@ -218,15 +216,13 @@ void ReleaseBuilder::AddUpdater(const std::string& product_folder, Faults& fault
   for (const std::string& file : description_.updater_files) {
     const std::string source = tmw::JoinPath(product_folder, file);
     const std::string name = tmw::SplitFileName(file).FileName();
-    const tmw::GuardVerdict verdict = tmw::CheckFileName(name);
-    if (!verdict.IsAccepted()) {
-      faults.Add(file, "The updater refuses it: " + verdict.message);
-    } else if (!FitsAddresses(name)) {
-      faults.Add(file, kFitsNoAddress);
+    if (!faults.Require(tmw::CheckFileName(name), file)) continue;
+    if (!FitsAddresses(name)) {
+      faults.Add(file, texts::kFitsNoAddress);
     } else if (!taken.insert(tmw::LowerCase(name)).second) {
-      faults.Add(file, "Another file of the release has this name on the server.");
+      faults.Add(file, texts::kUpdaterNameTaken);
     } else if (!tmw::IsFileExists(source)) {
-      faults.Add(file, "This file of the updater is missing.");
+      faults.Add(file, texts::kUpdaterFileMissing);
     } else {
       tmw::CopyFile(source, PathOf(name));
       const std::int64_t length = tmw::GetFileLength(PathOf(name));
@@ -242,7 +238,7 @@ void ReleaseBuilder::Finish(Faults& faults) {
   const std::string file = tmw::JoinPath(work_, "manifest");
   WriteWholeFile(file, WriteManifest(manifest_));
   if (tmw::GetFileLength(file) > tmw::kMaxXmlLength) {
-    faults.Add("manifest", "It has grown longer than the updater reads.");
+    faults.Add(texts::kInManifest, texts::kManifestTooLong);
     return;
   }
   PackTogether(std::string(tmw::names::kManifestPackage),
@@ -251,20 +247,22 @@ void ReleaseBuilder::Finish(Faults& faults) {
 }
 
 std::string ReleaseBuilder::Listing() const {
-  std::string text = ReleaseFolder(manifest_.version) + ": bytes, server name, what it is\n";
+  std::string text = tools::Fill(texts::kListingHead, {ReleaseFolder(manifest_.version)});
   const auto add = [&](const std::string& name, const std::string& what) {
     text += std::to_string(tmw::GetFileLength(PathOf(name))) + "\t" + name + "\t" + what + "\n";
   };
-  add(std::string(tmw::names::kManifestPackage), "list of files");
-  add(manifest_.scripts.server_name, "update scripts");
-  add(manifest_.structures.server_name, "structures of the user's tables");
+  add(std::string(tmw::names::kManifestPackage), texts::kListOfFiles);
+  add(manifest_.scripts.server_name, texts::kUpdateScripts);
+  add(manifest_.structures.server_name, texts::kStructures);
   for (const UpdaterFile& file : digest_.files)
-    add(file.name, "the updater's own file");
+    add(file.name, texts::kUpdatersFile);
   for (const TableRecord& table : manifest_.tables) {
-    if (!table.is_user) add(TablePackage(table.name), "dictionary " + table.name);
+    if (!table.is_user)
+      add(TablePackage(table.name), tools::Fill(texts::kDictionary, {table.name}));
   }
   for (const FileRecord& record : manifest_.files)
-    add(record.server_name, record.folder + " " + record.name + (record.is_com ? ", COM" : ""));
+    add(record.server_name,
+        record.folder + " " + record.name + (record.is_com ? texts::kIsCom : ""));
   return text;
 }
 

@@ -22,7 +22,5 @@ inline constexpr const char* kListing = "_Listing.txt";
 inline bool FitsAddresses(const std::string& name) {
   return name.find_first_of("#%?") == std::string::npos;
 }
-inline constexpr const char* kFitsNoAddress =
-    "Nobody could download it: #, % and ? mean something else in an address.";
 
 }  // namespace publish

@@ -4,6 +4,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
+#include "publish/faults.h"
 #include "publish/workers.h"
 #include "transfer/inet.h"
 
@@ -13,17 +14,16 @@ namespace {
 class FolderSource final : public ReleaseSource {
  public:
   explicit FolderSource(std::string folder) : folder_(std::move(folder)) {
-    if (!tmw::IsFolderExists(folder_))
-      tmw::RaiseProgramError("No folder " + tmw::Quoted(folder_) + ".");
+    if (!tmw::IsFolderExists(folder_)) Raise(texts::kNoFolder, folder_);
   }
 
   std::unique_ptr<FetchedFile> Fetch(const std::string& name, std::int64_t max_bytes,
                                      std::string& reason) override {
     const std::string path = tmw::JoinPath(folder_, name);
     if (!tmw::IsFileExists(path)) {
-      reason = "there is no such file.";
+      reason = texts::kNoSuchFile;
     } else if (tmw::GetFileLength(path) > max_bytes) {
-      reason = "it is longer than " + std::to_string(max_bytes) + " bytes.";
+      reason = tools::Fill(texts::kLongerThan, {std::to_string(max_bytes)});
     } else {
       return std::make_unique<FetchedFile>(path, false);
     }

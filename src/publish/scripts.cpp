@@ -13,12 +13,15 @@
 #include "foundation/program_error.h"
 #include "foundation/version.h"
 #include "foundation/xml_helpers.h"
+#include "publish/fault_texts.h"
 
 namespace publish {
 namespace {
 
 using tmw::XmlNode;
 
+constexpr const char* kFrom = "db_version_from";
+constexpr const char* kTo = "db_version_to";
 constexpr std::string_view kRootEnding = "_Database_Update";
 
 const std::set<std::string_view> kFieldTypes = {"text", "date", "integer",  "boolean",
@@ -50,39 +53,38 @@ class ScriptReader {
     // The updater takes the second node for the root, so nothing but the declaration precedes it.
     if (children.size() < 2 || children[0]->kind != tmw::XmlNodeKind::kDeclaration ||
         children[1]->kind != tmw::XmlNodeKind::kElement) {
-      Blame("It does not begin with an XML declaration and the root element behind it.");
+      Blame(texts::kNoScriptHead);
       return std::nullopt;
     }
     const XmlNode& root = *children[1];
     if (root.name != std::string(tmw::names::kProductCode) + std::string(kRootEnding)) {
-      if (!root.name.ends_with(kRootEnding))
-        Blame("The root element has a wrong name: " + root.name + ".");
+      if (!root.name.ends_with(kRootEnding)) Blame(texts::kWrongScriptRoot, {root.name});
       return std::nullopt;
     }
-    script_.from_text = Attribute(root, "db_version_from");
+    script_.from_text = Attribute(root, kFrom);
     const auto from = ReadVersion(script_.from_text);
-    const auto to = ReadVersion(Attribute(root, "db_version_to"));
-    if (!from) Blame("db_version_from is not a version of three numbers.");
-    if (!to) Blame("db_version_to is not a version of three numbers.");
+    const auto to = ReadVersion(Attribute(root, kTo));
+    if (!from) Blame(texts::kNoScriptVersion, {kFrom});
+    if (!to) Blame(texts::kNoScriptVersion, {kTo});
     for (const XmlNode* const action : tmw::XmlGetChildElements(root, "Action"))
       CheckAction(*action);
     if (!from || !to) return std::nullopt;
     script_.from = *from;
     script_.to = *to;
-    if (script_.to <= script_.from) Blame("It ends at no later version than it starts from.");
-    if (VersionText(script_.from) != script_.from_text) {
-      Blame("The updater looks for the script of version " + VersionText(script_.from) +
-            ", and db_version_from is written otherwise: " + script_.from_text + ".");
-    }
+    if (script_.to <= script_.from) Blame(texts::kStandingStep);
+    if (VersionText(script_.from) != script_.from_text)
+      Blame(texts::kFromWrittenOtherwise, {VersionText(script_.from), script_.from_text});
     return script_;
   }
 
  private:
-  void Blame(const std::string& text) { faults_.Add(script_.file, text); }
+  void Blame(const char* text, const std::vector<std::string>& values = {}) {
+    faults_.Add(script_.file, text, values);
+  }
 
   std::string Attribute(const XmlNode& node, const char* name) {
     std::string value = tmw::XmlGetStringAttributeDef(node, name, "");
-    if (value.empty()) Blame(tmw::XmlGetNodePath(node) + " has no " + name + ".");
+    if (value.empty()) Blame(texts::kHasNo, {tmw::XmlGetNodePath(node), name});
     return value;
   }
 
@@ -93,12 +95,12 @@ class ScriptReader {
       Attribute(action, "FieldName");
       const std::string field_type = Attribute(action, "Type");
       if (!field_type.empty() && !kFieldTypes.contains(field_type))
-        Blame("Unknown type of a field: " + field_type + ".");
+        Blame(texts::kUnknownFieldType, {field_type});
     } else if (type == "customscript") {
       const std::string name = Attribute(action, "Name");
-      if (!name.empty() && !kMigrations.contains(name)) Blame("Unknown migration: " + name + ".");
+      if (!name.empty() && !kMigrations.contains(name)) Blame(texts::kUnknownMigration, {name});
     } else if (type != "sql" && !type.empty()) {
-      Blame("Unknown type of an action: " + type + ".");
+      Blame(texts::kUnknownAction, {type});
     }
   }
 
@@ -112,13 +114,8 @@ std::vector<UpdateScript> ReadScripts(const std::string& folder, Faults& faults)
   std::vector<UpdateScript> scripts;
   for (const std::string& file :
        tmw::CollectFileNamesInFolder(folder, std::string(tmw::names::kScriptMask))) {
-    std::string reason;
-    const std::unique_ptr<tmw::XmlDocument> document = tmw::XmlCreateDocument(reason);
-    if (document == nullptr) tmw::RaiseProgramError("No XML component: " + reason);
-    if (!tmw::XmlLoadDocumentSafe(*document, tmw::JoinPath(folder, file), reason)) {
-      faults.Add(file, "Cannot be read:\n" + reason);
-      continue;
-    }
+    const auto document = OpenXml(tmw::JoinPath(folder, file), file, faults);
+    if (document == nullptr) continue;
     if (auto script = ScriptReader(file, faults).Read(document->Node()))
       scripts.push_back(std::move(*script));
   }
@@ -136,15 +133,13 @@ void CheckChain(const std::vector<UpdateScript>& scripts, const std::string& old
   for (const UpdateScript& script : scripts) {
     const auto [first, is_new] = by_start.emplace(script.from_text, &script);
     if (!is_new)
-      faults.Add(script.file,
-                 "Starts from " + script.from_text + ", as " + first->second->file + " does.");
+      faults.Add(script.file, texts::kSameStart, {script.from_text, first->second->file});
   }
   const auto require_step = [&](const DatabaseVersion& version, const std::string& who) {
     if (version >= target || by_start.contains(VersionText(version))) return;
-    faults.Add(who, "No script leads on from version " + VersionText(version) + " to " +
-                        VersionText(target) + ".");
+    faults.Add(who, texts::kGap, {VersionText(version), VersionText(target)});
   };
-  if (const auto version = ReadVersion(oldest)) require_step(*version, "scripts");
+  if (const auto version = ReadVersion(oldest)) require_step(*version, texts::kInScripts);
   for (const UpdateScript& script : scripts)
     require_step(script.to, script.file);
 }

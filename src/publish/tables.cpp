@@ -12,6 +12,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "ports/ports.h"
+#include "publish/fault_texts.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
 #include "publish/unicode_text.h"
@@ -30,11 +31,10 @@ const TableRule* RuleOf(const std::string& table, const std::vector<TableRule>& 
 
 void ReadText(tmw::TableTextReader& reader, const TableRecord& table) {
   const ports::TableDefinition definition = reader.ReadStructure();
-  if (definition.name != table.name)
-    tmw::RaiseProgramError("It is the text of the table " + tmw::Quoted(definition.name) + ".");
+  if (definition.name != table.name) Raise(texts::kOtherTable, definition.name);
   const bool has_rows = reader.ReadRowsOpener();
   if (has_rows == table.is_user)
-    tmw::RaiseProgramError(has_rows ? "It carries rows." : "It carries no rows.");
+    tmw::RaiseProgramError(has_rows ? texts::kCarriesRows : texts::kCarriesNoRows);
   std::vector<std::string_view> values;
   while (has_rows && reader.ReadRow(values)) {
     for (const std::string_view value : values)
@@ -48,9 +48,8 @@ void CheckText(tmw::TableTextReader& reader, const TableRecord& table, Faults& f
     ReadText(reader, table);
   } catch (...) {
     tools::ThrowIfStopped();
-    faults.Add(table.name, "The updater could not import it: line " +
-                               std::to_string(reader.Line()) + ": " +
-                               tmw::CurrentError().Description);
+    faults.Add(table.name, texts::kNotImported,
+               {std::to_string(reader.Line()), tmw::CurrentError().Description});
   }
 }
 
@@ -68,7 +67,7 @@ std::vector<TableRecord> ReferenceTables::Choose(const Description& description,
     if (tmw::EqualIgnoringCase(table.name, tmw::names::kVersionTable)) continue;
     const TableRule* const rule = RuleOf(table.name, description.tables);
     if (rule == nullptr) {
-      faults.Add(table.name, "The description does not say what kind of table it is.");
+      faults.Add(table.name, texts::kUnknownKind);
       continue;
     }
     is_rule_used[static_cast<std::size_t>(rule - description.tables.data())] = true;
@@ -79,8 +78,7 @@ std::vector<TableRecord> ReferenceTables::Choose(const Description& description,
   for (std::size_t i = 0; i < is_rule_used.size(); ++i) {
     const std::string& mask = description.tables[i].mask;
     if (!is_rule_used[i] && !IsPattern(mask))
-      faults.Add("description", "The reference database has no table " + mask +
-                                    ", or a later line says otherwise.");
+      faults.Add(texts::kInDescription, texts::kMatchesNoTable, {mask});
   }
   dictionaries.insert(dictionaries.end(), user_tables.begin(), user_tables.end());
   return dictionaries;

@@ -4,6 +4,7 @@
 #include <cxxopts.hpp>
 
 #include "foundation/text.h"
+#include "tools/fill.h"
 #include "tools/tools_texts.h"
 
 namespace tools {
@@ -43,21 +44,21 @@ std::string WithValue(const std::string& name, const std::string& value) {
   return value.empty() ? name : name + " " + value;
 }
 
-cxxopts::ParseResult Parse(const Command& command, const std::vector<std::string>& given) {
-  cxxopts::Options parser(command.name);
+cxxopts::ParseResult Parse(const Usage& usage, const std::vector<std::string>& given) {
+  cxxopts::Options parser(usage.name);
   parser.allow_unrecognised_options();
-  for (const Option& option : command.options) {
+  for (const Option& option : usage.options) {
     const auto value = cxxopts::value<std::string>();
     parser.add_options()(option.name.substr(2), "",
                          option.value.empty() ? value->implicit_value("") : value);
   }
-  std::vector<const char*> arguments = {command.name.c_str()};
+  std::vector<const char*> arguments = {usage.name.c_str()};
   for (const std::string& argument : given)
     arguments.push_back(argument.c_str());
   try {
     return parser.parse(static_cast<int>(arguments.size()), arguments.data());
   } catch (const cxxopts::exceptions::missing_argument&) {
-    throw UsageError(texts::OptionNeedsValue(given.back()));  // only the last one can lack it
+    throw UsageError(Fill(texts::kOptionNeedsValue, {given.back()}));
   }
 }
 
@@ -72,36 +73,37 @@ std::optional<std::string> Arguments::Value(const std::string& option) const {
 
 std::string Arguments::NeededValue(const std::string& option) const {
   const auto value = Value(option);
-  if (!value) throw UsageError(texts::OptionIsMissing(option));
+  if (!value) throw UsageError(Fill(texts::kOptionIsMissing, {option}));
   return *value;
 }
 
-Arguments ParseArguments(const Command& command, const std::vector<std::string>& given) {
+Arguments ParseArguments(const Usage& usage, const std::vector<std::string>& given) {
   const auto words_only = std::find(given.begin(), given.end(), "--");
-  const cxxopts::ParseResult result = Parse(command, {given.begin(), words_only});
+  const cxxopts::ParseResult result = Parse(usage, {given.begin(), words_only});
   std::vector<std::string> words = result.unmatched();
   for (const std::string& word : words) {
-    if (word.size() > 1 && word.starts_with('-')) throw UsageError(texts::UnknownOption(word));
+    if (word.size() > 1 && word.starts_with('-'))
+      throw UsageError(Fill(texts::kUnknownOption, {word}));
   }
   std::vector<std::pair<std::string, std::string>> options;
   for (const cxxopts::KeyValue& read : result.arguments()) {
     const std::string name = "--" + read.key();
-    const auto declared = std::find_if(command.options.begin(), command.options.end(),
+    const auto declared = std::find_if(usage.options.begin(), usage.options.end(),
                                        [&](const Option& option) { return option.name == name; });
     if (declared->value.empty() && !read.value().empty())
-      throw UsageError(texts::OptionTakesNoValue(name));
+      throw UsageError(Fill(texts::kOptionTakesNoValue, {name}));
     options.emplace_back(name, read.value());
   }
   if (words_only != given.end()) words.insert(words.end(), words_only + 1, given.end());
-  if (words.size() < command.least_words) throw UsageError(texts::kTooFewArguments);
-  if (words.size() > command.most_words) throw UsageError(texts::kTooManyArguments);
+  if (words.size() < usage.least_words) throw UsageError(texts::kTooFewArguments);
+  if (words.size() > usage.most_words) throw UsageError(texts::kTooManyArguments);
   return {std::move(options), std::move(words)};
 }
 
-std::string HelpLines(const std::string& program, const Command& command) {
-  std::string lines = TwoColumns(
-      kCommandIndent, WithValue(program + " " + command.name, command.words), command.help);
-  for (const Option& option : command.options)
+std::string HelpLines(const std::string& program, const Usage& usage) {
+  std::string lines =
+      TwoColumns(kCommandIndent, WithValue(program + " " + usage.name, usage.words), usage.help);
+  for (const Option& option : usage.options)
     lines += HelpLine(option);
   return lines;
 }

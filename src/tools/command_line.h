@@ -47,22 +47,27 @@ class Arguments {
   std::vector<std::string> words_;
 };
 
-struct Command {
+// How a command is used.
+struct Usage {
   std::string name;
   std::string words;  // how the help names them: "OLD NEW"
   std::size_t least_words = 0;
   std::size_t most_words = 0;
   std::string help;
   std::vector<Option> options;
+};
+
+struct Command {
+  Usage usage;
   int (*run)(const Arguments&) = nullptr;  // gives the exit code
 };
 
 // Reads what follows the command's name. Everything behind "--" is a word. Raises a UsageError for
 // an option that is not declared, a missing value or a wrong number of words.
-Arguments ParseArguments(const Command& command, const std::vector<std::string>& given);
+Arguments ParseArguments(const Usage& usage, const std::vector<std::string>& given);
 
 // The help's lines about a command and its options.
-std::string HelpLines(const std::string& program, const Command& command);
+std::string HelpLines(const std::string& program, const Usage& usage);
 std::string HelpLine(const Option& option);
 
 }  // namespace tools

@@ -9,6 +9,7 @@
 #include "foundation/version.h"
 #include "ports/ports.h"
 #include "ports/processes.h"
+#include "tools/fill.h"
 #include "tools/json.h"
 #include "tools/tools_texts.h"
 
@@ -24,8 +25,9 @@ bool Has(const Words& arguments, const char* option) {
 }
 
 const Command* FindCommand(const Program& program, const std::string& name) {
-  const auto found = std::find_if(program.commands.begin(), program.commands.end(),
-                                  [&](const Command& command) { return command.name == name; });
+  const auto found =
+      std::find_if(program.commands.begin(), program.commands.end(),
+                   [&](const Command& command) { return command.usage.name == name; });
   return found == program.commands.end() ? nullptr : &*found;
 }
 
@@ -33,7 +35,7 @@ std::string HelpFor(const Program& program, const std::string& name) {
   const Command* const only = FindCommand(program, name);
   std::string help = program.help_head + "\n\n";
   for (const Command& command : program.commands) {
-    if (only == nullptr || only == &command) help += HelpLines(program.name, command);
+    if (only == nullptr || only == &command) help += HelpLines(program.name, command.usage);
   }
   help += "  " + program.name + " --help | --version\n\n";
   if (program.has_json) help += HelpLine(kJson);
@@ -43,10 +45,10 @@ std::string HelpFor(const Program& program, const std::string& name) {
 int RunCommand(const Program& program, const Words& arguments) {
   if (arguments.empty()) throw UsageError(texts::kNoCommand);
   const Command* const found = FindCommand(program, arguments[0]);
-  if (found == nullptr) throw UsageError(texts::UnknownCommand(arguments[0]));
-  Command command = *found;
-  if (program.has_json) command.options.push_back(kJson);
-  const int code = command.run(ParseArguments(command, {arguments.begin() + 1, arguments.end()}));
+  if (found == nullptr) throw UsageError(Fill(texts::kUnknownCommand, {arguments[0]}));
+  Usage usage = found->usage;
+  if (program.has_json) usage.options.push_back(kJson);
+  const int code = found->run(ParseArguments(usage, {arguments.begin() + 1, arguments.end()}));
   std::cout.flush();
   return std::cout ? code : program.failed;
 }
@@ -75,12 +77,12 @@ int RunProgram(const Program& program, const Words& arguments) {
   try {
     return RunCommand(program, arguments);
   } catch (const UsageError& error) {
-    complain(texts::WithHelpHint(error.what(), program.name));
+    complain(Fill(texts::kWithHelpHint, {error.what(), program.name}));
     return kWrongUsage;
   } catch (...) {
     const tmw::ProgramError error = tmw::CurrentError();
-    complain(
-        texts::NumberedError(error.Number, tmw::TrimCharacters(error.Description, tmw::kCrLf)));
+    complain(Fill(texts::kNumberedError, {std::to_string(error.Number),
+                                          tmw::TrimCharacters(error.Description, tmw::kCrLf)}));
     return program.failed;
   }
 }

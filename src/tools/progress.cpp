@@ -4,6 +4,7 @@
 
 #include "ports/ports.h"
 #include "ports/processes.h"
+#include "tools/fill.h"
 #include "tools/stop.h"
 #include "tools/tools_texts.h"
 
@@ -45,7 +46,8 @@ void Progress::Clear() {
 
 void Progress::Show() {
   if (!is_shown_) return;
-  std::cerr << '\r' << texts::StepDone(step_, shown_percent_) << std::flush;
+  std::cerr << '\r' << Fill(texts::kProgress, {step_, std::to_string(shown_percent_)})
+            << std::flush;
 }
 
 }  // namespace tools

@@ -1,43 +1,26 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-
-// What every command-line tool says, whatever its commands do.
+// What every command-line tool says, whatever its commands do. For Fill: %1 and the like are names
+// and numbers.
 namespace tools::texts {
 
-// Wrong command lines. Options are named with their dashes.
+// Wrong command lines; an option is named with its dashes.
 inline constexpr const char* kNoCommand = "no command";
+inline constexpr const char* kUnknownCommand = "unknown command %1";
 inline constexpr const char* kTooFewArguments = "too few arguments";
 inline constexpr const char* kTooManyArguments = "too many arguments";
-inline std::string UnknownCommand(const std::string& name) {
-  return "unknown command " + name;
-}
-inline std::string UnknownOption(const std::string& option) {
-  return "unknown option " + option;
-}
-inline std::string OptionIsMissing(const std::string& option) {
-  return option + " is missing";
-}
-inline std::string OptionNeedsValue(const std::string& option) {
-  return option + " needs a value";
-}
-inline std::string OptionTakesNoValue(const std::string& option) {
-  return option + " takes no value";
-}
-inline std::string WithHelpHint(const std::string& complaint, const std::string& program) {
-  return complaint + "; see " + program + " --help";
-}
+inline constexpr const char* kUnknownOption = "unknown option %1";
+inline constexpr const char* kOptionIsMissing = "%1 is missing";
+inline constexpr const char* kOptionNeedsValue = "%1 needs a value";
+inline constexpr const char* kOptionTakesNoValue = "%1 takes no value";
+inline constexpr const char* kWithHelpHint = "%1; see %2 --help";
 
-inline std::string NumberedError(std::int32_t number, const std::string& description) {
-  return "error " + std::to_string(number) + ": " + description;
-}
+// Failures. The second kind is the line above the system's text; its path stands in quotes.
+inline constexpr const char* kNumberedError = "error %1: %2";
 inline constexpr const char* kStopped = "Stopped.";
+inline constexpr const char* kCannotWrite = "Cannot write %1: ";
 
 inline constexpr const char* kJsonHelp = "with any command: one JSON object on standard output";
-
-inline std::string StepDone(const std::string& step, std::size_t percent) {
-  return step + ": " + std::to_string(percent) + " %";
-}
+inline constexpr const char* kProgress = "%1: %2 %";
 
 }  // namespace tools::texts

@@ -20,22 +20,17 @@ int Fail(const tools::Arguments& arguments) {
   throw tmw::ProgramError(5, arguments.NeededValue("--why") + "\r\n");
 }
 
+const tools::Usage kPrint = {
+    "print",
+    "ONE [TWO]",
+    1,
+    2,
+    "взять много слов, которые вместе не помещаются на одной строке помощи",
+    {{"--flag", "", "a flag"}, {"--name", "VALUE", "a value"}}};
+const tools::Usage kFail = {"fail", "", 0, 0, "always", {{"--why", "REASON", "why"}}};
+
 tools::Program MakeTool() {
-  const std::string long_help =
-      "взять много слов, которые вместе не помещаются на одной строке "
-      "помощи";
-  return {"tool",
-          "tool - tries things out",
-          "The end.\n",
-          {{"print",
-            "ONE [TWO]",
-            1,
-            2,
-            long_help,
-            {{"--flag", "", "a flag"}, {"--name", "VALUE", "a value"}},
-            Print},
-           {"fail", "", 0, 0, "always", {{"--why", "REASON", "why"}}, Fail}},
-          true,
+  return {"tool", "tool - tries things out", "The end.\n", {{kPrint, Print}, {kFail, Fail}}, true,
           3};
 }
 
