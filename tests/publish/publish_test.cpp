@@ -1,44 +1,25 @@
+#include <gtest/gtest.h>
+
 #include <filesystem>
+#include <functional>
 
 #include "foundation/command_line.h"
-#include "foundation/file_utils.h"
+#include "ports/database.h"
 #include "ports/file_lock.h"
+#include "ports/processes.h"
 #include "publish/checker.h"
 #include "publish/difference.h"
 #include "publish/product_files.h"
-#include "tests/engine/run_fixture.h"
 #include "tests/fakes/faulty_file_system.h"
 #include "tests/publish/sample.h"
 #include "tests/support/caught.h"
 #include "tests/support/processes.h"
+#include "tests/support/scoped_ports.h"
 
 namespace tests {
 namespace {
 
 using Log = std::vector<std::string>;
-
-// The updater's own engine installs what has been published.
-TEST_F(RunTest, APublishedReleaseIsInstalled) {
-  Sample sample(sandbox_);
-  sample.Describe("http://one.example/\"/><Server Url=\"two.example", server_.Url(""));
-  sandbox_.Write("product/tm/Calc.ocx", tmw::ReadFileBytes(TMW_REGISTERING_LIBRARY));
-  ASSERT_EQ(sample.Publish(), Log{});
-  EXPECT_EQ(Sample::Check(sample.options.output), Log{});
-  ASSERT_EQ(Run().size(), 1U) << front_end_.log.back();
-  EXPECT_TRUE(updated_);
-  const std::pair<const char*, const char*> installed[] = {
-      {"tm/Updater.exe", "Продукт/tm/Updater.exe"},
-      {"tm/Calc.ocx", "Продукт/tm/Calc.ocx"},
-      {"tm/Тексты/Бланк.uni", "Продукт/tm/Тексты/Бланк.uni"},
-      {"Справка/Счёт №1.htm", "Продукт/Help/Счёт №1.htm"},
-      {"Справка/empty", "Продукт/Help/empty"}};
-  for (const auto& [made_of, place] : installed)
-    EXPECT_TRUE(sandbox_.Read(place) == sandbox_.Read("product/" + std::string(made_of))) << place;
-  EXPECT_EQ(sandbox_.Read("Продукт/tm/Core.dll").size(), 100'064U) << "with its integrity data";
-  EXPECT_FALSE(sandbox_.Has("Продукт/tm/Core.pdb"));
-  Run();
-  EXPECT_FALSE(updated_) << "nothing differs any more";
-}
 
 TEST(Publish, TheRootHasItsTwoTextsAndTheReleaseItsListing) {
   const Sandbox sandbox;
@@ -158,12 +139,8 @@ TEST(Publish, FaultyInputIsRefusedByName) {
     c.spoil(sample, sandbox);
     const Log faults = sample.Publish();
     EXPECT_EQ(faults.size(), c.faults.size());
-    for (const std::string& expected : c.faults) {
-      EXPECT_TRUE(std::any_of(
-          faults.begin(), faults.end(),
-          [&](const std::string& fault) { return fault.find(expected) != std::string::npos; }))
-          << expected << "\n  in " << testing::PrintToString(faults);
-    }
+    for (const std::string& expected : c.faults)
+      EXPECT_TRUE(HasFault(faults, expected)) << expected << testing::PrintToString(faults);
     EXPECT_FALSE(sandbox.Has("server/TMW_version.dat"));
     EXPECT_FALSE(sandbox.Has("server/TMW_3.6.0.2"));
     EXPECT_FALSE(sandbox.Has("server/TMW_3.6.0.2.new"));

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "foundation/encodings.h"
 #include "packing/rar_writer.h"
 #include "ports/database.h"
@@ -100,6 +102,12 @@ std::vector<std::string> Sample::Check(const std::string& place, const std::stri
   publish::Faults faults;
   publish::CheckRelease(place, from, progress, faults);
   return Lines(faults);
+}
+
+bool HasFault(const std::vector<std::string>& faults, const std::string& piece) {
+  return std::any_of(faults.begin(), faults.end(), [&](const std::string& fault) {
+    return fault.find(piece) != std::string::npos;
+  });
 }
 
 void Pack(const Sandbox& sandbox, const std::string& package, const Contents& contents,

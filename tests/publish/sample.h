@@ -32,6 +32,9 @@ class Sample {
   const Sandbox& sandbox_;
 };
 
+// Whether one of the faults has that piece of text.
+bool HasFault(const std::vector<std::string>& faults, const std::string& piece);
+
 using Contents = std::vector<std::pair<std::string, std::string>>;  // entry, its bytes
 
 // Writes a package in the sandbox.
