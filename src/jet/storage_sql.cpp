@@ -2,14 +2,16 @@
 
 namespace jet {
 
+void Append(std::string& list, std::string_view item, std::string_view separator) {
+  if (!list.empty()) list += separator;
+  list += item;
+}
+
 std::string CallSql(const Function& function, std::initializer_list<std::string_view> arguments) {
-  std::string sql(function.name);
-  const char* separator = "(";
-  for (const std::string_view argument : arguments) {
-    sql.append(separator).append(argument);
-    separator = ", ";
-  }
-  return sql + (arguments.size() == 0 ? "()" : ")");
+  std::string list;
+  for (const std::string_view argument : arguments)
+    Append(list, argument);
+  return std::string(function.name) + "(" + list + ")";
 }
 
 // A plain literal would end at a zero character.

@@ -19,6 +19,8 @@ struct Function {
   bool is_pure = true;  // the same arguments give the same result
 };
 
+// Appends an item to a list, after the separator unless the list is empty.
+void Append(std::string& list, std::string_view item, std::string_view separator = ", ");
 // "f(a, b)". An argument may be several, already separated.
 std::string CallSql(const Function& function, std::initializer_list<std::string_view> arguments);
 // A text as a literal.
@@ -26,7 +28,7 @@ std::string TextLiteral(std::string_view text);
 
 // The comments list the arguments in order; "type" is the number of the ValueType of the value
 // before it. Most functions return Null if any argument is Null. Comparisons return 1 or 0.
-namespace functions {
+namespace fn {
 
 // Converts and checks a value for a field: value, type, DataType, size, flags, field name.
 inline constexpr Function kStore = {"jet_to", 6};
@@ -132,5 +134,5 @@ inline constexpr Function kTrimLeft = {"jet_trim_left", 1};
 inline constexpr Function kTrimRight = {"jet_trim_right", 1};
 inline constexpr Function kUpper = {"jet_upper", 1};
 
-}  // namespace functions
+}  // namespace fn
 }  // namespace jet

@@ -57,6 +57,13 @@ std::string IndexOrder(const TableInfo& table, const IndexInfo& index) {
   return order;
 }
 
+std::string IndexedRows(const TableInfo& table, const IndexInfo& index) {
+  std::string present;
+  for (const std::size_t position : index.positions)
+    Append(present, table.fields[position].column + " IS NOT NULL", " OR ");
+  return present;
+}
+
 bool IsTextType(ports::DataType type) {
   return type == ports::DataType::kText || type == ports::DataType::kMemo;
 }

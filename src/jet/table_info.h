@@ -62,6 +62,9 @@ const FieldInfo& RequireField(const TableInfo& table, std::string_view name,
 // The columns of an index for the storage: "c1 COLLATE JET, c2 DESC".
 std::string IndexOrder(const TableInfo& table, const IndexInfo& index);
 
+// "c1 IS NOT NULL OR c2 IS NOT NULL": true for the rows in an index that ignores Null.
+std::string IndexedRows(const TableInfo& table, const IndexInfo& index);
+
 // What a field of this definition, its size settled, demands of its values.
 Target TargetOf(const ports::FieldDefinition& definition, bool in_primary_key);
 

@@ -20,14 +20,14 @@ ValueType Wider(ValueType a, ValueType b) {
 
 // Results of whole numbers that do not fit 32 bits fail with 6.
 TypedSql Checked(TypedSql result) {
-  if (result.type == ValueType::kInteger) result.sql = CallSql(functions::kLong, {result.sql});
+  if (result.type == ValueType::kInteger) result.sql = CallSql(fn::kLong, {result.sql});
   return result;
 }
 
 // An amount or a whole number in ten-thousandths.
 std::string ScaledSql(const TypedSql& raw) {
   if (raw.type == ValueType::kStoredCurrency) return raw.sql;
-  return CallSql(functions::kScaled, {raw.sql});
+  return CallSql(fn::kScaled, {raw.sql});
 }
 
 // Sums, differences and products of amounts and whole numbers are exact, so that 0.1 + 0.2 is 0.3.
@@ -36,9 +36,9 @@ TypedSql Amount(Operator op, const TypedSql& a, const TypedSql& b) {
   TypedSql amount{{}, ValueType::kStoredCurrency};
   if (op == Operator::kAdd || op == Operator::kSubtract) {
     const char* const sign = op == Operator::kAdd ? " + " : " - ";
-    amount.sql = CallSql(functions::kAmount, {ScaledSql(a) + sign + ScaledSql(b)});
+    amount.sql = CallSql(fn::kAmount, {ScaledSql(a) + sign + ScaledSql(b)});
   } else if (op == Operator::kMultiply) {
-    amount.sql = CallSql(functions::kAmountProduct, {ScaledSql(a), ScaledSql(b)});
+    amount.sql = CallSql(fn::kAmountProduct, {ScaledSql(a), ScaledSql(b)});
   }
   return amount;
 }
@@ -46,7 +46,7 @@ TypedSql Amount(Operator op, const TypedSql& a, const TypedSql& b) {
 // Null counts as an empty text unless both are Null.
 TypedSql Concatenation(const TypedSql& a, const TypedSql& b) {
   if (!a.is_present && !b.is_present)
-    return {CallSql(functions::kJoin, {TextSql(a), TextSql(b)}), ValueType::kText};
+    return {CallSql(fn::kJoin, {TextSql(a), TextSql(b)}), ValueType::kText};
   const auto present = [](const TypedSql& value) {
     return value.is_present ? value.sql : "ifnull(" + TextSql(value) + ", '')";
   };
@@ -60,7 +60,7 @@ TypedSql Sum(const TypedSql& a, bool is_sum, const TypedSql& b) {
   if (is_sum && a.type == ValueType::kText && b.type == ValueType::kText)
     return {"(" + a.sql + " || " + b.sql + ")", ValueType::kText};
   const bool is_plain = IsNumeric(a.type) && IsNumeric(b.type);
-  if (is_sum && !is_plain) return {CallSql(functions::kAdd, {a.sql, b.sql}), ValueType::kUnknown};
+  if (is_sum && !is_plain) return {CallSql(fn::kAdd, {a.sql, b.sql}), ValueType::kUnknown};
   ValueType type = Wider(a.type, b.type);
   if (a.type == ValueType::kDate || b.type == ValueType::kDate) {
     const bool is_distance = !is_sum && a.type == b.type;
@@ -91,13 +91,13 @@ TypedSql Computed(Operator op, const TypedSql& raw_a, const TypedSql& raw_b) {
     case Operator::kConcatenate:
       return Concatenation(a, b);
     case Operator::kDivide:
-      return call(functions::kDivide, ValueType::kNumber);
+      return call(fn::kDivide, ValueType::kNumber);
     case Operator::kIntegerDivide:
-      return call(functions::kWholeDivide, ValueType::kInteger);
+      return call(fn::kWholeDivide, ValueType::kInteger);
     case Operator::kModulo:
-      return call(functions::kModulo, ValueType::kInteger);
+      return call(fn::kModulo, ValueType::kInteger);
     case Operator::kPower:
-      return call(functions::kPower, ValueType::kNumber);
+      return call(fn::kPower, ValueType::kNumber);
     case Operator::kMultiply:
       return Checked({"(" + NumberSql(a) + " * " + NumberSql(b) + ")", Wider(a.type, b.type)});
     default:

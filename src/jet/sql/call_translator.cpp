@@ -74,7 +74,7 @@ TypedSql CallScalar(const Expression& expression, const ScalarFunction& scalar,
     const TypedSql value = translator.Value(*expression.arguments[i]);
     if (*scalar.function.name == '\0') return {value.sql, value.type};
     if (i == 0 && type == ValueType::kUnknown) type = NumericTypeOf(value.type);
-    arguments += (arguments.empty() ? "" : ", ") + ArgumentSql(value, scalar.parameters[i]);
+    Append(arguments, ArgumentSql(value, scalar.parameters[i]));
   }
   return {CallSql(scalar.function, {arguments}), type};
 }
@@ -108,7 +108,7 @@ TypedSql CallChoose(const Expression& expression, ExpressionTranslator& translat
   const std::size_t count = expression.arguments.size();
   if (count < 2) Fail(kWrongArgumentCount, expression.text);
   const TypedSql number = translator.Value(*expression.arguments[0]);
-  TypedSql result{"CASE " + CallSql(functions::kWhole, {NumberSql(number)}), ValueType::kNull};
+  TypedSql result{"CASE " + CallSql(fn::kWhole, {NumberSql(number)}), ValueType::kNull};
   for (std::size_t i = 1; i < count; ++i) {
     const TypedSql value = translator.Value(*expression.arguments[i]);
     result.sql += " WHEN " + std::to_string(i) + " THEN " + value.sql;

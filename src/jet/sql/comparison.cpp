@@ -34,7 +34,7 @@ std::string ComparedSql(const TypedSql& raw_left, std::string_view symbol,
   const TypedSql right = Decoded(raw_right);
   CheckComparable(left.type, right.type, text);
   if (left.type == ValueType::kUnknown || right.type == ValueType::kUnknown)
-    return "(" + CallSql(functions::kCompare, {left.sql, right.sql}) + between + "0)";
+    return "(" + CallSql(fn::kCompare, {left.sql, right.sql}) + between + "0)";
   const bool is_text = left.type == ValueType::kText || right.type == ValueType::kText;
   return "(" + left.sql + (is_text ? kCollate : "") + between + right.sql + ")";
 }

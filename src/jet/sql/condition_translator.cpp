@@ -19,7 +19,7 @@ std::string InUnknown(const std::string& value, const std::vector<std::string>& 
     std::string arguments = value;
     for (std::size_t i = first; i < std::min(first + kMostItems, items.size()); ++i)
       arguments += ", " + items[i];
-    sql += (sql.empty() ? "" : " OR ") + CallSql(functions::kIn, {arguments});
+    Append(sql, CallSql(fn::kIn, {arguments}), " OR ");
   }
   return sql;
 }
@@ -40,7 +40,7 @@ std::string BinaryCondition(const Expression& expression, ExpressionTranslator& 
   }
   switch (expression.op) {
     case Operator::kLike:
-      return CallSql(expression.text.empty() ? functions::kLike : functions::kAlike,
+      return CallSql(expression.text.empty() ? fn::kLike : fn::kAlike,
                      {TextSql(translator.Value(left)), TextSql(translator.Value(right))});
     case Operator::kAnd:
       return "(" + translator.Condition(left) + " AND " + translator.Condition(right) + ")";
@@ -69,7 +69,7 @@ std::string Between(const Expression& expression, ExpressionTranslator& translat
   const std::string prefix = expression.negated ? "(NOT " : "(";
   const bool is_plain = IsLeaf(*expression.arguments[0]) && IsLeaf(*expression.arguments[1]) &&
                         IsLeaf(*expression.arguments[2]);
-  if (!is_plain) return prefix + CallSql(functions::kBetween, {value.sql, low.sql, high.sql}) + ")";
+  if (!is_plain) return prefix + CallSql(fn::kBetween, {value.sql, low.sql, high.sql}) + ")";
   const auto within = [&](const TypedSql& from, const TypedSql& to) {
     return "(" + ComparedSql(value, ">=", from, text) + " AND " +
            ComparedSql(value, "<=", to, text) + ")";
@@ -91,7 +91,7 @@ std::string In(const Expression& expression, ExpressionTranslator& translator) {
     const TypedSql item = translator.Value(*expression.arguments[i]);
     CheckComparable(value.type, item.type, translator.TextOf(*expression.arguments[i]));
     is_known = is_known && item.type != ValueType::kUnknown;
-    items += (items.empty() ? "" : ", ") + item.sql;
+    Append(items, item.sql);
     item_list.push_back(item.sql);
   }
   const std::string prefix = expression.negated ? "(NOT " : "(";

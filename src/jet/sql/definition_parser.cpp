@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "foundation/encodings.h"
+#include "foundation/text.h"
 #include "jet/errors.h"
 
 namespace jet::sql {
@@ -11,71 +12,36 @@ namespace {
 
 using ports::DataType;
 
-struct TypeWord {
-  std::string_view word;
-  DataType type;
+using enum ports::DataType;
+
+struct TypeWords {
+  ports::DataType type;
+  std::string_view words;  // in lower case
   std::int32_t attributes = 0;
 };
 
-constexpr TypeWord kTypeWords[] = {
-    {"alphanumeric", DataType::kText},
-    {"autoincrement", DataType::kLong, ports::kAutoIncrementField},
-    {"binary", DataType::kBinary},
-    {"bit", DataType::kBoolean},
-    {"boolean", DataType::kBoolean},
-    {"byte", DataType::kByte},
-    {"char", DataType::kText},
-    {"character", DataType::kText},
-    {"counter", DataType::kLong, ports::kAutoIncrementField},
-    {"currency", DataType::kCurrency},
-    {"date", DataType::kDate},
-    {"datetime", DataType::kDate},
-    {"double", DataType::kDouble},
-    {"float", DataType::kDouble},
-    {"float4", DataType::kSingle},
-    {"float8", DataType::kDouble},
-    {"general", DataType::kLongBinary},
-    {"guid", DataType::kGuid},
-    {"identity", DataType::kLong, ports::kAutoIncrementField},
-    {"ieeedouble", DataType::kDouble},
-    {"ieeesingle", DataType::kSingle},
-    {"image", DataType::kLongBinary},
-    {"int", DataType::kLong},
-    {"integer", DataType::kLong},
-    {"integer1", DataType::kByte},
-    {"integer2", DataType::kInteger},
-    {"integer4", DataType::kLong},
-    {"logical", DataType::kBoolean},
-    {"logical1", DataType::kBoolean},
-    {"long", DataType::kLong},
-    {"longbinary", DataType::kLongBinary},
-    {"longchar", DataType::kMemo},
-    {"longtext", DataType::kMemo},
-    {"memo", DataType::kMemo},
-    {"money", DataType::kCurrency},
-    {"note", DataType::kMemo},
-    {"number", DataType::kDouble},
-    {"numeric", DataType::kDouble},
-    {"oleobject", DataType::kLongBinary},
-    {"real", DataType::kSingle},
-    {"short", DataType::kInteger},
-    {"single", DataType::kSingle},
-    {"smallint", DataType::kInteger},
-    {"string", DataType::kText},
-    {"text", DataType::kText},
-    {"time", DataType::kDate},
-    {"timestamp", DataType::kDate},
-    {"tinyint", DataType::kByte},
-    {"uniqueidentifier", DataType::kGuid},
-    {"varbinary", DataType::kBinary},
-    {"varchar", DataType::kText},
-    {"yesno", DataType::kBoolean},
+constexpr TypeWords kTypes[] = {
+    {kBoolean, "bit boolean logical logical1 yesno"},
+    {kByte, "byte integer1 tinyint"},
+    {kInteger, "integer2 short smallint"},
+    {kLong, "int integer integer4 long"},
+    {kLong, "autoincrement counter identity", ports::kAutoIncrementField},
+    {kCurrency, "currency money"},
+    {kSingle, "float4 ieeesingle real single"},
+    {kDouble, "double float float8 ieeedouble number numeric"},
+    {kDate, "date datetime time timestamp"},
+    {kBinary, "binary varbinary"},
+    {kText, "alphanumeric char character string text varchar"},
+    {kLongBinary, "general image longbinary oleobject"},
+    {kMemo, "longchar longtext memo note"},
+    {kGuid, "guid uniqueidentifier"},
 };
 
-const TypeWord* FindType(const std::string& word) {
-  const std::string lower = tmw::LowerCase(word);
-  for (const TypeWord& entry : kTypeWords) {
-    if (entry.word == lower) return &entry;
+const TypeWords* FindType(const std::string& lower_word) {
+  for (const TypeWords& entry : kTypes) {
+    for (const std::string& word : tmw::Split(entry.words, " ")) {
+      if (word == lower_word) return &entry;
+    }
   }
   return nullptr;
 }
@@ -123,8 +89,7 @@ ports::FieldDefinition DefinitionParser::ReadField(std::vector<Constraint>* cons
   field.name = tokens_.ExpectName();
   ReadType(field);
   // Unlike fields created through definitions, those created by SQL always allow empty texts.
-  field.allow_zero_length =
-      field.type == ports::DataType::kText || field.type == ports::DataType::kMemo;
+  field.allow_zero_length = field.type == kText || field.type == kMemo;
   while (constraints != nullptr && ReadFieldConstraint(field, *constraints)) {
   }
   return field;
@@ -132,13 +97,14 @@ ports::FieldDefinition DefinitionParser::ReadField(std::vector<Constraint>* cons
 
 void DefinitionParser::ReadType(ports::FieldDefinition& field) {
   if (tokens_.Peek().kind != TokenKind::kName) tokens_.FailAt("тип поля");
-  const TypeWord* const type = FindType(tokens_.Peek().text);
+  const std::string word = tmw::LowerCase(tokens_.Peek().text);
+  const TypeWords* const type = FindType(word);
   if (type == nullptr) tokens_.FailAt("тип поля");
   tokens_.Take();
   // Some types have two words.
-  if (type->word == "double") tokens_.TakeKeyword("precision");
-  if (type->word == "long" && tokens_.TakeKeyword("binary")) {
-    field.type = ports::DataType::kLongBinary;
+  if (word == "double") tokens_.TakeKeyword("precision");
+  if (word == "long" && tokens_.TakeKeyword("binary")) {
+    field.type = kLongBinary;
     return;
   }
   field.type = type->type;
@@ -150,7 +116,7 @@ void DefinitionParser::ReadType(ports::FieldDefinition& field) {
   }
   if (tokens_.Peek().kind != TokenKind::kInteger) tokens_.FailAt("размер");
   const auto size = static_cast<std::int32_t>(tokens_.Take().number);
-  if (type->type == ports::DataType::kText || type->type == ports::DataType::kBinary) {
+  if (type->type == kText || type->type == kBinary) {
     if (size < 1) Fail(kSyntaxInFieldDefinition, "размер поля " + field.name);
     field.size = size;
   } else if (tokens_.TakeSymbol(",")) {

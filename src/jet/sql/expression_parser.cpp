@@ -1,8 +1,6 @@
 #include "jet/sql/expression_parser.h"
 
 #include <algorithm>
-#include <optional>
-#include <utility>
 
 #include "jet/errors.h"
 

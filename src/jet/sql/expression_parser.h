@@ -3,7 +3,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string_view>
 #include <utility>
 
 #include "jet/sql/ast.h"

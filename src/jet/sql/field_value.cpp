@@ -27,11 +27,11 @@ std::string AssignedSql(const TypedSql& raw, const FieldInfo& field) {
   if (IsCopy(raw, target)) return raw.sql;
   // An amount that is only copied must keep all its digits.
   const TypedSql value = raw.type == ValueType::kStoredCurrency ? raw : Decoded(raw);
-  const std::int32_t flags = (target.required ? functions::kRequired : 0) |
-                             (target.allow_zero_length ? functions::kTakesZeroLength : 0) |
-                             (target.in_primary_key ? functions::kInPrimaryKey : 0);
+  const std::int32_t flags = (target.required ? fn::kRequired : 0) |
+                             (target.allow_zero_length ? fn::kTakesZeroLength : 0) |
+                             (target.in_primary_key ? fn::kInPrimaryKey : 0);
   return CallSql(
-      functions::kStore,
+      fn::kStore,
       {value.sql, TypeCode(value.type), std::to_string(static_cast<std::int32_t>(target.type)),
        std::to_string(target.size), std::to_string(flags), TextLiteral(target.name)});
 }
@@ -46,7 +46,7 @@ std::string DefaultSql(const FieldInfo& field) {
 }
 
 std::string OmittedSql(const TableInfo& table, const FieldInfo& field) {
-  if (field.IsAutonumber()) return CallSql(functions::kNextNumber, {std::to_string(table.id)});
+  if (field.IsAutonumber()) return CallSql(fn::kNextNumber, {std::to_string(table.id)});
   if (!field.definition.default_value.empty()) return DefaultSql(field);
   const bool must_be_checked = field.target.required || field.target.in_primary_key;
   if (field.definition.type != ports::DataType::kBoolean && !must_be_checked) return {};

@@ -61,7 +61,7 @@ class InsertSql {
       std::string value = is_given ? values[static_cast<std::size_t>(place - fields.begin())]
                                    : OmittedSql(table, field);
       if (is_given && field.IsAutonumber())
-        value = CallSql(functions::kUsedNumber, {std::to_string(table.id), value});
+        value = CallSql(fn::kUsedNumber, {std::to_string(table.id), value});
       takes_numbers_ = takes_numbers_ || field.IsAutonumber();
       if (!value.empty()) Put(field.column, value);
     }
@@ -75,8 +75,8 @@ class InsertSql {
 
  private:
   void Put(const std::string& column, const std::string& value) {
-    columns_ += (columns_.empty() ? "" : ", ") + column;
-    values_ += (values_.empty() ? "" : ", ") + value;
+    Append(columns_, column);
+    Append(values_, value);
   }
 
   std::string columns_;

@@ -1,7 +1,5 @@
 #include "jet/sql/parser.h"
 
-#include <string>
-
 #include "foundation/encodings.h"
 #include "jet/errors.h"
 #include "jet/sql/definition_parser.h"

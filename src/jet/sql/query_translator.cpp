@@ -4,6 +4,7 @@
 
 #include "jet/errors.h"
 #include "jet/sql/scope.h"
+#include "jet/storage_sql.h"
 
 namespace jet::sql {
 
@@ -12,16 +13,12 @@ SelectPlan PlanTable(TablePtr table, const IndexInfo* index) {
   const std::string name = table->StorageName();
   std::string columns;
   for (const FieldInfo& field : table->fields) {
-    columns += (columns.empty() ? "" : ", ") + field.column;
+    Append(columns, field.column);
     plan.columns.push_back({field.definition.name, &field, TypeOfField(field.definition.type)});
   }
   plan.keys_sql = "SELECT rowid FROM " + name;
-  if (index != nullptr && index->definition.ignore_nulls) {
-    std::string present;
-    for (const std::size_t position : index->positions)
-      present += (present.empty() ? "" : " OR ") + table->fields[position].column + " IS NOT NULL";
-    plan.keys_sql += " WHERE " + present;
-  }
+  if (index != nullptr && index->definition.ignore_nulls)
+    plan.keys_sql += " WHERE " + IndexedRows(*table, *index);
   plan.keys_sql += " ORDER BY ";
   if (index != nullptr) plan.keys_sql += IndexOrder(*table, *index) + ", ";
   plan.keys_sql += "rowid";

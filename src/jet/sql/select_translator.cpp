@@ -1,7 +1,6 @@
 #include "jet/sql/select_translator.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "foundation/text.h"
 #include "jet/errors.h"

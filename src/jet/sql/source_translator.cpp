@@ -5,12 +5,13 @@
 #include "foundation/encodings.h"
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/select_translator.h"
+#include "jet/storage_sql.h"
 
 namespace jet::sql {
 std::string SourceTranslator::Sources(const std::vector<SourcePtr>& sources) {
   std::string sql;
   for (const SourcePtr& source : sources)
-    sql += (sql.empty() ? "" : ", ") + One(*source, false);
+    Append(sql, One(*source, false));
   return sql;
 }
 

@@ -26,8 +26,8 @@ TypedSql TranslateSubquery(const Expression& expression, ExpressionTranslator& t
   const SelectSql select = OneColumn(*expression.select, translator);
   const OutputColumn& column = select.columns.front();
   if (select.is_one_row) return {"(" + select.sql + ")", column.type, column.field};
-  return {"(SELECT " + CallSql(functions::kOnly, {"o0"}) + " FROM (" + select.sql + "))",
-          column.type, column.field};
+  return {"(SELECT " + CallSql(fn::kOnly, {"o0"}) + " FROM (" + select.sql + "))", column.type,
+          column.field};
 }
 
 std::string TranslateExists(const Expression& expression, ExpressionTranslator& translator) {

@@ -22,17 +22,9 @@ struct Total {
 };
 
 constexpr Total kTotals[] = {
-    {"avg", &kAvg},
-    {"count", &kCount},
-    {"first", &functions::kFirst},
-    {"last", &functions::kLast},
-    {"max", &kMax},
-    {"min", &kMin},
-    {"stdev", &functions::kStDev},
-    {"stdevp", &functions::kStDevP},
-    {"sum", &kSum},
-    {"var", &functions::kVar},
-    {"varp", &functions::kVarP},
+    {"avg", &kAvg}, {"count", &kCount}, {"first", &fn::kFirst}, {"last", &fn::kLast},
+    {"max", &kMax}, {"min", &kMin},     {"stdev", &fn::kStDev}, {"stdevp", &fn::kStDevP},
+    {"sum", &kSum}, {"var", &fn::kVar}, {"varp", &fn::kVarP},
 };
 
 const Function* FindTotal(std::string_view name) {
@@ -65,7 +57,7 @@ TypedSql TranslateTotal(const Expression& expression, ExpressionTranslator& tran
     return {CallSql(*total, {value.sql + std::string(CollationOf(value.type))}), value.type,
             raw.field};
   }
-  if (total == &functions::kFirst || total == &functions::kLast) {
+  if (total == &fn::kFirst || total == &fn::kLast) {
     const std::vector<ScopeTable>& tables = translator.InScope().Tables();
     const std::string row = tables.empty() ? "" : tables.front().row;
     return {CallSql(*total, {raw.sql, row.empty() ? "0" : row}), raw.type, raw.field};
@@ -76,7 +68,7 @@ TypedSql TranslateTotal(const Expression& expression, ExpressionTranslator& tran
   if (value.type == ValueType::kText || value.type == ValueType::kBinary)
     Fail(kTypeMismatch, ": " + std::string(translator.TextOf(expression)));
   if (total == &kSum && value.type == ValueType::kCurrency)
-    return {CallSql(kSum, {CallSql(functions::kScaled, {value.sql})}), ValueType::kStoredCurrency};
+    return {CallSql(kSum, {CallSql(fn::kScaled, {value.sql})}), ValueType::kStoredCurrency};
   return {CallSql(*total, {"1.0 * " + NumberSql(value)}), ValueType::kNumber};
 }
 

@@ -7,8 +7,7 @@ namespace jet::sql {
 TypedSql Decoded(const TypedSql& raw) {
   if (raw.type == ValueType::kStoredCurrency)
     return {"(" + raw.sql + "/10000.0)", ValueType::kCurrency};
-  if (raw.type == ValueType::kStoredGuid)
-    return {CallSql(functions::kGuid, {raw.sql}), ValueType::kText};
+  if (raw.type == ValueType::kStoredGuid) return {CallSql(fn::kGuid, {raw.sql}), ValueType::kText};
   return raw;
 }
 
@@ -26,7 +25,7 @@ std::string TypeCode(ValueType type) {
 
 std::string NumberSql(const TypedSql& value) {
   if (IsNumeric(value.type) || value.type == ValueType::kNull) return value.sql;
-  return CallSql(functions::kNumber, {value.sql});
+  return CallSql(fn::kNumber, {value.sql});
 }
 
 std::string TextSql(const TypedSql& value) {
@@ -34,12 +33,12 @@ std::string TextSql(const TypedSql& value) {
   // A column of whole numbers holds nothing else, so a cast will do.
   if (value.type == ValueType::kInteger && value.field != nullptr)
     return "CAST(" + value.sql + " AS TEXT)";
-  return CallSql(functions::kText, {value.sql, TypeCode(value.type)});
+  return CallSql(fn::kText, {value.sql, TypeCode(value.type)});
 }
 
 std::string MomentSql(const TypedSql& value) {
   if (value.type == ValueType::kDate || value.type == ValueType::kNull) return value.sql;
-  return CallSql(functions::kMoment, {value.sql});
+  return CallSql(fn::kMoment, {value.sql});
 }
 
 }  // namespace jet::sql

@@ -10,6 +10,7 @@
 #include "jet/sql/field_value.h"
 #include "jet/sql/scope.h"
 #include "jet/sql/source_translator.h"
+#include "jet/storage_sql.h"
 
 namespace jet::sql {
 namespace {
@@ -85,14 +86,14 @@ class JoinedUpdate {
     std::string columns;
     std::string values;
     const auto put = [&](const std::string& column, const std::string& value) {
-      columns += (columns.empty() ? "" : ", ") + column;
-      values += (values.empty() ? "" : ", ") + value;
+      Append(columns, column);
+      Append(values, value);
     };
     std::vector<const FieldInfo*> given;
     for (const NewValue& value : changes.values) {
       const std::string name = "v" + std::to_string(next_value_++);
       Put(name, value.sql);
-      sets += (sets.empty() ? "" : ", ") + value.field->column + " = s." + name;
+      Append(sets, value.field->column + " = s." + name);
       put(value.field->column, name);
       given.push_back(value.field);
     }
@@ -109,8 +110,8 @@ class JoinedUpdate {
   }
 
   void Put(const std::string& column, const std::string& value) {
-    columns_ += (columns_.empty() ? "" : ", ") + column;
-    values_ += (values_.empty() ? "" : ", ") + value;
+    Append(columns_, column);
+    Append(values_, value);
   }
 
   bool may_lack_rows_;
@@ -123,7 +124,7 @@ class JoinedUpdate {
 std::string RowOrderOf(const Scope& scope) {
   std::string order;
   for (const ScopeTable& table : scope.Tables()) {
-    if (!table.row.empty()) order += (order.empty() ? "" : ", ") + table.row;
+    if (!table.row.empty()) Append(order, table.row);
   }
   return order;
 }
@@ -165,7 +166,7 @@ ActionPlan TranslateUpdate(const Update& update, TableFinder& tables, std::strin
         .Plan(" FROM " + from + where, RowOrderOf(scope));
   std::string sets;
   for (const NewValue& value : changes.front().values)
-    sets += (sets.empty() ? "" : ", ") + value.field->column + " = " + value.sql;
+    Append(sets, value.field->column + " = " + value.sql);
   return {{"UPDATE " + from + " SET " + sets + where}};
 }
 

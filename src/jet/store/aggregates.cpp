@@ -23,7 +23,8 @@ struct Kept {
   sqlite3_int64 row;
 };
 
-void Keep(sqlite3_context* context, sqlite3_value** values, bool is_last) {
+template <bool is_last>
+void Keep(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
   auto* const kept = StateOf<Kept>(context, true);
   if (kept == nullptr) return sqlite3_result_error_nomem(context);
   const sqlite3_int64 row = sqlite3_value_int64(values[1]);
@@ -31,14 +32,6 @@ void Keep(sqlite3_context* context, sqlite3_value** values, bool is_last) {
   if (!is_better) return;
   sqlite3_value_free(kept->value);
   *kept = {sqlite3_value_dup(values[0]), row};
-}
-
-void First(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-  Keep(context, values, false);
-}
-
-void Last(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-  Keep(context, values, true);
 }
 
 void Only(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
@@ -100,13 +93,13 @@ struct Entry {
 };
 
 constexpr Entry kAggregates[] = {
-    {functions::kFirst, First, PutKept},
-    {functions::kLast, Last, PutKept},
-    {functions::kOnly, Only, PutKept},
-    {functions::kStDev, AddToSpread, PutSpread<true, true>},
-    {functions::kStDevP, AddToSpread, PutSpread<false, true>},
-    {functions::kVar, AddToSpread, PutSpread<true, false>},
-    {functions::kVarP, AddToSpread, PutSpread<false, false>},
+    {fn::kFirst, Keep<false>, PutKept},
+    {fn::kLast, Keep<true>, PutKept},
+    {fn::kOnly, Only, PutKept},
+    {fn::kStDev, AddToSpread, PutSpread<true, true>},
+    {fn::kStDevP, AddToSpread, PutSpread<false, true>},
+    {fn::kVar, AddToSpread, PutSpread<true, false>},
+    {fn::kVarP, AddToSpread, PutSpread<false, false>},
 };
 
 }  // namespace

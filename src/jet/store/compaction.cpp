@@ -23,8 +23,8 @@ void CopyTable(Connection& target, const TableInfo& table) {
   std::string columns;
   std::string definitions;
   for (const FieldInfo& field : table.fields) {
-    columns += (columns.empty() ? "" : ", ") + field.column;
-    definitions += (definitions.empty() ? "" : ", ") + field.column;
+    Append(columns, field.column);
+    Append(definitions, field.column);
     if (IsTextType(field.definition.type)) definitions += kCollate;
   }
   target.Run("CREATE TABLE " + name + "(" + definitions + ")");

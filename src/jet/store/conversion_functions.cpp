@@ -138,18 +138,18 @@ void FormatNumber(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {functions::kConvert, Guarded<Convert>},
-    {functions::kFormat, Guarded<Format>},
-    {functions::kFormatNumber, Strict<FormatNumber>},
-    {functions::kHex, Strict<InBase<16>>},
-    {functions::kIsDate, Guarded<IsDate>},
-    {functions::kIsNumeric, Guarded<IsNumeric>},
-    {functions::kMoment, Strict<Moment>},
-    {functions::kNumber, Strict<Number>},
-    {functions::kOct, Strict<InBase<8>>},
-    {functions::kStr, Strict<SignedText>},
-    {functions::kText, Guarded<Text>},
-    {functions::kVal, Guarded<LeadingNumber>},
+    {fn::kConvert, Guarded<Convert>},
+    {fn::kFormat, Guarded<Format>},
+    {fn::kFormatNumber, Strict<FormatNumber>},
+    {fn::kHex, Strict<InBase<16>>},
+    {fn::kIsDate, Guarded<IsDate>},
+    {fn::kIsNumeric, Guarded<IsNumeric>},
+    {fn::kMoment, Strict<Moment>},
+    {fn::kNumber, Strict<Number>},
+    {fn::kOct, Strict<InBase<8>>},
+    {fn::kStr, Strict<SignedText>},
+    {fn::kText, Guarded<Text>},
+    {fn::kVal, Guarded<LeadingNumber>},
 };
 
 }  // namespace

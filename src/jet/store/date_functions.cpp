@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <ctime>
-#include <optional>
 
 #include "foundation/date_parts.h"
 #include "jet/errors.h"
@@ -87,18 +86,18 @@ void NameOfWeekday(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {functions::kDate, Guarded<Date>},
-    {functions::kDateAdd, Strict<DateAdd>},
-    {functions::kDateDifference, Strict<DateDifference>},
-    {functions::kDatePart, Strict<DatePart>},
-    {functions::kDateSerial, Strict<DateSerial>},
-    {functions::kDayOnly, Strict<DayOnly>},
-    {functions::kMonthName, Strict<NameOfMonth>},
-    {functions::kNow, Guarded<Now>},
-    {functions::kTime, Guarded<Time>},
-    {functions::kTimeOnly, Strict<TimeOnly>},
-    {functions::kTimeSerial, Strict<TimeSerial>},
-    {functions::kWeekdayName, Strict<NameOfWeekday>},
+    {fn::kDate, Guarded<Date>},
+    {fn::kDateAdd, Strict<DateAdd>},
+    {fn::kDateDifference, Strict<DateDifference>},
+    {fn::kDatePart, Strict<DatePart>},
+    {fn::kDateSerial, Strict<DateSerial>},
+    {fn::kDayOnly, Strict<DayOnly>},
+    {fn::kMonthName, Strict<NameOfMonth>},
+    {fn::kNow, Guarded<Now>},
+    {fn::kTime, Guarded<Time>},
+    {fn::kTimeOnly, Strict<TimeOnly>},
+    {fn::kTimeSerial, Strict<TimeSerial>},
+    {fn::kWeekdayName, Strict<NameOfWeekday>},
 };
 
 }  // namespace

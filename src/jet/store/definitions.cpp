@@ -1,7 +1,6 @@
 #include "jet/store/definitions.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "foundation/encodings.h"
 #include "jet/errors.h"
@@ -74,11 +73,7 @@ std::string CreateIndexSql(const TableInfo& table, const IndexInfo& index) {
   std::string sql = index.definition.unique ? "CREATE UNIQUE INDEX i" : "CREATE INDEX i";
   sql += std::to_string(index.id) + " ON " + table.StorageName() + "(" + IndexOrder(table, index) +
          ")";
-  if (!index.definition.ignore_nulls) return sql;
-  std::string present;
-  for (const std::size_t position : index.positions)
-    present += (present.empty() ? "" : " OR ") + table.fields[position].column + " IS NOT NULL";
-  return sql + " WHERE " + present;
+  return index.definition.ignore_nulls ? sql + " WHERE " + IndexedRows(table, index) : sql;
 }
 
 std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
@@ -148,7 +143,7 @@ void Definitions::AddField(const TableInfo& table, const ports::FieldDefinition&
   // Existing rows get autonumbers or False; defaults are for new rows only.
   if (IsCounter(field)) {
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = " +
-                CallSql(functions::kNextNumber, {std::to_string(table.id)}));
+                CallSql(fn::kNextNumber, {std::to_string(table.id)}));
   } else if (field.type == ports::DataType::kBoolean) {
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = 0");
   }

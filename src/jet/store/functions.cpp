@@ -49,9 +49,9 @@ void Store(FunctionCall& call) {
   const Target target = {std::string(call.Text(5)),
                          type,
                          static_cast<std::int32_t>(call.Integer(3)),
-                         (flags & functions::kRequired) != 0,
-                         (flags & functions::kTakesZeroLength) != 0,
-                         (flags & functions::kInPrimaryKey) != 0};
+                         (flags & fn::kRequired) != 0,
+                         (flags & fn::kTakesZeroLength) != 0,
+                         (flags & fn::kInPrimaryKey) != 0};
   const DatabaseValue value = ConvertFor(call.Typed(0), target, kTypeMismatch);
   CheckAllowed(value, target);
   call.PutStored(value, type);
@@ -86,11 +86,11 @@ int Collate(void* /*unused*/, int a_length, const void* a, int b_length, const v
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {functions::kGuid, Strict<Guid>},
-    {functions::kNextNumber, Guarded<NextNumber>},
-    {functions::kRefuse, Guarded<Refuse>},
-    {functions::kStore, Guarded<Store>},
-    {functions::kUsedNumber, Guarded<UsedNumber>},
+    {fn::kGuid, Strict<Guid>},
+    {fn::kNextNumber, Guarded<NextNumber>},
+    {fn::kRefuse, Guarded<Refuse>},
+    {fn::kStore, Guarded<Store>},
+    {fn::kUsedNumber, Guarded<UsedNumber>},
 };
 
 void Register(FunctionContext& context, std::span<const FunctionEntry> entries) {

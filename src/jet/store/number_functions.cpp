@@ -14,7 +14,7 @@ namespace jet {
 namespace {
 
 // Whole numbers are returned unchanged.
-template <double (*function)(double)>
+template <auto function>
 void Rounded(FunctionCall& call) {
   if (call.IsWhole(0)) {
     call.PutArgument(0);
@@ -23,41 +23,18 @@ void Rounded(FunctionCall& call) {
   }
 }
 
-double Down(double value) {
-  return std::floor(value);
-}
-
-double TowardsZero(double value) {
-  return std::trunc(value);
-}
-
-template <double (*function)(double)>
+template <auto function>
 void Computed(FunctionCall& call) {
   const double result = function(call.Number(0));
   if (std::isnan(result)) Fail(kInvalidCall);
   call.PutNumber(result);
 }
 
-double Root(double value) {
-  return std::sqrt(value);
-}
-double Exponential(double value) {
-  return std::exp(value);
-}
-double Logarithm(double value) {
-  return value > 0 ? std::log(value) : std::nan("");
-}
-double Sine(double value) {
-  return std::sin(value);
-}
-double Cosine(double value) {
-  return std::cos(value);
-}
-double Tangent(double value) {
-  return std::tan(value);
-}
-double ArcTangent(double value) {
-  return std::atan(value);
+// Zero has no logarithm either.
+void Logarithm(FunctionCall& call) {
+  const double value = call.Number(0);
+  if (!(value > 0)) Fail(kInvalidCall);
+  call.PutNumber(std::log(value));
 }
 
 void Absolute(FunctionCall& call) {
@@ -170,23 +147,23 @@ void Partition(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {functions::kAbs, Strict<Absolute>},
-    {functions::kAmount, Strict<Amount>},
-    {functions::kAmountProduct, Strict<AmountProduct>},
-    {functions::kAtn, Strict<Computed<ArcTangent>>},
-    {functions::kCos, Strict<Computed<Cosine>>},
-    {functions::kExp, Strict<Computed<Exponential>>},
-    {functions::kFix, Strict<Rounded<TowardsZero>>},
-    {functions::kInt, Strict<Rounded<Down>>},
-    {functions::kLog, Strict<Computed<Logarithm>>},
-    {functions::kPartition, Strict<Partition>},
-    {functions::kRandom, Strict<Random>},
-    {functions::kRound, Strict<Round>},
-    {functions::kScaled, Strict<Scaled>},
-    {functions::kSgn, Strict<Sign>},
-    {functions::kSin, Strict<Computed<Sine>>},
-    {functions::kSqr, Strict<Computed<Root>>},
-    {functions::kTan, Strict<Computed<Tangent>>},
+    {fn::kAbs, Strict<Absolute>},
+    {fn::kAmount, Strict<Amount>},
+    {fn::kAmountProduct, Strict<AmountProduct>},
+    {fn::kAtn, Strict<Computed<[](double x) { return std::atan(x); }>>},
+    {fn::kCos, Strict<Computed<[](double x) { return std::cos(x); }>>},
+    {fn::kExp, Strict<Computed<[](double x) { return std::exp(x); }>>},
+    {fn::kFix, Strict<Rounded<[](double x) { return std::trunc(x); }>>},
+    {fn::kInt, Strict<Rounded<[](double x) { return std::floor(x); }>>},
+    {fn::kLog, Strict<Logarithm>},
+    {fn::kPartition, Strict<Partition>},
+    {fn::kRandom, Strict<Random>},
+    {fn::kRound, Strict<Round>},
+    {fn::kScaled, Strict<Scaled>},
+    {fn::kSgn, Strict<Sign>},
+    {fn::kSin, Strict<Computed<[](double x) { return std::sin(x); }>>},
+    {fn::kSqr, Strict<Computed<[](double x) { return std::sqrt(x); }>>},
+    {fn::kTan, Strict<Computed<[](double x) { return std::tan(x); }>>},
 };
 
 }  // namespace

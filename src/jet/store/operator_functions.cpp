@@ -115,19 +115,19 @@ void In(FunctionCall& call) {
 }
 
 constexpr FunctionEntry kFunctions[] = {
-    {functions::kAdd, Strict<Add>},
-    {functions::kAlike, Strict<Alike>},
-    {functions::kBetween, Strict<Between>},
-    {functions::kCompare, Strict<Compare>},
-    {functions::kDivide, Strict<Divide>},
-    {functions::kIn, Guarded<In>},
-    {functions::kJoin, Guarded<Join>},
-    {functions::kLike, Strict<Like>},
-    {functions::kLong, Strict<Long>},
-    {functions::kModulo, Strict<Modulo>},
-    {functions::kPower, Strict<Power>},
-    {functions::kWhole, Strict<Whole>},
-    {functions::kWholeDivide, Strict<WholeDivide>},
+    {fn::kAdd, Strict<Add>},
+    {fn::kAlike, Strict<Alike>},
+    {fn::kBetween, Strict<Between>},
+    {fn::kCompare, Strict<Compare>},
+    {fn::kDivide, Strict<Divide>},
+    {fn::kIn, Guarded<In>},
+    {fn::kJoin, Guarded<Join>},
+    {fn::kLike, Strict<Like>},
+    {fn::kLong, Strict<Long>},
+    {fn::kModulo, Strict<Modulo>},
+    {fn::kPower, Strict<Power>},
+    {fn::kWhole, Strict<Whole>},
+    {fn::kWholeDivide, Strict<WholeDivide>},
 };
 
 }  // namespace

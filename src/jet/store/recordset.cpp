@@ -5,6 +5,7 @@
 #include "foundation/text.h"
 #include "jet/errors.h"
 #include "jet/sql/field_value.h"
+#include "jet/storage_sql.h"
 #include "jet/store/stored_values.h"
 
 namespace jet {
@@ -178,7 +179,7 @@ void Recordset::InsertBuffer() {
     std::string columns;
     std::string parameters;
     for (const FieldInfo& field : table.fields) {
-      columns += (columns.empty() ? "" : ", ") + field.column;
+      Append(columns, field.column);
       parameters += parameters.empty() ? "?" : ", ?";
     }
     insert_ = Statement(session_->SharedStorage(), "INSERT INTO " + table.StorageName() + "(" +
@@ -200,8 +201,7 @@ void Recordset::UpdateBuffer() {
   const TableInfo& table = *plan_.table;
   std::string assignments;
   for (std::size_t i = 0; i < table.fields.size(); ++i) {
-    if (buffer_[i])
-      assignments += (assignments.empty() ? "" : ", ") + table.fields[i].column + " = ?";
+    if (buffer_[i]) Append(assignments, table.fields[i].column + " = ?");
   }
   if (assignments.empty()) return;
   Statement update(session_->SharedStorage(),

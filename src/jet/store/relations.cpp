@@ -98,7 +98,7 @@ class TriggerWriter {
   std::string Related() const { return " WHERE " + Joined(related_, " AND "); }
 
   static std::string Refusal(std::int32_t number, const std::string& table) {
-    return "SELECT " + CallSql(functions::kRefuse, {std::to_string(number), TextLiteral(table)});
+    return "SELECT " + CallSql(fn::kRefuse, {std::to_string(number), TextLiteral(table)});
   }
 
   std::string Guard(ReferenceAction action, std::string condition) const {

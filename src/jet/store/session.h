@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <string>
 
 #include "jet/store/autonumbers.h"
 #include "jet/store/catalogue.h"

@@ -1,6 +1,5 @@
 #include "jet/store/statement_runner.h"
 
-#include <utility>
 #include <variant>
 
 #include "jet/errors.h"

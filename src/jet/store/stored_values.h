@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "jet/store/sqlite.h"
 #include "jet/values/value_type.h"
 #include "ports/database_types.h"

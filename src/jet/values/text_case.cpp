@@ -1,6 +1,5 @@
 #include "jet/values/text_case.h"
 
-#include <cstdint>
 #include <vector>
 
 #include "foundation/encodings.h"
