@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "jet/sql/comparison.h"
 #include "jet/sql/expression_translator.h"
+#include "jet/sql/operators.h"
 #include "jet/sql/subquery_translator.h"
 #include "jet/storage_sql.h"
 

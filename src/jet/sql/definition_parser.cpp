@@ -10,31 +10,29 @@
 namespace jet::sql {
 namespace {
 
-using ports::DataType;
-
 using enum ports::DataType;
 
 struct TypeWords {
-  ports::DataType type;
   std::string_view words;  // in lower case
+  ports::DataType type;
   std::int32_t attributes = 0;
 };
 
 constexpr TypeWords kTypes[] = {
-    {kBoolean, "bit boolean logical logical1 yesno"},
-    {kByte, "byte integer1 tinyint"},
-    {kInteger, "integer2 short smallint"},
-    {kLong, "int integer integer4 long"},
-    {kLong, "autoincrement counter identity", ports::kAutoIncrementField},
-    {kCurrency, "currency money"},
-    {kSingle, "float4 ieeesingle real single"},
-    {kDouble, "double float float8 ieeedouble number numeric"},
-    {kDate, "date datetime time timestamp"},
-    {kBinary, "binary varbinary"},
-    {kText, "alphanumeric char character string text varchar"},
-    {kLongBinary, "general image longbinary oleobject"},
-    {kMemo, "longchar longtext memo note"},
-    {kGuid, "guid uniqueidentifier"},
+    {"bit boolean logical logical1 yesno", kBoolean},
+    {"byte integer1 tinyint", kByte},
+    {"integer2 short smallint", kInteger},
+    {"int integer integer4 long", kLong},
+    {"autoincrement counter identity", kLong, ports::kAutoIncrementField},
+    {"currency money", kCurrency},
+    {"float4 ieeesingle real single", kSingle},
+    {"double float float8 ieeedouble number numeric", kDouble},
+    {"date datetime time timestamp", kDate},
+    {"binary varbinary", kBinary},
+    {"alphanumeric char character string text varchar", kText},
+    {"general image longbinary oleobject", kLongBinary},
+    {"longchar longtext memo note", kMemo},
+    {"guid uniqueidentifier", kGuid},
 };
 
 const TypeWords* FindType(const std::string& lower_word) {
@@ -136,6 +134,15 @@ void DefinitionParser::ReadNumbering(const ports::FieldDefinition& field) {
   tokens_.ExpectSymbol(")");
 }
 
+// PRIMARY KEY or UNIQUE.
+bool DefinitionParser::TakeKey(Constraint& constraint) {
+  const bool is_primary = tokens_.TakeKeyword("primary");
+  if (!is_primary && !tokens_.TakeKeyword("unique")) return false;
+  if (is_primary) tokens_.ExpectKeyword("key");
+  constraint.kind = is_primary ? ConstraintKind::kPrimaryKey : ConstraintKind::kUnique;
+  return true;
+}
+
 bool DefinitionParser::ReadFieldConstraint(ports::FieldDefinition& field,
                                            std::vector<Constraint>& constraints) {
   Constraint constraint;
@@ -147,16 +154,10 @@ bool DefinitionParser::ReadFieldConstraint(ports::FieldDefinition& field,
     return true;
   }
   if (tokens_.AtKeyword("default")) FailUnsupported("DEFAULT");
-  if (tokens_.TakeKeyword("primary")) {
-    tokens_.ExpectKeyword("key");
-    constraint.kind = ConstraintKind::kPrimaryKey;
-  } else if (tokens_.TakeKeyword("unique")) {
-    constraint.kind = ConstraintKind::kUnique;
-  } else if (tokens_.AtKeyword("references")) {
+  if (tokens_.AtKeyword("references")) {
     ReadReference(constraint);
-  } else if (constraint.name.empty()) {
-    return tokens_.TakeKeyword("null");
-  } else {
+  } else if (!TakeKey(constraint)) {
+    if (constraint.name.empty()) return tokens_.TakeKeyword("null");
     tokens_.FailAt("PRIMARY KEY");
   }
   constraints.push_back(std::move(constraint));
@@ -166,18 +167,13 @@ bool DefinitionParser::ReadFieldConstraint(ports::FieldDefinition& field,
 Constraint DefinitionParser::ReadTableConstraint() {
   Constraint constraint;
   if (tokens_.TakeKeyword("constraint")) constraint.name = tokens_.ExpectName();
-  if (tokens_.TakeKeyword("primary")) {
-    tokens_.ExpectKeyword("key");
-    constraint.kind = ConstraintKind::kPrimaryKey;
-  } else if (tokens_.TakeKeyword("unique")) {
-    constraint.kind = ConstraintKind::kUnique;
-  } else if (tokens_.TakeKeyword("not")) {
+  if (tokens_.TakeKeyword("not")) {
     tokens_.ExpectKeyword("null");
     constraint.kind = ConstraintKind::kNotNull;
   } else if (tokens_.TakeKeyword("foreign")) {
     tokens_.ExpectKeyword("key");
     constraint.kind = ConstraintKind::kForeignKey;
-  } else {
+  } else if (!TakeKey(constraint)) {
     tokens_.FailAt("PRIMARY KEY");
   }
   constraint.fields = ReadNames();

@@ -25,6 +25,7 @@ class DefinitionParser {
   void ReadType(ports::FieldDefinition& field);
   bool ReadFieldConstraint(ports::FieldDefinition& field, std::vector<Constraint>& constraints);
   Constraint ReadTableConstraint();
+  bool TakeKey(Constraint& constraint);
   void ReadReference(Constraint& constraint);
   ReferenceAction ReadAction();
   void ReadNumbering(const ports::FieldDefinition& field);

@@ -6,10 +6,10 @@
 
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/sql/arithmetic.h"
 #include "jet/sql/call_translator.h"
 #include "jet/sql/condition_translator.h"
 #include "jet/sql/field_value.h"
+#include "jet/sql/operators.h"
 #include "jet/sql/subquery_translator.h"
 #include "jet/storage_sql.h"
 

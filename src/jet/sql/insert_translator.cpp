@@ -22,9 +22,10 @@ void RefuseRepeated(const std::vector<const FieldInfo*>& fields) {
   if (twice != sorted.end()) Fail(kFieldDefinedTwice, (*twice)->definition.name);
 }
 
-std::vector<const FieldInfo*> NamedFields(const Insert& insert, const TableInfo& table) {
+std::vector<const FieldInfo*> NamedFields(const std::vector<std::string>& names,
+                                          const TableInfo& table) {
   std::vector<const FieldInfo*> fields;
-  for (const std::string& name : insert.fields)
+  for (const std::string& name : names)
     fields.push_back(&RequireField(table, name, kUnknownInsertField));
   RefuseRepeated(fields);
   return fields;
@@ -35,17 +36,6 @@ std::vector<const FieldInfo*> AllFields(const TableInfo& table) {
   fields.reserve(table.fields.size());
   for (const FieldInfo& field : table.fields)
     fields.push_back(&field);
-  return fields;
-}
-
-// Without a list of fields, the columns of a SELECT are assigned by name.
-std::vector<const FieldInfo*> FieldsByColumns(const TableInfo& table,
-                                              const std::vector<OutputColumn>& columns) {
-  std::vector<const FieldInfo*> fields;
-  fields.reserve(columns.size());
-  for (const OutputColumn& column : columns)
-    fields.push_back(&RequireField(table, column.name, kUnknownInsertField));
-  RefuseRepeated(fields);
   return fields;
 }
 
@@ -127,13 +117,15 @@ ActionPlan TranslateInsert(const Insert& insert, TableFinder& tables, std::strin
     const SelectSql rows =
         TranslateNested(*insert.select, scope.Beside(), statement, RowOrder::kKept);
     scope.FailOnUnknown();
-    return InsertRows(
-        *table,
-        insert.fields.empty() ? FieldsByColumns(*table, rows.columns) : NamedFields(insert, *table),
-        rows, *insert.select);
+    // Without a list of fields, the columns of a SELECT are assigned by name.
+    std::vector<std::string> names = insert.fields;
+    for (const OutputColumn& column : rows.columns) {
+      if (insert.fields.empty()) names.push_back(column.name);
+    }
+    return InsertRows(*table, NamedFields(names, *table), rows, *insert.select);
   }
   const std::vector<const FieldInfo*> fields =
-      insert.fields.empty() ? AllFields(*table) : NamedFields(insert, *table);
+      insert.fields.empty() ? AllFields(*table) : NamedFields(insert.fields, *table);
   if (fields.size() != insert.values.size()) Fail(kValueCountDiffers);
   ExpressionTranslator translator(scope, statement);
   std::vector<std::string> values;

@@ -137,18 +137,14 @@ std::vector<SourcePtr> QueryParser::ReadFrom() {
 SourcePtr QueryParser::ReadJoins() {
   SourcePtr left = ReadSource();
   for (;;) {
-    std::optional<JoinKind> kind;
-    if (tokens_.TakeKeyword("inner")) {
-      kind = JoinKind::kInner;
-    } else if (tokens_.TakeKeyword("left")) {
-      kind = JoinKind::kLeft;
-      tokens_.TakeKeyword("outer");
-    } else if (tokens_.TakeKeyword("right")) {
-      kind = JoinKind::kRight;
+    if (tokens_.AtKeyword("join")) tokens_.FailAt("INNER JOIN");
+    JoinKind kind = JoinKind::kInner;
+    if (!tokens_.TakeKeyword("inner")) {
+      const bool is_left = tokens_.TakeKeyword("left");
+      if (!is_left && !tokens_.TakeKeyword("right")) return left;
+      kind = is_left ? JoinKind::kLeft : JoinKind::kRight;
       tokens_.TakeKeyword("outer");
     }
-    if (!kind && tokens_.AtKeyword("join")) tokens_.FailAt("INNER JOIN");
-    if (!kind) return left;
     const ClauseScope clause(tokens_, kSyntaxInJoin);
     tokens_.ExpectKeyword("join");
     auto join = std::make_unique<Source>();

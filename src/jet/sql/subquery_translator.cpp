@@ -1,8 +1,8 @@
 #include "jet/sql/subquery_translator.h"
 
 #include "jet/errors.h"
-#include "jet/sql/comparison.h"
 #include "jet/sql/expression_translator.h"
+#include "jet/sql/operators.h"
 #include "jet/sql/select_translator.h"
 #include "jet/storage_sql.h"
 

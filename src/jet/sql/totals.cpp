@@ -10,27 +10,20 @@
 namespace jet::sql {
 namespace {
 
-constexpr Function kAvg = {"avg", 1};
-constexpr Function kCount = {"count", 1};
-constexpr Function kMax = {"max", 1};
-constexpr Function kMin = {"min", 1};
-constexpr Function kSum = {"sum", 1};
-
 struct Total {
   std::string_view name;  // lower case
-  const Function* function;
+  Function function;
 };
 
-constexpr Total kTotals[] = {
-    {"avg", &kAvg}, {"count", &kCount}, {"first", &fn::kFirst}, {"last", &fn::kLast},
-    {"max", &kMax}, {"min", &kMin},     {"stdev", &fn::kStDev}, {"stdevp", &fn::kStDevP},
-    {"sum", &kSum}, {"var", &fn::kVar}, {"varp", &fn::kVarP},
-};
+constexpr Total kTotals[] = {{"avg", {"avg", 1}},   {"count", {"count", 1}}, {"first", fn::kFirst},
+                             {"last", fn::kLast},   {"max", {"max", 1}},     {"min", {"min", 1}},
+                             {"stdev", fn::kStDev}, {"stdevp", fn::kStDevP}, {"sum", {"sum", 1}},
+                             {"var", fn::kVar},     {"varp", fn::kVarP}};
 
-const Function* FindTotal(std::string_view name) {
+const Total* FindTotal(std::string_view name) {
   const std::string lower = tmw::LowerCase(name);
   for (const Total& total : kTotals) {
-    if (total.name == lower) return total.function;
+    if (total.name == lower) return &total;
   }
   return nullptr;
 }
@@ -44,32 +37,34 @@ bool IsTotal(std::string_view name) {
 // Totals skip Null. Sums and means of whole numbers are floating-point, sums of amounts are exact;
 // First and Last follow the storage order of the rows.
 TypedSql TranslateTotal(const Expression& expression, ExpressionTranslator& translator) {
-  const Function* const total = FindTotal(expression.text);
+  const Total& total = *FindTotal(expression.text);
+  const auto is = [&](std::string_view name) { return total.name == name; };
   if (expression.arguments[0]->kind == ExpressionKind::kStar) {
     translator.RequireGroups(expression);
-    if (total != &kCount) Fail(kWrongArgumentCount, expression.text);
+    if (!is("count")) Fail(kWrongArgumentCount, expression.text);
     return {"count(*)", ValueType::kInteger};
   }
   const TypedSql raw = translator.TotalArgument(expression);
-  if (total == &kCount) return {CallSql(kCount, {raw.sql}), ValueType::kInteger};
-  if (total == &kMin || total == &kMax) {
+  if (is("count")) return {CallSql(total.function, {raw.sql}), ValueType::kInteger};
+  if (is("min") || is("max")) {
     const TypedSql value = raw.type == ValueType::kStoredGuid ? Decoded(raw) : raw;
-    return {CallSql(*total, {value.sql + std::string(CollationOf(value.type))}), value.type,
+    return {CallSql(total.function, {value.sql + std::string(CollationOf(value.type))}), value.type,
             raw.field};
   }
-  if (total == &fn::kFirst || total == &fn::kLast) {
+  if (is("first") || is("last")) {
     const std::vector<ScopeTable>& tables = translator.InScope().Tables();
     const std::string row = tables.empty() ? "" : tables.front().row;
-    return {CallSql(*total, {raw.sql, row.empty() ? "0" : row}), raw.type, raw.field};
+    return {CallSql(total.function, {raw.sql, row.empty() ? "0" : row}), raw.type, raw.field};
   }
-  if (total == &kSum && raw.type == ValueType::kStoredCurrency)
-    return {CallSql(kSum, {raw.sql}), raw.type};
+  if (is("sum") && raw.type == ValueType::kStoredCurrency)
+    return {CallSql(total.function, {raw.sql}), raw.type};
   const TypedSql value = Decoded(raw);
   if (value.type == ValueType::kText || value.type == ValueType::kBinary)
     Fail(kTypeMismatch, ": " + std::string(translator.TextOf(expression)));
-  if (total == &kSum && value.type == ValueType::kCurrency)
-    return {CallSql(kSum, {CallSql(fn::kScaled, {value.sql})}), ValueType::kStoredCurrency};
-  return {CallSql(*total, {"1.0 * " + NumberSql(value)}), ValueType::kNumber};
+  if (is("sum") && value.type == ValueType::kCurrency)
+    return {CallSql(total.function, {CallSql(fn::kScaled, {value.sql})}),
+            ValueType::kStoredCurrency};
+  return {CallSql(total.function, {"1.0 * " + NumberSql(value)}), ValueType::kNumber};
 }
 
 }  // namespace jet::sql

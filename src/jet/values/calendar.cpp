@@ -1,8 +1,10 @@
 #include "jet/values/calendar.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <iterator>
 
 #include "foundation/date_parts.h"
 #include "foundation/encodings.h"
@@ -28,16 +30,25 @@ constexpr std::array<const char*, 7> kDays = {"воскресенье", "пон�
                                               "четверг",     "пятница",     "суббота"};
 constexpr std::array<const char*, 7> kShortDays = {"Вс", "Пн", "Вт", "Ср", "Чт", "Пт", "Сб"};
 
-struct IntervalName {
+struct IntervalEntry {
   std::string_view text;
-  Interval interval;
+  std::int64_t months;  // or else seconds
+  std::int64_t seconds;
 };
 
-constexpr IntervalName kIntervals[] = {{"yyyy", Interval::kYear}, {"q", Interval::kQuarter},
-                                       {"m", Interval::kMonth},   {"y", Interval::kDayOfYear},
-                                       {"d", Interval::kDay},     {"w", Interval::kWeekday},
-                                       {"ww", Interval::kWeek},   {"h", Interval::kHour},
-                                       {"n", Interval::kMinute},  {"s", Interval::kSecond}};
+// In the order of Interval.
+constexpr IntervalEntry kIntervals[] = {
+    {"yyyy", 12, 0},
+    {"q", 3, 0},
+    {"m", 1, 0},
+    {"y", 0, kSecondsPerDay},
+    {"d", 0, kSecondsPerDay},
+    {"w", 0, kSecondsPerDay},
+    {"ww", 0, 7 * kSecondsPerDay},
+    {"h", 0, 3600},
+    {"n", 0, 60},
+    {"s", 0, 1},
+};
 
 std::int64_t FloorDivide(std::int64_t value, std::int64_t divisor) {
   const std::int64_t quotient = value / divisor;
@@ -113,10 +124,10 @@ std::string NameAt(const char* const* names, std::size_t count, std::int32_t num
 
 Interval ParseInterval(std::string_view text) {
   const std::string lower = tmw::LowerCase(text);
-  for (const IntervalName& name : kIntervals) {
-    if (name.text == lower) return name.interval;
-  }
-  Fail(kInvalidCall);
+  const auto found = std::find_if(std::begin(kIntervals), std::end(kIntervals),
+                                  [&](const IntervalEntry& entry) { return entry.text == lower; });
+  if (found == std::end(kIntervals)) Fail(kInvalidCall);
+  return static_cast<Interval>(found - kIntervals);
 }
 
 WeekRules MakeWeekRules(std::int32_t first_day, std::int32_t first_week) {
@@ -153,25 +164,9 @@ std::int32_t PartOf(double days, Interval interval, WeekRules rules) {
 
 double AddIntervals(double days, Interval interval, std::int32_t count) {
   const tmw::DateParts parts = tmw::PartsOfDate(days);
-  const std::int64_t wide = count;
-  switch (interval) {
-    case Interval::kYear:
-      return AddMonths(parts, wide * 12);
-    case Interval::kQuarter:
-      return AddMonths(parts, wide * 3);
-    case Interval::kMonth:
-      return AddMonths(parts, wide);
-    case Interval::kWeek:
-      return AddSeconds(parts, wide * 7 * kSecondsPerDay);
-    case Interval::kHour:
-      return AddSeconds(parts, wide * 3600);
-    case Interval::kMinute:
-      return AddSeconds(parts, wide * 60);
-    case Interval::kSecond:
-      return AddSeconds(parts, wide);
-    default:
-      return AddSeconds(parts, wide * kSecondsPerDay);
-  }
+  const IntervalEntry& entry = kIntervals[static_cast<std::size_t>(interval)];
+  return entry.months != 0 ? AddMonths(parts, count * entry.months)
+                           : AddSeconds(parts, count * entry.seconds);
 }
 
 std::int64_t IntervalsBetween(double from, double to, Interval interval, WeekRules rules) {

@@ -6,9 +6,13 @@
 #include "jet/sql/ast.h"
 #include "jet/sql/typed_sql.h"
 
-// Comparisons of two values. The text is the expression's, for the error 3464 about types that
-// cannot be compared.
 namespace jet::sql {
+
+// + and - before a value.
+TypedSql Signed(Operator op, const TypedSql& operand);
+
+// + - * / \ Mod ^ and &. The operands are raw, because amounts are computed in ten-thousandths.
+TypedSql Computed(Operator op, const TypedSql& raw_a, const TypedSql& raw_b);
 
 // "=", "<>" …; empty for any other operator.
 std::string_view ComparisonSymbol(Operator op);
@@ -16,6 +20,7 @@ std::string_view ComparisonSymbol(Operator op);
 // False if the type shows only at run time.
 bool IsKnown(ValueType type);
 
+// Fails with 3464 if the types cannot be compared. The text is the expression's.
 void CheckComparable(ValueType left, ValueType right, std::string_view text);
 
 // A condition: 1, 0 or Null.
