@@ -8,7 +8,7 @@
 
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/values/sort_key.h"
+#include "jet/file/layout_builder.h"
 
 namespace jet::file {
 namespace {
@@ -40,13 +40,6 @@ std::size_t FindTree(const TableLayout& table, const std::vector<KeyColumn>& col
   return found;
 }
 
-std::uint32_t NextNumber(const TableLayout& table) {
-  std::uint32_t next = 0;
-  for (const LogicalIndexLayout& index : table.logical_indexes)
-    next = std::max(next, index.number + 1);
-  return next;
-}
-
 // ".rB" for number 1, and so on; behind the letters, digits as well.
 std::string HiddenName(std::uint32_t number) {
   constexpr std::uint32_t kLetters = 26;
@@ -54,14 +47,6 @@ std::string HiddenName(std::uint32_t number) {
   if (number >= kLetters) name += std::to_string(number / kLetters);
   name.push_back(static_cast<char>('A' + number % kLetters));
   return name;
-}
-
-void InsertByName(TableLayout& table, LogicalIndexLayout index) {
-  const auto place = std::find_if(table.logical_indexes.begin(), table.logical_indexes.end(),
-                                  [&index](const LogicalIndexLayout& other) {
-                                    return CompareTexts(index.name, other.name) < 0;
-                                  });
-  table.logical_indexes.insert(place, std::move(index));
 }
 
 }  // namespace
@@ -107,12 +92,12 @@ void AddRelationIndexes(TableLayout& referencing, TableLayout& referenced,
   }
   LogicalIndexLayout outgoing;
   outgoing.name = relation.name;
-  outgoing.number = NextNumber(referencing);
+  outgoing.number = NextIndexNumber(referencing);
   outgoing.real_index = static_cast<std::uint32_t>(own_tree);
   outgoing.kind = definition::logical_index::kForeign;
   LogicalIndexLayout incoming;
   // A table that refers to itself gets two numbers.
-  incoming.number = NextNumber(referenced) + (&referencing == &referenced ? 1 : 0);
+  incoming.number = NextIndexNumber(referenced) + (&referencing == &referenced ? 1 : 0);
   incoming.name = HiddenName(incoming.number);
   incoming.real_index = static_cast<std::uint32_t>(referenced_tree);
   incoming.kind = definition::logical_index::kForeign;

@@ -1,8 +1,9 @@
 #include "jet/file/system_definitions.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <utility>
 
+#include "jet/file/layout_builder.h"
 #include "jet/values/sort_key.h"
 
 namespace jet::file {
@@ -52,63 +53,28 @@ constexpr Right kRelationRights[] = {
     {0, 0xFFFFF, Account::kUsers, false},
 };
 
-// Places in the record follow from the ids, which are the places in the list.
-std::vector<ColumnLayout> MakeColumns(const SystemTable& table, std::uint32_t sort_order) {
-  std::vector<ColumnLayout> columns;
-  std::uint16_t fixed_offset = 0;
-  std::uint16_t variable_slot = 0;
-  for (const SystemColumn& described : table.columns) {
-    ColumnLayout column;
-    column.name = described.name;
-    column.type = described.type;
-    column.id = static_cast<std::uint16_t>(columns.size());
-    column.variable_slot = variable_slot;
-    column.size = described.size;
-    column.sort_order = sort_order;
-    column.flags = described.flags;
-    if (!column.IsFixed()) {
-      ++variable_slot;
-    } else if (column.type != ColumnType::kBoolean) {
-      column.fixed_offset = fixed_offset;
-      fixed_offset = static_cast<std::uint16_t>(fixed_offset + column.size);
-    }
-    columns.push_back(std::move(column));
-  }
-  return columns;
-}
-
-template <typename T>
-void SortByName(std::vector<T>& named) {
-  std::sort(named.begin(), named.end(),
-            [](const T& a, const T& b) { return CompareTexts(a.name, b.name) < 0; });
-}
-
 }  // namespace
 
 TableLayout SystemLayout(const SystemTable& table, PageNumber page, std::uint32_t sort_order) {
   TableLayout layout;
   layout.page = page;
   layout.kind = definition::kSystemTable;
-  layout.columns = MakeColumns(table, sort_order);
-  layout.column_ids = static_cast<std::uint16_t>(layout.columns.size());
-  layout.variable_columns = static_cast<std::uint16_t>(
-      std::count_if(layout.columns.begin(), layout.columns.end(),
-                    [](const ColumnLayout& column) { return !column.IsFixed(); }));
-  for (const SystemIndex& described : table.indexes) {
-    LogicalIndexLayout logical;
-    logical.name = described.name;
-    logical.number = static_cast<std::uint32_t>(layout.indexes.size());
-    logical.real_index = logical.number;
-    if (described.is_primary) logical.kind = definition::logical_index::kPrimary;
-    layout.logical_indexes.push_back(std::move(logical));
-    IndexLayout index;
-    for (const std::uint16_t id : described.columns)
-      index.columns.push_back({id, false});
-    index.flags = described.flags;
-    layout.indexes.push_back(std::move(index));
+  for (const SystemColumn& described : table.columns) {
+    ColumnLayout column = NewColumn(described.name, described.type, described.size, sort_order);
+    column.flags = described.flags;
+    layout.columns.push_back(std::move(column));
   }
-  SortByName(layout.columns);
-  SortByName(layout.logical_indexes);
+  PlaceInRecord(layout);
+  for (const SystemIndex& described : table.indexes) {
+    std::vector<KeyColumn> columns;
+    for (const std::uint16_t id : described.columns)
+      columns.push_back({id, false});
+    AddIndex(layout, described.name, std::move(columns), described.flags, described.is_primary);
+  }
+  std::sort(layout.columns.begin(), layout.columns.end(),
+            [](const ColumnLayout& a, const ColumnLayout& b) {
+              return CompareTexts(a.name, b.name) < 0;
+            });
   return layout;
 }
 
