@@ -23,6 +23,15 @@ std::vector<std::string> Split(std::string_view text, std::string_view separator
   }
 }
 
+std::string Joined(const std::vector<std::string>& parts, std::string_view separator) {
+  std::string text;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    if (i > 0) text += separator;
+    text += parts[i];
+  }
+  return text;
+}
+
 std::string Trim(std::string_view text) {
   return TrimCharacters(text, " ");
 }

@@ -13,6 +13,9 @@ inline constexpr std::string_view kCrLf = "\r\n";
 // The pieces between the separators; an empty text has one empty piece.
 std::vector<std::string> Split(std::string_view text, std::string_view separator);
 
+// The other way round; no parts make an empty text.
+std::string Joined(const std::vector<std::string>& parts, std::string_view separator);
+
 // Without blanks (only the character U+0020) at both ends.
 std::string Trim(std::string_view text);
 

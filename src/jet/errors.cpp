@@ -108,6 +108,7 @@ constexpr ErrorText kTexts[] = {
     {kManyRowsInSubquery, "Вложенный запрос вернул более одной записи."},
     {kOpenedExclusively, "База данных \"%1\" уже открыта другой программой монопольно."},
     {kTooComplex, "Запрос слишком сложен."},
+    {kRelationWithoutFields, "У связи \"%1\" нет полей."},
     {kRelationExists, "Связь \"%1\" уже существует."},
     {kRelationFieldsDiffer,
      "Связь \"%1\" требует одинакового числа полей одинаковых типов с обеих сторон."},

@@ -101,6 +101,7 @@ enum ErrorNumber : std::int32_t {
   kManyRowsInSubquery = 3354,
   kOpenedExclusively = 3356,
   kTooComplex = 3360,
+  kRelationWithoutFields = 3366,
   kRelationExists = 3367,
   kRelationFieldsDiffer = 3368,
   kConstraintNotFound = 3371,

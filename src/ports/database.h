@@ -67,6 +67,15 @@ class Database {
   virtual void CreateField(const std::string& table, const FieldDefinition& field) = 0;
   virtual void CreateIndex(const std::string& table, const IndexDefinition& index) = 0;
 
+  // In name order.
+  virtual std::vector<RelationDefinition> Relations() = 0;
+  // 3012: the name is taken; 3366: no fields; 3001: an inherited one; 3265: a table or field is
+  // unknown. An enforced one also: 3368: the fields' types differ; 3609: those referred to have no
+  // unique index; 3284: the foreign table has an index of that name; 3201: a row refers to none.
+  // DAO may give other numbers for the same (3371, 3379 …).
+  virtual void CreateRelation(const RelationDefinition& relation) = 0;
+  virtual void DeleteRelation(const std::string& name) = 0;  // with its index; 3265
+
   // Properties that a field may have beside those of its definition (Description, Caption …).
   virtual void SetFieldProperty(const std::string& table, const std::string& field,
                                 const std::string& property, DataType type,

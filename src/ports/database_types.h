@@ -108,6 +108,34 @@ struct IndexDefinition {
   std::vector<IndexFieldDefinition> fields;
 };
 
+// Attributes of relations (bit masks of DAO). Without any the relation is one to many, is enforced
+// and refuses what would break it.
+inline constexpr std::int32_t kRelationUnique = 1;       // one to one
+inline constexpr std::int32_t kRelationDontEnforce = 2;  // says how tables belong together, no more
+inline constexpr std::int32_t kRelationInherited = 4;    // of linked tables: lies in their database
+inline constexpr std::int32_t kRelationUpdateCascade = 0x100;
+inline constexpr std::int32_t kRelationDeleteCascade = 0x1000;
+inline constexpr std::int32_t kRelationLeft = 0x1000000;   // queries join its tables by a LEFT JOIN
+inline constexpr std::int32_t kRelationRight = 0x2000000;  // ... by a RIGHT JOIN
+// The referring fields become Null. Made by statements only (ON DELETE SET NULL).
+inline constexpr std::int32_t kRelationUpdateNull = 0x200;
+inline constexpr std::int32_t kRelationDeleteNull = 0x2000;
+
+struct RelationFieldPair {
+  std::string name;          // in the table that is referred to
+  std::string foreign_name;  // in the referring table
+};
+
+// Rows of the foreign table refer to rows of the table by equal values of their fields. An enforced
+// relation has an index of its own name in the foreign table.
+struct RelationDefinition {
+  std::string name;
+  std::string table;
+  std::string foreign_table;
+  std::int32_t attributes = 0;
+  std::vector<RelationFieldPair> fields;
+};
+
 struct TableSummary {
   std::string name;
   std::uint32_t attributes = 0;

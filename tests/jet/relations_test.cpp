@@ -144,4 +144,104 @@ TEST_F(RelationTest, RelationsOutliveCompactionAndEndWithTheirTransaction) {
   EXPECT_EQ(Run("alter table Товары drop constraint Связь"), 0);
 }
 
+// "name: foreign table(fields) -> table(fields) attributes"
+std::string Listed(ports::Database& db) {
+  std::string text;
+  for (const ports::RelationDefinition& relation : db.Relations()) {
+    std::string own;
+    std::string other;
+    for (const ports::RelationFieldPair& pair : relation.fields) {
+      own += (own.empty() ? "" : ",") + pair.foreign_name;
+      other += (other.empty() ? "" : ",") + pair.name;
+    }
+    text += relation.name + ": " + relation.foreign_table + "(" + own + ") -> " + relation.table +
+            "(" + other + ") " + std::to_string(relation.attributes) + ";";
+  }
+  return text;
+}
+
+TEST_F(RelationTest, ThePortListsMakesAndDropsRelations) {
+  ASSERT_EQ(Run("create unique index Два on Группы (Имя, Ид)"), 0);
+  const char* const orphan = "insert into Товары (Группа) values (7)";
+  const std::int32_t both = ports::kRelationUpdateCascade | ports::kRelationDeleteCascade;
+  const std::int32_t loose = ports::kRelationDontEnforce | ports::kRelationLeft;
+  const struct {
+    const char* statement;
+    ports::RelationDefinition relation;
+    std::int32_t error;
+    const char* listed;
+  } cases[] = {
+      {orphan, {"С", "Группы", "Товары", 0, {{"Ид", "Группа"}}}, 3201, ""},
+      {orphan,
+       {"С", "группы", "товары", loose, {{"ид", "группа"}}},
+       0,
+       "С: Товары(Группа) -> Группы(Ид) 16777218;"},
+      {orphan,
+       {"С", "Группы", "Товары", loose, {{"Имя", "Группа"}}},
+       0,
+       "С: Товары(Группа) -> Группы(Имя) 16777218;"},
+      {"",
+       {"С", "Группы", "Товары", both, {{"Ид", "Группа"}}},
+       0,
+       "С: Товары(Группа) -> Группы(Ид) 4352;"},
+      {"",
+       {"с", "Группы", "Товары", 0, {{"Ид", "Группа"}}},
+       0,
+       "с: Товары(Группа) -> Группы(Ид) 0;"},
+      {"", {"С", "Группы", "Товары", ports::kRelationUnique, {{"Ид", "Ид"}}}, 3201, ""},
+      {"update Товары set Имя = 'листва', Группа = 2",
+       {"С", "Группы", "Товары", ports::kRelationUnique, {{"Имя", "Имя"}, {"Ид", "Группа"}}},
+       0,
+       "С: Товары(Имя,Группа) -> Группы(Имя,Ид) 1;"},
+      {LINK " on delete set null",
+       {"СВЯЗЬ", "Группы", "Товары", 0, {{"Ид", "Группа"}}},
+       3012,
+       "Связь: Товары(Группа) -> Группы(Ид) 8192;"},
+      {"", {"С", "Нет", "Товары", 0, {{"Ид", "Группа"}}}, 3265, ""},
+      {"", {"С", "Группы", "Товары", 0, {{"Ид", "Нет"}}}, 3265, ""},
+      {"", {"С", "Группы", "Товары", 0, {}}, 3366, ""},
+      {"", {"", "Группы", "Товары", 0, {{"Ид", "Группа"}}}, 3125, ""},
+      {"", {"С", "Группы", "Товары", ports::kRelationInherited, {{"Ид", "Группа"}}}, 3001, ""},
+      {"", {"С", "Группы", "Товары", 0, {{"Имя", "Группа"}}}, 3368, ""},
+      {"", {"С", "Товары", "Группы", 0, {{"Группа", "Ид"}}}, 3609, ""},
+      {"create index С on Товары (Имя)",
+       {"С", "Группы", "Товары", 0, {{"Ид", "Группа"}}},
+       3284,
+       ""},
+  };
+  for (const auto& c : cases) {
+    engine->BeginTrans();
+    if (*c.statement != '\0') {
+      ASSERT_EQ(Run(c.statement), 0) << c.statement;
+    }
+    EXPECT_EQ(ErrorOf([&] { db->CreateRelation(c.relation); }), c.error) << &c - cases;
+    EXPECT_EQ(Listed(*db), c.listed) << &c - cases;
+    engine->Rollback();
+  }
+}
+
+TEST_F(RelationTest, ARelationMadeByThePortWorksAndGoesWithItsIndex) {
+  db->CreateRelation({"С", "Группы", "Товары", ports::kRelationUpdateCascade, {{"Ид", "Группа"}}});
+  db->CreateRelation({"А", "Группы", "Товары", ports::kRelationDontEnforce, {{"Ид", "Группа"}}});
+  EXPECT_EQ(Run("insert into Товары (Группа) values (7)"), 3201);
+  EXPECT_EQ(Run("delete from Группы"), 3200);
+  EXPECT_EQ(Run("drop table Группы"), 3281);
+  ASSERT_EQ(Run("update Группы set Ид = 5 where Ид = 1"), 0);
+  db->Close();
+  engine->CompactDatabase(path, sandbox.Path("сжатая.mdb"));
+  db = engine->OpenDatabase(sandbox.Path("сжатая.mdb"), true, false);
+  EXPECT_EQ(Listed(*db), "А: Товары(Группа) -> Группы(Ид) 2;С: Товары(Группа) -> Группы(Ид) 256;");
+  EXPECT_EQ(db->Table("Товары").indexes.size(), 2U);
+  EXPECT_EQ(ErrorOf([&] { db->DeleteRelation("Нет"); }), 3265);
+  db->DeleteRelation("с");
+  EXPECT_EQ(db->Table("Товары").indexes.size(), 1U);
+  EXPECT_EQ(Run("insert into Товары (Группа) values (7)"), 0);
+  EXPECT_EQ(Run("alter table Группы drop constraint Ключ"), 0) << "nothing enforced needs it";
+  EXPECT_EQ(Run("alter table Товары drop column Группа"), 3303);
+  EXPECT_EQ(Run("drop table Товары"), 0);
+  EXPECT_EQ(Listed(*db), "");
+  db->Close();
+  EXPECT_EQ(ErrorOf([&] { db->Relations(); }), 3420);
+}
+
 }  // namespace

@@ -11,14 +11,9 @@ namespace jet {
 namespace {
 
 constexpr std::int64_t kApplicationId = 0x544D4A54;  // "TMJT"
-constexpr std::int64_t kLayoutVersion = 2;
+constexpr std::int64_t kLayoutVersion = 3;
 constexpr const char* kSystemNames[] = {"MSysACEs", "MSysObjects", "MSysQueries",
                                         "MSysRelationships"};
-
-bool InNameOrder(const std::string& a, const std::string& b) {
-  const int order = CompareTexts(a, b);
-  return order != 0 ? order < 0 : a < b;
-}
 
 constexpr std::int64_t kPrimary = 1;
 constexpr std::int64_t kUnique = 2;
@@ -27,6 +22,11 @@ constexpr std::int64_t kIgnoreNulls = 8;
 constexpr std::int64_t kForeign = 16;
 
 }  // namespace
+
+bool InNameOrder(const std::string& a, const std::string& b) {
+  const int order = CompareTexts(a, b);
+  return order != 0 ? order < 0 : a < b;
+}
 
 std::vector<ports::TableSummary> SystemTables() {
   std::vector<ports::TableSummary> tables;
@@ -66,7 +66,7 @@ void CreateCatalogue(Connection& connection) {
       "CREATE TABLE _jet_property(table_id INTEGER, field_id INTEGER, name TEXT, type INTEGER,"
       " value, PRIMARY KEY(field_id, name)) WITHOUT ROWID;"
       "CREATE TABLE _jet_relation(id INTEGER PRIMARY KEY, name TEXT, table_id INTEGER,"
-      " referenced_id INTEGER, on_update INTEGER, on_delete INTEGER, index_id INTEGER);"
+      " referenced_id INTEGER, attributes INTEGER, index_id INTEGER);"
       "CREATE TABLE _jet_relation_field(relation_id INTEGER, ordinal INTEGER, field_id INTEGER,"
       " referenced_field_id INTEGER, PRIMARY KEY(relation_id, ordinal)) WITHOUT ROWID;"
       "COMMIT");

@@ -51,6 +51,9 @@ class Catalogue final : public TableFinder {
   bool names_loaded_ = false;
 };
 
+// The order of a collection's members.
+bool InNameOrder(const std::string& a, const std::string& b);
+
 // The system tables that every database lists. They can be neither read nor changed.
 std::vector<ports::TableSummary> SystemTables();
 bool IsSystemTable(std::string_view name);

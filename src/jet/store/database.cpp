@@ -5,6 +5,7 @@
 
 #include "jet/errors.h"
 #include "jet/store/recordset.h"
+#include "jet/store/relations.h"
 #include "jet/store/statement_runner.h"
 #include "jet/values/sort_key.h"
 
@@ -61,6 +62,19 @@ void Database::CreateField(const std::string& table, const ports::FieldDefinitio
 
 void Database::CreateIndex(const std::string& table, const ports::IndexDefinition& index) {
   session_->Change([&] { definitions_.CreateIndex(*Require(table), index); });
+}
+
+std::vector<ports::RelationDefinition> Database::Relations() {
+  session_->Tables();  // as others left them; fails when the database is closed
+  return jet::Relations(*session_).List();
+}
+
+void Database::CreateRelation(const ports::RelationDefinition& relation) {
+  session_->Change([&] { jet::Relations(*session_).Create(relation); });
+}
+
+void Database::DeleteRelation(const std::string& name) {
+  session_->Change([&] { jet::Relations(*session_).Delete(name); });
 }
 
 void Database::SetFieldProperty(const std::string& table, const std::string& field,

@@ -24,6 +24,9 @@ class Database final : public ports::Database {
   void DeleteTable(const std::string& name) override;
   void CreateField(const std::string& table, const ports::FieldDefinition& field) override;
   void CreateIndex(const std::string& table, const ports::IndexDefinition& index) override;
+  std::vector<ports::RelationDefinition> Relations() override;
+  void CreateRelation(const ports::RelationDefinition& relation) override;
+  void DeleteRelation(const std::string& name) override;
   void SetFieldProperty(const std::string& table, const std::string& field,
                         const std::string& property, ports::DataType type,
                         const ports::DatabaseValue& value) override;

@@ -19,15 +19,6 @@ using ports::DatabaseValue;
 constexpr std::size_t kMostNameUnits = 64;
 constexpr std::size_t kMostFields = 255;
 
-void CheckName(const std::string& name) {
-  const bool is_bad = name.empty() || name.front() == ' ' ||
-                      tmw::Utf8ToUtf16(name).size() > kMostNameUnits ||
-                      name.find_first_of(".!`[]") != std::string::npos ||
-                      std::any_of(name.begin(), name.end(),
-                                  [](char c) { return static_cast<unsigned char>(c) < 0x20; });
-  if (is_bad) Fail(kInvalidName, name);
-}
-
 bool IsCounter(const ports::FieldDefinition& field) {
   return (field.attributes & ports::kAutoIncrementField) != 0;
 }
@@ -62,6 +53,15 @@ std::string ColumnSql(const std::string& column, ports::DataType type) {
 }
 
 }  // namespace
+
+void CheckName(const std::string& name) {
+  const bool is_bad = name.empty() || name.front() == ' ' ||
+                      tmw::Utf8ToUtf16(name).size() > kMostNameUnits ||
+                      name.find_first_of(".!`[]") != std::string::npos ||
+                      std::any_of(name.begin(), name.end(),
+                                  [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+  if (is_bad) Fail(kInvalidName, name);
+}
 
 TablePtr RequireTable(Session& session, const std::string& name, std::int32_t error_number) {
   TablePtr table = session.Tables().FindTable(name);

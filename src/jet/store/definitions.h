@@ -40,6 +40,9 @@ class Definitions {
   Session& session_;
 };
 
+// 3125 for a name that no table, field, index or relation may have.
+void CheckName(const std::string& name);
+
 // "CREATE [UNIQUE] INDEX i5 ON t3(...)"
 std::string CreateIndexSql(const TableInfo& table, const IndexInfo& index);
 

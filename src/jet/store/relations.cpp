@@ -6,19 +6,13 @@
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
-#include "jet/sql/field_value.h"
-#include "jet/storage_sql.h"
 #include "jet/store/definitions.h"
 
 namespace jet {
 namespace {
 
 using sql::ReferenceAction;
-
-const FieldInfo& FieldById(const TableInfo& table, std::int64_t id) {
-  return *std::find_if(table.fields.begin(), table.fields.end(),
-                       [id](const FieldInfo& field) { return field.id == id; });
-}
+using tmw::Joined;
 
 // The fields of a relation that stand on one side of it.
 std::vector<std::int64_t> ReferencedFields(const Relation& relation) {
@@ -47,101 +41,21 @@ const IndexInfo* FindUnique(const TableInfo& table, const std::vector<std::int64
   return nullptr;
 }
 
-std::string Joined(const std::vector<std::string>& parts, std::string_view separator) {
-  std::string text;
-  for (const std::string& part : parts)
-    text += (text.empty() ? std::string() : std::string(separator)) + part;
-  return text;
+// The fields of both tables by their names, or the error of that number.
+std::vector<Relation::FieldPair> PairFields(const std::vector<ports::RelationFieldPair>& names,
+                                            const TableInfo& table, const TableInfo& referenced,
+                                            std::int32_t error_number) {
+  std::vector<Relation::FieldPair> pairs;
+  for (const ports::RelationFieldPair& pair : names) {
+    pairs.push_back({RequireField(table, pair.foreign_name, error_number).id,
+                     RequireField(referenced, pair.name, error_number).id});
+  }
+  return pairs;
 }
 
-// Makes the triggers of one relation.
-class TriggerWriter {
- public:
-  TriggerWriter(const Relation& relation, const TableInfo& table, const TableInfo& referenced)
-      : relation_(relation), table_(table), referenced_(referenced) {
-    for (const Relation::FieldPair& pair : relation.fields) {
-      const std::string own = "c" + std::to_string(pair.field);
-      const std::string other = "c" + std::to_string(pair.referenced);
-      own_columns_.push_back(own);
-      other_columns_.push_back(other);
-      refers_.push_back("NEW." + own + " IS NOT NULL");
-      found_.push_back(Joined({other, "NEW." + own}, " = "));
-      related_.push_back(Joined({own, "OLD." + other}, " = "));
-      key_differs_.push_back(Joined({"NEW." + other, "OLD." + other}, " IS NOT "));
-      bytes_differ_.push_back(Joined({"NEW." + other, "OLD." + other}, " COLLATE BINARY IS NOT "));
-    }
-  }
-
-  std::string Write() const {
-    const std::string missing = Joined(refers_, " AND ") + " AND NOT EXISTS (SELECT 1 FROM " +
-                                referenced_.StorageName() + " WHERE " + Joined(found_, " AND ") +
-                                ")";
-    const std::string refusal = Refusal(kNoRelatedRecord, referenced_.name);
-    const bool cascades = relation_.on_update == ReferenceAction::kCascade;
-    return Trigger("a", "INSERT", table_, missing, refusal) +
-           Trigger("b", "UPDATE OF " + Joined(own_columns_, ", "), table_, missing, refusal) +
-           Trigger("c", "DELETE", referenced_, Guard(relation_.on_delete, {}),
-                   Action(relation_.on_delete, "DELETE FROM " + table_.StorageName())) +
-           Trigger("d", "UPDATE OF " + Joined(other_columns_, ", "), referenced_,
-                   Guard(relation_.on_update,
-                         "(" + Joined(cascades ? bytes_differ_ : key_differs_, " OR ") + ")"),
-                   Action(relation_.on_update, Assignments(true)));
-  }
-
- private:
-  std::string Trigger(const char* suffix, const std::string& event, const TableInfo& on,
-                      const std::string& when, const std::string& action) const {
-    return "CREATE TRIGGER r" + std::to_string(relation_.id) + suffix + " AFTER " + event + " ON " +
-           on.StorageName() + (when.empty() ? "" : " WHEN " + when) + " BEGIN " + action + "; END;";
-  }
-
-  std::string Related() const { return " WHERE " + Joined(related_, " AND "); }
-
-  static std::string Refusal(std::int32_t number, const std::string& table) {
-    return "SELECT " + CallSql(fn::kRefuse, {std::to_string(number), TextLiteral(table)});
-  }
-
-  std::string Guard(ReferenceAction action, std::string condition) const {
-    if (action != ReferenceAction::kRefuse) return condition;
-    if (!condition.empty()) condition += " AND ";
-    return condition + "EXISTS (SELECT 1 FROM " + table_.StorageName() + Related() + ")";
-  }
-
-  std::string Action(ReferenceAction action, const std::string& cascade) const {
-    if (action == ReferenceAction::kRefuse) return Refusal(kRelatedRecords, table_.name);
-    return (action == ReferenceAction::kSetNull ? Assignments(false) : cascade) + Related();
-  }
-
-  // The referring fields follow the new key, or become Null.
-  std::string Assignments(bool follow) const {
-    std::vector<std::string> assignments;
-    for (std::size_t i = 0; i < own_columns_.size(); ++i) {
-      const FieldInfo& field = FieldById(table_, relation_.fields[i].field);
-      sql::TypedSql value{"NULL", ValueType::kNull};
-      if (follow) {
-        value = {"NEW." + other_columns_[i], TypeOfField(field.definition.type)};
-        if (value.type == ValueType::kCurrency) value.type = ValueType::kStoredCurrency;
-      }
-      assignments.push_back(own_columns_[i] + " = " + sql::AssignedSql(value, field));
-    }
-    return "UPDATE " + table_.StorageName() + " SET " + Joined(assignments, ", ");
-  }
-
-  const Relation& relation_;
-  const TableInfo& table_;
-  const TableInfo& referenced_;
-  std::vector<std::string> own_columns_;
-  std::vector<std::string> other_columns_;
-  std::vector<std::string> refers_;
-  std::vector<std::string> found_;
-  std::vector<std::string> related_;
-  std::vector<std::string> key_differs_;
-  std::vector<std::string> bytes_differ_;
-};
-
-// The fields that a constraint names on both sides, the primary key's where it names none.
-std::vector<Relation::FieldPair> PairFields(const sql::Constraint& constraint,
-                                            const TableInfo& table, const TableInfo& referenced) {
+// The names that a constraint gives on both sides, the primary key's where it gives none.
+std::vector<ports::RelationFieldPair> PairNames(const sql::Constraint& constraint,
+                                                const TableInfo& referenced) {
   std::vector<std::string> names = constraint.referenced_fields;
   if (names.empty()) {
     const IndexInfo* const primary = referenced.PrimaryIndex();
@@ -150,15 +64,21 @@ std::vector<Relation::FieldPair> PairFields(const sql::Constraint& constraint,
       names.push_back(part.name);
   }
   if (names.size() != constraint.fields.size()) Fail(kRelationFieldsDiffer, constraint.name);
-  std::vector<Relation::FieldPair> pairs;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    const FieldInfo& field = RequireField(table, constraint.fields[i], kFieldNotFound);
-    const FieldInfo& other = RequireField(referenced, names[i], kFieldNotFound);
-    if (field.definition.type != other.definition.type)
-      Fail(kRelationFieldsDiffer, constraint.name);
-    pairs.push_back({field.id, other.id});
-  }
+  std::vector<ports::RelationFieldPair> pairs;
+  for (std::size_t i = 0; i < names.size(); ++i)
+    pairs.push_back({names[i], constraint.fields[i]});
   return pairs;
+}
+
+std::int32_t AttributesOf(const sql::Constraint& constraint) {
+  std::int32_t attributes = 0;
+  if (constraint.on_update == ReferenceAction::kCascade)
+    attributes |= ports::kRelationUpdateCascade;
+  if (constraint.on_update == ReferenceAction::kSetNull) attributes |= ports::kRelationUpdateNull;
+  if (constraint.on_delete == ReferenceAction::kCascade)
+    attributes |= ports::kRelationDeleteCascade;
+  if (constraint.on_delete == ReferenceAction::kSetNull) attributes |= ports::kRelationDeleteNull;
+  return attributes;
 }
 
 }  // namespace
@@ -166,7 +86,7 @@ std::vector<Relation::FieldPair> PairFields(const sql::Constraint& constraint,
 std::vector<Relation> LoadRelations(const std::shared_ptr<Connection>& storage) {
   std::vector<Relation> relations;
   Statement rows(storage,
-                 "SELECT id, name, table_id, referenced_id, on_update, on_delete, index_id"
+                 "SELECT id, name, table_id, referenced_id, attributes, index_id"
                  " FROM _jet_relation ORDER BY id");
   while (rows.Step()) {
     Relation relation;
@@ -174,9 +94,8 @@ std::vector<Relation> LoadRelations(const std::shared_ptr<Connection>& storage) 
     relation.name = rows.Text(1);
     relation.table_id = rows.Integer(2);
     relation.referenced_id = rows.Integer(3);
-    relation.on_update = static_cast<ReferenceAction>(rows.Integer(4));
-    relation.on_delete = static_cast<ReferenceAction>(rows.Integer(5));
-    relation.index_id = rows.Integer(6);
+    relation.attributes = static_cast<std::int32_t>(rows.Integer(4));
+    relation.index_id = rows.Integer(5);
     relations.push_back(std::move(relation));
   }
   Statement pairs(storage,
@@ -189,11 +108,6 @@ std::vector<Relation> LoadRelations(const std::shared_ptr<Connection>& storage) 
     pairs.Reset();
   }
   return relations;
-}
-
-std::string RelationTriggers(const Relation& relation, const TableInfo& table,
-                             const TableInfo& referenced) {
-  return TriggerWriter(relation, table, referenced).Write();
 }
 
 std::string Relations::FreeName(const TableInfo& table, const TableInfo& referenced) {
@@ -231,13 +145,11 @@ void Relations::RefuseOrphans(const Relation& relation, const TableInfo& table,
 
 void Relations::Insert(Relation& relation) {
   Statement insert(session_.SharedStorage(),
-                   "INSERT INTO _jet_relation(name, table_id, referenced_id, on_update, on_delete,"
-                   " index_id) VALUES(?1, ?2, ?3, ?4, ?5, ?6)");
+                   "INSERT INTO _jet_relation(name, table_id, referenced_id, attributes, index_id)"
+                   " VALUES(?1, ?2, ?3, ?4, ?5)");
   insert.Bind(1, std::string_view(relation.name)).Bind(2, relation.table_id);
-  insert.Bind(3, relation.referenced_id);
-  insert.Bind(4, std::int64_t{static_cast<int>(relation.on_update)});
-  insert.Bind(5, std::int64_t{static_cast<int>(relation.on_delete)});
-  insert.Bind(6, relation.index_id).Run();
+  insert.Bind(3, relation.referenced_id).Bind(4, std::int64_t{relation.attributes});
+  insert.Bind(5, relation.index_id).Run();
   relation.id = session_.Storage().LastRow();
   Statement part(session_.SharedStorage(),
                  "INSERT INTO _jet_relation_field VALUES(?1, ?2, ?3, ?4)");
@@ -247,49 +159,123 @@ void Relations::Insert(Relation& relation) {
   }
 }
 
+void Relations::RefuseTakenName(const std::string& name, std::int32_t error_number) {
+  for (const Relation& other : LoadRelations(session_.SharedStorage())) {
+    if (tmw::EqualIgnoringCase(other.name, name)) Fail(error_number, name);
+  }
+}
+
 void Relations::Create(const TableInfo& table, const sql::Constraint& constraint) {
   const TablePtr referenced =
       RequireTable(session_, constraint.referenced_table, kConstraintNotFound);
   Relation relation;
   relation.name = constraint.name.empty() ? FreeName(table, *referenced) : constraint.name;
-  for (const Relation& other : LoadRelations(session_.SharedStorage())) {
-    if (tmw::EqualIgnoringCase(other.name, relation.name)) Fail(kRelationExists, relation.name);
-  }
-  relation.table_id = table.id;
-  relation.referenced_id = referenced->id;
-  relation.on_update = constraint.on_update;
-  relation.on_delete = constraint.on_delete;
-  relation.fields = PairFields(constraint, table, *referenced);
-  if (FindUnique(*referenced, ReferencedFields(relation), nullptr) == nullptr)
-    Fail(kNoUniqueReference, referenced->name);
-  RefuseOrphans(relation, table, *referenced);
+  RefuseTakenName(relation.name, kRelationExists);
+  relation.attributes = AttributesOf(constraint);
+  relation.fields =
+      PairFields(PairNames(constraint, *referenced), table, *referenced, kFieldNotFound);
+  Add(relation, table, *referenced);
+}
 
+void Relations::Create(const ports::RelationDefinition& definition) {
+  CheckName(definition.name);
+  RefuseTakenName(definition.name, kObjectExists);
+  if ((definition.attributes & ports::kRelationInherited) != 0)
+    Fail(kInvalidArgument, definition.name);
+  if (definition.fields.empty()) Fail(kRelationWithoutFields, definition.name);
+  const TablePtr table = RequireTable(session_, definition.foreign_table, kItemNotFound);
+  const TablePtr referenced = RequireTable(session_, definition.table, kItemNotFound);
+  Relation relation;
+  relation.name = definition.name;
+  relation.attributes = definition.attributes;
+  relation.fields = PairFields(definition.fields, *table, *referenced, kItemNotFound);
+  Add(relation, *table, *referenced);
+}
+
+void Relations::Add(Relation& relation, const TableInfo& table, const TableInfo& referenced) {
+  relation.table_id = table.id;
+  relation.referenced_id = referenced.id;
+  if (relation.IsEnforced()) Enforce(relation, table, referenced);
+  Insert(relation);
+  session_.Storage().Run(RelationTriggers(relation, table, referenced));
+}
+
+// The rows must obey already; the relation gets its index.
+void Relations::Enforce(Relation& relation, const TableInfo& table, const TableInfo& referenced) {
   ports::IndexDefinition index;
   index.name = relation.name;
   index.foreign = true;
-  for (const std::string& field : constraint.fields)
-    index.fields.push_back({field, false});
+  for (const Relation::FieldPair& pair : relation.fields) {
+    const ports::FieldDefinition& field = FieldById(table, pair.field).definition;
+    if (field.type != FieldById(referenced, pair.referenced).definition.type)
+      Fail(kRelationFieldsDiffer, relation.name);
+    index.fields.push_back({field.name, false});
+  }
+  if (FindUnique(referenced, ReferencedFields(relation), nullptr) == nullptr)
+    Fail(kNoUniqueReference, referenced.name);
+  RefuseOrphans(relation, table, referenced);
   Definitions(session_).CreateIndex(table, index);
-  const TablePtr indexed = session_.Tables().FindTable(table.name);
-  relation.index_id = indexed->FindIndex(relation.name)->id;
-  Insert(relation);
-  session_.Storage().Run(RelationTriggers(relation, *indexed, *referenced));
+  relation.index_id = session_.Tables().FindTable(table.name)->FindIndex(relation.name)->id;
+}
+
+std::vector<ports::RelationDefinition> Relations::List() {
+  std::vector<ports::RelationDefinition> list;
+  Statement rows(session_.SharedStorage(),
+                 "SELECT r.id, r.name, own.name, other.name, r.attributes FROM _jet_relation AS r"
+                 " JOIN _jet_table AS own ON own.id = r.table_id"
+                 " JOIN _jet_table AS other ON other.id = r.referenced_id");
+  Statement pairs(session_.SharedStorage(),
+                  "SELECT own.name, other.name FROM _jet_relation_field AS r"
+                  " JOIN _jet_field AS own ON own.id = r.field_id"
+                  " JOIN _jet_field AS other ON other.id = r.referenced_field_id"
+                  " WHERE r.relation_id = ?1 ORDER BY r.ordinal");
+  while (rows.Step()) {
+    ports::RelationDefinition relation;
+    relation.name = rows.Text(1);
+    relation.foreign_table = rows.Text(2);
+    relation.table = rows.Text(3);
+    relation.attributes = static_cast<std::int32_t>(rows.Integer(4));
+    pairs.Bind(1, rows.Integer(0));
+    while (pairs.Step())
+      relation.fields.push_back({std::string(pairs.Text(1)), std::string(pairs.Text(0))});
+    pairs.Reset();
+    list.push_back(std::move(relation));
+  }
+  std::sort(list.begin(), list.end(),
+            [](const auto& a, const auto& b) { return InNameOrder(a.name, b.name); });
+  return list;
+}
+
+void Relations::Delete(const std::string& name) {
+  for (const Relation& relation : LoadRelations(session_.SharedStorage())) {
+    if (!tmw::EqualIgnoringCase(relation.name, name)) continue;
+    EraseWithIndex(relation);
+    return;
+  }
+  Fail(kItemNotFound, name);
 }
 
 void Relations::Erase(const Relation& relation) {
   const std::string id = std::to_string(relation.id);
-  std::string sql;
-  for (const char* const suffix : {"a", "b", "c", "d"})
-    sql += "DROP TRIGGER r" + id + suffix + "; ";
-  session_.Storage().Run(sql + "DELETE FROM _jet_relation WHERE id = " + id +
-                         "; DELETE FROM _jet_relation_field WHERE relation_id = " + id);
+  session_.Storage().Run(DropRelationTriggers(relation) + "DELETE FROM _jet_relation WHERE id = " +
+                         id + "; DELETE FROM _jet_relation_field WHERE relation_id = " + id);
+}
+
+void Relations::EraseWithIndex(const Relation& relation) {
+  Erase(relation);
+  if (!relation.IsEnforced()) return;
+  Statement row(session_.SharedStorage(), "SELECT name FROM _jet_table WHERE id = ?1");
+  row.Bind(1, relation.table_id);
+  row.Step();
+  const TablePtr table = session_.Tables().FindTable(row.Text(0));
+  row.Reset();
+  Definitions(session_).DropIndex(*table, *table->FindIndex(relation.name));
 }
 
 bool Relations::Drop(const TableInfo& table, const std::string& name) {
   for (const Relation& relation : LoadRelations(session_.SharedStorage())) {
     if (relation.table_id != table.id || !tmw::EqualIgnoringCase(relation.name, name)) continue;
-    Erase(relation);
-    Definitions(session_).DropIndex(table, *table.FindIndex(name));
+    EraseWithIndex(relation);
     return true;
   }
   return false;
@@ -318,7 +304,7 @@ void Relations::RefuseField(const FieldInfo& field) {
 void Relations::RefuseIndex(const TableInfo& table, const IndexInfo& index) {
   for (const Relation& relation : LoadRelations(session_.SharedStorage())) {
     bool is_needed = relation.index_id == index.id;
-    if (relation.referenced_id == table.id) {
+    if (relation.referenced_id == table.id && relation.IsEnforced()) {
       const std::vector<std::int64_t> ids = ReferencedFields(relation);
       is_needed = is_needed ||
                   (IsUniqueOver(table, index, ids) && FindUnique(table, ids, &index) == nullptr);

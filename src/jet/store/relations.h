@@ -6,34 +6,13 @@
 #include <vector>
 
 #include "jet/sql/ast.h"
+#include "jet/store/relation_triggers.h"
 #include "jet/store/session.h"
 #include "jet/table_info.h"
 
 namespace jet {
 
-// A relation as the catalogue has it. Its rules are triggers of the storage, so that every way to
-// change a row respects them.
-struct Relation {
-  struct FieldPair {
-    std::int64_t field = 0;  // of the referring table
-    std::int64_t referenced = 0;
-  };
-
-  std::int64_t id = 0;
-  std::string name;
-  std::int64_t table_id = 0;
-  std::int64_t referenced_id = 0;
-  sql::ReferenceAction on_update = sql::ReferenceAction::kRefuse;
-  sql::ReferenceAction on_delete = sql::ReferenceAction::kRefuse;
-  std::int64_t index_id = 0;  // made for it in the referring table
-  std::vector<FieldPair> fields;
-};
-
 std::vector<Relation> LoadRelations(const std::shared_ptr<Connection>& storage);
-
-// The statements that make the triggers of a relation between the two tables.
-std::string RelationTriggers(const Relation& relation, const TableInfo& table,
-                             const TableInfo& referenced);
 
 // The relations of one database's tables. Each change belongs inside of Session::Change.
 class Relations {
@@ -44,6 +23,11 @@ class Relations {
   // have no unique index; 3368: the fields differ; 3201: a row refers to nothing; 3367: the name is
   // taken.
   void Create(const TableInfo& table, const sql::Constraint& constraint);
+
+  // The port's calls, with its errors.
+  std::vector<ports::RelationDefinition> List();
+  void Create(const ports::RelationDefinition& definition);
+  void Delete(const std::string& name);
 
   // Drops the table's relation of that name with its index; false when there is none.
   bool Drop(const TableInfo& table, const std::string& name);
@@ -59,7 +43,11 @@ class Relations {
   std::string FreeName(const TableInfo& table, const TableInfo& referenced);
   void RefuseOrphans(const Relation& relation, const TableInfo& table, const TableInfo& referenced);
   void Insert(Relation& relation);
+  void RefuseTakenName(const std::string& name, std::int32_t error_number);
+  void Add(Relation& relation, const TableInfo& table, const TableInfo& referenced);
+  void Enforce(Relation& relation, const TableInfo& table, const TableInfo& referenced);
   void Erase(const Relation& relation);
+  void EraseWithIndex(const Relation& relation);
 
   Session& session_;
 };

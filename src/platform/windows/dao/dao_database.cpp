@@ -1,5 +1,8 @@
 #include "platform/windows/dao/dao_database.h"
 
+#include <algorithm>
+
+#include "foundation/encodings.h"
 #include "platform/windows/dao/dao_definitions.h"
 #include "platform/windows/dao/dao_recordset.h"
 #include "platform/windows/dao/dao_values.h"
@@ -23,8 +26,15 @@ DaoDatabase::~DaoDatabase() {
   }
 }
 
+// What statements made and changed is seen after a refresh only.
+DaoObject DaoDatabase::Refreshed(const wchar_t* name) const {
+  DaoObject collection = database_.GetObject(name);
+  collection.Call(L"Refresh");
+  return collection;
+}
+
 DaoObject DaoDatabase::TableObject(const std::string& name) const {
-  return database_.GetObject(L"TableDefs").Item(name);
+  return Refreshed(L"TableDefs").Item(name);
 }
 
 DaoObject DaoDatabase::FieldObject(const std::string& table, const std::string& field) const {
@@ -33,9 +43,7 @@ DaoObject DaoDatabase::FieldObject(const std::string& table, const std::string& 
 
 std::vector<ports::TableSummary> DaoDatabase::Tables() {
   std::vector<ports::TableSummary> tables;
-  const DaoObject collection = database_.GetObject(L"TableDefs");
-  // Tables that statements made are listed after a refresh only.
-  collection.Call(L"Refresh");
+  const DaoObject collection = Refreshed(L"TableDefs");
   for (std::int32_t i = 0; i < collection.Count(); ++i) {
     const DaoObject table = collection.Item(i);
     tables.push_back(
@@ -45,15 +53,15 @@ std::vector<ports::TableSummary> DaoDatabase::Tables() {
 }
 
 ports::TableDefinition DaoDatabase::Table(const std::string& name) {
-  database_.GetObject(L"TableDefs").Call(L"Refresh");
   return ReadTable(TableObject(name));
 }
 
 void DaoDatabase::CreateTable(const ports::TableDefinition& definition) {
   const DaoObject table = database_.CallObject(L"CreateTableDef", {definition.name});
   const DaoObject fields = table.GetObject(L"Fields");
+  std::int16_t position = 0;
   for (const ports::FieldDefinition& field : definition.fields)
-    fields.Append(MakeField(table, field));
+    fields.Append(MakeField(table, field, position++));
   const DaoObject indexes = table.GetObject(L"Indexes");
   for (const ports::IndexDefinition& index : definition.indexes)
     indexes.Append(MakeIndex(table, index));
@@ -61,17 +69,37 @@ void DaoDatabase::CreateTable(const ports::TableDefinition& definition) {
 }
 
 void DaoDatabase::DeleteTable(const std::string& name) {
-  database_.GetObject(L"TableDefs").Call(L"Delete", {name});
+  Refreshed(L"TableDefs").Call(L"Delete", {name});
 }
 
 void DaoDatabase::CreateField(const std::string& table, const ports::FieldDefinition& field) {
   const DaoObject definition = TableObject(table);
-  definition.GetObject(L"Fields").Append(MakeField(definition, field));
+  const DaoObject fields = definition.GetObject(L"Fields");
+  fields.Append(MakeField(definition, field, PositionBehind(fields)));
 }
 
 void DaoDatabase::CreateIndex(const std::string& table, const ports::IndexDefinition& index) {
   const DaoObject definition = TableObject(table);
   definition.GetObject(L"Indexes").Append(MakeIndex(definition, index));
+}
+
+std::vector<ports::RelationDefinition> DaoDatabase::Relations() {
+  std::vector<ports::RelationDefinition> relations;
+  const DaoObject collection = Refreshed(L"Relations");
+  for (std::int32_t i = 0; i < collection.Count(); ++i)
+    relations.push_back(ReadRelation(collection.Item(i)));
+  std::sort(relations.begin(), relations.end(), [](const auto& a, const auto& b) {
+    return tmw::LowerCase(a.name) < tmw::LowerCase(b.name);
+  });
+  return relations;
+}
+
+void DaoDatabase::CreateRelation(const ports::RelationDefinition& relation) {
+  database_.GetObject(L"Relations").Append(MakeRelation(database_, relation));
+}
+
+void DaoDatabase::DeleteRelation(const std::string& name) {
+  Refreshed(L"Relations").Call(L"Delete", {name});
 }
 
 void DaoDatabase::SetFieldProperty(const std::string& table, const std::string& field,

@@ -1,5 +1,7 @@
 #include "platform/windows/dao/dao_definitions.h"
 
+#include <algorithm>
+
 #include "platform/windows/dao/dao_values.h"
 
 namespace platform {
@@ -43,16 +45,40 @@ ports::TableDefinition ReadTable(const DaoObject& table) {
   definition.name = TextOf(table.Get(L"Name"));
   definition.attributes = static_cast<std::uint32_t>(LongOf(table.Get(L"Attributes")));
   const DaoObject fields = table.GetObject(L"Fields");
+  fields.Call(L"Refresh");
   for (std::int32_t i = 0; i < fields.Count(); ++i)
     definition.fields.push_back(ReadField(fields.Item(i)));
   const DaoObject indexes = table.GetObject(L"Indexes");
+  indexes.Call(L"Refresh");
   for (std::int32_t i = 0; i < indexes.Count(); ++i)
     definition.indexes.push_back(ReadIndex(indexes.Item(i)));
   return definition;
 }
 
+ports::RelationDefinition ReadRelation(const DaoObject& relation) {
+  ports::RelationDefinition definition;
+  definition.name = TextOf(relation.Get(L"Name"));
+  definition.table = TextOf(relation.Get(L"Table"));
+  definition.foreign_table = TextOf(relation.Get(L"ForeignTable"));
+  definition.attributes = LongOf(relation.Get(L"Attributes"));
+  const DaoObject fields = relation.GetObject(L"Fields");
+  for (std::int32_t i = 0; i < fields.Count(); ++i) {
+    const DaoObject field = fields.Item(i);
+    definition.fields.push_back({TextOf(field.Get(L"Name")), TextOf(field.Get(L"ForeignName"))});
+  }
+  return definition;
+}
+
+std::int16_t PositionBehind(const DaoObject& fields) {
+  std::int32_t last = -1;
+  for (std::int32_t i = 0; i < fields.Count(); ++i)
+    last = std::max(last, LongOf(fields.Item(i).Get(L"OrdinalPosition")));
+  return static_cast<std::int16_t>(last + 1);
+}
+
 // Properties that a type does not have are left alone: setting them fails.
-DaoObject MakeField(const DaoObject& table, const ports::FieldDefinition& definition) {
+DaoObject MakeField(const DaoObject& table, const ports::FieldDefinition& definition,
+                    std::int16_t position) {
   DaoObject::Arguments arguments = {definition.name, static_cast<std::int32_t>(definition.type)};
   const bool has_size =
       definition.type == ports::DataType::kText || definition.type == ports::DataType::kBinary;
@@ -61,11 +87,25 @@ DaoObject MakeField(const DaoObject& table, const ports::FieldDefinition& defini
   if (definition.attributes != 0) {
     field.Put(L"Attributes", LongOf(field.Get(L"Attributes")) | definition.attributes);
   }
+  field.Put(L"OrdinalPosition", position);
   field.Put(L"Required", definition.required);
   if (definition.type == ports::DataType::kText || definition.type == ports::DataType::kMemo)
     field.Put(L"AllowZeroLength", definition.allow_zero_length);
   if (!definition.default_value.empty()) field.Put(L"DefaultValue", definition.default_value);
   return field;
+}
+
+DaoObject MakeRelation(const DaoObject& database, const ports::RelationDefinition& definition) {
+  DaoObject relation = database.CallObject(
+      L"CreateRelation",
+      {definition.name, definition.table, definition.foreign_table, definition.attributes});
+  const DaoObject fields = relation.GetObject(L"Fields");
+  for (const ports::RelationFieldPair& pair : definition.fields) {
+    const DaoObject field = relation.CallObject(L"CreateField", {pair.name});
+    field.Put(L"ForeignName", pair.foreign_name);
+    fields.Append(field);
+  }
+  return relation;
 }
 
 DaoObject MakeIndex(const DaoObject& table, const ports::IndexDefinition& definition) {

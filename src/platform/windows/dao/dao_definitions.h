@@ -10,8 +10,16 @@ ports::FieldDefinition ReadField(const DaoObject& field);
 ports::IndexDefinition ReadIndex(const DaoObject& index);
 ports::TableDefinition ReadTable(const DaoObject& table);
 
-// A field made by that table definition, not yet appended to it.
-DaoObject MakeField(const DaoObject& table, const ports::FieldDefinition& field);
+ports::RelationDefinition ReadRelation(const DaoObject& relation);
+
+// The ordinal position that comes behind those of all fields.
+std::int16_t PositionBehind(const DaoObject& fields);
+
+// A field made by that table definition, not yet appended to it. Fields of equal positions come in
+// name order: each needs one of its own.
+DaoObject MakeField(const DaoObject& table, const ports::FieldDefinition& field,
+                    std::int16_t position);
 DaoObject MakeIndex(const DaoObject& table, const ports::IndexDefinition& index);
+DaoObject MakeRelation(const DaoObject& database, const ports::RelationDefinition& relation);
 
 }  // namespace platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <utility>
 
 #include "platform/windows/dao/dao_object.h"
 #include "ports/database.h"
@@ -9,6 +10,10 @@ namespace platform {
 
 class DaoEngine final : public ports::DatabaseEngine {
  public:
+  // DAO's engine is made at the first call.
+  DaoEngine() = default;
+  explicit DaoEngine(DaoObject engine) : engine_(std::move(engine)) {}
+
   std::unique_ptr<ports::Database> OpenDatabase(const std::string& path, bool exclusive,
                                                 bool read_only) override;
   std::unique_ptr<ports::Database> CreateDatabase(const std::string& path) override;
