@@ -127,6 +127,47 @@ inline std::string RowsLost(const std::string& table, std::int64_t expected, std
          ". Обновление прервано, рабочая база данных не изменена.";
 }
 
+// Relations that cannot be put back, and why.
+inline std::string RelationDoesNotFit(const std::string& name, const std::string& foreign_table,
+                                      const std::string& foreign_fields, const std::string& table,
+                                      const std::string& fields, const std::string& reason) {
+  return "Связь " + Quoted(name) + " таблицы " + Quoted(foreign_table) + " (поле " +
+         Quoted(foreign_fields) + ") с таблицей " + Quoted(table) + " (поле " + Quoted(fields) +
+         ") не восстановлена: " + reason;
+}
+
+inline std::string RowsWithoutCounterpart(const std::string& foreign_table,
+                                          const std::string& table, std::int64_t count,
+                                          const std::string& first_values) {
+  return "в таблице " + Quoted(foreign_table) +
+         " строк, которым ничего не соответствует в таблице " + Quoted(table) + ": " +
+         std::to_string(count) + "; первые значения: " + first_values + ".";
+}
+
+inline std::string RelatedTableGone(const std::string& table) {
+  return "таблицы " + Quoted(table) + " больше нет.";
+}
+
+inline std::string RelatedFieldGone(const std::string& table, const std::string& field) {
+  return "в таблице " + Quoted(table) + " больше нет поля " + Quoted(field) + ".";
+}
+
+inline std::string RelatedTypesDiffer(const std::string& foreign_field, const std::string& field) {
+  return "поля " + Quoted(foreign_field) + " и " + Quoted(field) + " теперь разных типов.";
+}
+
+inline std::string RelatedKeyGone(const std::string& table, const std::string& fields) {
+  return "в таблице " + Quoted(table) + " больше нет уникального индекса по полю " +
+         Quoted(fields) + ".";
+}
+
+inline constexpr const char* kRelationsEndUpdate =
+    "Обновление прервано, рабочая база данных не изменена.";
+
+inline std::string MoreRelations(std::size_t count) {
+  return "Не восстановлено и других связей: " + std::to_string(count) + ".";
+}
+
 // Extra texts of frames.
 inline std::string FailedStatement(const std::string& sql) {
   return "Запрос, вызвавший ошибку: \r\n" + sql;

@@ -1,7 +1,6 @@
 #include "database/etalon_db.h"
 
 #include <cstdint>
-#include <exception>
 #include <memory>
 #include <set>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "database/compaction.h"
 #include "database/database_paths.h"
 #include "database/database_texts.h"
+#include "database/held_relations.h"
 #include "database/imp_table.h"
 #include "database/open_mdb.h"
 #include "database/row_counts.h"
@@ -28,12 +28,14 @@ namespace {
 // is carried over from it.
 class TableCreator {
  public:
-  TableCreator(const DatabaseBuild& build, UpdaterEvents& events, ports::Database& database)
-      : build_(build), events_(events), database_(database) {}
+  TableCreator(const DatabaseBuild& build, UpdaterEvents& events, ports::Database& database,
+               HeldRelations& relations)
+      : build_(build), events_(events), database_(database), relations_(relations) {}
 
   bool Create(const WuTableNode& table) {
     ImpTable importer;
     importer.SetTableName(table.TableName);
+    importer.SetRelations(relations_);
     if (!table.IsUser && !table.NeedUpdate) return Carry(table.TableName, importer);
     events_.OnSetSubAction(table.IsUser ? database_texts::CreatingTable(table.TableName)
                                         : database_texts::ImportingDictionary(table.TableName));
@@ -59,25 +61,16 @@ class TableCreator {
   const DatabaseBuild& build_;
   UpdaterEvents& events_;
   ports::Database& database_;
+  HeldRelations& relations_;
   std::unique_ptr<ports::Database> user_database_;
   RowCounts counts_;
 };
 
-// Deletes the tables that no other refers to and takes them off the list; the rest can be deleted
-// after them. If none can be deleted, the failure is raised.
-void DeleteFreeTables(std::vector<std::string>& tables, ports::Database& database) {
-  std::exception_ptr failure;
-  const auto deleted = std::erase_if(tables, [&](const std::string& table) {
-    try {
-      database.DeleteTable(table);
-      return true;
-    } catch (const ports::DatabaseError& error) {
-      if (error.Number != ports::kUsedInRelation) throw;
-      failure = std::current_exception();
-      return false;
-    }
-  });
-  if (deleted == 0) std::rethrow_exception(failure);
+// The reference database is no user's: a relation that its rows do not allow is left out.
+void PutBackRelations(HeldRelations& relations, UpdaterEvents& events) {
+  relations.PutBack();
+  for (const std::string& misfit : relations.Misfits())
+    events.OnSetSubAction(misfit);
 }
 
 bool Build(const DatabaseBuild& build, UpdaterEvents& events) {
@@ -88,10 +81,14 @@ bool Build(const DatabaseBuild& build, UpdaterEvents& events) {
   events.OnSetSubAction(database_texts::kOpening);
   const auto database = OpenMdb(path, database_texts::kWorkingCopy, true, false);
   if (!database) return false;
+  HeldRelations relations(*database);
+  relations.TakeOutAll();
   events.OnSetSubAction(database_texts::kDeletingObsolete);
   if (!DeteleUnnecessaryTables(build, *database) || events.CancelPressed()) return false;
   events.OnSetSubAction("");
-  if (!CreateTablesInEtalonDB(build, events, *database) || events.CancelPressed()) return false;
+  if (!CreateTablesInEtalonDB(build, events, *database, relations) || events.CancelPressed())
+    return false;
+  PutBackRelations(relations, events);
   events.OnSetupProgress(0, false);
   events.OnSetSubAction(database_texts::kSavingVersion);
   database_utils::TmExecuteSql(SetDataBaseVersionSql(build.TargetVersion), database.get());
@@ -118,17 +115,17 @@ bool DeteleUnnecessaryTables(const DatabaseBuild& build, ports::Database& databa
   std::vector<std::string> unnecessary = OrdinaryTables(database);
   std::erase_if(unnecessary,
                 [&](const std::string& table) { return kept.contains(LowerCase(table)); });
-  while (!unnecessary.empty())
-    DeleteFreeTables(unnecessary, database);
+  for (const std::string& table : unnecessary)
+    database.DeleteTable(table);
   return true;
 } catch (...) {
   ReRaiseError(kRunModule, "DeteleUnnecessaryTables");
 }
 
 bool CreateTablesInEtalonDB(const DatabaseBuild& build, UpdaterEvents& events,
-                            ports::Database& database) try {
+                            ports::Database& database, HeldRelations& relations) try {
   events.OnSetupProgress(static_cast<std::int32_t>(build.Tables->size()), false);
-  TableCreator creator(build, events, database);
+  TableCreator creator(build, events, database, relations);
   std::int32_t count = 0;
   for (const WuTableNode& table : *build.Tables) {
     if (!creator.Create(table)) return false;

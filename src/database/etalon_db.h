@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/database_build.h"
+#include "database/held_relations.h"
 #include "ports/database.h"
 #include "services/updater_events.h"
 
@@ -11,11 +12,11 @@ namespace tmw {
 // In the structures folder; the user database is only read.
 bool BuildEtalonDB(const DatabaseBuild& build, UpdaterEvents& events);
 
-// Deletes the tables that the release does not name.
+// Deletes the tables that the release does not name. No relation may keep them.
 bool DeteleUnnecessaryTables(const DatabaseBuild& build, ports::Database& database);
 
-// Creates the release's tables anew and counts their rows.
+// Creates the release's tables anew and counts their rows. Their relations are held then.
 bool CreateTablesInEtalonDB(const DatabaseBuild& build, UpdaterEvents& events,
-                            ports::Database& database);
+                            ports::Database& database, HeldRelations& relations);
 
 }  // namespace tmw

@@ -6,6 +6,7 @@
 
 #include "database/database_texts.h"
 #include "database/db_string.h"
+#include "database/held_relations.h"
 #include "database/table_lookup.h"
 #include "database/table_text.h"
 #include "database/transaction.h"
@@ -83,6 +84,7 @@ void ImpTable::Replace(TableTextReader& reader, bool has_rows, ports::Database& 
   // Each index is built in one pass after the rows are in. The transaction covers the rows alone:
   // inside it the product's own engine may report the table in use when an index is created.
   const std::vector<ports::IndexDefinition> indexes = std::exchange(table.indexes, {});
+  if (relations_ != nullptr) relations_->TakeOut(table.name);
   if (HasTable(database, table.name)) database.DeleteTable(table.name);
   database.CreateTable(table);
   if (rows_follow) {
@@ -92,6 +94,8 @@ void ImpTable::Replace(TableTextReader& reader, bool has_rows, ports::Database& 
   }
   reader.ReadEnd();
   for (std::size_t i = 0; i < indexes.size(); ++i) {
+    // A relation brings its own index along; one of that name would be in its way.
+    if (relations_ != nullptr && relations_->IsOwnIndex(table.name, indexes[i])) continue;
     blamed_line_ = reader.IndexLine(i);
     database.CreateIndex(table.name, indexes[i]);
   }

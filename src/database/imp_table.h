@@ -9,6 +9,7 @@
 
 namespace tmw {
 
+class HeldRelations;
 class TableTextReader;
 
 // Imports a table from its text: the table of that name is replaced. After a faulty text the table
@@ -19,6 +20,10 @@ class ImpTable {
   // The table that is expected; a text that describes another one is refused. Empty: any.
   void SetTableName(std::string name) { table_name_ = std::move(name); }
   const std::string& TableName() const { return table_name_; }
+
+  // Those of the table are taken out before it is replaced, for the caller to put back. Without
+  // this a table that relations name may not be replaceable.
+  void SetRelations(HeldRelations& relations) { relations_ = &relations; }
 
   // The file is UTF-16, as dictionaries are delivered, UTF-8 with its mark, or code page 1251. A
   // ".table" file must carry rows, a ".tablestruct" file must not: its table becomes empty.
@@ -38,6 +43,7 @@ class ImpTable {
             ports::Database& database);
 
   std::string table_name_;
+  HeldRelations* relations_ = nullptr;
   std::int64_t row_count_ = 0;
   std::size_t blamed_line_ = 0;  // for errors; 0: the line that was read last
 };

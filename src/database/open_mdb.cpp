@@ -4,6 +4,7 @@
 
 #include "database/access_helpers.h"
 #include "database/database_texts.h"
+#include "database/engine_failures.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "ports/clock.h"
@@ -19,10 +20,6 @@ namespace {
 constexpr int kSilentRetries = 10;
 constexpr std::int32_t kSilentWait = 1000;  // milliseconds
 constexpr std::int32_t kAskedWait = 500;
-
-bool IsInUse(std::int32_t number) {
-  return number == ports::kOpenedExclusively || number == ports::kFileAlreadyInUse;
-}
 
 // Waits for the next attempt. Returns false if the user gives up.
 bool AwaitNextAttempt(int failures, const std::string& path, const std::string& description) {
@@ -52,7 +49,7 @@ std::unique_ptr<ports::Database> OpenMdb(const std::string& path, const std::str
     try {
       return ports::CurrentPorts().database->OpenDatabase(path, exclusive, read_only);
     } catch (const ports::DatabaseError& error) {
-      if (!exclusive || !IsInUse(error.Number)) {
+      if (!exclusive || !IsDatabaseInUse(error.Number)) {
         ShowWarning(box_titles::kDatabaseError,
                     database_texts::CannotOpen(description, path, error.Description));
         return nullptr;

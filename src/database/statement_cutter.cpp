@@ -38,4 +38,23 @@ std::vector<std::string> CutStatements(std::string_view text) {
   return statements;
 }
 
+std::vector<std::string> StatementWords(std::string_view statement) {
+  std::vector<std::string> words;
+  for (std::size_t i = 0; i < statement.size();) {
+    const char c = statement[i];
+    if (kBlanks.find(c) != std::string_view::npos) {
+      ++i;
+      continue;
+    }
+    const bool is_name = c == '[' || c == '`';
+    const std::size_t start = is_name ? i + 1 : i;
+    const std::size_t end = is_name ? statement.find(c == '[' ? ']' : '`', start)
+                                    : statement.find_first_of(" \t\r\n[`", start);
+    words.emplace_back(statement.substr(start, end - start));
+    if (end == std::string_view::npos) break;
+    i = is_name ? end + 1 : end;
+  }
+  return words;
+}
+
 }  // namespace tmw

@@ -79,8 +79,10 @@ void ExportTableFields(const ports::TableDefinition& table, StringAccumulator& t
 }
 
 void ExportTableIndexes(const ports::TableDefinition& table, StringAccumulator& text) try {
-  for (const ports::IndexDefinition& index : table.indexes)
-    text.AddLine(IndexLine(index));
+  // A relation brings its own index along.
+  for (const ports::IndexDefinition& index : table.indexes) {
+    if (!index.foreign) text.AddLine(IndexLine(index));
+  }
 } catch (...) {
   ReRaiseError(kModule, "ExportTableIndexes");
 }

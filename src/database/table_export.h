@@ -8,7 +8,8 @@
 // Writes a table as text (module miDBExport). Lines, each ended by CR LF:
 //   Table:<name>
 //   Field:<name>|<type>|<size>[|NotNull][|AllowZero][|Default:<DB string>]      one per field
-//   Index:<name>[|Primary | [|Unique][|IgnoreNulls]]|Fields:<field>[/D];…       one per index
+//   Index:<name>[|Primary | [|Unique][|IgnoreNulls]]|Fields:<field>[/D];…       one per index but
+//                                                                               relations' own
 //   Rows, one line of DB strings separated by "|" per row, EndRows              unless left out
 //   EndTable
 // A Null in a row's first column cannot be read back, because no separator follows it.

@@ -1,8 +1,11 @@
 #include "database/working_db.h"
 
+#include <cstddef>
 #include <memory>
 #include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "database/compaction.h"
 #include "database/database_paths.h"
@@ -15,6 +18,7 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "foundation/text.h"
 #include "services/message_boxes.h"
 #include "services/run_module.h"
 
@@ -31,6 +35,22 @@ bool ExpectUserRows(const std::set<std::string>& replaced, RowCounts& counts) {
   return true;
 }
 
+// Nothing that the user's database guards is given up in silence.
+bool PutBackRelations(HeldRelations& relations) {
+  relations.PutBack();
+  if (relations.IsEmpty()) return true;
+  constexpr std::size_t kShown = 3;
+  std::vector<std::string> texts = relations.Misfits();
+  const std::size_t count = texts.size();
+  if (count > kShown) {
+    texts.resize(kShown);
+    texts.push_back(database_texts::MoreRelations(count - kShown));
+  }
+  texts.emplace_back(database_texts::kRelationsEndUpdate);
+  DownloadError(Joined(texts, "\r\n\r\n"));
+  return false;
+}
+
 bool Build(const DatabaseBuild& build, UpdaterEvents& events) {
   const std::string path = BuiltWorkingPath(build.ScriptsFolder);
   events.OnSetSubAction(database_texts::kMakingTemporaryCopy);
@@ -39,9 +59,12 @@ bool Build(const DatabaseBuild& build, UpdaterEvents& events) {
   events.OnSetSubAction(database_texts::kOpening);
   const auto database = OpenMdb(path, database_texts::kWorkingCopy, true, false);
   if (!database) return false;
-  if (!CopyDictsIntoWorkingDB(build, events, *database) || events.CancelPressed()) return false;
-  if (!RunUpdateScriptsOnWorkingDB(build, events, *database) || events.CancelPressed())
+  HeldRelations relations(*database);
+  if (!CopyDictsIntoWorkingDB(build, events, *database, relations) || events.CancelPressed())
     return false;
+  if (!RunUpdateScriptsOnWorkingDB(build, events, *database, relations) || events.CancelPressed())
+    return false;
+  if (!PutBackRelations(relations)) return false;
   events.OnSetSubAction(database_texts::kCompacting);
   database->Close();
   FlushDBEngine();
@@ -59,7 +82,7 @@ bool BuildWorkingDB(const DatabaseBuild& build, UpdaterEvents& events) {
 }
 
 bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, UpdaterEvents& events,
-                            ports::Database& database) try {
+                            ports::Database& database, HeldRelations& relations) try {
   RowCounts counts;
   std::set<std::string> replaced;
   for (const WuTableNode& table : *build.Tables) {
@@ -67,6 +90,7 @@ bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, UpdaterEvents& events,
       events.OnSetSubAction(database_texts::ImportingDictionary(table.TableName));
       ImpTable importer;
       importer.SetTableName(table.TableName);
+      importer.SetRelations(relations);
       importer.ImportFromFile(
           JoinPath(build.LoadedFolder, table.TableName + std::string(names::kTableEnding)),
           database);
@@ -75,6 +99,7 @@ bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, UpdaterEvents& events,
     }
     if (events.CancelPressed()) return false;
   }
+  relations.PutBack();
   FlushDBEngine();
   return ExpectUserRows(replaced, counts) && counts.Check(database);
 } catch (...) {
@@ -102,7 +127,7 @@ bool LoadUpdateScripts(const DatabaseBuild& build, ScriptSet& scripts) try {
 }
 
 bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, UpdaterEvents& events,
-                                 ports::Database& database) try {
+                                 ports::Database& database, HeldRelations& relations) try {
   events.OnSetSubAction(database_texts::kReadingScripts);
   ScriptSet scripts;
   if (!LoadUpdateScripts(build, scripts)) return false;
@@ -116,7 +141,7 @@ bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, UpdaterEvents& even
     const WuDbVerUpdate& script = found->second;
     events.OnSetSubAction(
         database_texts::RunningScript(script.FromVersionText(), script.ToVersionText()));
-    if (!script.Execute(database)) return false;
+    if (!script.Execute(database, relations)) return false;
     version = script.ToVersion();
     if (events.CancelPressed()) return false;
   }

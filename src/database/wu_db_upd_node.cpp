@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "database/database_texts.h"
+#include "database/engine_failures.h"
 #include "database/migrations.h"
 #include "database/statement_cutter.h"
 #include "database/table_lookup.h"
@@ -57,19 +58,15 @@ bool ReadSuppressErrors(const XmlNode& node) {
   return XmlGetBooleanAttributeDef(node, "SuppressErrors", false);
 }
 
-// A script may allow a statement to fail (the field may exist already). A full or broken disk is
+// A script may allow a statement to fail (the field may exist already). What the machine lacks is
 // never passed over: the rest of the script would run on half a change.
-bool MayBeSuppressed(const ports::DatabaseError& error) {
-  return error.Number != ports::kDiskFull && error.Number != ports::kDiskError;
-}
-
 template <typename Step>
 bool RunStep(bool suppress_errors, Step step) {
   try {
     step();
     return true;
   } catch (const ports::DatabaseError& error) {
-    if (!suppress_errors || !MayBeSuppressed(error)) throw;
+    if (!suppress_errors || IsResourceFailure(error.Number)) throw;
     return false;
   }
 }
@@ -111,8 +108,9 @@ void SetFieldProp(ports::Database& database, const std::string& table, const std
   ReRaiseError(kModule, "SetFieldProp", table + "." + field + ": " + property.name);
 }
 
-void Run(const Sql& action, ports::Database& database) {
+void Run(const Sql& action, ports::Database& database, HeldRelations& relations) {
   for (const std::string& statement : action.statements) {
+    if (relations.IsDroppedBy(statement)) continue;
     RunStep(action.suppress_errors, [&] {
       Transaction transaction;
       database.Execute(statement, true);
@@ -121,7 +119,7 @@ void Run(const Sql& action, ports::Database& database) {
   }
 }
 
-void Run(const AddField& action, ports::Database& database) {
+void Run(const AddField& action, ports::Database& database, HeldRelations& /*relations*/) {
   const std::string& field = action.field.name;
   if (!HasTable(database, action.table))
     RaiseProgramError(database_texts::NoTableForField(action.table, field));
@@ -132,7 +130,7 @@ void Run(const AddField& action, ports::Database& database) {
     SetFieldProp(database, action.table, field, property);
 }
 
-void Run(const CustomScript& action, ports::Database& database) {
+void Run(const CustomScript& action, ports::Database& database, HeldRelations& /*relations*/) {
   RunMigration(action.name, database);
 }
 
@@ -153,8 +151,8 @@ void WuDbUpdNode::LoadFromNode(const XmlNode& node) try {
   ReRaiseError(kModule, "LoadFromNode");
 }
 
-void WuDbUpdNode::Execute(ports::Database& database) const try {
-  std::visit([&](const auto& action) { Run(action, database); }, action_);
+void WuDbUpdNode::Execute(ports::Database& database, HeldRelations& relations) const try {
+  std::visit([&](const auto& action) { Run(action, database, relations); }, action_);
 } catch (...) {
   ReRaiseError(kModule, "Execute");
 }

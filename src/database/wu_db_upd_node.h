@@ -4,6 +4,7 @@
 #include <variant>
 #include <vector>
 
+#include "database/held_relations.h"
 #include "foundation/xml_helpers.h"
 #include "ports/database.h"
 
@@ -44,7 +45,8 @@ class WuDbUpdNode {
   void LoadFromNode(const XmlNode& node);
 
   // SuppressErrors covers each statement and the creation of a field, but not a missing table.
-  void Execute(ports::Database& database) const;
+  // Statements that drop a held relation take it off the list.
+  void Execute(ports::Database& database, HeldRelations& relations) const;
 
  private:
   std::variant<update_actions::Sql, update_actions::AddField, update_actions::CustomScript> action_;

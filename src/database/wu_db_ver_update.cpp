@@ -63,10 +63,10 @@ void WuDbVerUpdate::LoadVersions(const XmlNode& root) {
   to_ = *to;
 }
 
-bool WuDbVerUpdate::Execute(ports::Database& database) const try {
+bool WuDbVerUpdate::Execute(ports::Database& database, HeldRelations& relations) const try {
   try {
     for (const WuDbUpdNode& action : actions_)
-      action.Execute(database);
+      action.Execute(database, relations);
   } catch (...) {
     ShowWarning(box_titles::kError,
                 database_texts::ScriptFailed(to_text_, CurrentError().Description));

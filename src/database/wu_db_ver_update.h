@@ -28,7 +28,7 @@ class WuDbVerUpdate {
 
   // Runs the actions in order, then writes the end version into the database. Returns false after
   // the first failure, which has been reported.
-  bool Execute(ports::Database& database) const;
+  bool Execute(ports::Database& database, HeldRelations& relations) const;
 
   // As they stand in the file.
   const std::string& FromVersionText() const { return from_text_; }

@@ -170,7 +170,6 @@ inline constexpr std::int32_t kFileAlreadyInUse = 3045;
 // Executing a statement that only gives rows.
 inline constexpr std::int32_t kNotAnActionQuery = 3065;
 inline constexpr std::int32_t kItemNotFound = 3265;
-inline constexpr std::int32_t kUsedInRelation = 3281;
 inline constexpr std::int32_t kOpenedExclusively = 3356;
 
 }  // namespace ports

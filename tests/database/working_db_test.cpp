@@ -225,8 +225,9 @@ TEST_F(WorkingDbTest, ADifferentNumberOfRowsEndsTheBuild) {
   tables = {{true, "T", "", 0, "", false}};
   sandbox.Write("DBStruct/T.tablestruct", "\xEF\xBB\xBFTable:T\r\nField:Ид|Long|4\r\nEndTable\r\n");
   const auto copy = Open("copy.mdb");
+  tmw::HeldRelations relations(*copy);
   on_progress = [&](std::int32_t) { copy->Execute("insert into T values (9)", true); };
-  EXPECT_FALSE(tmw::CreateTablesInEtalonDB(build, *this, *copy));
+  EXPECT_FALSE(tmw::CreateTablesInEtalonDB(build, *this, *copy, relations));
   const std::string rest = ". Обновление прервано, рабочая база данных не изменена.";
   EXPECT_EQ(
       front_end.log,

@@ -20,6 +20,7 @@ constexpr std::int32_t kObjectExists = 3012;
 constexpr std::int32_t kInvalidOperation = 3219;
 constexpr std::int32_t kNoFieldsDefined = 3264;
 constexpr std::int32_t kPropertyNotFound = 3270;
+constexpr std::int32_t kUsedInRelation = 3281;
 constexpr std::int32_t kIndexExists = 3284;
 constexpr std::int32_t kPropertyExists = 3367;
 constexpr std::int32_t kFieldExists = 3191;
@@ -250,8 +251,7 @@ std::int32_t DaoModelObject::Delete(const std::string& name) {
   if (class_ == "TableDefs") {
     for (const DaoModelObject* const relation : model_.database->objects["Relations"]->items) {
       for (const char* const side : {"Table", "ForeignTable"}) {
-        if (tmw::EqualIgnoringCase(TextOf(relation->values.at(side)), name))
-          return ports::kUsedInRelation;
+        if (tmw::EqualIgnoringCase(TextOf(relation->values.at(side)), name)) return kUsedInRelation;
       }
     }
   }

@@ -186,8 +186,8 @@ TEST_F(DaoObjectsTest, RelationsGoOverWithTheirFieldsAndAttributes) {
   ASSERT_EQ(list[1].fields.size(), 2U);
   EXPECT_EQ(list[1].fields[0].name + " " + list[1].fields[0].foreign_name, "Ид Группа");
   EXPECT_EQ(ErrorOf([&] { dao.CreateRelation(list[0]); }), 3012);
-  EXPECT_EQ(ErrorOf([&] { dao.DeleteTable("Группы"); }), ports::kUsedInRelation);
-  EXPECT_EQ(ErrorOf([&] { dao.DeleteTable("Товары"); }), ports::kUsedInRelation);
+  EXPECT_EQ(ErrorOf([&] { dao.DeleteTable("Группы"); }), 3281);
+  EXPECT_EQ(ErrorOf([&] { dao.DeleteTable("Товары"); }), 3281);
   dao.DeleteRelation("связь");
   dao.DeleteTable("Товары");
   EXPECT_EQ(ErrorOf([&] { dao.DeleteRelation("Связь"); }), ports::kItemNotFound);
