@@ -66,7 +66,7 @@ class TableCreator {
   RowCounts counts_;
 };
 
-// The reference database is no user's: a relation that its rows do not allow is left out.
+// The reference database guards no user's data: a relation that its rows violate is left out.
 void PutBackRelations(HeldRelations& relations, UpdaterEvents& events) {
   relations.PutBack();
   for (const std::string& misfit : relations.Misfits())

@@ -13,8 +13,8 @@ class HeldRelations;
 class TableTextReader;
 
 // Imports a table from its text: the table of that name is replaced. After a faulty text the table
-// may be empty or missing; a caller that needs the old one begins a transaction first. Errors name
-// the file, the line and the reason.
+// may be empty or missing: import into a copy, or into an engine whose transactions take
+// definitions back. Errors name the file, the line and the reason.
 class ImpTable {
  public:
   // The table that is expected; a text that describes another one is refused. Empty: any.

@@ -35,7 +35,8 @@ bool ExpectUserRows(const std::set<std::string>& replaced, RowCounts& counts) {
   return true;
 }
 
-// Nothing that the user's database guards is given up in silence.
+// Reports the relations that still cannot be put back and returns false: a rule of the user's
+// database is never dropped silently.
 bool PutBackRelations(HeldRelations& relations) {
   relations.PutBack();
   if (relations.IsEmpty()) return true;

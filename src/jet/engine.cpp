@@ -24,6 +24,7 @@ class Engine final : public ports::DatabaseEngine {
   void BeginTrans() override;
   void CommitTrans() override;
   void Rollback() override;
+  bool TakesDefinitionsBack() const override { return true; }
 
  private:
   std::vector<std::shared_ptr<Session>> OpenSessions();

@@ -5,9 +5,11 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "database/db_string.h"
+#include "database/held_relations.h"
 #include "database/imp_table.h"
 #include "database/statement_cutter.h"
 #include "database/table_export.h"
@@ -135,10 +137,18 @@ int Export(const Arguments& arguments) {
 int Import(const Arguments& arguments) {
   const auto& words = arguments.Words();
   const auto database = Open(words[0], false);
-  tmw::Transaction transaction;
-  for (std::size_t i = 1; i < words.size(); ++i)
-    tmw::ImpTable().ImportFromFile(words[i], *database);
-  transaction.Commit();
+  // All or none, where the engine allows it.
+  std::optional<tmw::Transaction> whole;
+  if (Engine().TakesDefinitionsBack()) whole.emplace();
+  tmw::HeldRelations relations(*database);
+  for (std::size_t i = 1; i < words.size(); ++i) {
+    tmw::ImpTable importer;
+    importer.SetRelations(relations);
+    importer.ImportFromFile(words[i], *database);
+  }
+  relations.PutBack();
+  if (!relations.IsEmpty()) tmw::RaiseProgramError(tmw::Joined(relations.Misfits(), "\n"));
+  if (whole) whole->Commit();
   return tools::kDone;
 }
 

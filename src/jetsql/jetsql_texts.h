@@ -39,12 +39,13 @@ inline const tools::Usage kExport = {
     "write a table as text (to standard output: UTF-8)",
     {{"--structure", "", "... without its rows"},
      {"--utf8", "", "... a file in UTF-8 instead of code page 1251"}}};
-inline const tools::Usage kImport = {"import",
-                                     "FILE TEXTFILE...",
-                                     2,
-                                     SIZE_MAX,
-                                     "replace tables by those of .table and .tablestruct files",
-                                     {}};
+inline const tools::Usage kImport = {
+    "import",
+    "FILE TEXTFILE...",
+    2,
+    SIZE_MAX,
+    "replace tables by those of .table and .tablestruct files; all of them or, on an error, none (with DAO: those before the faulty one, so import into a copy)",
+    {}};
 inline const tools::Usage kCompact = {
     "compact", "FILE NEWFILE", 2, 2, "copy a database without its free space", {}};
 

@@ -124,6 +124,9 @@ class DatabaseEngine {
   virtual void BeginTrans() = 0;
   virtual void CommitTrans() = 0;
   virtual void Rollback() = 0;
+  // True if a rollback undoes changes of definitions (tables, fields, indexes, relations) too, and
+  // one transaction may hold them together with rows. DAO refuses some of that.
+  virtual bool TakesDefinitionsBack() const = 0;
 };
 
 }  // namespace ports

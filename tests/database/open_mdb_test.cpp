@@ -7,6 +7,7 @@
 
 #include "ports/ports.h"
 #include "tests/fakes/hand_clock.h"
+#include "tests/fakes/scripted_engine.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/processes.h"
 #include "tests/support/sandbox.h"
@@ -74,6 +75,23 @@ TEST_F(OpenMdbTest, AFileInUseIsRetriedTenTimesAndThenTheUserIsAsked) {
     tests::Peer::Pause(20);
   };
   EXPECT_NE(tmw::OpenMdb(path, kWhat, true, false), nullptr) << "the holder let go meanwhile";
+}
+
+TEST_F(OpenMdbTest, EveryNumberForAFileThatOthersHaveOpenIsRetriedAndNoOther) {
+  ports->database->CreateDatabase(path)->Close();
+  tests::ScriptedEngine engine(*ports->database);
+  ports->database = &engine;
+  const struct {
+    std::int32_t number;
+    bool is_retried;
+  } cases[] = {{3006, true}, {3045, true},  {3196, true},  {3356, true},  {3704, true},
+               {3734, true}, {3051, false}, {3024, false}, {3343, false}, {3026, false}};
+  for (const auto& c : cases) {
+    engine.open_failures = {c.number};
+    EXPECT_EQ(tmw::OpenMdb(path, kWhat, true, false) != nullptr, c.is_retried) << c.number;
+    engine.open_failures = {c.number};
+    EXPECT_EQ(tmw::OpenMdb(path, kWhat, false, false), nullptr) << c.number;
+  }
 }
 
 TEST_F(OpenMdbTest, SharedOpeningIsNotRetried) {

@@ -9,6 +9,7 @@
 #include "foundation/program_error.h"
 #include "foundation/text.h"
 #include "tests/database/build_fixture.h"
+#include "tests/fakes/scripted_engine.h"
 
 namespace tests {
 namespace {
@@ -155,6 +156,10 @@ TEST_F(WorkingDbTest, ScriptsRunInTheOrderOfTheirVersionsOrEndTheBuild) {
 TEST_F(WorkingDbTest, EveryAttributeOfAnAddedFieldIsInTheDatabase) {
   build.TargetVersion = {1, 1, 0};
   std::string actions;
+  // The product's engines have no fields of the type "char": the word is known, the field refused.
+  actions +=
+      "<Action type=\"addfield\" Table=\"T\" FieldName=\"char\" Type=\"char\" "
+      "SuppressErrors=\"yes\"/>";
   for (const char* const type : {"text", "date", "integer", "boolean", "byte", "currency", "double",
                                  "long", "memo", "single"}) {
     actions += "<Action type=\"addfield\" Table=\"t\" FieldName=\"" + std::string(type) +
@@ -212,6 +217,49 @@ TEST_F(WorkingDbTest, ACancelEndsTheBuildAtEachQuestion) {
   }
   EXPECT_EQ(front_end.log, std::vector<std::string>{});
   EXPECT_EQ(Text("DBStruct/Tamrin_LastVer.mdb", "С"), Text("DBUpdates/Tamrin.mdb", "С"));
+}
+
+TEST_F(WorkingDbTest, WhatTheMachineLacksIsNeverSuppressed) {
+  sandbox.Write("DBUpdates/1.xml", kDeclaration + Script("1.0.0", "1.2.0",
+                                                         Sql("insert into T values (5, 'x')",
+                                                             " SuppressErrors=\"yes\"")));
+  ScriptedEngine engine(*ports->database);
+  ports->database = &engine;
+  for (const std::int32_t number : {3022, 3078, 3314}) {
+    engine.statement_failures = {number};
+    EXPECT_TRUE(tmw::BuildWorkingDB(build, *this)) << number;
+  }
+  for (const std::int32_t number : {3014, 3026, 3035, 3036, 3037, 3040, 3043, 3048, 3049, 3052,
+                                    3183, 3343, static_cast<std::int32_t>(0x8007000E)}) {
+    engine.statement_failures = {number};
+    EXPECT_FALSE(tmw::BuildWorkingDB(build, *this)) << number;
+  }
+}
+
+TEST_F(WorkingDbTest, DictionariesThatStayAreCarriedOverWithTheirContent) {
+  Execute(*Open("db/Tamrin.mdb"),
+          {"create table А (Ид long constraint Ключ primary key, Имя text(20))",
+           "insert into А values (2, 'ё|^')", "insert into А values (1, null)",
+           "create table Б (Ид long, Сумма currency)", "insert into Б values (1, 0.0001)"});
+  for (const char* const name : {"А", "Б"}) {
+    tables.push_back({false, name, "", 0, "", false});
+  }
+  std::vector<std::string> actions;
+  on_sub_action = [&](const std::string& text) { actions.push_back(text); };
+  ScriptedEngine engine(*ports->database);
+  ports->database = &engine;
+  ASSERT_TRUE(tmw::BuildEtalonDB(build, *this));
+  EXPECT_EQ(engine.log,
+            (std::vector<std::string>{"open " + sandbox.Path("DBStruct/Tamrin_LastVer.mdb"),
+                                      "open " + sandbox.Path("db/Tamrin.mdb"), "idle 8", "idle 1"}))
+      << "the user database is opened once";
+  EXPECT_EQ(actions[4], "Перенос справочника А ...");
+  EXPECT_EQ(actions[5], "Перенос справочника Б ...");
+  for (const char* const name : {"А", "Б"}) {
+    EXPECT_EQ(Text("DBStruct/Tamrin_LastVer.mdb", name), Text("db/Tamrin.mdb", name));
+  }
+  EXPECT_NE(Text("DBStruct/Tamrin_LastVer.mdb", "А").find("\r\n1|\r\n2|Sё^2^1\r\n"),
+            std::string::npos);
 }
 
 TEST_F(WorkingDbTest, ADifferentNumberOfRowsEndsTheBuild) {

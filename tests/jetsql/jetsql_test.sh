@@ -43,6 +43,17 @@ expect 1 "" import база.mdb Т.table broken.tablestruct
 errors "Ошибка в файле таблицы \"broken.tablestruct\" (строка 1):"
 expect 0 $'Expr1000\n0' run база.mdb "select count(*) from Т"
 expect 0 "" import база.mdb Т.table
+expect 0 $'0 rows\n0 rows\n1 rows\n0 rows' run база.mdb "create table К (Имя text(3) primary key);
+  create table С (Имя text(3) references К); insert into К values ('ё'); alter table С add column Н long"
+expect 0 "" export база.mdb К К.table
+sed '/^S/d' К.table >Пусто.table
+expect 0 "" import база.mdb К.table
+expect 0 "1 rows" run база.mdb "insert into С (Имя) values ('ё')"
+expect 1 "" import база.mdb Пусто.table
+errors 'с таблицей "К" (поле "Имя") не восстановлена: в таблице "С" строк'
+expect 1 "" run база.mdb "delete from К"
+errors "error 3200: "
+expect 0 $'1 rows\n0 rows\n0 rows' run база.mdb "delete from С; drop table С; drop table К"
 expect 0 "" compact база.mdb новая.mdb
 expect 0 "$(iconv -f cp1251 Т.table)" export новая.mdb Т
 for wrong in "" "чепуха" "create" "create a b" "export база.mdb" "run база.mdb --file" "tables --x база.mdb"; do

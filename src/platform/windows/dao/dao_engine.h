@@ -22,6 +22,7 @@ class DaoEngine final : public ports::DatabaseEngine {
   void BeginTrans() override { Engine().Call(L"BeginTrans"); }
   void CommitTrans() override { Engine().Call(L"CommitTrans"); }
   void Rollback() override { Engine().Call(L"Rollback"); }
+  bool TakesDefinitionsBack() const override { return false; }
 
  private:
   const DaoObject& Engine();
