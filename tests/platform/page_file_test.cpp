@@ -59,8 +59,7 @@ TEST(PageFile, KnowsWhichFileANameStandsFor) {
   EXPECT_EQ(held.value->Identity().value, Files().IdentityOf(old_path).value);
   EXPECT_FALSE(held.value->Identity().value == Files().IdentityOf(new_path).value);
 
-  // Another file takes the name while the first one is open. Windows replaces no open file: the
-  // first one moves away before.
+  // Another file takes the name while the first one is open.
   std::filesystem::rename(tests::ToPath(old_path), tests::ToPath(sandbox.Path("c.mdb")));
   std::filesystem::rename(tests::ToPath(new_path), tests::ToPath(old_path));
   EXPECT_FALSE(held.value->Identity().value == Files().IdentityOf(old_path).value);

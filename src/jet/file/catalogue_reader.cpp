@@ -31,6 +31,7 @@ std::vector<CatalogueObject> ReadObjects(PageSource& source, const Header& heade
   std::vector<CatalogueObject> objects;
   SystemRows rows(source, header.ObjectsTable(), kObjectsTable);
   while (rows.Next()) {
+    if (objects.size() == limits::kObjects) throw Damage(rows.Home().page, texts::kManyObjects);
     CatalogueObject object;
     object.id = rows.Number(objects_column::kId);
     object.parent = rows.Number(objects_column::kParentId);
@@ -65,6 +66,7 @@ std::vector<Relation> ReadRelations(PageSource& source, const Header& header) {
       throw Damage(rows.Home().page, texts::kBadRelation);
   }
   std::vector<Relation> relations;
+  relations.reserve(growing.size());
   for (auto& [name, relation] : growing)
     relations.push_back(Finished(std::move(relation), header.RelationsTable()));
   return relations;

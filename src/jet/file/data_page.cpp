@@ -27,7 +27,7 @@ RowState StateOf(std::uint16_t slot) {
 
 }  // namespace
 
-DataPage::DataPage(PageView page) : page_(std::move(page)), row_count_(0) {
+DataPage::DataPage(PageView page) : page_(std::move(page)) {
   page_.Expect(PageKind::kData);
   row_count_ = page_.Get(data::kRowCount);
   if (row_count_ > kMostRows) page_.Fail(texts::kBadRowDirectory);

@@ -36,7 +36,7 @@ class DataPage {
 
  private:
   PageView page_;
-  std::size_t row_count_;
+  std::size_t row_count_ = 0;
 };
 
 // The row of that pointer, of a data page that belongs to the owner. The page keeps the row alive.

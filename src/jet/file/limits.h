@@ -14,7 +14,8 @@ inline constexpr std::size_t kIndexesRead = 255;
 inline constexpr std::size_t kTreeDepth = 16;
 inline constexpr std::size_t kLongValueLength = 0x10000000;  // 256 MiB
 inline constexpr std::size_t kPropertiesLength = 0x100000;
-inline constexpr std::size_t kSystemRows = 1000000;
+inline constexpr std::size_t kObjects = 65536;
+inline constexpr std::size_t kSystemRows = 500000;  // of each other system table
 inline constexpr std::size_t kCachedPages = 256;
 
 // Reading and writing: beyond these the format's own engine refuses the file.
