@@ -61,15 +61,13 @@ Statement DefinitionParser::ReadCreateTable() {
   const ClauseScope clause(tokens_, kSyntaxInCreateTable);
   CreateTable create;
   create.table = tokens_.ExpectName();
-  tokens_.ExpectSymbol("(");
-  do {
+  tokens_.ReadBracketedList([&] {
     if (AtConstraint()) {
       create.constraints.push_back(ReadTableConstraint());
     } else {
       create.fields.push_back(ReadField(&create.constraints));
     }
-  } while (tokens_.TakeSymbol(","));
-  tokens_.ExpectSymbol(")");
+  });
   return create;
 }
 
@@ -125,12 +123,12 @@ void DefinitionParser::ReadType(ports::FieldDefinition& field) {
 
 // The first number and the step of a counter. Only 1 is supported for both.
 void DefinitionParser::ReadNumbering(const ports::FieldDefinition& field) {
-  do {
+  tokens_.ReadList([&] {
     const Token number = tokens_.Take();
     if (number.kind != TokenKind::kInteger) tokens_.FailAt("число");
     if (number.number != 1)
       FailUnsupported("нумерация поля " + field.name + " не с 1 или не через 1");
-  } while (tokens_.TakeSymbol(","));
+  });
   tokens_.ExpectSymbol(")");
 }
 
@@ -206,9 +204,7 @@ ReferenceAction DefinitionParser::ReadAction() {
 
 std::vector<std::string> DefinitionParser::ReadNames() {
   std::vector<std::string> names;
-  tokens_.ExpectSymbol("(");
-  tokens_.ReadList([&] { names.push_back(tokens_.ExpectName()); });
-  tokens_.ExpectSymbol(")");
+  tokens_.ReadBracketedList([&] { names.push_back(tokens_.ExpectName()); });
   return names;
 }
 
@@ -219,15 +215,12 @@ Statement DefinitionParser::ReadCreateIndex(bool unique) {
   create.index.name = tokens_.ExpectName();
   tokens_.ExpectKeyword("on");
   create.table = tokens_.ExpectName();
-  tokens_.ExpectSymbol("(");
-  do {
+  tokens_.ReadBracketedList([&] {
     ports::IndexFieldDefinition field;
     field.name = tokens_.ExpectName();
-    field.descending = tokens_.TakeKeyword("desc");
-    if (!field.descending) tokens_.TakeKeyword("asc");
+    field.descending = tokens_.TakeDescending();
     create.index.fields.push_back(std::move(field));
-  } while (tokens_.TakeSymbol(","));
-  tokens_.ExpectSymbol(")");
+  });
   if (!tokens_.TakeKeyword("with")) return create;
   if (tokens_.TakeKeyword("primary")) {
     create.index.primary = true;

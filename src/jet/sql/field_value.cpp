@@ -22,6 +22,11 @@ bool IsCopy(const TypedSql& raw, const Target& target) {
 
 }  // namespace
 
+void Assignments::Add(std::string_view column, std::string_view value) {
+  Append(columns, column);
+  Append(values, value);
+}
+
 std::string AssignedSql(const TypedSql& raw, const FieldInfo& field) {
   const Target& target = field.target;
   if (IsCopy(raw, target)) return raw.sql;

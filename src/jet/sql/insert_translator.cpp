@@ -53,24 +53,18 @@ class InsertSql {
       if (is_given && field.IsAutonumber())
         value = CallSql(fn::kUsedNumber, {std::to_string(table.id), value});
       takes_numbers_ = takes_numbers_ || field.IsAutonumber();
-      if (!value.empty()) Put(field.column, value);
+      if (!value.empty()) assigned_.Add(field.column, value);
     }
-    target_ = "INSERT INTO " + table.StorageName() + "(" + columns_ + ") ";
+    target_ = "INSERT INTO " + table.StorageName() + "(" + assigned_.columns + ") ";
   }
 
   // True if autonumbers are assigned, in the order of the rows.
   bool TakesNumbers() const { return takes_numbers_; }
   const std::string& Target() const { return target_; }
-  const std::string& Values() const { return values_; }
+  const std::string& Values() const { return assigned_.values; }
 
  private:
-  void Put(const std::string& column, const std::string& value) {
-    Append(columns_, column);
-    Append(values_, value);
-  }
-
-  std::string columns_;
-  std::string values_;
+  Assignments assigned_;
   std::string target_;
   bool takes_numbers_ = false;
 };

@@ -116,13 +116,12 @@ void QueryParser::ReadOrder(Select& select) {
   if (!tokens_.TakeKeyword("order")) return;
   const ClauseScope clause(tokens_, kSyntaxInOrderBy);
   tokens_.ExpectKeyword("by");
-  do {
+  tokens_.ReadList([&] {
     OrderItem item;
     item.expression = ReadExpression();
-    item.descending = tokens_.TakeKeyword("desc");
-    if (!item.descending) tokens_.TakeKeyword("asc");
+    item.descending = tokens_.TakeDescending();
     select.order_by.push_back(std::move(item));
-  } while (tokens_.TakeSymbol(","));
+  });
 }
 
 std::vector<SourcePtr> QueryParser::ReadFrom() {
@@ -210,11 +209,11 @@ Insert QueryParser::ReadInsert() {
   if (tokens_.AtKeyword("in")) FailUnsupported("INSERT INTO … IN");
   if (tokens_.AtSymbol("(") && !tokens_.AtKeyword("select", 1)) {
     tokens_.Take();
-    do {
+    tokens_.ReadList([&] {
       std::string name = tokens_.ExpectName();
       if (tokens_.TakeSymbol(".")) name = tokens_.ExpectName();
       insert.fields.push_back(std::move(name));
-    } while (tokens_.TakeSymbol(","));
+    });
     tokens_.ExpectSymbol(")");
   }
   if (!tokens_.TakeKeyword("values")) {
@@ -223,9 +222,7 @@ Insert QueryParser::ReadInsert() {
     if (is_parenthesised) tokens_.ExpectSymbol(")");
     return insert;
   }
-  tokens_.ExpectSymbol("(");
-  tokens_.ReadList([&] { insert.values.push_back(ReadExpression()); });
-  tokens_.ExpectSymbol(")");
+  tokens_.ReadBracketedList([&] { insert.values.push_back(ReadExpression()); });
   return insert;
 }
 
@@ -236,7 +233,7 @@ Update QueryParser::ReadUpdate() {
   Update update;
   tokens_.ReadList([&] { update.from.push_back(ReadJoins()); });
   tokens_.ExpectKeyword("set");
-  do {
+  tokens_.ReadList([&] {
     Assignment assignment;
     assignment.field = tokens_.ExpectName();
     if (tokens_.TakeSymbol(".") || tokens_.TakeSymbol("!"))
@@ -244,7 +241,7 @@ Update QueryParser::ReadUpdate() {
     tokens_.ExpectSymbol("=");
     assignment.value = ReadExpression();
     update.assignments.push_back(std::move(assignment));
-  } while (tokens_.TakeSymbol(","));
+  });
   update.where = ReadWhere();
   return update;
 }

@@ -65,6 +65,10 @@ void TokenStream::ExpectSymbol(std::string_view symbol) {
   if (!TakeSymbol(symbol)) FailAt(symbol);
 }
 
+bool TokenStream::TakeDescending() {
+  return !TakeKeyword("asc") && TakeKeyword("desc");
+}
+
 bool TokenStream::AtName(std::size_t ahead) const {
   const Token& token = Peek(ahead);
   if (token.kind == TokenKind::kBracketedName) return true;

@@ -28,12 +28,20 @@ class TokenStream {
   bool TakeSymbol(std::string_view symbol);
   void ExpectKeyword(std::string_view keyword);
   void ExpectSymbol(std::string_view symbol);
+  // An optional ASC or DESC.
+  bool TakeDescending();
   // Calls read for each item of a list separated by commas.
   template <typename Read>
   void ReadList(Read read) {
     do
       read();
     while (TakeSymbol(","));
+  }
+  template <typename Read>
+  void ReadBracketedList(Read read) {
+    ExpectSymbol("(");
+    ReadList(read);
+    ExpectSymbol(")");
   }
 
   // A bracketed name or an identifier that is not reserved.

@@ -58,6 +58,8 @@ std::vector<Changes> TranslateAssignments(const Update& update, Scope& scope,
   return changes;
 }
 
+const std::string kJoined = "jet_joined";
+
 // An UPDATE of a join. The row numbers (k0, k1 …) and new values (v0, v1 …) are collected before
 // anything changes, in the order of the tables' rows. If several rows of the join set the same row
 // of a table, the last one wins; a row missing from an outer join is inserted.
@@ -71,52 +73,41 @@ class JoinedUpdate {
 
   ActionPlan Plan(const std::string& from, const std::string& order) && {
     std::vector<std::string> steps = {
-        "CREATE TEMP TABLE jet_joined(" + columns_ + ")",
-        "INSERT INTO jet_joined SELECT " + values_ + from + " ORDER BY " + order};
+        "CREATE TEMP TABLE " + kJoined + "(" + joined_.columns + ")",
+        "INSERT INTO " + kJoined + " SELECT " + joined_.values + from + " ORDER BY " + order};
     steps.insert(steps.end(), steps_.begin(), steps_.end());
-    steps.emplace_back("DROP TABLE jet_joined");
+    steps.push_back("DROP TABLE " + kJoined);
     return {std::move(steps), 1};
   }
 
  private:
   void AddTarget(const Changes& changes, const std::string& key) {
     const TableInfo& table = *changes.table->table;
-    Put(key, changes.table->row);
+    joined_.Add(key, changes.table->row);
     std::string sets;
-    std::string columns;
-    std::string values;
-    const auto put = [&](const std::string& column, const std::string& value) {
-      Append(columns, column);
-      Append(values, value);
-    };
+    Assignments added;
     std::vector<const FieldInfo*> given;
     for (const NewValue& value : changes.values) {
       const std::string name = "v" + std::to_string(next_value_++);
-      Put(name, value.sql);
+      joined_.Add(name, value.sql);
       Append(sets, value.field->column + " = s." + name);
-      put(value.field->column, name);
+      added.Add(value.field->column, name);
       given.push_back(value.field);
     }
-    steps_.push_back("UPDATE " + table.StorageName() + " SET " + sets +
-                     " FROM jet_joined AS s WHERE " + table.StorageName() + ".rowid = s." + key);
+    steps_.push_back("UPDATE " + table.StorageName() + " SET " + sets + " FROM " + kJoined +
+                     " AS s WHERE " + table.StorageName() + ".rowid = s." + key);
     if (!may_lack_rows_) return;
     for (const FieldInfo& field : table.fields) {
       if (std::find(given.begin(), given.end(), &field) != given.end()) continue;
       const std::string value = OmittedSql(table, field);
-      if (!value.empty()) put(field.column, value);
+      if (!value.empty()) added.Add(field.column, value);
     }
-    steps_.push_back("INSERT INTO " + table.StorageName() + "(" + columns + ") SELECT " + values +
-                     " FROM jet_joined WHERE " + key + " IS NULL");
-  }
-
-  void Put(const std::string& column, const std::string& value) {
-    Append(columns_, column);
-    Append(values_, value);
+    steps_.push_back("INSERT INTO " + table.StorageName() + "(" + added.columns + ") SELECT " +
+                     added.values + " FROM " + kJoined + " WHERE " + key + " IS NULL");
   }
 
   bool may_lack_rows_;
-  std::string columns_;
-  std::string values_;
+  Assignments joined_;
   std::vector<std::string> steps_;
   std::size_t next_value_ = 0;
 };

@@ -122,9 +122,10 @@ TablePtr Catalogue::LoadTable(const Entry& entry) {
 }
 
 void Catalogue::LoadFields(TableInfo& table) {
-  Statement rows(connection_,
-                 "SELECT id, name, type, size, attributes, required, allow_zero_length,"
-                 " default_text FROM _jet_field WHERE table_id = ?1 ORDER BY ordinal");
+  Statement rows(
+      connection_,
+      "SELECT id, name, type, size, attributes, required, allow_zero_length, default_text"
+      " FROM _jet_field WHERE table_id = ?1 ORDER BY ordinal");
   rows.Bind(1, table.id);
   while (rows.Step()) {
     FieldInfo field;
@@ -161,8 +162,8 @@ void Catalogue::LoadIndexes(TableInfo& table) {
     table.indexes.push_back(std::move(index));
   }
   Statement parts(connection_,
-                  "SELECT field_id, descending FROM _jet_index_field WHERE index_id = ?1"
-                  " ORDER BY ordinal");
+                  "SELECT field_id, descending FROM _jet_index_field"
+                  " WHERE index_id = ?1 ORDER BY ordinal");
   for (IndexInfo& index : table.indexes) {
     parts.Bind(1, index.id);
     while (parts.Step()) {

@@ -84,8 +84,9 @@ std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
   // An invalid default fails here rather than at the first new row.
   if (!field.default_value.empty()) sql::ParseExpression(field.default_value);
   Statement insert = Prepare(
-      "INSERT INTO _jet_field(table_id, ordinal, name, type, size, attributes, required,"
-      " allow_zero_length, default_text) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
+      "INSERT INTO _jet_field"
+      "(table_id, ordinal, name, type, size, attributes, required, allow_zero_length, default_text)"
+      " VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
   insert.Bind(1, table).Bind(2, ordinal).Bind(3, std::string_view(field.name));
   insert.Bind(4, std::int64_t{static_cast<std::int32_t>(field.type)});
   insert.Bind(5, std::int64_t{size}).Bind(6, std::int64_t{field.attributes});

@@ -50,17 +50,21 @@ void Whole(FunctionCall& call) {
 }
 
 // \ and Mod round their operands first.
-void WholeDivide(FunctionCall& call) {
+std::int64_t DivisorOf(const FunctionCall& call) {
   const std::int64_t divisor = call.Whole(1);
   if (divisor == 0) Fail(kDivisionByZero);
+  return divisor;
+}
+
+void WholeDivide(FunctionCall& call) {
+  const std::int64_t divisor = DivisorOf(call);
   const std::int64_t quotient = call.Whole(0) / divisor;
   if (quotient > std::numeric_limits<std::int32_t>::max()) Fail(kOverflow);
   call.PutInteger(quotient);
 }
 
 void Modulo(FunctionCall& call) {
-  const std::int64_t divisor = call.Whole(1);
-  if (divisor == 0) Fail(kDivisionByZero);
+  const std::int64_t divisor = DivisorOf(call);
   call.PutInteger(call.Whole(0) % divisor);
 }
 
@@ -71,12 +75,9 @@ void Power(FunctionCall& call) {
   call.PutNumber(power);
 }
 
+template <Wildcards wildcards>
 void Like(FunctionCall& call) {
-  call.PutTruth(MatchesLike(call.Text(0), call.Text(1), Wildcards::kJet));
-}
-
-void Alike(FunctionCall& call) {
-  call.PutTruth(MatchesLike(call.Text(0), call.Text(1), Wildcards::kAnsi));
+  call.PutTruth(MatchesLike(call.Text(0), call.Text(1), wildcards));
 }
 
 // A text does not compare with a number.
@@ -116,13 +117,13 @@ void In(FunctionCall& call) {
 
 constexpr FunctionEntry kFunctions[] = {
     {fn::kAdd, Strict<Add>},
-    {fn::kAlike, Strict<Alike>},
+    {fn::kAlike, Strict<Like<Wildcards::kAnsi>>},
     {fn::kBetween, Strict<Between>},
     {fn::kCompare, Strict<Compare>},
     {fn::kDivide, Strict<Divide>},
     {fn::kIn, Guarded<In>},
     {fn::kJoin, Guarded<Join>},
-    {fn::kLike, Strict<Like>},
+    {fn::kLike, Strict<Like<Wildcards::kJet>>},
     {fn::kLong, Strict<Long>},
     {fn::kModulo, Strict<Modulo>},
     {fn::kPower, Strict<Power>},

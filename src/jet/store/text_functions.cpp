@@ -32,6 +32,12 @@ std::size_t CountAt(const FunctionCall& call, int index) {
   return static_cast<std::size_t>(count);
 }
 
+std::size_t LengthAt(const FunctionCall& call, int index) {
+  const std::size_t length = CountAt(call, index);
+  if (length > kMostUnits) Fail(kTextTooLong);
+  return length;
+}
+
 // The texts at the index and after it, in the form in which they are compared.
 struct Pair {
   std::u16string text;
@@ -111,17 +117,13 @@ void Trim(FunctionCall& call) {
 }
 
 void TrimLeft(FunctionCall& call) {
-  std::string_view text = call.Text(0);
-  while (text.starts_with(' '))
-    text.remove_prefix(1);
-  call.PutText(text);
+  const std::string_view text = call.Text(0);
+  call.PutText(text.substr(std::min(text.find_first_not_of(' '), text.size())));
 }
 
 void TrimRight(FunctionCall& call) {
-  std::string_view text = call.Text(0);
-  while (text.ends_with(' '))
-    text.remove_suffix(1);
-  call.PutText(text);
+  const std::string_view text = call.Text(0);
+  call.PutText(text.substr(0, text.find_last_not_of(' ') + 1));
 }
 
 void Upper(FunctionCall& call) {
@@ -133,9 +135,7 @@ void Lower(FunctionCall& call) {
 }
 
 void Space(FunctionCall& call) {
-  const std::size_t count = CountAt(call, 0);
-  if (count > kMostUnits) Fail(kTextTooLong);
-  call.PutText(std::string(count, ' '));
+  call.PutText(std::string(LengthAt(call, 0), ' '));
 }
 
 char16_t CharacterOf(std::int32_t code) {
@@ -144,8 +144,7 @@ char16_t CharacterOf(std::int32_t code) {
 }
 
 void Repeated(FunctionCall& call) {
-  const std::size_t count = CountAt(call, 0);
-  if (count > kMostUnits) Fail(kTextTooLong);
+  const std::size_t count = LengthAt(call, 0);
   char16_t unit = 0;
   if (call.IsText(1)) {
     const std::u16string units = Units(call, 1);
@@ -208,18 +207,19 @@ void UnitCode(FunctionCall& call) {
   call.PutInteger(static_cast<std::int16_t>(FirstCharacter(call).front()));
 }
 
-void Character(FunctionCall& call) {
+std::int32_t CodeAt(const FunctionCall& call, std::int32_t least, std::int32_t most) {
   if (call.IsNull(0)) Fail(kInvalidUseOfNull);
   const std::int32_t code = call.Whole(0);
-  if (code < 0 || code > 255) Fail(kInvalidCall);
-  PutUnits(call, std::u16string(1, CharacterOf(code)));
+  if (code < least || code > most) Fail(kInvalidCall);
+  return code;
+}
+
+void Character(FunctionCall& call) {
+  PutUnits(call, std::u16string(1, CharacterOf(CodeAt(call, 0, 255))));
 }
 
 void UnitCharacter(FunctionCall& call) {
-  if (call.IsNull(0)) Fail(kInvalidUseOfNull);
-  const std::int32_t code = call.Whole(0);
-  if (code < -32768 || code > 65535) Fail(kInvalidCall);
-  PutUnits(call, std::u16string(1, static_cast<char16_t>(code)));
+  PutUnits(call, std::u16string(1, static_cast<char16_t>(CodeAt(call, -32768, 65535))));
 }
 
 constexpr FunctionEntry kFunctions[] = {
