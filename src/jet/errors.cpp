@@ -57,6 +57,7 @@ constexpr ErrorText kTexts[] = {
     {kOrderAgainstDistinct, "Выражение \"%1\" предложения ORDER BY несовместимо с DISTINCT."},
     {kNoAggregateHere, "Итоговая функция \"%1\" здесь недопустима."},
     {kCircularAlias, "Псевдоним \"%1\" в списке SELECT ссылается сам на себя."},
+    {kJoinOnLongField, "Соединение по полю MEMO или OLE \"%1\" невозможно."},
     {kStarInGroups, "Группировка по полям, выбранным с помощью \"*\", невозможна."},
     {kNotInAggregate, "Выражение \"%1\" не входит в итоговую функцию."},
     {kInvalidName, "Недопустимое имя \"%1\"."},

@@ -51,6 +51,7 @@ enum ErrorNumber : std::int32_t {
   kOrderAgainstDistinct = 3093,
   kNoAggregateHere = 3096,
   kCircularAlias = 3103,
+  kJoinOnLongField = 3118,
   kStarInGroups = 3121,
   kNotInAggregate = 3122,
   kInvalidName = 3125,

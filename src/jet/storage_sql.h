@@ -107,6 +107,7 @@ inline constexpr Function kMonthName = {"jet_month_name", -1};  // month[, is sh
 inline constexpr Function kNow = {"jet_now", 0, false};
 inline constexpr Function kTime = {"jet_time", 0, false};
 inline constexpr Function kTimeOnly = {"jet_time_only", 1};
+inline constexpr Function kTimer = {"jet_timer", 0, false};         // seconds since midnight
 inline constexpr Function kTimeSerial = {"jet_time_serial", 3};     // hour, minute, second
 inline constexpr Function kWeekdayName = {"jet_weekday_name", -1};  // weekday[, is short[, day]]
 
@@ -128,7 +129,8 @@ inline constexpr Function kReplace = {
 inline constexpr Function kReverse = {"jet_reverse", 1};
 inline constexpr Function kRight = {"jet_right", 2};  // text, count
 inline constexpr Function kSpace = {"jet_space", 1};
-inline constexpr Function kString = {"jet_string", 2};  // count, character or its code
+inline constexpr Function kString = {"jet_string", 2};      // count, character or its code
+inline constexpr Function kStrConv = {"jet_str_conv", -1};  // text, conversion[, LCID]
 inline constexpr Function kTrim = {"jet_trim", 1};
 inline constexpr Function kTrimLeft = {"jet_trim_left", 1};
 inline constexpr Function kTrimRight = {"jet_trim_right", 1};

@@ -143,9 +143,13 @@ TEST_F(DefinitionTest, AFieldTakesAnotherTypeWithItsValuesAndIndexes) {
   EXPECT_EQ(tests::Words(*db->FieldProperty("A", "Имя", "Caption")), "Text Имя его");
   EXPECT_EQ(Run("alter table A alter column Ид long"), 0);
   EXPECT_EQ(Run("insert into A (Ид, Имя) values (1, 'x')"), 3022);
-  EXPECT_EQ(Run("alter table A alter column Ид counter"), 0);
-  EXPECT_EQ(Run("insert into A (Имя) values ('x')"), 0);
-  EXPECT_EQ(Query("select Ид from A where Имя = 'x'"), "Long 3");
+  EXPECT_EQ(Run("alter table A alter column Ид counter"), 3259) << "there are rows";
+  EXPECT_EQ(Run("alter table A add column Счёт counter"), 0);
+  EXPECT_EQ(Run("insert into A (Ид, Имя) values (5, 'x')"), 0);
+  EXPECT_EQ(Query("select Счёт from A order by Ид"), "Long 1; Long 2; Long 3");
+  ASSERT_EQ(Run("create table Б (Ид long)"), 0);
+  EXPECT_EQ(Run("alter table Б alter column Ид counter"), 0);
+  EXPECT_EQ(Run("alter table Б add column Счёт counter"), 3259) << "a table counts once";
 }
 
 TEST_F(DefinitionTest, TablesAreListedByNameWithTheSystemsOwn) {

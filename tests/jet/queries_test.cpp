@@ -24,7 +24,9 @@ class QueriesTest : public tests::DatabaseTest {
           "insert into Счета values (13, 9, 1, null)",
           "create table Города (Имя text(20) primary key, Край text(20))",
           "insert into Города values ('ОМСК', 'Сибирь')",
-          "insert into Города values ('Псков', 'Запад')"})
+          "insert into Города values ('Псков', 'Запад')",
+          "create table Письма ([№] long, Текст memo, Вид longbinary)",
+          "insert into Письма ([№], Текст) values (1, 'анна')"})
       ASSERT_EQ(Run(statement), 0) << statement;
   }
 };
@@ -33,6 +35,10 @@ TEST_F(QueriesTest, JoinsMatchRowsByTheSortOrder) {
   const StatementCase cases[] = {
       {"select Люди.Имя, Край from Люди inner join Города on Люди.Город = Города.Имя",
        "Анна|Сибирь;Борис|Сибирь"},
+      {"select 1 from Люди inner join Письма on Люди.Имя = Письма.Текст", "#3118"},
+      {"select 1 from Письма a left join Письма b on a.[№] = b.[№] and not (b.Вид > a.Вид)",
+       "#3118"},
+      {"select Имя from Люди inner join Письма on Люди.Имя = Письма.Текст & ''", "Анна"},
       {"select Люди.Имя, Края.Край from Люди left join Города as Края on Люди.Город = Края.Имя",
        "Анна|Сибирь;Борис|Сибирь;Ёлка|Null;Вера|Null"},
       {"select Л.Имя, г.Имя from Люди Л right join Города Г on Л.Город = Г.Имя",

@@ -1,13 +1,47 @@
 #include "jet/sql/source_translator.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "foundation/encodings.h"
+#include "jet/errors.h"
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/select_translator.h"
 #include "jet/storage_sql.h"
 
 namespace jet::sql {
+namespace {
+
+bool IsComparison(Operator op) {
+  return std::any_of(std::begin(kComparisons), std::end(kComparisons),
+                     [op](const Comparison& comparison) { return comparison.op == op; });
+}
+
+void RefuseLongField(const Expression& name, const Scope& scope) {
+  const Scope::Found found = scope.Find(name.qualifier, name.text);
+  if (found.column == nullptr || found.column->field == nullptr) return;
+  const ports::DataType type = found.column->field->definition.type;
+  if (type == ports::DataType::kMemo || type == ports::DataType::kLongBinary)
+    Fail(kJoinOnLongField, found.column->name);
+}
+
+// Memo and OLE fields cannot be compared with other fields in the condition of a join.
+void RefuseLongFields(const Expression& on, const Scope& scope) {
+  if (on.kind != ExpressionKind::kBinary && on.kind != ExpressionKind::kUnary) return;
+  const bool are_fields = IsComparison(on.op) && on.arguments[0]->kind == ExpressionKind::kName &&
+                          on.arguments[1]->kind == ExpressionKind::kName;
+  for (const ExpressionPtr& argument : on.arguments) {
+    if (are_fields) {
+      RefuseLongField(*argument, scope);
+    } else {
+      RefuseLongFields(*argument, scope);
+    }
+  }
+}
+
+}  // namespace
+
 std::string SourceTranslator::Sources(const std::vector<SourcePtr>& sources) {
   std::string sql;
   for (const SourcePtr& source : sources)
@@ -33,6 +67,7 @@ std::string SourceTranslator::Join(const Source& join, bool is_nested) {
   std::string right = side(*join.right, !is_right);
   if (is_right) std::swap(left, right);
   const Scope::Limit limit(scope_, first);
+  RefuseLongFields(*join.on, scope_);
   const std::string on = ExpressionTranslator(scope_, statement_).Condition(*join.on);
   return left + (join.join == JoinKind::kInner ? " JOIN " : " LEFT JOIN ") + right + " ON " + on;
 }

@@ -36,6 +36,11 @@ void Time(FunctionCall& call) {
   call.PutNumber(now - std::floor(now));
 }
 
+void Timer(FunctionCall& call) {
+  const double now = LocalNow();
+  call.PutNumber(std::round((now - std::floor(now)) * 86400));
+}
+
 void DatePart(FunctionCall& call) {
   const WeekRules rules = MakeWeekRules(call.WholeOr(2, 1), call.WholeOr(3, 1));
   call.PutInteger(PartOf(call.Moment(1), ParseInterval(call.Text(0)), rules));
@@ -96,6 +101,7 @@ constexpr FunctionEntry kFunctions[] = {
     {fn::kNow, Guarded<Now>},
     {fn::kTime, Guarded<Time>},
     {fn::kTimeOnly, Strict<TimeOnly>},
+    {fn::kTimer, Guarded<Timer>},
     {fn::kTimeSerial, Strict<TimeSerial>},
     {fn::kWeekdayName, Strict<NameOfWeekday>},
 };

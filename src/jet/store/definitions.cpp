@@ -143,6 +143,7 @@ void Definitions::AddField(const TableInfo& table, const ports::FieldDefinition&
               ColumnSql(column, field.type));
   // Existing rows get autonumbers or False; defaults are for new rows only.
   if (IsCounter(field)) {
+    storage.Run("UPDATE _jet_table SET next_number = 1 WHERE id = " + std::to_string(table.id));
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = " +
                 CallSql(fn::kNextNumber, {std::to_string(table.id)}));
   } else if (field.type == ports::DataType::kBoolean) {
@@ -168,6 +169,10 @@ void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
   Relations(session_).RefuseField(field);
   RefuseSecondCounter(table, wanted, &field);
   Connection& storage = session_.Storage();
+  // Values that are there were given, not counted.
+  if (IsCounter(wanted) && !field.IsAutonumber() &&
+      storage.ReadInteger("SELECT EXISTS (SELECT 1 FROM " + table.StorageName() + ")") != 0)
+    Fail(kInvalidFieldType, field.definition.name);
   const std::string old_id = std::to_string(field.id);
   wanted.name = field.definition.name;
   wanted.required = wanted.required || field.definition.required;

@@ -134,6 +134,34 @@ void Lower(FunctionCall& call) {
   call.PutText(tmw::LowerCase(call.Text(0)));
 }
 
+// The first letter of each word in upper case, the others in lower case.
+std::string ProperCase(std::string_view text) {
+  std::u16string units = tmw::Utf8ToUtf16(tmw::LowerCase(text));
+  const std::u16string upper = tmw::Utf8ToUtf16(UpperCase(text));
+  constexpr std::u16string_view kBreaks = u" \t\r\n\f\v";
+  for (std::size_t i = 0; i < units.size() && units.size() == upper.size(); ++i) {
+    if (i == 0 || kBreaks.find(units[i - 1]) != std::u16string_view::npos) units[i] = upper[i];
+  }
+  return tmw::Utf16ToUtf8(units);
+}
+
+// Only the conversions of letter case: 1 upper, 2 lower, 3 words begin with a capital.
+void StrConv(FunctionCall& call) {
+  switch (call.Whole(1)) {
+    case 1:
+      call.PutText(UpperCase(call.Text(0)));
+      break;
+    case 2:
+      call.PutText(tmw::LowerCase(call.Text(0)));
+      break;
+    case 3:
+      call.PutText(ProperCase(call.Text(0)));
+      break;
+    default:
+      Fail(kInvalidCall);
+  }
+}
+
 void Space(FunctionCall& call) {
   call.PutText(std::string(LengthAt(call, 0), ' '));
 }
@@ -238,6 +266,7 @@ constexpr FunctionEntry kFunctions[] = {
     {fn::kReverse, Strict<Reverse>},
     {fn::kRight, Strict<Right>},
     {fn::kSpace, Strict<Space>},
+    {fn::kStrConv, Strict<StrConv>},
     {fn::kString, Strict<Repeated>},
     {fn::kTrim, Strict<Trim>},
     {fn::kTrimLeft, Strict<TrimLeft>},

@@ -76,9 +76,7 @@ DatabaseValue ToCurrencyValue(const DatabaseValue& value, std::int32_t mismatch_
   const auto* const text = std::get_if<std::string>(&value);
   if (text != nullptr) {
     // Read digit by digit, because a double would lose some of them.
-    std::string digits = tmw::Trim(*text);
-    std::replace(digits.begin(), digits.end(), ',', '.');
-    if (const std::optional<std::int64_t> exact = tmw::ReadCurrency(digits))
+    if (const std::optional<std::int64_t> exact = tmw::ReadCurrency(PlainNumber(*text)))
       return ports::CurrencyValue{*exact};
   }
   std::int64_t amount = 0;

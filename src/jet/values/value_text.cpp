@@ -27,9 +27,17 @@ bool ReadDay(std::string_view text, tmw::DateParts& parts) {
     if (n.size() != 3) continue;
     const bool is_year_first = text.find(separator) == 4;
     const bool is_short = text.size() - text.rfind(separator) <= 3;
-    parts.year = is_year_first ? n[0] : FullYear(n[2], is_short);
-    parts.month = n[1];
-    parts.day = is_year_first ? n[2] : n[0];
+    if (is_year_first) {
+      parts.year = n[0];
+      parts.month = n[1];
+      parts.day = n[2];
+      return true;
+    }
+    // A month that cannot be one is the day.
+    const bool is_month_first = n[1] > 12 && n[0] <= 12;
+    parts.year = FullYear(n[2], is_short);
+    parts.month = n[is_month_first ? 0 : 1];
+    parts.day = n[is_month_first ? 1 : 0];
     return true;
   }
   return false;
@@ -59,6 +67,19 @@ struct TextOf {
     return std::nullopt;
   }
 };
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// The blank or the no-break space that stands there; empty for anything else.
+std::string_view BlankAt(std::string_view text, std::size_t position) {
+  const std::string_view rest = text.substr(position);
+  for (const std::string_view blank : {std::string_view(" "), std::string_view("\xC2\xA0")}) {
+    if (rest.starts_with(blank)) return blank;
+  }
+  return {};
+}
 
 std::int32_t HexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
@@ -105,9 +126,28 @@ std::optional<double> ParseDateText(std::string_view text) {
   return tmw::DateFromParts(parts);
 }
 
+std::string PlainNumber(std::string_view text) {
+  std::string number;
+  bool is_whole_part = true;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const std::string_view blank = BlankAt(text, i);
+    if (!blank.empty()) {
+      const bool is_between_digits = !number.empty() && IsDigit(number.back()) &&
+                                     i + blank.size() < text.size() &&
+                                     IsDigit(text[i + blank.size()]);
+      if (is_whole_part && is_between_digits) {
+        i += blank.size() - 1;
+        continue;
+      }
+    }
+    is_whole_part = is_whole_part && text[i] != ',' && text[i] != '.';
+    number += text[i] == ',' ? '.' : text[i];
+  }
+  return tmw::Trim(number);
+}
+
 std::optional<double> ParseNumberText(std::string_view text) {
-  std::string number = tmw::Trim(text);
-  std::replace(number.begin(), number.end(), ',', '.');
+  const std::string number = PlainNumber(text);
   std::size_t length = 0;
   const double value = tmw::ReadNumberPrefix(number, &length);
   if (number.empty() || length != number.size() || !std::isfinite(value)) return std::nullopt;

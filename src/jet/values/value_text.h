@@ -12,8 +12,13 @@ namespace jet {
 // Midnight is left out, as is the day 1899-12-30.
 std::string DateText(double days);
 
-// DD.MM.YYYY, D/M/YYYY or YYYY-MM-DD, H:MM[:SS], or both separated by blanks.
+// DD.MM.YYYY, D/M/YYYY (M/D/YYYY where that alone is a date) or YYYY-MM-DD, H:MM[:SS], or both
+// separated by blanks.
 std::optional<double> ParseDateText(std::string_view text);
+
+// A number's text with "." as its decimal separator and without the blanks and no-break spaces that
+// group the digits before it.
+std::string PlainNumber(std::string_view text);
 
 // The whole text must be a number; both "." and "," are decimal separators.
 std::optional<double> ParseNumberText(std::string_view text);

@@ -153,13 +153,17 @@ TEST(DateLiteral, IsReadMonthFirstUnlessItCannotBe) {
       {"1/2/2003 4:05:06 PM", "02.01.2003 16:05:06"},
       {"12:00 am", "30.12.1899"},
       {"12:30 pm", "12:30:00"},
+      {"1 jan 2005", "01.01.2005"},
+      {"December 31, 99 4:05", "31.12.1999 4:05:00"},
+      {"2-May-2005 1:00 pm", "02.05.2005 13:00:00"},
   };
   for (const auto& c : cases) {
     const auto days = jet::ParseDateLiteral(c.text);
     EXPECT_EQ(days ? jet::DateText(*days) : "", c.moment) << c.text;
   }
-  for (const char* const refused : {"", "13/13/2003", "2/30/2003", "1/2", "1/2/3/4", "25:00",
-                                    "13:00 pm", "1/2/2003 x", "4:05 1/2/2003", "1.2.2003"})
+  for (const char* const refused :
+       {"", "13/13/2003", "2/30/2003", "1/2", "1/2/3/4", "25:00", "13:00 pm", "1/2/2003 x",
+        "4:05 1/2/2003", "1.2.2003", "1 янв 2005", "31 feb 2005", "jan 2005", "1 2 jan"})
     EXPECT_FALSE(jet::ParseDateLiteral(refused)) << refused;
 }
 
