@@ -14,7 +14,7 @@ namespace {
 using sql::ReferenceAction;
 using tmw::Joined;
 
-// Makes the triggers of one relation.
+// Writes the triggers of one relation.
 class TriggerWriter {
  public:
   TriggerWriter(const Relation& relation, const TableInfo& table, const TableInfo& referenced)
@@ -72,7 +72,7 @@ class TriggerWriter {
     return (action == ReferenceAction::kSetNull ? Assignments(false) : cascade) + Related();
   }
 
-  // The referring fields follow the new key, or become Null.
+  // Sets the referring fields to the new key, or to Null.
   std::string Assignments(bool follow) const {
     std::vector<std::string> assignments;
     for (std::size_t i = 0; i < own_columns_.size(); ++i) {

@@ -9,8 +9,8 @@
 
 namespace jet {
 
-// A relation as the catalogue has it. The rules of an enforced one are triggers of the storage, so
-// that every way to change a row respects them.
+// A relation as the catalogue stores it. An enforced one is checked by triggers, so that it holds
+// however rows are changed.
 struct Relation {
   struct FieldPair {
     std::int64_t field = 0;  // of the referring table
@@ -22,7 +22,7 @@ struct Relation {
   std::int64_t table_id = 0;
   std::int64_t referenced_id = 0;
   std::int32_t attributes = 0;  // the port's
-  std::int64_t index_id = 0;    // made for it in the referring table; 0 when it is not enforced
+  std::int64_t index_id = 0;    // created for it in the referring table; 0 if not enforced
   std::vector<FieldPair> fields;
 
   bool IsEnforced() const { return (attributes & ports::kRelationDontEnforce) == 0; }
@@ -32,7 +32,7 @@ struct Relation {
 
 const FieldInfo& FieldById(const TableInfo& table, std::int64_t id);
 
-// The statements that make the triggers of a relation between the two tables, and that drop them.
+// Statements that create and drop the triggers of a relation between the two tables.
 std::string RelationTriggers(const Relation& relation, const TableInfo& table,
                              const TableInfo& referenced);
 std::string DropRelationTriggers(const Relation& relation);

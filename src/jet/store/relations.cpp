@@ -14,7 +14,7 @@ namespace {
 using sql::ReferenceAction;
 using tmw::Joined;
 
-// The fields of a relation that stand on one side of it.
+// Sorted ids of the fields that the relation refers to.
 std::vector<std::int64_t> ReferencedFields(const Relation& relation) {
   std::vector<std::int64_t> ids;
   for (const Relation::FieldPair& pair : relation.fields)
@@ -41,7 +41,7 @@ const IndexInfo* FindUnique(const TableInfo& table, const std::vector<std::int64
   return nullptr;
 }
 
-// The fields of both tables by their names, or the error of that number.
+// Fails with the error of that number if a table has no such field.
 std::vector<Relation::FieldPair> PairFields(const std::vector<ports::RelationFieldPair>& names,
                                             const TableInfo& table, const TableInfo& referenced,
                                             std::int32_t error_number) {
@@ -53,7 +53,7 @@ std::vector<Relation::FieldPair> PairFields(const std::vector<ports::RelationFie
   return pairs;
 }
 
-// The names that a constraint gives on both sides, the primary key's where it gives none.
+// The field names of a constraint. Without referenced fields, those of the primary key.
 std::vector<ports::RelationFieldPair> PairNames(const sql::Constraint& constraint,
                                                 const TableInfo& referenced) {
   std::vector<std::string> names = constraint.referenced_fields;
@@ -112,7 +112,7 @@ std::vector<Relation> LoadRelations(const std::shared_ptr<Connection>& storage) 
 
 std::string Relations::FreeName(const TableInfo& table, const TableInfo& referenced) {
   const std::vector<Relation> relations = LoadRelations(session_.SharedStorage());
-  // Two long names together are longer than a name may be.
+  // Two long names together exceed the length of a name.
   constexpr std::size_t kMostUnits = 60;
   const std::u16string units = tmw::Utf8ToUtf16(referenced.name + table.name);
   const std::string base = tmw::Trim(tmw::Utf16ToUtf8(units.substr(0, kMostUnits)));
@@ -200,7 +200,7 @@ void Relations::Add(Relation& relation, const TableInfo& table, const TableInfo&
   session_.Storage().Run(RelationTriggers(relation, table, referenced));
 }
 
-// The rows must obey already; the relation gets its index.
+// Checks the existing rows and creates the index of the relation.
 void Relations::Enforce(Relation& relation, const TableInfo& table, const TableInfo& referenced) {
   ports::IndexDefinition index;
   index.name = relation.name;

@@ -14,28 +14,28 @@ namespace jet {
 
 std::vector<Relation> LoadRelations(const std::shared_ptr<Connection>& storage);
 
-// The relations of one database's tables. Each change belongs inside of Session::Change.
+// The relations of one database. Changes must be made within Session::Change.
 class Relations {
  public:
   explicit Relations(Session& session) : session_(session) {}
 
-  // The constraint is a foreign key of the table. 3371: no such table to refer to; 3609: its fields
-  // have no unique index; 3368: the fields differ; 3201: a row refers to nothing; 3367: the name is
-  // taken.
+  // Adds a foreign key to the table. Fails with 3371 if there is no referenced table, 3609 if its
+  // fields have no unique index, 3368 if the types or numbers of fields differ, 3201 if a row
+  // refers to a missing one, 3367 if the name is taken.
   void Create(const TableInfo& table, const sql::Constraint& constraint);
 
-  // The port's calls, with its errors.
+  // The calls of the port, with its errors.
   std::vector<ports::RelationDefinition> List();
   void Create(const ports::RelationDefinition& definition);
   void Delete(const std::string& name);
 
-  // Drops the table's relation of that name with its index; false when there is none.
+  // Drops the relation of the table and its index; returns false if there is none of that name.
   bool Drop(const TableInfo& table, const std::string& name);
 
-  // Drops what the table refers to; 3281 when another table refers to it.
+  // Drops the foreign keys of the table; fails with 3281 if another table refers to it.
   void Release(const TableInfo& table);
 
-  // 3303 for a field and 3281 for an index that a relation needs.
+  // Fail with 3303 for a field and with 3281 for an index that a relation needs.
   void RefuseField(const FieldInfo& field);
   void RefuseIndex(const TableInfo& table, const IndexInfo& index);
 
