@@ -15,7 +15,7 @@ int COMPANION_CALL RARProcessFileW(ports::RarHandle handle, int operation, const
                                    const char16_t* name);
 void COMPANION_CALL RARSetCallback(ports::RarHandle handle, ports::RarCallback callback,
                                    std::intptr_t user_data);
-// Accepted and kept by nobody: no entry that needs a password can be read.
+// Accepted but ignored: no entry that needs a password can be read.
 void COMPANION_CALL RARSetPassword(ports::RarHandle handle, const char* password);
 int COMPANION_CALL RARGetDllVersion();
 int COMPANION_CALL RARCloseArchive(ports::RarHandle handle);

@@ -9,13 +9,13 @@
 #include <string>
 #include <vector>
 
-// What the companion library asks of the system. Paths are UTF-8. A failing call hands back the
+// What the companion library asks of the system. Paths are UTF-8. A failing call returns the
 // system's own error code.
 namespace companion::os {
 
 using ErrorCode = std::int32_t;
 
-// What the program reads after a failed call.
+// The error that the program queries after a failed call.
 void SetLastErrorCode(ErrorCode code);
 ErrorCode LastErrorCode();
 
@@ -23,12 +23,12 @@ ErrorCode LastErrorCode();
 ErrorCode DamagedDataCode();
 ErrorCode OutOfMemoryCode();
 
-// A regular file, for reading at any place. Devices, pipes and folders are not opened.
+// A regular file for random reading. Devices, pipes and folders are not opened.
 class ReadableFile {
  public:
   virtual ~ReadableFile() = default;
   virtual std::uint64_t Size() const = 0;
-  // The number of bytes read, less than asked at the end only; nothing on failure.
+  // Returns the number of bytes read, less than asked only at the end; nothing on failure.
   virtual std::optional<std::size_t> ReadAt(std::uint64_t offset, void* buffer,
                                             std::size_t length) = 0;
 };
@@ -48,24 +48,24 @@ class WritableFile {
   [[nodiscard]] virtual bool Write(const void* data, std::size_t length) = 0;
   [[nodiscard]] virtual bool WriteAt(std::uint64_t offset, const void* data,
                                      std::size_t length) = 0;
-  // What the system cannot take is left out. The last call before Close.
+  // Sets what the system supports. To be called last before Close.
   virtual void Apply(const Attributes& attributes) = 0;
-  // Brings everything to the disk itself.
+  // Flushes everything to the disk itself.
   [[nodiscard]] virtual bool Flush() = 0;
   [[nodiscard]] virtual bool Close() = 0;
 };
 
-// Creates root / parts..., with the folders between. The root is the caller's and may be reached
-// through links; beneath it no link is followed, an existing file (or link) is replaced by a new
-// file, never written through. Nothing on failure.
+// Creates the file root / parts... and the folders between. The root is trusted and may contain
+// links; below it no link is followed, and an existing file or link is replaced by a new file,
+// never written through. Returns null on failure.
 std::unique_ptr<WritableFile> CreateBeneath(const std::string& root,
                                             std::span<const std::string> parts);
 
-// Makes the folder root / parts... likewise; an existing one is fine.
+// Creates the folder root / parts... in the same way; an existing one is fine.
 [[nodiscard]] bool MakeFolderBeneath(const std::string& root, std::span<const std::string> parts,
                                      const Attributes& attributes);
 
-// A new file with a name of its own beside the given path: "<path>.<random>.tmp".
+// Creates a file with a new name beside the given path: "<path>.<random>.tmp".
 std::unique_ptr<WritableFile> CreateTemporaryBeside(const std::string& path, std::string& name);
 
 enum class Kind { kNone, kFile, kFolder, kOther };
@@ -81,8 +81,8 @@ struct Facts {
 // Follows links.
 Facts Examine(const std::string& path);
 
-// Names in a folder, sorted, without "." and ".."; links to folders are left out, so that a walk
-// ends.
+// The names in a folder, sorted, without "." and "..". Links to folders are left out, so that
+// walking a tree ends.
 std::vector<std::string> List(const std::string& folder);
 
 [[nodiscard]] bool Rename(const std::string& from, const std::string& to);
@@ -91,7 +91,7 @@ bool RemoveFolder(const std::string& path);
 void FlushFolderOf(const std::string& path);
 bool SetModified(const std::string& path, std::int64_t modified);
 
-// The part in front of the last separator, "." when there is none.
+// The part before the last separator, "." if there is none.
 std::string FolderOf(const std::string& path);
 char Separator();
 bool IsSeparator(char c);
@@ -99,7 +99,7 @@ bool IsAbsolute(const std::string& path);
 
 std::tm LocalTime(std::int64_t seconds);
 
-// Loads the library and calls its entry point (no parameters, result 0 for success); 0 or a code.
+// Loads the library and calls its entry point (no parameters, 0 for success). Returns 0 or a code.
 ErrorCode CallLibrary(const std::string& path, const char* entry_point);
 
 }  // namespace companion::os

@@ -22,7 +22,7 @@ std::unique_ptr<os::ReadableFile> OpenVolume(const std::string& path) {
   return os::OpenForReading(path, error);
 }
 
-// No exception crosses the interface.
+// No exception may cross the interface.
 template <typename Action>
 std::int32_t Guarded(Action action) noexcept {
   try {

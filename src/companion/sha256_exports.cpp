@@ -12,9 +12,9 @@
 namespace companion {
 namespace {
 
-constexpr std::size_t kBufferLength = 32U << 10U;  // stays in the nearest cache
+constexpr std::size_t kBufferLength = 32U << 10U;  // fits into the first-level cache
 
-// Hashes the first length bytes of the file; nothing, and the reason, when a read fails.
+// Hashes the first length bytes of the file; returns nothing and the reason if a read fails.
 std::optional<sha256::Digest> HashBeginning(os::ReadableFile& file, std::uint64_t length,
                                             os::ErrorCode& error) {
   sha256::Stream stream;
@@ -33,7 +33,7 @@ std::optional<sha256::Digest> HashBeginning(os::ReadableFile& file, std::uint64_
   return stream.Finish();
 }
 
-// The digest of a whole file; error is the system's code when there is none.
+// Hashes a whole file; returns nothing and the system's code if that fails.
 std::optional<sha256::Digest> HashFile(const std::string& path, os::ErrorCode& error) {
   const auto file = os::OpenForReading(path, error);
   if (!file) return std::nullopt;
@@ -54,7 +54,7 @@ bool CheckTrailer(const std::string& path, os::ErrorCode& error) {
   return facts && facts->content_length == content_length && facts->digest == *digest;
 }
 
-// Runs the action; a failure leaves its code as the last system error.
+// Runs the action; if it fails, its code becomes the last system error.
 template <typename Action>
 std::int32_t WithLastError(Action action) noexcept {
   os::ErrorCode error = 0;

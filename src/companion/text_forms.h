@@ -7,7 +7,7 @@
 
 #include "foundation/encodings.h"
 
-// The three text forms of the interface, to UTF-8 and back. A missing text is an empty one.
+// Converts the three text forms of the interface to UTF-8 and back. Null is an empty text.
 namespace companion {
 
 inline std::string FromAnsi(const char* text) {

@@ -13,7 +13,7 @@
 namespace companion {
 namespace {
 
-// The interface keeps its functions and options between calls.
+// What the interface keeps between calls.
 struct ZipState {
   bool initialised = false;
   ports::ZpFunctions functions{};
@@ -53,8 +53,8 @@ std::optional<std::int64_t> ParseDate(const std::string& text) {
   return std::mktime(&local);
 }
 
-// Nothing for options that cannot be honoured: encryption, repair, a level that is no digit, a date
-// that is none.
+// Returns nothing for options that are not supported: encryption, repair, a level that is no digit,
+// an invalid date.
 std::optional<zip::ZipSettings> Settings(const ports::ZpOptions& options) {
   if (options.Encrypt != 0 || options.Repair != 0) return std::nullopt;
   if (options.Level < '0' || options.Level > '9') return std::nullopt;

@@ -59,7 +59,7 @@ void PrintRows(ports::Database& database, const std::string& statement) {
   }
 }
 
-// The engine itself tells which statements give rows: SELECT … INTO, for one, gives none.
+// Only the engine knows which statements return rows: SELECT … INTO, for example, returns none.
 void RunStatement(ports::Database& database, const std::string& statement) {
   try {
     std::cout << Fill(texts::kRowCount, {std::to_string(database.Execute(statement, true))});
@@ -93,7 +93,7 @@ std::string ScriptOf(const Arguments& arguments) {
   return {std::istreambuf_iterator<char>(std::cin), {}};
 }
 
-// All statements or none: an error takes everything back.
+// Runs all statements or none: an error rolls everything back.
 int Run(const Arguments& arguments) {
   const std::string script = ScriptOf(arguments);
   const auto database = Open(arguments.Words()[0], false);

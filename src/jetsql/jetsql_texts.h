@@ -4,7 +4,7 @@
 
 #include "tools/command_line.h"
 
-// What jetsql prints. For Fill: %1 is a number.
+// What jetsql prints; %1 stands for the value that tools::Fill puts in.
 namespace jetsql::texts {
 
 inline constexpr const char* kHelpHead =

@@ -4,7 +4,7 @@
 
 namespace tmw {
 
-// The companion library's entry points, loaded at the first call. Raises when it cannot be loaded.
+// The companion library's entry points; the first call loads it. Raises if it cannot be loaded.
 const ports::EntryPoints& CompanionFunctions();
 
 }  // namespace tmw

@@ -8,7 +8,7 @@
 // What users read about packages, zip files and the companion library.
 namespace tmw::packages_texts {
 
-// The line above the system's text.
+// The line above the system's error text.
 inline std::string LibraryNotLoaded(const std::string& library) {
   return "Ошибка загрузки библиотеки " + Quoted(library) + ": ";
 }
@@ -20,7 +20,7 @@ inline std::string HashingFailed(const std::string& file) {
 inline constexpr const char* kNoLibrary = "Отсутствует UnTmz.dll.";
 inline constexpr const char* kPasswordPrompt = "Please Enter The Password!";
 inline constexpr const char* kCommentPrompt = "Enter the comment";
-// Its words for some results, which are deliberately not attached to errors.
+// The library's words for some results; deliberately not attached to errors.
 inline constexpr const char* kUnexpectedEnd = "Unexpected end of ZIP file";
 inline constexpr const char* kStructureError = "ZIP file structure error";
 inline constexpr const char* kNothingToDo = "Nothing to do for ZIP";

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* kModule = "RarArchive";
 
-// Entry names separate with either; for comparing and guarding it is "/".
+// Entry names may use either separator; they are compared and guarded with "/".
 std::string WithSlashes(std::string name) {
   std::replace(name.begin(), name.end(), '\\', '/');
   return name;
@@ -37,7 +37,7 @@ RarArchive::~RarArchive() {
   try {
     CloseHandle();
   } catch (const ProgramError&) {
-    // An object that goes has nobody left to report to.
+    // A destructor has nobody to report to.
   }
 }
 
@@ -156,7 +156,7 @@ void RarArchive::RaiseRarError(std::int32_t code) const try {
 
 namespace {
 
-// Opens the package, runs the action and closes; an error becomes its description.
+// Opens the package, runs the action and closes it; returns false and the description of an error.
 template <typename Action>
 bool TryWithPackage(const std::string& package, const std::string& password,
                     std::string& error_text, Action action) {
@@ -179,8 +179,8 @@ bool UnrarOneFile(const std::string& package, const std::string& entry_name,
                   const std::string& folder, const std::string& password, std::string& error_text) {
   return TryWithPackage(package, password, error_text, [&](RarArchive& archive) {
     archive.ExtractFile(entry_name, folder);
-    // The companion writes the name that the package spells. Where letter case counts, the caller
-    // would not find it.
+    // The companion uses the name as the package spells it. On a system where letter case counts,
+    // the caller would not find that file.
     if (WithSlashes(archive.CurrentName()) == WithSlashes(entry_name)) return;
     const std::string asked = JoinPath(folder, entry_name);
     const std::string asked_folder = SplitFileName(asked).Folder;

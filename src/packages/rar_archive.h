@@ -7,8 +7,8 @@
 
 namespace tmw {
 
-// A package, read through the companion library. Every failure is a ProgramError with the package's
-// name and a Russian sentence.
+// Reads a package through the companion library. Every failure is a ProgramError whose Russian
+// sentence names the package.
 class RarArchive {
  public:
   RarArchive() = default;
@@ -16,34 +16,34 @@ class RarArchive {
   RarArchive& operator=(const RarArchive&) = delete;
   ~RarArchive();
 
-  // Path given to the last OpenArchive; used in messages.
+  // The path given to the last OpenArchive, for messages.
   std::string ArchiveName;
 
   ports::RarHandle Handle() const { return handle_; }
 
-  // open_mode: 0 lists, 1 extracts.
+  // open_mode: 0 to list the entries, 1 to extract them.
   void OpenArchive(const std::string& archive_name, std::uint32_t open_mode);
 
-  // Kept for every archive that is opened.
+  // Used for this archive and every one that is opened later.
   void SetPassword(const std::string& password);
 
-  // False at the end of the archive. Sizes are the low 32 bits.
+  // Returns false at the end of the archive. The sizes are the low 32 bits of the real ones.
   bool ReadHeader(std::string& file_name, std::uint32_t& flags, std::uint32_t& packed_size,
                   std::uint32_t& unpacked_size);
 
-  // operation: 0 skips, 1 tests, 2 extracts the entry whose header was read last. An empty folder
-  // is the current one; an empty name is the entry's own. A name that the path guard refuses is
-  // never extracted (code 16), whatever library is loaded.
+  // Processes the entry whose header was read last; operation: 0 skips, 1 tests, 2 extracts it. An
+  // empty folder is the current one, an empty name the entry's own. An entry whose name the path
+  // guard refuses is never extracted (code 16), whatever library is loaded.
   void ProcessFile(std::int32_t operation, const std::string& folder, const std::string& name);
 
-  // Finds the entry without regard to letter case; CurrentName then gives the name it bears.
+  // Finds the entry ignoring letter case; CurrentName then returns the name as the package has it.
   void ExtractFile(const std::string& entry_name, const std::string& folder);
 
   void ExtractAllFiles(const std::string& folder);
 
   void CloseHandle();
 
-  // The entry whose header was read last.
+  // The name of the entry whose header was read last.
   const std::string& CurrentName() const { return current_name_; }
 
   [[noreturn]] void RaiseRarError(std::int32_t code) const;
@@ -57,8 +57,8 @@ class RarArchive {
   std::string current_name_;
 };
 
-// Extracts one named entry, which gets exactly the asked name on the disk, or all entries. False
-// and the error's description on any failure; what was written by then stays.
+// Extract one entry, which gets exactly the given name on the disk, or all entries. Return false
+// and the error's description on any failure; what has been written by then stays.
 [[nodiscard]] bool UnrarOneFile(const std::string& package, const std::string& entry_name,
                                 const std::string& folder, const std::string& password,
                                 std::string& error_text);

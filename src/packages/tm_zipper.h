@@ -6,9 +6,9 @@
 
 namespace tmw {
 
-// Collects files and options and packs them into a zip file through the companion library. The
-// option fields bear the names of the published option record and go into it one to one; flags are
-// 0 or 1 where nothing else is said.
+// Collects file names and options and makes a zip file through the companion library. The option
+// fields have the names of the published option record and are copied into it one to one; flags
+// are 0 or 1 unless stated otherwise.
 class TmZipper {
  public:
   TmZipper();
@@ -53,15 +53,15 @@ class TmZipper {
   void AddFileName(const std::string& path);
   const std::vector<std::string>& FileNames() const;
 
-  // The companion library's result code: 0 for success. Raises it only when RaiseErrorOnFail is
-  // set.
+  // Returns the companion library's result code, 0 for success. Raises an error for any other code
+  // if RaiseErrorOnFail is set.
   std::int32_t DoZipping();
 
  private:
   std::vector<std::string> file_names_;
 };
 
-// The text of a result code: empty for every code, the caller's own message stands alone.
+// The text of a result code: always empty, so that the caller's own message stands alone.
 std::string GetZipResultText(std::int32_t code);
 
 }  // namespace tmw

@@ -19,7 +19,7 @@ std::string ToAnsi(const std::string& text) {
   return Utf8ToCodePage(CodePage::k1251, text);
 }
 
-// Asks the user and puts the answer into the library's buffer; -1 if they decline.
+// Asks the user and puts the answer into the library's buffer; returns -1 if they cancel.
 int AskInto(char* buffer, std::size_t size, const char* prompt, bool is_secret) noexcept try {
   if (buffer == nullptr || size == 0) return -1;
   const auto answer =
@@ -31,7 +31,7 @@ int AskInto(char* buffer, std::size_t size, const char* prompt, bool is_secret) 
   buffer[length] = '\0';
   return 0;
 } catch (const std::exception&) {
-  return -1;  // no exception may pass through the library
+  return -1;  // no exception may cross the library
 }
 
 int COMPANION_CALL OnPrint(const char* /*text*/, std::uint32_t /*length*/) {
@@ -52,7 +52,7 @@ int COMPANION_CALL OnService(const char* /*name*/, std::uint32_t /*size*/) {
   return 0;
 }
 
-// The 8-bit texts must outlive the call that takes the record.
+// The record points to these 8-bit texts: they must outlive the call that takes it.
 struct AnsiTexts {
   std::string date;
   std::string root_folder;
@@ -91,7 +91,7 @@ ports::ZpOptions MakeOptions(const TmZipper& zipper, const AnsiTexts& texts) {
   options.Encryption = zipper.Encryption;
   options.Recurse = zipper.Recurse;
   options.Repair = zipper.Repair;
-  // A level outside the digits must not become one on its way through a character.
+  // A level that is no digit must not turn into one when it becomes a character.
   const bool is_digit = zipper.Level >= 0 && zipper.Level <= 9;
   options.Level = is_digit ? static_cast<char>('0' + zipper.Level) : '?';
   return options;

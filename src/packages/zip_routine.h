@@ -6,9 +6,8 @@ namespace tmw {
 
 class TmZipper;
 
-// Drives the companion library's zip interface with the zipper's files and options (module
-// mZipper). Without the library, or when it cannot be initialised, a box says so and the result is
-// not 0.
+// Runs the companion library's zip interface with the zipper's files and options (module mZipper).
+// If the library is missing or cannot be initialised, shows a message box and returns an error.
 std::int32_t RunZipRoutine(const TmZipper& zipper);
 
 }  // namespace tmw

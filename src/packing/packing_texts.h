@@ -7,7 +7,7 @@
 // What is reported when a package cannot be made.
 namespace packing::texts {
 
-// The line above the system's text.
+// The line above the system's error text.
 inline std::string OpeningFailed(const std::string& path) {
   return "Ошибка открытия файла " + tmw::Quoted(path) + ": ";
 }

@@ -43,7 +43,7 @@ std::uint32_t Attributes(const EntryHeader& entry) {
   return entry.is_folder ? 0x10 : 0x20;
 }
 
-// Local time in steps of two seconds, as that format has it.
+// MS-DOS format: local time in steps of two seconds.
 std::uint32_t DosTime(std::int64_t modified) {
   const auto time = static_cast<std::time_t>(modified);
   const std::tm* const local = std::localtime(&time);
@@ -56,8 +56,8 @@ std::uint32_t DosTime(std::int64_t modified) {
          bits(std::min(local->tm_sec, 59) / 2, 0);
 }
 
-// The coded UTF-16 behind the code-page name. A writer may use two of the four kinds of units:
-// with the commonest high byte, and with both bytes.
+// The encoded UTF-16 name that follows the code-page name. Of the four kinds of units, three
+// suffice: the low byte alone, with the most common high byte, or with both bytes.
 std::string CodeUnits(std::u16string_view units) {
   std::array<std::size_t, 256> counts{};
   for (const char16_t unit : units) {
@@ -100,7 +100,7 @@ std::string MakeRar4Entry(const EntryHeader& entry) {
   Put<std::uint8_t>(fields, entry.unix_mode ? 3 : 2);
   Put(fields, entry.crc);
   Put(fields, DosTime(entry.modified));
-  Put<std::uint8_t>(fields, 20);    // the version that unpacks it
+  Put<std::uint8_t>(fields, 20);    // the version needed to unpack it
   Put<std::uint8_t>(fields, 0x30);  // stored
   Put(fields, static_cast<std::uint16_t>(name.size()));
   Put(fields, Attributes(entry));
@@ -119,7 +119,7 @@ std::string MakeRar5Entry(const EntryHeader& entry) {
   fields += MakeVint(0);  // stored
   fields += MakeVint(entry.unix_mode ? 1 : 0);
   fields += MakeVint(entry.name.size()) + entry.name;
-  // An entry always has a data size: readers stumble over folders without one.
+  // Folders have a data size too: some readers fail without it.
   return MakeRar5Block(2, 0, fields, {}, entry.size);
 }
 

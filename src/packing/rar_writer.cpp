@@ -23,7 +23,7 @@ void Require(const ports::Status& status, const std::string& path) {
   if (!status) tmw::RaiseApiErrorWithMessage(texts::WritingFailed(path), status.code);
 }
 
-// Hands the file's bytes over piece by piece.
+// Passes the file's bytes to take, piece by piece.
 void ForEachPiece(const std::string& path, const std::function<void()>& on_piece,
                   const std::function<void(std::string_view)>& take) {
   const std::unique_ptr<ports::File> file = Open(path, ports::FileMode::kRead);
@@ -61,8 +61,8 @@ StoredRarWriter::StoredRarWriter(const std::string& package, RarFormat format,
   tmw::ReRaiseError(kModule, "StoredRarWriter");
 }
 
-// The header in front of the data names its checksum, so the source is read twice; a file that
-// changes in between is refused.
+// The header precedes the data but contains its checksum, so the source is read twice. A file that
+// changes in between is an error.
 PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::string& source,
                                     const std::function<void()>& on_piece) try {
   EntryHeader header = HeaderOf(facts);

@@ -23,7 +23,7 @@
 namespace publish {
 namespace {
 
-// The updater breaks a transfer off that brings more.
+// The updater aborts a transfer that exceeds this.
 std::int64_t MostBytes(std::int64_t announced) {
   return announced * 2 + (std::int64_t{1} << 20);
 }
@@ -34,7 +34,7 @@ bool IsIntact(IntegrityCheck check, const std::string& file) {
   return check(tmw::Utf8ToCodePage(tmw::CodePage::k1251, file).c_str()) != 0;
 }
 
-// Reads one release of a source.
+// Checks one release of a source.
 class Checker {
  public:
   Checker(ReleaseSource& source, std::string folder, const std::string& scratch)
@@ -69,7 +69,7 @@ class Checker {
     if (!IsHash(file.hash)) faults.Add(place, texts::kNoHash);
     const bool has_names = tmw::CheckRelativeName(file.server_name).IsAccepted() &&
                            tmw::CheckFileName(file.name).IsAccepted();
-    if (!has_names) return;  // told with the whole list
+    if (!has_names) return;  // CheckManifest reports them
     const auto fetched = FetchSized(file.server_name, file.server_length, place, faults);
     if (fetched == nullptr) return;
     const bool has_integrity = method == kIntegrity;
@@ -99,7 +99,7 @@ class Checker {
     if (HashOfFile(*unpacked) != hash) faults.Add(table.name, texts::kNotJustText);
   }
 
-  // Leaves the package's files in the scratch folder; false when there are none to look at.
+  // Extracts the package into the scratch folder; returns false if there is nothing to look at.
   bool CheckPackage(const PackageRecord& package, const std::string& scratch, Faults& faults) {
     if (!faults.Require(tmw::CheckFileName(package.server_name), package.server_name)) return false;
     const auto fetched =
@@ -145,11 +145,11 @@ class Checker {
   }
 
   ReleaseSource& source_;
-  std::string folder_;  // of the release, "/" at its end; or empty
+  std::string folder_;  // of the release, with a "/" at the end; empty for the source's root
   const std::string& scratch_;
 };
 
-// Of a whole server.
+// Checks everything that a server offers.
 class ServerCheck {
  public:
   ServerCheck(ReleaseSource& source, const std::string& scratch, tools::Progress& progress,
@@ -250,7 +250,7 @@ class ServerCheck {
 
 CheckedRelease CheckRelease(const std::string& place, const std::string& oldest_database,
                             tools::Progress& progress, Faults& faults) {
-  tmw::CompanionFunctions();  // loaded before there are several threads
+  tmw::CompanionFunctions();  // loads the library before other threads start
   const ScratchFolder scratch;
   const auto source = OpenReleaseSource(place, scratch.Path());
   return ServerCheck(*source, scratch.Path(), progress, faults).Run(oldest_database);
@@ -261,7 +261,7 @@ bool LoadManifest(const std::string& place, Manifest& manifest, Faults& faults) 
   const auto source = OpenReleaseSource(place, scratch.Path());
   std::string reason;
   std::string folder;
-  // A server's folder or address announces a release, a release's own folder has the manifest.
+  // A server's root announces a release in its digest; a release's own folder has none.
   if (const auto digest =
           source->Fetch(std::string(tmw::names::kDigestFile), kMaxSmallFile, reason)) {
     const Digest announced = ReadDigest(tmw::ReadFileToString(digest->Path()), faults);

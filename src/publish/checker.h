@@ -12,20 +12,20 @@
 namespace publish {
 
 struct CheckedRelease {
-  std::string version;  // empty when the digest does not tell
+  std::string version;  // empty if the digest has none
   std::size_t files = 0;
   std::size_t tables = 0;
   std::int64_t volume = 0;  // bytes a first installation downloads
 };
 
 // Reads the release that a server announces as the updater will: digest, server list, manifest,
-// then every component, which is unpacked and verified. The faults are all that there are, in the
-// order of the manifest. oldest_database: see CheckChain.
+// then every component, which is unpacked and verified. Reports all faults, in the order of the
+// manifest. For oldest_database see CheckChain.
 CheckedRelease CheckRelease(const std::string& place, const std::string& oldest_database,
                             tools::Progress& progress, Faults& faults);
 
-// The manifest of a release: place is its folder, or the server that announces it. False when there
-// is none to be read, which is a fault.
+// Reads the manifest of a release; place is the release's folder or the server that announces it.
+// Returns false if there is no readable manifest, which is a fault.
 bool LoadManifest(const std::string& place, Manifest& manifest, Faults& faults);
 
 }  // namespace publish

@@ -19,7 +19,8 @@ using tools::Arguments;
 using tools::Fill;
 using tools::Json;
 
-// Prints the object, or the faults and the words; the exit code follows from the faults.
+// Prints the answer with the faults as JSON, or the faults and the words. Returns the exit code,
+// which depends on whether there are faults.
 int Answer(const Arguments& arguments, Json answer, const Faults& faults,
            const std::string& words) {
   if (arguments.Has(tools::kJsonOption)) {
@@ -86,7 +87,7 @@ int RunCheck(const Arguments& arguments) {
   return Answer(arguments, answer, faults, faults.IsEmpty() ? words : "");
 }
 
-// For people and for machines.
+// The same word for people and for machines.
 const char* NameOf(DownloadKind kind) {
   if (kind == DownloadKind::kFile) return "file";
   return kind == DownloadKind::kDictionary ? "dictionary" : "package";

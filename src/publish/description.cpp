@@ -61,7 +61,7 @@ class Reader {
     faults_.Add(place, what);
   }
 
-  // A misspelt name would be passed over in silence.
+  // Otherwise a misspelt name would be ignored silently.
   void ExpectAttributes(const XmlNode& node, Names names) {
     for (const ports::XmlAttribute& attribute : node.attributes) {
       if (!Has(names, attribute.name)) Blame(node, attribute.name, texts::kUnknownAttribute);
@@ -106,7 +106,7 @@ class Reader {
       parts.hour = 12;
       days = tmw::DateFromParts(parts);
     }
-    // Packages hold no earlier date in the older format.
+    // RAR 4 cannot store an earlier date.
     if (!days || parts.year < 1980 || parts.year > 2100) {
       Blame(root, "Date", texts::kNoDate);
       return;

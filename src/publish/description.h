@@ -11,32 +11,32 @@
 // The description of a release, an XML file written by hand; docs/publishing.md explains it.
 namespace publish {
 
-// A folder of the product and where the updater puts what lies in it and below.
+// A folder of the product and where the updater installs its files and subfolders.
 struct FolderRule {
-  std::string source;  // relative to the product's folder, "/" separates; empty: all of it
-  std::string target;  // with constants
+  std::string source;  // relative to the product's folder, "/" between parts; empty for all of it
+  std::string target;  // may contain constants, "{p}tm"
 };
 
-// What is special about the files that a mask matches. Later rules override earlier ones.
+// Settings for the files that match a mask. Later rules override earlier ones.
 struct FileRule {
   std::string mask;
   bool is_skipped = false;
   std::optional<bool> is_com;
   std::optional<bool> is_executable;
   std::optional<std::int32_t> pack_method;
-  std::string package;  // ready-made, relative to the description's folder
+  std::string package;  // a ready-made package, relative to the description's folder
 };
 
 enum class TableKind { kDictionary, kUser, kSkipped };
 
-// What the tables are that a mask matches. Later rules override earlier ones.
+// The kind of the tables that match a mask. Later rules override earlier ones.
 struct TableRule {
   TableKind kind = TableKind::kSkipped;
   std::string mask;
 };
 
 struct Description {
-  std::string folder;  // where it lies
+  std::string folder;  // that contains the description
   std::string version;
   std::string version_id;
   std::int64_t date = 0;  // noon of the release's day, seconds since 1970
@@ -47,14 +47,15 @@ struct Description {
   std::vector<FolderRule> folders;
   std::vector<FileRule> files;
   std::vector<TableRule> tables;
-  std::string oldest_database;  // the oldest version that scripts must lead on from; may be empty
+  std::string oldest_database;  // the oldest version that scripts must update; may be empty
 };
 
-// What is wrong is a fault, and the rest is read all the same. False when there is nothing to read.
+// Reads a description. Everything wrong is a fault, but the rest is read too. Returns false if the
+// file cannot be read at all.
 [[nodiscard]] bool ReadDescription(const std::string& file, Description& description,
                                    Faults& faults);
 
-// A mask that may well match nothing, as against a name.
+// Returns whether the mask has wildcards. Other than a name, such a mask may match nothing.
 inline bool IsPattern(const std::string& mask) {
   return mask.find_first_of("*?") != std::string::npos;
 }

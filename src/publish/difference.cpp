@@ -40,7 +40,7 @@ Difference Compare(const Manifest& old_release, const Manifest& new_release) {
     if (!is_new && old_table->second == table.hash) continue;
     add({DownloadKind::kDictionary, table.name, table.server_length, is_new});
   }
-  if (!result.downloads.empty()) {  // else the updater finds nothing to do
+  if (!result.downloads.empty()) {  // otherwise the updater finds nothing to do
     for (const PackageRecord& package : {new_release.scripts, new_release.structures})
       add({DownloadKind::kPackage, package.server_name, package.length, false});
   }

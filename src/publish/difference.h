@@ -15,19 +15,19 @@ struct Download {
   DownloadKind kind = DownloadKind::kFile;
   std::string name;
   std::int64_t bytes = 0;
-  bool is_new = false;  // the old release has nothing in its place
+  bool is_new = false;  // the old release has nothing there
 };
 
 struct Difference {
   std::string old_version;
   std::string new_version;
-  std::vector<Download> downloads;     // in the order of the updater
-  std::vector<std::string> left_over;  // files of the old release only; the updater leaves them
+  std::vector<Download> downloads;     // in the updater's order
+  std::vector<std::string> left_over;  // files of the old release only, which the updater leaves
   std::int64_t volume = 0;             // bytes, as the updater announces them
-  std::int64_t client_volume = 0;      // on a client installation: program files only
+  std::int64_t client_volume = 0;      // the same for a client installation: program files only
 };
 
-// For a user whose installation is the old release, unchanged.
+// What changes for a user whose installation is the unmodified old release.
 Difference Compare(const Manifest& old_release, const Manifest& new_release);
 
 }  // namespace publish

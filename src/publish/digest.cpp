@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::string_view kUpdaterLine = "updater:";
 
-// The updater splits at CR LF; any other line end would stay in a line.
+// The updater splits at CR LF; any other line end would become part of a line.
 std::vector<std::string> LinesOf(const std::string& text, const std::string& place,
                                  Faults& faults) {
   std::vector<std::string> lines = tmw::Split(text, tmw::kCrLf);
@@ -95,7 +95,7 @@ void CheckUpdater(const std::string& needed_updater, const std::vector<std::stri
                   const std::string& place, Faults& faults) {
   std::int32_t numbers[4] = {};
   std::int32_t count = 0;
-  // The second number decides who replaces himself, whatever the first is.
+  // Only the second number decides whether an updater replaces itself.
   const bool is_read = tmw::ParseVersionString(needed_updater, numbers[0], numbers[1], numbers[2],
                                                numbers[3], count);
   if (is_read && numbers[1] > 0 && files.empty())

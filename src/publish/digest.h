@@ -6,7 +6,7 @@
 
 #include "publish/faults.h"
 
-// The two text files in the root of a server. Lines end with CR LF.
+// The two text files in the root of a server: digest and list of servers. Lines end with CR LF.
 namespace publish {
 
 // A file of the updater itself.
@@ -17,26 +17,26 @@ struct UpdaterFile {
 };
 
 struct Digest {
-  std::string version;         // empty when it could not be read
-  std::string needed_updater;  // older ones replace themselves by the files
+  std::string version;         // empty if it could not be read
+  std::string needed_updater;  // older updaters replace themselves with the files first
   std::vector<UpdaterFile> files;
 };
 
 std::string WriteDigest(const Digest& digest);
 
-// The text of the digest's file; whatever the updater would refuse or misread is a fault.
+// Parses the text of the digest's file; whatever the updater would refuse or misread is a fault.
 Digest ReadDigest(const std::string& text, Faults& faults);
 
-// Whether updaters can replace themselves by these files; names may have folders.
+// Checks that updaters can replace themselves with these files; the names may include folders.
 void CheckUpdater(const std::string& needed_updater, const std::vector<std::string>& files,
                   const std::string& place, Faults& faults);
 
 void CheckServerList(const std::string& text, Faults& faults);
 
-// Exactly count decimal numbers with "." between them.
+// Returns whether the text is exactly `count` decimal numbers with "." between them.
 bool IsVersion(const std::string& text, int count);
 
-// A hash as the manifest and the digest have it: 64 digits, letters lower-case.
+// Returns whether the text is a hash as in manifest and digest: 64 lower-case hexadecimal digits.
 bool IsHash(const std::string& text);
 
 }  // namespace publish

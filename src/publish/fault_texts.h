@@ -1,10 +1,10 @@
 #pragma once
 
-// What tmpublish finds wrong, whole sentences, and why it fails. For Fill: %1 and the like are
-// names and numbers.
+// The faults that tmpublish finds, and the errors that end a run; %1 to %9 stand for the values
+// that tools::Fill puts in.
 namespace publish::texts {
 
-// Places that are no file and no table.
+// Where a fault was found, if not in a file or table.
 inline constexpr const char* kInDescription = "description";
 inline constexpr const char* kInDigest = "digest";
 inline constexpr const char* kInManifest = "manifest";
@@ -25,7 +25,7 @@ inline constexpr const char* kTooLong =
 inline constexpr const char* kNotAFile = "Neither a file nor a folder.";
 inline constexpr const char* kLinkLeadsBack = "A link to a folder that contains it.";
 
-// The description; the place ends with the attribute or element that is meant.
+// The description. The place, which precedes the text, ends with the attribute or element.
 inline constexpr const char* kUnknownAttribute = "is no attribute of this.";
 inline constexpr const char* kUnknownElement = "is not known here.";
 inline constexpr const char* kMissing = "is missing.";
@@ -139,8 +139,8 @@ inline constexpr const char* kOtherTable = "It is the text of the table %1.";
 inline constexpr const char* kCarriesRows = "It carries rows.";
 inline constexpr const char* kCarriesNoRows = "It carries no rows.";
 
-// Why a run fails. Paths stand in quotes; what ends with a blank is the line above the system's
-// text.
+// Errors that end a run; paths come in quotes. A text that ends with a blank is the line above the
+// system's error text.
 inline constexpr const char* kNoXmlComponent = "No XML component: %1";
 inline constexpr const char* kNoFolder = "No folder %1.";
 inline constexpr const char* kNoFile = "No file %1.";
@@ -154,7 +154,7 @@ inline constexpr const char* kCannotRemoveFolder = "Cannot remove the folder %1:
 inline constexpr const char* kCannotCreateFolder = "Cannot create the folder %1: ";
 inline constexpr const char* kCannotLock = "Cannot lock %1: ";
 
-// Steps of a run, before their percentage.
+// Steps of a run, as the progress line names them.
 inline constexpr const char* kTables = "tables";
 inline constexpr const char* kFiles = "files";
 inline constexpr const char* kComponents = "components";

@@ -13,23 +13,23 @@
 
 namespace publish {
 
-// Something that the updater or its user would stumble over.
+// Something that would fail or go wrong for the updater or its user.
 struct Fault {
   std::string place;  // a file, a table, a line of the digest …
-  std::string text;   // a whole sentence
+  std::string text;   // a complete sentence
 };
 
-// All faults found, in the order of finding.
+// All faults, in the order in which they were found.
 class Faults {
  public:
   void Add(std::string place, std::string text) {
     faults_.push_back({std::move(place), std::move(text)});
   }
-  // The text is filled with the values.
+  // Fills the values into the text.
   void Add(std::string place, std::string_view text, const std::vector<std::string>& values) {
     Add(std::move(place), tools::Fill(text, values));
   }
-  // Adds the guard's reason if it refuses a name; returns false then.
+  // If the path guard refuses a name, adds its reason and returns false.
   bool Require(const tmw::GuardVerdict& verdict, const std::string& place) {
     if (!verdict.IsAccepted()) Add(place, texts::kRefused, {verdict.message});
     return verdict.IsAccepted();
@@ -45,10 +45,10 @@ class Faults {
   std::vector<Fault> faults_;
 };
 
-// Raises the text as a ProgramError; the name takes its place in quotes.
+// Raises the text as a ProgramError, with the name in quotes filled in.
 [[noreturn]] void Raise(const char* text, const std::string& name);
 
-// Reads an XML file; null if it cannot be read, which is a fault.
+// Reads an XML file. Returns null if it cannot be read, which is a fault.
 std::unique_ptr<tmw::XmlDocument> OpenXml(const std::string& file, const std::string& place,
                                           Faults& faults);
 

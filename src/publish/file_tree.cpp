@@ -24,7 +24,7 @@ namespace {
 using ports::FileKind;
 
 constexpr int kScratchAttempts = 1000;
-constexpr int kMostLinks = 40;  // in one path
+constexpr int kMostLinks = 40;  // followed in one path
 
 ports::FileSystem& Files() {
   return *ports::CurrentPorts().files;
@@ -40,7 +40,7 @@ std::vector<ports::FolderEntry> List(const std::string& folder) {
   return std::move(listed.value);
 }
 
-// The path without links, as far as the system tells.
+// The path with all links resolved, as far as the system can.
 std::string RealPath(std::string path) {
   int links = 0;
   std::size_t end = 0;
@@ -58,7 +58,7 @@ std::string RealPath(std::string path) {
 
 class TreeLister {
  public:
-  // Both name the folder; the second has no links in it.
+  // Lists a folder; real is the same folder without links.
   void Add(const std::string& folder, const std::string& real, const std::string& prefix) {
     above_.push_back(real);
     for (const ports::FolderEntry& entry : List(folder)) {
@@ -89,7 +89,7 @@ class TreeLister {
     }
   }
 
-  std::vector<std::string> above_;  // the folders on the way here, without links
+  std::vector<std::string> above_;  // the current folder and those that contain it, without links
   std::vector<TreeEntry> files_;
 };
 
@@ -122,7 +122,7 @@ void RemoveTree(const std::string& folder) {
   if (!tmw::IsFolderExists(folder)) return;
   for (const ports::FolderEntry& entry : List(folder)) {
     const std::string path = tmw::JoinPath(folder, entry.name);
-    // A link to a folder goes as a file does; what it leads to stays.
+    // A link to a folder is removed like a file; its target stays.
     const ports::Status removed = Files().RemoveFile(path);
     if (removed) continue;
     if (entry.kind != FileKind::kFolder) Require(removed, texts::kCannotRemove, path);
@@ -203,7 +203,7 @@ ScratchFolder::~ScratchFolder() {
   try {
     RemoveTree(path_);
   } catch (const std::exception&) {
-    // What cannot be removed stays in the folder for temporary files.
+    // What cannot be removed is left in the folder for temporary files.
   }
 }
 

@@ -12,42 +12,41 @@ namespace publish {
 
 struct TreeEntry {
   std::string path;   // relative to the listed folder, "/" between the parts
-  std::string fault;  // a whole sentence; empty: a file
+  std::string fault;  // a complete sentence; empty for a regular file
 };
 
-// What lies below a folder apart from folders, in byte order. Links are followed, but not one to a
-// folder that contains it.
+// Everything below a folder except folders, in byte order. Links are followed, except to a folder
+// that contains the link.
 std::vector<TreeEntry> ListTree(const std::string& folder);
 
-// Whether a path is the folder or lies below it; both are absolute, and words alone are compared.
+// Returns whether a path is the folder or below it. Both are absolute; only the texts are compared.
 bool IsWithin(const std::string& path, const std::string& folder);
 
-// A missing folder counts as removed.
+// Removes a folder with everything in it; a missing one counts as removed.
 void RemoveTree(const std::string& folder);
 
-// Puts the bytes into a file, whole and on the disk, or raises. The folder is there.
+// Writes a file and flushes it to the disk. The folder must exist.
 void WriteWholeFile(const std::string& path, std::string_view bytes);
 
-// The same for a file that others may be reading: at any moment there is the old content or the
-// new.
+// The same for a file that others may be reading: it always has the old content or the new one.
 void ReplaceFile(const std::string& path, std::string_view bytes);
 
-// Files piece by piece; the path is for the error. 0 bytes are the end. A written file is closed,
-// so that no failure goes unseen.
+// Files piece by piece; the path is for error messages. 0 bytes read mean the end. A written file
+// has to be closed, so that no failure is missed.
 std::unique_ptr<ports::File> OpenToRead(const std::string& path);
 std::size_t ReadPiece(ports::File& file, char* buffer, std::size_t length, const std::string& path);
 std::unique_ptr<ports::File> OpenToWrite(const std::string& path);
 void WritePiece(ports::File& file, std::string_view bytes, const std::string& path);
 void CloseWritten(ports::File& file, const std::string& path);
 
-// SHA-256 as text, read piece by piece.
+// SHA-256 as text.
 std::string HashOfFile(const std::string& path);
 std::string HashOfBytes(std::string_view bytes);
 
-// A folder for files of one run; it goes with the object.
+// A folder for temporary files; the destructor removes it.
 class ScratchFolder {
  public:
-  // In the given folder, or in the user's folder for temporary files.
+  // Created in the given folder, or in the user's folder for temporary files.
   explicit ScratchFolder(const std::string& parent = {});
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;

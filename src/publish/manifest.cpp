@@ -16,7 +16,7 @@ using tmw::XmlNode;
 
 constexpr const char* kRoot = "KSUpdateManifest";
 
-// White space other than blanks would be read back as blanks.
+// White space other than blanks is escaped, too: it would be read back as blanks.
 std::string Escaped(std::string_view value) {
   std::string text;
   for (const char c : value) {
@@ -147,7 +147,7 @@ class Reader {
     }
   }
 
-  // The updater takes the first of several, which nobody can have meant.
+  // The updater would take the first of several, which cannot be intended.
   const XmlNode* Only(const XmlNode& root, const char* element) {
     const auto nodes = tmw::XmlGetChildElements(root, element);
     if (nodes.size() != 1) {

@@ -6,13 +6,13 @@
 
 #include "publish/faults.h"
 
-// The manifest of a release: an XML document of a few megabytes at most, packed.
+// The manifest of a release: a packed XML document of at most a few megabytes.
 namespace publish {
 
-// How a file lies on the server.
+// How a file is stored on the server.
 enum PackMethod : std::int32_t {
   kPlain = 1,      // verified by length and hash
-  kIntegrity = 2,  // file and package carry integrity data besides
+  kIntegrity = 2,  // file and package also end with integrity data
   kText = 3,       // UTF-16 text, verified by the hash of the text
 };
 
@@ -20,7 +20,7 @@ enum PackMethod : std::int32_t {
 struct FileRecord {
   std::string folder;              // with constants, "{p}tm"
   std::string name;                // as installed
-  std::string server_name;         // in the release's folder; "/" separates
+  std::string server_name;         // in the release's folder, "/" between parts
   std::int64_t length = 0;         // installed, bytes
   std::int64_t server_length = 0;  // on the server, bytes
   std::int32_t pack_method = kPlain;
@@ -31,7 +31,7 @@ struct FileRecord {
 // One table of the database.
 struct TableRecord {
   std::string name;
-  bool is_user = false;  // content is the user's own; the fields below are for dictionaries
+  bool is_user = false;  // the content is the user's; the fields below are for dictionaries
   std::int64_t server_length = 0;
   std::string hash;  // of the table's text
 };
@@ -53,25 +53,26 @@ struct Manifest {
   PackageRecord structures;
 };
 
-// UTF-8. Files of one folder that follow each other share one element.
+// The document, in UTF-8. Consecutive files of one folder share one element.
 std::string WriteManifest(const Manifest& manifest);
 
-// Reads the extracted document. What cannot be read is a fault and left out; the rest is there.
-// False when it is no manifest at all, which is a fault too.
+// Reads the extracted document. What cannot be read is a fault and left out of the result. Returns
+// false if the file is no manifest at all, which is a fault too.
 [[nodiscard]] bool ReadManifest(const std::string& file, Manifest& manifest, Faults& faults);
 
-// What can be said of the lists alone and the updater would stumble over: names that its path guard
-// refuses or that no address can hold, a place or a server name taken twice, different contents
-// under one name, tables that may not be carried, more bytes than it can count.
+// Checks what the lists alone show: names that the updater's path guard refuses or that no address
+// can contain, places and server names that are used twice, different contents under one name,
+// tables that must not be published, more bytes than the updater can count.
 void CheckManifest(const Manifest& manifest, Faults& faults);
 
-// On the server a table lies under its own name, whatever the manifest says of its file.
+// The file of a table on the server: the updater derives it from the table's name and ignores what
+// the manifest says.
 std::string TablePackage(const std::string& table);
 
-// The key of a program file: where it is installed, without regard to letter case.
+// Identifies a program file by where it is installed, ignoring letter case.
 std::string InstalledPlace(const FileRecord& file);
 
-// What a first installation, or one where everything has changed, downloads. Bytes.
+// The bytes that a first installation, or one where everything has changed, downloads.
 std::int64_t WholeVolume(const Manifest& manifest);
 
 }  // namespace publish

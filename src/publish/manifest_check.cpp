@@ -14,7 +14,7 @@
 namespace publish {
 namespace {
 
-// The folder as the updater expands it, on a machine whose product lies in that root.
+// The folder as the updater expands it, on a machine with the product in kSomeRoot.
 constexpr const char* kSomeRoot = "C:\\Tamrin";
 
 std::optional<std::string> Expand(const std::string& folder) {
@@ -78,7 +78,7 @@ void CheckServerNames(const Manifest& manifest, Faults& faults) {
   };
   for (const FileRecord& file : manifest.files)
     check(file.server_name, file.folder + " " + file.name);
-  // A user's table lies in the package of structures, not under its own name.
+  // A user table has no file of its own on the server; it is in the package of structures.
   for (const TableRecord& table : manifest.tables) {
     if (!table.is_user) check(table.name, table.name);
   }

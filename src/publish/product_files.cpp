@@ -14,13 +14,13 @@
 namespace publish {
 namespace {
 
-// A mask with a folder is matched with the whole path, one without with the name alone.
+// A mask with a folder is compared with the whole path, one without only with the file's name.
 bool Matches(const std::string& path, const std::string& mask) {
   const bool has_folder = mask.find('/') != std::string::npos;
   return tmw::MatchesMask(has_folder ? path : tmw::SplitFileName(path).FileName(), mask);
 }
 
-// The folder rule that lies nearest above a file.
+// The rule of the innermost folder that contains the file, null if none does.
 const FolderRule* FolderOf(const std::string& path, const std::vector<FolderRule>& rules) {
   const FolderRule* nearest = nullptr;
   for (const FolderRule& rule : rules) {
@@ -33,7 +33,7 @@ const FolderRule* FolderOf(const std::string& path, const std::vector<FolderRule
   return nearest;
 }
 
-// The target with what lies between the rule's folder and the file.
+// The rule's target plus the folders between the rule's folder and the file.
 std::string TargetOf(const std::string& path, const FolderRule& rule) {
   std::string below = path.substr(rule.source.empty() ? 0 : rule.source.size() + 1);
   const std::size_t end = below.rfind('/');
@@ -42,7 +42,7 @@ std::string TargetOf(const std::string& path, const FolderRule& rule) {
   const bool has_separator =
       rule.target.ends_with('}') || rule.target.ends_with('\\') || rule.target.ends_with('/');
   std::replace(below.begin(), below.end(), '/', '\\');
-  // Braces that are meant as such.
+  // Literal braces are escaped.
   if (below.find('{') != std::string::npos) below = "{{" + below + "}}";
   return rule.target + (has_separator ? "" : "\\") + below;
 }

@@ -9,14 +9,13 @@
 
 namespace publish {
 
-// A file of the product and what becomes of it. The record's lengths and hash are filled in by
-// packing.
+// A file of the product and how it is published. Packing fills in the record's lengths and hash.
 struct ProductFile {
-  std::string path;    // relative to the product's folder, "/" separates
+  std::string path;    // relative to the product's folder, "/" between parts
   std::string source;  // the file itself
   FileRecord record;
   bool is_executable = false;
-  std::string ready_package;  // the file of a ready-made package; empty: packed here
+  std::string ready_package;  // a ready-made package; empty if the file is to be packed
 };
 
 // The files of the product's folder that the description does not skip, in the order of the
@@ -24,8 +23,8 @@ struct ProductFile {
 std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
                                              const Description& description, Faults& faults);
 
-// A name for the server made of a relative path: letters, digits and a few signs of ASCII, so that
-// it needs no escaping in a URL. Paths of other characters get a piece of their hash behind.
+// Makes a name for the server from a relative path. It consists of ASCII letters, digits and a few
+// signs, so that it needs no escaping in a URL; other paths end with a part of their hash.
 std::string MakeServerName(const std::string& path);
 
 }  // namespace publish

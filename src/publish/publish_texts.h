@@ -2,7 +2,7 @@
 
 #include "tools/command_line.h"
 
-// What tmpublish prints apart from faults. For Fill: %1 and the like are names and numbers.
+// What tmpublish prints apart from faults; %1 to %9 stand for the values that tools::Fill puts in.
 namespace publish::texts {
 
 inline constexpr const char* kHelpHead =

@@ -38,7 +38,7 @@ void Rename(const std::string& from, const std::string& to) {
   }
 }
 
-// The folder in which a release grows, and everything that happens around its place.
+// The temporary folder in which a release is built, and its move into place.
 class Building {
  public:
   Building(const std::string& root, const std::string& version)
@@ -59,7 +59,7 @@ class Building {
       lock_ = nullptr;
       RemoveTree(folder_);
     } catch (const std::exception&) {
-      // The next run takes it away.
+      // The next run removes it.
     }
   }
 
@@ -67,7 +67,7 @@ class Building {
   std::string Release() const { return tmw::JoinPath(folder_, "release"); }
   std::string Work() const { return tmw::JoinPath(folder_, "work"); }
 
-  // Gives the release its name.
+  // Renames the release to its final name.
   void MoveIntoPlace() const {
     if (tmw::IsFolderExists(place_)) Rename(place_, Old());
     Rename(Release(), place_);
@@ -77,7 +77,7 @@ class Building {
  private:
   std::string Old() const { return tmw::JoinPath(folder_, "old"); }
 
-  // The older release of this version, when its place has not been taken.
+  // Restores the old release of this version if the new one has not taken its place.
   void TakeExchangeBack() const {
     if (tmw::IsFolderExists(Old()) && !tmw::IsFolderExists(place_)) Rename(Old(), place_);
   }
@@ -106,7 +106,7 @@ std::string ServerList(const Description& description) {
   return text;
 }
 
-// In the encoding that the updater takes a text without a mark for.
+// In code page 1251, which the updater assumes for a text without a byte-order mark.
 std::string Encoded(const std::string& text, const std::string& place, Faults& faults) {
   const auto bytes = tmw::TryUtf8ToCodePage(tmw::CodePage::k1251, text);
   if (!bytes) faults.Add(place, texts::kOutsideCodePage);
@@ -130,8 +130,8 @@ std::array<std::int32_t, 4> NumbersOf(const std::string& version) {
   return numbers;
 }
 
-// Whether users may be downloading that release: the digest announces it or a later one, or cannot
-// be read. One that a killed run has put in its place without announcing it is nobody's yet.
+// Returns whether users may be downloading that release: the digest announces it or a later one, or
+// cannot be read. A release that a killed run has not announced may be replaced.
 bool IsAnnounced(const std::string& root, const std::string& version) {
   const std::string digest = tmw::JoinPath(root, tmw::names::kDigestFile);
   if (!tmw::IsFileExists(digest)) return false;
@@ -172,7 +172,7 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   const std::string place = tmw::JoinPath(root, ReleaseFolder(description.version));
   if (!options.may_replace && tmw::IsFolderExists(place) && IsAnnounced(root, description.version))
     faults.Add(place, texts::kPublishedAlready);
-  // Without a version there is no place to build in.
+  // Without a version there is no folder to build in.
   if (!IsVersion(description.version, 4)) return {};
 
   const Building building(root, description.version);

@@ -15,10 +15,10 @@ struct PublishOptions {
   std::string database;      // the reference database
   std::string scripts;       // the folder of the update scripts
   std::string output;        // the folder that the web server offers
-  bool may_replace = false;  // a release of the same version that is announced, or was before
+  bool may_replace = false;  // even if a release of this version is announced, or was before
 };
 
-// What has been made.
+// A release that has been made.
 struct PublishedRelease {
   std::string version;
   std::string folder;  // of the release
@@ -29,11 +29,11 @@ struct PublishedRelease {
   std::int64_t volume = 0;  // bytes a first installation downloads
 };
 
-// Makes a release, or finds faults and makes none. The same input gives the same bytes.
+// Makes a release, or none if there are faults. The same input gives the same bytes.
 //
-// The release grows in the folder "<release>.new" beside its place, gets its name when it is whole,
-// and is announced by the digest last. Whatever is interrupted, the digest names a whole release;
-// the next run takes away what was left.
+// The release is built in the folder "<release>.new", renamed when it is complete, and announced by
+// the digest last. Wherever a run is interrupted, the digest names a complete release; the next run
+// removes what is left over.
 PublishedRelease Publish(const PublishOptions& options, tools::Progress& progress, Faults& faults);
 
 }  // namespace publish

@@ -34,7 +34,7 @@ void CheckSize(std::int64_t length, const std::string& place, Faults& faults) {
   if (length > kLargestNumber) faults.Add(place, texts::kTooLong);
 }
 
-// One file that cannot be read is told like any other fault, with the rest of them.
+// A file that cannot be read is a fault like any other and does not end the run.
 bool CheckReadable(const std::string& file, const std::string& place, Faults& faults) {
   try {
     OpenToRead(file);
@@ -64,7 +64,7 @@ std::string ReleaseBuilder::PathOf(const std::string& server_name) const {
   return tmw::JoinPath(release_, server_name);
 }
 
-// A file without a mode gets the one that its system gives new files.
+// An extracted file without a mode gets the system's default for new files.
 packing::RarEntryFacts ReleaseBuilder::FactsOf(const std::string& name, bool is_executable) const {
   packing::RarEntryFacts facts;
   facts.name = name;
@@ -89,7 +89,7 @@ void ReleaseBuilder::AddTables(ReferenceTables& reference, std::vector<TableReco
   std::vector<Entry> structures;
   const std::string table_file = tmw::JoinPath(work_, "table");
   for (TableRecord& table : tables) {
-    if (!tmw::CheckFileName(table.name).IsAccepted()) continue;  // told with the whole list
+    if (!tmw::CheckFileName(table.name).IsAccepted()) continue;  // CheckManifest reports it
     if (table.is_user) {
       const std::string file = tmw::JoinPath(work_, "s" + std::to_string(structures.size()));
       reference.WriteText(table, file, faults);
@@ -115,11 +115,12 @@ void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
   is_packed_ = true;
   progress_.Begin(texts::kFiles, files.size());
   for (ProductFile& file : files) {
-    if (!file.ready_package.empty()) tmw::CompanionFunctions();  // loaded before there are threads
+    if (!file.ready_package.empty())
+      tmw::CompanionFunctions();  // loads the library before other threads start
     file.record.length = tmw::GetFileLength(file.source);
     tmw::CreateFolderIfAbsent(tmw::SplitFileName(PathOf(file.record.server_name)).Folder);
   }
-  // The longest first, so that no thread begins with one when the others have ended.
+  // Largest first, so that no thread starts a large file when the others have finished.
   std::vector<std::size_t> order(files.size());
   std::iota(order.begin(), order.end(), 0);
   std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
@@ -168,7 +169,7 @@ void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& fau
   if (record.pack_method == kText) CheckText(file, faults);
 }
 
-// The package is believed only what it gives back when it is extracted.
+// The package is accepted only if extracting it gives the file's content.
 void ReleaseBuilder::TakeReadyPackage(ProductFile& file, const std::string& scratch,
                                       Faults& faults) const {
   FileRecord& record = file.record;
@@ -192,7 +193,7 @@ void ReleaseBuilder::TakeReadyPackage(ProductFile& file, const std::string& scra
   if (record.pack_method == kText) CheckText(file, faults);
 }
 
-// Installed files are judged by the hash of their bytes, whatever the pack method was.
+// The updater compares installed files by the hash of their bytes, whatever the pack method.
 void ReleaseBuilder::CheckText(const ProductFile& file, Faults& faults) const {
   if (UnicodeText(file.source).Hash() != file.record.hash) faults.Add(file.path, texts::kNotUtf16);
 }
@@ -233,7 +234,7 @@ void ReleaseBuilder::AddUpdater(const std::string& product_folder, Faults& fault
 }
 
 void ReleaseBuilder::Finish(Faults& faults) {
-  if (is_packed_) CheckManifest(manifest_, faults);  // again: contents are known
+  if (is_packed_) CheckManifest(manifest_, faults);  // again, now that hashes and lengths are known
   if (!faults.IsEmpty()) return;
   const std::string file = tmw::JoinPath(work_, "manifest");
   WriteWholeFile(file, WriteManifest(manifest_));

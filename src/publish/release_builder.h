@@ -19,24 +19,24 @@ namespace publish {
 // Fills the folder of one release.
 class ReleaseBuilder {
  public:
-  // Both folders are there and empty; work is for what the release does not keep.
+  // Both folders exist and are empty; work holds temporary files.
   ReleaseBuilder(const Description& description, std::string release, std::string work,
                  tools::Progress& progress);
 
   // Writes the tables' packages and the package of structures.
   void AddTables(ReferenceTables& reference, std::vector<TableRecord> tables, Faults& faults);
 
-  // Writes the files' packages, several side by side; not when there are faults already or the list
-  // has some, since packing takes long and there will be no release.
+  // Writes the files' packages, several in parallel. Does nothing if there are faults already or
+  // the list has some: packing takes long, and there will be no release.
   void AddFiles(std::vector<ProductFile> files, Faults& faults);
 
-  // The "*.xml" files of the folder.
+  // Packs the "*.xml" files of the folder.
   void AddScripts(const std::string& folder);
 
-  // The updater's own files, taken from the product's folder.
+  // Copies the updater's own files from the product's folder.
   void AddUpdater(const std::string& product_folder, Faults& faults);
 
-  // What can be said of the whole; then the manifest's package and the listing.
+  // Checks the release as a whole, then writes the manifest's package and the listing.
   void Finish(Faults& faults);
 
   const Manifest& Content() const { return manifest_; }
@@ -45,7 +45,7 @@ class ReleaseBuilder {
   const Digest& Announcement() const { return digest_; }
 
  private:
-  // A file that goes into a package, and its name there.
+  // A file and its name in the package.
   using Entry = std::pair<std::string, std::string>;
 
   std::string PathOf(const std::string& server_name) const;

@@ -4,7 +4,7 @@
 
 #include "foundation/contract_names.h"
 
-// Where things lie in the folder that a web server offers.
+// Names in the folder that a web server offers.
 namespace publish {
 
 // The folder of a release.
@@ -12,13 +12,13 @@ inline std::string ReleaseFolder(const std::string& version) {
   return std::string(tmw::names::kProductCode) + "_" + version;
 }
 
-// Names in the folder of a release that only this tool gives.
+// Names in the folder of a release that this tool chooses; the updater finds them in the manifest.
 inline const std::string kScriptsPackage = "_DBUpdates" + std::string(tmw::names::kPackageEnding);
 inline const std::string kStructuresPackage = "_DBStruct" + std::string(tmw::names::kPackageEnding);
 inline constexpr const char* kFilesFolder = "files";
 inline constexpr const char* kListing = "_Listing.txt";
 
-// Names go into addresses as they are.
+// Returns whether a name can be part of an address: the updater does not escape it.
 inline bool FitsAddresses(const std::string& name) {
   return name.find_first_of("#%?") == std::string::npos;
 }

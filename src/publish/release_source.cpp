@@ -36,7 +36,7 @@ class FolderSource final : public ReleaseSource {
   std::string folder_;
 };
 
-// The internet session belongs to one thread.
+// Reads from a web server. The internet session may be used by one thread only.
 class UrlSource final : public ReleaseSource {
  public:
   UrlSource(std::string url, std::string scratch)
@@ -61,7 +61,7 @@ class UrlSource final : public ReleaseSource {
 }  // namespace
 
 FetchedFile::~FetchedFile() {
-  // What stays goes with the scratch folder.
+  // What cannot be deleted is removed with the scratch folder.
   if (is_copy_) static_cast<void>(tmw::DeleteFile(path_, true));
 }
 

@@ -7,11 +7,11 @@
 
 namespace publish {
 
-// How much may come where nothing announces a size. The updater takes no more either.
+// Limits for files whose size nothing announces; the same as the updater's.
 inline constexpr std::int64_t kMaxSmallFile = std::int64_t{1} << 20;  // digest, server list
 inline constexpr std::int64_t kMaxManifestPackage = std::int64_t{64} << 20;
 
-// A file of a release on this machine; a downloaded copy goes with the object.
+// A file of a release on this machine. The destructor removes a downloaded copy.
 class FetchedFile {
  public:
   FetchedFile(std::string path, bool is_copy) : path_(std::move(path)), is_copy_(is_copy) {}
@@ -26,21 +26,21 @@ class FetchedFile {
   bool is_copy_;
 };
 
-// Where releases are read from: what a web server offers, or the folder behind it.
+// Where releases are read from: a web server, or the folder that it offers.
 class ReleaseSource {
  public:
   virtual ~ReleaseSource() = default;
 
-  // Nothing, with the reason, for a file that is not there, cannot be had or is longer than
-  // max_bytes. The name is relative, "/" separates; it has been checked.
+  // Returns null and the reason if the file does not exist, cannot be read or is longer than
+  // max_bytes. The name is relative, with "/" between parts; the caller has checked it.
   virtual std::unique_ptr<FetchedFile> Fetch(const std::string& name, std::int64_t max_bytes,
                                              std::string& reason) = 0;
 
-  // How many threads may fetch at a time.
+  // How many threads may call Fetch at the same time.
   virtual std::size_t Workers() const = 0;
 };
 
-// A folder or, with "://" in it, an address. Downloads go into the scratch folder.
+// Opens a folder or, if place contains "://", an address; downloads go to the scratch folder.
 std::unique_ptr<ReleaseSource> OpenReleaseSource(const std::string& place,
                                                  const std::string& scratch);
 

@@ -47,10 +47,10 @@ class ScriptReader {
     script_.file = std::move(file);
   }
 
-  // Nothing for a script that is not to be run.
+  // Returns nothing for a script that is not to be run.
   std::optional<UpdateScript> Read(const XmlNode& document) {
     const auto& children = document.children;
-    // The updater takes the second node for the root, so nothing but the declaration precedes it.
+    // The updater takes the second node as the root, so only the declaration may precede it.
     if (children.size() < 2 || children[0]->kind != tmw::XmlNodeKind::kDeclaration ||
         children[1]->kind != tmw::XmlNodeKind::kElement) {
       Blame(texts::kNoScriptHead);
@@ -128,7 +128,7 @@ void CheckChain(const std::vector<UpdateScript>& scripts, const std::string& old
   std::int32_t count = 0;
   DatabaseVersion target{};
   if (!tmw::ParseVersionString(release_version, target[0], target[1], target[2], revision, count))
-    return;  // somebody else's fault
+    return;  // reported by ReadDescription or ReadDigest
   std::map<std::string, const UpdateScript*> by_start;
   for (const UpdateScript& script : scripts) {
     const auto [first, is_new] = by_start.emplace(script.from_text, &script);

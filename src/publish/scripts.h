@@ -14,18 +14,18 @@ namespace publish {
 using DatabaseVersion = std::array<std::int32_t, 3>;
 
 struct UpdateScript {
-  std::string file;  // without its folder
+  std::string file;  // name without folder
   std::string from_text;
   DatabaseVersion from{};
   DatabaseVersion to{};
 };
 
-// The scripts of this product among the "*.xml" files of a folder, in the order of names. What the
-// updater would refuse is a fault; another product's script is passed over, as the updater does.
+// Reads this product's scripts among the "*.xml" files of a folder, in the order of names. What the
+// updater would refuse is a fault; scripts of other products are skipped, as the updater does.
 std::vector<UpdateScript> ReadScripts(const std::string& folder, Faults& faults);
 
-// Whether every database that a script leads to, and one of the version oldest (unless that is
-// empty), reaches the release's version. The version has four numbers; the first three count.
+// Checks that every version that a script leads to, and the version `oldest` unless that is empty,
+// is updated to the release's version (the first three of its four numbers).
 void CheckChain(const std::vector<UpdateScript>& scripts, const std::string& oldest,
                 const std::string& release_version, Faults& faults);
 

@@ -21,7 +21,7 @@
 namespace publish {
 namespace {
 
-// The kind that the last matching rule gives; nothing when none matches.
+// The last rule that matches, null if none does.
 const TableRule* RuleOf(const std::string& table, const std::vector<TableRule>& rules) {
   const auto found = std::find_if(rules.rbegin(), rules.rend(), [&](const TableRule& rule) {
     return tmw::MatchesMask(table, rule.mask);
@@ -105,7 +105,7 @@ std::string CheckTableFile(const std::string& path, const TableRecord& table, Fa
 }
 
 void CheckStructureFile(const std::string& path, const TableRecord& table, Faults& faults) {
-  // A text begins with "Table:", so that a zero in its second byte, like a mark, means UTF-16.
+  // The text begins with "Table:", so a zero as the second byte means UTF-16, as a mark does.
   const std::string bytes = tmw::ReadFileBytes(path);
   const bool is_utf16 = bytes.starts_with("\xFF\xFE") || (bytes.size() > 1 && bytes[1] == '\0');
   const std::string text =

@@ -17,24 +17,24 @@ class ReferenceTables {
   // Opens the database for reading.
   explicit ReferenceTables(const std::string& database);
 
-  // The tables that the description names, dictionaries before user tables, each in the order of
+  // The tables that the description selects: dictionaries, then user tables, both in the order of
   // names. A table that no rule matches is a fault.
   std::vector<TableRecord> Choose(const Description& description, Faults& faults);
 
-  // Writes the text of a table into a file: UTF-16 without a byte-order mark, so that an
-  // interrupted update recognises a verified copy by the hash of its bytes. A user table's text is
-  // its structure. A table that the format cannot carry is a fault. Gives the hash.
+  // Writes the text of a table (for a user table only its structure) to a file and returns its
+  // hash. The file is UTF-16 without a byte-order mark, so that an interrupted update recognises a
+  // verified copy by the hash of its bytes. A table that the format cannot hold is a fault.
   std::string WriteText(const TableRecord& table, const std::string& file, Faults& faults);
 
  private:
   std::unique_ptr<ports::Database> database_;
 };
 
-// Reads a dictionary's file as the updater does; anything that its import would refuse is a fault.
-// Gives the hash of the text.
+// Reads a dictionary's file as the updater does and returns the hash of its text. Anything that the
+// updater's import would refuse is a fault.
 std::string CheckTableFile(const std::string& path, const TableRecord& table, Faults& faults);
 
-// The same for a structure, whose file may have any encoding that the import recognises.
+// Checks a structure in the same way; its file may have any encoding that the import recognises.
 void CheckStructureFile(const std::string& path, const TableRecord& table, Faults& faults);
 
 }  // namespace publish

@@ -8,23 +8,23 @@
 
 namespace publish {
 
-// A UTF-16 file read as the updater reads it, but piece by piece: a byte-order mark is passed over,
-// what is no text becomes U+FFFD.
+// Reads a UTF-16 file piece by piece, with the same result as the updater's own reading: a
+// byte-order mark is skipped, malformed text becomes U+FFFD.
 class UnicodeText {
  public:
   explicit UnicodeText(const std::string& path);
 
-  // The next whole characters, in UTF-8; empty at the end.
+  // The next characters, in UTF-8; empty at the end.
   std::string Next();
 
-  // Of the whole text's code units, by which the updater judges it. Reads what is left.
+  // The hash of the whole text's code units, which the updater compares. Reads what is left.
   std::string Hash();
 
  private:
   std::string path_;
   std::unique_ptr<ports::File> file_;
   sha256::Stream digest_;
-  std::string rest_;  // bytes of a character that is not whole yet
+  std::string rest_;  // bytes of a character that is not complete yet
   bool is_start_ = true;
 };
 

@@ -5,11 +5,11 @@
 
 namespace publish {
 
-// One for each core of the machine.
+// The number of the machine's cores.
 std::size_t WorkerCount();
 
-// Calls action with every number below count, several calls side by side on that many threads. The
-// first exception ends the work; it is raised here when all threads have come to rest.
+// Calls action with every number below count, in parallel on up to `workers` threads. An exception
+// stops the work; the first one is rethrown after all threads have ended.
 void RunSideBySide(std::size_t count, std::size_t workers,
                    const std::function<void(std::size_t)>& action);
 

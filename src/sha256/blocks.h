@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-// The two block functions of sha256.cpp: they run whole 64-byte blocks through the state.
+// The two implementations of the compression function; both take whole 64-byte blocks.
 namespace sha256::blocks {
 
 // Round constants, FIPS 180-4, 4.2.2.
@@ -20,7 +20,7 @@ alignas(16) inline constexpr std::array<std::uint32_t, 64> kRound = {
 
 void CompressPortable(std::uint32_t* state, const std::uint8_t* blocks, std::size_t count);
 
-// Only where HasShaInstructions() is true.
+// To be called only if HasShaInstructions() returns true.
 void CompressWithShaInstructions(std::uint32_t* state, const std::uint8_t* blocks,
                                  std::size_t count);
 bool HasShaInstructions();

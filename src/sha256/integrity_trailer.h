@@ -9,9 +9,9 @@
 
 // Embedded integrity data (pack method 2).
 //
-// A file or a package may carry a trailer of 64 bytes as its very end. A program, a library or a
-// RAR archive with bytes behind its end stays what it was, so both the unpacked file and the
-// package that it came in can be checked without any list.
+// A file or a package may end with a trailer of 64 bytes. Programs, libraries and RAR archives
+// still work with bytes after their end, so both an unpacked file and the package that it came in
+// can be checked without any list.
 //
 //   offset  length  content
 //        0       8  "TMZ-SHA2"
@@ -19,10 +19,10 @@
 //       12       4  64, the length of the trailer
 //       16       8  length of the content in front of the trailer
 //       24      32  SHA-256 of that content
-//       56       8  the first eight bytes once more, backwards ("2AHS-ZMT")
+//       56       8  the first eight bytes again, backwards ("2AHS-ZMT")
 //
-// Numbers are little-endian. A reader knows from the file's length where the content ends, hashes
-// it on its way to the trailer and compares: one pass.
+// Numbers are little-endian. A reader knows from the file's length where the content ends, so it
+// can hash the content and compare it with the trailer in one pass.
 namespace sha256 {
 
 inline constexpr std::size_t kIntegrityTrailerLength = 64;
@@ -35,7 +35,7 @@ struct IntegrityFacts {
 
 IntegrityTrailer MakeIntegrityTrailer(const IntegrityFacts& facts);
 
-// Nothing when the bytes are not a trailer of this layout.
+// Returns nothing if the bytes are not a trailer of this layout.
 std::optional<IntegrityFacts> ParseIntegrityTrailer(
     std::span<const std::uint8_t, kIntegrityTrailerLength> bytes);
 

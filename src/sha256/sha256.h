@@ -6,26 +6,26 @@
 #include <span>
 #include <string>
 
-// SHA-256 (FIPS 180-4), self-contained: the check of a new updater rests on nothing else, and the
-// companion library is built from the same source.
+// SHA-256 (FIPS 180-4), without dependencies: the check of a new updater needs nothing else, and
+// the companion library is built from the same source.
 namespace sha256 {
 
 inline constexpr std::size_t kDigestLength = 32;
 using Digest = std::array<std::uint8_t, kDigestLength>;
 
-// Which code hashes the blocks.
+// The code that hashes the blocks.
 enum class Path {
   kPortable,
   kProcessor,  // the SHA instructions of x86 processors
 };
 
-// Whether this machine can run that path.
+// Returns whether this machine can run that code.
 bool IsPathAvailable(Path path);
 
-// The fastest path that this machine can run.
+// The fastest code that this machine can run.
 Path BestPath();
 
-// A digest over bytes that come in pieces.
+// Computes a digest over data in pieces.
 class Stream {
  public:
   Stream() : Stream(BestPath()) {}
@@ -34,7 +34,7 @@ class Stream {
 
   void Update(const void* data, std::size_t length);
 
-  // Ends the message. The stream takes no more bytes afterwards.
+  // Returns the digest. Update must not be called afterwards.
   Digest Finish();
 
  private:

@@ -20,7 +20,7 @@ bool HasShaInstructions() {
 
 namespace {
 
-// The state as the instructions want it: a b e f and c d g h, highest word first.
+// The state in the order that the instructions expect: a b e f and c d g h, highest word first.
 struct Halves {
   __m128i abef;
   __m128i cdgh;
@@ -52,7 +52,7 @@ __attribute__((target("sha,sse4.1"), always_inline)) inline __m128i NextWords(__
 
 }  // namespace
 
-// A 32-bit Windows caller may bring a stack that is aligned to 4 bytes only.
+// A 32-bit Windows caller may have a stack that is aligned to 4 bytes only.
 #ifdef __i386__
 __attribute__((force_align_arg_pointer))
 #endif

@@ -62,7 +62,7 @@ struct Command {
   int (*run)(const Arguments&) = nullptr;  // gives the exit code
 };
 
-// Reads what follows the command's name. Everything behind "--" is a word. Raises a UsageError for
+// Reads what follows the command's name. Everything after "--" is a word. Raises a UsageError for
 // an option that is not declared, a missing value or a wrong number of words.
 Arguments ParseArguments(const Usage& usage, const std::vector<std::string>& given);
 

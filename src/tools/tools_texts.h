@@ -1,10 +1,10 @@
 #pragma once
 
-// What every command-line tool says, whatever its commands do. For Fill: %1 and the like are names
-// and numbers.
+// What every command-line tool prints, whatever its commands do; %1 to %9 stand for the values that
+// Fill puts in.
 namespace tools::texts {
 
-// Wrong command lines; an option is named with its dashes.
+// Wrong command lines; options are named with their dashes.
 inline constexpr const char* kNoCommand = "no command";
 inline constexpr const char* kUnknownCommand = "unknown command %1";
 inline constexpr const char* kTooFewArguments = "too few arguments";
@@ -15,7 +15,7 @@ inline constexpr const char* kOptionNeedsValue = "%1 needs a value";
 inline constexpr const char* kOptionTakesNoValue = "%1 takes no value";
 inline constexpr const char* kWithHelpHint = "%1; see %2 --help";
 
-// Failures. The second kind is the line above the system's text; its path stands in quotes.
+// Failures. A text that ends with a blank is the line above the system's error text.
 inline constexpr const char* kNumberedError = "error %1: %2";
 inline constexpr const char* kStopped = "Stopped.";
 inline constexpr const char* kCannotWrite = "Cannot write %1: ";

@@ -14,11 +14,11 @@ struct EntryResult {
   int code = 0;
 };
 
-// What became of an archive through the library's interface.
+// The result of reading an archive through the library's interface.
 struct ArchiveRun {
   int open_code = 0;
   std::vector<EntryResult> entries;
-  int end_code = 0;  // of the ReadHeader that gave no entry
+  int end_code = 0;  // of the ReadHeader call that found no entry
 
   // "0 12 | 10": the entries' codes and how it ended.
   std::string Codes() const {
@@ -30,7 +30,7 @@ struct ArchiveRun {
   }
 };
 
-// All entries, or only the one of that name while the others are skipped.
+// Processes all entries, or only the one of that name, skipping the others.
 inline ArchiveRun RunArchive(const std::string& path, int operation, const std::string& folder,
                              const std::string& only = {}) {
   const ports::EntryPoints& functions = tmw::CompanionFunctions();
@@ -43,7 +43,7 @@ inline ArchiveRun RunArchive(const std::string& path, int operation, const std::
   const ports::RarHandle handle = functions.RAROpenArchiveEx(&record);
   run.open_code = static_cast<int>(record.OpenResult);
   if (handle == nullptr) return run;
-  // A reader that never ends must not hang the tests.
+  // Even a reader that never ends must not hang the tests.
   for (int i = 0; i < 10000; ++i) {
     const auto header = std::make_unique<ports::RARHeaderDataEx>();
     run.end_code = functions.RARReadHeaderEx(handle, header.get());

@@ -10,8 +10,7 @@
 #include "companion/rar/decoder.h"
 #include "companion/rar/failure.h"
 
-// Packed streams written by the tests: prefix codes of fixed lengths, and a model of what they
-// unpack to.
+// Packed streams written by the tests, with prefix codes of fixed lengths, and their content.
 namespace tests {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -45,7 +44,7 @@ class BitWriter {
   std::size_t bit_ = 0;
 };
 
-// All symbols of a table have codes of one length, or none; so a code is the symbol's number.
+// All codes of a table have one length, so a code is the symbol's number.
 struct FlatTable {
   std::uint32_t symbols;
   unsigned bits;
@@ -63,7 +62,7 @@ inline void PutTables(BitWriter& out, std::span<const FlatTable> tables) {
   }
 }
 
-// What a stream unpacks to, kept while it is written.
+// The content of a stream, recorded while the stream is written.
 struct Content {
   Bytes bytes;
   void Copy(std::size_t distance, std::size_t length) {

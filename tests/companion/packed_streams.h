@@ -7,7 +7,7 @@
 
 #include "tests/companion/packed_bits.h"
 
-// Packed entries in both formats, with the content that they stand for.
+// Packed entries in both formats, with their content.
 namespace tests {
 
 // The same operations in both formats.
@@ -18,7 +18,7 @@ class StreamWriter {
   virtual void Match(std::uint32_t distance, std::uint32_t length) = 0;
   virtual void RepeatDistance(unsigned index, std::uint32_t length) = 0;
   virtual void RepeatLast() = 0;
-  // Ends the block; the entry ends too, or another block follows.
+  // Ends the block, and the entry too unless another block follows.
   virtual void EndBlock(bool is_last) = 0;
   virtual Bytes Finish() = 0;
 
@@ -182,7 +182,7 @@ class Rar3Writer final : public StreamWriter {
     out_.Put(256, 9);
     out_.Put(is_last ? 0 : 1, 1);
     if (is_last) {
-      out_.Put(0, 1);  // the tables hold for the next entry
+      out_.Put(0, 1);  // the tables stay valid for the next entry
     } else {
       BeginBlock();
     }
@@ -240,7 +240,7 @@ class Rar3Writer final : public StreamWriter {
   }
 
  public:
-  // Whether the format can express that distance now: a repeated low part holds for 16 matches.
+  // Whether the format can express that distance now: a repeated low part lasts for 16 matches.
   std::uint32_t Expressible(std::uint32_t distance) const {
     const std::uint32_t from = distance - 1;
     return same_low_ == 0 || from < 32 ? distance : ((from & ~15U) | low_) + 1;

@@ -110,7 +110,7 @@ TEST(RarDecoders, SolidEntryGoesOnWithWindowTablesAndDistances) {
         << format.name;
     EXPECT_EQ(boundary, 15U);
 
-    // Without the first entry there is nothing to go on with; nor behind a damaged one.
+    // A solid entry cannot be decoded without the first one, nor after a damaged one.
     EXPECT_EQ(Unpack(*MakeDecompressor(FamilyOf(writer->entry)), writer->entry, second).code, 12);
     writer->entry.solid = false;
     EXPECT_EQ(Unpack(*decoder, writer->entry, second).code, 12) << format.name;
@@ -181,7 +181,7 @@ TEST(RarDecoders, Rar5FilterReachesOverWindowAndBlocks) {
 }
 
 TEST(RarDecoders, Rar3ProgramThatIsNotKnownEndsWithItsCode) {
-  // The block begins 0 bytes ahead and has 15 bytes; the program has 3.
+  // The block begins 0 bytes ahead and has 15 bytes; the program has 3 bytes.
   const auto declare = [](std::uint8_t check) {
     BitWriter bits;
     for (const std::uint32_t number : {0U, 0U, 15U, 3U})

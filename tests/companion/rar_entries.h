@@ -13,7 +13,7 @@ using packing::MakeVint;
 using packing::RarFormat;
 
 struct EntryHeader : packing::EntryHeader {  // unix_mode: with the bits of the file's kind
-  std::uint64_t packed_size = 0;             // of the data behind this header
+  std::uint64_t packed_size = 0;             // of the data after this header
   bool split_before = false;
   bool split_after = false;
   bool is_solid = false;
@@ -42,7 +42,7 @@ inline std::string Number(std::uint64_t value, std::size_t length) {
   return bytes;
 }
 
-// The sound header with what differs put into its places.
+// The sound header with the differences patched in.
 inline std::string MakeRar4Entry(const EntryHeader& entry) {
   const std::string sound = packing::MakeEntryHeader(RarFormat::kRar4, entry);
   auto flags = static_cast<std::uint8_t>(sound[3]);

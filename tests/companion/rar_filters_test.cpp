@@ -23,7 +23,7 @@ FilterRequest Asked(FilterKind kind, std::uint32_t channels = 0) {
 }
 
 TEST(RarFilters, DeltaAddsUpEachChannel) {
-  // Two channels, stored one behind the other, as differences with the sign changed.
+  // Two channels, stored one after the other, as differences with inverted sign.
   EXPECT_EQ(Undo(Asked(FilterKind::kDelta, 2), 0, {0xFF, 0xFF, 0xFF, 0xF0, 0x10}),
             (Bytes{1, 0x10, 2, 0x00, 3}));
   EXPECT_THROW(Undo(Asked(FilterKind::kDelta, 0), 0, {1}), Failure);
@@ -37,7 +37,7 @@ TEST(RarFilters, X86TargetsBecomeRelative) {
     Bytes block;
     Bytes expected;
   } cases[] = {
-      // 0x1000 behind an operand at 0x101.
+      // 0x1000 after an operand at 0x101.
       {FilterKind::kX86Call,
        0x100,
        false,
@@ -62,10 +62,10 @@ TEST(RarFilters, X86TargetsBecomeRelative) {
        false,
        {0xE8, 0x00, 0x00, 0x00, 0x01},
        {0xE8, 0x00, 0x00, 0x00, 0x01}},
-      // Behind 16 MiB the two formats count differently.
+      // Beyond 16 MiB the two formats count differently.
       {FilterKind::kX86Call, 0x1000000, true, {0xE8, 0x05, 0, 0, 0}, {0xE8, 0x04, 0, 0, 0}},
       {FilterKind::kX86Call, 0x1000000, false, {0xE8, 0x05, 0, 0, 0}, {0xE8, 0x04, 0, 0, 0xFF}},
-      // Four bytes are no operand when one is missing.
+      // With one byte missing there is no operand.
       {FilterKind::kX86Call, 0x100, false, {0xE8, 0x00, 0x10, 0}, {0xE8, 0x00, 0x10, 0}},
   };
   for (const auto& each : cases) {
@@ -97,7 +97,7 @@ TEST(RarFilters, ItaniumBranchesBecomeRelative) {
 }
 
 TEST(RarFilters, PicturesArePredictedFromTheNearestNeighbour) {
-  // Two rows of two pixels. Stored one colour behind the other, what is to be subtracted from the
+  // Two rows of two pixels, stored colour by colour as what is to be subtracted from the
   // prediction; red and blue are less green. In the last pixel red is predicted from above, green
   // from the corner, blue from the left; the first pixel of a row always from the left.
   FilterRequest request = Asked(FilterKind::kRgb);
@@ -109,7 +109,7 @@ TEST(RarFilters, PicturesArePredictedFromTheNearestNeighbour) {
 }
 
 TEST(RarFilters, SamplesFollowThePrediction) {
-  // Worked out apart: by the end the first weight has grown to 3.
+  // Calculated by hand: by the end the first weight has grown to 3.
   Bytes packed(100);
   for (std::size_t i = 0; i < packed.size(); ++i)
     packed[i] = static_cast<std::uint8_t>(250 - i % 3);

@@ -23,7 +23,8 @@ TEST(RarNames, EveryStoredFormIsDecoded) {
       {std::string("???\0\x04\x18\x41\x1E\x20\x26", 10), true, false, "AО☠", true},
       {std::string("abcdef\0\x04\xC0\x02", 10), true, false, "abcd", true},  // a run as it is
       {std::string("abcdef\0\x04\xC0\x80\x01", 11), true, false, "\u0462\u0463", true},  // shifted
-      {std::string("abcdef\0\x04\xC0\x7F", 10), true, false, "abcdef", false},  // runs too far
+      {std::string("abcdef\0\x04\xC0\x7F", 10), true, false, "abcdef",
+       false},  // the run is too long
   };
   for (const auto& test : kCases) {
     const DecodedName name = DecodeRar4Name(test.bytes, test.has_unicode, test.from_unix);

@@ -18,7 +18,7 @@ std::string Archive(RarFormat format, const std::string& name, const std::string
   return Archive(format, FileHeader(name, content), content);
 }
 
-// Everything beneath a folder, relative names.
+// Everything below a folder, as relative names.
 std::vector<std::string> Everything(const Sandbox& sandbox) {
   std::vector<std::string> names;
   for (const auto& entry : fs::recursive_directory_iterator(ToPath(sandbox.Path()))) {
@@ -65,7 +65,7 @@ TEST(RarReading, HostileNamesAreRefusedAndNothingIsMade) {
       EXPECT_EQ(RunArchive(path, 0, "").Codes(), "0 | 10") << name;
     }
   }
-  // Malformed UTF-8, where UTF-8 is what the format has.
+  // Malformed UTF-8, in the format that uses UTF-8.
   Sandbox sandbox;
   const std::string path = sandbox.Write("a.rar", Archive(RarFormat::kRar5, "a\xFF", "bad"));
   EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), "16 | 10");
@@ -134,8 +134,8 @@ TEST(RarReading, OnlyThePermissionBitsOfAModeAreApplied) {
 }
 #endif
 
-// What was done to a sound archive of one entry "a.txt" with 10 bytes, and the codes of extracting
-// it, RAR 4 and RAR 5.
+// Damage to a sound archive of one entry "a.txt" with 10 bytes, and the codes of extracting it, for
+// RAR 4 and RAR 5.
 struct DamageCase {
   const char* what;
   std::function<std::string(RarFormat)> bytes;
@@ -242,7 +242,7 @@ TEST(RarReading, ADestinationThatCannotBeMadeIsCode16) {
   EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), "16 | 10");
 }
 
-// A file of three parts in three volumes.
+// Writes a file in three parts into three volumes.
 void WriteVolumes(const Sandbox& sandbox, RarFormat format, const std::vector<std::string>& names,
                   const std::string& content) {
   const std::size_t third = content.size() / 3;

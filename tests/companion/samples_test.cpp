@@ -65,7 +65,7 @@ std::vector<Sample> ReadExpectations(const std::string& path) {
   return samples;
 }
 
-// The last code that is not good news.
+// The last code that reports a failure.
 int FinalCode(const ArchiveRun& run) {
   if (run.open_code != 0) return run.open_code;
   if (run.end_code != ports::kRarEndOfArchive) return run.end_code;
@@ -92,7 +92,7 @@ TEST(RarSamples, ArchivesOfOtherMakersGiveTheirFilesOrTheirCode) {
     ArchiveRun run = RunArchive(folder + "/" + sample.first_volume, 2, sandbox.Path());
     ForgetRefusedLinks(run, sample);
     EXPECT_EQ(FinalCode(run), sample.code) << sample.name << " " << run.Codes();
-    // What an entry with damaged data leaves behind is nobody's business.
+    // The content that an entry with damaged data leaves does not matter.
     if (sample.code == ports::kRarBadData) continue;
     for (const auto& [name, hash] : sample.files) {
       // One is too large to be hashed here; its checksum was found right.

@@ -7,7 +7,7 @@
 namespace companion::zip {
 namespace {
 
-// A file that is nothing but its end, however long it says it is.
+// A file that consists of its end record only, whatever length it claims.
 class TailFile final : public os::ReadableFile {
  public:
   TailFile(std::uint64_t offset, std::string tail) : offset_(offset), tail_(std::move(tail)) {}

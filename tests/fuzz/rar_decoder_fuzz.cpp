@@ -15,7 +15,7 @@ using namespace companion::rar;
 
 constexpr std::uint64_t kMostContent = 4U << 20U;
 
-// Hands the bytes out in uneven pieces, as volumes do.
+// Returns the bytes in uneven pieces, as volumes do.
 class Pieces final : public PackedSource {
  public:
   explicit Pieces(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
@@ -37,7 +37,7 @@ class CappedSink final : public ContentSink {
   void Write(const std::uint8_t* data, std::size_t length) override {
     if (length > left_) throw Failure{ports::kRarBadData};
     left_ -= length;
-    // Every byte is read, so that a sanitizer sees what was never written.
+    // Reads every byte, so that a sanitizer finds bytes that were never written.
     for (std::size_t i = 0; i < length; ++i)
       sum_ = sum_ * 31 + data[i];
     if (sum_ == 0x5EED5EED) throw Failure{ports::kRarWriteFailed};

@@ -8,7 +8,7 @@
 #include "companion/rar/failure.h"
 #include "companion/rar/names.h"
 
-// Feeds the RAR reader: an archive in memory is listed, then every entry is decoded to nowhere. A
+// Feeds the RAR reader: lists an archive in memory, then decodes every entry without storing it. A
 // mark in the input divides it into volumes. Header checksums are not compared in this build, so
 // that damage reaches the parsers.
 namespace {
@@ -33,7 +33,7 @@ class MemoryFile final : public companion::os::ReadableFile {
 
 constexpr const char* kMark = "<NEXT VOLUME>";
 
-// Each opening gives the next part of the input, at most as many as there are.
+// Each opening returns the next part of the input, as long as there are any.
 struct Volumes {
   std::string left;
   bool any = true;
@@ -48,12 +48,12 @@ struct Volumes {
   }
 };
 
-// What no archive may cause: more entries than bytes.
+// No archive may produce more entries than it has bytes.
 void ReadAll(const std::string& input, bool decode) {
   Volumes volumes{input};
   try {
     Archive archive("a.part1.rar", true, [&](const std::string&) { return volumes.Next(); });
-    // A small input may stand for gigabytes; some of them are enough.
+    // A small input may unpack to gigabytes; some of them are enough.
     std::size_t content = 0;
     archive.SetListener([&](const std::uint8_t*, std::size_t length) {
       content += length;

@@ -48,7 +48,7 @@ Pair Pack(RarFormat format) {
   return format == RarFormat::kRar4 ? Pack(rar3) : Pack(rar5);
 }
 
-// As the fuzzing of the decoders takes it: choices, then length and packed bytes of an entry.
+// The input of the decoders' fuzzing: choices, then length and packed bytes of an entry.
 std::string ForDecoder(RarFormat format, const std::string& packed) {
   const char choices = format == RarFormat::kRar5 ? 9 : 8;
   return std::string(1, choices) + static_cast<char>(packed.size() >> 8U) +
@@ -81,7 +81,7 @@ int main(int argc, char** argv) {
     header.method = 3;
     write("packed", Archive(format, header, entry.packed));
     write("decoder", ForDecoder(format, entry.packed));
-    // A new model of order 6 and 1 MiB, and bytes that it decodes somehow.
+    // A new model of order 6 and 1 MiB, and arbitrary bytes for it.
     if (format == RarFormat::kRar4) {
       write("decoder-model", ForDecoder(format, "\xE5" + std::string(1, '\0') + "\x02 model text"));
     }

@@ -13,7 +13,7 @@
 #include "ports/host.h"
 
 // Feeds the embedded database engine: the lines of an input are statements, run one after the other
-// inside of a transaction that is taken back at the end. Every one either runs or fails with a
+// inside a transaction that is rolled back at the end. Every one either runs or fails with a
 // number that is not the engine's own fault.
 namespace {
 

@@ -7,7 +7,7 @@
 
 namespace tests {
 
-// Runs an independent program (a shell command) and gives its exit status and all that it printed.
+// Runs an independent program (a shell command); returns its exit status and all that it printed.
 // Linux only.
 inline std::pair<int, std::string> Judge(const std::string& command) {
 #ifdef _WIN32

@@ -22,7 +22,7 @@ using packing::StoredRarWriter;
 
 constexpr std::uint32_t kExtract = 1;
 
-// A package of the given files, in order; their content is their name.
+// A package of the given files, in order; the content of each is its name.
 std::string MakePackage(const Sandbox& sandbox, const std::vector<std::string>& names,
                         RarFormat format = RarFormat::kRar5) {
   const std::string path = sandbox.Path("Пакет.tmz");
@@ -75,7 +75,7 @@ TEST(RarArchive, AnEntryIsFoundWithoutRegardToLetterCase) {
     std::string error;
     EXPECT_TRUE(UnrarOneFile(package, "оТЧЁТ.dll", sandbox.Path("one"), "", error)) << error;
     const std::filesystem::directory_iterator files(ToPath(sandbox.Path("one")));
-    // Where letter case tells files apart, the file bears the name that was asked for.
+    // Where letter case matters in file names, the file has exactly the name that was asked for.
     const bool is_case_told = !std::filesystem::exists(ToPath(sandbox.Path("ONE")));
     EXPECT_EQ(FromPath(files->path().filename()), is_case_told ? "оТЧЁТ.dll" : "Отчёт.DLL");
   }
@@ -119,7 +119,7 @@ TEST(RarArchive, AnEmptyArchiveHasNothingToExtract) {
   EXPECT_EQ(error, "Файл \"a\" не найден в архиве \"" + package + "\".");
 }
 
-// A library that shows one entry of a given name and would extract whatever it is asked to.
+// A library that lists one entry of a given name and would extract whatever it is told to.
 struct CarelessLibrary final : ports::CompanionLibrary {
   static inline std::u16string name;
   static inline int shown = 0;

@@ -30,7 +30,7 @@ using tmw::TmZipper;
 
 class Zipping : public testing::Test {
  protected:
-  // A zipper over the sandbox with that file name in it.
+  // A zipper of the sandbox that is to pack that file.
   TmZipper Zipper(const std::string& name) {
     TmZipper zipper;
     zipper.ZipFileName = sandbox.Path("out.zip");
@@ -113,7 +113,7 @@ TEST_F(Zipping, TheCommentIsAskedFor) {
   sandbox.Write("a.txt", "a");
   TmZipper zipper = Zipper("a.txt");
   ASSERT_EQ(zipper.DoZipping(), 0);
-  // The zipper has no field for it: the option is set beneath it.
+  // The zipper has no field for it, so the option is set in the library.
   const ports::EntryPoints& library = *ports::CurrentPorts().companion->Load().value;
   library.ZpGetOptions()->Comment = 1;
   const std::string zip = tmw::Utf8ToCodePage(tmw::CodePage::k1251, zipper.ZipFileName);
@@ -127,7 +127,7 @@ TEST_F(Zipping, TheCommentIsAskedFor) {
 
 #ifndef _WIN32
 
-// Names, sizes and contents of a zip file, by Python: "name size crc" a line.
+// The contents of a zip file according to Python: a line "name size crc" for each entry.
 std::string Listing(const std::string& zip) {
   const auto [status, output] = Judge(
       "python3 -c \"import zipfile,sys\n"
@@ -146,7 +146,7 @@ TEST_F(Zipping, OtherProgramsReadWhatIsWritten) {
   for (char& c : large)
     c = static_cast<char>("0123456789абв"[random() % 16]);
   sandbox.Write("База данных.mdb", large);
-  sandbox.Write("exact.bin", large.substr(0, 1 << 20));  // ends where a piece ends
+  sandbox.Write("exact.bin", large.substr(0, 1 << 20));  // ends exactly at the end of a piece
   sandbox.Write("empty", "");
   for (const int level : {0, 1, 9}) {
     TmZipper zipper = Zipper(sandbox.Path("База данных.mdb"));

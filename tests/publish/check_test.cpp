@@ -14,7 +14,7 @@ using Log = std::vector<std::string>;
 
 const std::string kRelease = "server/TMW_3.6.0.2/";
 
-// Replaces a piece of a file, which must be there.
+// Replaces a piece of a file, which must contain it.
 void Change(const Sandbox& sandbox, const std::string& file, const std::string& piece,
             const std::string& instead) {
   std::string bytes = sandbox.Read(file);
@@ -34,7 +34,7 @@ void ChangeManifest(const Sandbox& sandbox, const std::string& piece, const std:
 
 struct Damage {
   std::function<void(const Sandbox&)> spoil;
-  Log faults;  // a piece of each, all of them
+  Log faults;  // a piece of each fault; there are no others
 };
 
 const std::string kTable = "Table:Ставки\r\nField:Ид|Long|4\r\nRows\r\n";
@@ -57,7 +57,7 @@ std::function<void(const Sandbox&)> Written(const std::string& file, const std::
   return [=](const Sandbox& box) { box.Write(file, bytes); };
 }
 
-// Each alone.
+// Each is tried alone.
 const std::vector<Damage>& Damages() {
   static const std::vector<Damage> damages = {
       {Written("server/TMW_version.dat", "3.6.0.2\n1.0\n"), {"do not all end", "than two lines"}},
@@ -128,7 +128,7 @@ const std::vector<Damage>& Damages() {
   return damages;
 }
 
-TEST(Check, EveryKindOfDamageIsToldAndNothingElse) {
+TEST(Check, EveryKindOfDamageIsReportedAndNothingElse) {
   const Sandbox sandbox;
   const Sample sample(sandbox);
   ASSERT_EQ(sample.Publish(), Log{});
@@ -146,7 +146,7 @@ TEST(Check, EveryKindOfDamageIsToldAndNothingElse) {
   }
 }
 
-TEST(Check, AllFaultsAreToldAtOnce) {
+TEST(Check, AllFaultsAreReportedAtOnce) {
   const Sandbox sandbox;
   const Sample sample(sandbox);
   ASSERT_EQ(sample.Publish(), Log{});
@@ -161,7 +161,7 @@ TEST(Check, AllFaultsAreToldAtOnce) {
     EXPECT_TRUE(HasFault(faults, fault)) << fault << testing::PrintToString(faults);
 }
 
-TEST(Scripts, WhatTheUpdaterWouldRefuseIsTold) {
+TEST(Scripts, WhatTheUpdaterWouldRefuseIsReported) {
   const std::string head = "<?xml version=\"1.0\"?>";
   const auto script = [&](const std::string& from, const std::string& to,
                           const std::string& actions = "") {

@@ -52,7 +52,7 @@ TEST(Publish, TheSameInputGivesTheSameBytesWhateverTheTimesOfFiles) {
   EXPECT_TRUE(Everything(sandbox, "server") == first);
 }
 
-// Whatever is refused, all of it is told, and nothing is published.
+// All faults are reported, and nothing is published.
 TEST(Publish, FaultyInputIsRefusedByName) {
   const struct {
     std::function<void(Sample&, const Sandbox&)> spoil;
@@ -159,7 +159,7 @@ TEST(Publish, AReadyMadePackageIsTakenAsItIs) {
   EXPECT_EQ(Sample::Check(sample.options.output), Log{});
 }
 
-// The newer release of a root in which an older one is announced.
+// A newer release in a root where an older one is announced.
 class Interrupted : public testing::Test {
  protected:
   Interrupted() {
@@ -169,10 +169,10 @@ class Interrupted : public testing::Test {
     sandbox_.Write("release.xml", sample_.description);
   }
 
-  // Whatever has happened, a whole release is announced; and nothing that was left is in the way.
+  // Whatever has happened, a complete release is announced, and the next run succeeds.
   void ExpectWhole(const std::string& when) {
     EXPECT_EQ(Sample::Check(sample_.options.output), Log{}) << when;
-    // Only what has been announced, by a run that was quicker than its end, stands in the way.
+    // Only a release that the run has managed to announce needs permission to be replaced.
     sample_.options.may_replace = sandbox_.Read("server/TMW_version.dat") != old_;
     EXPECT_EQ(sample_.Publish(), Log{}) << when;
     EXPECT_EQ(Sample::Check(sample_.options.output), Log{}) << when;
@@ -249,7 +249,7 @@ TEST_F(Interrupted, TwoRunsDoNotBuildOneRelease) {
   EXPECT_TRUE(sandbox_.Has("server/TMW_3.6.0.3.new/release/file"));
 }
 
-TEST(Diff, TellsWhatAUserOfTheOldReleaseDownloads) {
+TEST(Diff, ListsWhatAUserOfTheOldReleaseDownloads) {
   const Sandbox sandbox;
   Sample sample(sandbox);
   ASSERT_EQ(sample.Publish(), Log{});

@@ -9,20 +9,20 @@
 
 namespace tests {
 
-// What a release of a small product is made from, and releases made from it: all in one sandbox.
+// A small product with everything that a release of it is made from, in one sandbox.
 class Sample {
  public:
   explicit Sample(const Sandbox& sandbox);
 
-  // Changes a piece of the description, which is there.
+  // Replaces a piece of the description, which must contain it.
   void Describe(const std::string& piece, const std::string& instead);
   void WriteScript(const std::string& name, const std::string& from, const std::string& to) const;
   // Runs a statement on the reference database.
   void Execute(const std::string& sql) const;
 
-  // Publishes into "server"; the faults, as "place: text".
+  // Publishes into "server"; returns the faults as "place: text".
   std::vector<std::string> Publish() const;
-  // Checks the folder or the address; likewise.
+  // Checks the folder or address; returns the faults in the same form.
   static std::vector<std::string> Check(const std::string& place, const std::string& from = {});
 
   publish::PublishOptions options;
@@ -32,16 +32,16 @@ class Sample {
   const Sandbox& sandbox_;
 };
 
-// Whether one of the faults has that piece of text.
+// Returns whether one of the faults contains that text.
 bool HasFault(const std::vector<std::string>& faults, const std::string& piece);
 
-using Contents = std::vector<std::pair<std::string, std::string>>;  // entry, its bytes
+using Contents = std::vector<std::pair<std::string, std::string>>;  // names and bytes of entries
 
 // Writes a package in the sandbox.
 void Pack(const Sandbox& sandbox, const std::string& package, const Contents& contents,
           bool with_trailer = false);
 
-// The names and bytes of all files below a folder, in one text.
+// The names and bytes of all files below a folder, as one text.
 std::string Everything(const Sandbox& sandbox, const std::string& folder);
 
 std::string Utf16(const std::string& text);

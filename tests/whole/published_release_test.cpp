@@ -12,7 +12,6 @@ namespace {
 
 using Log = std::vector<std::string>;
 
-// The updater's own engine installs what has been published.
 TEST_F(RunTest, APublishedReleaseIsInstalled) {
   Sample sample(sandbox_);
   sample.Describe("http://one.example/\"/><Server Url=\"two.example", server_.Url(""));

@@ -12,7 +12,7 @@
 
 namespace companion::rar {
 
-// The packed bytes of the current entry, volume after volume.
+// Reads the packed bytes of the current entry from all its volumes.
 class Archive::PartSource final : public PackedSource {
  public:
   explicit PartSource(Archive& archive) : archive_(archive) {}
@@ -56,11 +56,11 @@ class Archive::Sink final : public ContentSink {
 
   std::uint64_t Left() const override { return limit_ - written_; }
 
-  // entry: as its last part describes it, whose checksum is the whole entry's.
+  // entry: as its last part describes it, which has the checksum of the whole entry.
   void CheckWhole(const Entry& last_part) {
     const Entry& entry = archive_.entry_;
-    // Packed data that ends before the declared size is sound when nothing contradicts it: entries
-    // without any checksum are known by their own end mark alone.
+    // Packed data that ends before the declared size is sound if nothing contradicts it: in entries
+    // without a checksum only their own end mark shows the end.
     const bool has_checksum = last_part.crc || last_part.blake2sp;
     const bool may_be_shorter = entry.method != 0 && !has_checksum;
     if (entry.unpacked_size && written_ != *entry.unpacked_size && !may_be_shorter) {
@@ -87,7 +87,7 @@ Archive::Archive(std::string path, bool for_extraction, VolumeOpener opener)
   ReadBeginning();
 }
 
-// The main header, for the flags. What is wrong with it shows again when the entries are read.
+// Reads the flags of the main header. Damage is reported later, when the entries are read.
 void Archive::ReadBeginning() {
   Block block;
   if (reader_->Read(*file_, offset_, block) != ports::kRarOk) return;
@@ -114,7 +114,7 @@ ports::RarResult Archive::FindEntry() {
     const ports::RarResult result = reader_->Read(*file_, offset_, block);
     if (result != ports::kRarOk) return result;
     main_seen_ = main_seen_ || block.kind == BlockKind::kMain;
-    // What stands before the main header is not an entry.
+    // A block before the main header is no entry.
     if (block.kind == BlockKind::kFile && main_seen_) {
       entry_ = block.entry;
       part_ = std::move(block);
@@ -179,7 +179,7 @@ void Archive::PassOver() {
   }
 }
 
-// Whatever became of the entry, the next header is looked for behind the part reached last.
+// Whatever happened to the entry, the next header is searched for after the part reached last.
 template <typename Action>
 ports::RarResult Archive::Process(Action action) {
   if (!pending_) return ended_ == ports::kRarOk ? ports::kRarEndOfArchive : ended_;
@@ -208,7 +208,7 @@ ports::RarResult Archive::Skip() {
     try {
       Decode(nullptr);
     } catch (const Failure&) {
-      // The entry is not wanted. A later solid one reports that the chain is broken.
+      // The entry is skipped; a later solid one will report that the chain is broken.
     }
   });
 }
@@ -233,7 +233,7 @@ bool Archive::NeedsDecodingForLaterEntries() const {
          !entry_.split_before;
 }
 
-// What stands against extraction, before anything is created.
+// Finds reasons against extraction before anything is created.
 void Archive::CheckExtractable() const {
   const bool known_version = reader_->IsRar5() ? entry_.version == 50 : entry_.version <= 36;
   if (entry_.encrypted) throw Failure{ports::kRarMissingPassword};
@@ -254,7 +254,7 @@ Decoder& Archive::DecoderForEntry() {
     return *stored_decoder_;
   }
   if (!entry_.solid) solid_chain_is_whole_ = true;
-  // The decoder starts anew by itself; its memory serves the next entry.
+  // The decoder starts afresh by itself; its memory is reused for the next entry.
   if (const DecoderFamily family = FamilyOf(entry_); !decompressor_ || family != family_) {
     decompressor_ = MakeDecompressor(family);
     family_ = family;

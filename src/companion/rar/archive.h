@@ -9,19 +9,19 @@
 
 namespace companion::rar {
 
-// Opens the volume of that path; nullptr when it is not there or cannot be read.
+// Opens the volume of that path; returns null if it does not exist or cannot be read.
 using VolumeOpener = std::function<std::unique_ptr<os::ReadableFile>(const std::string& path)>;
 
-// Sees extracted bytes; false stops the extraction.
+// Receives extracted bytes; returns false to stop the extraction.
 using ContentListener = std::function<bool(const std::uint8_t* data, std::size_t length)>;
 
-// One open archive, read entry by entry from its first block on, through its volumes.
+// An open archive, read entry by entry from its first block through all its volumes.
 class Archive {
  public:
   // Throws Failure: kRarOpenFailed, kRarBadArchive.
   Archive(std::string path, bool for_extraction, VolumeOpener opener);
 
-  // Finds the next entry, passing over the data of one that was not processed.
+  // Finds the next entry, skipping the data of one that was not processed.
   ports::RarResult ReadHeader();
 
   // Valid after ReadHeader has given kRarOk.
@@ -34,8 +34,8 @@ class Archive {
   ports::RarResult Skip();
   ports::RarResult Test();
 
-  // Creates the entry beneath the folder ("" is the current one) under its own name, or, when a
-  // target is given, at that path.
+  // Creates the entry below the folder ("" is the current one) under its own name or, if a target
+  // is given, at that path.
   ports::RarResult Extract(const std::string& folder, const std::string& target);
 
   void SetListener(ContentListener listener) { listener_ = std::move(listener); }
@@ -47,12 +47,12 @@ class Archive {
   void ReadBeginning();
   ports::RarResult FindEntry();
   ports::RarResult OpenNextVolume();
-  // Goes on to the part of the current entry in the next volume. Throws Failure.
+  // Continues with the part of the current entry in the next volume. Throws Failure.
   void NextPart();
-  // Passes over the rest of the current entry in all volumes. Throws Failure.
+  // Skips the rest of the current entry in all volumes. Throws Failure.
   void PassOver();
   void CheckPresent(const Block& block) const;
-  // Decodes the current entry into the file (none: nowhere) and checks it. Throws Failure.
+  // Decodes the current entry, into the file unless that is null, and checks it. Throws Failure.
   void Decode(os::WritableFile* file);
   Decoder& DecoderForEntry();
   bool NeedsDecodingForLaterEntries() const;
@@ -72,7 +72,7 @@ class Archive {
   int volumes_ = 1;
   bool headers_encrypted_ = false;
   bool main_seen_ = false;
-  ports::RarResult ended_ = ports::kRarOk;  // once reading has ended: how
+  ports::RarResult ended_ = ports::kRarOk;  // how reading has ended, if it has
 
   Entry entry_;           // as in the volume where it begins
   Block part_;            // its part in the current volume

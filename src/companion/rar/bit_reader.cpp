@@ -8,7 +8,7 @@ namespace companion::rar {
 namespace {
 
 constexpr std::size_t kBufferSize = 64U << 10U;
-// Zeros behind the data: one symbol with all its extra bits, and the 8 bytes of a peek.
+// Zeros after the data: enough for one symbol with all its extra bits and the 8 bytes of a peek.
 constexpr std::size_t kPadding = 64;
 // Bytes before the position that a refill keeps, so that MoveTo can go back a little.
 constexpr std::size_t kKept = 32;
@@ -47,13 +47,13 @@ std::ptrdiff_t BitReader::Refill() {
     byte_limit_ = end_ * 8;
     std::fill_n(buffer_.begin() + static_cast<std::ptrdiff_t>(end_), kPadding, std::uint8_t{0});
   }
-  // A position far behind the end is damaged data; the padding covers what one symbol can take.
+  // A position far beyond the end means damaged data; the padding covers what one symbol can take.
   if (cursor_.bit > (end_ + kPadding / 2) * 8) ThrowOverrun();
   return static_cast<std::ptrdiff_t>(end_ * 8) - static_cast<std::ptrdiff_t>(cursor_.bit);
 }
 
 std::uint8_t BitReader::TakeByteSlowly() {
-  // A range coder may look a little behind the end.
+  // A range coder may look a little beyond the end.
   if (UncheckedBits() < 8 - kRangeCoderBits) ThrowOverrun();
   const std::uint8_t value = cursor_.data[cursor_.bit >> 3U];
   cursor_.bit += 8;

@@ -11,8 +11,8 @@
 namespace companion::rar {
 
 // A position in a bit stream whose first bit is the highest of the first byte. Small enough to be
-// copied into a decoding loop, where the compiler keeps it in registers. Reads up to 8 bytes behind
-// the position; whoever hands one out keeps that much readable.
+// copied into a decoding loop, where the compiler keeps it in registers. Reads up to 8 bytes after
+// the position; whoever provides the cursor keeps that much readable.
 struct BitCursor {
   const std::uint8_t* data = nullptr;
   std::size_t bit = 0;
@@ -36,39 +36,39 @@ struct BitCursor {
   }
 };
 
-// Packed bytes as bits, buffered. Behind the end of the source zeros are read; whoever consumes
-// them has met damaged data.
+// Packed bytes as bits, buffered. After the end of the source zeros are read; consuming them means
+// that the data is damaged.
 class BitReader {
  public:
   BitReader();
 
-  // Begins a new packed stream. The source must outlive its use here.
+  // Begins a new packed stream. The source must outlive it.
   void Begin(PackedSource& source);
 
-  // The hot loops copy the cursor, take at most UncheckedBits() from the copy and set it back.
+  // The hot loops copy the cursor, consume at most UncheckedBits() of the copy and store it back.
   BitCursor& Cursor() { return cursor_; }
 
-  // Bits that can be taken without a look at the end of the stream, after a refill if need be.
-  // At least kReserveBits unless the stream ends; can be negative behind the end.
+  // The number of bits that can be consumed without checking for the end of the stream; refills the
+  // buffer if needed. At least kReserveBits unless the stream ends; may be negative after the end.
   std::ptrdiff_t UncheckedBits() {
     const auto left =
         static_cast<std::ptrdiff_t>(end_ * 8) - static_cast<std::ptrdiff_t>(cursor_.bit);
     return left >= kReserveBits ? left : Refill();
   }
-  // Throws when bits behind the end of the stream were consumed.
+  // Throws if bits after the end of the stream have been consumed.
   void CheckNotOverrun() const {
     if (cursor_.bit > end_ * 8) ThrowOverrun();
   }
   bool IsAtEnd() { return UncheckedBits() <= 0; }
 
-  // 0 to 32 bits with every check, for headers and tables.
+  // Reads 0 to 32 bits with all checks, for headers and tables.
   std::uint32_t Take(unsigned count) {
     UncheckedBits();
     const std::uint32_t value = cursor_.Take(count);
     CheckNotOverrun();
     return value;
   }
-  // The next whole byte; the position must be at a byte's beginning.
+  // Reads a byte; the position must be at the beginning of one.
   std::uint8_t TakeByte() {
     if (cursor_.bit >= byte_limit_) return TakeByteSlowly();
     const std::uint8_t value = cursor_.data[cursor_.bit >> 3U];
@@ -79,7 +79,7 @@ class BitReader {
 
   // Bits since the beginning of the stream.
   std::uint64_t Position() const { return dropped_ * 8 + cursor_.bit; }
-  // Goes to a position ahead, or back within the reserve.
+  // Moves to a position ahead, or back within the reserve.
   void MoveTo(std::uint64_t position);
 
   static constexpr std::ptrdiff_t kReserveBits = 256;

@@ -69,7 +69,7 @@ void Blake2s::Compress(bool last) {
 
 void Blake2s::Update(const std::uint8_t* data, std::size_t length) {
   while (length > 0) {
-    // A full block waits: the last one is compressed with a mark.
+    // A full block is kept back, since the last one is compressed with a mark.
     if (length_ == block_.size()) {
       total_ += length_;
       Compress(false);

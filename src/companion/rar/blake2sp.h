@@ -9,7 +9,7 @@ namespace companion::rar {
 // One node of the tree: BLAKE2s with a digest of 32 bytes, without a key (RFC 7693).
 class Blake2s {
  public:
-  // Place of the node: leaves have depth 0.
+  // The node's place in the tree: leaves have depth 0.
   Blake2s(std::uint32_t node, std::uint8_t depth, bool last_of_level);
   void Update(const std::uint8_t* data, std::size_t length);
   std::array<std::uint8_t, 32> Finish();
@@ -24,7 +24,7 @@ class Blake2s {
   bool last_of_level_;
 };
 
-// BLAKE2sp: eight leaves that take the message's 64-byte blocks in turn, and a root over their
+// BLAKE2sp: eight leaves hash the message's 64-byte blocks in turn, and a root hashes their
 // digests.
 class Blake2sp {
  public:

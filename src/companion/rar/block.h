@@ -14,15 +14,15 @@ namespace companion::rar {
 // One file or folder of an archive, the same for both formats.
 struct Entry {
   std::string name;           // decoded, UTF-8; RAR 4 separates with "\", RAR 5 with "/"
-  bool name_is_sound = true;  // false: malformed, or a zero character in it
+  bool name_is_sound = true;  // false if malformed or with a zero character
   bool split_before = false;  // continues from the previous volume
-  bool split_after = false;   // goes on in the next volume
+  bool split_after = false;   // continues in the next volume
   bool encrypted = false;
-  bool solid = false;  // decoded with the window of the entry before
+  bool solid = false;  // decoded with the window of the previous entry
   bool directory = false;
   bool special = false;                        // a link, a pipe, a device
   std::uint64_t packed_size = 0;               // in this volume
-  std::optional<std::uint64_t> unpacked_size;  // of the whole entry; nothing: not known
+  std::optional<std::uint64_t> unpacked_size;  // of the whole entry; absent if unknown
   std::optional<std::uint32_t> crc;            // CRC32 of the content
   std::optional<std::array<std::uint8_t, 32>> blake2sp;
   std::uint32_t host_os = 0;             // 2 Windows, 3 Unix, as in the header record
@@ -38,7 +38,7 @@ struct Entry {
 
 enum class BlockKind { kMain, kFile, kService, kEnd, kEncryption, kOther };
 
-// One block of an archive file: a header, and data behind it.
+// One block of an archive file: a header, which its data follows.
 struct Block {
   BlockKind kind = BlockKind::kOther;
   std::uint64_t data_offset = 0;
@@ -55,8 +55,8 @@ class BlockReader {
  public:
   virtual ~BlockReader() = default;
 
-  // kRarOk, or why there is no block: kRarEndOfArchive at the end of the file, kRarBadData for a
-  // damaged header, kRarReadFailed for a failing read (and RAR 4 headers that are cut off).
+  // Returns kRarOk or why there is no block: kRarEndOfArchive at the end of the file, kRarBadData
+  // for a damaged header, kRarReadFailed for a failed read (and RAR 4 headers that are cut off).
   virtual ports::RarResult Read(os::ReadableFile& file, std::uint64_t offset,
                                 Block& block) const = 0;
   virtual std::uint64_t FirstOffset() const = 0;  // length of the signature
@@ -66,10 +66,10 @@ class BlockReader {
 std::unique_ptr<BlockReader> MakeRar4BlockReader();
 std::unique_ptr<BlockReader> MakeRar5BlockReader();
 
-// By the signature at the file's beginning; nullptr when it is neither format.
+// Chooses the format by the signature at the beginning of the file; returns null if it is neither.
 std::unique_ptr<BlockReader> RecogniseFormat(os::ReadableFile& file);
 
-// DOS form of a time, local; 0 for what it cannot express.
+// The DOS form of a time, local; 0 if it cannot express the time.
 std::uint32_t ToDosTime(std::int64_t seconds);
 std::int64_t FromDosTime(std::uint32_t dos_time);
 

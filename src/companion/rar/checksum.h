@@ -9,12 +9,12 @@
 
 namespace companion::rar {
 
-// The checksums that an entry declares, over the content as it comes.
+// Computes the checksums that an entry declares while its content arrives.
 class Checksum {
  public:
   explicit Checksum(const Entry& entry);
   void Update(const std::uint8_t* data, std::size_t length);
-  // Whether the content is the one that the entry declares; true where it declares nothing.
+  // Returns whether the content matches the entry's checksums; true if it has none.
   bool Matches(const Entry& entry);
 
  private:

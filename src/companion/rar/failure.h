@@ -4,7 +4,7 @@
 
 namespace companion::rar {
 
-// Travels inside the reader and becomes a result code at its surface.
+// Thrown inside the reader only; the exported functions turn it into a result code.
 struct Failure {
   ports::RarResult code;
 };

@@ -6,7 +6,7 @@
 
 namespace companion::rar {
 
-// Takes little-endian fields from a header. Running over its end is remembered, never read.
+// Takes little-endian fields from a header. Reading past its end is recorded, but never done.
 class FieldCursor {
  public:
   explicit FieldCursor(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
@@ -24,7 +24,7 @@ class FieldCursor {
     return value;
   }
 
-  // RAR 5: 7 bits a byte, lowest first, the top bit says that more follow.
+  // RAR 5: 7 bits per byte, lowest first; the top bit says that more follow.
   std::uint64_t TakeVint() {
     std::uint64_t value = 0;
     for (unsigned shift = 0; shift < 70; shift += 7) {
@@ -37,7 +37,7 @@ class FieldCursor {
     return 0;
   }
 
-  // Empty when there are not that many.
+  // Empty if there are not that many.
   std::span<const std::uint8_t> TakeBytes(std::uint64_t count) {
     if (count > bytes_.size()) {
       sound_ = false;

@@ -10,24 +10,24 @@
 
 namespace companion::rar {
 
-// Between decompression and sink: passes bytes on, except those of announced blocks, which are
-// collected until they are complete and go through their filter first. So a block may be larger
-// than the window, and the window never has to wait for one.
+// Stands between decompression and sink. Passes bytes on, except those of announced blocks, which
+// are collected until the block is complete and go through its filter first. So a block may be
+// larger than the window, and the window never has to wait for one.
 class FilterPipeline {
  public:
-  // No archive needs more; a hostile one could pile them up without end.
+  // No archive needs more; a hostile one could announce them without end.
   static constexpr std::uint32_t kMaxBlock = 4U << 20U;
   static constexpr std::size_t kMaxPending = 8192;
   static constexpr std::size_t kMaxStacked = 16;
 
-  // Starts a new entry; blocks that were not reached are forgotten.
+  // Starts a new entry; blocks that were not reached are dropped.
   void Begin(ContentSink& sink);
 
   // Announces the filter of the bytes [start, start + length) of the entry, which have not been
-  // written yet. Blocks come in order and do not overlap; a block that equals the one before gets
-  // both filters, first announced first. Throws Failure for anything else.
+  // written yet. Blocks come in order and do not overlap; if a block equals the previous one, both
+  // filters apply in the order of announcement. Throws Failure for anything else.
   void Announce(std::uint64_t start, std::uint64_t length, const FilterRequest& request);
-  // Blocks that are not complete pass unfiltered.
+  // Passes incomplete blocks on unfiltered.
   void ForgetAnnounced();
 
   // Bytes of the entry, in order.

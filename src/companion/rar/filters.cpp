@@ -18,7 +18,7 @@ void StoreLe32(std::uint8_t* bytes, std::uint32_t value) {
     bytes[i] = static_cast<std::uint8_t>(value >> (8 * i));
 }
 
-// Walks the bytes of one channel after another: `next(byte)` gives the byte that belongs there.
+// Walks through the bytes of one channel after the other; `next(byte)` returns the byte to store.
 template <typename Next>
 void UnpackChannel(std::span<const std::uint8_t> packed, std::size_t& taken, std::uint32_t channel,
                    std::uint32_t channels, std::span<std::uint8_t> out, Next next) {
@@ -78,7 +78,7 @@ void UndoItaniumBundle(std::uint32_t bundle_number, std::span<std::uint8_t, 16> 
     if (((kBranchSlots[code - 0x10] >> slot) & 1U) == 0) continue;
     const unsigned first_bit = 5 + slot * 41;
     const unsigned opcode_bit = first_bit + 37;
-    // The four bits never cross a byte.
+    // The four bits never cross a byte border.
     const unsigned opcode =
         (static_cast<unsigned>(bundle[opcode_bit / 8]) >> (opcode_bit % 8)) & 0xFU;
     if (opcode != 5) continue;
@@ -98,7 +98,7 @@ void UndoItanium(std::uint64_t position, std::span<std::uint8_t> block) {
   }
 }
 
-// The neighbour among left, above and left above that is nearest to left + above - left above.
+// Of left, above and corner (left above), the one that is nearest to left + above - corner.
 std::uint8_t NearestNeighbour(int left, int above, int left_above) {
   const int to_left = std::abs(above - left_above);
   const int to_above = std::abs(left - left_above);
@@ -162,7 +162,7 @@ class AudioChannel {
     }
   }
 
-  // Moves the one weight whose change would have made the smallest error.
+  // Changes the weight that would have reduced the error most.
   void Adapt() {
     std::size_t best = 0;
     for (std::size_t i = 1; i < errors_.size(); ++i) {
@@ -196,7 +196,7 @@ void UndoAudio(std::uint32_t channels, std::span<const std::uint8_t> packed,
   }
 }
 
-// For filters that put every byte in another place.
+// For filters that move every byte.
 template <typename Undo>
 void UndoInto(std::vector<std::uint8_t>& block, std::vector<std::uint8_t>& scratch, Undo undo) {
   scratch.resize(block.size());

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-// The transformations that are undone behind the decompression. RAR 5 names them by number, RAR 3
+// The transformations that are undone after decompression. RAR 5 identifies them by number, RAR 3
 // by the program that describes them.
 namespace companion::rar {
 
@@ -27,9 +27,9 @@ struct FilterRequest {
   bool position_wraps = false;   // kX86...: positions count within 16 MiB (RAR 5)
 };
 
-// Undoes one filter in place. `position` is where the block stands in the entry. `scratch` is
-// memory for filters that cannot work in place and is kept by the caller. Throws Failure for
-// parameters that no archive holds.
+// Undoes one filter in place. `position` is the block's offset in the entry. `scratch` is the
+// caller's memory for filters that cannot work in place. Throws Failure for parameters that no
+// sound archive has.
 void UndoFilter(const FilterRequest& request, std::uint64_t position,
                 std::vector<std::uint8_t>& block, std::vector<std::uint8_t>& scratch);
 

@@ -19,7 +19,7 @@ class HuffmanTable {
   // One length per symbol, 0 to 15; 0: the symbol does not occur.
   void Build(std::span<const std::uint8_t> lengths);
 
-  // Less than the number of symbols. Takes at most 15 bits.
+  // Decodes a symbol, less than the number of symbols. Consumes at most 15 bits.
   std::uint32_t Decode(BitCursor& in) const {
     const std::uint64_t bits = in.Peek();
     const std::uint16_t entry = quick_[static_cast<std::size_t>(bits >> (64U - kQuickBits))];
@@ -35,10 +35,10 @@ class HuffmanTable {
 
   std::uint32_t DecodeSlowly(std::uint32_t bits, BitCursor& in) const;
 
-  // symbol << 4 | length by the next bits; 0: the code is longer.
+  // symbol << 4 | length, indexed by the next bits; 0 for longer codes.
   std::array<std::uint16_t, 1U << kQuickBits> quick_{};
   std::array<std::uint32_t, kMaxLength + 1>
-      limits_{};  // first 16-bit value behind the codes of a length
+      limits_{};  // first 16-bit value after the codes of a length
   std::array<std::uint32_t, kMaxLength + 1> firsts_{};  // index of the first symbol of a length
   std::array<std::uint16_t, kMaxSymbols> symbols_{};    // by length, then by value
   std::uint32_t size_ = 0;

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-// What the reader believes of an archive at most. Checked before anything is allocated or made.
+// The largest values that the reader accepts, checked before anything is allocated or created.
 namespace companion::rar {
 
 inline constexpr std::size_t kMaxHeaderLength = 2U << 20U;  // the format's own limit (RAR 5)

@@ -12,7 +12,7 @@ namespace {
 using tmw::CodePage;
 
 // The coded UTF-16 of RAR 4 (libarchive documents it in its reader): a common high byte, then
-// groups of four characters behind a byte of four 2-bit kinds, highest first.
+// groups of four characters after a byte of four 2-bit kinds, highest first.
 class CodedName {
  public:
   CodedName(std::string_view plain, std::string_view coded) : plain_(plain), coded_(coded) {}
@@ -47,7 +47,7 @@ class CodedName {
     }
   }
 
-  // A run of the plain name: as it is, or with a difference added and the common high byte.
+  // A run of the plain name: unchanged, or with an offset added and the common high byte.
   bool DecodeRun(std::uint16_t common) {
     const unsigned first = Next();
     const bool shifted = (first & 0x80U) != 0;
@@ -84,7 +84,7 @@ bool IsDeviceName(const std::string& part) {
   while (stem.ends_with(' '))
     stem.pop_back();
   if (std::find(kDevices.begin(), kDevices.end(), stem) != kDevices.end()) return true;
-  // The superscript digits count as digits there too.
+  // Windows takes superscript digits for digits too.
   const std::u16string units = tmw::Utf8ToUtf16(stem);
   if (units.size() != 4 || !(stem.starts_with("com") || stem.starts_with("lpt"))) return false;
   const char16_t digit = units[3];

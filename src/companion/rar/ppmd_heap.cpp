@@ -8,9 +8,9 @@
 namespace companion::rar {
 namespace {
 
-// While free pieces are glued, each is a node of a ring: a mark that tells it from pieces in use
-// (16 bits, 0 for free; used pieces never begin with 16 zero bits), its units (16 bits), the next
-// and the previous node.
+// While free pieces are merged, each is a node of a ring: a mark that distinguishes it from used
+// pieces (16 bits, 0 for free; used pieces never begin with 16 zero bits), its units (16 bits), the
+// next and the previous node.
 struct Node {
   std::uint16_t mark;
   std::uint16_t units;
@@ -59,7 +59,7 @@ void PpmdHeap::Resize(std::uint32_t size) {
   if (size == size_) return;
   memory_.reset();
   size_ = 0;
-  // Behind the end stands the head of the ring of free pieces.
+  // The head of the ring of free pieces is stored after the end.
   memory_.reset(static_cast<std::uint8_t*>(std::malloc(std::size_t{kBegin} + size + kUnit)));
   if (!memory_) throw Failure{ports::kRarNoMemory};
   std::memset(At(0), 0, kBegin);
@@ -75,7 +75,7 @@ void PpmdHeap::Restart() {
   glue_countdown_ = 0;
 }
 
-// As one piece if there is such a size, else as the largest that fits and a small rest.
+// Frees the units as one piece if that size exists, otherwise as the largest that fits and a rest.
 void PpmdHeap::PutFreeUnits(Ref piece, std::uint32_t units) {
   unsigned index = IndexFor(units);
   if (units_by_index_[index] != units) {
@@ -129,8 +129,8 @@ PpmdHeap::Ref PpmdHeap::Shrink(Ref piece, std::uint32_t old_units, std::uint32_t
   return piece;
 }
 
-// Makes a ring of all free pieces, behind a head at the end of the memory, and empties the lists.
-// Gives the ring's first node: the piece linked last.
+// Makes a ring of all free pieces, with its head after the end of the memory, and empties the
+// lists. Returns the ring's first node, the piece linked last.
 PpmdHeap::Ref PpmdHeap::LinkFreePieces() {
   Nodes nodes(*this);
   const Ref head = kBegin + size_;

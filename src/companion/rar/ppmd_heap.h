@@ -10,9 +10,9 @@
 namespace companion::rar {
 
 // The memory of a PPMd model: one block, addressed by 32-bit offsets (0: nothing), from which
-// pieces of 1 to 128 units of 12 bytes are taken. Which piece a request gets, and when there is
-// none left, is part of the compression format (variant H of the model restarts then), so the order
-// of the free lists, splitting and gluing must stay exactly as they are.
+// pieces of 1 to 128 units of 12 bytes are taken. Which piece a request gets, and when none is
+// left, is part of the compression format (variant H of the model restarts then), so the order of
+// the free lists, the splitting and the merging must stay exactly as they are.
 //
 //   text grows up |  ...  units_start | pieces grow up ->  lo ... hi  <- contexts grow down | end
 class PpmdHeap {
@@ -24,21 +24,21 @@ class PpmdHeap {
 
   PpmdHeap();
 
-  // Takes memory for that many bytes, a multiple of 4. Throws Failure{kRarNoMemory}.
+  // Allocates that many bytes, a multiple of 4. Throws Failure{kRarNoMemory}.
   void Resize(std::uint32_t size);
-  // Everything is free again, and the text empty.
+  // Frees everything and empties the text.
   void Restart();
 
   std::uint8_t* At(Ref ref) { return memory_.get() + ref; }
   const std::uint8_t* At(Ref ref) const { return memory_.get() + ref; }
 
-  // The model's history, which contexts that are not built yet point into.
+  // The model's history, to which contexts that are not built yet refer.
   Ref Text() const { return text_; }
   Ref UnitsStart() const { return units_start_; }
   void AppendText(std::uint8_t byte) { *At(text_++) = byte; }
   void DropText() { --text_; }
 
-  // 0 when there is no memory left.
+  // Returns 0 if there is no memory left.
   Ref Allocate(std::uint32_t units) {
     const unsigned index = IndexFor(units);
     if (free_[index] != 0) return TakeFree(index);
@@ -49,14 +49,14 @@ class PpmdHeap {
     }
     return AllocateRarely(index);
   }
-  // One unit for a context, from the other end.
+  // Returns one unit for a context, taken from the other end.
   Ref AllocateContext() {
     if (hi_ != lo_) return hi_ -= kUnit;
     return free_[0] != 0 ? TakeFree(0) : AllocateRarely(0);
   }
-  // A piece of units + 1 with the old content, which stays where it is when there is room already.
+  // Returns a piece of units + 1 with the old content, which is not moved if it has room already.
   Ref Extend(Ref piece, std::uint32_t units);
-  // A piece of fewer units with the beginning of the old content.
+  // Returns a piece of fewer units with the beginning of the old content.
   Ref Shrink(Ref piece, std::uint32_t old_units, std::uint32_t new_units);
   void Release(Ref piece, std::uint32_t units) { PutFree(piece, IndexFor(units)); }
 

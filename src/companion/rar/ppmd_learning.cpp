@@ -12,7 +12,7 @@ std::uint32_t StateUnits(std::uint32_t symbols) {
 
 }  // namespace
 
-// Halves the frequencies of the current context and sorts its symbols; the found one comes first.
+// Halves the frequencies of the current context and sorts its symbols, the found one first.
 void PpmdModel::Rescale() {
   Context context = ContextAt(min_context_);
   const State first = StateAt(context.States());
@@ -72,7 +72,7 @@ void PpmdModel::Rescale() {
   found_ = context.States();
 }
 
-// The context shorter by one byte learns the found symbol as well.
+// Updates the context that is one byte shorter with the found symbol, too.
 void PpmdModel::StrengthenSuffix() {
   const State found = StateAt(found_);
   Context context = ContextAt(ContextAt(min_context_).Suffix());
@@ -129,7 +129,7 @@ void PpmdModel::UpdateModel() {
   if (!AddToContexts(successor, end_context)) Restart();
 }
 
-// All contexts that escaped get the found symbol. False when memory is used up.
+// Adds the found symbol to all contexts that escaped. Returns false if memory is used up.
 bool PpmdModel::AddToContexts(Ref successor, Ref end_context) {
   const Context min_context = ContextAt(min_context_);
   const std::uint32_t symbols = min_context.Symbols();
@@ -185,7 +185,7 @@ void PpmdModel::AddSymbol(Context context, std::uint32_t others, std::uint32_t s
 }
 
 // Builds the contexts of one symbol that the found symbol leads to, from the shortest one that
-// exists. 0 when memory is used up.
+// exists. Returns 0 if memory is used up.
 PpmdModel::Ref PpmdModel::CreateSuccessors(bool skip_found) {
   const State found = StateAt(found_);
   const Ref up_branch = found.Successor();

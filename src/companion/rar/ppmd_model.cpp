@@ -126,7 +126,7 @@ inline void PpmdModel::BeginMask() {
   }
 }
 
-// 0: an escape.
+// Returns 0 for an escape.
 inline PpmdModel::Ref PpmdModel::DecodeAmongMany(RangeDecoder& decoder) {
   const Context context = ContextAt(min_context_);
   const std::uint32_t sum = context.Sum();
@@ -186,7 +186,7 @@ inline PpmdModel::Ref PpmdModel::DecodeBinary(RangeDecoder& decoder) {
   return 0;
 }
 
-// Goes to shorter contexts until one knows the symbol.
+// Tries shorter contexts until one knows the symbol.
 PpmdModel::Ref PpmdModel::DecodeAfterEscapes(RangeDecoder& decoder) {
   for (;;) {
     const std::uint32_t masked = ContextAt(min_context_).Symbols();

@@ -10,7 +10,7 @@
 namespace companion::rar {
 
 // Prediction by partial matching, variant H (D. Shkarin, public domain): contexts of the last
-// bytes, each with the symbols seen behind it and how often; contexts of one symbol are predicted
+// bytes, each with the symbols seen after it and how often; contexts of one symbol are predicted
 // by adaptive bits, escapes by secondary estimation.
 class PpmdModel {
  public:
@@ -42,7 +42,7 @@ class PpmdModel {
   Context ContextAt(Ref ref) { return Context(heap_.At(ref)); }
 
   void Restart();
-  // Decoding: ppmd_model.cpp. The state found, or 0 for an escape.
+  // Decoding: ppmd_model.cpp. Returns the state found, or 0 for an escape.
   Ref DecodeBinary(RangeDecoder& decoder);
   Ref DecodeAmongMany(RangeDecoder& decoder);
   Ref DecodeAfterEscapes(RangeDecoder& decoder);
@@ -72,7 +72,7 @@ class PpmdModel {
   std::int32_t run_length_ = 0;
   std::int32_t initial_run_length_ = 0;
   std::uint8_t mask_stamp_ = 0;
-  std::array<std::uint8_t, 256> masks_{};  // a symbol is masked when this equals mask_stamp_
+  std::array<std::uint8_t, 256> masks_{};  // a symbol is masked if this equals mask_stamp_
   std::array<std::uint8_t, 256> see_row_{};
   std::array<std::uint8_t, 256> binary_column_{};
   std::array<std::array<See, 16>, 25> see_{};

@@ -5,7 +5,7 @@
 
 #include "companion/rar/ppmd_heap.h"
 
-// The pieces of a PPMd model in its heap, read and written in place.
+// The records of a PPMd model in its heap, read and written in place.
 namespace companion::rar {
 
 inline constexpr std::uint32_t kPpmdMaxFrequency = 124;
@@ -22,8 +22,8 @@ void StorePpmd(std::uint8_t* bytes, Value value) {
   std::memcpy(bytes, &value, sizeof value);
 }
 
-// A symbol of a context, 6 bytes in the heap: symbol, frequency, and where it leads: a context, or
-// a place in the text when that context is not built yet, or nothing.
+// A symbol of a context, 6 bytes in the heap: symbol, frequency and successor, which is a context,
+// a place in the text if that context is not built yet, or nothing.
 class PpmdState {
  public:
   static constexpr std::uint32_t kSize = 6;
@@ -60,7 +60,7 @@ struct PpmdStateValue {
 };
 
 // 12 bytes in the heap: number of symbols, sum of frequencies, states, the context shorter by one
-// byte. A context of one symbol holds that state in place of sum and states.
+// byte. A context of one symbol contains that state in place of sum and states.
 class PpmdContext {
  public:
   explicit PpmdContext(std::uint8_t* bytes) : bytes_(bytes) {}

@@ -20,14 +20,14 @@ class RangeDecoder {
       code_ = code_ << 8U | reader.TakeByte();
   }
 
-  // Where the next symbol lies in a range of `total`. Not less than `total` in damaged data.
+  // The position of the next symbol in a range of `total`; too large in damaged data.
   std::uint32_t Threshold(std::uint32_t total) {
     range_ /= total;
     if (range_ == 0) throw Failure{ports::kRarBadData};
     return (code_ - low_) / range_;
   }
 
-  // Takes a symbol out: its part [start, start + size) of the total asked for.
+  // Consumes a symbol, which has the part [start, start + size) of the total last asked for.
   void Take(std::uint32_t start, std::uint32_t size) {
     constexpr std::uint32_t kTop = 1U << 24U;
     constexpr std::uint32_t kBottom = 1U << 15U;

@@ -24,9 +24,9 @@ constexpr std::uint32_t kNoCommand = 0;
 
 constexpr std::uint64_t kDictionary = 4U << 20U;
 constexpr std::size_t kFlushSize = 128U << 10U;
-// A symbol with everything that belongs to it takes less.
+// No symbol takes more bits, its extra bits included.
 constexpr std::ptrdiff_t kSymbolBits = 80;
-// What may be left of the packed bytes when an entry is complete without an end mark.
+// How many packed bytes may be left when an entry is complete without an end mark.
 constexpr std::ptrdiff_t kRestBits = 64;
 
 // A value is a base and some extra bits.
@@ -116,8 +116,8 @@ void Rar3Decoder::BeginBlock() {
   }
 }
 
-// Flags: 0x20 a new model, its order in the low bits, memory in MiB behind; 0x40 the escape
-// follows.
+// Flags: 0x20 a new model, its order in the low bits, followed by its memory in MiB; 0x40 the
+// escape character follows.
 void Rar3Decoder::BeginModel() {
   const std::uint32_t flags = reader_.Take(7);
   const bool is_new = (flags & 0x20U) != 0;
@@ -172,7 +172,8 @@ Rar3Decoder::Next Rar3Decoder::FinishCodes() {
   return Next::kSameBlock;
 }
 
-// One bit: another block of this entry; else another: the next entry begins with a block header.
+// A set bit means another block of this entry; otherwise a second bit says whether the next entry
+// begins with a block header.
 Rar3Decoder::Next Rar3Decoder::EndCodes() {
   if (reader_.Take(1) != 0) {
     BeginBlock();
@@ -182,8 +183,8 @@ Rar3Decoder::Next Rar3Decoder::EndCodes() {
   return Next::kEndOfEntry;
 }
 
-// Decodes as many symbols as certainly lie within the next `bits`, but at least one. A command that
-// ends the run, or kNoCommand.
+// Decodes as many symbols as the next `bits` certainly contain, but at least one. Returns the
+// command that ended the run, or kNoCommand.
 std::uint32_t Rar3Decoder::DecodeSymbols(std::uint64_t until, std::ptrdiff_t bits) {
   BitCursor in = reader_.Cursor();
   SlidingWindow::Cursor window = window_.Take();
@@ -326,7 +327,7 @@ void Rar3Decoder::CopyForModel(std::uint32_t distance, std::uint32_t length) {
   window_.Set(window);
 }
 
-// The length of a filter's declaration is in its flags, or in one or two bytes behind them.
+// The length of a filter's declaration is in its flags, or in one or two bytes after them.
 template <typename TakeByte>
 void Rar3Decoder::ReadFilter(TakeByte take_byte) {
   const std::uint8_t flags = take_byte();

@@ -50,7 +50,7 @@ class Rar3Decoder : public Decoder {
   FilterPipeline pipeline_;
   Rar3Filters filters_;
 
-  std::array<std::uint8_t, 404> lengths_{};  // of the four tables, one behind the other
+  std::array<std::uint8_t, 404> lengths_{};  // of the four tables, one after the other
   HuffmanTable literals_;
   HuffmanTable distances_;
   HuffmanTable low_distances_;
@@ -66,7 +66,7 @@ class Rar3Decoder : public Decoder {
   bool in_model_ = false;
 
   bool needs_block_ = true;  // the next entry begins with a block header
-  bool can_go_on_ = false;   // the entry before was decoded to its end
+  bool can_go_on_ = false;   // the previous entry was decoded to its end
   std::vector<std::uint8_t> declaration_;
   std::uint64_t entry_start_ = 0;  // window positions
   std::uint64_t entry_end_ = 0;

@@ -21,7 +21,7 @@ enum DeclarationFlags : std::uint8_t {
 constexpr std::size_t kMaxPrograms = 1024;
 constexpr std::uint32_t kMaxProgramLength = 0x10000;
 constexpr std::uint32_t kMaxDataLength = 0x2000 - 0x40;
-// The machine's memory for a block; what is not done in place needs it twice.
+// The virtual machine's memory for a block; a filter that does not work in place needs it twice.
 constexpr std::uint32_t kWorkSize = 0x3C000;
 
 struct KnownProgram {
@@ -45,7 +45,7 @@ bool IsDoneInPlace(FilterKind kind) {
 
 }  // namespace
 
-// The declaration as bits. Behind its end zeros are read; IsSound tells.
+// The declaration as bits. After its end zeros are read, and IsSound returns false.
 class Rar3Filters::Bits {
  public:
   explicit Bits(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
@@ -60,8 +60,8 @@ class Rar3Filters::Bits {
     return value;
   }
 
-  // Two bits of kind, then 4, 8, 16 or 32 bits; a small one of 8 bits is the beginning of a
-  // negative number of 12.
+  // Two bits of kind, then 4, 8, 16 or 32 bits; a small value of 8 bits is the beginning of a
+  // negative one of 12 bits.
   std::uint32_t TakeNumber() {
     switch (Take(2)) {
       case 0:

@@ -8,9 +8,9 @@
 
 namespace companion::rar {
 
-// The filters of RAR 3. An archive describes each by a program for a virtual machine; the programs
-// that archives really hold are few, known by length and CRC32, and done here directly. Any other
-// is not run but ends the entry with kRarUnknownFormat.
+// The filters of RAR 3. An archive describes each by a program for a virtual machine. Real archives
+// contain only a few programs, which are recognised by length and CRC32 and implemented directly.
+// Any other is not run: it ends the entry with kRarUnknownFormat.
 class Rar3Filters {
  public:
   // Forgets the programs.
@@ -19,8 +19,8 @@ class Rar3Filters {
     last_program_ = 0;
   }
 
-  // Understands one declaration: its flag byte and what follows. `position` is where the entry
-  // stands; the block begins there or later. Announces the filter.
+  // Reads one declaration, its flag byte and what follows, and announces the filter. `position` is
+  // that of the entry; the block begins there or later.
   void Declare(std::uint8_t flags, std::span<const std::uint8_t> declaration,
                std::uint64_t position, FilterPipeline& pipeline);
 

@@ -7,8 +7,8 @@
 #include "companion/rar/limits.h"
 #include "companion/rar/names.h"
 
-// RAR 1.5 to 4: low half of the CRC32 of everything behind it, type, flags, header size, fields;
-// then the data, whose size is the first field when flag 0x8000 is set.
+// RAR 1.5 to 4: low half of the CRC32 of the rest of the header, type, flags, header size, fields;
+// then the data, whose size is the first field if flag 0x8000 is set.
 namespace companion::rar {
 namespace {
 
@@ -47,7 +47,7 @@ std::uint32_t MainFlags(std::uint16_t stored) {
   return flags;
 }
 
-// A file or service header; false when it is damaged.
+// Reads a file or service header; returns false if it is damaged.
 bool ParseFile(std::uint16_t flags, FieldCursor fields, Block& block) {
   Entry& entry = block.entry;
   std::uint64_t packed = fields.Take<std::uint32_t>();

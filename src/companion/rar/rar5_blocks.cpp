@@ -7,8 +7,8 @@
 #include "companion/rar/limits.h"
 #include "companion/rar/names.h"
 
-// RAR 5: CRC32 of everything behind it, header size, type, flags, [extra size], [data size],
-// fields, extra area; then the data. Unknown bytes behind known fields are valid.
+// RAR 5: CRC32 of the rest of the header, header size, type, flags, [extra size], [data size],
+// fields, extra area; then the data. Unknown bytes after the known fields are valid.
 namespace companion::rar {
 namespace {
 
@@ -45,7 +45,7 @@ void ParseRedirection(FieldCursor& record, Entry& entry) {
   entry.special = true;
 }
 
-// A record that is cut short ends the list: what stands in front of it holds.
+// A record that is cut short ends the list; the records before it are valid.
 void ParseExtraArea(FieldCursor extra, Entry& entry) {
   while (extra.Left() > 0) {
     const std::uint64_t size = extra.TakeVint();
@@ -121,7 +121,7 @@ std::uint32_t MainFlags(FieldCursor& fields) {
   return flags;
 }
 
-// The header behind its size; false when it is damaged.
+// Reads the header after its size; returns false if it is damaged.
 bool ParseHeader(std::span<const std::uint8_t> header, Block& block) {
   FieldCursor fields(header);
   const std::uint64_t type = fields.TakeVint();

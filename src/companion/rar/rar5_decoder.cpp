@@ -19,7 +19,7 @@ constexpr std::uint32_t kFirstDistanceSymbol = 258;
 constexpr std::uint32_t kFirstLengthSymbol = 262;
 
 constexpr std::size_t kFlushSize = 128U << 10U;
-// A symbol with everything that belongs to it takes less.
+// No symbol takes more bits, its extra bits included.
 constexpr std::ptrdiff_t kSymbolBits = 96;
 
 std::uint32_t TakeLength(std::uint32_t slot, BitCursor& in) {
@@ -93,7 +93,7 @@ void Rar5Decoder::ReadTables() {
   has_tables_ = true;
 }
 
-// The last symbol may reach behind the block's end, and the stream goes on at the next block.
+// The last symbol may extend beyond the block's end; the stream continues at the next block.
 void Rar5Decoder::DecodeBlock(const Block& block) {
   while (reader_.Position() < block.end) {
     if (window_.Position() - flushed_ >= kFlushSize) Flush();
@@ -107,7 +107,7 @@ void Rar5Decoder::DecodeBlock(const Block& block) {
   reader_.MoveTo(block.next);
 }
 
-// Decodes as many symbols as certainly lie within the next `bits`, but at least one. True when a
+// Decodes as many symbols as the next `bits` certainly contain, but at least one. Returns true if a
 // filter follows.
 bool Rar5Decoder::DecodeSymbols(std::uint64_t until, std::ptrdiff_t bits) {
   BitCursor in = reader_.Cursor();

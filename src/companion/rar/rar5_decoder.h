@@ -48,7 +48,7 @@ class Rar5Decoder : public Decoder {
   std::array<std::uint64_t, 4> last_distances_{};
   std::uint32_t last_length_ = 0;
   bool has_tables_ = false;
-  bool can_go_on_ = false;  // the entry before was decoded to its end
+  bool can_go_on_ = false;  // the previous entry was decoded to its end
 
   std::uint64_t entry_start_ = 0;  // window positions
   std::uint64_t flushed_ = 0;

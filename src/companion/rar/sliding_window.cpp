@@ -13,7 +13,7 @@ void SlidingWindow::SetDictionary(std::uint64_t size) {
 void SlidingWindow::Reserve(std::size_t length, std::uint64_t expected) {
   const std::uint64_t size = data_ ? std::uint64_t{mask_} + 1 : 0;
   if (size >= dictionary_ || position_ + length <= size) return;
-  // A declared size is believed up to a point; behind it memory doubles as content really comes.
+  // A declared size is trusted up to a limit; beyond it memory doubles as content arrives.
   constexpr std::uint64_t kBelieved = std::uint64_t{8} << 20U;
   std::uint64_t wanted = std::max(position_ + length, size * 2);
   wanted = std::max(wanted, position_ + std::min(expected, kBelieved));
@@ -25,7 +25,7 @@ void SlidingWindow::Reserve(std::size_t length, std::uint64_t expected) {
 void SlidingWindow::Grow(std::size_t size) {
   const std::size_t old_size = data_ ? mask_ + 1 : 0;
   if (position_ <= old_size) {
-    // Not yet gone around: the content stands at the beginning.
+    // Not wrapped around yet: the content is at the beginning.
     auto* grown = static_cast<std::uint8_t*>(std::realloc(data_.get(), size));
     if (grown == nullptr) throw Failure{ports::kRarNoMemory};
     static_cast<void>(data_.release());
@@ -40,7 +40,7 @@ void SlidingWindow::Grow(std::size_t size) {
                   piece.size());
       from += piece.size();
     });
-    // What is older than the old window is gone; zeros keep a match from reading foreign memory.
+    // Data beyond the old window is lost; zeros keep a match from reading uninitialised memory.
     const std::size_t begin = static_cast<std::size_t>(position_) & (size - 1);
     for (std::size_t i = 0; i < size - old_size; ++i)
       grown.get()[(begin + i) & (size - 1)] = 0;

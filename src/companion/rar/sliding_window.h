@@ -10,18 +10,18 @@
 
 namespace companion::rar {
 
-// The last bytes of the unpacked stream, which matches are copied from. Memory is taken as the
-// stream grows, so a header that asks for a large dictionary costs nothing by itself; it is kept
-// from entry to entry.
+// The last bytes of the unpacked stream, from which matches are copied. Memory is allocated as the
+// stream grows, so a header that asks for a large dictionary costs nothing by itself, and kept from
+// entry to entry.
 class SlidingWindow {
  public:
   // Longest match of any format.
   static constexpr std::size_t kMaxMatch = 0x1004;
   static constexpr std::size_t kMinSize = std::size_t{1} << 18U;
 
-  // How far back matches may reach from now on, rounded up to a power of two. The content stays.
+  // Sets how far back matches may reach, rounded up to a power of two. The content stays.
   void SetDictionary(std::uint64_t size);
-  // Forgets the content.
+  // Drops the content.
   void Reset() { position_ = 0; }
 
   // Bytes since Reset.
@@ -43,7 +43,7 @@ class SlidingWindow {
     }
   }
 
-  // What a decoding loop works on: a copy is taken out, appended to, and set back.
+  // What a decoding loop works on: it takes a copy, appends to it and stores it back.
   struct Cursor {
     std::uint8_t* data;
     std::size_t mask;
@@ -52,7 +52,7 @@ class SlidingWindow {
 
     void Put(std::uint8_t byte) { data[static_cast<std::size_t>(position++) & mask] = byte; }
 
-    // False when the distance reaches behind the beginning. The length is at most kMaxMatch.
+    // Returns false if the distance reaches beyond the beginning. The length is at most kMaxMatch.
     bool Copy(std::uint64_t distance, std::size_t length) {
       if (distance > position || distance > reach || distance == 0) return false;
       const std::size_t to = static_cast<std::size_t>(position) & mask;
@@ -69,8 +69,8 @@ class SlidingWindow {
     }
 
    private:
-    // Byte after byte, so that a match may run into what it writes. Never writes more than asked:
-    // the bytes ahead are the oldest of a full window and still wanted.
+    // Copies byte by byte, since a match may overlap what it writes. Never writes more than asked:
+    // the bytes ahead are the oldest of a full window and still needed.
     static void CopyForward(std::uint8_t* to, const std::uint8_t* from, std::uint64_t distance,
                             std::size_t length) {
       if (distance >= 8) {

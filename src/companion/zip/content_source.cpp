@@ -21,7 +21,7 @@ bool IsText(os::ReadableFile& file) {
   return std::find(beginning.begin(), beginning.end(), 0) == beginning.end();
 }
 
-// A text whose line ends are changed on the way.
+// A text whose line ends are converted while it is read.
 class LineEndReader {
  public:
   LineEndReader(std::shared_ptr<os::ReadableFile> file, LineEnds line_ends)
@@ -41,7 +41,7 @@ class LineEndReader {
   }
 
  private:
-  // The next stretch of the file; false at its end.
+  // Reads the next piece of the file; returns false at its end.
   bool Convert() {
     std::vector<std::uint8_t> raw(64U << 10U);
     raw.resize(ReadOrFail(*file_, offset_, raw.data(), raw.size()));
@@ -65,7 +65,7 @@ class LineEndReader {
       previous_ = byte;
       return;
     }
-    // A return waits for what follows: before a line feed it goes.
+    // A carriage return is held back: before a line feed it is dropped.
     if (held_return_ && byte != '\n') converted_.push_back('\r');
     held_return_ = byte == '\r';
     if (!held_return_) converted_.push_back(byte);

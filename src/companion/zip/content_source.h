@@ -9,8 +9,8 @@ namespace companion::zip {
 
 enum class LineEnds { kAsTheyAre, kToLf, kToCrLf };
 
-// Content of a file from its beginning, with the line ends asked for. A file with a zero byte in
-// its first 32 KiB is no text and is left as it is. Throws Failure kZipReadFailed.
+// The content of a file from its beginning, with the requested line ends. A file with a zero byte
+// in its first 32 KiB is no text and not changed. Throws Failure kZipReadFailed.
 ContentReader ReadContent(std::shared_ptr<os::ReadableFile> file, LineEnds line_ends);
 
 }  // namespace companion::zip

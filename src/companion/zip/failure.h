@@ -4,7 +4,7 @@
 
 namespace companion::zip {
 
-// Travels inside the zip engine and becomes a result code at its surface.
+// Thrown inside the zip engine only; the exported functions turn it into a result code.
 struct Failure {
   ports::ZipResult code;
 };

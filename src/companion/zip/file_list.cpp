@@ -59,7 +59,7 @@ bool MatchesUnits(std::u16string_view name, std::u16string_view mask) {
   return m == mask.size();
 }
 
-// Walks the disk and gathers the inputs of one command.
+// Collects the inputs of one command from the disk.
 class Collector {
  public:
   Collector(const ZipSettings& settings, const std::string& zip_path)
@@ -136,7 +136,7 @@ class Collector {
     }
   }
 
-  // Relative to the root, without drive, leading separators and parts that lead upwards.
+  // Relative to the root, without drive, leading separators and ".." parts.
   std::string StoredName(const std::string& path) const {
     std::string name = WithSlashes(path);
     while (name.ends_with('/'))

@@ -26,28 +26,28 @@ struct ZipSettings {
   bool latest_time = false;
   bool ask_comment = false;
   bool quiet = false;
-  int recurse = 0;                       // 1: folders with all in them; 2: masks in all folders
-  std::optional<std::int64_t> earliest;  // files older than that are left out
-  std::optional<std::int64_t> end;       // files from that moment on are left out
+  int recurse = 0;  // 1: folders with everything in them; 2: masks in all folders
+  std::optional<std::int64_t> earliest;  // older files are left out
+  std::optional<std::int64_t> end;       // files of this time or later are left out
 };
 
 struct ZipInput {
   std::string path;         // on the disk
-  std::string stored_name;  // UTF-8; a folder's ends in "/"
+  std::string stored_name;  // UTF-8; a folder's name ends with "/"
   os::Facts facts;
 };
 
 struct ZipInputs {
   std::vector<ZipInput> found;
-  std::vector<std::string> missing;  // names that nothing bears
+  std::vector<std::string> missing;  // names that match nothing
 };
 
-// Finds what the names stand for: files, folders, masks of "*" and "?" in the last part. The zip
-// file itself is left out. Throws Failure kZipBadOptions when two files would get one name.
+// Finds what the names mean: files, folders, or masks with "*" and "?" in the last part. The zip
+// file itself is left out. Throws Failure kZipBadOptions if two files would get the same name.
 ZipInputs CollectInputs(const std::vector<std::string>& names, const ZipSettings& settings,
                         const std::string& zip_path);
 
-// Case is ignored where the system ignores it in file names.
+// Ignores case if the system ignores it in file names.
 bool MatchesMask(const std::string& name, const std::string& mask);
 
 }  // namespace companion::zip

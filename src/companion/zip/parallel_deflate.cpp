@@ -22,7 +22,7 @@ constexpr std::size_t kMaxWorkers = 8;
 
 struct Piece {
   Bytes content;
-  Bytes dictionary;  // what stands in front of it
+  Bytes dictionary;  // the content before it
   bool last = false;
 };
 
@@ -76,7 +76,7 @@ PackedPiece PackPiece(Piece piece, int level) {
   return {Deflater(level).Pack(piece), crc, piece.content.size()};
 }
 
-// A piece under way on another thread, or packed when it is asked for where there is none to have.
+// A piece that is being packed on another thread, or on request if no thread could be started.
 std::future<PackedPiece> Launch(Piece piece, int level) {
   try {
     return std::async(std::launch::async, PackPiece, piece, level);
@@ -100,7 +100,7 @@ Piece ReadPiece(const ContentReader& read, Bytes& window) {
 DeflateTotals DeflateInParallel(const ContentReader& read, const PackedWriter& write, int level) {
   const std::size_t cores =
       std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMaxWorkers);
-  // One piece more than cores, so that none rests while a finished one is written.
+  // One piece more than cores, so that none is idle while a finished piece is written.
   const std::size_t most_under_way = cores + 1;
   DeflateTotals totals;
   std::deque<std::future<PackedPiece>> under_way;

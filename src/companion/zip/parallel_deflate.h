@@ -5,7 +5,7 @@
 
 namespace companion::zip {
 
-// Fills the buffer as far as there is content; less than asked only at the end. May throw.
+// Fills the buffer; returns less than asked only at the end of the content. May throw.
 using ContentReader = std::function<std::size_t(std::uint8_t* buffer, std::size_t length)>;
 using PackedWriter = std::function<void(const std::uint8_t* data, std::size_t length)>;
 
@@ -15,12 +15,12 @@ struct DeflateTotals {
   std::uint64_t packed_size = 0;
 };
 
-// One raw deflate stream from the content. Pieces are deflated side by side on the machine's cores,
-// each primed with the 32 KiB in front of it, so that the stream is hardly longer than one made in
-// one go. Memory does not depend on the content's length. level: 1 to 9.
+// Makes one raw deflate stream of the content. Pieces are deflated in parallel on the machine's
+// cores, each primed with the 32 KiB before it, so that the stream is hardly longer than one made
+// in a single run. Memory does not depend on the length of the content. level: 1 to 9.
 DeflateTotals DeflateInParallel(const ContentReader& read, const PackedWriter& write, int level);
 
-// The same interface for content that is stored as it is.
+// The same interface for content that is stored unchanged.
 DeflateTotals Store(const ContentReader& read, const PackedWriter& write);
 
 }  // namespace companion::zip

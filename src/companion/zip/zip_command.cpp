@@ -13,7 +13,7 @@
 namespace companion::zip {
 namespace {
 
-// A zip file under its temporary name. Removed when it is destroyed before Publish has succeeded.
+// A zip file under its temporary name. The destructor removes it unless Publish has succeeded.
 class NewZip {
  public:
   explicit NewZip(std::string path) : path_(std::move(path)) {
@@ -42,7 +42,7 @@ class NewZip {
     entry.packed_size = totals.packed_size;
     constexpr std::uint64_t kLargest = 0xFFFFFFFE;
     if (!entry.has_local_zip64 && std::max(entry.size, entry.packed_size) > kLargest) {
-      throw Failure{ports::kZipReadFailed};  // the file grew beyond what its header has room for
+      throw Failure{ports::kZipReadFailed};  // the file has become too large for its header
     }
     const std::string header = MakeLocalHeader(entry);
     if (!file_->WriteAt(entry.offset, header.data(), header.size()))
@@ -50,7 +50,7 @@ class NewZip {
     directory_.entries.push_back(std::move(entry));
   }
 
-  // An entry of another zip file, as it is packed there.
+  // Copies an entry of another zip file in its packed form.
   void Copy(os::ReadableFile& source, ZipEntry entry) {
     std::uint64_t from = DataOffset(source, entry);
     entry.flags = static_cast<std::uint16_t>(entry.flags & ~kFlagDescriptor);
@@ -92,7 +92,7 @@ class NewZip {
   }
   void Write(const std::string& bytes) { Write(bytes.data(), bytes.size()); }
 
-  // What the disk gives back must be what was written.
+  // Reads the file back: the disk must return what was written.
   void ReadBack() const {
     os::ErrorCode error = 0;
     const auto file = os::OpenForReading(temporary_, error);
@@ -126,7 +126,7 @@ bool IsAscii(const std::string& text) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// The name as text: UTF-8 by its flag, else the DOS code page.
+// The name as text: UTF-8 if its flag says so, otherwise from the DOS code page.
 std::string NameOf(const ZipEntry& entry) {
   if ((entry.flags & kFlagUtf8) != 0) return entry.name;
   return tmw::CodePageToUtf8(tmw::CodePage::k866, entry.name);
@@ -166,7 +166,7 @@ class Command {
     ZipInputs inputs = CollectInputs(names, settings_, zip_path_);
     for (const std::string& name : inputs.missing)
       Print(texts::NotMatched(name));
-    // A backup that lacks a file somebody named must not look like one.
+    // A backup without a file that was asked for must not look like a complete one.
     if (!inputs.missing.empty() && !inputs.found.empty()) throw Failure{ports::kZipOpenFailed};
     std::erase_if(inputs.found, [&](const ZipInput& input) { return !IsWanted(input); });
     if (inputs.found.empty()) throw Failure{ports::kZipNothingToDo};
@@ -183,7 +183,7 @@ class Command {
     if (!settings_.quiet) listeners_.print(line);
   }
 
-  // By the rules of update and freshen.
+  // Applies the rules of update and freshen.
   bool IsWanted(const ZipInput& input) const {
     if (!settings_.update && !settings_.freshen) return true;
     const auto old = std::find_if(old_.entries.begin(), old_.entries.end(), [&](const ZipEntry& e) {
@@ -208,7 +208,7 @@ class Command {
         throw Failure{ports::kZipAborted};
     }
     zip.SetComment(settings_.ask_comment ? listeners_.ask_comment(old_.comment) : old_.comment);
-    old_file_ = nullptr;  // Windows does not replace a file that is open
+    old_file_ = nullptr;  // Windows does not replace an open file
     zip.Publish();
     if (settings_.latest_time) os::SetModified(zip_path_, rar::FromDosTime(latest));
   }

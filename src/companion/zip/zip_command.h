@@ -9,20 +9,20 @@
 
 namespace companion::zip {
 
-// What the caller wants to hear and is asked; none may be empty.
+// Calls back to the caller; none may be empty.
 struct ZipListeners {
   std::function<void(const std::string& line)> print;
-  // False stops the command.
+  // Returns false to stop the command.
   std::function<bool(const std::string& name, std::uint64_t size)> entry_done;
-  // Given the present comment; bytes as they are stored.
+  // Receives the present comment and returns the new one; bytes as they are stored.
   std::function<std::string(const std::string& comment)> ask_comment;
 };
 
 // Runs one zip command over a zip file (UTF-8 paths): adds or replaces entries, or deletes them.
 //
-// The new file is written beside its final name, closed, read back entry by entry, flushed and
-// renamed. Until the rename an existing zip file stays what it was; a failure leaves none that a
-// later run could take for a good one.
+// The new file is written under a temporary name, closed, read back entry by entry, flushed and
+// renamed. Until the rename an existing zip file stays unchanged; a failure leaves no file that
+// could be taken for a complete one.
 ports::ZipResult RunZipCommand(const std::string& zip_path, const std::vector<std::string>& names,
                                const ZipSettings& settings, const ZipListeners& listeners) noexcept;
 

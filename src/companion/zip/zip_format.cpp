@@ -61,7 +61,7 @@ std::string MakeCentralHeader(const ZipEntry& entry) {
   std::string extra = entry.extra;
   const bool is_large =
       entry.size >= kAll32 || entry.packed_size >= kAll32 || entry.offset >= kAll32;
-  // With the field all three numbers stand there: simpler than the least that is allowed.
+  // The field always has all three numbers, which is simpler than the allowed minimum.
   if (is_large) extra = Zip64Extra({entry.size, entry.packed_size, entry.offset}) + extra;
   std::string bytes;
   Put(bytes, kCentralMark);
@@ -90,7 +90,7 @@ std::string ReadExactly(os::ReadableFile& file, std::uint64_t offset, std::uint6
   return bytes;
 }
 
-// Takes the 64-bit numbers out of the extra area, each only where the 32-bit one says so.
+// Takes the 64-bit numbers from the extra area, each only if the 32-bit one says so.
 void TakeZip64(ZipEntry& entry) {
   std::string rest;
   for (std::size_t at = 0; at + 4 <= entry.extra.size();) {
@@ -142,7 +142,7 @@ End FindEnd(os::ReadableFile& file) {
   throw Failure{ports::kZipBadStructure};
 }
 
-// Runs the packed bytes of an entry through the inflater, piece by piece.
+// Inflates the packed bytes of an entry piece by piece.
 class Unpacker {
  public:
   Unpacker() {
@@ -152,7 +152,7 @@ class Unpacker {
   Unpacker& operator=(const Unpacker&) = delete;
   ~Unpacker() { inflateEnd(&stream_); }
 
-  // False once the stream has ended.
+  // Returns false after the end of the stream.
   bool Take(std::string& packed) {
     stream_.next_in = reinterpret_cast<Bytef*>(packed.data());
     stream_.avail_in = static_cast<uInt>(packed.size());

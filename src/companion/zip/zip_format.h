@@ -16,7 +16,7 @@ inline constexpr std::uint16_t kMethodStored = 0;
 inline constexpr std::uint16_t kMethodDeflated = 8;
 
 struct ZipEntry {
-  std::string name;  // bytes as stored; a folder's ends in "/"
+  std::string name;  // bytes as stored; a folder's name ends with "/"
   std::uint16_t made_by = 0;
   std::uint16_t flags = 0;
   std::uint16_t method = kMethodStored;
@@ -28,7 +28,7 @@ struct ZipEntry {
   std::uint64_t offset = 0;  // of the local header
   std::string extra;         // without the Zip64 field
   std::string comment;
-  bool has_local_zip64 = false;  // the local header keeps room for 64-bit sizes
+  bool has_local_zip64 = false;  // the local header has room for 64-bit sizes
 };
 
 struct ZipDirectory {
@@ -46,11 +46,11 @@ std::string MakeDirectory(const ZipDirectory& directory, std::uint64_t offset);
 // Reads the central directory. Throws Failure kZipBadStructure, kZipReadFailed.
 ZipDirectory ReadDirectory(os::ReadableFile& file);
 
-// Where an entry's data begins, by its local header. Throws likewise.
+// The offset of an entry's data according to its local header. Throws the same.
 std::uint64_t DataOffset(os::ReadableFile& file, const ZipEntry& entry);
 
-// Unpacks an entry to nowhere and compares length and CRC; entries that are encrypted or of another
-// method are only looked at for their place. Throws likewise.
+// Unpacks an entry without storing it and compares length and CRC. Of entries that are encrypted or
+// of another method only the offset is checked. Throws the same.
 void CheckEntry(os::ReadableFile& file, const ZipEntry& entry);
 
 }  // namespace companion::zip

@@ -2,7 +2,7 @@
 
 #include <string>
 
-// What the zip half prints while it works.
+// What a zip command prints while it works.
 namespace companion::zip::texts {
 
 inline std::string NotMatched(const std::string& name) {
