@@ -250,8 +250,9 @@ TEST_F(WorkingDbTest, DictionariesThatStayAreCarriedOverWithTheirContent) {
   ports->database = &engine;
   ASSERT_TRUE(tmw::BuildEtalonDB(build, *this));
   EXPECT_EQ(engine.log,
-            (std::vector<std::string>{"open " + sandbox.Path("DBStruct/Tamrin_LastVer.mdb"),
-                                      "open " + sandbox.Path("db/Tamrin.mdb"), "idle 8", "idle 1"}))
+            (std::vector<std::string>{
+                "open " + tmw::JoinPath(sandbox.Path("DBStruct"), "Tamrin_LastVer.mdb"),
+                "open " + tmw::JoinPath(sandbox.Path("db"), "Tamrin.mdb"), "idle 8", "idle 1"}))
       << "the user database is opened once";
   EXPECT_EQ(actions[4], "Перенос справочника А ...");
   EXPECT_EQ(actions[5], "Перенос справочника Б ...");
