@@ -3,13 +3,17 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/encodings.h"
 #include "jet/file/check_texts.h"
-#include "jet/file/table_cursor.h"
+#include "jet/file/long_value_reader.h"
+#include "jet/file/packed_text.h"
 
 namespace jet::file {
 namespace {
 
 constexpr std::size_t kOrdinaryKey = 510;  // bytes
+
+constexpr std::uint32_t kGeneralOrder = 0x409;
 
 // The record of a row that is known to be there.
 PlacedRow Fetch(PageSource& source, const TableLayout& table, RowPointer row) {
@@ -19,21 +23,14 @@ PlacedRow Fetch(PageSource& source, const TableLayout& table, RowPointer row) {
   return std::move(*placed);
 }
 
-struct NullCount {
-  std::size_t nulls = 0;
-  std::size_t columns = 0;
-};
-
-NullCount CountNulls(PageSource& source, const TableLayout& table, const IndexLayout& index,
-                     const RowShape& shape, RowPointer place) {
-  const PlacedRow placed = Fetch(source, table, place);
-  const RowView row(placed.record, shape);
-  NullCount count;
-  for (const KeyColumn& key : index.columns) {
-    ++count.columns;
-    if (!row.Stored(*table.FindColumn(key.column_id))) ++count.nulls;
-  }
-  return count;
+// Whether this room's keys of the value are those of the engine: numbers always, texts in the
+// General order where their characters have known weights.
+bool HasKnownKey(const ColumnLayout& column, std::string_view stored) {
+  const std::size_t width = ValueWidth(column.type);
+  if (width != 0) return stored.size() == width;
+  if (column.type != ColumnType::kText && column.type != ColumnType::kMemo) return true;
+  return column.sort_order == kGeneralOrder &&
+         tmw::TryUtf8ToCodePage(tmw::CodePage::k1251, UnpackText(stored)).has_value();
 }
 
 }  // namespace
@@ -47,6 +44,9 @@ IndexCheck::IndexCheck(CheckContext& context, std::string name, const TableLayou
       shape_(ShapeOf(table)),
       rows_(rows),
       left_(rows),
+      key_(table, index),
+      places_(key_.Places()),
+      values_(table.columns.size()),
       owner_(context.census.NewOwner(name_)) {}
 
 void IndexCheck::Run() {
@@ -171,23 +171,48 @@ void IndexCheck::CheckEntry(const std::string& entry, PageNumber page) {
   last_entry_ = entry;
 }
 
+std::size_t IndexCheck::TakeKeyValues(const PlacedRow& placed) {
+  const RowView row(placed.record, shape_);
+  long_values_.clear();
+  std::size_t nulls = 0;
+  for (const std::size_t place : places_) {
+    const ColumnLayout& column = table_.columns[place];
+    values_[place] = row.Stored(column);
+    if (!values_[place]) {
+      ++nulls;
+    } else if (IsLong(column.type)) {
+      long_values_.push_back(
+          ReadLongValue(context_.source, {placed.record.Page(), *values_[place]}));
+      values_[place] = long_values_.back();
+    }
+  }
+  return nulls;
+}
+
 void IndexCheck::CheckRowOfEntry(const IndexEntry& entry, PageNumber page, bool is_repeated) {
-  if (!is_repeated && !index_.IgnoresNulls() && !index_.IsRequired()) return;
-  const NullCount count = CountNulls(context_.source, table_, index_, shape_, entry.row);
-  if (is_repeated && count.nulls == 0)
+  const PlacedRow placed = Fetch(context_.source, table_, entry.row);
+  const std::size_t nulls = TakeKeyValues(placed);
+  if (is_repeated && nulls == 0)
     context_.findings.AddFault(check_texts::kDuplicateKey, name_, page);
-  if (index_.IgnoresNulls() && count.nulls == count.columns)
-    context_.findings.AddFault(check_texts::kEntryOfNulls, name_, page);
-  if (index_.IsRequired() && count.nulls != 0)
+  if (index_.IsRequired() && nulls != 0)
     context_.findings.AddFault(check_texts::kNullKey, name_, page);
+  std::string key;
+  if (!key_.Make(values_, key)) {
+    context_.findings.AddFault(check_texts::kEntryOfNulls, name_, page);
+    return;
+  }
+  const bool is_known = std::all_of(places_.begin(), places_.end(), [this](std::size_t place) {
+    return !values_[place] || HasKnownKey(table_.columns[place], *values_[place]);
+  });
+  if (is_known && key != entry.key) context_.findings.AddFault(check_texts::kWrongKey, name_, page);
 }
 
 void IndexCheck::CheckMissingRows() {
   left_.ForEach([this](RowPointer row) {
-    if (index_.IgnoresNulls()) {
-      const NullCount count = CountNulls(context_.source, table_, index_, shape_, row);
-      if (count.nulls == count.columns) return;
-    }
+    const bool may_be_missing =
+        index_.IgnoresNulls() &&
+        TakeKeyValues(Fetch(context_.source, table_, row)) == places_.size();
+    if (may_be_missing) return;
     context_.findings.AddFault(check_texts::kRowWithoutEntry, name_, row.page);
   });
 }

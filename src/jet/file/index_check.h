@@ -1,12 +1,17 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "jet/file/index_key.h"
 #include "jet/file/index_page.h"
 #include "jet/file/page_census.h"
 #include "jet/file/row_set.h"
+#include "jet/file/table_cursor.h"
 #include "jet/file/table_layout.h"
 
 namespace jet::file {
@@ -33,6 +38,8 @@ class IndexCheck {
   void CheckNode(const IndexPage& page, std::size_t depth, Branch& branch);
   void CheckPageFacts(const IndexPage& page, std::size_t height);
   void CheckEntry(const std::string& entry, PageNumber page);
+  // Fills values_ for the key, giving how many of them are Null.
+  std::size_t TakeKeyValues(const PlacedRow& placed);
   void CheckRowOfEntry(const IndexEntry& entry, PageNumber page, bool is_repeated);
   void CheckMissingRows();
 
@@ -43,6 +50,10 @@ class IndexCheck {
   RowShape shape_;
   const RowSet& rows_;
   RowSet left_;  // rows without an entry so far
+  IndexKey key_;
+  std::vector<std::size_t> places_;                      // of the key's columns in the table
+  std::vector<std::optional<std::string_view>> values_;  // by those places
+  std::deque<std::string> long_values_;                  // what some of them refer to
   PageCensus::Owner owner_;
   std::vector<PageNumber> pages_;  // of the tree
   bool is_whole_ = true;           // no part of the tree was given up

@@ -266,7 +266,7 @@ TEST_F(JetFileCheck, FindsFaultsOfIndexes) {
          const std::string entry = file::IndexPage(p.Source().Read(leaf)).Entry(0);
          low_byte(leaf, index::kEntries + entry.size() - 1, p);
        },
-       {check::kEntryTwice, check::kRowWithoutEntry}},
+       {check::kEntryTwice, check::kRowWithoutEntry, check::kWrongKey}},
       {kIndexed,
        [](Patient& p) {
          const PageNumber leaf = Leaf(p);
@@ -300,7 +300,7 @@ TEST_F(JetFileCheck, FindsFaultsOfIndexes) {
          // The first key becomes the greatest.
          *p.At(Leaf(p), index::kEntries) = '\xFF';
        },
-       {check::kEntryOrder, check::kSeparator}},
+       {check::kEntryOrder, check::kSeparator, check::kWrongKey}},
       {kIndexed,
        [](Patient& p) { p.Set(Leaf(p), index::kPrefixLength, std::uint16_t{500}); },
        {texts::kBadIndexPage}},
@@ -316,11 +316,16 @@ TEST_F(JetFileCheck, FindsFaultsOfTheCatalogue) {
   };
   const std::string no_id("\x56\x34\x12\0", 4);
   Judge({
-      {"adox_jet4.mdb", put("MSysObjects", "ParentId", no_id), {check::kNoParent}},
-      {"adox_jet4.mdb", put("MSysACEs", "ObjectId", no_id), {check::kRightsOfNothing}},
+      {"adox_jet4.mdb",
+       put("MSysObjects", "ParentId", no_id),
+       {check::kNoParent, check::kWrongKey}},
+      {"adox_jet4.mdb",
+       put("MSysACEs", "ObjectId", no_id),
+       {check::kRightsOfNothing, check::kWrongKey}},
       {"adox_jet4.mdb", put("MSysACEs", "SID", "\1\1"), {check::kUnknownAccount}},
       {"adox_jet4.mdb", put("MSysObjects", "Owner", "\1\1"), {check::kUnknownOwner}},
-      {kQueries, put("MSysQueries", "ObjectId", no_id), {check::kQueryOfNothing}},
+      {kQueries, put("MSysQueries", "ObjectId", no_id), {check::kQueryOfNothing, check::kWrongKey}},
+      {kIndexed, put("Table1", "CD_AGENTE", no_id), {check::kWrongKey}},
       {kRelated, put("MSysRelationships", "ccolumn", "\2"), {texts::kBadRelation}},
       {kRelated, put("MSysRelationships", "szColumn", "AB"), {check::kRelationOfNothing}},
   });
