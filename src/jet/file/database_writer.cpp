@@ -76,7 +76,10 @@ DatabaseWriter::DatabaseWriter(WriterFiles files, const Header& header, double m
 }
 
 DatabaseWriter::DatabaseWriter(WriterFiles files, DatabaseReader& source)
-    : DatabaseWriter(std::move(files), source.FileHeader(), &source) {}
+    : DatabaseWriter(std::move(files), source.FileHeader(), &source) {
+  for (const ForeignObject& object : source.ForeignObjects())
+    Fail(kUnknownFormat, source.FileName(), texts::WouldBeLost(object.kind, object.name));
+}
 
 DatabaseWriter::DatabaseWriter(WriterFiles files, const Header& header, DatabaseReader* source)
     : source_(source),
@@ -85,7 +88,6 @@ DatabaseWriter::DatabaseWriter(WriterFiles files, const Header& header, Database
       scratch_(files.scratch_path + kKeysEnding),
       catalogue_scratch_(files.scratch_path + kCatalogueEnding),
       catalogue_(sink_, catalogue_scratch_, header_),
-      maps_(sink_),
       next_object_id_(NextObjectId(source)) {}
 
 DatabaseWriter::~DatabaseWriter() = default;
@@ -131,7 +133,11 @@ std::vector<PageNumber> DatabaseWriter::ReserveDefinition(TableLayout& layout) {
 
 void DatabaseWriter::FinishTable(TablePacker& packer, std::vector<PageNumber> pages,
                                  PageNumber source_page, bool restart_autonumber) {
-  TableLayout layout = packer.Finish(maps_);
+  // No other table's maps stand on the same pages: the format's own engine makes it so, and may
+  // take the pages back with the table.
+  UsageMapPacker maps(sink_);
+  TableLayout layout = packer.Finish(maps);
+  maps.Finish();
   if (restart_autonumber && static_cast<std::int32_t>(layout.autonumber_step) > 0)
     layout.last_autonumber = static_cast<std::uint32_t>(packer.GreatestAutonumber().value_or(0));
   AddCarried(source_page, layout.page);
@@ -275,7 +281,6 @@ void DatabaseWriter::Finish() {
       CarryQueries();
     }
     PutDefinitions();
-    maps_.Finish();
     catalogue_.Finish();
     PutFreePages(sink_);
     sink_.Flush();

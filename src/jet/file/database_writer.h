@@ -57,7 +57,8 @@ class DatabaseWriter {
   // A database of its own, with the objects that every one has.
   DatabaseWriter(WriterFiles files, const Header& header, double moment);
 
-  // A rewrite of the source, which must outlive the writer. What is not asked for is left out.
+  // A rewrite of the source, which must outlive the writer. What is not asked for is left out. 3343
+  // when the source has objects that cannot be carried (DatabaseReader::ForeignObjects).
   DatabaseWriter(WriterFiles files, DatabaseReader& source);
 
   DatabaseWriter(const DatabaseWriter&) = delete;
@@ -111,7 +112,6 @@ class DatabaseWriter {
   ScratchFile scratch_;
   ScratchFile catalogue_scratch_;  // the catalogue's keys wait until all tables are written
   CataloguePacker catalogue_;
-  UsageMapPacker maps_;
   std::vector<Definition> definitions_;
   std::map<std::uint32_t, std::uint32_t> ids_;  // of the source's objects that are in the new file
   std::uint32_t next_object_id_;

@@ -133,6 +133,7 @@ inline constexpr std::size_t kChainPayload = 0x04;
 inline constexpr std::size_t kLongestInline = 64;
 inline constexpr std::size_t kLongestSingleRow = 3816;  // may be compressed, like an inline text
 inline constexpr std::size_t kChainPiece = 4072;        // bytes of the value in a row of a chain
+inline constexpr std::size_t kRoomWorthNoting = 256;    // on a page, to be listed as one with room
 }  // namespace long_value
 
 // A table's definition. Its pages form a chain; what follows the head of each page, put together,

@@ -131,6 +131,10 @@ void LongValuePacker::Finish() {
   if (page_) sink_->Put(*page_, rows_.Page());
 }
 
+std::optional<PageNumber> LongValuePacker::SpacePage() const {
+  return page_ && rows_.HasRoomFor(long_value::kRoomWorthNoting) ? page_ : std::nullopt;
+}
+
 std::string PackMemo(std::string_view text, bool may_compress) {
   std::string stored = PackText(text, may_compress);
   if (!may_compress || UnpackedLength(stored) <= long_value::kLongestSingleRow) return stored;

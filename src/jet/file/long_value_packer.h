@@ -29,8 +29,8 @@ class LongValuePacker {
 
   const PageSet& Pages() const { return pages_; }
 
-  // The page with room for more values.
-  std::optional<PageNumber> SpacePage() const { return page_; }
+  // The page with room for more values, if there is one.
+  std::optional<PageNumber> SpacePage() const;
 
  private:
   class Chain;

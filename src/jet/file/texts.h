@@ -67,6 +67,11 @@ inline constexpr const char* kMacro = "макрос";
 inline constexpr const char* kModule = "модуль";
 inline constexpr const char* kDataAccessPage = "страница доступа";
 
+// Why a file is not rewritten.
+inline std::string WouldBeLost(const std::string& kind, const std::string& name) {
+  return ": в нём есть " + kind + " \"" + name + "\"";
+}
+
 inline std::string Sentence(const std::string& what, PageNumber page) {
   return what + " (страница " + std::to_string(page) + ")";
 }

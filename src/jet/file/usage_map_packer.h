@@ -10,7 +10,7 @@
 
 namespace jet::file {
 
-// Writes sets of pages as rows of pages that several tables may share.
+// Writes sets of pages as rows of some pages.
 class UsageMapPacker {
  public:
   // With a page: the first rows go there, it must have been reserved. The sink must outlive the

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 
 #include "jet/errors.h"
 #include "jet/file/layout_limits.h"
@@ -255,6 +256,35 @@ TEST(JetFileWriter, RelationsStandAtBothEnds) {
                                             {"R", 0, "Люди", "Отделы", {{"Отдел", "Старший"}}});
             }),
             jet::kNoUniqueReference);
+}
+
+TEST(JetFileWriter, RefusesASourceWithAFormInIt) {
+  NewTable table = TableOf("Отделы", {Column("Код", ColumnType::kLong)});
+  std::string bytes = tests::Written({table}, {RelationOf("Форма", "Отделы", "Код")});
+  {
+    DatabaseReader reader = tests::OpenWritten(bytes);
+    const auto place = reader.Objects().back().place;
+    const jet::file::DataPage page(reader.Pages().Read(place.page));
+    // The type stands behind two numbers of four bytes.
+    const std::size_t type = page.At(place.row).offset + jet::file::record::kFixedPart + 8;
+    jet::file::StoreLittle(bytes.data() + place.page * jet::file::kPageSize + type,
+                           jet::file::object_type::kForm);
+  }
+  DatabaseReader source = tests::OpenWritten(bytes);
+  EXPECT_EQ(ErrorOf([&] { tests::Copied(source, jet::file::Copying::kAsItStands); }),
+            jet::kUnknownFormat);
+}
+
+TEST(JetFileWriter, TablesOfTheUserDoNotShareThePagesOfTheirMaps) {
+  const std::vector<ColumnLayout> columns = {Column("A", ColumnType::kMemo)};
+  DatabaseReader reader =
+      tests::OpenWritten(tests::Written({TableOf("T1", columns), TableOf("T2", columns)}));
+  std::set<jet::file::PageNumber> pages;
+  for (const char* name : {"T1", "T2"}) {
+    const TableLayout layout = reader.Definition(*reader.FindTable(name));
+    EXPECT_TRUE(pages.insert(layout.rows_map.page).second);
+    EXPECT_EQ(layout.columns[0].long_maps->space.page, layout.rows_map.page);
+  }
 }
 
 TEST(JetFileWriter, CompactingOrdersRowsByTheKeyAndTakesUnusedNumbersBack) {
