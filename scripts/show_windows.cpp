@@ -62,6 +62,7 @@ class ExampleSystem final : public ports::SystemInfo {
     return {2047U << 20U, 1024U << 20U, 2047U << 20U, 1900U << 20U, 4};
   }
   ports::SystemFolders Folders() override { return {}; }
+  std::string DecimalSeparator() override { return ","; }
 };
 
 // Brings the window of a run into a state and leaves it there.

@@ -7,6 +7,7 @@
 #include "foundation/error_handling.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "ports/system_info.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
 #include "services/updater_settings.h"
@@ -22,10 +23,11 @@ constexpr double kGiga = kMega * 1024;
 constexpr double kSwitch = 800;  // of the smaller unit
 constexpr double kLastPlainByte = 2047;
 
-// "0.0" with the Russian decimal separator, half away from zero.
+// "0.0" with the user's decimal separator, half away from zero.
 std::string OneDecimal(double value) {
   const auto tenths = static_cast<std::int64_t>(std::floor(value * 10 + 0.5));
-  return std::to_string(tenths / 10) + "," + std::to_string(tenths % 10);
+  return std::to_string(tenths / 10) + ports::CurrentPorts().system_info->DecimalSeparator() +
+         std::to_string(tenths % 10);
 }
 
 }  // namespace

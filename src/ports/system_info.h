@@ -42,6 +42,9 @@ class SystemInfo {
 
   // Windows: GetWindowsDirectoryA, GetSystemDirectoryA.
   virtual SystemFolders Folders() = 0;
+
+  // What the user's number format puts before decimals. Linux: ",", as in the product's language.
+  virtual std::string DecimalSeparator() = 0;
 };
 
 }  // namespace ports

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "ports/ports.h"
+#include "ports/system_info.h"
 #include "ui/ui_texts.h"
 
 namespace tmw {
@@ -32,9 +34,10 @@ std::string SpeedWords(double bytes_per_second) {
     value /= 1024;
   const std::int64_t tenths = std::llround(value * 10);
   const bool is_whole = unit == 0 || tenths >= 100;
-  const std::string number = is_whole
-                                 ? std::to_string(std::llround(value))
-                                 : std::to_string(tenths / 10) + "," + std::to_string(tenths % 10);
+  std::string number = std::to_string(is_whole ? std::llround(value) : tenths / 10);
+  if (!is_whole) {
+    number += ports::CurrentPorts().system_info->DecimalSeparator() + std::to_string(tenths % 10);
+  }
   return number + " " + units.at(unit);
 }
 

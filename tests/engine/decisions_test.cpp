@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,7 +9,9 @@
 #include "engine/limits.h"
 #include "engine/run_messages.h"
 #include "engine/server_list.h"
+#include "ports/system_info.h"
 #include "tests/support/caught.h"
+#include "tests/support/scoped_ports.h"
 
 namespace tmw {
 namespace {
@@ -157,6 +160,20 @@ TEST(FriendlySize, SwitchesUnitsAtEightHundred) {
     EXPECT_EQ(GetFriendlySizeString(c.bytes, false), c.words);
     EXPECT_EQ(GetFriendlySizeString(c.bytes, true), c.letters);
   }
+}
+
+TEST(FriendlySize, HasTheUsersDecimalSeparator) {
+  class PointSystem final : public ports::SystemInfo {
+   public:
+    std::optional<ports::OsFacts> Os() override { return std::nullopt; }
+    ports::HardwareFacts Hardware() override { return {}; }
+    ports::SystemFolders Folders() override { return {}; }
+    std::string DecimalSeparator() override { return "."; }
+  };
+  const tests::ScopedPorts ports;
+  PointSystem system;
+  ports->system_info = &system;
+  EXPECT_EQ(GetFriendlySizeString(2048, false), "2.0 килобайт");
 }
 
 TEST(SumsOfBytes, OverflowIsAnError) {

@@ -61,6 +61,7 @@ class FixedSystem final : public ports::SystemInfo {
   std::optional<ports::OsFacts> Os() override { return os; }
   ports::HardwareFacts Hardware() override { return hardware; }
   ports::SystemFolders Folders() override { return {}; }
+  std::string DecimalSeparator() override { return ","; }
 };
 
 TEST(SystemDescription, NamesSystemAndMachine) {

@@ -24,6 +24,7 @@ class FixedSystemInfo final : public ports::SystemInfo {
   }
   ports::HardwareFacts Hardware() override { return {2047U << 20, 1024U << 20, 7, 0, 4}; }
   ports::SystemFolders Folders() override { return {}; }
+  std::string DecimalSeparator() override { return ","; }
 };
 
 TEST(ErrorForm, TheFullTextGathersWhatSupportNeeds) {

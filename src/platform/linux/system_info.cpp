@@ -74,6 +74,8 @@ class LinuxSystemInfo final : public ports::SystemInfo {
   }
 
   ports::SystemFolders Folders() override { return {}; }
+
+  std::string DecimalSeparator() override { return ","; }
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "platform/factories.h"
 
+#include <cstddef>
+#include <iterator>
 #include <string_view>
 
 #include "platform/windows/wide.h"
@@ -45,6 +47,14 @@ class WindowsSystemInfo final : public ports::SystemInfo {
 
   ports::SystemFolders Folders() override {
     return {FolderFrom(GetWindowsDirectoryA), FolderFrom(GetSystemDirectoryA)};
+  }
+
+  std::string DecimalSeparator() override {
+    wchar_t buffer[8];
+    const int length = GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, buffer,
+                                      static_cast<int>(std::size(buffer)));
+    // The length counts the zero at the end.
+    return length < 2 ? "," : FromWide({buffer, static_cast<std::size_t>(length) - 1});
   }
 
  private:
