@@ -97,17 +97,20 @@ table() {
   } | sed 's/$/\r/' >>"$demo/db/$1.table"
 }
 
-# make_database FILE VERSION RATE: dictionaries and the user's tables.
+# make_database FILE VERSION RATE: dictionaries and the user's tables, which refer to each other.
 make_database() {
-  table Ставки $'Field:Ид|Long|4|NotNull\nField:Название|Text|40\nField:Ставка|Curr|8' \
-    "for (i = 1; i <= 200; i++) printf \"%d|SСтавка налога № %d|%s\\n\", i, i, i % 7 == 0 ? $3 : i"
+  table Ставки $'Field:Ид|Long|4|NotNull\nField:Название|Text|40\nField:Ставка|Curr|8\nField:Регион|Long|4' \
+    "for (i = 1; i <= 200; i++) printf \"%d|SСтавка налога № %d|%s|%d\\n\", i, i, i % 7 == 0 ? $3 : i, i % 89 + 1"
   table Регионы $'Field:Ид|Long|4|NotNull\nField:Название|Text|40' \
     'for (i = 1; i <= 89; i++) printf "%d|SРегион %02d\n", i, i'
   "$bin/jetsql" create "$1"
   "$bin/jetsql" import "$1" "$demo/db/Ставки.table" "$demo/db/Регионы.table" \
     "$demo/db/Документы.table" "$demo/db/Контрагенты.table"
   "$bin/jetsql" run "$1" "create table DBVersion (MajorVersion long, MinorVersion long, BuildNumber long);
-    insert into DBVersion values (${2//./, })" >/dev/null
+    insert into DBVersion values (${2//./, });
+    alter table Документы add constraint ДокументыСтавки foreign key (Ставка) references Ставки on update cascade;
+    alter table Документы add constraint ДокументыКонтрагенты foreign key (Контрагент) references Контрагенты;
+    alter table Ставки add constraint СтавкиРегионы foreign key (Регион) references Регионы" >/dev/null
 }
 
 # publish VERSION PRODUCT DATABASE
@@ -120,8 +123,8 @@ publish() {
 title "Two releases of a product"
 make_product "$demo/product" $old
 make_product "$demo/newer" $new
-table Документы $'Field:Ид|Long|4|NotNull\nField:Номер|Text|20\nField:Содержание|Text|80|AllowZero\nField:Сумма|Curr|8\nField:Дата|Date|8' \
-  'for (i = 1; i <= 5000; i++) printf "%d|SА-%05d|SОплата по договору № %d, «Ромашка»|%d.%02d|d%d\n", i, i, i % 97, i % 9000, i % 100, i % 2500'
+table Документы $'Field:Ид|Long|4|NotNull\nField:Номер|Text|20\nField:Содержание|Text|80|AllowZero\nField:Сумма|Curr|8\nField:Дата|Date|8\nField:Ставка|Long|4\nField:Контрагент|Long|4' \
+  'for (i = 1; i <= 5000; i++) printf "%d|SА-%05d|SОплата по договору № %d, «Ромашка»|%d.%02d|d%d|%d|%d\n", i, i, i % 97, i % 9000, i % 100, i % 2500, i % 200 + 1, i % 2000 + 1'
 table Контрагенты $'Field:Ид|Long|4|NotNull\nField:Название|Text|60\nField:Активен|Bool|1' \
   'for (i = 1; i <= 2000; i++) printf "%d|SОбщество «Ёлка %d»|%s\n", i, i, i % 2 ? "T" : "F"'
 make_database "$demo/old.mdb" 3.6.0 20
@@ -206,6 +209,11 @@ state() {
     select count(*), sum(Ставка) from Ставки' | grep -v Expr |
     paste -d '|' - <(printf 'documents, their sum\npartners, the last one\nrates, their sum (changed)\n') |
     sed 's/^\(.*\)|\(.*\)$/  \2: \1/' | tr '\t' ' '
+  # Nothing that other rows refer to can be deleted.
+  for table in Ставки Контрагенты Регионы; do
+    printf '  relations: rows of %s: %s\n' $table \
+      "$("$bin/jetsql" run "$database" "delete from $table" 2>&1 | grep -oE 'error 3200|[0-9]+ rows')"
+  done
 }
 
 title "Before"
@@ -242,10 +250,11 @@ for backup in "$demo"/product/db/*.zip "$demo"/product/db/*/*.zip; do
 done
 
 # What has been shown must also be so.
-for line in documents partners; do
+for line in documents partners relations; do
   diff <(grep "^  $line" "$demo/before.txt") <(grep "^  $line" "$demo/after.txt")
 done
 grep -q "version 3.6.2" "$demo/after.txt"
+[ "$(grep -c '^  relations: .* error 3200$' "$demo/after.txt")" = 3 ]
 grep -q "Tamrin $new started with: -open books" "$demo/started.txt"
 diff -r "$demo/newer" "$demo/product" | grep -v '^Only in .*/product: db$' && exit 1
 echo
