@@ -44,7 +44,7 @@ platform/windows/database         jet/engine platform/factories platform/windows
 platform/windows                  ports foundation services platform/factories platform/windows
 engine                            ports foundation services sha256 signature transfer packages database
 publish                           ports foundation services sha256 signature transfer packages packing database tools
-jetsql                            ports foundation services database tools
+jetsql                            ports foundation services database tools jet/file
 support                           ports foundation services sha256 packages database tools
 rollback                          ports foundation services packages database tools
 ui                                ports foundation services engine

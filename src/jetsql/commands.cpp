@@ -19,6 +19,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
+#include "jetsql/file_commands.h"
 #include "jetsql/jetsql_texts.h"
 #include "ports/database.h"
 #include "ports/ports.h"
@@ -168,7 +169,9 @@ tools::Program MakeProgram() {
            {texts::kTables, Tables},
            {texts::kExport, Export},
            {texts::kImport, Import},
-           {texts::kCompact, Compact}}};
+           {texts::kCompact, Compact},
+           {texts::kInfo, Info},
+           {texts::kCheck, Check}}};
 }
 
 }  // namespace jetsql
