@@ -34,6 +34,7 @@ std::string MakeManyTables() {
     db->CreateTable(table);
   }
   ports::CurrentPorts().database->CommitTrans();
+  db->Close();
   return path.string();
 }
 

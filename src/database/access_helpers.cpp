@@ -43,8 +43,12 @@ ports::Database& GetCachedUserDB() try {
   ReRaiseError(kModule, "GetCachedUserDB");
 }
 
-void CloseCachedUserDB() {
-  CachedUserDB().reset();
+void CloseCachedUserDB() try {
+  std::unique_ptr<ports::Database>& cached = CachedUserDB();
+  if (cached) cached->Close();
+  cached.reset();
+} catch (...) {
+  ReRaiseError(kModule, "CloseCachedUserDB");
 }
 
 void TmExecuteSql(const std::string& sql, ports::Database* database) try {

@@ -6,8 +6,8 @@
 
 #include "jet/errors.h"
 #include "jet/store/compaction.h"
+#include "jet/store/container.h"
 #include "jet/store/database.h"
-#include "jet/store/storage_file.h"
 
 namespace jet {
 namespace {
@@ -18,17 +18,17 @@ class Engine final : public ports::DatabaseEngine {
  public:
   std::unique_ptr<ports::Database> OpenDatabase(const std::string& path, bool exclusive,
                                                 bool read_only) override {
-    return Adopt(OpenStorage(path, exclusive, read_only), exclusive, read_only);
+    const Purpose purpose = read_only ? Purpose::kReading : Purpose::kRewriting;
+    return Adopt(std::make_unique<Container>(path, exclusive, purpose), read_only);
   }
   std::unique_ptr<ports::Database> CreateDatabase(const std::string& path) override {
-    return Adopt(CreateStorage(path), true, false);
+    return Adopt(CreateContainer(path), false);
   }
   void CompactDatabase(const std::string& source, const std::string& target) override {
     Compact(source, target);
   }
 
-  // Nothing to do: every change reaches the file when its transaction ends, and no lock is kept
-  // longer than necessary.
+  // Nothing to do: changes reach the file when its database is closed.
   void Idle(ports::IdleOption /*option*/) override {}
 
   void BeginTrans() override {
@@ -70,9 +70,8 @@ class Engine final : public ports::DatabaseEngine {
     return open;
   }
 
-  std::unique_ptr<ports::Database> Adopt(StorageFile file, bool exclusive, bool read_only) {
-    auto session = std::make_shared<Session>(workspace_, std::move(file.lock),
-                                             std::move(file.connection), exclusive, read_only);
+  std::unique_ptr<ports::Database> Adopt(std::unique_ptr<Container> container, bool read_only) {
+    auto session = std::make_shared<Session>(workspace_, std::move(container), read_only);
     sessions_.push_back(session);
     return std::make_unique<Database>(std::move(session));
   }

@@ -81,7 +81,7 @@ void RunStatements(ports::Database& database, const std::string& script) {
 }
 
 int Create(const Arguments& arguments) {
-  Engine().CreateDatabase(arguments.Words()[0]);
+  Engine().CreateDatabase(arguments.Words()[0])->Close();
   return tools::kDone;
 }
 
@@ -101,6 +101,7 @@ int Run(const Arguments& arguments) {
   tmw::Transaction transaction;
   RunStatements(*database, script);
   transaction.Commit();
+  database->Close();
   return tools::kDone;
 }
 
@@ -150,6 +151,7 @@ int Import(const Arguments& arguments) {
   relations.PutBack();
   if (!relations.IsEmpty()) tmw::RaiseProgramError(tmw::Joined(relations.Misfits(), "\n"));
   if (whole) whole->Commit();
+  database->Close();
   return tools::kDone;
 }
 

@@ -51,7 +51,8 @@ class DatabaseRecordset {
   virtual void Delete() = 0;  // the current row; the row behind it is reached by MoveNext
 };
 
-// One open database. Destroying it closes it; recordsets and definitions asked of it die with it.
+// One open database. Whoever changed it calls Close: destroying it frees the file, but the changes
+// may be lost. Recordsets and definitions asked of it die with it.
 class Database {
  public:
   virtual ~Database() = default;
@@ -93,7 +94,9 @@ class Database {
   virtual std::unique_ptr<DatabaseRecordset> OpenRecordset(const std::string& source,
                                                            RecordsetType type) = 0;
 
-  // Closes the file; any later call fails with 3420.
+  // Brings the changes to the disk, those of an open transaction left out, and frees the file. Any
+  // other call afterwards: 3420. When it fails (3026, 3043 …), the file is as it was when it was
+  // opened, and the database stays open, so that it may be tried again.
   virtual void Close() = 0;
 };
 
@@ -105,7 +108,8 @@ class DatabaseEngine {
 
   // 3024 if there is no such file, 3045 if it is open elsewhere and exclusive access is requested,
   // 3356 if it is open exclusively elsewhere, 3051 without permission, 3343 if it is no database
-  // that this engine reads.
+  // that this engine reads or, opened for changes, none that it can rewrite, 3031 if it has a
+  // password. The first change through a shared database may need the file for itself (3045, 3218).
   virtual std::unique_ptr<Database> OpenDatabase(const std::string& path, bool exclusive,
                                                  bool read_only) = 0;
 

@@ -85,6 +85,9 @@ class FileSystem {
   // move to another file system fails with a code for which MeansOtherDevice is true.
   virtual Status Rename(const std::string& from, const std::string& to) = 0;
 
+  // The same within one folder where nothing has the new name; fails when something does.
+  virtual Status RenameToFree(const std::string& from, const std::string& to) = 0;
+
   virtual Status SetReadOnly(const std::string& path, bool read_only) = 0;
 
   // Gives target the permission bits (Windows: the attributes) and the last-write time of source;

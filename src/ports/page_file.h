@@ -41,8 +41,9 @@ class PageFile {
 };
 
 enum class PageFileMode {
-  kRead,       // an existing file; others may read, write, rename and delete it meanwhile
-  kCreateNew,  // a new file for this user only, to write and read; fails where one exists
+  kRead,            // an existing file; others may read, write, rename and delete it meanwhile
+  kCreateNew,       // a new file for this user only, to write and read; fails where one exists
+  kCreateOrdinary,  // likewise, with the rights that new files have
 };
 
 class PageFiles {

@@ -27,13 +27,13 @@ TEST(AccessHelpers, OpenTheUserDatabaseOnceAndNameWhatFailed) {
   EXPECT_EQ(utils::GetUserDBFileName(), sandbox.Path("Tamrin.mdb"));
   EXPECT_EQ(tests::Caught([] { utils::GetCachedUserDB(); }).Number, 3024);
 
-  ports->database->CreateDatabase(utils::GetUserDBFileName());
-  utils::TmExecuteSql("create table T (a long)");
+  ports->database->CreateDatabase(utils::GetUserDBFileName())->Close();
   const ports::Database* const first = &utils::GetCachedUserDB();
+  EXPECT_NO_THROW(utils::GetUserDB()) << "the cached one is shared";
+  utils::TmExecuteSql("create table T (a long)");
   utils::TmExecuteSql("insert into T values (2)");
   utils::TmExecuteSql("insert into T values (1)");
   EXPECT_EQ(&utils::GetCachedUserDB(), first);
-  EXPECT_NO_THROW(utils::GetUserDB()) << "the cached one is shared";
 
   const tmw::ProgramError bad = tests::Caught([] { utils::TmExecuteSql("update U set a = 1"); });
   EXPECT_EQ(bad.Number, 3078);

@@ -34,10 +34,12 @@ class BuildTest : public testing::Test, protected tmw::UpdaterEvents {
     tmw::ForgetProductPaths();
     for (const char* const folder : {"db", "Loaded", "DBUpdates", "DBStruct"})
       std::filesystem::create_directories(ToPath(sandbox.Path(folder)));
-    Execute(*ports->database->CreateDatabase(sandbox.Path("db/Tamrin.mdb")),
+    const auto user = ports->database->CreateDatabase(sandbox.Path("db/Tamrin.mdb"));
+    Execute(*user,
             {"create table DBVersion (MajorVersion long, MinorVersion short, BuildNumber double)",
              "insert into DBVersion values (1, 0, 0)", "create table T (Ид long, Имя text(50))",
              "insert into T values (1, 'один')"});
+    user->Close();
     build.ProductCode = "TMW";
     build.TargetVersion = {1, 2, 0};
     build.LoadedFolder = sandbox.Path("Loaded");

@@ -265,8 +265,10 @@ TEST_F(WorkingDbTest, DictionariesThatStayAreCarriedOverWithTheirContent) {
 
 TEST_F(WorkingDbTest, ADifferentNumberOfRowsEndsTheBuild) {
   on_sub_action = [this](const std::string& text) {
-    if (text == "Открытие базы данных...")
-      Open("db/Tamrin.mdb")->Execute("insert into T values (9, 'девять')", true);
+    if (text != "Открытие базы данных...") return;
+    const auto user = Open("db/Tamrin.mdb");
+    user->Execute("insert into T values (9, 'девять')", true);
+    user->Close();
   };
   EXPECT_FALSE(tmw::BuildWorkingDB(build, *this));
   on_sub_action = nullptr;
@@ -295,7 +297,9 @@ TEST_F(WorkingDbTest, TwoHundredThousandRowsComeThroughValueForValue) {
     const std::string n = std::to_string(i);
     text += n + (i % 3 == 0 ? "|" : "|SЁлка ^2 ^3№" + n) + "|" + n + ".0001|d" + n + "\r\n";
   }
-  tmw::ImpTable().ImportFromString(text + "EndRows\r\nEndTable\r\n", *Open("db/Tamrin.mdb"));
+  const auto user = Open("db/Tamrin.mdb");
+  tmw::ImpTable().ImportFromString(text + "EndRows\r\nEndTable\r\n", *user);
+  user->Close();
   sandbox.Write("DBUpdates/1.xml", kDeclaration + Script("1.0.0", "1.2.0", Sql("delete from T")));
   const std::string before = Text("db/Tamrin.mdb", "Д");
   ASSERT_EQ(std::count(before.begin(), before.end(), '\n'), 200000 + 9);

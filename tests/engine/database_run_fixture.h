@@ -47,6 +47,7 @@ class DatabaseRunTest : public RunTest {
     const auto database = ports::CurrentPorts().database->OpenDatabase(path, true, false);
     for (const std::string& statement : statements)
       database->Execute(statement, true);
+    database->Close();
   }
 
   // The rows of a table of a database below the sandbox, "|" between them.

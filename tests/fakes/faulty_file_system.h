@@ -70,6 +70,9 @@ class FaultyFileSystem final : public ports::FileSystem {
   Status Rename(const Path& from, const Path& to) override {
     return Do("rename", Next(rename_codes), [&] { return real_.Rename(from, to); });
   }
+  Status RenameToFree(const Path& from, const Path& to) override {
+    return Do("rename", Next(rename_codes), [&] { return real_.RenameToFree(from, to); });
+  }
   Status SetReadOnly(const Path& path, bool on) override { return real_.SetReadOnly(path, on); }
   Status CopyAttributes(const Path& source, const Path& target) override {
     return Do("attributes", attributes_code, [&] { return real_.CopyAttributes(source, target); });

@@ -97,6 +97,7 @@ TEST(Publish, FaultyInputIsRefusedByName) {
          rows->SetValue(0, 1);
          rows->SetValue(1, ports::BinaryValue{"x"});
          rows->Update();
+         db->Close();
        },
        {"Blob: The updater could not import it: line 6: Unrecognizing value"}},
       {[](Sample& s, const Sandbox&) {

@@ -86,7 +86,9 @@ void Sample::WriteScript(const std::string& name, const std::string& from,
 }
 
 void Sample::Execute(const std::string& sql) const {
-  ports::CurrentPorts().database->OpenDatabase(options.database, true, false)->Execute(sql, true);
+  const auto database = ports::CurrentPorts().database->OpenDatabase(options.database, true, false);
+  database->Execute(sql, true);
+  database->Close();
 }
 
 std::vector<std::string> Sample::Publish() const {

@@ -25,11 +25,6 @@ const char* KindName(std::int16_t type) {
   }
 }
 
-bool IsTable(const CatalogueObject& object) {
-  return object.type == object_type::kTable || object.type == object_type::kLinkedTable ||
-         object.type == object_type::kOdbcTable;
-}
-
 }  // namespace
 
 TableRows::TableRows(PageSource& source, const TableLayout& table, std::string file_name)
@@ -104,6 +99,11 @@ std::vector<PropertySet> DatabaseReader::Properties(const CatalogueObject& objec
 std::vector<Relation> DatabaseReader::Relations() {
   return ThroughDoor(kDatabaseDamaged, file_name_,
                      [this] { return ReadRelations(*source_, header_); });
+}
+
+bool IsTable(const CatalogueObject& object) {
+  return object.type == object_type::kTable || object.type == object_type::kLinkedTable ||
+         object.type == object_type::kOdbcTable;
 }
 
 bool IsStoredTable(const CatalogueObject& object) {

@@ -81,6 +81,9 @@ class DatabaseReader {
   std::vector<CatalogueObject> objects_;
 };
 
+// Whether the object is a table, linked ones included.
+bool IsTable(const CatalogueObject& object);
+
 // Whether the object is a table whose definition lies in this file.
 bool IsStoredTable(const CatalogueObject& object);
 

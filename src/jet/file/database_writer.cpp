@@ -37,11 +37,6 @@ std::uint32_t NextObjectId(const DatabaseReader* source) {
   return next;
 }
 
-bool IsSystemTable(const Header& header, std::uint32_t id) {
-  return id == header.ObjectsTable() || id == header.RightsTable() || id == header.QueriesTable() ||
-         id == header.RelationsTable();
-}
-
 std::uint32_t SystemPageFor(const Header& header, std::uint32_t id) {
   if (id == header.ObjectsTable()) return system_page::kObjects;
   if (id == header.RightsTable()) return system_page::kRights;
@@ -69,6 +64,11 @@ std::vector<std::optional<std::string>> WholeValues(PageSource& pages, const Row
 }
 
 }  // namespace
+
+bool IsSystemTable(const Header& header, std::uint32_t id) {
+  return id == header.ObjectsTable() || id == header.RightsTable() || id == header.QueriesTable() ||
+         id == header.RelationsTable();
+}
 
 DatabaseWriter::DatabaseWriter(WriterFiles files, const Header& header, double moment)
     : DatabaseWriter(std::move(files), header, nullptr) {

@@ -52,6 +52,9 @@ struct WriterFiles {
   std::string scratch_path;                 // beginning of the names of files for sorting
 };
 
+// Whether the id is that of one of the four tables in which a file describes itself.
+bool IsSystemTable(const Header& header, std::uint32_t id);
+
 class DatabaseWriter {
  public:
   // A database of its own, with the objects that every one has.

@@ -4,22 +4,46 @@
 #include <utility>
 
 #include "foundation/encodings.h"
-#include "foundation/text.h"
 #include "jet/values/sort_key.h"
 
 namespace jet {
 namespace {
-
-constexpr std::int64_t kApplicationId = 0x544D4A54;  // "TMJT"
-constexpr std::int64_t kLayoutVersion = 3;
-constexpr const char* kSystemNames[] = {"MSysACEs", "MSysObjects", "MSysQueries",
-                                        "MSysRelationships"};
 
 constexpr std::int64_t kPrimary = 1;
 constexpr std::int64_t kUnique = 2;
 constexpr std::int64_t kRequired = 4;
 constexpr std::int64_t kIgnoreNulls = 8;
 constexpr std::int64_t kForeign = 16;
+
+void CreateCatalogue(Connection& connection) {
+  connection.Run(
+      "BEGIN;"
+      "CREATE TABLE _jet_database(is_changed INTEGER, has_relations INTEGER);"
+      "INSERT INTO _jet_database VALUES(0, 0);"
+      "CREATE TABLE _jet_table(id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT,"
+      " attributes INTEGER, next_number INTEGER, state INTEGER);"
+      "CREATE TABLE _jet_field(id INTEGER PRIMARY KEY AUTOINCREMENT, table_id INTEGER,"
+      " ordinal INTEGER, name TEXT, type INTEGER, size INTEGER, attributes INTEGER, required "
+      "INTEGER,"
+      " allow_zero_length INTEGER, default_text TEXT);"
+      "CREATE INDEX _jet_field_of_table ON _jet_field(table_id, ordinal);"
+      "CREATE TABLE _jet_index(id INTEGER PRIMARY KEY AUTOINCREMENT, table_id INTEGER,"
+      " name TEXT, flags INTEGER);"
+      "CREATE INDEX _jet_index_of_table ON _jet_index(table_id);"
+      "CREATE TABLE _jet_index_field(index_id INTEGER, ordinal INTEGER, field_id INTEGER,"
+      " descending INTEGER, PRIMARY KEY(index_id, ordinal)) WITHOUT ROWID;"
+      "CREATE TABLE _jet_property(table_id INTEGER, field_id INTEGER, lower_name TEXT, name TEXT,"
+      " type INTEGER, flag INTEGER, value BLOB, PRIMARY KEY(field_id, lower_name)) WITHOUT ROWID;"
+      "CREATE TABLE _jet_relation(id INTEGER PRIMARY KEY, name TEXT, table_id INTEGER,"
+      " referenced_id INTEGER, attributes INTEGER, index_id INTEGER);"
+      "CREATE TABLE _jet_relation_field(relation_id INTEGER, ordinal INTEGER, field_id INTEGER,"
+      " referenced_field_id INTEGER, PRIMARY KEY(relation_id, ordinal)) WITHOUT ROWID;"
+      "CREATE TABLE _jet_carried_relation(name TEXT);"
+      "INSERT INTO sqlite_sequence SELECT column1, " +
+      std::to_string(loaded_id::kFirstMade - 1) +
+      " FROM (VALUES('_jet_table'), ('_jet_field'), ('_jet_index'));"
+      "COMMIT");
+}
 
 }  // namespace
 
@@ -28,16 +52,18 @@ bool InNameOrder(const std::string& a, const std::string& b) {
   return order != 0 ? order < 0 : a < b;
 }
 
-std::vector<ports::TableSummary> SystemTables() {
-  std::vector<ports::TableSummary> tables;
-  for (const char* const name : kSystemNames)
-    tables.push_back({name, ports::kSystemObject});
-  return tables;
+std::optional<std::size_t> ObjectOf(std::int64_t table) {
+  if (table >= loaded_id::kFirstMade) return std::nullopt;
+  return static_cast<std::size_t>(table - 1);
 }
 
-bool IsSystemTable(std::string_view name) {
-  return std::any_of(std::begin(kSystemNames), std::end(kSystemNames),
-                     [&](const char* known) { return tmw::EqualIgnoringCase(known, name); });
+std::optional<std::uint16_t> ColumnOf(std::int64_t field) {
+  if (field >= loaded_id::kFirstMade) return std::nullopt;
+  return static_cast<std::uint16_t>(field % loaded_id::kPerTable);
+}
+
+bool IsReadable(const ports::TableSummary& table) {
+  return (table.attributes & (ports::kSystemObject | ports::kLinkedTable)) == 0;
 }
 
 std::int64_t IndexFlags(const ports::IndexDefinition& index) {
@@ -46,35 +72,11 @@ std::int64_t IndexFlags(const ports::IndexDefinition& index) {
          (index.foreign ? kForeign : 0);
 }
 
-void CreateCatalogue(Connection& connection) {
-  connection.Run("PRAGMA encoding = 'UTF-8'");
-  connection.Run("PRAGMA application_id = " + std::to_string(kApplicationId));
-  connection.Run("PRAGMA user_version = " + std::to_string(kLayoutVersion));
-  connection.Run(
-      "BEGIN;"
-      "CREATE TABLE _jet_table(id INTEGER PRIMARY KEY, name TEXT, attributes INTEGER,"
-      " next_number INTEGER);"
-      "CREATE TABLE _jet_field(id INTEGER PRIMARY KEY, table_id INTEGER, ordinal INTEGER,"
-      " name TEXT, type INTEGER, size INTEGER, attributes INTEGER, required INTEGER,"
-      " allow_zero_length INTEGER, default_text TEXT);"
-      "CREATE INDEX _jet_field_of_table ON _jet_field(table_id, ordinal);"
-      "CREATE TABLE _jet_index(id INTEGER PRIMARY KEY, table_id INTEGER, name TEXT,"
-      " flags INTEGER);"
-      "CREATE INDEX _jet_index_of_table ON _jet_index(table_id);"
-      "CREATE TABLE _jet_index_field(index_id INTEGER, ordinal INTEGER, field_id INTEGER,"
-      " descending INTEGER, PRIMARY KEY(index_id, ordinal)) WITHOUT ROWID;"
-      "CREATE TABLE _jet_property(table_id INTEGER, field_id INTEGER, name TEXT, type INTEGER,"
-      " value, PRIMARY KEY(field_id, name)) WITHOUT ROWID;"
-      "CREATE TABLE _jet_relation(id INTEGER PRIMARY KEY, name TEXT, table_id INTEGER,"
-      " referenced_id INTEGER, attributes INTEGER, index_id INTEGER);"
-      "CREATE TABLE _jet_relation_field(relation_id INTEGER, ordinal INTEGER, field_id INTEGER,"
-      " referenced_field_id INTEGER, PRIMARY KEY(relation_id, ordinal)) WITHOUT ROWID;"
-      "COMMIT");
-}
-
-bool HasCatalogue(Connection& connection) {
-  return connection.ReadInteger("PRAGMA application_id") == kApplicationId &&
-         connection.ReadInteger("PRAGMA user_version") == kLayoutVersion;
+std::shared_ptr<Connection> MakeWorkingStore() {
+  auto storage = std::make_shared<Connection>();
+  storage->Open();
+  CreateCatalogue(*storage);
+  return storage;
 }
 
 void Catalogue::Forget() {
@@ -84,13 +86,14 @@ void Catalogue::Forget() {
 
 void Catalogue::LoadNames() {
   if (names_loaded_) return;
-  Statement rows(connection_, "SELECT id, name, attributes FROM _jet_table");
+  Statement rows(connection_, "SELECT id, name, attributes, state FROM _jet_table");
   while (rows.Step()) {
     Entry entry;
     entry.id = rows.Integer(0);
-    entry.name = rows.Text(1);
-    entry.attributes = static_cast<std::uint32_t>(rows.Integer(2));
-    tables_.emplace(tmw::LowerCase(entry.name), std::move(entry));
+    entry.summary.name = rows.Text(1);
+    entry.summary.attributes = static_cast<std::uint32_t>(rows.Integer(2));
+    entry.state = static_cast<TableState>(rows.Integer(3));
+    tables_.emplace(tmw::LowerCase(entry.summary.name), std::move(entry));
   }
   names_loaded_ = true;
 }
@@ -99,23 +102,43 @@ TablePtr Catalogue::FindTable(std::string_view name) {
   LoadNames();
   const auto found = tables_.find(tmw::LowerCase(name));
   if (found == tables_.end()) return nullptr;
-  if (!found->second.loaded) found->second.loaded = LoadTable(found->second);
-  return found->second.loaded;
+  Entry& entry = found->second;
+  if (!IsReadable(entry.summary)) return nullptr;
+  if (!entry.loaded) entry.loaded = LoadTable(entry);
+  return entry.loaded;
+}
+
+TablePtr Catalogue::FindTable(std::int64_t id) {
+  LoadNames();
+  const auto found = std::find_if(tables_.begin(), tables_.end(),
+                                  [id](const auto& entry) { return entry.second.id == id; });
+  return found == tables_.end() ? nullptr : FindTable(found->second.summary.name);
+}
+
+const ports::TableSummary* Catalogue::FindSummary(std::string_view name) {
+  LoadNames();
+  const auto found = tables_.find(tmw::LowerCase(name));
+  return found == tables_.end() ? nullptr : &found->second.summary;
 }
 
 std::vector<ports::TableSummary> Catalogue::Tables() {
   LoadNames();
   std::vector<ports::TableSummary> tables;
+  tables.reserve(tables_.size());
   for (const auto& [lower, entry] : tables_)
-    tables.push_back({entry.name, entry.attributes});
+    tables.push_back(entry.summary);
   return tables;
 }
 
-TablePtr Catalogue::LoadTable(const Entry& entry) {
+TablePtr Catalogue::LoadTable(Entry& entry) {
+  if (entry.state == TableState::kInFile) {
+    definer_.Define(entry.id);
+    entry.state = TableState::kDefined;
+  }
   auto table = std::make_shared<TableInfo>();
   table->id = entry.id;
-  table->name = entry.name;
-  table->attributes = entry.attributes;
+  table->name = entry.summary.name;
+  table->attributes = entry.summary.attributes;
   LoadFields(*table);
   LoadIndexes(*table);
   return table;

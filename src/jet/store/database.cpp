@@ -14,10 +14,13 @@ TablePtr Database::Require(const std::string& name) {
   return RequireTable(*session_, name, kItemNotFound);
 }
 
+const ports::TableSummary* Database::FindUnreadable(const std::string& name) {
+  const ports::TableSummary* const summary = session_->Tables().FindSummary(name);
+  return summary == nullptr || IsReadable(*summary) ? nullptr : summary;
+}
+
 std::vector<ports::TableSummary> Database::Tables() {
   std::vector<ports::TableSummary> tables = session_->Tables().Tables();
-  const std::vector<ports::TableSummary> system = SystemTables();
-  tables.insert(tables.end(), system.begin(), system.end());
   // Each key is made only once: databases have hundreds of tables and are opened often.
   std::vector<std::pair<std::string, ports::TableSummary>> keyed;
   keyed.reserve(tables.size());
@@ -32,9 +35,9 @@ std::vector<ports::TableSummary> Database::Tables() {
 
 ports::TableDefinition Database::Table(const std::string& name) {
   ports::TableDefinition definition;
-  if (IsSystemTable(name)) {
-    definition.name = name;
-    definition.attributes = ports::kSystemObject;
+  if (const ports::TableSummary* const unreadable = FindUnreadable(name)) {
+    definition.name = unreadable->name;
+    definition.attributes = unreadable->attributes;
     return definition;
   }
   const TablePtr table = Require(name);
@@ -52,7 +55,7 @@ void Database::CreateTable(const ports::TableDefinition& table) {
 }
 
 void Database::DeleteTable(const std::string& name) {
-  if (IsSystemTable(name)) Fail(kInvalidOperation, name);
+  if (FindUnreadable(name) != nullptr) Fail(kInvalidOperation, name);
   session_->Change([&] { definitions_.DropTable(*Require(name)); });
 }
 
@@ -65,7 +68,7 @@ void Database::CreateIndex(const std::string& table, const ports::IndexDefinitio
 }
 
 std::vector<ports::RelationDefinition> Database::Relations() {
-  session_->Tables();  // as others left them; fails when the database is closed
+  session_->NeedRelations();
   return jet::Relations(*session_).List();
 }
 
@@ -102,7 +105,7 @@ std::int64_t Database::Execute(const std::string& sql, bool /*fail_on_error*/) {
 std::unique_ptr<ports::DatabaseRecordset> Database::OpenRecordset(const std::string& source,
                                                                   ports::RecordsetType type) {
   session_->EnterLevels();
-  if (TablePtr table = session_->Tables().FindTable(source)) {
+  if (TablePtr table = session_->LoadedTables().FindTable(source)) {
     return std::make_unique<Recordset>(session_, sql::PlanTable(std::move(table), nullptr), type);
   }
   const bool may_be_statement = source.find_first_of(" \t\r\n") != std::string::npos;

@@ -16,7 +16,7 @@ class Database final : public ports::Database {
       : session_(std::move(session)), definitions_(*session_) {}
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
-  ~Database() override { session_->Close(); }
+  ~Database() override { session_->Discard(); }
 
   std::vector<ports::TableSummary> Tables() override;
   ports::TableDefinition Table(const std::string& name) override;
@@ -40,6 +40,8 @@ class Database final : public ports::Database {
 
  private:
   TablePtr Require(const std::string& name);
+  // A table of the system or a linked one; null for others.
+  const ports::TableSummary* FindUnreadable(const std::string& name);
 
   std::shared_ptr<Session> session_;
   Definitions definitions_;

@@ -1,7 +1,6 @@
 #include "jet/store/date_functions.h"
 
 #include <cmath>
-#include <ctime>
 
 #include "foundation/date_parts.h"
 #include "jet/errors.h"
@@ -9,19 +8,6 @@
 
 namespace jet {
 namespace {
-
-double LocalNow() {
-  const std::time_t now = std::time(nullptr);
-  const std::tm* const local = std::localtime(&now);
-  tmw::DateParts parts;
-  parts.year = local->tm_year + 1900;
-  parts.month = local->tm_mon + 1;
-  parts.day = local->tm_mday;
-  parts.hour = local->tm_hour;
-  parts.minute = local->tm_min;
-  parts.second = local->tm_sec > 59 ? 59 : local->tm_sec;
-  return tmw::DateFromParts(parts).value_or(0);
-}
 
 void Now(FunctionCall& call) {
   call.PutNumber(LocalNow());

@@ -8,8 +8,8 @@
 #include "jet/sql/parser.h"
 #include "jet/sql/scope.h"
 #include "jet/storage_sql.h"
+#include "jet/store/field_properties.h"
 #include "jet/store/relations.h"
-#include "jet/store/stored_values.h"
 
 namespace jet {
 namespace {
@@ -48,10 +48,6 @@ void CheckFields(const std::vector<ports::FieldDefinition>& fields, const std::s
   if (twice != names.end()) Fail(kFieldDefinedTwice, *twice);
 }
 
-std::string ColumnSql(const std::string& column, ports::DataType type) {
-  return column + (IsTextType(type) ? kCollate : "");
-}
-
 }  // namespace
 
 void CheckName(const std::string& name) {
@@ -61,6 +57,10 @@ void CheckName(const std::string& name) {
                       std::any_of(name.begin(), name.end(),
                                   [](char c) { return static_cast<unsigned char>(c) < 0x20; });
   if (is_bad) Fail(kInvalidName, name);
+}
+
+std::string ColumnSql(const std::string& column, ports::DataType type) {
+  return column + (IsTextType(type) ? kCollate : "");
 }
 
 TablePtr RequireTable(Session& session, const std::string& name, std::int32_t error_number) {
@@ -100,11 +100,11 @@ std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
 void Definitions::CreateTable(const ports::TableDefinition& table) {
   CheckName(table.name);
   CheckFields(table.fields, table.name);
-  if (IsSystemTable(table.name) || session_.Tables().FindTable(table.name))
-    Fail(kTableExists, table.name);
+  if (session_.Tables().FindSummary(table.name) != nullptr) Fail(kTableExists, table.name);
   Statement insert =
-      Prepare("INSERT INTO _jet_table(name, attributes, next_number) VALUES(?1, ?2, 1)");
+      Prepare("INSERT INTO _jet_table(name, attributes, next_number, state) VALUES(?1, ?2, 1, ?3)");
   insert.Bind(1, std::string_view(table.name)).Bind(2, std::int64_t{table.attributes});
+  insert.Bind(3, static_cast<std::int64_t>(TableState::kChanged));
   insert.Run();
   const std::int64_t id = session_.Storage().LastRow();
   std::string columns;
@@ -131,6 +131,7 @@ void Definitions::DropTable(const TableInfo& table) {
 }
 
 void Definitions::AddField(const TableInfo& table, const ports::FieldDefinition& field) {
+  session_.MarkChanged(table);
   if (table.FindField(field.name) != nullptr) Fail(kFieldExists, field.name, table.name);
   if (table.fields.size() >= kMostFields) Fail(kTooManyFields);
   RefuseSecondCounter(table, field, nullptr);
@@ -166,6 +167,7 @@ void Definitions::ConvertColumn(const TableInfo& table, const FieldInfo& old_fie
 // Moves the values to a new column, which replaces the old one in the catalogue.
 void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
                              ports::FieldDefinition wanted) {
+  session_.MarkChanged(table);
   Relations(session_).RefuseField(field);
   RefuseSecondCounter(table, wanted, &field);
   Connection& storage = session_.Storage();
@@ -222,6 +224,7 @@ void Definitions::RequireValues(const TableInfo& table, const FieldInfo& field) 
 }
 
 void Definitions::DropField(const TableInfo& table, const FieldInfo& field) {
+  session_.MarkChanged(table);
   Relations(session_).RefuseField(field);
   for (const IndexInfo& index : table.indexes) {
     for (const std::size_t position : index.positions) {
@@ -244,6 +247,7 @@ void Definitions::RefuseNull(const TableInfo& table, const FieldInfo& field,
 }
 
 void Definitions::CreateIndex(const TableInfo& table, const ports::IndexDefinition& wanted) {
+  session_.MarkChanged(table);
   CheckName(wanted.name);
   if (table.FindIndex(wanted.name) != nullptr) Fail(kIndexExists, wanted.name);
   if (wanted.primary && table.PrimaryIndex() != nullptr) Fail(kPrimaryKeyExists);
@@ -277,6 +281,7 @@ void Definitions::CreateIndex(const TableInfo& table, const ports::IndexDefiniti
 }
 
 void Definitions::DropIndex(const TableInfo& table, const IndexInfo& index) {
+  session_.MarkChanged(table);
   Relations(session_).RefuseIndex(table, index);
   const std::string id = std::to_string(index.id);
   session_.Storage().Run("DROP INDEX i" + id + "; DELETE FROM _jet_index WHERE id = " + id +
@@ -287,24 +292,23 @@ void Definitions::DropIndex(const TableInfo& table, const IndexInfo& index) {
 void Definitions::SetProperty(const TableInfo& table, const FieldInfo& field,
                               const std::string& name, ports::DataType type,
                               const DatabaseValue& value) {
+  session_.MarkChanged(table);
   CheckName(name);
   const DatabaseValue converted = ConvertTo(value, type, 0, kConversion);
-  Statement insert = Prepare("INSERT OR REPLACE INTO _jet_property VALUES(?1, ?2, ?3, ?4, ?5)");
-  const std::string lower = tmw::LowerCase(name);
-  insert.Bind(1, table.id).Bind(2, field.id).Bind(3, std::string_view(lower));
-  insert.Bind(4, std::int64_t{static_cast<std::int32_t>(type)});
-  BindValue(insert, 5, converted, type);
-  insert.Run();
+  Statement insert =
+      Prepare("INSERT OR REPLACE INTO _jet_property VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7)");
+  BindProperty(insert, table.id, field.id, StoredPropertyOf(name, type, converted)).Run();
 }
 
 std::optional<DatabaseValue> Definitions::Property(const FieldInfo& field,
                                                    const std::string& name) {
   const std::string lower = tmw::LowerCase(name);
-  Statement row =
-      Prepare("SELECT type, value FROM _jet_property WHERE field_id = ?1 AND name = ?2");
+  Statement row = Prepare(
+      "SELECT name, type, flag, value FROM _jet_property WHERE field_id = ?1"
+      " AND lower_name = ?2");
   row.Bind(1, field.id).Bind(2, std::string_view(lower));
   if (!row.Step()) return std::nullopt;
-  return ReadStored(row, 1, static_cast<ports::DataType>(row.Integer(0)));
+  return PropertyValue(ReadProperty(row, 0));
 }
 
 }  // namespace jet

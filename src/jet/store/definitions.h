@@ -43,7 +43,10 @@ class Definitions {
 // 3125 for a name that no table, field, index or relation may have.
 void CheckName(const std::string& name);
 
-// "CREATE [UNIQUE] INDEX i5 ON t3(...)"
+// "c17 COLLATE JET": a column of the storage in its table's definition.
+std::string ColumnSql(const std::string& column, ports::DataType type);
+
+// "CREATE [UNIQUE] INDEX i5 ON t3(...)".
 std::string CreateIndexSql(const TableInfo& table, const IndexInfo& index);
 
 // Fails with the error of that number if there is no such table.

@@ -156,6 +156,7 @@ void Recordset::AddNew() {
 void Recordset::Update() {
   if (mode_ == Mode::kBrowse) Fail(kNoEditOrAddNew);
   session_->Change([this] {
+    session_->LoadedTables().FindTable(plan_.table->name);
     if (mode_ == Mode::kAdd) {
       InsertBuffer();
     } else {
@@ -219,6 +220,7 @@ void Recordset::Delete() {
   RequireRow();
   mode_ = Mode::kBrowse;
   session_->Change([this] {
+    session_->LoadedTables().FindTable(plan_.table->name);
     Statement statement(session_->SharedStorage(),
                         "DELETE FROM " + plan_.table->StorageName() + " WHERE rowid = ?1");
     statement.Bind(1, rows_->Key(position_ - 1)).Run();

@@ -51,8 +51,9 @@ class TriggerWriter {
  private:
   std::string Trigger(const char* suffix, const std::string& event, const TableInfo& on,
                       const std::string& when, const std::string& action) const {
-    return "CREATE TRIGGER r" + std::to_string(relation_.id) + suffix + " AFTER " + event + " ON " +
-           on.StorageName() + (when.empty() ? "" : " WHEN " + when) + " BEGIN " + action + "; END;";
+    return "CREATE TRIGGER IF NOT EXISTS r" + std::to_string(relation_.id) + suffix + " AFTER " +
+           event + " ON " + on.StorageName() + (when.empty() ? "" : " WHEN " + when) + " BEGIN " +
+           action + "; END;";
   }
 
   std::string Related() const { return " WHERE " + Joined(related_, " AND "); }

@@ -193,6 +193,8 @@ void Relations::Create(const ports::RelationDefinition& definition) {
 }
 
 void Relations::Add(Relation& relation, const TableInfo& table, const TableInfo& referenced) {
+  session_.MarkChanged(table);
+  session_.MarkChanged(referenced);
   relation.table_id = table.id;
   relation.referenced_id = referenced.id;
   if (relation.IsEnforced()) Enforce(relation, table, referenced);
@@ -269,7 +271,8 @@ void Relations::EraseWithIndex(const Relation& relation) {
   row.Step();
   const TablePtr table = session_.Tables().FindTable(row.Text(0));
   row.Reset();
-  Definitions(session_).DropIndex(*table, *table->FindIndex(relation.name));
+  const IndexInfo* const index = table->FindIndex(relation.name);
+  if (index != nullptr) Definitions(session_).DropIndex(*table, *index);
 }
 
 bool Relations::Drop(const TableInfo& table, const std::string& name) {

@@ -31,6 +31,7 @@ class ReadScope {
 
 RowSource::RowSource(std::shared_ptr<Session> session, const sql::SelectPlan& plan)
     : session_(std::move(session)), plan_(plan) {
+  session_->RestoreRows();
   if (!IsUpdatable()) {
     Statement rows(session_->SharedStorage(), plan_.rows_sql);
     spool_.emplace(rows);
@@ -71,6 +72,7 @@ std::optional<Row> RowSource::ReadRow(std::int64_t key) {
 // block.
 void RowSource::ReadAhead(std::size_t first) {
   const std::int64_t changes = session_->ChangeCount();
+  session_->RestoreRows();
   ahead_ = changes != changes_seen_ ? 1 : std::min(kMostAhead, ahead_ * 2);
   changes_seen_ = changes;
   block_.clear();

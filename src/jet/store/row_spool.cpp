@@ -9,7 +9,7 @@
 namespace jet {
 
 RowSpool::RowSpool(Statement& rows) {
-  file_->Open("", Connection::Mode::kCreate, false);
+  file_->Open();
   const int columns = sqlite3_column_count(rows.Handle());
   std::string names = "c0";
   std::string parameters = "?";

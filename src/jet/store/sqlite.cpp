@@ -10,8 +10,6 @@
 namespace jet {
 namespace {
 
-constexpr int kBusyMilliseconds = 5000;
-
 // SQLite reports several limits with one code; only the message distinguishes them.
 void FailWithWords(std::string_view words) {
   if (words.find("integer overflow") != std::string_view::npos) Fail(kOverflow);
@@ -22,12 +20,11 @@ void FailWithWords(std::string_view words) {
 
 }  // namespace
 
-void Connection::Open(const std::string& path, Mode mode, bool exclusive) {
-  int flags = SQLITE_OPEN_READWRITE;
-  if (mode == Mode::kCreate) flags |= SQLITE_OPEN_CREATE;
-  path_ = path;
-  const int code = sqlite3_open_v2(path.c_str(), &handle_,
-                                   flags | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOMUTEX, nullptr);
+void Connection::Open() {
+  const int code = sqlite3_open_v2(
+      "", &handle_,
+      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOMUTEX,
+      nullptr);
   if (code != SQLITE_OK) {
     sqlite3_close_v2(std::exchange(handle_, nullptr));
     FailWith(code);
@@ -35,11 +32,39 @@ void Connection::Open(const std::string& path, Mode mode, bool exclusive) {
   // Double quotes always enclose names, never texts.
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
-  sqlite3_busy_timeout(handle_, kBusyMilliseconds);
+  Run("PRAGMA encoding = 'UTF-8'");
   Run("PRAGMA cache_size = -16000");
   // A cascade may return to the table in which it began.
   Run("PRAGMA recursive_triggers = ON");
-  if (exclusive) Run("PRAGMA locking_mode = EXCLUSIVE");
+  WatchChanges();
+}
+
+void Connection::NoteTouched(const char* table) {
+  const std::string_view name(table);
+  if (!touched_.contains(name)) touched_.emplace(name);
+}
+
+// Rows are reported one by one as they change, but for a statement that deletes all rows of a table
+// at once; that one is noted when it is prepared.
+void Connection::WatchChanges() {
+  sqlite3_update_hook(
+      handle_,
+      [](void* self, int /*kind*/, const char* /*database*/, const char* table,
+         sqlite3_int64 /*row*/) { static_cast<Connection*>(self)->NoteTouched(table); },
+      this);
+  sqlite3_set_authorizer(
+      handle_,
+      [](void* self, int action, const char* table, const char* /*second*/,
+         const char* /*database*/, const char* trigger) {
+        if (action == SQLITE_DELETE && trigger == nullptr)
+          static_cast<Connection*>(self)->NoteTouched(table);
+        return SQLITE_OK;
+      },
+      this);
+}
+
+Connection::TableNames Connection::TakeTouched() {
+  return std::exchange(touched_, {});
 }
 
 void Connection::Close() {
@@ -103,13 +128,8 @@ void Connection::FailWith(int code) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
       Fail(kLockedByOther);
-    case SQLITE_NOTADB:
-    case SQLITE_CORRUPT:
-      Fail(kUnknownFormat, path_);
     case SQLITE_CANTOPEN:
-    case SQLITE_PERM:
-    case SQLITE_AUTH:
-      Fail(kNoPermission, path_);
+    case SQLITE_CORRUPT:
     case SQLITE_IOERR:
       Fail(kDiskError);
     case SQLITE_NOMEM:
@@ -181,6 +201,14 @@ Statement& Statement::Bind(int parameter, std::string_view text) {
   const char* const data = text.data() == nullptr ? "" : text.data();
   const int code =
       sqlite3_bind_text64(statement_, parameter, data, text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  if (code != SQLITE_OK) connection_->FailWith(code);
+  return *this;
+}
+
+Statement& Statement::BindCopy(int parameter, const std::string& text) {
+  CheckOpen();
+  const int code = sqlite3_bind_text64(statement_, parameter, text.data(), text.size(),
+                                       SQLITE_TRANSIENT, SQLITE_UTF8);
   if (code != SQLITE_OK) connection_->FailWith(code);
   return *this;
 }

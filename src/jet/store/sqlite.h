@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -14,19 +16,17 @@ struct sqlite3_stmt;
 // Owners of SQLite's objects. All failures are numbered errors.
 namespace jet {
 
-// One open storage file. Its statements may outlive it: they then fail with 3420.
+// One open storage. Its statements may outlive it: they then fail with 3420.
 class Connection {
  public:
-  enum class Mode { kExisting, kCreate };
-
   Connection() = default;
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
   ~Connection() { Close(); }
 
-  // Opens for writing if the file's rights allow it, even to read only: the first reader rolls back
-  // what a crashed process left behind.
-  void Open(const std::string& path, Mode mode, bool exclusive);
+  // A private storage in memory which, beyond a bounded part, lies in a temporary file without a
+  // name and goes with the connection.
+  void Open();
   void Close();
   bool IsOpen() const { return handle_ != nullptr; }
   // False also after a failure that ended the transaction.
@@ -40,6 +40,25 @@ class Connection {
   std::int64_t TotalChanges() const;  // by all statements
   std::int64_t LastRow() const;
 
+  using TableNames = std::set<std::string, std::less<>>;
+  // The tables whose rows statements have changed since the names were last taken. Deleting may
+  // name a table that had no row to lose.
+  TableNames TakeTouched();
+
+  // Changes made during its life do not count.
+  class Unnoticed {
+   public:
+    explicit Unnoticed(Connection& connection)
+        : connection_(connection), saved_(connection.touched_) {}
+    Unnoticed(const Unnoticed&) = delete;
+    Unnoticed& operator=(const Unnoticed&) = delete;
+    ~Unnoticed() { connection_.touched_ = saved_; }
+
+   private:
+    Connection& connection_;
+    TableNames saved_;
+  };
+
   // The error of a function called within a statement; the statement then fails with it.
   void NoteError(ports::DatabaseError error) { noted_ = std::move(error); }
   void ClearNotedError() { noted_.reset(); }
@@ -47,9 +66,12 @@ class Connection {
   [[noreturn]] void FailWith(int code);
 
  private:
+  void WatchChanges();
+  void NoteTouched(const char* table);
+
   sqlite3* handle_ = nullptr;
-  std::string path_;
   std::optional<ports::DatabaseError> noted_;
+  TableNames touched_;
 };
 
 // One prepared statement. Parameters count from 1, columns from 0.
@@ -71,6 +93,8 @@ class Statement {
   Statement& Bind(int parameter, double value);
   // The bytes must stay valid until the statement has been run.
   Statement& Bind(int parameter, std::string_view text);
+  // The statement keeps the text itself.
+  Statement& BindCopy(int parameter, const std::string& text);
   Statement& BindBytes(int parameter, std::string_view bytes);
 
   bool Step();   // true while there is a row

@@ -36,17 +36,17 @@ class Runner {
 
   std::int64_t operator()(const sql::Select& select) {
     if (select.into.empty()) Fail(kNotAnActionQuery);
-    definitions_.CreateTable(sql::TranslateIntoTable(select, session_.Tables(), text_));
-    return Run(sql::TranslateIntoRows(select, session_.Tables(), text_));
+    definitions_.CreateTable(sql::TranslateIntoTable(select, session_.LoadedTables(), text_));
+    return Run(sql::TranslateIntoRows(select, session_.LoadedTables(), text_));
   }
   std::int64_t operator()(const sql::Insert& insert) {
-    return Run(sql::TranslateInsert(insert, session_.Tables(), text_));
+    return Run(sql::TranslateInsert(insert, session_.LoadedTables(), text_));
   }
   std::int64_t operator()(const sql::Update& update) {
-    return Run(sql::TranslateUpdate(update, session_.Tables(), text_));
+    return Run(sql::TranslateUpdate(update, session_.LoadedTables(), text_));
   }
   std::int64_t operator()(const sql::Delete& statement) {
-    return Run(sql::TranslateDelete(statement, session_.Tables(), text_));
+    return Run(sql::TranslateDelete(statement, session_.LoadedTables(), text_));
   }
 
   std::int64_t operator()(const sql::CreateTable& create) {
@@ -154,7 +154,7 @@ sql::SelectPlan PlanSelect(Session& session, const std::string& text) {
   const sql::Statement statement = sql::ParseStatement(text);
   const auto* const select = std::get_if<sql::Select>(&statement);
   if (select == nullptr) Fail(kInvalidOperation, Excerpt(text));
-  return sql::TranslateSelect(*select, session.Tables(), text);
+  return sql::TranslateSelect(*select, session.LoadedTables(), text);
 }
 
 }  // namespace jet

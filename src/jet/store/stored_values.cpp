@@ -114,6 +114,8 @@ DatabaseValue ReadStored(const Statement& statement, int column, DataType type) 
       return std::string(statement.Text(column));
     case DataType::kGuid:
       return GuidText(statement.Bytes(column));
+    case DataType::kDecimal:
+      return ports::DecimalValue{std::string(statement.Text(column))};
     default:
       return ports::BinaryValue{std::string(statement.Bytes(column))};
   }

@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <ctime>
 #include <iterator>
 
 #include "foundation/date_parts.h"
@@ -133,6 +134,19 @@ Interval ParseInterval(std::string_view text) {
 WeekRules MakeWeekRules(std::int32_t first_day, std::int32_t first_week) {
   if (first_day < 0 || first_day > 7 || first_week < 0 || first_week > 3) Fail(kInvalidCall);
   return {first_day == 0 ? 2 : first_day, first_week == 0 ? 1 : first_week};
+}
+
+double LocalNow() {
+  const std::time_t now = std::time(nullptr);
+  const std::tm* const local = std::localtime(&now);
+  tmw::DateParts parts;
+  parts.year = local->tm_year + 1900;
+  parts.month = local->tm_mon + 1;
+  parts.day = local->tm_mday;
+  parts.hour = local->tm_hour;
+  parts.minute = local->tm_min;
+  parts.second = local->tm_sec > 59 ? 59 : local->tm_sec;
+  return tmw::DateFromParts(parts).value_or(0);
 }
 
 std::int32_t PartOf(double days, Interval interval, WeekRules rules) {

@@ -34,6 +34,9 @@ struct WeekRules {
 // out of range.
 WeekRules MakeWeekRules(std::int32_t first_day, std::int32_t first_week);
 
+// The moment by the clock on the wall, to the second.
+double LocalNow();
+
 // The date must be in range.
 std::int32_t PartOf(double days, Interval interval, WeekRules rules);
 

@@ -197,6 +197,15 @@ class LinuxFileSystem final : public ports::FileSystem {
     return StatusOf(rename(Name(from), Name(to)));
   }
 
+  ports::Status RenameToFree(const std::string& from, const std::string& to) override {
+    if (renameat2(AT_FDCWD, Name(from), AT_FDCWD, Name(to), RENAME_NOREPLACE) == 0)
+      return ports::Status::Success();
+    // File systems that do not know the flag know links: a second name fails where one exists.
+    if (errno != EINVAL && errno != ENOSYS) return ports::Status::Failure(errno);
+    if (link(Name(from), Name(to)) != 0) return ports::Status::Failure(errno);
+    return StatusOf(unlink(Name(from)));
+  }
+
   ports::Status SetReadOnly(const std::string& path, bool read_only) override {
     struct stat status {};
     if (stat(Name(path), &status) != 0) return ports::Status::Failure(errno);

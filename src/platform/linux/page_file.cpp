@@ -19,6 +19,7 @@ using ports::PageFileMode;
 using ports::Status;
 
 constexpr mode_t kOwnerOnly = 0600;
+constexpr mode_t kOrdinary = 0666;  // what the process forbids is taken off
 
 FileIdentity IdentityFrom(const struct stat& facts) {
   return {static_cast<std::uint64_t>(facts.st_dev), static_cast<std::uint64_t>(facts.st_ino)};
@@ -93,7 +94,8 @@ class LinuxPageFiles final : public ports::PageFiles {
   Outcome<std::unique_ptr<PageFile>> Open(const std::string& path, PageFileMode mode) override {
     using Result = Outcome<std::unique_ptr<PageFile>>;
     const int flags = mode == PageFileMode::kRead ? O_RDONLY : O_RDWR | O_CREAT | O_EXCL;
-    UniqueDescriptor file(open(path.c_str(), flags | O_CLOEXEC, kOwnerOnly));
+    const mode_t rights = mode == PageFileMode::kCreateOrdinary ? kOrdinary : kOwnerOnly;
+    UniqueDescriptor file(open(path.c_str(), flags | O_CLOEXEC, rights));
     if (!file) return Result::Failure(errno);
     struct stat facts {};
     if (fstat(file.Get(), &facts) != 0) return Result::Failure(errno);

@@ -249,6 +249,10 @@ class WindowsFileSystem final : public ports::FileSystem {
     });
   }
 
+  ports::Status RenameToFree(const std::string& from, const std::string& to) override {
+    return Result(::MoveFileExW(Native(from).c_str(), Native(to).c_str(), MOVEFILE_WRITE_THROUGH));
+  }
+
   ports::Status SetReadOnly(const std::string& path, bool read_only) override {
     const std::wstring native = Native(path);
     const DWORD old = GetFileAttributesW(native.c_str());

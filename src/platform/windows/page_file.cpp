@@ -105,7 +105,7 @@ class WindowsPageFiles final : public ports::PageFiles {
  public:
   Outcome<std::unique_ptr<PageFile>> Open(const std::string& path, PageFileMode mode) override {
     using Result = Outcome<std::unique_ptr<PageFile>>;
-    const bool is_new = mode == PageFileMode::kCreateNew;
+    const bool is_new = mode != PageFileMode::kRead;
     // The rights of a new file are those of its folder: temporary files lie where their target
     // does.
     UniqueFileHandle handle(CreateFileW(
