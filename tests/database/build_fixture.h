@@ -54,6 +54,12 @@ class BuildTest : public testing::Test, protected tmw::UpdaterEvents {
       database.Execute(statement, true);
   }
 
+  void Change(const std::string& name, const std::vector<std::string>& statements) const {
+    const auto database = Open(name);
+    Execute(*database, statements);
+    database->Close();
+  }
+
   std::unique_ptr<ports::Database> Open(const std::string& name) const {
     return ports::CurrentPorts().database->OpenDatabase(sandbox.Path(name), true, false);
   }

@@ -12,8 +12,8 @@ namespace {
 class BuiltRelationsTest : public BuildTest {
  protected:
   void SetUp() override {
-    Execute(
-        *Open("db/Tamrin.mdb"),
+    Change(
+        "db/Tamrin.mdb",
         {"create table Группы (Ид long constraint Ключ primary key, Выше long)",
          "insert into Группы values (1, null)", "insert into Группы values (2, 1)",
          "create table Ставки (Ид long constraint Ключ primary key, Группа long, Имя text(9))",
@@ -55,7 +55,7 @@ class BuiltRelationsTest : public BuildTest {
   // Begins anew with these statements run on the user's database.
   void Reset(const std::vector<std::string>& statements) {
     sandbox.Write("db/Tamrin.mdb", original);
-    Execute(*Open("db/Tamrin.mdb"), statements);
+    Change("db/Tamrin.mdb", statements);
     front_end.log.clear();
     sub_actions.clear();
     on_sub_action = [this](const std::string& text) { sub_actions.push_back(text); };
@@ -218,12 +218,13 @@ TEST_F(BuiltRelationsTest, AllThatDoesNotFitIsNamedAndRelationsThatOnlyJoinAlway
   EXPECT_NE(told.find("\"С3\""), std::string::npos);
   EXPECT_NE(told.find("\r\n\r\nНе восстановлено и других связей: 2.\r\n\r\n"), std::string::npos);
   Reset({});
-  Open("db/Tamrin.mdb")
-      ->CreateRelation({"С",
+  const auto user = Open("db/Tamrin.mdb");
+  user->CreateRelation({"С",
                         "Ставки",
                         "Бумаги",
                         ports::kRelationDontEnforce | ports::kRelationLeft,
                         {{"Ид", "Ставка"}}});
+  user->Close();
   EXPECT_TRUE(tmw::BuildWorkingDB(build, *this));
   EXPECT_EQ(Relations("DBUpdates/Tamrin.mdb"), "С: Бумаги(Ставка) -> Ставки(Ид) 16777218;");
 }

@@ -237,10 +237,10 @@ TEST_F(WorkingDbTest, WhatTheMachineLacksIsNeverSuppressed) {
 }
 
 TEST_F(WorkingDbTest, DictionariesThatStayAreCarriedOverWithTheirContent) {
-  Execute(*Open("db/Tamrin.mdb"),
-          {"create table А (Ид long constraint Ключ primary key, Имя text(20))",
-           "insert into А values (2, 'ё|^')", "insert into А values (1, null)",
-           "create table Б (Ид long, Сумма currency)", "insert into Б values (1, 0.0001)"});
+  Change("db/Tamrin.mdb",
+         {"create table А (Ид long constraint Ключ primary key, Имя text(20))",
+          "insert into А values (2, 'ё|^')", "insert into А values (1, null)",
+          "create table Б (Ид long, Сумма currency)", "insert into Б values (1, 0.0001)"});
   for (const char* const name : {"А", "Б"}) {
     tables.push_back({false, name, "", 0, "", false});
   }

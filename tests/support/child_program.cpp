@@ -63,6 +63,12 @@ void Spoil(const std::string& path, const std::string& report) {
   Append(report, "spoiled " + std::to_string(database->Execute("delete from T", true)));
 }
 
+void Execute(const std::string& path, const std::string& sql) {
+  const auto database = ports::CurrentPorts().database->OpenDatabase(path, true, false);
+  database->Execute(sql, true);
+  database->Close();
+}
+
 int Run(const std::vector<std::string>& words) {
   ports::Ports& ports = ports::CurrentPorts();
   for (std::size_t i = 0; i < words.size();) {
@@ -82,6 +88,9 @@ int Run(const std::vector<std::string>& words) {
       i += 3;
     } else if (verb == "spoil") {
       Spoil(words.at(i), words.at(i + 1));
+      i += 2;
+    } else if (verb == "execute") {
+      Execute(words.at(i), words.at(i + 1));
       i += 2;
     } else if (verb == "mark") {
       Append(words.at(i), words.at(i + 1));

@@ -123,7 +123,7 @@ void Definitions::DropTable(const TableInfo& table) {
   const std::string id = std::to_string(table.id);
   const std::string of_it = " WHERE table_id = " + id;
   Relations(session_).Release(table);
-  storage.Run("DROP TABLE " + table.StorageName());
+  storage.Run("DROP TABLE IF EXISTS " + table.StorageName());
   storage.Run("DELETE FROM _jet_index_field WHERE index_id IN (SELECT id FROM _jet_index" + of_it +
               "); DELETE FROM _jet_index" + of_it + "; DELETE FROM _jet_field" + of_it +
               "; DELETE FROM _jet_property" + of_it + "; DELETE FROM _jet_table WHERE id = " + id);
@@ -217,6 +217,7 @@ void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
 }
 
 void Definitions::RequireValues(const TableInfo& table, const FieldInfo& field) {
+  session_.MarkChanged(table);
   RefuseNull(table, field, kRequiredField);
   session_.Storage().Run("UPDATE _jet_field SET required = 1 WHERE id = " +
                          std::to_string(field.id));

@@ -1,0 +1,205 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "jet/file/checker.h"
+#include "ports/file_lock.h"
+#include "services/processes.h"
+#include "tests/fakes/faulty_file_system.h"
+#include "tests/fakes/faulty_page_files.h"
+#include "tests/jet/database_fixture.h"
+#include "tests/support/processes.h"
+#include "tests/support/scoped_ports.h"
+
+namespace {
+
+using ports::RecordsetType;
+using tests::ErrorOf;
+using tests::ToPath;
+using tests::Words;
+
+// A database that has been closed and is opened again: its tables lie in the file.
+class ContainerTest : public tests::DatabaseTest {
+ protected:
+  void SetUp() override {
+    for (const char* const sql :
+         {"create table Папки (Ид long constraint Ключ primary key, Имя text(20))",
+          "insert into Папки values (1, 'первая')", "insert into Папки values (2, 'вторая')",
+          "create table Бумаги (Ид counter constraint Ключ primary key, Папка long constraint Связь"
+          " references Папки (Ид) on update cascade on delete cascade, Текст memo)",
+          "insert into Бумаги (Папка, Текст) values (1, 'а')",
+          "insert into Бумаги (Папка, Текст) values (2, 'б')",
+          "insert into Бумаги (Папка, Текст) values (2, '')"})
+      ASSERT_EQ(Run(sql), 0) << sql;
+    Reopen();
+  }
+
+  void Reopen() {
+    db->Close();
+    db = engine->OpenDatabase(path, true, false);
+  }
+
+  void ExpectClean() const {
+    auto file = ports::CurrentPorts().page_files->Open(path, ports::PageFileMode::kRead);
+    ASSERT_TRUE(file);
+    const auto report = jet::file::CheckDatabase(std::move(file.value), path);
+    EXPECT_TRUE(report.IsClean()) << report.findings.Kept().front().Text();
+  }
+};
+
+TEST_F(ContainerTest, WhatNobodyChangedIsNotWritten) {
+  const auto before = ports::CurrentPorts().page_files->IdentityOf(path);
+  EXPECT_EQ(Query("select Имя from Папки where Ид = 2"), "Text вторая");
+  EXPECT_EQ(Run("insert into Папки values (2, 'ещё одна')"), 3022);
+  engine->BeginTrans();
+  EXPECT_EQ(Run("delete from Папки"), 0);
+  engine->Rollback();
+  Reopen();
+  EXPECT_EQ(ports::CurrentPorts().page_files->IdentityOf(path).value, before.value);
+  EXPECT_EQ(Run("update Папки set Имя = 'третья' where Ид = 2"), 0);
+  Reopen();
+  EXPECT_NE(ports::CurrentPorts().page_files->IdentityOf(path).value, before.value);
+  EXPECT_EQ(Query("select * from Папки"), "Long 1, Text первая; Long 2, Text третья");
+}
+
+TEST_F(ContainerTest, TablesThatACascadeReachesAreWrittenToo) {
+  EXPECT_EQ(Run("insert into Бумаги (Папка) values (9)"), 3201);
+  EXPECT_EQ(Run("update Папки set Ид = 5 where Ид = 1"), 0);
+  Reopen();
+  EXPECT_EQ(Query("select Ид, Папка, Текст from Бумаги order by Ид"),
+            "Long 1, Long 5, Text а; Long 2, Long 2, Text б; Long 3, Long 2, Text ");
+  ExpectClean();
+  EXPECT_EQ(Run("delete from Папки where Ид = 2"), 0);
+  Reopen();
+  EXPECT_EQ(Query("select Ид from Бумаги"), "Long 1");
+  EXPECT_EQ(Run("delete from Бумаги"), 0);
+  Reopen();
+  EXPECT_EQ(Query("select count(*) from Бумаги"), "Long 0");
+  EXPECT_EQ(Run("insert into Бумаги (Папка) values (5)"), 0);
+  EXPECT_EQ(Query("select Ид from Бумаги"), "Long 4") << "numbering goes on";
+  ExpectClean();
+}
+
+TEST_F(ContainerTest, DefinitionsComeBackAsTheyWere) {
+  ports::FieldDefinition field;
+  field.name = "Сумма";
+  field.type = ports::DataType::kCurrency;
+  field.default_value = "1.5";
+  field.required = true;
+  ASSERT_EQ(Run("create table Новая (Ид long)"), 0);
+  db->CreateField("Новая", field);
+  db->CreateIndex("Новая", {"Убыв", false, true, false, true, false, {{"Сумма", true}}});
+  db->SetFieldProperty("Папки", "Имя", "Caption", ports::DataType::kText, std::string("Её имя"));
+  db->SetFieldProperty("Папки", "Имя", "UnicodeCompression", ports::DataType::kBoolean, true);
+  db->DeleteRelation("Связь");
+  db->CreateRelation(
+      {"Другая", "Папки", "Бумаги", ports::kRelationDeleteCascade, {{"Ид", "Папка"}}});
+  const ports::TableDefinition before = db->Table("Новая");
+  Reopen();
+  const ports::TableDefinition table = db->Table("новая");
+  ASSERT_EQ(table.fields.size(), 2U);
+  EXPECT_EQ(table.fields[1].default_value, "1.5");
+  EXPECT_TRUE(table.fields[1].required);
+  EXPECT_EQ(table.fields[1].size, before.fields[1].size);
+  ASSERT_EQ(table.indexes.size(), 1U);
+  EXPECT_TRUE(table.indexes[0].unique && table.indexes[0].ignore_nulls &&
+              table.indexes[0].fields[0].descending && !table.indexes[0].required);
+  EXPECT_EQ(Words(*db->FieldProperty("Папки", "имя", "caption")), "Text Её имя");
+  EXPECT_EQ(Words(*db->FieldProperty("Папки", "Имя", "UnicodeCompression")), "True");
+  const auto relations = db->Relations();
+  ASSERT_EQ(relations.size(), 1U);
+  EXPECT_EQ(relations[0].name, "Другая");
+  EXPECT_EQ(relations[0].attributes, ports::kRelationDeleteCascade);
+  EXPECT_EQ(db->Table("Бумаги").indexes.size(), 2U) << "the key and the relation's own";
+  EXPECT_EQ(Run("update Папки set Ид = 7 where Ид = 2"), 3200);
+  EXPECT_EQ(Run("drop table Папки"), 3281);
+  EXPECT_EQ(Run("drop table Бумаги"), 0);
+  Reopen();
+  EXPECT_TRUE(db->Relations().empty());
+  EXPECT_EQ(Run("drop table Папки"), 0);
+  ExpectClean();
+}
+
+TEST_F(ContainerTest, RowsThatATransactionLoadedOutliveIt) {
+  engine->BeginTrans();
+  const auto rows = db->OpenRecordset("Папки", RecordsetType::kTable);
+  EXPECT_EQ(Run("create table Новая (Ид long)"), 0);
+  engine->Rollback();
+  rows->MoveNext();
+  EXPECT_EQ(Words(rows->Value(1)), "Text вторая");
+  rows->Edit();
+  rows->SetValue(1, std::string("иная"));
+  rows->Update();
+  Reopen();
+  EXPECT_EQ(Query("select Имя from Папки"), "Text первая; Text иная");
+}
+
+// Whichever writing of the new file fails, the old one is as it was and the database still open.
+TEST_F(ContainerTest, AFailureToWriteLeavesTheOldFile) {
+  const tests::ScopedPorts scoped;
+  tests::FaultyPageFiles pages(*scoped->page_files);
+  tests::FaultyFileSystem files(*scoped->files);
+  scoped->page_files = &pages;
+  scoped->files = &files;
+  Reopen();
+  ASSERT_EQ(Run("update Бумаги set Текст = Текст & 'я'"), 0);
+  const std::string old = sandbox.Read("база.mdb");
+  const auto expect_refused = [&](std::int32_t error) {
+    EXPECT_TRUE(error == ports::kDiskFull || error == ports::kDiskError) << error;
+    EXPECT_EQ(sandbox.Read("база.mdb"), old);
+    EXPECT_EQ(Query("select count(*) from Бумаги"), "Long 3");
+  };
+  for (std::size_t changes = 0; changes < 2; ++changes) {
+    files.changes_left = changes;  // rights, then the name
+    expect_refused(ErrorOf([&] { db->Close(); }));
+    files.changes_left.reset();
+    std::filesystem::remove(ToPath(path + ".writing"));
+  }
+  std::size_t failures = 0;
+  for (;; ++failures) {
+    pages.operations_left = failures;
+    const std::int32_t error = ErrorOf([&] { db->Close(); });
+    pages.operations_left.reset();
+    if (error == 0) break;
+    expect_refused(error);
+    EXPECT_FALSE(sandbox.Has("база.mdb.writing"));
+  }
+  EXPECT_GE(failures, 4U) << "the pages and then the first one, each with a flush";
+  db = engine->OpenDatabase(path, true, false);
+  EXPECT_EQ(Query("select Текст from Бумаги where Ид = 3"), "Text я");
+  ExpectClean();
+}
+
+TEST_F(ContainerTest, AnotherWriterOfTheNewFileIsRespected) {
+  ASSERT_EQ(Run("delete from Бумаги"), 0);
+  sandbox.Write("база.mdb.writing", "left over");
+  {
+    const auto held = ports::CurrentPorts().file_locks->TryLock(path + ".writing",
+                                                                ports::FileLockMode::kExclusive);
+    EXPECT_EQ(ErrorOf([&] { db->Close(); }), ports::kOpenedExclusively);
+  }
+  EXPECT_EQ(sandbox.Read("база.mdb.writing"), "left over");
+  Reopen();
+  EXPECT_FALSE(sandbox.Has("база.mdb.writing"));
+  EXPECT_EQ(Query("select count(*) from Бумаги"), "Long 0");
+}
+
+// Another process changes the database after this one has opened the file and before it locks it.
+TEST_F(ContainerTest, AnOpenerFollowsTheNameToTheFileThatHasIt) {
+  db->Close();
+  const tests::ScopedPorts scoped;
+  tests::FaultyPageFiles pages(*scoped->page_files);
+  scoped->page_files = &pages;
+  pages.after_opening = [this] {
+    const std::string words = " execute \"" + path + "\" \"insert into Папки values (3, 'чужая')\"";
+    EXPECT_EQ(tmw::RunProcess("", "\"" + tests::ChildProgram() + "\"" + words, "", true, 0), 0);
+  };
+  db = engine->OpenDatabase(path, true, false);
+  EXPECT_EQ(Run("insert into Папки values (4, 'своя')"), 0);
+  db->Close();
+  db = engine->OpenDatabase(path, true, false);
+  EXPECT_EQ(Query("select Имя from Папки where Ид > 2 order by Ид"), "Text чужая; Text своя");
+}
+
+}  // namespace
