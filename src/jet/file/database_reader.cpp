@@ -85,6 +85,11 @@ std::vector<ForeignObject> DatabaseReader::ForeignObjects() const {
   return found;
 }
 
+void DatabaseReader::RequireRewritable() const {
+  for (const ForeignObject& object : ForeignObjects())
+    Fail(kUnknownFormat, file_name_, texts::WouldBeLost(object.kind, object.name));
+}
+
 TableLayout DatabaseReader::Definition(const CatalogueObject& table) {
   return ThroughDoor(kDatabaseDamaged, file_name_, [this, &table] {
     return ReadLayout(*source_, table.id & object_id::kMaskOfPage, table.place.page);

@@ -63,6 +63,8 @@ class DatabaseReader {
 
   // Forms, reports, macros, modules and pages: what a rewritten file would lose.
   std::vector<ForeignObject> ForeignObjects() const;
+  // 3343 when there are any.
+  void RequireRewritable() const;
 
   TableLayout Definition(const CatalogueObject& table);
   std::vector<PropertySet> Properties(const CatalogueObject& object);

@@ -77,8 +77,7 @@ DatabaseWriter::DatabaseWriter(WriterFiles files, const Header& header, double m
 
 DatabaseWriter::DatabaseWriter(WriterFiles files, DatabaseReader& source)
     : DatabaseWriter(std::move(files), source.FileHeader(), &source) {
-  for (const ForeignObject& object : source.ForeignObjects())
-    Fail(kUnknownFormat, source.FileName(), texts::WouldBeLost(object.kind, object.name));
+  source.RequireRewritable();
 }
 
 DatabaseWriter::DatabaseWriter(WriterFiles files, const Header& header, DatabaseReader* source)

@@ -69,7 +69,7 @@ inline constexpr const char* kDataAccessPage = "страница доступа"
 
 // Why a file is not rewritten.
 inline std::string WouldBeLost(const std::string& kind, const std::string& name) {
-  return ": в нём есть " + kind + " \"" + name + "\"";
+  return ": в нём есть " + kind + " \"" + name + "\", при перезаписи этот объект пропал бы";
 }
 
 inline std::string Sentence(const std::string& what, PageNumber page) {

@@ -20,16 +20,6 @@ std::string FollowedPath(const std::string& path) {
   return followed ? followed.value : path;
 }
 
-void RefuseForeignObjects(const file::DatabaseReader& reader) {
-  std::string list;
-  for (const file::ForeignObject& object : reader.ForeignObjects())
-    list += (list.empty() ? "" : ", ") + object.kind + " \"" + object.name + "\"";
-  if (list.empty()) return;
-  Fail(kUnknownFormat, reader.FileName(),
-       ": при перезаписи файла пропали бы объекты, которых программа не поддерживает (" + list +
-           ")");
-}
-
 }  // namespace
 
 std::unique_ptr<ports::FileLock> LockFile(const std::string& path, bool exclusive) {
@@ -60,7 +50,7 @@ Container::Container(const std::string& path, bool exclusive, Purpose purpose)
     if (attempt == kOpenAttempts) Fail(kFileInUse, path_);
   }
   reader_ = std::make_unique<file::DatabaseReader>(file_, path_);
-  if (purpose == Purpose::kRewriting) RefuseForeignObjects(*reader_);
+  if (purpose == Purpose::kRewriting) reader_->RequireRewritable();
 }
 
 Container::Container(const std::string& path, std::unique_ptr<ports::FileLock> lock)
