@@ -39,6 +39,7 @@ class UpdateListTest : public testing::Test {
         ports::CurrentPorts().database->CreateDatabase(sandbox_.Path("Tamrin.mdb"));
     for (const char* const table : {"Current", "Other"})
       database->Execute("create table " + std::string(table) + " (A long)", true);
+    database->Close();
     const std::string text = "Table:Current\r\nField:A|Long|4\r\nRows\r\nEndRows\r\nEndTable\r\n";
     for (const char* const name : {"Current", "Other", "Missing"})
       manifest_.Tables.push_back({false, name, "", 1000, tmw::GetStringHash(text), false});
