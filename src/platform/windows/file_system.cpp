@@ -250,7 +250,8 @@ class WindowsFileSystem final : public ports::FileSystem {
   }
 
   ports::Status RenameToFree(const std::string& from, const std::string& to) override {
-    return Result(::MoveFileExW(Native(from).c_str(), Native(to).c_str(), MOVEFILE_WRITE_THROUGH));
+    return StatusOf(
+        ::MoveFileExW(Native(from).c_str(), Native(to).c_str(), MOVEFILE_WRITE_THROUGH));
   }
 
   ports::Status SetReadOnly(const std::string& path, bool read_only) override {
