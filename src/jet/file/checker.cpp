@@ -15,11 +15,11 @@ namespace {
 
 class Checker {
  public:
-  explicit Checker(DatabaseReader& reader)
+  Checker(DatabaseReader& reader, CheckDepth depth)
       : reader_(reader),
         census_(reader.Pages().PageCount()),
         maps_(census_, report_.findings),
-        context_{reader.Pages(), census_, maps_, report_.findings},
+        context_{reader.Pages(), census_, maps_, report_.findings, depth},
         catalogue_(context_, reader.FileHeader(), reader.Objects()) {}
 
   CheckReport Run() {
@@ -143,9 +143,9 @@ class Checker {
 }  // namespace
 
 CheckReport CheckDatabase(const std::shared_ptr<ports::PageFile>& file,
-                          const std::string& file_name) {
+                          const std::string& file_name, CheckDepth depth) {
   DatabaseReader reader(file, file_name, false);
-  return Checker(reader).Run();
+  return Checker(reader, depth).Run();
 }
 
 }  // namespace jet::file

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "jet/file/findings.h"
+#include "jet/file/page_census.h"
 #include "ports/page_file.h"
 
 // The door for checking a file from its first page to its last.
@@ -31,6 +32,6 @@ struct CheckReport {
 // is for the words of errors. The format has no sums over its pages: a value that was changed into
 // another valid one is not found.
 CheckReport CheckDatabase(const std::shared_ptr<ports::PageFile>& file,
-                          const std::string& file_name);
+                          const std::string& file_name, CheckDepth depth = CheckDepth::kWhole);
 
 }  // namespace jet::file

@@ -165,7 +165,7 @@ void IndexCheck::CheckEntry(const std::string& entry, PageNumber page) {
     context_.findings.AddFault(
         rows_.Contains(parts.row) ? check_texts::kEntryTwice : check_texts::kEntryOfNoRow, name_,
         page);
-  } else {
+  } else if (context_.depth == CheckDepth::kWhole) {
     CheckRowOfEntry(parts, page, is_repeated);
   }
   last_entry_ = entry;

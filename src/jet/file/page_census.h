@@ -53,12 +53,19 @@ class MapRegister {
   std::set<RowPointer> rows_;
 };
 
+// How much of a file is compared.
+enum class CheckDepth {
+  kStructure,  // everything but the keys of indexes with the values of their rows
+  kWhole,
+};
+
 // What the parts of a check share.
 struct CheckContext {
   PageSource& source;
   PageCensus& census;
   MapRegister& maps;
   FindingList& findings;
+  CheckDepth depth = CheckDepth::kWhole;
 };
 
 // Compares the free space that a data page claims with what its rows leave.

@@ -11,7 +11,8 @@ namespace {
 
 // The file is judged as it lies on the disk, by rules that the writer does not share.
 void RefuseDamaged(const NewFile& file, const std::string& name) {
-  const file::CheckReport report = file::CheckDatabase(file.Pages(), name);
+  const file::CheckReport report =
+      file::CheckDatabase(file.Pages(), name, file::CheckDepth::kStructure);
   if (report.IsClean()) return;
   Fail(kDatabaseDamaged, name, report.findings.Kept().front().Text());
 }

@@ -199,7 +199,7 @@ void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
     }
   }
   for (const std::string& index : indexes)
-    storage.Run("DROP INDEX i" + std::to_string(table.FindIndex(index)->id));
+    storage.Run("DROP INDEX IF EXISTS i" + std::to_string(table.FindIndex(index)->id));
   const std::string new_id = std::to_string(made.id);
   storage.Run("ALTER TABLE " + table.StorageName() + " DROP COLUMN " + field.column +
               "; DELETE FROM _jet_field WHERE id = " + old_id +
@@ -285,8 +285,8 @@ void Definitions::DropIndex(const TableInfo& table, const IndexInfo& index) {
   session_.MarkChanged(table);
   Relations(session_).RefuseIndex(table, index);
   const std::string id = std::to_string(index.id);
-  session_.Storage().Run("DROP INDEX i" + id + "; DELETE FROM _jet_index WHERE id = " + id +
-                         "; DELETE FROM _jet_index_field WHERE index_id = " + id);
+  session_.Storage().Run("DROP INDEX IF EXISTS i" + id + "; DELETE FROM _jet_index WHERE id = " +
+                         id + "; DELETE FROM _jet_index_field WHERE index_id = " + id);
   session_.Tables().Forget();
 }
 

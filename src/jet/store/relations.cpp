@@ -193,6 +193,9 @@ void Relations::Create(const ports::RelationDefinition& definition) {
 }
 
 void Relations::Add(Relation& relation, const TableInfo& table, const TableInfo& referenced) {
+  // With their indexes: every row looks for the one that it refers to.
+  session_.LoadedTables().FindTable(table.name);
+  session_.LoadedTables().FindTable(referenced.name);
   session_.MarkChanged(table);
   session_.MarkChanged(referenced);
   relation.table_id = table.id;

@@ -83,7 +83,7 @@ void Session::NeedRelations() {
 }
 
 void Session::MarkChanged(const TableInfo& table) {
-  loader_.Load(std::make_shared<TableInfo>(table));
+  loader_.LoadRows(std::make_shared<TableInfo>(table));
   connection_->Run(
       "UPDATE _jet_table SET state = " + std::to_string(static_cast<int>(TableState::kChanged)) +
       " WHERE id = " + std::to_string(table.id));

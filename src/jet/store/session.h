@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -52,6 +53,11 @@ class Session {
   // Runs a change as a whole: what it did is undone when it fails. 3027 when the database is open
   // for reading only; 3045 or 3218 when it is shared and others have it open.
   void Change(const std::function<void()>& change);
+
+  // The number of a table's rows, as long as they lie in the file only.
+  std::optional<std::int64_t> CountInFile(const TableInfo& table) {
+    return loader_.CountInFile(table);
+  }
 
   // The relations are in the catalogue. A change need not ask.
   void NeedRelations();

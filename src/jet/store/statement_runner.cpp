@@ -2,6 +2,7 @@
 
 #include <variant>
 
+#include "foundation/text.h"
 #include "jet/errors.h"
 #include "jet/sql/insert_translator.h"
 #include "jet/sql/parser.h"
@@ -150,11 +151,36 @@ std::int64_t RunStatement(Session& session, const std::string& text) {
   return touched;
 }
 
+namespace {
+
+// The table whose rows "SELECT Count(*) FROM table" counts; empty for any other statement.
+std::string CountedTable(const sql::Select& select) {
+  const bool is_plain = select.items.size() == 1 && select.items[0].expression &&
+                        select.from.size() == 1 && !select.from[0]->select &&
+                        !select.from[0]->join && !select.top && !select.where &&
+                        select.group_by.empty() && !select.having && select.order_by.empty() &&
+                        !select.united_with && select.predicate == sql::SelectPredicate::kAll;
+  if (!is_plain) return {};
+  const sql::Expression& item = *select.items[0].expression;
+  const bool counts = item.kind == sql::ExpressionKind::kCall &&
+                      tmw::EqualIgnoringCase(item.text, "count") && item.arguments.size() == 1 &&
+                      item.arguments[0]->kind == sql::ExpressionKind::kStar;
+  return counts ? select.from[0]->table : std::string();
+}
+
+}  // namespace
+
 sql::SelectPlan PlanSelect(Session& session, const std::string& text) {
   const sql::Statement statement = sql::ParseStatement(text);
   const auto* const select = std::get_if<sql::Select>(&statement);
   if (select == nullptr) Fail(kInvalidOperation, Excerpt(text));
-  return sql::TranslateSelect(*select, session.LoadedTables(), text);
+  // Rows are counted where they are: whoever counts them all rarely needs them.
+  const TablePtr counted = session.Tables().FindTable(CountedTable(*select));
+  const auto count = counted ? session.CountInFile(*counted) : std::nullopt;
+  if (!count) return sql::TranslateSelect(*select, session.LoadedTables(), text);
+  sql::SelectPlan plan = sql::TranslateSelect(*select, session.Tables(), text);
+  plan.rows_sql = "SELECT " + std::to_string(*count);
+  return plan;
 }
 
 }  // namespace jet

@@ -1,5 +1,6 @@
 #include "jet/store/table_loader.h"
 
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -118,24 +119,42 @@ void TableLoader::InsertIndexes(std::int64_t table, const file::TableLayout& lay
   }
 }
 
+std::optional<TableState> TableLoader::StateOf(std::int64_t table) {
+  Statement row = Prepare("SELECT state FROM _jet_table WHERE id = ?1");
+  if (!row.Bind(1, table).Step()) return std::nullopt;
+  return static_cast<TableState>(row.Integer(0));
+}
+
+void TableLoader::LoadRows(const TablePtr& table) {
+  const auto state = StateOf(table->id);
+  if (!state || *state >= TableState::kLoaded) return;
+  const Connection::Unnoticed unnoticed(*storage_);
+  LoadingStep step(*storage_);
+  // The definition may have been taken back with the transaction that asked for it.
+  if (*state == TableState::kInFile) Define(table->id);
+  InsertRows(*table, container_.Reader().Definition(
+                         container_.Reader().Objects().at(*ObjectOf(table->id))));
+  SetState(table->id, TableState::kLoaded);
+  step.Finish();
+}
+
 void TableLoader::Load(const TablePtr& table) {
   if (loaded_.contains(table->id)) return;
-  Statement row = Prepare("SELECT state FROM _jet_table WHERE id = ?1");
-  if (!row.Bind(1, table->id).Step()) return;
-  const auto state = static_cast<TableState>(row.Integer(0));
-  row.Reset();
-  if (state < TableState::kLoaded) {
-    const Connection::Unnoticed unnoticed(*storage_);
-    LoadingStep step(*storage_);
-    // The definition may have been taken back with the transaction that asked for it.
-    if (state == TableState::kInFile) Define(table->id);
-    InsertRows(*table, container_.Reader().Definition(
-                           container_.Reader().Objects().at(*ObjectOf(table->id))));
-    BuildIndexes(*table);
-    SetState(table->id, TableState::kLoaded);
-    step.Finish();
-  }
+  LoadRows(table);
+  if (!StateOf(table->id)) return;
+  BuildIndexes(*table);
   loaded_.emplace(table->id, table);
+}
+
+std::optional<std::int64_t> TableLoader::CountInFile(const TableInfo& table) {
+  const auto state = StateOf(table.id);
+  if (!state || *state >= TableState::kLoaded) return std::nullopt;
+  const file::TableLayout layout =
+      container_.Reader().Definition(container_.Reader().Objects().at(*ObjectOf(table.id)));
+  std::int64_t count = 0;
+  for (file::TableRows rows = container_.Reader().Rows(layout); rows.Next();)
+    ++count;
+  return count;
 }
 
 void TableLoader::Forget() {
@@ -176,7 +195,15 @@ void TableLoader::InsertRows(const TableInfo& table, const file::TableLayout& la
 }
 
 void TableLoader::BuildIndexes(const TableInfo& table) {
+  Statement missing = Prepare(
+      "SELECT id FROM _jet_index WHERE table_id = ?1 AND NOT EXISTS"
+      " (SELECT 1 FROM sqlite_master WHERE type = 'index' AND sqlite_master.name = 'i' || id)");
+  std::set<std::int64_t> ids;
+  for (missing.Bind(1, table.id); missing.Step();)
+    ids.insert(missing.Integer(0));
+  missing.Reset();
   for (const IndexInfo& index : table.indexes) {
+    if (!ids.contains(index.id)) continue;
     try {
       storage_->Run(CreateIndexSql(table, index));
     } catch (const ports::DatabaseError& error) {

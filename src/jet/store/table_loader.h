@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,8 +42,13 @@ class TableLoader final : public TableDefiner {
 
   void Define(std::int64_t table) override;
 
-  // Its rows and indexes, unless they are there. Nothing for a table that has been dropped.
+  // Its rows, unless they are there, and its indexes, without which statements find them slowly and
+  // duplicates are not refused. Nothing for a table that has been dropped.
   void Load(const TablePtr& table);
+  void LoadRows(const TablePtr& table);
+
+  // The number of its rows, as long as they lie in the file only.
+  std::optional<std::int64_t> CountInFile(const TableInfo& table);
 
   // A transaction was taken back, and what it had loaded with it.
   void Forget();
@@ -55,12 +61,13 @@ class TableLoader final : public TableDefiner {
   void InsertIndexes(std::int64_t table, const file::TableLayout& layout);
   void InsertRows(const TableInfo& table, const file::TableLayout& layout);
   void BuildIndexes(const TableInfo& table);
+  std::optional<TableState> StateOf(std::int64_t table);
   void SetState(std::int64_t table, TableState state);
   Statement Prepare(const std::string& sql) { return {storage_, sql}; }
 
   std::shared_ptr<Connection> storage_;
   Container& container_;
-  std::map<std::int64_t, TablePtr> loaded_;
+  std::map<std::int64_t, TablePtr> loaded_;  // with their indexes
   std::map<std::int64_t, TablePtr> lost_;
 };
 
