@@ -32,7 +32,7 @@ class PageSink {
   void Flush();
 
  private:
-  static constexpr std::size_t kStretch = 64;  // pages that leave together
+  static constexpr PageNumber kStretch = 64;  // pages that leave together
   static constexpr std::size_t kStretchesHeld = 16;
 
   struct Stretch {
