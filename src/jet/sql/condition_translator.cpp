@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "foundation/text.h"
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/operators.h"
 #include "jet/sql/subquery_translator.h"
@@ -85,19 +86,17 @@ std::string In(const Expression& expression, ExpressionTranslator& translator) {
   }
   const TypedSql value = translator.Value(*expression.arguments[0]);
   bool is_known = IsKnown(value.type);
-  std::vector<std::string> item_list;
-  std::string items;
+  std::vector<std::string> items;
   for (std::size_t i = 1; i < expression.arguments.size(); ++i) {
     const TypedSql item = translator.Value(*expression.arguments[i]);
     CheckComparable(value.type, item.type, translator.TextOf(*expression.arguments[i]));
     is_known = is_known && item.type != ValueType::kUnknown;
-    Append(items, item.sql);
-    item_list.push_back(item.sql);
+    items.push_back(item.sql);
   }
   const std::string prefix = expression.negated ? "(NOT " : "(";
-  if (!is_known) return prefix + "(" + InUnknown(value.sql, item_list) + "))";
+  if (!is_known) return prefix + "(" + InUnknown(value.sql, items) + "))";
   const char* const collation = value.type == ValueType::kText ? kCollate : "";
-  return prefix + "(" + value.sql + collation + " IN (" + items + ")))";
+  return prefix + "(" + value.sql + collation + " IN (" + tmw::Joined(items, ", ") + ")))";
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "foundation/encodings.h"
+#include "foundation/text.h"
 #include "jet/errors.h"
 
 namespace jet::sql {
@@ -112,10 +113,7 @@ void Scope::NoteUnknown(std::string name) {
 void Scope::FailOnUnknown() const {
   const std::vector<std::string>& unknown = shared_->unknown;
   if (unknown.empty()) return;
-  std::string names;
-  for (const std::string& name : unknown)
-    names += (names.empty() ? "" : ", ") + name;
-  Fail(kTooFewParameters, std::to_string(unknown.size()), names);
+  Fail(kTooFewParameters, std::to_string(unknown.size()), tmw::Joined(unknown, ", "));
 }
 
 }  // namespace jet::sql

@@ -35,10 +35,7 @@ bool IsConstant(const Expression& expression) {
 }
 
 std::string Joined(std::string_view keyword, const std::vector<std::string>& items) {
-  std::string sql;
-  for (const std::string& item : items)
-    sql += (sql.empty() ? std::string(keyword) : ", ") + item;
-  return sql;
+  return items.empty() ? "" : std::string(keyword) + tmw::Joined(items, ", ");
 }
 
 // One SELECT without UNION.

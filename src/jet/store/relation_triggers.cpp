@@ -14,6 +14,11 @@ namespace {
 using sql::ReferenceAction;
 using tmw::Joined;
 
+ReferenceAction ActionOf(std::int32_t attributes, std::int32_t cascade, std::int32_t null) {
+  if ((attributes & cascade) != 0) return ReferenceAction::kCascade;
+  return (attributes & null) != 0 ? ReferenceAction::kSetNull : ReferenceAction::kRefuse;
+}
+
 // Writes the triggers of one relation.
 class TriggerWriter {
  public:
@@ -108,15 +113,11 @@ const FieldInfo& FieldById(const TableInfo& table, std::int64_t id) {
 }
 
 ReferenceAction Relation::OnUpdate() const {
-  if ((attributes & ports::kRelationUpdateCascade) != 0) return ReferenceAction::kCascade;
-  if ((attributes & ports::kRelationUpdateNull) != 0) return ReferenceAction::kSetNull;
-  return ReferenceAction::kRefuse;
+  return ActionOf(attributes, ports::kRelationUpdateCascade, ports::kRelationUpdateNull);
 }
 
 ReferenceAction Relation::OnDelete() const {
-  if ((attributes & ports::kRelationDeleteCascade) != 0) return ReferenceAction::kCascade;
-  if ((attributes & ports::kRelationDeleteNull) != 0) return ReferenceAction::kSetNull;
-  return ReferenceAction::kRefuse;
+  return ActionOf(attributes, ports::kRelationDeleteCascade, ports::kRelationDeleteNull);
 }
 
 std::string RelationTriggers(const Relation& relation, const TableInfo& table,
