@@ -49,7 +49,7 @@ std::optional<ByteView> UsageMap::Window(std::size_t index) {
 
 std::optional<PageNumber> UsageMap::Next(PageNumber page) {
   if (window_ == 0) return std::nullopt;
-  std::uint64_t wanted = page > first_page_ ? page - first_page_ : 0;
+  std::size_t wanted = page > first_page_ ? page - first_page_ : 0;
   for (std::size_t index = wanted / window_; index < windows_.size(); ++index) {
     const auto bits = Window(index);
     std::size_t bit = wanted > std::uint64_t{index} * window_ ? wanted % window_ : 0;
