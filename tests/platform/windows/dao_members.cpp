@@ -12,6 +12,17 @@ using enum DaoKind;
 
 constexpr bool kOptional = true;
 
+// Types of fields, and of recordsets: table, dynaset, snapshot, forward only, dynamic.
+const DaoNumbers kFieldTypes = {
+    {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 15, 16, 17, 18, 19, 20, 21, 22, 23}};
+const DaoNumbers kRecordsetTypes = {{1, 2, 4, 8, 16}};
+// Versions of a new file, and encryption (2).
+const DaoNumbers kDatabaseOptions = {{1, 2, 8, 16, 32, 64}, true};
+const DaoNumbers kExecuteOptions = {{1, 16, 32, 64, 128, 512, 1024}, true};
+const DaoNumbers kRelationAttributes = {{1, 2, 4, 0x100, 0x1000, 0x1000000, 0x2000000}, true};
+const DaoNumbers kIdleActions = {{1, 8}};
+const DaoNumbers kCommitOptions = {{1}};
+
 // Every collection answers to these; members of it are of the object's class.
 void AddCollection(std::vector<DaoMember>& members, const char* collection, const char* object) {
   members.push_back({collection, "Count", kRead, {}, kNumber});
@@ -22,10 +33,11 @@ void AddCollection(std::vector<DaoMember>& members, const char* collection, cons
 }
 
 std::vector<DaoMember> MakeMembers() {
-  const std::vector<DaoParameter> create_field = {
-      {"Name", kText, kOptional}, {"Type", kNumber, kOptional}, {"Size", kNumber, kOptional}};
+  const std::vector<DaoParameter> create_field = {{"Name", kText, kOptional},
+                                                  {"Type", kNumber, kOptional, kFieldTypes},
+                                                  {"Size", kNumber, kOptional}};
   const std::vector<DaoParameter> create_property = {{"Name", kText, kOptional},
-                                                     {"Type", kNumber, kOptional},
+                                                     {"Type", kNumber, kOptional, kFieldTypes},
                                                      {"Value", kValue, kOptional},
                                                      {"DDL", kTruth, kOptional}};
   std::vector<DaoMember> members = {
@@ -42,7 +54,7 @@ std::vector<DaoMember> MakeMembers() {
       {"DBEngine",
        "CreateDatabase",
        kMethod,
-       {{"Name", kText}, {"Locale", kText}, {"Option", kNumber, kOptional}},
+       {{"Name", kText}, {"Locale", kText}, {"Option", kNumber, kOptional, kDatabaseOptions}},
        kObject,
        "Database"},
       {"DBEngine",
@@ -53,9 +65,9 @@ std::vector<DaoMember> MakeMembers() {
         {"DstLocale", kText, kOptional},
         {"Options", kNumber, kOptional},
         {"SrcLocale", kText, kOptional}}},
-      {"DBEngine", "Idle", kMethod, {{"Action", kNumber, kOptional}}},
+      {"DBEngine", "Idle", kMethod, {{"Action", kNumber, kOptional, kIdleActions}}},
       {"DBEngine", "BeginTrans"},
-      {"DBEngine", "CommitTrans", kMethod, {{"Options", kNumber, kOptional}}},
+      {"DBEngine", "CommitTrans", kMethod, {{"Options", kNumber, kOptional, kCommitOptions}}},
       {"DBEngine", "Rollback"},
 
       {"Database", "Name", kRead, {}, kText},
@@ -77,15 +89,18 @@ std::vector<DaoMember> MakeMembers() {
        {{"Name", kText, kOptional},
         {"Table", kText, kOptional},
         {"ForeignTable", kText, kOptional},
-        {"Attributes", kNumber, kOptional}},
+        {"Attributes", kNumber, kOptional, kRelationAttributes}},
        kObject,
        "Relation"},
-      {"Database", "Execute", kMethod, {{"Query", kText}, {"Options", kNumber, kOptional}}},
+      {"Database",
+       "Execute",
+       kMethod,
+       {{"Query", kText}, {"Options", kNumber, kOptional, kExecuteOptions}}},
       {"Database",
        "OpenRecordset",
        kMethod,
        {{"Name", kText},
-        {"Type", kNumber, kOptional},
+        {"Type", kNumber, kOptional, kRecordsetTypes},
         {"Options", kNumber, kOptional},
         {"LockEdit", kNumber, kOptional}},
        kObject,
@@ -158,6 +173,16 @@ std::vector<DaoMember> MakeMembers() {
 }
 
 }  // namespace
+
+bool DaoNumbers::Allow(std::int32_t number) const {
+  if (values.empty()) return true;
+  std::int32_t rest = number;
+  for (const std::int32_t value : values) {
+    if (number == value) return true;
+    rest &= ~value;
+  }
+  return are_bits && rest == 0;
+}
 
 const std::vector<DaoMember>& DaoMembers() {
   static const std::vector<DaoMember> members = MakeMembers();

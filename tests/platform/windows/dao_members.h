@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -20,10 +21,19 @@ enum class DaoKind {
 
 enum class DaoAccess { kMethod, kRead, kReadWrite };
 
+// The numbers that an argument may be: one of them, or any sum of them.
+struct DaoNumbers {
+  std::vector<std::int32_t> values = {};  // empty: any number
+  bool are_bits = false;
+
+  bool Allow(std::int32_t number) const;
+};
+
 struct DaoParameter {
   const char* name;
   DaoKind kind;
   bool is_optional = false;
+  DaoNumbers numbers = {};
 };
 
 struct DaoMember {

@@ -15,6 +15,7 @@ using platform::FromVariant;
 using platform::LongOf;
 using platform::TextOf;
 
+constexpr std::int32_t kInvalidArgument = 3001;
 constexpr std::int32_t kTableExists = 3010;
 constexpr std::int32_t kObjectExists = 3012;
 constexpr std::int32_t kInvalidOperation = 3219;
@@ -72,6 +73,11 @@ std::string Words(const VARIANT& argument) {
   if (const auto* const text = std::get_if<std::string>(&value)) return *text;
   if (const auto* const truth = std::get_if<bool>(&value)) return *truth ? "True" : "False";
   return std::to_string(LongOf(value));
+}
+
+HRESULT Raise(std::int32_t number, EXCEPINFO& details) {
+  details.scode = static_cast<HRESULT>(0x800A0000U + static_cast<std::uint32_t>(number));
+  return DISP_E_EXCEPTION;
 }
 
 void Give(DaoModelObject* object, VARIANT& result) {
@@ -161,6 +167,12 @@ HRESULT DaoModelObject::Invoke(DISPID id, REFIID, LCID, WORD kind, DISPPARAMS* p
   if (FAILED(refusal)) return refusal;
 
   const std::string place = class_ + "." + member.name;
+  for (std::size_t i = 0; !is_put && i < arguments.size(); ++i) {
+    const DaoParameter& parameter = member.parameters[i];
+    if (parameter.kind == DaoKind::kNumber &&
+        !parameter.numbers.Allow(LongOf(FromVariant(*arguments[i]))))
+      return Raise(kInvalidArgument, *details);
+  }
   if (is_put) {
     model_.log.push_back(place + " = " + words);
   } else if (member.access == DaoAccess::kMethod) {
@@ -175,9 +187,7 @@ HRESULT DaoModelObject::Invoke(DISPID id, REFIID, LCID, WORD kind, DISPPARAMS* p
   } else {
     error = is_put ? Put(member.name, *arguments[0]) : Run(member, arguments, answer);
   }
-  if (error == 0) return S_OK;
-  details->scode = static_cast<HRESULT>(0x800A0000U + static_cast<std::uint32_t>(error));
-  return DISP_E_EXCEPTION;
+  return error == 0 ? S_OK : Raise(error, *details);
 }
 
 std::int32_t DaoModelObject::Run(const DaoMember& member, const Arguments& arguments,

@@ -286,6 +286,11 @@ TEST_F(DaoObjectsTest, WhatIsNotAsDocumentedIsRefused) {
   };
   for (const auto& c : cases)
     EXPECT_EQ(ErrorOf(c.call), static_cast<std::int32_t>(c.error)) << &c - cases;
+  EXPECT_EQ(ErrorOf([&] { engine.Call(L"Idle", {std::int32_t{2}}); }), 3001);
+  EXPECT_EQ(ErrorOf([&] {
+              database.Call(L"Execute", {std::string("a"), std::int32_t{256}});
+            }),
+            3001);
 }
 
 }  // namespace
