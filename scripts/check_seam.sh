@@ -34,13 +34,13 @@ platform/linux/linux_texts        foundation
 platform/linux/terminal_signals
 platform/linux/qt                 ports foundation platform/linux/linux_texts platform/linux/terminal_signals
 platform/linux/terminal           ports foundation platform/linux/linux_texts platform/linux/terminal_signals
-platform/linux/database           jet/engine platform/factories
+platform/linux/database           ports jet/engine platform/factories
 platform/linux                    ports foundation services platform/factories platform/linux
 platform/windows/windows_headers
 platform/windows/wide             foundation platform/windows/windows_headers
 platform/windows/com              platform/windows/windows_headers platform/windows/wide
 platform/windows/dao              ports foundation platform/windows/com platform/windows/wide
-platform/windows/database         jet/engine platform/factories platform/windows/dao
+platform/windows/database         ports jet/engine platform/factories platform/windows/dao
 platform/windows                  ports foundation services platform/factories platform/windows
 engine                            ports foundation services sha256 signature transfer packages database
 publish                           ports foundation services sha256 signature transfer packages packing database tools

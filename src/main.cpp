@@ -1,4 +1,4 @@
-#include "foundation/error_handling.h"
+#include "foundation/error_environment.h"
 #include "ports/host.h"
 #include "services/updater_settings.h"
 #include "startup/main_procedure.h"

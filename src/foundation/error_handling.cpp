@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/encodings.h"
+#include "foundation/error_environment.h"
 #include "foundation/foundation_texts.h"
 #include "foundation/text.h"
 #include "ports/database_types.h"
@@ -15,11 +16,6 @@
 
 namespace tmw {
 namespace {
-
-ErrorEnvironment& Environment() {
-  static ErrorEnvironment environment;
-  return environment;
-}
 
 // The program's file name without folder and extension.
 std::string ExecutableName() {
@@ -38,7 +34,7 @@ void ResetCursor() {
 }
 
 bool IsUnattended() {
-  const auto& ask = Environment().is_unattended;
+  const auto& ask = CurrentErrorEnvironment().is_unattended;
   return ask && ask();
 }
 
@@ -57,10 +53,6 @@ std::size_t FindEndOfFrames(const std::u16string& text) {
 }
 
 }  // namespace
-
-ErrorEnvironment SetErrorEnvironment(ErrorEnvironment environment) {
-  return std::exchange(Environment(), std::move(environment));
-}
 
 std::string MakeFrame(std::string_view module, std::string_view procedure, std::int32_t line,
                       std::string_view extra) {
@@ -138,7 +130,7 @@ void ShowErrorWindow(std::int32_t number, const std::string& description, const 
                      const std::string& extra) {
   try {
     ResetCursor();
-    const auto& make = Environment().make_error_window;
+    const auto& make = CurrentErrorEnvironment().make_error_window;
     if (!make) return;
     const std::unique_ptr<ErrorWindow> window = make();
     window->Execute(description, chain, number, extra);

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -18,16 +16,6 @@ namespace tmw {
 
 enum class ErrorMode : std::int32_t { kRaise = 1, kShow = 2 };
 
-// The window that finally shows an error; the user interface implements it.
-class ErrorWindow {
- public:
-  virtual ~ErrorWindow() = default;
-
-  // Modal. The caption may be empty.
-  virtual void Execute(const std::string& message, const std::string& chain, std::int32_t code,
-                       const std::string& caption) = 0;
-};
-
 // A form that an outermost handler closes after its error has been shown.
 class ReportedWindow {
  public:
@@ -35,15 +23,6 @@ class ReportedWindow {
   virtual void Hide() = 0;
   virtual void Unload() = 0;
 };
-
-// What the error routines need from the rooms above.
-struct ErrorEnvironment {
-  std::function<std::unique_ptr<ErrorWindow>()> make_error_window;
-  std::function<bool()> is_unattended;  // the mouse cursor is then left alone
-};
-
-// Replaces the process-wide environment; returns the one before.
-ErrorEnvironment SetErrorEnvironment(ErrorEnvironment environment);
 
 // "[TmWebUpdate::Module.Procedure (line)] {extra}"
 std::string MakeFrame(std::string_view module, std::string_view procedure, std::int32_t line,

@@ -1,26 +1,28 @@
 #pragma once
 
-#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "ports/binary_file.h"
-#include "ports/clock.h"
-#include "ports/companion_library.h"
-#include "ports/database.h"
-#include "ports/error_texts.h"
-#include "ports/file_lock.h"
-#include "ports/file_system.h"
-#include "ports/front_end.h"
-#include "ports/internet.h"
-#include "ports/named_mutex.h"
-#include "ports/page_file.h"
-#include "ports/processes.h"
-#include "ports/product_version.h"
-#include "ports/settings_store.h"
-#include "ports/system_info.h"
-#include "ports/xml_document.h"
+namespace ports {
+class BinaryFiles;
+class Clock;
+class CompanionLibrary;
+class DatabaseEngine;
+class ErrorTexts;
+class FileLocks;
+class FileSystem;
+class FrontEnd;
+class Internet;
+class NamedMutexes;
+class PageFiles;
+class Processes;
+class ProductVersion;
+class SettingsStore;
+class SystemInfo;
+class XmlParser;
+}  // namespace ports
 
 // Makes the implementation of each port for the system that the program is built for. Known to the
 // host and to the tests of the implementations.
@@ -36,8 +38,7 @@ std::unique_ptr<ports::ErrorTexts> MakeErrorTexts();
 std::unique_ptr<ports::FileLocks> MakeFileLocks();
 std::unique_ptr<ports::FileSystem> MakeFileSystem();
 std::unique_ptr<ports::FrontEnd> MakeFrontEnd();
-std::unique_ptr<ports::Internet> MakeInternet(
-    std::chrono::milliseconds stall_limit = ports::kInternetStallLimit);
+std::unique_ptr<ports::Internet> MakeInternet(std::int32_t stall_limit);  // milliseconds
 std::unique_ptr<ports::NamedMutexes> MakeNamedMutexes();
 std::unique_ptr<ports::PageFiles> MakePageFiles();
 std::unique_ptr<ports::Processes> MakeProcesses(int argc, char** argv);

@@ -1,6 +1,22 @@
 #include "ports/host.h"
 
 #include "platform/factories.h"
+#include "ports/binary_file.h"
+#include "ports/clock.h"
+#include "ports/companion_library.h"
+#include "ports/database.h"
+#include "ports/error_texts.h"
+#include "ports/file_lock.h"
+#include "ports/file_system.h"
+#include "ports/front_end.h"
+#include "ports/internet.h"
+#include "ports/named_mutex.h"
+#include "ports/page_file.h"
+#include "ports/processes.h"
+#include "ports/product_version.h"
+#include "ports/settings_store.h"
+#include "ports/system_info.h"
+#include "ports/xml_document.h"
 
 namespace ports {
 namespace {
@@ -39,7 +55,7 @@ class SystemHost final : public Host {
   std::unique_ptr<FileLocks> file_locks_ = platform::MakeFileLocks();
   std::unique_ptr<FileSystem> files_ = platform::MakeFileSystem();
   std::unique_ptr<FrontEnd> front_end_ = platform::MakeFrontEnd();
-  std::unique_ptr<Internet> internet_ = platform::MakeInternet();
+  std::unique_ptr<Internet> internet_ = platform::MakeInternet(kInternetStallLimit);
   std::unique_ptr<NamedMutexes> mutexes_ = platform::MakeNamedMutexes();
   std::unique_ptr<PageFiles> page_files_ = platform::MakePageFiles();
   std::unique_ptr<Processes> processes_;

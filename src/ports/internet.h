@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -94,6 +93,6 @@ class Internet {
 };
 
 // An operation fails after this long without a byte from the server.
-inline constexpr std::chrono::milliseconds kInternetStallLimit{60'000};
+inline constexpr std::int32_t kInternetStallLimit = 60'000;  // milliseconds
 
 }  // namespace ports

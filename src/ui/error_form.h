@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "foundation/error_handling.h"
+#include "foundation/error_environment.h"
 #include "ports/error_view.h"
 
 namespace tmw {

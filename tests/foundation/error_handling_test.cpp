@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "foundation/api_errors.h"
+#include "foundation/error_environment.h"
 #include "ports/processes.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/caught.h"

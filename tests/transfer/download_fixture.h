@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -82,7 +82,7 @@ inline std::shared_ptr<tmw::InetConnection> Connect(std::int32_t access_type,
 // a second.
 class DownloadTest : public testing::Test {
  protected:
-  static constexpr std::chrono::milliseconds kStallLimit{500};
+  static constexpr std::int32_t kStallLimit = 500;  // milliseconds
 
   DownloadTest() { ports_->internet = internet_.get(); }
 

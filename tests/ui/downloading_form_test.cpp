@@ -5,6 +5,7 @@
 #include <set>
 #include <tuple>
 
+#include "foundation/error_environment.h"
 #include "foundation/error_handling.h"
 #include "services/product_settings.h"
 #include "services/updater_settings.h"

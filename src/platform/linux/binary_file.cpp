@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "platform/linux/descriptor.h"
+#include "ports/binary_file.h"
 
 namespace platform {
 namespace {

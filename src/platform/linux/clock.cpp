@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <ctime>
 
+#include "ports/clock.h"
+
 namespace platform {
 namespace {
 

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <type_traits>
 
+#include "ports/companion_library.h"
+
 namespace platform {
 namespace {
 

@@ -1,6 +1,7 @@
 #include "platform/factories.h"
 
 #include "jet/engine.h"
+#include "ports/database.h"
 
 namespace platform {
 

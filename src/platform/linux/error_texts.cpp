@@ -10,6 +10,7 @@
 
 #include "foundation/encodings.h"
 #include "platform/linux/error_text_tables.h"
+#include "ports/error_texts.h"
 
 namespace platform {
 namespace {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/linux/descriptor.h"
+#include "ports/file_lock.h"
 
 namespace platform {
 namespace {

@@ -13,6 +13,7 @@
 
 #include "platform/linux/descriptor.h"
 #include "platform/linux/own_folder.h"
+#include "ports/file_system.h"
 
 namespace platform {
 namespace {

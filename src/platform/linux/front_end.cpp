@@ -5,6 +5,7 @@
 
 #include "platform/linux/qt/qt_front_end.h"
 #include "platform/linux/terminal/terminal_front_end.h"
+#include "ports/front_end.h"
 
 namespace platform {
 

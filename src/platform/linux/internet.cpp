@@ -11,6 +11,7 @@
 #include "platform/linux/curl_transfer.h"
 #include "platform/linux/curl_urls.h"
 #include "platform/linux/internet_codes.h"
+#include "ports/internet.h"
 
 namespace platform {
 namespace {
@@ -203,7 +204,7 @@ class CurlSession final : public ports::InternetSession {
 
 class CurlInternet final : public ports::Internet {
  public:
-  explicit CurlInternet(std::chrono::milliseconds stall_limit) : stall_limit_(stall_limit) {}
+  explicit CurlInternet(std::int32_t stall_limit) : stall_limit_(stall_limit) {}
 
   ports::Outcome<std::unique_ptr<ports::InternetSession>> OpenSession(
       const ports::InternetSessionOptions& options) override {
@@ -224,7 +225,7 @@ class CurlInternet final : public ports::Internet {
 
 }  // namespace
 
-std::unique_ptr<ports::Internet> MakeInternet(std::chrono::milliseconds stall_limit) {
+std::unique_ptr<ports::Internet> MakeInternet(std::int32_t stall_limit) {
   return std::make_unique<CurlInternet>(stall_limit);
 }
 

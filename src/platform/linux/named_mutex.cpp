@@ -11,6 +11,7 @@
 
 #include "platform/linux/descriptor.h"
 #include "platform/linux/own_folder.h"
+#include "ports/named_mutex.h"
 
 namespace platform {
 namespace {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/linux/descriptor.h"
+#include "ports/page_file.h"
 
 namespace platform {
 namespace {

@@ -25,6 +25,7 @@
 #include "platform/linux/exit_codes.h"
 #include "platform/linux/own_folder.h"
 #include "platform/linux/updater_chain.h"
+#include "ports/processes.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
 

@@ -1,5 +1,6 @@
 #include "platform/factories.h"
 
+#include "ports/product_version.h"
 #include "ports/settings_store.h"
 
 namespace platform {

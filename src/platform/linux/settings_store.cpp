@@ -12,6 +12,7 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/linux_texts.h"
 #include "platform/linux/reg_file.h"
+#include "ports/settings_store.h"
 
 namespace platform {
 namespace {

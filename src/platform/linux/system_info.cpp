@@ -8,6 +8,8 @@
 #include <fstream>
 #include <map>
 
+#include "ports/system_info.h"
+
 namespace platform {
 namespace {
 

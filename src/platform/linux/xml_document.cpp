@@ -6,6 +6,7 @@
 
 #include "foundation/encodings.h"
 #include "foundation/text.h"
+#include "ports/xml_document.h"
 
 namespace platform {
 namespace {

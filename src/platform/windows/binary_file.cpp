@@ -3,6 +3,7 @@
 #include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "ports/binary_file.h"
 
 namespace platform {
 namespace {

@@ -1,6 +1,7 @@
 #include "platform/factories.h"
 
 #include "platform/windows/windows_headers.h"
+#include "ports/clock.h"
 
 namespace platform {
 namespace {

@@ -5,6 +5,7 @@
 
 #include "jet/engine.h"
 #include "platform/windows/dao/dao_engine.h"
+#include "ports/database.h"
 
 namespace platform {
 namespace {

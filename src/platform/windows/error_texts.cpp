@@ -2,6 +2,7 @@
 
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "ports/error_texts.h"
 
 namespace platform {
 namespace {

@@ -5,6 +5,7 @@
 #include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "ports/file_lock.h"
 
 namespace platform {
 namespace {

@@ -6,6 +6,7 @@
 #include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "ports/file_system.h"
 
 namespace platform {
 namespace {

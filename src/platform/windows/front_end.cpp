@@ -5,6 +5,7 @@
 #include "platform/windows/wide.h"
 #include "platform/windows/win_error_view.h"
 #include "platform/windows/win_progress_view.h"
+#include "ports/front_end.h"
 
 namespace platform {
 namespace {

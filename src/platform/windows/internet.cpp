@@ -8,6 +8,7 @@
 #include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "ports/internet.h"
 
 #include <wininet.h>
 
@@ -148,8 +149,7 @@ class WinInetSession final : public ports::InternetSession {
 
 class WinInet final : public ports::Internet {
  public:
-  explicit WinInet(std::chrono::milliseconds stall_limit)
-      : stall_limit_(static_cast<DWORD>(stall_limit.count())) {}
+  explicit WinInet(std::int32_t stall_limit) : stall_limit_(static_cast<DWORD>(stall_limit)) {}
 
   ports::Outcome<std::unique_ptr<ports::InternetSession>> OpenSession(
       const ports::InternetSessionOptions& options) override {
@@ -180,7 +180,7 @@ class WinInet final : public ports::Internet {
 
 }  // namespace
 
-std::unique_ptr<ports::Internet> MakeInternet(std::chrono::milliseconds stall_limit) {
+std::unique_ptr<ports::Internet> MakeInternet(std::int32_t stall_limit) {
   return std::make_unique<WinInet>(stall_limit);
 }
 

@@ -7,6 +7,7 @@
 #include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "ports/processes.h"
 // The shell's header needs the system's before it.
 #include <shellapi.h>
 

@@ -1,6 +1,7 @@
 #include "platform/factories.h"
 
 #include "platform/windows/com.h"
+#include "ports/product_version.h"
 
 namespace platform {
 namespace {

@@ -7,6 +7,7 @@
 #include "foundation/unique_handle.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "ports/settings_store.h"
 
 namespace platform {
 namespace {

@@ -6,6 +6,7 @@
 
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "ports/system_info.h"
 
 namespace platform {
 namespace {

@@ -6,6 +6,7 @@
 #include "foundation/text.h"
 #include "platform/windows/com.h"
 #include "platform/windows/windows_texts.h"
+#include "ports/xml_document.h"
 // The system's headers come first: this one builds on them.
 #include <msxml2.h>
 
