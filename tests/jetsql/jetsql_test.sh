@@ -56,6 +56,16 @@ errors "error 3200: "
 expect 0 $'1 rows\n0 rows\n0 rows' run база.mdb "delete from С; drop table С; drop table К"
 expect 0 "" compact база.mdb новая.mdb
 expect 0 "$(iconv -f cp1251 Т.table)" export новая.mdb Т
+expect 0 "0 faults, 0 notes, 20 pages" check новая.mdb
+"$jetsql" info новая.mdb >info
+for line in 'format: Jet 4, engine build ' 'pages: 20 of 4096 bytes, 0 free' '  Т: 2 rows, 12288 bytes'; do
+  grep -qF -- "$line" info || { echo "FAILED: no \"$line\" in:"; cat info; exit 1; }
+done
+head -c -4096 новая.mdb >порча.mdb
+"$jetsql" check порча.mdb >faults && { echo "FAILED: no fault found"; exit 1; }
+grep -q '^fault: ' faults
+expect 1 "" check Т.table
+errors "error 3343: "
 for wrong in "" "чепуха" "create" "create a b" "export база.mdb" "run база.mdb --file" "tables --x база.mdb"; do
   # shellcheck disable=SC2086  # the words are the arguments
   expect 2 "" $wrong
