@@ -195,4 +195,19 @@ TEST_F(DefinitionTest, DefaultsFillNewRowsAndPropertiesAreKept) {
   EXPECT_FALSE(db->FieldProperty("Д", "Т", "Caption"));
 }
 
+TEST_F(DefinitionTest, WhatAFileCannotHoldIsRefusedWhenItIsDefined) {
+  std::string fields = "П0";
+  ASSERT_EQ(Run("create table Т (П0 long)"), 0);
+  for (int i = 1; i < 11; ++i) {
+    const std::string name = "П" + std::to_string(i);
+    fields += ", " + name;
+    ASSERT_EQ(Run("alter table Т add column " + name + " long"), 0);
+  }
+  EXPECT_EQ(Run("create index Составной on Т (" + fields + ")"), 3277);
+  for (int i = 0; i < 32; ++i)
+    ASSERT_EQ(Run("create index И" + std::to_string(i) + " on Т (П0)"), 0) << i;
+  EXPECT_EQ(Run("create index Лишний on Т (П1)"), 3626);
+  db->Close();
+}
+
 }  // namespace

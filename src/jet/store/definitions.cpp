@@ -4,11 +4,13 @@
 
 #include "foundation/encodings.h"
 #include "jet/errors.h"
+#include "jet/file/layout_limits.h"
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/parser.h"
 #include "jet/sql/scope.h"
 #include "jet/storage_sql.h"
 #include "jet/store/field_properties.h"
+#include "jet/store/file_definitions.h"
 #include "jet/store/relations.h"
 
 namespace jet {
@@ -76,6 +78,11 @@ std::string CreateIndexSql(const TableInfo& table, const IndexInfo& index) {
   return index.definition.ignore_nulls ? sql + " WHERE " + IndexedRows(table, index) : sql;
 }
 
+void Definitions::JudgeTable(const std::string& name) {
+  const TablePtr table = session_.Tables().FindTable(name);
+  file::JudgeLayout(name, LayoutOf(*table, nullptr, {}, 0));
+}
+
 std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
                                       const ports::FieldDefinition& field) {
   CheckName(field.name);
@@ -114,6 +121,7 @@ void Definitions::CreateTable(const ports::TableDefinition& table) {
   }
   session_.Storage().Run("CREATE TABLE t" + std::to_string(id) + "(" + columns + ")");
   session_.Tables().Forget();
+  JudgeTable(table.name);
   for (const ports::IndexDefinition& index : table.indexes)
     CreateIndex(*session_.Tables().FindTable(table.name), index);
 }
@@ -151,6 +159,7 @@ void Definitions::AddField(const TableInfo& table, const ports::FieldDefinition&
     storage.Run("UPDATE " + table.StorageName() + " SET " + column + " = 0");
   }
   session_.Tables().Forget();
+  JudgeTable(table.name);
 }
 
 void Definitions::ConvertColumn(const TableInfo& table, const FieldInfo& old_field,
@@ -206,6 +215,7 @@ void Definitions::AlterField(const TableInfo& table, const FieldInfo& field,
               "; UPDATE _jet_index_field SET field_id = " + new_id + " WHERE field_id = " + old_id +
               "; UPDATE _jet_property SET field_id = " + new_id + " WHERE field_id = " + old_id);
   session_.Tables().Forget();
+  JudgeTable(table.name);
   const TablePtr altered = session_.Tables().FindTable(table.name);
   for (const std::string& index : indexes)
     storage.Run(CreateIndexSql(*altered, *altered->FindIndex(index)));
@@ -279,6 +289,7 @@ void Definitions::CreateIndex(const TableInfo& table, const ports::IndexDefiniti
   }
   session_.Storage().Run(CreateIndexSql(table, index));
   session_.Tables().Forget();
+  JudgeTable(table.name);
 }
 
 void Definitions::DropIndex(const TableInfo& table, const IndexInfo& index) {

@@ -31,6 +31,8 @@ class Definitions {
   std::optional<ports::DatabaseValue> Property(const FieldInfo& field, const std::string& name);
 
  private:
+  // Fails when the file could not hold a table like this: 3047, 3277 or 3626.
+  void JudgeTable(const std::string& name);
   std::int64_t InsertField(std::int64_t table, std::int64_t ordinal,
                            const ports::FieldDefinition& field);
   void ConvertColumn(const TableInfo& table, const FieldInfo& old_field, const FieldInfo& field);

@@ -18,9 +18,8 @@ namespace {
 using ports::FileLockResult;
 using ports::FileLockVerdict;
 
-// All holders of one file in this process share one descriptor. Closing any descriptor of a file
-// drops every record lock that the process has on it, the database engine's own ones included, so
-// it is closed with the last holder only.
+// All holders of one file in this process share one descriptor, which is closed with the last of
+// them.
 struct HeldFile {
   UniqueDescriptor descriptor;
   int sharers = 0;
@@ -65,8 +64,11 @@ class LinuxFileLocks final : public ports::FileLocks {
   ports::Outcome<FileLockResult> TryLock(const std::string& path,
                                          ports::FileLockMode mode) override {
     const bool wants_all = mode == ports::FileLockMode::kExclusive;
+    UniqueDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!descriptor) return Refused(errno);
+    // Of what was opened: the name may stand for another file already.
     struct stat facts = {};
-    if (::stat(path.c_str(), &facts) != 0) return Refused(errno);
+    if (::fstat(descriptor.Get(), &facts) != 0) return Refused(errno);
     const FileKey key{facts.st_dev, facts.st_ino};
     const auto held = HeldFiles().find(key);
     if (held != HeldFiles().end()) {
@@ -76,9 +78,6 @@ class LinuxFileLocks final : public ports::FileLocks {
       ++held->second.sharers;
       return Locked(key);
     }
-
-    UniqueDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!descriptor) return Refused(errno);
     if (::flock(descriptor.Get(), (wants_all ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0) {
       if (errno != EWOULDBLOCK) return ports::Outcome<FileLockResult>::Failure(errno);
       const bool is_shareable = wants_all && ::flock(descriptor.Get(), LOCK_SH | LOCK_NB) == 0;
