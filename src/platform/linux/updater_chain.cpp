@@ -126,9 +126,23 @@ void OpenStandardDescriptors() {
   if (descriptor >= 0) close(descriptor);
 }
 
+// Signals that arrive while one of these lives are delivered at its end.
+class HeldSignals {
+ public:
+  HeldSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_BLOCK, &all, &saved_);
+  }
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+  ~HeldSignals() { sigprocmask(SIG_SETMASK, &saved_, nullptr); }
+
+ private:
+  sigset_t saved_{};
+};
+
 int WaitForChain(int pipe, pid_t first, const TerminalModes& modes) {
-  working_member = first;
-  LeaveSignalsToMembers();
   const std::vector<pid_t> members = ReadMembers(pipe, first);
   working_member = 0;
   modes.PutBack();
@@ -169,6 +183,9 @@ std::optional<int> WaitForUpdaterChain() {
   // Members whose starter has ended become children of this process.
   if (prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0) != 0) return std::nullopt;
   const TerminalModes modes;
+  // A key that is pressed right after the start must not end the waiting process before it leaves
+  // the signals to the members.
+  std::optional<HeldSignals> held(std::in_place);
   const pid_t first = fork();
   if (first == 0) {
     PipeSlot() = std::move(write_end);
@@ -180,6 +197,9 @@ std::optional<int> WaitForUpdaterChain() {
     return std::nullopt;
   }
   write_end.Reset();
+  working_member = first;
+  LeaveSignalsToMembers();
+  held.reset();
   return WaitForChain(read_end.Get(), first, modes);
 }
 
