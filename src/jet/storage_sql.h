@@ -36,7 +36,8 @@ enum StoreFlag : std::int32_t { kRequired = 1, kTakesZeroLength = 2, kInPrimaryK
 inline constexpr Function kGuid = {"jet_guid", 1};                      // 16 bytes
 inline constexpr Function kNextNumber = {"jet_next_number", 1, false};  // table
 inline constexpr Function kUsedNumber = {"jet_used_number", 2, false};  // table, number or Null
-inline constexpr Function kRefuse = {"jet_refuse", 2, false};           // error number, its text
+inline constexpr Function kStoredLength = {"jet_stored_length", 3};  // value, DataType, compressed
+inline constexpr Function kRefuse = {"jet_refuse", 2, false};        // error number, its text
 
 // Operators.
 inline constexpr Function kAdd = {"jet_add", 2};                       // values of unknown types

@@ -135,6 +135,32 @@ TEST_F(ContainerTest, RowsThatATransactionLoadedOutliveIt) {
   EXPECT_EQ(Query("select Имя from Папки"), "Text первая; Text иная");
 }
 
+std::string Repeated(const std::string& text, int count) {
+  std::string result;
+  while (count-- > 0)
+    result += text;
+  return result;
+}
+
+TEST_F(ContainerTest, ARowThatTheFileCannotHoldIsRefusedWhenItIsMade) {
+  std::string fields;
+  std::string values;
+  for (int i = 0; i < 8; ++i) {
+    fields += (i == 0 ? "Т" : ", Т") + std::to_string(i) + " text(255)";
+    values += (i == 0 ? "'" : ", '") + Repeated("я", 252) + "'";
+  }
+  ASSERT_EQ(Run("create table Широкая (" + fields + ")"), 0);
+  EXPECT_EQ(Run("insert into Широкая values (" + values + ")"), 0) << "8 * 504 + 23 bytes";
+  EXPECT_EQ(Run("update Широкая set Т0 = Т0 & 'яяя'"), 3047) << "4060 at most";
+  ASSERT_EQ(Run("alter table Широкая add column М memo"), 0);
+  EXPECT_EQ(Run("update Широкая set М = 'длинное значение'"), 3047);
+  EXPECT_EQ(Run("update Широкая set Т0 = 'кратко', М = '" + Repeated("д", 5000) + "'"), 0);
+  Reopen();
+  EXPECT_EQ(Query("select Т0, len(М) from Широкая"), "Text кратко, Long 5000");
+  EXPECT_EQ(Run("update Широкая set Т0 = Т1"), 3047);
+  ExpectClean();
+}
+
 // Whichever writing of the new file fails, the old one is as it was and the database still open.
 TEST_F(ContainerTest, AFailureToWriteLeavesTheOldFile) {
   const tests::ScopedPorts scoped;

@@ -24,6 +24,7 @@ void ChangeReach::Prepare(const TablePtr& table) {
   while (!changing.empty()) {
     const std::int64_t id = changing.back();
     changing.pop_back();
+    loader_.LimitRows(*catalogue_.FindTable(id));
     for (const Relation& relation : relations) {
       const bool refers = relation.table_id == id;
       const bool is_referred_to = relation.referenced_id == id;

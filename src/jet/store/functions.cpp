@@ -10,6 +10,7 @@
 #include "jet/store/date_functions.h"
 #include "jet/store/number_functions.h"
 #include "jet/store/operator_functions.h"
+#include "jet/store/row_limit.h"
 #include "jet/store/text_functions.h"
 #include "jet/values/coercion.h"
 #include "jet/values/sort_key.h"
@@ -57,6 +58,18 @@ void Store(FunctionCall& call) {
   call.PutStored(value, type);
 }
 
+// How many bytes of a record a value takes up.
+void StoredLength(FunctionCall& call) {
+  const auto type = static_cast<DataType>(call.Integer(1));
+  std::size_t length = 0;
+  if (call.IsText(0)) {
+    length = StoredTextLength(call.Text(0), type, call.Integer(2) != 0);
+  } else if (!call.IsNull(0)) {
+    length = StoredBytesLength(call.Bytes(0).size(), type);
+  }
+  call.PutInteger(static_cast<std::int64_t>(length));
+}
+
 void Guid(FunctionCall& call) {
   call.PutText(GuidText(call.Bytes(0)));
 }
@@ -90,6 +103,7 @@ constexpr FunctionEntry kFunctions[] = {
     {fn::kNextNumber, Guarded<NextNumber>},
     {fn::kRefuse, Guarded<Refuse>},
     {fn::kStore, Guarded<Store>},
+    {fn::kStoredLength, Guarded<StoredLength>},
     {fn::kUsedNumber, Guarded<UsedNumber>},
 };
 

@@ -5,6 +5,7 @@
 #include "jet/errors.h"
 #include "jet/store/aggregates.h"
 #include "jet/store/file_relations.h"
+#include "jet/store/row_limit.h"
 #include "jet/store/write_back.h"
 
 namespace jet {
@@ -84,6 +85,9 @@ void Session::NeedRelations() {
 
 void Session::MarkChanged(const TableInfo& table) {
   loader_.LoadRows(std::make_shared<TableInfo>(table));
+  // Their triggers name the fields that are there.
+  connection_->Run(DropRowLimitTriggers(table.id));
+  reach_.Forget();
   connection_->Run(
       "UPDATE _jet_table SET state = " + std::to_string(static_cast<int>(TableState::kChanged)) +
       " WHERE id = " + std::to_string(table.id));

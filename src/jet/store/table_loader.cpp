@@ -10,6 +10,7 @@
 #include "jet/store/definitions.h"
 #include "jet/store/field_properties.h"
 #include "jet/store/file_definitions.h"
+#include "jet/store/row_limit.h"
 #include "jet/store/stored_values.h"
 
 namespace jet {
@@ -144,6 +145,14 @@ void TableLoader::Load(const TablePtr& table) {
   if (!StateOf(table->id)) return;
   BuildIndexes(*table);
   loaded_.emplace(table->id, table);
+}
+
+void TableLoader::LimitRows(const TableInfo& table) {
+  const auto object = ObjectOf(table.id);
+  std::optional<file::TableLayout> source;
+  if (object) source = container_.Reader().Definition(container_.Reader().Objects().at(*object));
+  storage_->Run(RowLimitTriggers(
+      table, LayoutOf(table, source ? &*source : nullptr, LoadProperties(storage_, table.id), 0)));
 }
 
 std::optional<std::int64_t> TableLoader::CountInFile(const TableInfo& table) {

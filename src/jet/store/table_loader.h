@@ -47,6 +47,9 @@ class TableLoader final : public TableDefiner {
   void Load(const TablePtr& table);
   void LoadRows(const TablePtr& table);
 
+  // Its rows are to be changed: those that the file could not hold are refused from now on.
+  void LimitRows(const TableInfo& table);
+
   // The number of its rows, as long as they lie in the file only.
   std::optional<std::int64_t> CountInFile(const TableInfo& table);
 
