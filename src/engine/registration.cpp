@@ -28,7 +28,7 @@ std::string FindTool() {
   if (windows.empty()) return {};
   for (const std::string& folder : {JoinPath(windows, "SysWOW64"), JoinPath(windows, "System32"),
                                     system, JoinPath(windows, "System"), windows}) {
-    const std::string candidate = JoinPath(folder, kTool);
+    std::string candidate = JoinPath(folder, kTool);
     if (IsFileExists(candidate)) return candidate;
   }
   return {};
@@ -88,8 +88,8 @@ bool GetNoRegisteringParam() try {
 }
 
 std::string GetRegSvr32FileName() try {
-  static const std::string tool = FindTool();
-  return tool;
+  static const std::string kFound = FindTool();
+  return kFound;
 } catch (...) {
   ReRaiseError(kRunModule, "GetRegSvr32FileName");
 }

@@ -49,7 +49,7 @@ std::string FindFreeName(const std::string& folder, const std::string& name) {
   const SplitName parts = SplitFileName(name);
   for (int number = 0; number <= kNumberedNames; ++number) {
     const std::string suffix = number == 0 ? "" : "_" + std::to_string(number);
-    const std::string candidate = JoinPath(folder, parts.Name + suffix + "." + parts.Extension);
+    std::string candidate = JoinPath(folder, parts.Name + suffix + "." + parts.Extension);
     DeleteFile(candidate, true);
     if (!IsFileExists(candidate)) return candidate;
   }
