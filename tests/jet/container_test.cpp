@@ -200,6 +200,7 @@ TEST_F(ContainerTest, AFailureToWriteLeavesTheOldFile) {
 TEST_F(ContainerTest, AnotherWriterOfTheNewFileIsRespected) {
   ASSERT_EQ(Run("delete from Бумаги"), 0);
   sandbox.Write("база.mdb.writing", "left over");
+  sandbox.Write("база.mdb.writing.keys", "left over");
   {
     const auto held = ports::CurrentPorts().file_locks->TryLock(path + ".writing",
                                                                 ports::FileLockMode::kExclusive);
@@ -208,6 +209,7 @@ TEST_F(ContainerTest, AnotherWriterOfTheNewFileIsRespected) {
   EXPECT_EQ(sandbox.Read("база.mdb.writing"), "left over");
   Reopen();
   EXPECT_FALSE(sandbox.Has("база.mdb.writing"));
+  EXPECT_FALSE(sandbox.Has("база.mdb.writing.keys"));
   EXPECT_EQ(Query("select count(*) from Бумаги"), "Long 0");
 }
 

@@ -11,6 +11,8 @@
 #include "jet/file/property_packer.h"
 #include "jet/file/row_order.h"
 #include "jet/file/system_rows.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
 
 namespace jet::file {
 namespace {
@@ -64,6 +66,11 @@ std::vector<std::optional<std::string>> WholeValues(PageSource& pages, const Row
 }
 
 }  // namespace
+
+void RemoveScratch(const std::string& scratch_path) {
+  for (const char* const ending : {kKeysEnding, kCatalogueEnding})
+    static_cast<void>(ports::CurrentPorts().files->RemoveFile(scratch_path + ending));
+}
 
 bool IsSystemTable(const Header& header, std::uint32_t id) {
   return id == header.ObjectsTable() || id == header.RightsTable() || id == header.QueriesTable() ||

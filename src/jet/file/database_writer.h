@@ -52,6 +52,9 @@ struct WriterFiles {
   std::string scratch_path;                 // beginning of the names of files for sorting
 };
 
+// Removes the files for sorting that a writer of that scratch path has left when it was killed.
+void RemoveScratch(const std::string& scratch_path);
+
 // Whether the id is that of one of the four tables in which a file describes itself.
 bool IsSystemTable(const Header& header, std::uint32_t id);
 

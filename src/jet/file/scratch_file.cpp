@@ -9,7 +9,7 @@ namespace jet::file {
 ScratchFile::~ScratchFile() {
   if (file_ == nullptr) return;
   file_.reset();
-  // What remains is found and removed with the unfinished file beside it.
+  // What remains is removed before the next file is written beside it.
   static_cast<void>(ports::CurrentPorts().files->RemoveFile(path_));
 }
 

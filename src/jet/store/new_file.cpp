@@ -5,6 +5,7 @@
 #include "foundation/file_names.h"
 #include "foundation/patience.h"
 #include "jet/errors.h"
+#include "jet/file/database_writer.h"
 #include "jet/store/container.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
@@ -37,6 +38,7 @@ NewFile::NewFile(const std::string& target, ports::PageFileMode mode)
   pages_ = std::move(opened.value);
   try {
     lock_ = LockFile(path_, true);
+    file::RemoveScratch(path_);
   } catch (const ports::DatabaseError&) {
     static_cast<void>(Files().RemoveFile(path_));
     throw;
