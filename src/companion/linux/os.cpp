@@ -103,11 +103,11 @@ bool MakeFolders(const std::string& path) {
 
 // The descriptor of root / parts..., each part a real folder, made where it is missing.
 Descriptor OpenFolderBeneath(const std::string& root, std::span<const std::string> parts) {
-  if (!MakeFolders(root)) return Descriptor();
+  if (!MakeFolders(root)) return {};
   Descriptor folder(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   for (const std::string& part : parts) {
     if (!folder) break;
-    if (mkdirat(folder.Get(), part.c_str(), 0777) != 0 && errno != EEXIST) return Descriptor();
+    if (mkdirat(folder.Get(), part.c_str(), 0777) != 0 && errno != EEXIST) return {};
     folder = Descriptor(
         openat(folder.Get(), part.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   }

@@ -21,7 +21,7 @@ constexpr const char* kMachineFile = "/etc/tamrin/machine.reg";
 constexpr const char* kMachineFileVariable = "TAMRIN_MACHINE_REG";
 constexpr const char* kUserFile = "/tamrin/user.reg";
 constexpr const char* kUserFileVariable = "TAMRIN_USER_REG";
-constexpr off_t kMostBytes = 16 * 1024 * 1024;
+constexpr off_t kMostBytes = off_t{16} * 1024 * 1024;
 
 std::string Variable(const char* name) {
   const char* const value = std::getenv(name);
@@ -41,7 +41,7 @@ std::string UserFile() {
 
 std::string FileOf(ports::SettingsRoot root) {
   const bool is_machine = root == ports::SettingsRoot::kMachine;
-  const std::string moved = Variable(is_machine ? kMachineFileVariable : kUserFileVariable);
+  std::string moved = Variable(is_machine ? kMachineFileVariable : kUserFileVariable);
   if (!moved.empty()) return moved;
   return is_machine ? kMachineFile : UserFile();
 }
