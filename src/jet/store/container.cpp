@@ -53,8 +53,8 @@ Container::Container(const std::string& path, bool exclusive, Purpose purpose)
   if (purpose == Purpose::kRewriting) reader_->RequireRewritable();
 }
 
-Container::Container(const std::string& path, std::unique_ptr<ports::FileLock> lock)
-    : path_(path), is_exclusive_(true), lock_(std::move(lock)) {
+Container::Container(std::string path, std::unique_ptr<ports::FileLock> lock)
+    : path_(std::move(path)), is_exclusive_(true), lock_(std::move(lock)) {
   OpenPages();
   reader_ = std::make_unique<file::DatabaseReader>(file_, path_);
 }

@@ -27,7 +27,7 @@ class Container {
   const std::string& Path() const { return path_; }  // of the file itself, links followed
 
   // A file that was just made, with the lock that its maker has on it.
-  Container(const std::string& path, std::unique_ptr<ports::FileLock> lock);
+  Container(std::string path, std::unique_ptr<ports::FileLock> lock);
 
   // Keeps others out from now on. 3027 when the file may not be written, 3045 when somebody shares
   // it, 3218 when somebody exchanged it meanwhile: what was read of it is out of date.

@@ -16,16 +16,16 @@ namespace {
 constexpr const char* kEnding = ".writing";
 constexpr int kRenameAttempts = 20;
 
-ports::FileSystem& Files() {
-  return *ports::CurrentPorts().files;
+ports::FileSystem* Files() {
+  return ports::CurrentPorts().files;
 }
 
 // What a process that died has left; one that lives holds the lock.
 void RemoveLeftover(const std::string& path) {
-  const auto facts = Files().Examine(path);
+  const auto facts = Files()->Examine(path);
   if (!facts || facts.value.kind == ports::FileKind::kNone) return;
   const auto lock = LockFile(path, true);
-  static_cast<void>(Files().RemoveFile(path));
+  static_cast<void>(Files()->RemoveFile(path));
 }
 
 }  // namespace
@@ -40,7 +40,7 @@ NewFile::NewFile(const std::string& target, ports::PageFileMode mode)
     lock_ = LockFile(path_, true);
     file::RemoveScratch(path_);
   } catch (const ports::DatabaseError&) {
-    static_cast<void>(Files().RemoveFile(path_));
+    static_cast<void>(Files()->RemoveFile(path_));
     throw;
   }
 }
@@ -48,7 +48,7 @@ NewFile::NewFile(const std::string& target, ports::PageFileMode mode)
 NewFile::~NewFile() {
   if (has_name_) return;
   static_cast<void>(Close());
-  static_cast<void>(Files().RemoveFile(path_));
+  static_cast<void>(Files()->RemoveFile(path_));
 }
 
 ports::Status NewFile::Close() {
@@ -58,30 +58,30 @@ ports::Status NewFile::Close() {
 }
 
 void NewFile::TakeRightsOf(const std::string& path) {
-  if (!Files().CopyRights(path, path_)) Fail(kDiskError);
+  if (!Files()->CopyRights(path, path_)) Fail(kDiskError);
 }
 
 ports::Status NewFile::Replace(bool patiently) {
   if (const ports::Status closed = Close(); !closed) return closed;
   const ports::Status renamed = tmw::TryPatiently(
-      patiently ? kRenameAttempts : 1, [this] { return Files().Rename(path_, target_); });
+      patiently ? kRenameAttempts : 1, [this] { return Files()->Rename(path_, target_); });
   has_name_ = renamed.ok;
   return renamed;
 }
 
 void NewFile::Appear() {
   if (!Close()) Fail(kDiskError);
-  const ports::Status renamed = Files().RenameToFree(path_, target_);
+  const ports::Status renamed = Files()->RenameToFree(path_, target_);
   has_name_ = renamed.ok;
   if (renamed) return;
-  const auto facts = Files().Examine(target_);
+  const auto facts = Files()->Examine(target_);
   if (facts && facts.value.kind != ports::FileKind::kNone) Fail(kDatabaseExists, target_);
   Fail(kDiskError);
 }
 
 ports::Status NewFile::FlushName() {
   const std::string folder = tmw::SplitFileName(target_).Folder;
-  return Files().FlushFolder(folder.empty() ? "." : folder);
+  return Files()->FlushFolder(folder.empty() ? "." : folder);
 }
 
 }  // namespace jet
