@@ -59,7 +59,7 @@ inline std::string MakeRar4Entry(const EntryHeader& entry) {
   if (entry.unix_mode) fields.replace(21, 4, Number(*entry.unix_mode, 4));
   flags |= (entry.split_before ? 1U : 0U) | (entry.split_after ? 2U : 0U) |
            (entry.is_encrypted ? 4U : 0U) | (entry.is_solid ? 0x10U : 0U);
-  const unsigned all_flags = flags | high_flags << 8U;
+  const unsigned all_flags = flags | static_cast<unsigned>(high_flags) << 8U;
   return packing::MakeRar4Block(0x74, static_cast<std::uint16_t>(all_flags), fields);
 }
 
