@@ -256,7 +256,8 @@ struct EntryPoints {
   std::int32_t(COMPANION_CALL* Sha256_GetFileHash)(const char* path, std::uint8_t* digest);
   void(COMPANION_CALL* Sha256_GetMemoryHash)(const void* data, std::int32_t length,
                                              std::uint8_t* digest);
-  // Not 0: the integrity data in the file is there and right; else the last system error tells.
+  // Not 0 if the file has integrity data and they are right; otherwise the last system error says
+  // why.
   std::int32_t(COMPANION_CALL* Sha256_GetFileCrc)(const char* path);
   std::int32_t(COMPANION_CALL* Sha256_GetFileCrcEx)(const char* path);
   // 0 or an error code.

@@ -21,8 +21,7 @@ DaoDatabase::~DaoDatabase() {
   if (!is_open_) return;
   try {
     Close();
-  } catch (
-      const ports::DatabaseError&) {  // NOLINT(bugprone-empty-catch): nobody is left to be told
+  } catch (const ports::DatabaseError&) {  // NOLINT(bugprone-empty-catch): too late to report
   }
 }
 
