@@ -6,6 +6,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "foundation/api_errors.h"
 #include "foundation/date_parts.h"
@@ -83,14 +84,15 @@ void PrintTables(const file::CheckReport& report) {
 void PrintRelations(file::DatabaseReader& reader) {
   std::cout << texts::kRelationsTitle;
   for (const file::Relation& relation : reader.Relations()) {
-    std::string fields;
-    std::string referenced;
+    std::vector<std::string> fields;
+    std::vector<std::string> referenced;
     for (const file::RelationColumn& column : relation.columns) {
-      fields += (fields.empty() ? "" : ", ") + column.column;
-      referenced += (referenced.empty() ? "" : ", ") + column.referenced_column;
+      fields.push_back(column.column);
+      referenced.push_back(column.referenced_column);
     }
-    std::cout << Fill(texts::kRelationLine, {relation.name, relation.table, fields,
-                                             relation.referenced_table, referenced});
+    std::cout << Fill(texts::kRelationLine,
+                      {relation.name, relation.table, tmw::Joined(fields, ", "),
+                       relation.referenced_table, tmw::Joined(referenced, ", ")});
   }
 }
 
