@@ -58,9 +58,10 @@ function(tmw_test name)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 300)
   endif()
-  # No windows on the screen of whoever runs the tests.
+  # No windows on the screen of whoever runs the tests, and no lines in their log.
   set_tests_properties(${name} PROPERTIES
-    TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT_MODIFICATION TMW_FRONT_END=set:terminal)
+    TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT_MODIFICATION
+    "TMW_FRONT_END=set:terminal;XDG_STATE_HOME=set:${CMAKE_BINARY_DIR}/tests/state")
   if(NOT ARG_MAY_SKIP)
     set_tests_properties(${name} PROPERTIES FAIL_REGULAR_EXPRESSION "\\[  SKIPPED ")
   endif()

@@ -65,6 +65,13 @@ inline constexpr std::string_view kProgramFolder = "tm";
 inline constexpr std::string_view kNetworkMarkMask = "client*.cln";
 inline constexpr std::string_view kUserDatabase = "Tamrin.mdb";
 
+// The log: one for people, one of JSON lines, and what each was before it grew too long.
+inline constexpr std::string_view kLogName = "TmWebUpdate";
+inline constexpr std::string_view kLogEnding = ".log";
+inline constexpr std::string_view kOldLogEnding = ".old.log";
+inline constexpr std::string_view kJsonLogEnding = ".jsonl";
+inline constexpr std::string_view kOldJsonLogEnding = ".old.jsonl";
+
 // The maker's server.
 inline constexpr std::string_view kDigestFile = "TMW_version.dat";
 inline constexpr std::string_view kServerListFile = "TMW_links.dat";

@@ -15,6 +15,7 @@ class FileLocks;
 class FileSystem;
 class FrontEnd;
 class Internet;
+class LogFiles;
 class NamedMutexes;
 class PageFiles;
 class Processes;
@@ -39,6 +40,7 @@ std::unique_ptr<ports::FileLocks> MakeFileLocks();
 std::unique_ptr<ports::FileSystem> MakeFileSystem();
 std::unique_ptr<ports::FrontEnd> MakeFrontEnd();
 std::unique_ptr<ports::Internet> MakeInternet(std::int32_t stall_limit);  // milliseconds
+std::unique_ptr<ports::LogFiles> MakeLogFiles();
 std::unique_ptr<ports::NamedMutexes> MakeNamedMutexes();
 std::unique_ptr<ports::PageFiles> MakePageFiles();
 std::unique_ptr<ports::Processes> MakeProcesses(int argc, char** argv);

@@ -10,6 +10,7 @@
 #include "ports/file_system.h"
 #include "ports/front_end.h"
 #include "ports/internet.h"
+#include "ports/log_files.h"
 #include "ports/named_mutex.h"
 #include "ports/page_file.h"
 #include "ports/processes.h"
@@ -36,6 +37,7 @@ class SystemHost final : public Host {
     ports.files = files_.get();
     ports.front_end = front_end_.get();
     ports.internet = internet_.get();
+    ports.log_files = log_files_.get();
     ports.mutexes = mutexes_.get();
     ports.page_files = page_files_.get();
     ports.processes = processes_.get();
@@ -56,6 +58,7 @@ class SystemHost final : public Host {
   std::unique_ptr<FileSystem> files_ = platform::MakeFileSystem();
   std::unique_ptr<FrontEnd> front_end_ = platform::MakeFrontEnd();
   std::unique_ptr<Internet> internet_ = platform::MakeInternet(kInternetStallLimit);
+  std::unique_ptr<LogFiles> log_files_ = platform::MakeLogFiles();
   std::unique_ptr<NamedMutexes> mutexes_ = platform::MakeNamedMutexes();
   std::unique_ptr<PageFiles> page_files_ = platform::MakePageFiles();
   std::unique_ptr<Processes> processes_;

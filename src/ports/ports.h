@@ -11,6 +11,7 @@ class FileLocks;
 class FileSystem;
 class FrontEnd;
 class Internet;
+class LogFiles;
 class NamedMutexes;
 class PageFiles;
 class Processes;
@@ -31,6 +32,7 @@ struct Ports {
   FileSystem* files = nullptr;
   FrontEnd* front_end = nullptr;
   Internet* internet = nullptr;
+  LogFiles* log_files = nullptr;
   NamedMutexes* mutexes = nullptr;
   PageFiles* page_files = nullptr;
   Processes* processes = nullptr;

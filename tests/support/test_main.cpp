@@ -7,5 +7,6 @@ int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   const auto host = ports::MakeHost(argc, argv);
   ports::CurrentPorts() = host->MakePorts();
+  ports::CurrentPorts().log_files = nullptr;  // nothing is written to the log of who runs the tests
   return RUN_ALL_TESTS();
 }
