@@ -13,6 +13,10 @@ namespace jet {
 inline constexpr const char* kCollationName = "JET";
 inline constexpr const char* kCollate = " COLLATE JET";
 
+// The order of decimals, which lie as texts.
+inline constexpr const char* kDecimalCollationName = "DECIMALS";
+inline constexpr const char* kCollateDecimal = " COLLATE DECIMALS";
+
 struct Function {
   const char* name = "";
   int count = 0;        // of arguments; -1 for any
@@ -37,6 +41,7 @@ inline constexpr Function kGuid = {"jet_guid", 1};                      // 16 by
 inline constexpr Function kNextNumber = {"jet_next_number", 1, false};  // table
 inline constexpr Function kUsedNumber = {"jet_used_number", 2, false};  // table, number or Null
 inline constexpr Function kStoredLength = {"jet_stored_length", 3};  // value, DataType, compressed
+inline constexpr Function kKeyLength = {"jet_key_length", 1};        // text or binary value
 inline constexpr Function kRefuse = {"jet_refuse", 2, false};        // error number, its text
 
 // Operators.

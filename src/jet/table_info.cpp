@@ -36,10 +36,15 @@ const FieldInfo& RequireField(const TableInfo& table, std::string_view name,
   return *field;
 }
 
+std::int32_t StoredSize(const ports::FieldDefinition& definition) {
+  if (definition.type != ports::DataType::kDecimal) return definition.size;
+  return DecimalSize(definition.precision, definition.scale);
+}
+
 Target TargetOf(const ports::FieldDefinition& definition, bool in_primary_key) {
   return {definition.name,
           definition.type,
-          definition.size,
+          StoredSize(definition),
           definition.required,
           definition.allow_zero_length || !IsTextType(definition.type),
           in_primary_key};
@@ -51,7 +56,7 @@ std::string IndexOrder(const TableInfo& table, const IndexInfo& index) {
     const FieldInfo& field = table.fields[index.positions[i]];
     if (!order.empty()) order += ", ";
     order += field.column;
-    if (IsTextType(field.definition.type)) order += kCollate;
+    order += CollationOfField(field.definition.type);
     if (index.definition.fields[i].descending) order += " DESC";
   }
   return order;
@@ -66,6 +71,11 @@ std::string IndexedRows(const TableInfo& table, const IndexInfo& index) {
 
 bool IsTextType(ports::DataType type) {
   return type == ports::DataType::kText || type == ports::DataType::kMemo;
+}
+
+const char* CollationOfField(ports::DataType type) {
+  if (type == ports::DataType::kDecimal) return kCollateDecimal;
+  return IsTextType(type) ? kCollate : "";
 }
 
 }  // namespace jet

@@ -65,9 +65,15 @@ std::string IndexOrder(const TableInfo& table, const IndexInfo& index);
 // "c1 IS NOT NULL OR c2 IS NOT NULL": true for the rows in an index that ignores Null.
 std::string IndexedRows(const TableInfo& table, const IndexInfo& index);
 
+// What the catalogue keeps as the size of a field: for a decimal its precision and scale.
+std::int32_t StoredSize(const ports::FieldDefinition& definition);
+
 // What a field of this definition, its size settled, demands of its values.
 Target TargetOf(const ports::FieldDefinition& definition, bool in_primary_key);
 
 bool IsTextType(ports::DataType type);
+
+// The clause that orders the values of a column: kCollate, kCollateDecimal or empty.
+const char* CollationOfField(ports::DataType type);
 
 }  // namespace jet

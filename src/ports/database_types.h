@@ -91,6 +91,9 @@ struct FieldDefinition {
   bool allow_zero_length = false;
   // An expression's text ("0", "\"нет\"", "Date()"); empty for none.
   std::string default_value;
+  // Decimals only: digits in all and behind the point. DAO does not say them.
+  std::int32_t precision = 0;
+  std::int32_t scale = 0;
 };
 
 struct IndexFieldDefinition {

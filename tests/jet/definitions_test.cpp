@@ -80,6 +80,7 @@ TEST_F(DefinitionTest, TablesFieldsAndIndexesAreMadeChangedAndRefused) {
       {"create table B (x long, X text)", 3191},
       {"create table B ([a.b] long)", 3125},
       {"create table B (x decimals)", 3292},
+      {"create table B (x decimal(29))", 3001},
       {"create table B (x text(300))", 3163},
       {"create table B (x counter, y counter)", 3259},
       {"create table B", 3290},
@@ -207,6 +208,26 @@ TEST_F(DefinitionTest, WhatAFileCannotHoldIsRefusedWhenItIsDefined) {
   for (int i = 0; i < 32; ++i)
     ASSERT_EQ(Run("create index И" + std::to_string(i) + " on Т (П0)"), 0) << i;
   EXPECT_EQ(Run("create index Лишний on Т (П1)"), 3626);
+  // The ends of relations count, on both sides.
+  ASSERT_EQ(Run("create table Н (Н long, С long, constraint К primary key (Н))"), 0);
+  for (int i = 0; i < 31; ++i) {
+    ASSERT_EQ(Run("create table Д" + std::to_string(i) + " (Н long references Н)"), 0) << i;
+  }
+  EXPECT_EQ(Run("create index Лишний on Н (С)"), 3626);
+  EXPECT_EQ(Run("create table Д (Н long references Н)"), 3626);
+  EXPECT_EQ(Run("alter table Н add constraint Сам foreign key (С) references Н"), 3626);
+  EXPECT_EQ(Run("alter table Т add constraint Р foreign key (П1) references Н"), 3626);
+  // Characters that take up four bytes of a key; the last one could not be stored in any form.
+  ASSERT_EQ(Run("create table Ш (А text(255), Б text(255), В text(255), Г memo)"), 0);
+  ASSERT_EQ(Run("create index И on Ш (А, Б, В, Г)"), 0);
+  ASSERT_EQ(Run("insert into Ш (А) values (String(255, ChrW(20013)))"), 0);
+  ASSERT_EQ(Run("update Ш set Б = А, В = А, Г = String(100, ChrW(20013))"), 0);
+  EXPECT_EQ(Run("update Ш set Г = А"), 3047);
+  ASSERT_EQ(Run("drop index И on Ш"), 0);
+  ASSERT_EQ(Run("update Ш set Г = А"), 0);
+  EXPECT_EQ(Run("create index И on Ш (А, Б, В, Г)"), 3047);
+  EXPECT_EQ(Run("update Ш set Г = ChrW(65279) & 'я'"), 0);
+  EXPECT_EQ(Run("update Ш set Г = ChrW(65279) & ChrW(1024)"), 3421);
   db->Close();
 }
 

@@ -93,6 +93,29 @@ TEST_F(StatementTest, StatementsChangeRowsOrNameWhatIsWrong) {
   EXPECT_EQ(Run("select * from Товары"), 3065);
 }
 
+TEST_F(StatementTest, DecimalsAreNumbersOfAllTheirDigits) {
+  ASSERT_EQ(Run("create table Ч (Д decimal(20, 4) primary key, Ц decimal(3))"), 0);
+  ASSERT_EQ(Run("insert into Ч values ('9', 2.5)"), 0);
+  ASSERT_EQ(Run("insert into Ч values ('-1234567890123456.00015', 3)"), 0);
+  ASSERT_EQ(Run("insert into Ч select '10,5' as Д, '-7' as Ц from Ч where Ц = 2.5 or Ц = 3"), 3022);
+  const tests::StatementCase cases[] = {
+      {"select Д from Ч order by Д", "-1234567890123456.0002;9"},
+      {"insert into Ч values (10.5, -7) -> select Д from Ч where Д > 9 or Д = -1.5", "10.5"},
+      {"insert into Ч values (10.5, 1e2) -> select max(Д), min(Ц), sum(Ц) from Ч", "10.5|3|106"},
+      {"insert into Ч values (10.50, -7) -> insert into Ч values (10.5, 0)", "#3022"},
+      {"update Ч set Ц = 1000", "#3464"},
+      {"update Ч set Ц = 'x'", "#3464"},
+      {"insert into Ч values (3, 10) -> select Ц from Ч where Ц < Д and Д in (9, 3)", "3"},
+      {"insert into Ч values (2E-3, 0) -> select Д + 1 from Ч where Д between 0 and 1", "1.002"},
+  };
+  CheckStatements(*engine, *db, cases);
+  db->Close();
+  db = engine->OpenDatabase(path, true, false);
+  EXPECT_EQ(db->Table("Ч").fields[0].scale, 4);
+  EXPECT_EQ(Query("select * from Ч"),
+            "Decimal 9, Decimal 3; Decimal -1234567890123456.0002, Decimal 3");
+}
+
 TEST_F(StatementTest, AFailedStatementIsUndoneWholeAndLeavesTheTransactionOpen) {
   engine->BeginTrans();
   EXPECT_EQ(Run("update Товары set Имя = 'все'"), 0);

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "foundation/encodings.h"
+#include "jet/errors.h"
 
 namespace jet::file {
 namespace {
@@ -48,6 +49,14 @@ std::size_t CountUnits(std::string_view stored) {
   return Decompress(stored.substr(kMark.size())).size();
 }
 
+bool CanPackText(std::string_view text) {
+  constexpr std::string_view kMarkInText = "\xEF\xBB\xBF";
+  if (!text.starts_with(kMarkInText)) return true;
+  const std::u16string units = tmw::Utf8ToUtf16(text);
+  return std::none_of(units.begin(), units.end(),
+                      [](char16_t unit) { return (unit & 0xFFU) == 0; });
+}
+
 std::string PackText(std::string_view text, bool may_compress) {
   const std::u16string units = tmw::Utf8ToUtf16(text);
   const bool fits = std::all_of(units.begin(), units.end(),
@@ -55,6 +64,7 @@ std::string PackText(std::string_view text, bool may_compress) {
   // A text whose first character is U+FEFF would be taken for a compressed one.
   const bool looks_compressed = !units.empty() && units.front() == 0xFEFF;
   if (looks_compressed) {
+    if (!CanPackText(text)) Fail(kConversion, ": U+FEFF");
     std::string stored(kMark);
     stored.push_back('\0');
     return stored + tmw::Utf16ToBytes(units);

@@ -16,8 +16,12 @@ std::string UnpackText(std::string_view stored);
 // UTF-16 units of a stored text, which a field's size limits.
 std::size_t CountUnits(std::string_view stored);
 
+// False for a text that no form can hold: it begins with U+FEFF, which is the mark, and has a
+// character whose lower byte is zero, which would switch between the forms.
+bool CanPackText(std::string_view text);
+
 // The compressed form where it is shorter and the text allows it (only characters from U+0001 to
-// U+00FF), else UTF-16.
+// U+00FF), else UTF-16. 3421 for a text that cannot be packed.
 std::string PackText(std::string_view text, bool may_compress);
 
 }  // namespace jet::file

@@ -12,6 +12,8 @@ namespace {
 
 using enum ports::DataType;
 
+constexpr std::int32_t kUsualPrecision = 18;
+
 struct TypeWords {
   std::string_view words;  // in lower case
   ports::DataType type;
@@ -26,6 +28,7 @@ constexpr TypeWords kTypes[] = {
     {"autoincrement counter identity", kLong, ports::kAutoIncrementField},
     {"currency money", kCurrency},
     {"float4 ieeesingle real single", kSingle},
+    {"dec decimal", kDecimal},
     {"double float float8 ieeedouble number numeric", kDouble},
     {"date datetime time timestamp", kDate},
     {"binary varbinary", kBinary},
@@ -105,6 +108,7 @@ void DefinitionParser::ReadType(ports::FieldDefinition& field) {
   }
   field.type = type->type;
   field.attributes = type->attributes;
+  if (field.type == kDecimal) field.precision = kUsualPrecision;
   if (!tokens_.TakeSymbol("(")) return;
   if (field.attributes != 0) {
     ReadNumbering(field);
@@ -116,8 +120,10 @@ void DefinitionParser::ReadType(ports::FieldDefinition& field) {
     if (size < 1) Fail(kSyntaxInFieldDefinition, "размер поля " + field.name);
     field.size = size;
   } else if (tokens_.TakeSymbol(",")) {
-    tokens_.Take();
+    if (tokens_.Peek().kind != TokenKind::kInteger) tokens_.FailAt("число знаков");
+    field.scale = static_cast<std::int32_t>(tokens_.Take().number);
   }
+  field.precision = type->type == kDecimal ? size : 0;
   tokens_.ExpectSymbol(")");
 }
 

@@ -15,6 +15,7 @@ bool IsCopy(const TypedSql& raw, const Target& target) {
   const Target& source = raw.field->target;
   if (source.type != target.type || target.type == ports::DataType::kBoolean) return false;
   if (target.allow_zero_length < source.allow_zero_length) return false;
+  if (target.type == ports::DataType::kDecimal && source.size != target.size) return false;
   const bool has_size =
       target.type == ports::DataType::kText || target.type == ports::DataType::kBinary;
   return !has_size || source.size <= target.size;
@@ -30,8 +31,10 @@ void Assignments::Add(std::string_view column, std::string_view value) {
 std::string AssignedSql(const TypedSql& raw, const FieldInfo& field) {
   const Target& target = field.target;
   if (IsCopy(raw, target)) return raw.sql;
-  // An amount that is only copied must keep all its digits.
-  const TypedSql value = raw.type == ValueType::kStoredCurrency ? raw : Decoded(raw);
+  // An amount or a decimal that is only copied must keep all its digits.
+  const bool is_exact =
+      raw.type == ValueType::kStoredCurrency || raw.type == ValueType::kStoredDecimal;
+  const TypedSql value = is_exact ? raw : Decoded(raw);
   const std::int32_t flags = (target.required ? fn::kRequired : 0) |
                              (target.allow_zero_length ? fn::kTakesZeroLength : 0) |
                              (target.in_primary_key ? fn::kInPrimaryKey : 0);

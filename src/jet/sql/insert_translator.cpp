@@ -91,6 +91,8 @@ ports::FieldDefinition FieldOf(const OutputColumn& column) {
   if (column.field != nullptr) {
     field.type = column.field->definition.type;
     field.size = column.field->definition.size;
+    field.precision = column.field->definition.precision;
+    field.scale = column.field->definition.scale;
     field.attributes = column.field->definition.attributes & ports::kAutoIncrementField;
   } else {
     field.type = TypeOfColumn(column.type);

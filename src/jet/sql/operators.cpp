@@ -130,7 +130,8 @@ std::string ComparedSql(const TypedSql& raw_left, std::string_view symbol,
   // Columns of the same stored form are compared in it, so that an index can be used.
   const bool is_stored_form = raw_left.type >= ValueType::kStoredCurrency;
   if (is_stored_form && raw_left.type == raw_right.type)
-    return "(" + raw_left.sql + between + raw_right.sql + ")";
+    return "(" + raw_left.sql + std::string(CollationOf(raw_left.type)) + between + raw_right.sql +
+           ")";
   const TypedSql left = Decoded(raw_left);
   const TypedSql right = Decoded(raw_right);
   CheckComparable(left.type, right.type, text);

@@ -13,6 +13,7 @@ namespace {
 ValueType StoredType(ports::DataType type) {
   if (type == ports::DataType::kCurrency) return ValueType::kStoredCurrency;
   if (type == ports::DataType::kGuid) return ValueType::kStoredGuid;
+  if (type == ports::DataType::kDecimal) return ValueType::kStoredDecimal;
   return TypeOfField(type);
 }
 

@@ -44,7 +44,8 @@ std::string TranslateInSelect(const Expression& value, const Select& select,
   const TypedSql right = lie_alike ? item : Decoded(item);
   CheckComparable(left.type, right.type, translator.TextOf(condition));
   if (right.sql != item.sql) values.sql = "SELECT " + right.sql + " FROM (" + values.sql + ")";
-  const bool may_be_text = !CollationOf(left.type).empty() || !CollationOf(right.type).empty();
+  const bool may_be_text =
+      CollationOf(left.type) == kCollate || CollationOf(right.type) == kCollate;
   return "(" + left.sql + (may_be_text ? kCollate : "") + " IN (" + values.sql + "))";
 }
 

@@ -8,10 +8,13 @@ TypedSql Decoded(const TypedSql& raw) {
   if (raw.type == ValueType::kStoredCurrency)
     return {"(" + raw.sql + "/10000.0)", ValueType::kCurrency};
   if (raw.type == ValueType::kStoredGuid) return {CallSql(fn::kGuid, {raw.sql}), ValueType::kText};
+  if (raw.type == ValueType::kStoredDecimal)
+    return {"CAST(" + raw.sql + " AS REAL)", ValueType::kNumber};
   return raw;
 }
 
 std::string_view CollationOf(ValueType type) {
+  if (type == ValueType::kStoredDecimal) return kCollateDecimal;
   return type == ValueType::kText || type == ValueType::kUnknown ? kCollate : "";
 }
 

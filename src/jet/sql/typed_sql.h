@@ -8,8 +8,8 @@
 
 namespace jet::sql {
 
-// A translated expression. A raw one may have an amount or a GUID in its stored form, a decoded one
-// has values to compute with.
+// A translated expression. A raw one may have an amount, a GUID or a decimal in its stored form, a
+// decoded one has values to compute with.
 struct TypedSql {
   std::string sql;
   ValueType type = ValueType::kUnknown;
@@ -19,7 +19,7 @@ struct TypedSql {
 
 TypedSql Decoded(const TypedSql& raw);
 
-// kCollate if the value may be a text, else empty.
+// kCollate if the value may be a text, kCollateDecimal for a stored decimal, else empty.
 std::string_view CollationOf(ValueType type);
 
 // True for Booleans, numbers and dates.

@@ -1,6 +1,7 @@
 #include "jet/store/catalogue.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "foundation/encodings.h"
@@ -158,6 +159,10 @@ void Catalogue::LoadFields(TableInfo& table) {
     definition.name = rows.Text(1);
     definition.type = static_cast<ports::DataType>(rows.Integer(2));
     definition.size = static_cast<std::int32_t>(rows.Integer(3));
+    if (definition.type == ports::DataType::kDecimal) {
+      std::tie(definition.precision, definition.scale) = DecimalParts(definition.size);
+      definition.size = FieldSize(definition.type, 0, definition.name);
+    }
     definition.attributes = static_cast<std::int32_t>(rows.Integer(4));
     definition.required = rows.Integer(5) != 0;
     definition.allow_zero_length = rows.Integer(6) != 0;

@@ -5,6 +5,7 @@
 #include "foundation/encodings.h"
 #include "jet/errors.h"
 #include "jet/file/layout_limits.h"
+#include "jet/file/limits.h"
 #include "jet/sql/expression_translator.h"
 #include "jet/sql/parser.h"
 #include "jet/sql/scope.h"
@@ -12,6 +13,7 @@
 #include "jet/store/field_properties.h"
 #include "jet/store/file_definitions.h"
 #include "jet/store/relations.h"
+#include "jet/store/row_limit.h"
 
 namespace jet {
 namespace {
@@ -53,7 +55,7 @@ void CheckFields(const std::vector<ports::FieldDefinition>& fields, const std::s
 }  // namespace
 
 void CheckName(const std::string& name) {
-  const bool is_bad = name.empty() || name.front() == ' ' ||
+  const bool is_bad = name.empty() || name.front() == ' ' || name.starts_with("\xEF\xBB\xBF") ||
                       tmw::Utf8ToUtf16(name).size() > kMostNameUnits ||
                       name.find_first_of(".!`[]") != std::string::npos ||
                       std::any_of(name.begin(), name.end(),
@@ -62,7 +64,7 @@ void CheckName(const std::string& name) {
 }
 
 std::string ColumnSql(const std::string& column, ports::DataType type) {
-  return column + (IsTextType(type) ? kCollate : "");
+  return column + CollationOfField(type);
 }
 
 TablePtr RequireTable(Session& session, const std::string& name, std::int32_t error_number) {
@@ -81,12 +83,22 @@ std::string CreateIndexSql(const TableInfo& table, const IndexInfo& index) {
 void Definitions::JudgeTable(const std::string& name) {
   const TablePtr table = session_.Tables().FindTable(name);
   file::JudgeLayout(name, LayoutOf(*table, nullptr, {}, 0));
+  // The other ends of relations stand among the table's indexes too.
+  const std::vector<Relation> relations = LoadRelations(session_.SharedStorage());
+  const auto incoming =
+      std::count_if(relations.begin(), relations.end(), [&table](const Relation& relation) {
+        return relation.referenced_id == table->id && relation.IsEnforced();
+      });
+  if (table->indexes.size() + static_cast<std::size_t>(incoming) > file::limits::kIndexesWritten)
+    Fail(kTooManyIndexes, name);
 }
 
 std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
                                       const ports::FieldDefinition& field) {
   CheckName(field.name);
-  const std::int32_t size = FieldSize(field.type, field.size, field.name);
+  ports::FieldDefinition sized = field;
+  sized.size = FieldSize(field.type, field.size, field.name);
+  const std::int32_t size = StoredSize(sized);
   if (IsCounter(field) && field.type != ports::DataType::kLong) Fail(kInvalidFieldType, field.name);
   // An invalid default fails here rather than at the first new row.
   if (!field.default_value.empty()) sql::ParseExpression(field.default_value);
@@ -257,6 +269,14 @@ void Definitions::RefuseNull(const TableInfo& table, const FieldInfo& field,
   if (found != 0) Fail(error_number, field.definition.name);
 }
 
+void Definitions::RefuseLongKeys(const TableInfo& table, const IndexInfo& index) {
+  const std::string condition = KeyTooLongSql(table, index, "");
+  if (condition.empty()) return;
+  const std::int64_t has_one = session_.Storage().ReadInteger(
+      "SELECT EXISTS (SELECT 1 FROM " + table.StorageName() + " WHERE " + condition + ")");
+  if (has_one != 0) Fail(kRecordTooLong, table.name);
+}
+
 void Definitions::CreateIndex(const TableInfo& table, const ports::IndexDefinition& wanted) {
   session_.MarkChanged(table);
   CheckName(wanted.name);
@@ -276,6 +296,7 @@ void Definitions::CreateIndex(const TableInfo& table, const ports::IndexDefiniti
   for (const std::size_t position : index.positions) {
     if (index.definition.required) RefuseNull(table, table.fields[position], kNullInIndex);
   }
+  RefuseLongKeys(table, index);
 
   Statement insert = Prepare("INSERT INTO _jet_index(table_id, name, flags) VALUES(?1, ?2, ?3)");
   insert.Bind(1, table.id).Bind(2, std::string_view(wanted.name));

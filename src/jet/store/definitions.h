@@ -25,17 +25,19 @@ class Definitions {
   void DropField(const TableInfo& table, const FieldInfo& field);
   void CreateIndex(const TableInfo& table, const ports::IndexDefinition& index);
   void DropIndex(const TableInfo& table, const IndexInfo& index);
+  // Fails when the file could not hold the table with its relations: 3047, 3277 or 3626.
+  void JudgeTable(const std::string& name);
 
   void SetProperty(const TableInfo& table, const FieldInfo& field, const std::string& name,
                    ports::DataType type, const ports::DatabaseValue& value);
   std::optional<ports::DatabaseValue> Property(const FieldInfo& field, const std::string& name);
 
  private:
-  // Fails when the file could not hold a table like this: 3047, 3277 or 3626.
-  void JudgeTable(const std::string& name);
   std::int64_t InsertField(std::int64_t table, std::int64_t ordinal,
                            const ports::FieldDefinition& field);
   void ConvertColumn(const TableInfo& table, const FieldInfo& old_field, const FieldInfo& field);
+  // 3047 if a row's key would be too long.
+  void RefuseLongKeys(const TableInfo& table, const IndexInfo& index);
   void RefuseNull(const TableInfo& table, const FieldInfo& field, std::int32_t error_number);
   Statement Prepare(const std::string& sql) { return {session_.SharedStorage(), sql}; }
 

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <variant>
 
@@ -86,6 +87,8 @@ ColumnLayout MakeColumn(const FieldInfo& field, const ColumnLayout* source,
   ColumnLayout column =
       file::NewColumn(definition.name, TypeInFile(definition.type),
                       static_cast<std::uint16_t>(definition.size * unit), sort_order);
+  if (definition.type == DataType::kDecimal)
+    column.sort_order = static_cast<std::uint32_t>(StoredSize(definition));
   if (source != nullptr) {
     column.type = source->type;
     column.size = source->size;
@@ -127,6 +130,8 @@ ports::FieldDefinition FieldOf(const ColumnLayout& column, const file::PropertyS
   field.name = column.name;
   field.type = FieldType(column.type);
   field.size = SizeOf(column);
+  if (field.type == DataType::kDecimal)
+    std::tie(field.precision, field.scale) = DecimalParts(column.sort_order & 0xFFFF);
   field.attributes = AttributesOf(column);
   field.required = PropertyOr(properties, field_property::kRequired, false);
   field.allow_zero_length = PropertyOr(properties, field_property::kAllowZeroLength, false);

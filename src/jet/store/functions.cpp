@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "jet/errors.h"
+#include "jet/file/packed_text.h"
 #include "jet/store/conversion_functions.h"
 #include "jet/store/date_functions.h"
 #include "jet/store/number_functions.h"
@@ -13,6 +14,7 @@
 #include "jet/store/row_limit.h"
 #include "jet/store/text_functions.h"
 #include "jet/values/coercion.h"
+#include "jet/values/decimal.h"
 #include "jet/values/sort_key.h"
 #include "jet/values/value_text.h"
 #include "jet/values/value_type.h"
@@ -31,7 +33,8 @@ bool IsStorable(const FunctionCall& call, DataType type) {
       if (!call.IsText(0)) return false;
       const std::string_view text = call.Text(0);
       const auto size = static_cast<std::int32_t>(call.Integer(3));
-      return !text.empty() && FitsText(text, type == DataType::kText ? size : 0);
+      return !text.empty() && file::CanPackText(text) &&
+             FitsText(text, type == DataType::kText ? size : 0);
     }
     case DataType::kLong:
       return call.IsWhole(0) && static_cast<ValueType>(call.Integer(1)) == ValueType::kInteger &&
@@ -55,6 +58,7 @@ void Store(FunctionCall& call) {
                          (flags & fn::kInPrimaryKey) != 0};
   const DatabaseValue value = ConvertFor(call.Typed(0), target, kTypeMismatch);
   CheckAllowed(value, target);
+  CheckPackable(value, target);
   call.PutStored(value, type);
 }
 
@@ -67,6 +71,14 @@ void StoredLength(FunctionCall& call) {
   } else if (!call.IsNull(0)) {
     length = StoredBytesLength(call.Bytes(0).size(), type);
   }
+  call.PutInteger(static_cast<std::int64_t>(length));
+}
+
+// How many bytes of an index key a text or a binary value takes up.
+void KeyLength(FunctionCall& call) {
+  if (call.IsNull(0)) return call.PutInteger(0);
+  const std::size_t length =
+      call.IsText(0) ? TextKeyLength(call.Text(0)) : BytesKeyLength(call.Bytes(0).size());
   call.PutInteger(static_cast<std::int64_t>(length));
 }
 
@@ -93,6 +105,11 @@ void Refuse(FunctionCall& call) {
   Fail(static_cast<std::int32_t>(call.Integer(0)), call.Text(1));
 }
 
+int CollateDecimals(void* /*unused*/, int a_length, const void* a, int b_length, const void* b) {
+  return CompareDecimals({static_cast<const char*>(a), static_cast<std::size_t>(a_length)},
+                         {static_cast<const char*>(b), static_cast<std::size_t>(b_length)});
+}
+
 int Collate(void* /*unused*/, int a_length, const void* a, int b_length, const void* b) {
   return CompareTexts({static_cast<const char*>(a), static_cast<std::size_t>(a_length)},
                       {static_cast<const char*>(b), static_cast<std::size_t>(b_length)});
@@ -100,6 +117,7 @@ int Collate(void* /*unused*/, int a_length, const void* a, int b_length, const v
 
 constexpr FunctionEntry kFunctions[] = {
     {fn::kGuid, Strict<Guid>},
+    {fn::kKeyLength, Guarded<KeyLength>},
     {fn::kNextNumber, Guarded<NextNumber>},
     {fn::kRefuse, Guarded<Refuse>},
     {fn::kStore, Guarded<Store>},
@@ -123,6 +141,8 @@ void Register(FunctionContext& context, std::span<const FunctionEntry> entries) 
 void RegisterFunctions(FunctionContext& context) {
   sqlite3_create_collation_v2(context.connection.Handle(), kCollationName, SQLITE_UTF8, nullptr,
                               Collate, nullptr);
+  sqlite3_create_collation_v2(context.connection.Handle(), kDecimalCollationName, SQLITE_UTF8,
+                              nullptr, CollateDecimals, nullptr);
   Register(context, kFunctions);
   Register(context, OperatorFunctions());
   Register(context, ConversionFunctions());

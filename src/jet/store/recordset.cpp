@@ -6,6 +6,7 @@
 #include "jet/errors.h"
 #include "jet/sql/field_value.h"
 #include "jet/storage_sql.h"
+#include "jet/store/row_limit.h"
 #include "jet/store/stored_values.h"
 
 namespace jet {
@@ -170,6 +171,7 @@ void Recordset::Update() {
 void Recordset::BindBuffered(Statement& statement, int parameter, std::size_t field) {
   const FieldInfo& info = plan_.table->fields[field];
   CheckAllowed(*buffer_[field], info.target);
+  CheckPackable(*buffer_[field], info.target);
   BindValue(statement, parameter, *buffer_[field], info.definition.type);
 }
 

@@ -87,6 +87,8 @@ class TriggerWriter {
       if (follow) {
         value = {"NEW." + other_columns_[i], TypeOfField(field.definition.type)};
         if (value.type == ValueType::kCurrency) value.type = ValueType::kStoredCurrency;
+        if (field.definition.type == ports::DataType::kDecimal)
+          value.type = ValueType::kStoredDecimal;
       }
       assignments.push_back(own_columns_[i] + " = " + sql::AssignedSql(value, field));
     }

@@ -202,6 +202,8 @@ void Relations::Add(Relation& relation, const TableInfo& table, const TableInfo&
   relation.referenced_id = referenced.id;
   if (relation.IsEnforced()) Enforce(relation, table, referenced);
   Insert(relation);
+  Definitions(session_).JudgeTable(table.name);
+  Definitions(session_).JudgeTable(referenced.name);
   session_.Storage().Run(RelationTriggers(relation, table, referenced));
 }
 

@@ -5,6 +5,7 @@
 #include "jet/file/limits.h"
 #include "jet/file/packed_text.h"
 #include "jet/storage_sql.h"
+#include "jet/values/sort_key.h"
 
 namespace jet {
 namespace {
@@ -13,6 +14,8 @@ using file::ColumnLayout;
 using ports::DataType;
 
 constexpr std::size_t kUnitBytes = sizeof(char16_t);
+
+constexpr std::size_t kMarkWidth = 1;  // of each value in a key
 
 std::size_t LongValueLength(std::size_t unpacked, std::size_t stored) {
   namespace long_value = file::long_value;
@@ -24,6 +27,18 @@ std::size_t LongestValue(const ColumnLayout& column) {
     return file::long_value::kReferenceWidth + file::long_value::kLongestInline;
   const std::size_t width = file::ValueWidth(column.type);
   return width != 0 ? width : column.size;
+}
+
+// Of a field's value in a key, its mark included. A character takes up to four bytes and an accent.
+std::size_t LongestKey(const ports::FieldDefinition& field) {
+  constexpr std::size_t kCharacter = 5;
+  constexpr std::size_t kLevelMarks = 6;
+  constexpr std::size_t kLongestFixed = 18;
+  const auto size = static_cast<std::size_t>(field.size);
+  if (field.type == DataType::kBinary) return kMarkWidth + BytesKeyLength(size);
+  if (!IsTextType(field.type)) return kMarkWidth + kLongestFixed;
+  const std::size_t units = field.type == DataType::kMemo ? file::limits::kTextUnits : size;
+  return kMarkWidth + kCharacter * units + kLevelMarks;
 }
 
 bool IsVariable(const ColumnLayout& column) {
@@ -53,9 +68,34 @@ std::string RowLimitTriggers(const TableInfo& table, const file::TableLayout& la
                                std::to_string(static_cast<int>(table.fields[i].definition.type)),
                                may_compress ? "1" : "0"});
   }
-  if (longest <= file::limits::kRecordLength) return {};
-  const std::string condition = length + " > " + std::to_string(file::limits::kRecordLength);
+  std::string condition;
+  if (longest > file::limits::kRecordLength)
+    condition = length + " > " + std::to_string(file::limits::kRecordLength);
+  for (const IndexInfo& index : table.indexes) {
+    const std::string key = KeyTooLongSql(table, index, "NEW.");
+    if (!key.empty()) Append(condition, key, " OR ");
+  }
+  if (condition.empty()) return {};
   return Trigger(table, 'a', "INSERT", condition) + Trigger(table, 'b', "UPDATE", condition);
+}
+
+std::string KeyTooLongSql(const TableInfo& table, const IndexInfo& index, std::string_view prefix) {
+  std::size_t longest = 0;
+  std::size_t rest = 0;
+  std::string length;
+  for (const std::size_t position : index.positions) {
+    const FieldInfo& field = table.fields[position];
+    const ports::FieldDefinition& definition = field.definition;
+    longest += LongestKey(definition);
+    if (IsTextType(definition.type) || definition.type == DataType::kBinary) {
+      rest += kMarkWidth;
+      Append(length, CallSql(fn::kKeyLength, {std::string(prefix) + field.column}), " + ");
+    } else {
+      rest += LongestKey(definition);
+    }
+  }
+  if (longest <= file::limits::kIndexKeyLength) return {};
+  return length + " > " + std::to_string(file::limits::kIndexKeyLength - rest);
 }
 
 std::string DropRowLimitTriggers(std::int64_t table) {
@@ -71,6 +111,21 @@ std::size_t StoredTextLength(std::string_view text, DataType type, bool may_comp
 
 std::size_t StoredBytesLength(std::size_t length, DataType type) {
   return type == DataType::kLongBinary ? LongValueLength(length, length) : length;
+}
+
+std::size_t TextKeyLength(std::string_view text) {
+  return SortKey(text).size() + 1;  // descending keys have one byte more
+}
+
+std::size_t BytesKeyLength(std::size_t length) {
+  constexpr std::size_t kSegment = 8;
+  return (kSegment + 1) * (length <= kSegment ? 1 : (length + kSegment - 1) / kSegment);
+}
+
+void CheckPackable(const ports::DatabaseValue& value, const Target& target) {
+  const auto* const text = std::get_if<std::string>(&value);
+  if (text != nullptr && !file::CanPackText(*text))
+    Fail(kConversion, ": поле \"" + target.name + "\"");
 }
 
 }  // namespace jet

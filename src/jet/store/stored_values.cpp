@@ -139,6 +139,8 @@ DatabaseValue ReadComputed(const Statement& statement, int column, ValueType typ
       return ports::CurrencyValue{statement.Integer(column)};
     case ValueType::kStoredGuid:
       return GuidText(statement.Bytes(column));
+    case ValueType::kStoredDecimal:
+      return ports::DecimalValue{std::string(statement.Text(column))};
     case ValueType::kDate:
       if (!tmw::IsDateInRange(statement.Real(column))) Fail(kOverflow);
       return ports::DateValue{statement.Real(column)};

@@ -90,7 +90,7 @@ void TableLoader::InsertFields(std::int64_t table, const file::TableLayout& layo
     const ports::FieldDefinition field = FieldOf(column, set);
     const std::int64_t id = table * loaded_id::kPerTable + column.id;
     insert.Bind(1, id).Bind(2, table).Bind(3, ordinal++).Bind(4, std::string_view(field.name));
-    insert.Bind(5, static_cast<std::int64_t>(field.type)).Bind(6, std::int64_t{field.size});
+    insert.Bind(5, static_cast<std::int64_t>(field.type)).Bind(6, std::int64_t{StoredSize(field)});
     insert.Bind(7, std::int64_t{field.attributes}).Bind(8, std::int64_t{field.required ? 1 : 0});
     insert.Bind(9, std::int64_t{field.allow_zero_length ? 1 : 0});
     insert.Bind(10, std::string_view(field.default_value)).Run();

@@ -1,6 +1,8 @@
 #include "jet/values/coercion.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -10,6 +12,7 @@
 #include "foundation/number_text.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
+#include "jet/values/decimal.h"
 #include "jet/values/value_text.h"
 
 namespace jet {
@@ -20,6 +23,8 @@ using ports::DataType;
 
 constexpr std::int32_t kMostTextUnits = 255;
 constexpr std::int32_t kMostBinaryBytes = 510;
+constexpr std::int32_t kMostDecimalDigits = 28;
+constexpr std::int32_t kScaleShift = 8;
 constexpr std::int64_t kTenThousand = 10000;
 
 bool IsNull(const DatabaseValue& value) {
@@ -84,6 +89,28 @@ DatabaseValue ToCurrencyValue(const DatabaseValue& value, std::int32_t mismatch_
   return ports::CurrencyValue{amount};
 }
 
+// Without an exponent.
+std::string FixedText(double number) {
+  std::array<char, 512> buffer{};
+  const auto end =
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::fixed);
+  return {buffer.data(), end.ptr};
+}
+
+DatabaseValue ToDecimal(const DatabaseValue& value, std::int32_t size,
+                        std::int32_t mismatch_number) {
+  const auto [precision, scale] = DecimalParts(size);
+  const std::optional<std::string> text = ValueText(value);
+  std::optional<std::string> fitting;
+  // Read digit by digit, unless the number comes with an exponent.
+  if (text && !std::holds_alternative<ports::DateValue>(value))
+    fitting = FitDecimal(PlainNumber(*text), precision, scale);
+  if (!fitting)
+    fitting = FitDecimal(FixedText(NumberOrFail(value, mismatch_number)), precision, scale);
+  if (!fitting) Fail(mismatch_number);
+  return ports::DecimalValue{*std::move(fitting)};
+}
+
 DatabaseValue ToSingle(const DatabaseValue& value, std::int32_t mismatch_number) {
   const double number = NumberOrFail(value, mismatch_number);
   if (std::fabs(number) > static_cast<double>(std::numeric_limits<float>::max()))
@@ -138,6 +165,16 @@ bool FitsText(std::string_view text, std::int32_t size) {
   return size <= 0 || text.size() <= most || Utf16Length(text) <= most;
 }
 
+std::int32_t DecimalSize(std::int32_t precision, std::int32_t scale) {
+  if (precision < 1 || precision > kMostDecimalDigits || scale < 0 || scale > precision)
+    Fail(kInvalidArgument, std::to_string(precision) + ", " + std::to_string(scale));
+  return precision | (scale << kScaleShift);
+}
+
+std::pair<std::int32_t, std::int32_t> DecimalParts(std::int32_t size) {
+  return {size & ((1 << kScaleShift) - 1), size >> kScaleShift};
+}
+
 bool ToCurrency(double value, std::int64_t& ten_thousandths) {
   const double scaled = std::nearbyint(value * static_cast<double>(kTenThousand));
   if (!(std::fabs(scaled) < 9.2233720368547748e18)) return false;
@@ -177,6 +214,8 @@ DatabaseValue ConvertTo(const DatabaseValue& value, DataType type, std::int32_t 
       return ToBinary(value, type == DataType::kBinary ? size : 0, mismatch_number);
     case DataType::kGuid:
       return ToGuid(value, mismatch_number);
+    case DataType::kDecimal:
+      return ToDecimal(value, size, mismatch_number);
     default:
       Fail(kInvalidFieldType, std::to_string(static_cast<std::int32_t>(type)));
   }
@@ -218,6 +257,8 @@ std::int32_t FieldSize(DataType type, std::int32_t asked, const std::string& fie
       return 8;
     case DataType::kGuid:
       return 16;
+    case DataType::kDecimal:
+      return 17;
     case DataType::kMemo:
     case DataType::kLongBinary:
       return 0;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "ports/database_types.h"
 
@@ -13,7 +14,7 @@ namespace jet {
 struct Target {
   std::string name;
   ports::DataType type = ports::DataType::kText;
-  std::int32_t size = 0;
+  std::int32_t size = 0;  // of a decimal: DecimalSize
   bool required = false;
   bool allow_zero_length = true;
   bool in_primary_key = false;  // or in another index that does not allow Null
@@ -38,6 +39,11 @@ void CheckAllowed(const ports::DatabaseValue& value, const Target& target);
 // The size of a field of that type; asked is the requested size of a text or binary field, 0 for
 // the largest. Fails with 3259 for a type that Jet 4 tables do not have, 3163 for too large a size.
 std::int32_t FieldSize(ports::DataType type, std::int32_t asked, const std::string& field);
+
+// A decimal's precision and scale in the place of a size. 3001 for more than 28 digits or for more
+// places than digits.
+std::int32_t DecimalSize(std::int32_t precision, std::int32_t scale);
+std::pair<std::int32_t, std::int32_t> DecimalParts(std::int32_t size);
 
 // Rounds to the nearest ten-thousandth, halves to even; returns false if it does not fit.
 bool ToCurrency(double value, std::int64_t& ten_thousandths);

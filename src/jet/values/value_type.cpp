@@ -25,6 +25,8 @@ constexpr TypePair kPairs[] = {
     {ports::DataType::kGuid, ValueType::kText},
     {ports::DataType::kGuid, ValueType::kStoredGuid},
     {ports::DataType::kLongBinary, ValueType::kBinary},
+    {ports::DataType::kDecimal, ValueType::kNumber},
+    {ports::DataType::kDecimal, ValueType::kStoredDecimal},
 };
 
 }  // namespace

@@ -20,6 +20,7 @@ enum class ValueType : std::int32_t {
   kBinary = 9,
   kStoredCurrency = 10,  // ten-thousandths, as in a column
   kStoredGuid = 11,      // 16 bytes
+  kStoredDecimal = 12,   // the text of a decimal
 };
 
 ValueType TypeOfField(ports::DataType type);

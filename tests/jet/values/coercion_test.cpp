@@ -96,7 +96,7 @@ TEST(Coercion, AssignmentConvertsToTheFieldsTypeOrFails) {
       {std::string("0123ABcd+89AB-CDEF-0123-456789abcdef"), DataType::kGuid, "error 3421"},
       {BinaryValue{std::string(16, '\1')}, DataType::kGuid,
        "Text {guid {01010101-0101-0101-0101-010101010101}}"},
-      {1.0, DataType::kDecimal, "error 3259"},
+      {1.0, DataType::kBigInt, "error 3259"},
   };
   for (const auto& c : cases)
     EXPECT_EQ(Converted(c.value, c.type), c.result)
