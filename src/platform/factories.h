@@ -12,6 +12,7 @@ class CompanionLibrary;
 class DatabaseEngine;
 class ErrorTexts;
 class FileLocks;
+class FileProbe;
 class FileSystem;
 class FrontEnd;
 class Internet;
@@ -37,6 +38,7 @@ std::unique_ptr<ports::CompanionLibrary> MakeCompanionLibrary(const std::string&
 std::unique_ptr<ports::DatabaseEngine> MakeDatabaseEngine();
 std::unique_ptr<ports::ErrorTexts> MakeErrorTexts();
 std::unique_ptr<ports::FileLocks> MakeFileLocks();
+std::unique_ptr<ports::FileProbe> MakeFileProbe();
 std::unique_ptr<ports::FileSystem> MakeFileSystem();
 std::unique_ptr<ports::FrontEnd> MakeFrontEnd();
 std::unique_ptr<ports::Internet> MakeInternet(std::int32_t stall_limit);  // milliseconds

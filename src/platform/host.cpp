@@ -7,6 +7,7 @@
 #include "ports/database.h"
 #include "ports/error_texts.h"
 #include "ports/file_lock.h"
+#include "ports/file_probe.h"
 #include "ports/file_system.h"
 #include "ports/front_end.h"
 #include "ports/internet.h"
@@ -34,6 +35,7 @@ class SystemHost final : public Host {
     ports.database = database_.get();
     ports.error_texts = error_texts_.get();
     ports.file_locks = file_locks_.get();
+    ports.file_probe = file_probe_.get();
     ports.files = files_.get();
     ports.front_end = front_end_.get();
     ports.internet = internet_.get();
@@ -55,6 +57,7 @@ class SystemHost final : public Host {
   std::unique_ptr<DatabaseEngine> database_ = platform::MakeDatabaseEngine();
   std::unique_ptr<ErrorTexts> error_texts_ = platform::MakeErrorTexts();
   std::unique_ptr<FileLocks> file_locks_ = platform::MakeFileLocks();
+  std::unique_ptr<FileProbe> file_probe_ = platform::MakeFileProbe();
   std::unique_ptr<FileSystem> files_ = platform::MakeFileSystem();
   std::unique_ptr<FrontEnd> front_end_ = platform::MakeFrontEnd();
   std::unique_ptr<Internet> internet_ = platform::MakeInternet(kInternetStallLimit);

@@ -8,6 +8,7 @@ class CompanionLibrary;
 class DatabaseEngine;
 class ErrorTexts;
 class FileLocks;
+class FileProbe;
 class FileSystem;
 class FrontEnd;
 class Internet;
@@ -29,6 +30,7 @@ struct Ports {
   DatabaseEngine* database = nullptr;
   ErrorTexts* error_texts = nullptr;
   FileLocks* file_locks = nullptr;
+  FileProbe* file_probe = nullptr;
   FileSystem* files = nullptr;
   FrontEnd* front_end = nullptr;
   Internet* internet = nullptr;

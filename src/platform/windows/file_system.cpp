@@ -4,15 +4,14 @@
 #include <iterator>
 
 #include "platform/windows/handles.h"
+#include "platform/windows/native_path.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "platform/windows/writable_for_now.h"
 #include "ports/file_system.h"
 
 namespace platform {
 namespace {
-
-// An ordinary path cannot create folders beyond this length (an 8.3 name must still fit).
-constexpr std::size_t kLongPath = 240;
 
 constexpr DWORD kLongestPath = 32768;
 
@@ -26,38 +25,6 @@ struct SearchTraits : FileHandleTraits {
   static void Close(Type handle) { FindClose(handle); }
 };
 using Search = tmw::UniqueHandle<SearchTraits>;
-
-// Empty on failure; the last error then says why.
-std::wstring FullPath(const std::string& path) {
-  if (path.empty() || path.find('\0') != std::string::npos) {
-    SetLastError(ERROR_PATH_NOT_FOUND);
-    return {};
-  }
-  const std::wstring wide = ToWide(path);
-  std::wstring full(MAX_PATH, L'\0');
-  for (;;) {
-    const DWORD length =
-        GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-    const bool fits = length < full.size();
-    full.resize(length);
-    if (fits) return full;
-  }
-}
-
-// The system ignores an empty set of attributes.
-BOOL SetAttributes(const std::wstring& path, DWORD attributes) {
-  return SetFileAttributesW(path.c_str(), attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL);
-}
-
-// The form that system calls take. Only a long path gets the prefix that lifts the limit: not every
-// network file system knows it.
-std::wstring Native(const std::string& path) {
-  std::wstring full = FullPath(path);
-  if (full.size() < kLongPath || full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\"))
-    return full;
-  if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC" + full.substr(1);
-  return L"\\\\?\\" + full;
-}
 
 ports::FileKind KindOf(DWORD attributes) {
   if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0) return ports::FileKind::kOther;
@@ -139,28 +106,6 @@ class WindowsFile final : public ports::File {
   UniqueFileHandle handle_;
 };
 
-// Clears the read-only attribute for as long as it lives, or for good if Keep is called.
-class WritableForNow {
- public:
-  explicit WritableForNow(std::wstring path) : path_(std::move(path)) {
-    const DWORD attributes = GetFileAttributesW(path_.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & kReadOnly) == 0) return;
-    if (SetAttributes(path_, attributes & ~kReadOnly)) old_attributes_ = attributes;
-  }
-  WritableForNow(const WritableForNow&) = delete;
-  WritableForNow& operator=(const WritableForNow&) = delete;
-  ~WritableForNow() {
-    if (old_attributes_ != 0) SetAttributes(path_, old_attributes_);
-  }
-
-  bool HasChanged() const { return old_attributes_ != 0; }
-  void Keep() { old_attributes_ = 0; }
-
- private:
-  std::wstring path_;
-  DWORD old_attributes_ = 0;
-};
-
 // Runs an action on a file that the system refuses to touch while it is read-only.
 template <typename Action>
 ports::Status DespiteReadOnly(const std::wstring& path, Action action) {
@@ -178,7 +123,7 @@ class WindowsFileSystem final : public ports::FileSystem {
   char Separator() const override { return '\\'; }
 
   ports::Outcome<ports::FileFacts> Examine(const std::string& path) override {
-    const std::wstring native = Native(path);
+    const std::wstring native = NativePath(path);
     WIN32_FILE_ATTRIBUTE_DATA found{};
     if (!GetFileAttributesExW(native.c_str(), GetFileExInfoStandard, &found)) {
       const ports::SystemCode code = LastError();
@@ -198,7 +143,7 @@ class WindowsFileSystem final : public ports::FileSystem {
     if (mode == ports::FileMode::kWriteNew) disposition = CREATE_ALWAYS;
     if (mode == ports::FileMode::kCreateNew) disposition = CREATE_NEW;
     // A file that is being written is not read: it is not whole yet.
-    UniqueFileHandle handle(CreateFileW(Native(path).c_str(), access, FILE_SHARE_READ, nullptr,
+    UniqueFileHandle handle(CreateFileW(NativePath(path).c_str(), access, FILE_SHARE_READ, nullptr,
                                         disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!handle) return ports::Outcome<std::unique_ptr<ports::File>>::Failure(LastError());
     return ports::Outcome<std::unique_ptr<ports::File>>::Success(
@@ -208,7 +153,7 @@ class WindowsFileSystem final : public ports::FileSystem {
   ports::Outcome<std::vector<ports::FolderEntry>> List(const std::string& folder) override {
     using Result = ports::Outcome<std::vector<ports::FolderEntry>>;
     if (folder.empty()) return Result::Failure(ERROR_PATH_NOT_FOUND);
-    const std::wstring all = Native(folder + "\\*");
+    const std::wstring all = NativePath(folder + "\\*");
     WIN32_FIND_DATAW found{};
     const Search search(FindFirstFileW(all.c_str(), &found));
     if (!search) {
@@ -229,21 +174,21 @@ class WindowsFileSystem final : public ports::FileSystem {
   }
 
   ports::Status CreateFolder(const std::string& path) override {
-    return StatusOf(CreateDirectoryW(Native(path).c_str(), nullptr));
+    return StatusOf(CreateDirectoryW(NativePath(path).c_str(), nullptr));
   }
 
   ports::Status RemoveFolder(const std::string& path) override {
-    return StatusOf(RemoveDirectoryW(Native(path).c_str()));
+    return StatusOf(RemoveDirectoryW(NativePath(path).c_str()));
   }
 
   ports::Status RemoveFile(const std::string& path) override {
-    const std::wstring native = Native(path);
+    const std::wstring native = NativePath(path);
     return DespiteReadOnly(native, [&] { return ::DeleteFileW(native.c_str()); });
   }
 
   ports::Status Rename(const std::string& from, const std::string& to) override {
-    const std::wstring source = Native(from);
-    const std::wstring target = Native(to);
+    const std::wstring source = NativePath(from);
+    const std::wstring target = NativePath(to);
     return DespiteReadOnly(target, [&] {
       return ::MoveFileExW(source.c_str(), target.c_str(),
                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
@@ -252,11 +197,11 @@ class WindowsFileSystem final : public ports::FileSystem {
 
   ports::Status RenameToFree(const std::string& from, const std::string& to) override {
     return StatusOf(
-        ::MoveFileExW(Native(from).c_str(), Native(to).c_str(), MOVEFILE_WRITE_THROUGH));
+        ::MoveFileExW(NativePath(from).c_str(), NativePath(to).c_str(), MOVEFILE_WRITE_THROUGH));
   }
 
   ports::Status SetReadOnly(const std::string& path, bool read_only) override {
-    const std::wstring native = Native(path);
+    const std::wstring native = NativePath(path);
     const DWORD old = GetFileAttributesW(native.c_str());
     if (old == INVALID_FILE_ATTRIBUTES) return ports::Status::Failure(LastError());
     const DWORD attributes = read_only ? old | kReadOnly : old & ~kReadOnly;
@@ -266,9 +211,9 @@ class WindowsFileSystem final : public ports::FileSystem {
 
   ports::Status CopyAttributes(const std::string& source, const std::string& target) override {
     WIN32_FILE_ATTRIBUTE_DATA found{};
-    if (!GetFileAttributesExW(Native(source).c_str(), GetFileExInfoStandard, &found))
+    if (!GetFileAttributesExW(NativePath(source).c_str(), GetFileExInfoStandard, &found))
       return ports::Status::Failure(LastError());
-    const std::wstring native = Native(target);
+    const std::wstring native = NativePath(target);
     UniqueFileHandle handle(CreateFileW(native.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ,
                                         nullptr, OPEN_EXISTING, 0, nullptr));
     if (!handle) return ports::Status::Failure(LastError());
@@ -283,7 +228,7 @@ class WindowsFileSystem final : public ports::FileSystem {
   }
 
   ports::Outcome<std::string> FollowLinks(const std::string& path) override {
-    const std::wstring native = Native(path);
+    const std::wstring native = NativePath(path);
     const DWORD attributes = GetFileAttributesW(native.c_str());
     const bool is_link =
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;

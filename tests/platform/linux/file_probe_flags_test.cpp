@@ -1,0 +1,47 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+#include "ports/file_probe.h"
+#include "ports/ports.h"
+#include "tests/support/sandbox.h"
+
+namespace {
+
+using ports::Hindrance;
+
+bool SetFlags(const std::string& path, int flags) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool is_set = ioctl(file, FS_IOC_SETFLAGS, &flags) == 0;
+  close(file);
+  return is_set;
+}
+
+TEST(LinuxFileProbe, AnImmutableFileIsProtectedAndAPipeIsNoFile) {
+  const tests::Sandbox sandbox;
+  ports::FileProbe& probe = *ports::CurrentPorts().file_probe;
+  const std::string pipe = sandbox.Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(probe.Examine(pipe, ports::Replacement::kRemoval).hindrance, Hindrance::kOther);
+  const std::string link = sandbox.Path("link");
+  ASSERT_EQ(symlink("/", link.c_str()), 0);
+  EXPECT_EQ(probe.Examine(link, ports::Replacement::kRemoval).hindrance, Hindrance::kNone)
+      << "the link itself is replaced";
+  const std::string file = sandbox.Write("файл", "x");
+  for (const int flag : {FS_IMMUTABLE_FL, FS_APPEND_FL}) {
+    if (!SetFlags(file, flag)) GTEST_SKIP() << "only root may set these flags, on some disks";
+    EXPECT_EQ(probe.Examine(file, ports::Replacement::kRenameOver).hindrance,
+              Hindrance::kProtected);
+    EXPECT_EQ(unlink(file.c_str()), -1);
+    EXPECT_EQ(probe.MeaningOf(errno), Hindrance::kProtected);
+    ASSERT_TRUE(SetFlags(file, 0));
+  }
+}
+
+}  // namespace
