@@ -42,11 +42,6 @@ inline std::string NoTempFolder(const std::string& folder) {
          "настройках Windows указан неверный путь к временной папке.";
 }
 
-inline std::string FolderNotWritable(const std::string& folder, const std::string& reason) {
-  return "Невозможно заменить файлы в папке " + Quoted(folder) + ":\r\n" + reason +
-         "\r\nВозможно, у текущего пользователя нет необходимых прав. Ничего не изменено.";
-}
-
 // The digest.
 inline constexpr const char* kGettingVersion = "Получение номера текущей версии...";
 inline constexpr const char* kDigestEmpty = "Файл с информацией о версии пуст.";

@@ -1,17 +1,12 @@
 #include "engine/installation.h"
 
 #include <algorithm>
-#include <set>
 #include <string>
-#include <utility>
 
-#include "database/access_helpers.h"
-#include "database/database_paths.h"
 #include "engine/engine_texts.h"
+#include "engine/installed_files.h"
 #include "engine/interruption_mark.h"
 #include "engine/registration.h"
-#include "foundation/api_errors.h"
-#include "foundation/encodings.h"
 #include "foundation/file_utils.h"
 #include "ports/clock.h"
 #include "ports/file_system.h"
@@ -23,23 +18,8 @@ namespace tmw {
 namespace {
 
 constexpr std::int32_t kAfterUnregistering = 10;  // milliseconds
-constexpr const char* kProbeFile = "TmWebUpdate.probe";
-constexpr const char* kScriptEnding = ".tms";
-constexpr const char* kScriptCompanionEnding = ".xml";
 
-std::string InstalledPath(const WuFileNode& file) {
-  return JoinPath(file.Folder, file.OrigName);
-}
-
-// Beside a script of the product lies its description under the same base name. No release delivers
-// it; it is deleted with the script.
-void DeleteScriptCompanion(const WuFileNode& file) {
-  if (!LowerCase(file.OrigName).ends_with(kScriptEnding)) return;
-  DeleteFile(JoinPath(file.Folder, SplitFileName(file.OrigName).Name + kScriptCompanionEnding),
-             true);
-}
-
-void UninstallFile(const WuFileNode& file) {
+void UninstallFile(const WuFileNode& file, const Manifest& manifest) {
   const std::string installed = InstalledPath(file);
   if (IsFileExists(installed)) {
     if (file.IsCom) {
@@ -48,7 +28,7 @@ void UninstallFile(const WuFileNode& file) {
     }
     DeleteFileRepeatedly(installed);
   }
-  DeleteScriptCompanion(file);
+  if (const auto companion = ScriptCompanion(file, manifest)) DeleteFile(*companion, true);
 }
 
 bool InstallFile(const ReleasePaths& release, const WuFileNode& file) {
@@ -68,27 +48,6 @@ bool InstallFile(const ReleasePaths& release, const WuFileNode& file) {
   return !file.IsCom || DoRegisterDll(installed, false);
 }
 
-// The folder, or the nearest one above it that exists.
-std::string ExistingPart(std::string folder) {
-  while (!IsFolderExists(folder)) {
-    std::string above = SplitFileName(folder).Folder;
-    if (above.empty() || above == folder) break;
-    folder = std::move(above);
-  }
-  return folder;
-}
-
-ports::Status TryToWrite(const std::string& folder) {
-  ports::FileSystem& files = *ports::CurrentPorts().files;
-  const std::string probe = JoinPath(folder, kProbeFile);
-  static_cast<void>(files.RemoveFile(probe));
-  const auto opened = files.Open(probe, ports::FileMode::kCreateNew);
-  if (!opened) return ports::Status::Failure(opened.code);
-  const ports::Status closed = opened.value->Close();
-  const ports::Status removed = files.RemoveFile(probe);
-  return closed ? removed : closed;
-}
-
 void CleanupFolder(const std::string& folder) {
   if (folder.empty() || !IsFolderExists(folder)) return;
   DeleteFiles(JoinPath(folder, "*.*"), true);
@@ -98,30 +57,12 @@ void CleanupFolder(const std::string& folder) {
 
 }  // namespace
 
-bool CanReplaceFiles(const std::vector<WuFileNode>& files, bool is_client) {
-  std::set<std::string> folders;
-  for (const WuFileNode& file : files) {
-    if (file.NeedUpdate) folders.insert(ExistingPart(file.Folder));
-  }
-  if (!is_client) {
-    folders.insert(SplitFileName(database_utils::GetUserDBFileName()).Folder);
-    folders.insert(SplitFileName(UserDatabasePlace()).Folder);
-  }
-  for (const std::string& folder : folders) {
-    const ports::Status written = TryToWrite(folder);
-    if (written) continue;
-    DownloadError(engine_texts::FolderNotWritable(folder, GetApiErrorText(written.code, "")));
-    return false;
-  }
-  return true;
-}
-
 bool Installation::UninstallOldFiles() {
   MarkInstallation(release_, manifest_.VersionID);
   return HandleFiles(
       engine_texts::kRemovingOld, [](const WuFileNode& file) { return file.NeedUpdate; },
-      [](const WuFileNode& file) {
-        UninstallFile(file);
+      [this](const WuFileNode& file) {
+        UninstallFile(file, manifest_);
         return true;
       });
 }

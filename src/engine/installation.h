@@ -9,11 +9,6 @@
 
 namespace tmw {
 
-// Decides before the download whether the installation can write to all folders concerned: those of
-// the files that need an update and, unless on a client, those of the user database. Returns false
-// after reporting the first one that cannot be written to. Nothing is changed.
-bool CanReplaceFiles(const std::vector<WuFileNode>& files, bool is_client);
-
 // Replaces the program files of a release by the loaded ones. From the first removal until clean-up
 // the installation is marked as under way. Nothing here can be cancelled.
 class Installation {

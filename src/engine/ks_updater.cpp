@@ -7,6 +7,7 @@
 #include "engine/interruption_mark.h"
 #include "engine/product_version_check.h"
 #include "engine/run_messages.h"
+#include "engine/target_look.h"
 #include "engine/update_list.h"
 #include "engine/user_database.h"
 #include "foundation/error_handling.h"
@@ -55,7 +56,7 @@ bool KsUpdater::RunStages() {
   if (!BuildUpdateList()) return false;
   if (events_.CancelPressed()) return false;
   if (!HasWork()) return false;
-  if (!CanReplaceFiles(manifest_.Files, is_client_)) return false;
+  if (!LookAtTargets()) return false;
   if (!AskForDownload(need_.DownloadVolume)) return false;
   events_.OnSetIcon("download");
   if (!CreateDownloadingFolder()) return false;
@@ -63,6 +64,7 @@ bool KsUpdater::RunStages() {
   if (!DownloadNecessaryFiles()) return false;
   if (events_.CancelPressed()) return false;
   if (!BuildDatabases()) return false;
+  if (!LookAtTargets()) return false;
   events_.OnSetIcon("trash");
   events_.OnSetButtonMode(0);
   if (!UninstallOldFiles()) return false;
@@ -88,6 +90,10 @@ bool KsUpdater::ReplaceUpdater() {
 bool KsUpdater::HasWork() {
   // An interrupted installation is completed even if every file already is the new one.
   return IsInstallationInterrupted(temp_dir_) || tmw::HasWork(need_, is_client_);
+}
+
+bool KsUpdater::LookAtTargets() {
+  return IsWayClear(PlanLook(manifest_, is_client_));
 }
 
 bool KsUpdater::BuildDatabases() {

@@ -48,6 +48,7 @@ class KsUpdater {
   bool DownloadAndParseManifest();
   bool BuildUpdateList();
   bool HasWork();
+  bool LookAtTargets();
   bool CreateDownloadingFolder();
   bool DownloadNecessaryFiles();
   bool BuildDatabases();

@@ -62,6 +62,7 @@ inline constexpr std::string_view kDefaultRootPath = "c:\\Program Files\\Kestrel
 
 // The installation.
 inline constexpr std::string_view kProgramFolder = "tm";
+inline constexpr std::string_view kUpdaterProgram = "TmWebUpdate";  // and the system's ending
 inline constexpr std::string_view kNetworkMarkMask = "client*.cln";
 inline constexpr std::string_view kUserDatabase = "Tamrin.mdb";
 

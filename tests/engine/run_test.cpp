@@ -137,11 +137,14 @@ TEST_F(RunTest, ASpoiledLoadedFileIsFetchedAgain) {
 TEST_F(RunTest, AnInterruptedInstallationIsFinishedThoughAllFilesAreNew) {
   release_.files = {{"one", "1", "{p}"}, {"two", "2", "{p}sub"}};
   Publish();
-  sandbox_.Write("Продукт/sub", "a file where a folder must be");
+  on_line_ = [&](const std::string& line) {
+    if (line == "icon install") sandbox_.Write("Продукт/sub", "a file where a folder must be");
+  };
   ASSERT_EQ(Run().size(), 2U);
   EXPECT_TRUE(front_end_.log[1].starts_with(kError)) << front_end_.log[1];
   EXPECT_FALSE(updated_);
   EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/R 3.6.0.2/_Installing.txt"), "R 3.6.0.2");
+  on_line_ = nullptr;
   std::filesystem::remove(ToPath(Path("Продукт/sub")));
   sandbox_.Write("Продукт/sub/two", "2");
   front_end_.answers = {true};
