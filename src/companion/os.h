@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "foundation/encodings.h"
+
 // What the companion library asks of the system. Paths are UTF-8. A failing call returns the
 // system's own error code.
 namespace companion::os {
@@ -22,6 +24,11 @@ ErrorCode LastErrorCode();
 // Codes for causes that are ours, not the system's.
 ErrorCode DamagedDataCode();
 ErrorCode OutOfMemoryCode();
+
+// The interface's 8-bit paths and names to UTF-8 and back: in the code page on Windows, UTF-8 on
+// Linux whatever the page.
+std::string FromNarrow(tmw::CodePage page, const char* text);
+std::string ToNarrow(tmw::CodePage page, const std::string& text);
 
 // A regular file for random reading. Devices, pipes and folders are not opened.
 class ReadableFile {

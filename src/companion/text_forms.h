@@ -5,17 +5,18 @@
 #include <string>
 #include <string_view>
 
+#include "companion/os.h"
 #include "foundation/encodings.h"
 
 // Converts the three text forms of the interface to UTF-8 and back. Null is an empty text.
 namespace companion {
 
 inline std::string FromAnsi(const char* text) {
-  return text == nullptr ? "" : tmw::CodePageToUtf8(tmw::CodePage::k1251, text);
+  return text == nullptr ? "" : os::FromNarrow(tmw::CodePage::k1251, text);
 }
 
 inline std::string FromOem(const char* text) {
-  return text == nullptr ? "" : tmw::CodePageToUtf8(tmw::CodePage::k866, text);
+  return text == nullptr ? "" : os::FromNarrow(tmw::CodePage::k866, text);
 }
 
 inline std::string FromUnits(const char16_t* text) {
@@ -32,7 +33,7 @@ void PutText(Character (&field)[kSize], std::basic_string_view<Character> text) 
 
 template <std::size_t kSize>
 void PutOem(char (&field)[kSize], const std::string& text) {
-  PutText<char>(field, tmw::Utf8ToCodePage(tmw::CodePage::k866, text));
+  PutText<char>(field, os::ToNarrow(tmw::CodePage::k866, text));
 }
 
 template <std::size_t kSize>

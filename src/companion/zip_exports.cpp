@@ -86,7 +86,7 @@ std::optional<zip::ZipSettings> Settings(const ports::ZpOptions& options) {
 }
 
 std::string ToAnsi(const std::string& text) {
-  return tmw::Utf8ToCodePage(tmw::CodePage::k1251, text);
+  return os::ToNarrow(tmw::CodePage::k1251, text);
 }
 
 zip::ZipListeners Listeners(const ports::ZpFunctions& functions) {

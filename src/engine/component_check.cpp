@@ -2,7 +2,6 @@
 
 #include "engine/engine_texts.h"
 #include "foundation/api_errors.h"
-#include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "packages/companion_functions.h"
@@ -31,8 +30,8 @@ const char* FindFault(const std::string& file, std::int32_t length, const std::s
 using IntegrityCheck = std::int32_t(COMPANION_CALL*)(const char* path);
 
 ports::Status CheckIntegrity(IntegrityCheck check, const std::string& file) {
-  const std::string ansi_name = Utf8ToCodePage(CodePage::k1251, file);
-  const std::int32_t result = check(ansi_name.c_str());
+  const std::string name = ports::CurrentPorts().companion->NarrowPath(file);
+  const std::int32_t result = check(name.c_str());
   const ports::SystemCode code = ports::CurrentPorts().companion->LastError();
   return result != 0 ? ports::Status::Success() : ports::Status::Failure(code);
 }

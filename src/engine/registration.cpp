@@ -5,11 +5,11 @@
 #include "engine/engine_texts.h"
 #include "foundation/api_errors.h"
 #include "foundation/contract_names.h"
-#include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "packages/companion_functions.h"
+#include "ports/companion_library.h"
 #include "ports/ports.h"
 #include "ports/system_info.h"
 #include "services/message_boxes.h"
@@ -52,8 +52,8 @@ bool Change(const Direction& direction, const std::string& file, bool is_quiet) 
       RunProcess("", Quoted(tool) + direction.tool_options + Quoted(file), "", true, 0) == 0) {
     return true;
   }
-  const std::string ansi_name = Utf8ToCodePage(CodePage::k1251, file);
-  const std::int32_t code = (CompanionFunctions().*direction.call)(ansi_name.c_str());
+  const std::string name = ports::CurrentPorts().companion->NarrowPath(file);
+  const std::int32_t code = (CompanionFunctions().*direction.call)(name.c_str());
   if (code == 0) return true;
   if (!is_quiet) DownloadError(direction.failed(file, code, GetApiErrorText(code, "")));
   return false;

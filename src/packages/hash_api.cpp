@@ -22,8 +22,8 @@ std::string GetFileHash(const std::string& file_name) try {
   const std::int32_t length = functions.Sha256_GetHashLength();
   if (length <= 0) return {};
   std::vector<std::uint8_t> digest(static_cast<std::size_t>(length));
-  const std::string ansi_name = Utf8ToCodePage(CodePage::k1251, file_name);
-  const std::int32_t result = functions.Sha256_GetFileHash(ansi_name.c_str(), digest.data());
+  const std::string name = ports::CurrentPorts().companion->NarrowPath(file_name);
+  const std::int32_t result = functions.Sha256_GetFileHash(name.c_str(), digest.data());
   const ports::SystemCode code = ports::CurrentPorts().companion->LastError();
   if (result != 1) RaiseApiErrorWithMessage(packages_texts::HashingFailed(file_name), code);
   return GetHashString(digest);

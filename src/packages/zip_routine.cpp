@@ -15,17 +15,13 @@
 namespace tmw {
 namespace {
 
-std::string ToAnsi(const std::string& text) {
-  return Utf8ToCodePage(CodePage::k1251, text);
-}
-
 // Asks the user and puts the answer into the library's buffer; returns -1 if they cancel.
 int AskInto(char* buffer, std::size_t size, const char* prompt, bool is_secret) noexcept try {
   if (buffer == nullptr || size == 0) return -1;
   const auto answer =
       ports::CurrentPorts().front_end->AskText(box_titles::kUpdaterProgram, prompt, is_secret);
   if (!answer) return -1;
-  const std::string ansi = ToAnsi(*answer);
+  const std::string ansi = Utf8ToCodePage(CodePage::k1251, *answer);
   const std::size_t length = std::min(ansi.size(), size - 1);
   std::copy_n(ansi.begin(), length, buffer);
   buffer[length] = '\0';
@@ -53,13 +49,13 @@ int COMPANION_CALL OnService(const char* /*name*/, std::uint32_t /*size*/) {
 }
 
 // The record points to these 8-bit texts: they must outlive the call that takes it.
-struct AnsiTexts {
+struct NarrowTexts {
   std::string date;
   std::string root_folder;
   std::string temporary_folder;
 };
 
-ports::ZpOptions MakeOptions(const TmZipper& zipper, const AnsiTexts& texts) {
+ports::ZpOptions MakeOptions(const TmZipper& zipper, const NarrowTexts& texts) {
   ports::ZpOptions options{};
   options.Date = texts.date.c_str();
   options.RootDir = texts.root_folder.c_str();
@@ -100,24 +96,26 @@ ports::ZpOptions MakeOptions(const TmZipper& zipper, const AnsiTexts& texts) {
 }  // namespace
 
 std::int32_t RunZipRoutine(const TmZipper& zipper) {
-  const auto loaded = ports::CurrentPorts().companion->Load();
+  ports::CompanionLibrary& companion = *ports::CurrentPorts().companion;
+  const auto loaded = companion.Load();
   ports::ZpFunctions callbacks{OnPrint, OnComment, OnPassword, OnService};
   if (!loaded || loaded.value->ZpInit(&callbacks) == 0) {
     ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning, box_titles::kError,
                                                  packages_texts::kNoLibrary);
     return ports::kZipInternal;
   }
-  const AnsiTexts texts{ToAnsi(zipper.ZipDate), ToAnsi(zipper.RootDir), ToAnsi(zipper.TempDir)};
+  const NarrowTexts texts{zipper.ZipDate, companion.NarrowPath(zipper.RootDir),
+                          companion.NarrowPath(zipper.TempDir)};
   ports::ZpOptions options = MakeOptions(zipper, texts);
   loaded.value->ZpSetOptions(&options);
 
-  std::vector<std::string> ansi_names;
+  std::vector<std::string> narrow_names;
   for (const std::string& name : zipper.FileNames())
-    ansi_names.push_back(ToAnsi(name));
+    narrow_names.push_back(companion.NarrowPath(name));
   std::vector<const char*> names;
-  for (const std::string& name : ansi_names)
+  for (const std::string& name : narrow_names)
     names.push_back(name.c_str());
-  const std::string zip_name = ToAnsi(zipper.ZipFileName);
+  const std::string zip_name = companion.NarrowPath(zipper.ZipFileName);
   return loaded.value->ZpArchive(
       {static_cast<std::int32_t>(names.size()), zip_name.c_str(), names.data()});
 }

@@ -7,7 +7,8 @@
 // Both sides of the boundary include it: the library itself and the program's port that loads it.
 //
 // 8-bit texts come in three forms: archive names in code page 866, passwords, zip names and file
-// names in code page 1251. 16-bit texts are UTF-16 units on both systems.
+// names in code page 1251; on Linux every path and name is UTF-8 instead. 16-bit texts are UTF-16
+// units on both systems.
 #ifdef _WIN32
 #define COMPANION_CALL __stdcall
 #else
@@ -239,7 +240,8 @@ COMPANION_SIZE(ZpCommand, 12, 24);
 
 using RarHandle = void*;
 
-// The entry points that the program calls. Functions with a path take it in code page 1251.
+// The entry points that the program calls. Functions with a path take it as
+// CompanionLibrary::NarrowPath gives it.
 struct EntryPoints {
   RarHandle(COMPANION_CALL* RAROpenArchiveEx)(RAROpenArchiveDataEx* record);
   int(COMPANION_CALL* RARReadHeaderEx)(RarHandle handle, RARHeaderDataEx* header);

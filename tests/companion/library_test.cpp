@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "foundation/encodings.h"
 #include "packages/companion_functions.h"
 #include "platform/factories.h"
 #include "ports/file_system.h"
@@ -52,7 +51,7 @@ TEST(CompanionLibrary, IntegrityDataIsCheckedByBothFunctions) {
   const ports::EntryPoints& functions = tmw::CompanionFunctions();
   for (const auto& test : kCases) {
     sandbox.Write("file", test.bytes);
-    const std::string path = tmw::Utf8ToCodePage(tmw::CodePage::k1251, sandbox.Path("file"));
+    const std::string path = ports::CurrentPorts().companion->NarrowPath(sandbox.Path("file"));
     for (const auto function : {functions.Sha256_GetFileCrc, functions.Sha256_GetFileCrcEx}) {
       const bool intact = function(path.c_str()) != 0;
       const ports::SystemCode code = ports::CurrentPorts().companion->LastError();
@@ -72,7 +71,7 @@ TEST(CompanionLibrary, RegistrationHandsOnWhatTheLibrarySays) {
   EXPECT_EQ(functions.UnregisterDll(TMW_REGISTERING_LIBRARY), 5);
   EXPECT_NE(functions.RegisterDll("none.dll"), 0);
   const std::string path =
-      tmw::Utf8ToCodePage(tmw::CodePage::k1251, sandbox.Write("a.dll", "text"));
+      ports::CurrentPorts().companion->NarrowPath(sandbox.Write("a.dll", "text"));
   EXPECT_NE(functions.RegisterDll(path.c_str()), 0);
 }
 

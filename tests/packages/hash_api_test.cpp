@@ -6,6 +6,7 @@
 
 #include "sha256/sha256.h"
 #include "tests/support/caught.h"
+#include "tests/support/environment.h"
 #include "tests/support/sandbox.h"
 
 namespace tests {
@@ -22,6 +23,18 @@ TEST(HashApi, FileAndArrayOfTheSameBytesHaveOneText) {
   }
   EXPECT_EQ(GetFileHash(sandbox.Write("empty", "")),
             "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+}
+
+TEST(HashApi, FilesAreFoundWhateverTheirPathLooksLike) {
+  Sandbox sandbox;
+  const std::string deep = std::string(90, 'a') + "/" + std::string(90, 'b') + "/";
+  std::vector<std::string> names = {"f", deep + "f", deep + ".//./f"};
+  // There the library has no other form of a path than its bytes.
+  if (!kOnWindows) names.insert(names.end(), {"Әлия/Müller", "漢字 ™Ж"});
+  for (const std::string& name : names) {
+    sandbox.Write(name, "x");
+    EXPECT_EQ(GetFileHash(sandbox.Path(name)), GetFileHash(sandbox.Write("x", "x"))) << name;
+  }
 }
 
 TEST(HashApi, ATextIsHashedAsItsUtf16Units) {

@@ -147,6 +147,7 @@ struct CarelessLibrary final : ports::CompanionLibrary {
     return ports::Outcome<const ports::EntryPoints*>::Success(&entries);
   }
   std::string Path() const override { return {}; }
+  std::string NarrowPath(const std::string& path) const override { return path; }
   ports::SystemCode LastError() const override { return 0; }
 };
 

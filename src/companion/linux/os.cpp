@@ -129,6 +129,13 @@ ErrorCode OutOfMemoryCode() {
   return ENOMEM;
 }
 
+std::string FromNarrow(tmw::CodePage /*page*/, const char* text) {
+  return text;
+}
+std::string ToNarrow(tmw::CodePage /*page*/, const std::string& text) {
+  return text;
+}
+
 std::unique_ptr<ReadableFile> OpenForReading(const std::string& path, ErrorCode& error) {
   // Without O_NONBLOCK the opening of a pipe would wait for its writer.
   Descriptor fd(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));

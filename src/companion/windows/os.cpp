@@ -30,12 +30,24 @@ std::wstring Wide(const std::string& path) {
   return {units.begin(), units.end()};
 }
 
-// A path for system calls. Long absolute paths need the prefix that switches their limit off.
+// An ordinary path cannot create folders beyond this length (an 8.3 name must still fit).
+constexpr std::size_t kLongPath = 240;
+
+// A path for system calls; empty if it is no path. A long one needs the prefix that switches the
+// limit off, and behind that prefix the system takes "." and doubled separators for names.
 std::wstring SystemPath(const std::string& path) {
-  std::wstring wide = Wide(path);
-  std::replace(wide.begin(), wide.end(), L'/', L'\\');
-  if (wide.size() >= 240 && wide.size() > 2 && wide[1] == L':') wide.insert(0, L"\\\\?\\");
-  return wide;
+  const std::wstring wide = Wide(path);
+  std::wstring full(MAX_PATH, L'\0');
+  for (bool fits = false; !fits;) {
+    const DWORD length =
+        GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+    fits = length < full.size();
+    full.resize(length);
+  }
+  if (full.size() < kLongPath || full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\"))
+    return full;
+  if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC" + full.substr(1);
+  return L"\\\\?\\" + full;
 }
 
 constexpr std::int64_t kUnixEpoch = 11644473600;  // seconds from 1601 to 1970
@@ -187,6 +199,13 @@ ErrorCode DamagedDataCode() {
 }
 ErrorCode OutOfMemoryCode() {
   return ERROR_NOT_ENOUGH_MEMORY;
+}
+
+std::string FromNarrow(tmw::CodePage page, const char* text) {
+  return tmw::CodePageToUtf8(page, text);
+}
+std::string ToNarrow(tmw::CodePage page, const std::string& text) {
+  return tmw::Utf8ToCodePage(page, text);
 }
 
 std::unique_ptr<ReadableFile> OpenForReading(const std::string& path, ErrorCode& error) {

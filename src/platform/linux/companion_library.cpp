@@ -43,6 +43,7 @@ class LinuxCompanionLibrary final : public ports::CompanionLibrary {
   }
 
   std::string Path() const override { return path_; }
+  std::string NarrowPath(const std::string& path) const override { return path; }
   ports::SystemCode LastError() const override { return errno; }
 
  private:

@@ -48,6 +48,7 @@ class WindowsCompanionLibrary final : public ports::CompanionLibrary {
   }
 
   std::string Path() const override { return path_; }
+  std::string NarrowPath(const std::string& path) const override { return ToAnsi(path); }
   ports::SystemCode LastError() const override { return platform::LastError(); }
 
  private:
