@@ -23,6 +23,7 @@ class NoWaits final : public ports::Clock {
  public:
   void Sleep(std::int32_t /*milliseconds*/) override {}
   std::int64_t TickCount() override { return 0; }
+  std::int64_t UtcSeconds() override { return 0; }
 };
 
 class SilentEvents final : public tmw::UpdaterEvents {

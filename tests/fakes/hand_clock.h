@@ -13,6 +13,7 @@ class HandClock final : public ports::Clock {
   std::vector<std::int32_t> sleeps;
   std::int64_t now = 0;
   std::int64_t step = 0;  // each reading advances the clock
+  std::int64_t utc = 1'795'348'800;  // 2026-11-22, noon
   std::function<void()> on_sleep;
 
   void Sleep(std::int32_t milliseconds) override {
@@ -22,6 +23,8 @@ class HandClock final : public ports::Clock {
   }
 
   std::int64_t TickCount() override { return now += step; }
+
+  std::int64_t UtcSeconds() override { return utc; }
 };
 
 }  // namespace tests

@@ -26,6 +26,8 @@ class LinuxClock final : public ports::Clock {
     clock_gettime(CLOCK_MONOTONIC, &now);
     return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / kNanosecondsPerMillisecond;
   }
+
+  std::int64_t UtcSeconds() override { return std::int64_t{std::time(nullptr)}; }
 };
 
 }  // namespace

@@ -13,6 +13,16 @@ class WindowsClock final : public ports::Clock {
   }
 
   std::int64_t TickCount() override { return static_cast<std::int64_t>(GetTickCount64()); }
+
+  // Not by the C library, whose time ends in 2038 in 32-bit programs.
+  std::int64_t UtcSeconds() override {
+    constexpr std::int64_t kTicksPerSecond = 10'000'000;
+    constexpr std::int64_t kFrom1601To1970 = 11'644'473'600;  // seconds
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    const std::int64_t ticks = std::int64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime;
+    return ticks / kTicksPerSecond - kFrom1601To1970;
+  }
 };
 
 }  // namespace
