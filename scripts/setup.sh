@@ -7,20 +7,20 @@ packages=(
   # building
   g++ cmake make ninja-build ccache git pkg-config clang-format
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
-  libcurl4-openssl-dev libcxxopts-dev libsqlite3-dev libxml2-dev zlib1g-dev
+  libcurl4-openssl-dev libcxxopts-dev libsodium-dev libsqlite3-dev libxml2-dev zlib1g-dev
   googletest libbenchmark-dev nlohmann-json3-dev
   # the windows: Qt, and the pictures of both front ends
   qt6-base-dev librsvg2-bin
   # screenshots, and clicks into the windows
   fonts-dejavu-core fonts-wine imagemagick openbox xvfb
-  # SQLite for the Windows tests is built from its source package
-  tcl xz-utils
+  # SQLite and libsodium for Windows are built from their source packages
+  patch tcl xz-utils
   # running the Windows programs
   wine wine64 locales
   # servers of the tests
   nginx-light openssl python3 python3-pyftpdlib tinyproxy
   # judges of what we write, and what tests hold locks and processes with
-  bsdutils curl libarchive-tools mdbtools p7zip-full procps sqlite3 unar unzip util-linux
+  bsdutils curl libarchive-tools mdbtools minisign p7zip-full procps sqlite3 unar unzip util-linux
   # fuzzing
   clang libclang-rt-14-dev
 )
