@@ -99,8 +99,9 @@ bool SelfUpdate::CopyToTempFolderAndRestart(const std::string& product_code,
   events_.OnSetSubAction("");
   std::string temp_dir;
   if (!CreateTempDir(product_code, temp_dir)) return false;
-  std::string program = JoinPath(".", SplitFileName(OwnProcess().OwnProgram()).FileName());
-  std::string library = JoinPath(".", CompanionFileName());
+  const SplitName own = SplitFileName(OwnProcess().OwnProgram());
+  std::string program = JoinPath(own.Folder, own.FileName());
+  std::string library = JoinPath(own.Folder, CompanionFileName());
   if (!CopyModuleToTempFolder(program, temp_dir) || !CopyModuleToTempFolder(library, temp_dir))
     return false;
   events_.OnSetMainAction(engine_texts::kRestarting);
@@ -118,7 +119,7 @@ bool SelfUpdate::CopyModuleToTempFolder(std::string& module, const std::string& 
   const std::string name = SplitFileName(module).FileName();
   events_.OnSetSubAction(engine_texts::CopyingFile(name));
   if (!IsFileExists(module)) {
-    DownloadError(engine_texts::OwnFileMissing(module));
+    DownloadError(engine_texts::OwnFileMissing(JoinPath(".", name)));
     return false;
   }
   const std::string copy = JoinPath(temp_dir, name);

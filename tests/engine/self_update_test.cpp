@@ -17,10 +17,13 @@ class SelfUpdateTest : public RunTest {
  protected:
   SelfUpdateTest() {
     std::filesystem::create_directories(ToPath(Path("Продукт/tm")));
-    std::filesystem::current_path(ToPath(Path("Продукт/tm")));
+    // Its files of these names are not the updater's.
+    std::filesystem::current_path(ToPath(sandbox_.Path()));
     processes_.own_program = Path("Продукт/tm/" + program_);
     processes_.own_arguments = "-w http://x/ -e \"Tamrin\"";
     companion_ = tmw::SplitFileName(ports::CurrentPorts().companion->Path()).FileName();
+    for (const std::string& name : {program_, companion_})
+      sandbox_.Write(name, "planted");
   }
   ~SelfUpdateTest() override { std::filesystem::current_path(folder_before_); }
 
