@@ -245,7 +245,11 @@ std::vector<std::string> CollectFileNamesInFolder(const std::string& folder,
 
 std::string GetTemporaryFolder() try {
   const auto folder = Files().TemporaryFolder();
-  if (!folder) RaiseApiErrorWithMessage(texts::kNoTemporaryFolder, folder.code);
+  if (!folder) {
+    RaiseApiErrorWithMessage(folder.value.empty() ? texts::kNoTemporaryFolder
+                                                  : texts::TemporaryFolderRefused(folder.value),
+                             folder.code);
+  }
   return folder.value;
 } catch (...) {
   ReRaiseError(kModule, "GetTemporaryFolder");

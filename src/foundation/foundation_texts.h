@@ -37,6 +37,12 @@ inline std::string FailedInto(std::string_view action, const std::string& source
 
 inline constexpr const char* kNoTemporaryFolder = "Ошибка определения временной папки:";
 
+inline std::string TemporaryFolderRefused(const std::string& folder) {
+  return "Временную папку " + Quoted(folder) +
+         " использовать нельзя: она должна принадлежать текущему пользователю и быть закрытой для "
+         "остальных:";
+}
+
 // The system and the program itself.
 inline std::string UnknownApiError(std::int32_t code) {
   return "Неизвестная ошибка API " + std::to_string(code) + " (0x" + ToHex(code) + ")";

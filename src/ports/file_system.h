@@ -107,8 +107,10 @@ class FileSystem {
   virtual Outcome<std::string> MakeAbsolute(const std::string& path) = 0;
 
   // The user's folder for temporary files, without a separator at its end; it need not exist yet.
-  // Linux: $TMPDIR, else a folder of the user's cache, which no other user can prepare and which
-  // outlives a restart of the machine, so that an interrupted update can go on.
+  // Linux: $TMPDIR, else a folder of the user's cache, which outlives a restart of the machine, so
+  // that an interrupted update can go on. Where a group or others may write it is a folder of the
+  // user's own inside, closed to everybody else; one that is somebody else's is refused, and the
+  // value of that failure names it.
   virtual Outcome<std::string> TemporaryFolder() = 0;
 
   // Makes a rename or a creation in that folder durable. Windows: nothing to do.

@@ -20,11 +20,17 @@ struct CreatedMutex {
 };
 
 // Mutexes between processes of one user, found by name ("Local\\Tamrin_Mutex").
-// Windows: CreateMutexA. Linux: an advisory lock (flock) on "<name>.lock" in the user's run-time
-// folder, so that a shell script can hold it with flock(1).
+// Windows: CreateMutexA. Linux: an advisory lock (flock) on "<name>.lock" in a folder of the user's
+// (docs/locks.md), so that a shell script can hold it with flock(1).
 class NamedMutexes {
  public:
   virtual ~NamedMutexes() = default;
+
+  // Makes the place where the mutexes lie, if the system has none of its own for them.
+  virtual Status Prepare() = 0;
+
+  // That place, for messages; empty if it is the system's own.
+  virtual std::string Place() const = 0;
 
   // Creates the mutex or opens the existing one.
   virtual Outcome<CreatedMutex> Create(const std::string& name, bool initial_owner) = 0;

@@ -30,6 +30,14 @@ bool IsRunning(const std::string& mutex_name) {
   return !probe || probe.value.already_existed;
 }
 
+// A place that cannot be made must not look like an application that runs.
+void PreparePlace() {
+  ports::NamedMutexes& mutexes = *ports::CurrentPorts().mutexes;
+  const ports::Status prepared = mutexes.Prepare();
+  if (!prepared)
+    RaiseApiErrorWithMessage(services_texts::NoLockFolder(mutexes.Place()), prepared.code);
+}
+
 bool AskToGoOnWaiting(const std::string& question) {
   return ports::CurrentPorts().front_end->AskYesNo(box_titles::kUpdaterStart, question);
 }
@@ -41,6 +49,7 @@ void SleepOnePoll() {
 }  // namespace
 
 bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& app_title) try {
+  PreparePlace();
   for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
     for (; attempts > 0; --attempts) {
       if (!IsRunning(mutex_name)) return true;
@@ -54,6 +63,7 @@ bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& a
 
 bool LockUpdaterMutex(const std::string& mutex_name) try {
   ReleaseUpdaterLock();
+  PreparePlace();
   for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
     for (; attempts > 0; --attempts) {
       auto created = ports::CurrentPorts().mutexes->Create(mutex_name, true);

@@ -18,7 +18,8 @@ class MutexKeeper {
 };
 
 // Waits, with the user's consent, until no process holds the mutex. Returns false if the user gives
-// up. A mutex that cannot be probed counts as held.
+// up. A mutex that cannot be probed counts as held; a place for mutexes that cannot be made is an
+// error.
 bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& app_title);
 
 // Takes the updater's mutex and keeps it until ReleaseUpdaterLock or the end of the process.

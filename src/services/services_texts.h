@@ -19,6 +19,12 @@ inline std::string SeveralCopies() {
          "обновления.\r\n\r\nПодождать, пока лишние копии программы обновления не будут закрыты?";
 }
 
+inline std::string NoLockFolder(const std::string& folder) {
+  return "Папку блокировок " + Quoted(folder) +
+         " создать или использовать нельзя: она должна принадлежать текущему пользователю и быть "
+         "закрытой для остальных:";
+}
+
 inline std::string MissingSetting(const std::string& path) {
   return "В настройках программы \"Tamrin\" не задан параметр " + Quoted(path) + ".";
 }

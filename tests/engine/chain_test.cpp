@@ -59,6 +59,7 @@ TEST(Chain, FirstCopyTemporaryCopyAndNewerUpdaterDoOneUpdate) {
   const Sandbox sandbox;
   const ClientSettings settings(sandbox);
   const ScopedVariable temporary(kOnWindows ? "TMP" : "TMPDIR", sandbox.Path("tmp"));
+  const ScopedVariable locks("TMW_LOCK_FOLDER", sandbox.Path("locks"));
   const ScopedVariable engine("TMW_TEST_DATABASE_ENGINE", "embedded");
   const std::string companion = ports::CurrentPorts().companion->Path();
   std::string program = sandbox.Path("product/tm/TmWebUpdate");

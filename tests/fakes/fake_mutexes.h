@@ -14,6 +14,8 @@ class FakeMutexes final : public ports::NamedMutexes {
   std::set<std::string> held_by_others;
   std::vector<std::string> log;
 
+  ports::Status Prepare() override { return ports::Status::Success(); }
+  std::string Place() const override { return {}; }
   ports::Outcome<ports::CreatedMutex> Create(const std::string& name, bool initial_owner) override {
     log.push_back((initial_owner ? "own " : "probe ") + name);
     ports::CreatedMutex created;

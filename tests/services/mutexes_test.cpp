@@ -45,7 +45,7 @@ class Mutexes : public testing::Test {
   tests::HandClock clock_;
   tests::ScriptedFrontEnd front_end_;
   tests::Sandbox sandbox_;
-  tests::ScopedVariable run_time_folder_{"XDG_RUNTIME_DIR", sandbox_.Path()};
+  tests::ScopedVariable lock_folder_{"TMW_LOCK_FOLDER", sandbox_.Path()};
   std::string name_ = "Local\\Test_" + std::to_string(std::random_device()());
 };
 

@@ -50,15 +50,14 @@ ports::Status AsFarAsPossible(int returned) {
   return !status && is_refused ? ports::Status::Success() : status;
 }
 
-// In a folder that everybody may write to, another user could have planted files or links.
+// Where others may write they could have planted files or links: only a folder of this user's own
+// is used there.
 ports::Outcome<std::string> PrivatePartOf(std::string folder) {
-  struct stat facts {};
-  if (stat(folder.c_str(), &facts) != 0 || (facts.st_mode & S_IWOTH) == 0)
-    return ports::Outcome<std::string>::Success(std::move(folder));
-  folder += "/tamrin-" + std::to_string(geteuid());
+  std::string existing = ExistingPartOf(folder);
+  if (!OthersMayWriteTo(existing)) return ports::Outcome<std::string>::Success(std::move(folder));
+  folder = std::move(existing) + "/tamrin-" + std::to_string(geteuid());
   const ports::SystemCode code = MakeOwnFolder(folder);
-  return code == 0 ? ports::Outcome<std::string>::Success(std::move(folder))
-                   : ports::Outcome<std::string>::Failure(code);
+  return {code == 0, code, std::move(folder)};
 }
 
 ports::FileKind KindOf(mode_t mode) {
@@ -283,7 +282,7 @@ class LinuxFileSystem final : public ports::FileSystem {
       }
       folder += "/.cache";
     }
-    return ports::Outcome<std::string>::Success(folder + "/tamrin");
+    return PrivatePartOf(folder + "/tamrin");
   }
 
   ports::Status FlushFolder(const std::string& folder) override {

@@ -26,6 +26,9 @@ class WindowsNamedMutex final : public ports::NamedMutex {
 
 class WindowsNamedMutexes final : public ports::NamedMutexes {
  public:
+  ports::Status Prepare() override { return ports::Status::Success(); }
+  std::string Place() const override { return {}; }
+
   ports::Outcome<ports::CreatedMutex> Create(const std::string& name, bool initial_owner) override {
     using Result = ports::Outcome<ports::CreatedMutex>;
     const std::string ansi_name = ToAnsi(name);
