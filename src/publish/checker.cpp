@@ -5,13 +5,13 @@
 #include <vector>
 
 #include "foundation/contract_names.h"
-#include "foundation/encodings.h"
 #include "foundation/file_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
 #include "foundation/text.h"
 #include "packages/companion_functions.h"
 #include "packages/rar_archive.h"
+#include "ports/ports.h"
 #include "publish/digest.h"
 #include "publish/fault_texts.h"
 #include "publish/file_tree.h"
@@ -31,7 +31,7 @@ std::int64_t MostBytes(std::int64_t announced) {
 using IntegrityCheck = std::int32_t(COMPANION_CALL*)(const char* path);
 
 bool IsIntact(IntegrityCheck check, const std::string& file) {
-  return check(tmw::Utf8ToCodePage(tmw::CodePage::k1251, file).c_str()) != 0;
+  return check(ports::CurrentPorts().companion->NarrowPath(file).c_str()) != 0;
 }
 
 // Checks one release of a source.

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 
-#include "foundation/encodings.h"
 #include "packages/rar_archive.h"
 #include "ports/ports.h"
 #include "tests/packages/judge.h"
@@ -50,9 +49,9 @@ TEST(StoredRarWriter, OtherReadersReadWhatItWrites) {
                   "' Папка/*); done | uniq -c | grep -q '^ *2 '");
         EXPECT_EQ(same, 0) << folder << ": " << difference;
       }
-      const std::string ansi = Utf8ToCodePage(CodePage::k1251, sandbox.Path("p/package.rar"));
-      EXPECT_EQ(ports::CurrentPorts().companion->Load().value->Sha256_GetFileCrcEx(ansi.c_str()),
-                with_trailer ? 1 : 0);
+      ports::CompanionLibrary& companion = *ports::CurrentPorts().companion;
+      const std::string narrow = companion.NarrowPath(sandbox.Path("p/package.rar"));
+      EXPECT_EQ(companion.Load().value->Sha256_GetFileCrcEx(narrow.c_str()), with_trailer ? 1 : 0);
     }
   }
 }
