@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "foundation/encodings.h"
 #include "jet/file/check_texts.h"
 #include "jet/file/long_value_reader.h"
 #include "jet/file/packed_text.h"
+#include "jet/values/sort_key.h"
 
 namespace jet::file {
 namespace {
@@ -30,7 +30,7 @@ bool HasKnownKey(const ColumnLayout& column, std::string_view stored) {
   if (width != 0) return stored.size() == width;
   if (column.type != ColumnType::kText && column.type != ColumnType::kMemo) return true;
   return column.sort_order == kGeneralOrder &&
-         tmw::TryUtf8ToCodePage(tmw::CodePage::k1251, UnpackText(stored)).has_value();
+         HasKnownOrder(UnpackText(stored));
 }
 
 }  // namespace

@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "foundation/encodings.h"
+#include "jet/values/latin_weights.h"
 #include "jet/values/sort_weights.h"
 
 namespace jet {
@@ -18,7 +20,7 @@ constexpr char kEndOfLevel = 1;
 constexpr char kNoAccent = 2;
 constexpr std::uint8_t kForeignLead = 0xFE;
 
-// The weights by code point, for the two ranges of Unicode that code page 1251 draws from.
+// The weights by code point, for the two ranges of Unicode that have any.
 class WeightTable {
  public:
   WeightTable() {
@@ -29,6 +31,8 @@ class WeightTable {
       const std::size_t place = PlaceOf(unit[0]);
       if (place < weights_.size()) weights_[place] = sort_weights::kWeights[byte];
     }
+    AddLatinLetters();
+    AddSigns();
   }
 
   // Null for a character outside of both ranges.
@@ -41,6 +45,34 @@ class WeightTable {
   static constexpr char32_t kLetters = 0x500;
   static constexpr char32_t kSigns = 0x2000;
   static constexpr char32_t kSignCount = 0x200;
+
+  // Code page 1251 comes first: the small letter of "İ" is "i".
+  void Add(char32_t c, const Weight& weight) {
+    for (const char32_t form : {c, tmw::LowerCaseCodePoint(c)}) {
+      if (weights_[form] == Weight{}) weights_[form] = weight;
+    }
+  }
+
+  void AddLatinLetters() {
+    for (const sort_weights::AccentedLetters& letters : sort_weights::kAccentedLetters) {
+      for (std::size_t i = 0; i < letters.pairs.size(); i += 2)
+        Add(letters.pairs[i], {weights_[letters.pairs[i + 1]].primary, letters.accent, 0});
+    }
+    constexpr std::u16string_view kDouble = sort_weights::kDoubleLetters;
+    for (std::size_t i = 0; i < kDouble.size(); i += 3) {
+      const unsigned first = weights_[kDouble[i + 1]].primary;
+      const unsigned second = weights_[kDouble[i + 2]].primary;
+      Add(kDouble[i], {static_cast<std::uint16_t>(first | (second >> 8U)), 0, 0});
+    }
+  }
+
+  void AddSigns() {
+    for (const sort_weights::SignWeight& sign : sort_weights::kSigns)
+      Add(sign.sign, {sign.primary, sign.accent, 0});
+    std::uint8_t code = sort_weights::kFirstControlCode;
+    for (char32_t c = sort_weights::kFirstControl; c < sort_weights::kEndOfControls; ++c)
+      Add(c, {0, 0, code++});
+  }
 
   static std::size_t PlaceOf(char32_t c) {
     if (c < kLetters) return c;
@@ -84,19 +116,41 @@ bool HasWeight(const Weight& weight) {
   return weight.primary != 0 || weight.ignored_code != 0;
 }
 
-// A number per character that sorts like its primary bytes; 0 at the end of the text. Sets
-// has_later_levels if a character has weights of the later levels.
-std::uint32_t NextPrimary(Reader& reader, bool& has_later_levels) {
-  while (!reader.AtEnd()) {
-    const char32_t c = reader.Next();
-    const Weight* const weight = Weights().Find(c);
-    if (weight == nullptr || (!HasWeight(*weight) && c != 0))
-      return (std::uint32_t{kForeignLead} << 24U) | tmw::LowerCaseCodePoint(c);
-    if (weight->accent != 0 || weight->ignored_code != 0) has_later_levels = true;
-    if (weight->primary != 0) return std::uint32_t{weight->primary} << 16U;
-  }
-  return 0;
+// Whether both bytes are weights of Latin letters.
+bool IsDoubleLetter(std::uint16_t primary) {
+  constexpr unsigned kFirstLetter = 0x4A;
+  constexpr unsigned kBehindLetters = 0x79;
+  const unsigned first = primary >> 8U;
+  return first >= kFirstLetter && first < kBehindLetters && (primary & 0xFFU) >= kFirstLetter;
 }
+
+// The primary weights of a text, one after the other.
+class PrimaryReader {
+ public:
+  explicit PrimaryReader(std::string_view text) : reader_(text) {}
+
+  // A number that sorts like the weight's bytes; 0 at the end of the text. Sets has_later_levels if
+  // a character has weights of the later levels.
+  std::uint32_t Next(bool& has_later_levels) {
+    if (second_letter_ != 0) return std::exchange(second_letter_, 0);
+    while (!reader_.AtEnd()) {
+      const char32_t c = reader_.Next();
+      const Weight* const weight = Weights().Find(c);
+      if (weight == nullptr || (!HasWeight(*weight) && c != 0))
+        return (std::uint32_t{kForeignLead} << 24U) | tmw::LowerCaseCodePoint(c);
+      if (weight->accent != 0 || weight->ignored_code != 0) has_later_levels = true;
+      if (weight->primary == 0) continue;
+      if (!IsDoubleLetter(weight->primary)) return std::uint32_t{weight->primary} << 16U;
+      second_letter_ = std::uint32_t{weight->primary & 0xFFU} << 24U;
+      return std::uint32_t{weight->primary & 0xFF00U} << 16U;
+    }
+    return 0;
+  }
+
+ private:
+  Reader reader_;
+  std::uint32_t second_letter_ = 0;
+};
 
 void Put(std::string& bytes, std::uint32_t byte) {
   bytes.push_back(static_cast<char>(byte & 0xFFU));
@@ -160,14 +214,24 @@ std::string SortKey(std::string_view text) {
   return MakeKey(text, kKeyLength);
 }
 
+bool HasKnownOrder(std::string_view text) {
+  Reader reader(text);
+  while (!reader.AtEnd()) {
+    const char32_t c = reader.Next();
+    const Weight* const weight = Weights().Find(c);
+    if (weight == nullptr || (!HasWeight(*weight) && c != 0)) return false;
+  }
+  return true;
+}
+
 int CompareTexts(std::string_view a, std::string_view b) {
   if (a == b) return 0;
-  Reader left(a);
-  Reader right(b);
+  PrimaryReader left(a);
+  PrimaryReader right(b);
   bool has_later_levels = false;
   for (;;) {
-    const std::uint32_t x = NextPrimary(left, has_later_levels);
-    const std::uint32_t y = NextPrimary(right, has_later_levels);
+    const std::uint32_t x = left.Next(has_later_levels);
+    const std::uint32_t y = right.Next(has_later_levels);
     if (x != y) return x < y ? -1 : 1;
     if (x == 0) break;
   }

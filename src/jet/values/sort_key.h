@@ -7,9 +7,13 @@
 // apostrophes are compared last, trailing blanks are ignored.
 namespace jet {
 
-// Keys compared as unsigned bytes give the order of the texts' first 255 characters. Characters
-// outside code page 1251 sort after all others, by code point.
+// Keys compared as unsigned bytes give the order of the texts' first 255 characters. Characters that
+// have no known weight sort after all others, by code point.
 std::string SortKey(std::string_view text);
+
+// Whether all characters have known weights: those of code page 1251 and of the Latin letters to
+// U+017F.
+bool HasKnownOrder(std::string_view text);
 
 // Negative, zero or positive, like comparing keys of the whole texts.
 int CompareTexts(std::string_view a, std::string_view b);

@@ -13,6 +13,7 @@ struct Weight {
   std::uint16_t primary;
   std::uint8_t accent;
   std::uint8_t ignored_code;
+  bool operator==(const Weight&) const = default;
 };
 
 inline constexpr std::array<Weight, 256> kWeights = {{
