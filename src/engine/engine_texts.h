@@ -90,14 +90,15 @@ inline std::string SameVersionQuestion(const std::string& installed) {
 
 inline std::string InstalledIsNewer(const std::string& installed, const std::string& on_server) {
   return "Текущая версия программы (" + installed +
-         ") новее той, что находится на сервере Kestrel Soft (" + on_server + ")." + kBreak +
-         kBreak + "Ситуация необычна. Обновление программы средствами данной утилиты невозможно.";
+         ") новее той, что находится на сервере Kestrel Soft (" + OneLine(on_server) + ")." +
+         kBreak + kBreak +
+         "Ситуация необычна. Обновление программы средствами данной утилиты невозможно.";
 }
 
 inline std::string VersionsNotComparable(const std::string& installed,
                                          const std::string& on_server) {
   return "Ошибка сравнения версий программы и обновления." + kBreak + kBreak +
-         "Текущая версия: " + installed + kBreak + "Версия обновления: " + on_server;
+         "Текущая версия: " + installed + kBreak + "Версия обновления: " + OneLine(on_server);
 }
 
 // The manifest.
@@ -120,7 +121,7 @@ inline std::string OtherProduct(const std::string& expected) {
 
 inline std::string OtherVersion(const std::string& found, const std::string& expected) {
   return "Загруженный файл обновления предназначен для другой версии программного продукта (" +
-         found + ", в то время как ожидается " + expected + ").";
+         OneLine(found) + ", в то время как ожидается " + expected + ").";
 }
 
 inline std::string TableTwice(const std::string& name) {
@@ -142,7 +143,7 @@ inline std::string FileTwice(const std::string& name) {
 }
 
 inline std::string UnknownConstant(const std::string& name) {
-  return "Unknown Const name: " + name;
+  return "Unknown Const name: " + OneLine(name);
 }
 
 // The update list.

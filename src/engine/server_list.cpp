@@ -1,10 +1,34 @@
 #include "engine/server_list.h"
 
+#include <string>
+#include <string_view>
+
 #include "engine/engine_texts.h"
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 
 namespace tmw {
+namespace {
+
+// Not even an address: a page of another server, a slip of the maker's.
+bool IsAddress(std::string_view line) {
+  constexpr std::size_t kMaxLength = 2000;
+  if (Utf8ToUtf16(line).size() > kMaxLength) return false;
+  for (const char c : line) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || byte == 0x7F || c == '<' || c == '>') return false;
+  }
+  const std::string lower = LowerCase(line);
+  for (const std::string_view scheme : {"http", "https", "ftp"}) {
+    if (!lower.starts_with(scheme)) continue;
+    const std::string_view rest = std::string_view(lower).substr(scheme.size());
+    // "http:/x", "https//x"; but "ftp.x" and "https.x" are hosts.
+    if (rest.starts_with(":") ? !rest.starts_with("://") : rest.starts_with("/")) return false;
+  }
+  return true;
+}
+
+}  // namespace
 
 bool TryChooseServer(std::string_view text, bool no_ftp, std::int64_t tick_count,
                      std::string& server, std::string& reason) {
@@ -21,7 +45,7 @@ std::vector<std::string> ParseServerList(std::string_view text, bool no_ftp) {
   std::vector<std::string> servers;
   for (const std::string& line : Split(text, kCrLf)) {
     const std::string server = Trim(line);
-    if (server.empty()) continue;
+    if (server.empty() || !IsAddress(server)) continue;
     const std::string lower = LowerCase(server);
     if (lower.starts_with("ftp://")) {
       if (!no_ftp) servers.push_back(server);

@@ -15,7 +15,7 @@ namespace tmw {
                                    std::string& server, std::string& reason);
 
 // The usable servers in file order. Lines are trimmed; empty ones are skipped, and those of FTP
-// with no_ftp; a line without a scheme is plain HTTP.
+// with no_ftp, and so are lines that are no address; a line without a scheme is plain HTTP.
 std::vector<std::string> ParseServerList(std::string_view text, bool no_ftp);
 
 // The 0-based number of the server to load from; count is above 0.

@@ -87,7 +87,7 @@ inline constexpr const char* kEntitiesRefused = "Описания сущност
 
 inline std::string BadNumber(const std::string& attribute, const std::string& value,
                              bool is_too_large) {
-  return "Ошибочное значение атрибута " + attribute + " (" + Quoted(value) +
+  return "Ошибочное значение атрибута " + attribute + " (" + Quoted(OneLine(value)) +
          "): " + (is_too_large ? "число слишком велико." : "ожидается целое число.");
 }
 

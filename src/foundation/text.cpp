@@ -1,5 +1,6 @@
 #include "foundation/text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
@@ -55,6 +56,19 @@ std::string ToHex(std::int32_t value) {
     if (digit >= 'a') digit = static_cast<char>(digit - 'a' + 'A');
   }
   return text;
+}
+
+std::string OneLine(std::string_view text) {
+  constexpr std::size_t kMaxShown = 200;
+  std::u16string units = Utf8ToUtf16(text);
+  const bool is_cut = units.size() > kMaxShown;
+  if (is_cut) {
+    const bool splits_pair = (units[kMaxShown] & 0xFC00U) == 0xDC00U;
+    units.resize(splits_pair ? kMaxShown - 1 : kMaxShown);
+  }
+  std::replace_if(
+      units.begin(), units.end(), [](char16_t unit) { return unit < 0x20 || unit == 0x7F; }, u' ');
+  return Utf16ToUtf8(units) + (is_cut ? "…" : "");
 }
 
 std::string Quoted(std::string_view text) {

@@ -29,6 +29,10 @@ bool EqualIgnoringCase(std::string_view a, std::string_view b);
 // complement.
 std::string ToHex(std::int32_t value);
 
+// A text of somebody else's for a message: at most 200 UTF-16 units, with an ellipsis where it is
+// cut; line breaks and other control characters become blanks.
+std::string OneLine(std::string_view text);
+
 // "text" in double quotes.
 std::string Quoted(std::string_view text);
 

@@ -16,9 +16,6 @@ namespace {
 
 constexpr std::string_view kModule = "mTmXmlToolsErr";
 
-// Of a source line, in UTF-16 units: a document may be one line of megabytes.
-constexpr std::size_t kMaxShownLine = 200;
-
 const XmlNode* FindChildElement(const XmlNode& node, std::string_view name) {
   for (const auto& child : node.children) {
     if (child->kind == XmlNodeKind::kElement && child->name == name) return child.get();
@@ -36,21 +33,12 @@ std::string AttributePath(const XmlNode& node, std::string_view name) {
   return XmlGetNodePath(node).append("/@").append(name);
 }
 
-std::string Shortened(const std::string& line) {
-  std::u16string units = Utf8ToUtf16(line);
-  if (units.size() <= kMaxShownLine) return line;
-  std::size_t end = kMaxShownLine;
-  if ((units[end] & 0xFC00U) == 0xDC00U) --end;  // not through a surrogate pair
-  units.resize(end);
-  return Utf16ToUtf8(units) + "…";
-}
-
 std::string Explain(const ports::XmlParseError& error) {
   return std::string("   Reason: ")
-      .append(error.reason)
+      .append(OneLine(error.reason))
       .append(kCrLf)
       .append("   Source: ")
-      .append(Shortened(error.source_line))
+      .append(OneLine(error.source_line))
       .append(kCrLf)
       .append("   Line: ")
       .append(std::to_string(error.line));

@@ -128,6 +128,12 @@ TEST(ServerList, TakesLinesWithoutASchemeAsPlainHttp) {
                                                  "http://d.ru/", "http://www.e.ru"}));
   EXPECT_EQ(ParseServerList(text, true).size(), 4U);
   EXPECT_TRUE(ParseServerList("FTP://c.ru\r\nftp://d.ru", true).empty());
+  for (const std::string& line :
+       {std::string("<html>"), std::string("a.ru\tb"), std::string("HTTP:/x"),
+        std::string("https//x"), std::string("ftp:x"), std::string(2001, 'a')})
+    EXPECT_TRUE(ParseServerList(line, false).empty()) << line;
+  EXPECT_EQ(ParseServerList(std::string(2000, 'a') + "\r\nftp.x\r\nhttps.x/http//", false).size(),
+            3U);
   std::string server;
   std::string reason;
   EXPECT_TRUE(TryChooseServer(text, false, 0x1000000 + 7, server, reason));
