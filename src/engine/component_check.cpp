@@ -1,5 +1,7 @@
 #include "engine/component_check.h"
 
+#include <utility>
+
 #include "engine/engine_texts.h"
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
@@ -14,8 +16,8 @@
 namespace tmw {
 namespace {
 
-bool Refuse(const std::string& message, const std::string& file) {
-  DownloadError(message);
+bool Refuse(std::string& fault, std::string message, const std::string& file) {
+  fault = std::move(message);
   DeleteFile(file);
   return false;
 }
@@ -36,9 +38,9 @@ ports::Status CheckIntegrity(IntegrityCheck check, const std::string& file) {
   return result != 0 ? ports::Status::Success() : ports::Status::Failure(code);
 }
 
-void ReportCheckFailure(const std::string& file, ports::SystemCode code) {
-  DownloadError(code == 0 ? engine_texts::CheckFailedUnknown(file)
-                          : engine_texts::CheckFailed(file, GetApiErrorText(code, "")));
+std::string CheckFailure(const std::string& file, ports::SystemCode code) {
+  return code == 0 ? engine_texts::CheckFailedUnknown(file)
+                   : engine_texts::CheckFailed(file, GetApiErrorText(code, ""));
 }
 
 }  // namespace
@@ -52,23 +54,24 @@ bool IsLoadedFileReusable(const std::string& loaded, const ComponentFacts& expec
   return false;
 }
 
-bool UnpackComponent(const ComponentPlaces& places, const ComponentFacts& expected) {
+bool TryUnpackComponent(const ComponentPlaces& places, const ComponentFacts& expected,
+                        std::string& fault) {
   const std::string& part = places.Part;
   const std::string& unpacked = places.Unpacked;
   const std::int32_t method = expected.PackType;
   if (method != kPackPlain && method != kPackIntegrity && method != kPackText) {
     // The message shows the size in the place of the method, as users quote it.
-    DownloadError(engine_texts::UnknownPackMethod(expected.Name, expected.ServerSize));
+    fault = engine_texts::UnknownPackMethod(expected.Name, expected.ServerSize);
     return false;
   }
-  if (method == kPackIntegrity && !CheckFileCrcEx(part)) {
+  if (method == kPackIntegrity && !CheckFileCrcEx(part, fault)) {
     DeleteFile(part);
     return false;
   }
   DeleteFile(unpacked);
   std::string reason;
   if (!UnrarOneFile(part, expected.Name, SplitFileName(unpacked).Folder, "", reason)) {
-    return Refuse(engine_texts::NotUnpacked(expected.Name, reason + "."), part);
+    return Refuse(fault, engine_texts::NotUnpacked(expected.Name, reason + "."), part);
   }
   DeleteFile(part);
   if (!IsFileExists(unpacked)) {
@@ -76,42 +79,45 @@ bool UnpackComponent(const ComponentPlaces& places, const ComponentFacts& expect
     DownloadError(engine_texts::NotUnpacked(expected.Name, engine_texts::kUnpackedAbsent));
   }
   ClearReadOnlyAttributeFromFile(unpacked);
-  return method != kPackIntegrity || CheckFileCrc(unpacked);
+  return method != kPackIntegrity || CheckFileCrc(unpacked, fault);
 }
 
-bool VerifyComponent(const std::string& unpacked, const ComponentFacts& expected) {
-  const char* fault = nullptr;
+bool TryVerifyComponent(const std::string& unpacked, const ComponentFacts& expected,
+                        std::string& fault) {
+  const char* what = nullptr;
   if (expected.PackType != kPackText) {
-    fault = FindFault(unpacked, expected.ExpectedLength, expected.ExpectedHash);
+    what = FindFault(unpacked, expected.ExpectedLength, expected.ExpectedHash);
   } else if (GetStringHash(ReadUnicodeFileToString(unpacked)) != expected.ExpectedHash) {
-    fault = engine_texts::kHashDiffers;
+    what = engine_texts::kHashDiffers;
   }
-  return fault == nullptr || Refuse(engine_texts::LoadingFault(expected.Name, fault), unpacked);
+  return what == nullptr ||
+         Refuse(fault, engine_texts::LoadingFault(expected.Name, what), unpacked);
 }
 
-bool VerifyPackage(const std::string& url, const std::string& file, const WuPackage& package) {
+bool TryVerifyPackage(const std::string& url, const std::string& file, const WuPackage& package,
+                      std::string& fault) {
   if (!IsFileExists(file)) {
-    DownloadError(engine_texts::LoadingFault(url, engine_texts::kFileAbsent));
+    fault = engine_texts::LoadingFault(url, engine_texts::kFileAbsent);
     return false;
   }
-  const char* const fault = FindFault(file, package.PackSize, package.PackHash);
-  return fault == nullptr || Refuse(engine_texts::LoadingFault(url, fault), file);
+  const char* const what = FindFault(file, package.PackSize, package.PackHash);
+  return what == nullptr || Refuse(fault, engine_texts::LoadingFault(url, what), file);
 }
 
-bool CheckFileCrc(const std::string& file) try {
+bool CheckFileCrc(const std::string& file, std::string& fault) try {
   const ports::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrc, file);
   if (status) return true;
   DeleteFile(file);
-  ReportCheckFailure(file, status.code);
+  fault = CheckFailure(file, status.code);
   return false;
 } catch (...) {
   ReRaiseError(kRunModule, "CheckFileCrc");
 }
 
-bool CheckFileCrcEx(const std::string& file) try {
+bool CheckFileCrcEx(const std::string& file, std::string& fault) try {
   const ports::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrcEx, file);
   if (status) return true;
-  ReportCheckFailure(file, status.code);
+  fault = CheckFailure(file, status.code);
   return false;
 } catch (...) {
   ReRaiseError(kRunModule, "CheckFileCrcEx");

@@ -6,8 +6,8 @@
 #include "engine/records.h"
 #include "engine/working_folders.h"
 
-// Unpacking and verifying what has been downloaded. A function that returns false has reported the
-// fault, and has deleted the file where it must not be used again.
+// Unpacking and verifying what has been downloaded. A function that returns false gives the fault
+// in words, and has deleted the file where it must not be used again.
 namespace tmw {
 
 // What the manifest says of a component.
@@ -24,17 +24,20 @@ struct ComponentFacts {
 bool IsLoadedFileReusable(const std::string& loaded, const ComponentFacts& expected);
 
 // Unpacks the downloaded package into the file beside it and deletes the package.
-bool UnpackComponent(const ComponentPlaces& places, const ComponentFacts& expected);
+[[nodiscard]] bool TryUnpackComponent(const ComponentPlaces& places, const ComponentFacts& expected,
+                                      std::string& fault);
 
 // Checks length and hash of the unpacked file, or the hash of its text.
-bool VerifyComponent(const std::string& unpacked, const ComponentFacts& expected);
+[[nodiscard]] bool TryVerifyComponent(const std::string& unpacked, const ComponentFacts& expected,
+                                      std::string& fault);
 
 // Checks existence, length and hash of a package of several files.
-bool VerifyPackage(const std::string& url, const std::string& file, const WuPackage& package);
+[[nodiscard]] bool TryVerifyPackage(const std::string& url, const std::string& file,
+                                    const WuPackage& package, std::string& fault);
 
 // Check the integrity data of an unpacked file, and those of a package. CheckFileCrc deletes a file
 // that fails; CheckFileCrcEx leaves it to its caller.
-bool CheckFileCrc(const std::string& file);
-bool CheckFileCrcEx(const std::string& file);
+[[nodiscard]] bool CheckFileCrc(const std::string& file, std::string& fault);
+[[nodiscard]] bool CheckFileCrcEx(const std::string& file, std::string& fault);
 
 }  // namespace tmw

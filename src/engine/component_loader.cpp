@@ -4,12 +4,12 @@
 #include <utility>
 
 #include "engine/engine_texts.h"
+#include "engine/fetching.h"
 #include "engine/limits.h"
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "packages/rar_archive.h"
-#include "ports/ports.h"
 #include "services/message_boxes.h"
 #include "services/run_module.h"
 
@@ -25,7 +25,6 @@ ComponentLoader::ComponentLoader(UpdaterEvents& events, ReleasePaths release,
     : events_(events),
       release_(std::move(release)),
       loading_url_(std::move(loading_url)),
-      second_try_(events, *ports::CurrentPorts().clock),
       downloader_(static_cast<DownloaderEvents&>(*this)) {}
 
 bool ComponentLoader::DownloadNecessaryFiles(const Manifest& manifest, std::int32_t volume,
@@ -82,9 +81,11 @@ bool ComponentLoader::DownloadSrvFile(const ComponentFacts& expected,
   StartFileProgress(expected.ServerSize);
   events_.OnSetSubAction(url);
   if (!IsLoadedFileReusable(places.Loaded, expected)) {
-    if (!Transfer(url, places.Part)) return false;
-    if (!UnpackComponent(places, expected)) return false;
-    if (!VerifyComponent(places.Unpacked, expected)) return false;
+    const Check check = [&](std::string& fault) {
+      return TryUnpackComponent(places, expected, fault) &&
+             TryVerifyComponent(places.Unpacked, expected, fault);
+    };
+    if (!Fetch(url, places.Part, check)) return false;
     MoveFile(places.Unpacked, places.Loaded);
     if (!IsFileExists(places.Loaded)) {
       DownloadError(engine_texts::NotMovedToLoaded(expected.Name, release_.Loaded));
@@ -103,8 +104,10 @@ bool ComponentLoader::DownloadSrvMiltiFiles(const std::string& folder, const WuP
   const std::string file = JoinPath(folder, package.SrvName);
   StartFileProgress(package.PackSize);
   events_.OnSetSubAction(url);
-  if (!Transfer(url, file)) return false;
-  if (!VerifyPackage(url, file, package)) return false;
+  const Check check = [&](std::string& fault) {
+    return TryVerifyPackage(url, file, package, fault);
+  };
+  if (!Fetch(url, file, check)) return false;
   if (empty_folder_first) DeleteFiles(JoinPath(folder, "*.*"));
   std::string reason;
   const bool is_unpacked = UnrarAllFiles(file, folder, "", reason);
@@ -116,20 +119,36 @@ bool ComponentLoader::DownloadSrvMiltiFiles(const std::string& folder, const WuP
   ReRaiseError(kRunModule, "DownloadSrvMiltiFiles");
 }
 
-bool ComponentLoader::Transfer(const std::string& url, const std::string& target) {
+bool ComponentLoader::Fetch(const std::string& url, const std::string& target, const Check& check) {
+  for (const bool may_continue : {true, false}) {
+    if (!Transfer(url, target, may_continue)) return false;
+    std::string fault;
+    if (check(fault)) return true;
+    if (has_resumed_ && may_continue) continue;
+    DownloadError(fault);
+    break;
+  }
+  return false;
+}
+
+bool ComponentLoader::Transfer(const std::string& url, const std::string& target,
+                               bool may_continue) {
   url_ = url;
+  received_ = 0;
+  is_too_much_ = has_resumed_ = false;
+  // A part that is too long is of another release.
+  const std::string part = target + std::string(names::kPartEnding);
+  if (IsFileExists(part) && GetFileLength(part) > end_ - start_) DeleteFile(part);
   const auto download = [&] {
-    received_ = 0;
-    is_too_much_ = false;
     try {
-      return downloader_.DownloadFile(url, target, true);
+      return downloader_.DownloadFile(url, target, may_continue);
     } catch (...) {
-      // A later run must not continue this part: it is too long already.
-      if (is_too_much_) DeleteFile(target + std::string(names::kPartEnding), true);
+      // A later run must not continue this part.
+      if (is_too_much_) DeleteFile(part, true);
       throw;
     }
   };
-  if (second_try_.Run(url, download)) return true;
+  if (RunTransfer(events_, url, download)) return true;
   if (!downloader_.Cancelled() && !events_.CancelPressed())
     DownloadError(engine_texts::NotLoaded(url));
   return false;
@@ -152,8 +171,13 @@ void ComponentLoader::FinishFileProgress() try {
   ReRaiseError(kRunModule, "FinishFileProgress");
 }
 
-void ComponentLoader::OnChunkLoaded(bool /*is_skipped*/, std::int32_t byte_count) try {
-  AddChecked(received_, byte_count);
+void ComponentLoader::OnChunkLoaded(bool is_skipped, std::int32_t byte_count) try {
+  if (is_skipped) {
+    received_ = byte_count;
+    has_resumed_ |= byte_count > 0;
+  } else {
+    AddChecked(received_, byte_count);
+  }
   const std::int32_t announced = end_ - start_;
   if (received_ > MaxComponent(announced)) {
     is_too_much_ = true;
@@ -166,7 +190,7 @@ void ComponentLoader::OnChunkLoaded(bool /*is_skipped*/, std::int32_t byte_count
 }
 
 void ComponentLoader::OnCheckCancel(bool& is_cancelled) try {
-  is_cancelled = !second_try_.MayGoOn();
+  is_cancelled = events_.CancelPressed();
 } catch (...) {
   ReRaiseError(kRunModule, "fLoader_OnCheckCancel");
 }

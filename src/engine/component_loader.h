@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "engine/component_check.h"
 #include "engine/records.h"
-#include "engine/second_try.h"
 #include "engine/working_folders.h"
 #include "services/updater_events.h"
 #include "transfer/inet_file_downloader.h"
@@ -31,7 +31,12 @@ class ComponentLoader final : private DownloaderEvents {
   bool DownloadSrvFile(const ComponentFacts& expected, const std::string& server_name);
   bool DownloadSrvMiltiFiles(const std::string& folder, const WuPackage& package,
                              bool empty_folder_first);
-  bool Transfer(const std::string& url, const std::string& target);
+
+  // Loads until the check accepts the file. One that was put together from several transfers and
+  // fails is loaded once more in one piece. Any other fault has been reported.
+  using Check = std::function<bool(std::string& fault)>;
+  bool Fetch(const std::string& url, const std::string& target, const Check& check);
+  bool Transfer(const std::string& url, const std::string& target, bool may_continue);
 
   // Progress in bytes over all components. Each moves the bar by its announced size, however many
   // bytes arrive.
@@ -43,7 +48,6 @@ class ComponentLoader final : private DownloaderEvents {
   UpdaterEvents& events_;
   ReleasePaths release_;
   std::string loading_url_;
-  SecondTry second_try_;
   InetFileDownloader downloader_;
 
   std::int32_t position_ = 0;
@@ -52,6 +56,7 @@ class ComponentLoader final : private DownloaderEvents {
   std::int32_t end_ = 0;
   std::int32_t received_ = 0;
   bool is_too_much_ = false;
+  bool has_resumed_ = false;
 };
 
 }  // namespace tmw

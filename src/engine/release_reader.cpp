@@ -4,6 +4,7 @@
 
 #include "engine/digest.h"
 #include "engine/engine_texts.h"
+#include "engine/fetching.h"
 #include "engine/limits.h"
 #include "engine/manifest.h"
 #include "engine/server_list.h"
@@ -33,8 +34,7 @@ ReleaseReader::ReleaseReader(UpdaterEvents& events, std::string product_code, Up
     : events_(events),
       product_code_(std::move(product_code)),
       servers_(std::move(servers)),
-      temp_dir_(std::move(temp_dir)),
-      second_try_(events, *ports::CurrentPorts().clock) {}
+      temp_dir_(std::move(temp_dir)) {}
 
 bool ReleaseReader::ReadDigest(Digest& digest) {
   events_.OnSetMainAction(engine_texts::kGettingVersion);
@@ -76,7 +76,7 @@ bool ReleaseReader::ReadManifest(const std::string& loading_url, const std::stri
   events_.OnSetMainAction(engine_texts::kGettingFileList);
   const std::string package = JoinPath(temp_dir_, names::kManifestPackage);
   const std::string url = loading_url + "/" + std::string(names::kManifestPackage);
-  if (!second_try_.Fetch(url, package, kMaxManifestPackage)) return false;
+  if (!FetchFile(events_, url, package, kMaxManifestPackage)) return false;
   const std::string entry = product_code_ + std::string(names::kManifestFile);
   std::string reason;
   if (!UnrarOneFile(package, entry, temp_dir_, "", reason)) return Refuse(reason);

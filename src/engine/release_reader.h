@@ -3,7 +3,7 @@
 #include <string>
 
 #include "engine/records.h"
-#include "engine/second_try.h"
+#include "services/updater_events.h"
 
 namespace tmw {
 
@@ -31,7 +31,6 @@ class ReleaseReader {
   std::string product_code_;
   UpdateServers servers_;
   std::string temp_dir_;
-  SecondTry second_try_;
 };
 
 }  // namespace tmw

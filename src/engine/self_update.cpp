@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "engine/engine_texts.h"
+#include "engine/fetching.h"
 #include "engine/limits.h"
-#include "engine/second_try.h"
 #include "engine/working_folders.h"
 #include "foundation/api_errors.h"
 #include "foundation/contract_names.h"
@@ -15,7 +15,6 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
-#include "ports/clock.h"
 #include "ports/companion_library.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
@@ -158,8 +157,7 @@ bool SelfUpdate::DownloadComponent(const std::string& url, const std::string& te
     component.LocalFileName = JoinPath(temp_dir, component.Name);
     DeleteFileRepeatedly(component.LocalFileName);
   }
-  SecondTry second_try(events_, *ports::CurrentPorts().clock);
-  return second_try.Fetch(url, component.LocalFileName, MaxComponent(component.Size)) &&
+  return FetchFile(events_, url, component.LocalFileName, MaxComponent(component.Size)) &&
          !events_.CancelPressed() && VerifyUpdaterComponent(url, component) &&
          !events_.CancelPressed();
 }

@@ -99,5 +99,6 @@ inline constexpr std::string_view kNewDatabaseEnding = ".new";  // whole, beside
 inline constexpr std::string_view kReferenceDatabaseEnding = "_LastVer.mdb";
 inline constexpr std::string_view kBackupEnding = ".zip";
 inline constexpr std::string_view kPartEnding = ".part";
+inline constexpr std::string_view kNewPartEnding = ".new";
 
 }  // namespace tmw::names

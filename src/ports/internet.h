@@ -26,17 +26,22 @@ struct InternetSessionOptions {
   std::uint32_t flags = 0;  // the session's own flags; nothing on Linux
 };
 
-// Called about every tenth of a second while an opening or a seek waits for the server (Linux; on
-// Windows these calls block). If it returns false, the waiting call fails with kInternetCancelled.
+// Called about every tenth of a second while an opening or a seek waits for the server, unless the
+// call blocks (Windows). If it returns false, the waiting call fails with kInternetCancelled.
 // It may throw; the exception passes through the waiting call.
 using WaitHandler = std::function<bool()>;
 
 // Codes of the internet layer that its users tell apart, numbered as WinINet numbers them.
+inline constexpr SystemCode kInternetTimeout = 12002;
+inline constexpr SystemCode kInternetNameNotResolved = 12007;
 inline constexpr SystemCode kInternetCancelled = 12017;
 inline constexpr SystemCode kInternetWrongState = 12019;
+inline constexpr SystemCode kInternetCannotConnect = 12029;
+inline constexpr SystemCode kInternetAborted = 12030;
+inline constexpr SystemCode kInternetReset = 12031;
 
-// The result of a read. Length 0 without is_end means that nothing has arrived yet (Linux only),
-// after a wait of about a tenth of a second.
+// The result of a read. Length 0 without is_end means that nothing has arrived yet, after a wait of
+// about a tenth of a second.
 struct InternetChunk {
   std::uint32_t length = 0;
   bool is_end = false;  // of the body; length is then 0
@@ -49,13 +54,17 @@ class InternetRequest {
   virtual ~InternetRequest() = default;
 
   // Reads up to length bytes of the body as the server sent them; nothing is decompressed. A body
-  // that ends before its announced length is a failure, and so is a server that sends nothing for
-  // the stall limit.
+  // that ends before its announced length is a failure. So is a server that stays silent for the
+  // stall limit if the call blocks; otherwise callers measure the silence.
   virtual Outcome<InternetChunk> Read(void* buffer, std::uint32_t length) = 0;
 
   // Moves to a position counted from the beginning of the body. After a failure the request must be
   // opened anew. Moving to the current position costs nothing.
   virtual Status Seek(std::int32_t position, const WaitHandler& on_wait) = 0;
+
+  // The length of the whole body in bytes as the answer to the opening announced it; -1 if it did
+  // not.
+  virtual std::int64_t WholeLength() = 0;
 
   // The answer's status and reason phrase (UTF-8); a failure for a request that is not HTTP.
   virtual Outcome<std::int32_t> HttpStatusCode() = 0;
@@ -92,7 +101,7 @@ class Internet {
       const InternetSessionOptions& options) = 0;
 };
 
-// An operation fails after this long without a byte from the server.
+// A server that stays silent for this long has stalled.
 inline constexpr std::int32_t kInternetStallLimit = 60'000;  // milliseconds
 
 }  // namespace ports

@@ -4,6 +4,7 @@
 
 #include "foundation/error_handling.h"
 #include "foundation/version.h"
+#include "transfer/attempts.h"
 #include "transfer/binary_file.h"
 #include "transfer/inet_errors.h"
 #include "transfer/inet_opened_url.h"
@@ -35,6 +36,46 @@ void CopyBody(InetOpenedUrl& url, BinaryFile& file, std::int64_t max_bytes) {
     if (total > max_bytes) RaiseProgramError(transfer_texts::TooLong(url.Url(), max_bytes));
     file.WriteBuffer(buffer.data(), static_cast<std::uint32_t>(count), true);
   }
+}
+
+// One attempt at one URL; see inet.h. A failure says whether the connection broke off.
+void FetchOnce(const std::string& url, const std::string& local_name, std::int64_t max_bytes,
+               const ports::WaitHandler& may_wait, bool& has_broken_off) {
+  InetOpenedUrl opened_url(may_wait);
+  try {
+    opened_url.OpenUrl(GetInetConnection(), url, 0);
+    BinaryFile file;
+    OpenLocalFile(file, local_name);
+    CopyBody(opened_url, file, max_bytes);
+    opened_url.CloseHandle();
+    file.CloseHandle();
+  } catch (...) {
+    has_broken_off = opened_url.HasBrokenOff();
+    throw;
+  }
+}
+
+bool TryFetchOnce(const std::string& url, const std::string& local_name, std::string& error_text,
+                  std::int64_t max_bytes, const ports::WaitHandler& may_wait,
+                  bool& has_broken_off) {
+  error_text.clear();
+  InetOpenedUrl opened_url(may_wait);
+  const bool is_open = opened_url.TryOpenUrl(GetInetConnection(), url, 0, error_text);
+  has_broken_off |= opened_url.HasBrokenOff();
+  if (!is_open) return false;
+  BinaryFile file;
+  OpenLocalFile(file, local_name);
+  try {
+    CopyBody(opened_url, file, max_bytes);
+  } catch (...) {
+    has_broken_off |= opened_url.HasBrokenOff();
+    std::string frames;
+    SplitErrorText(CurrentError().Description, error_text, frames);
+    return false;
+  }
+  opened_url.CloseHandle();
+  file.CloseHandle();
+  return true;
 }
 
 }  // namespace
@@ -75,34 +116,25 @@ std::string JoinUrl(std::string_view base, std::string_view tail) try {
 
 void DownloadFile(const std::string& url, const std::string& local_name, std::int64_t max_bytes,
                   const ports::WaitHandler& may_wait) try {
-  InetOpenedUrl opened_url(may_wait);
-  opened_url.OpenUrl(GetInetConnection(), url, 0);
-  BinaryFile file;
-  OpenLocalFile(file, local_name);
-  CopyBody(opened_url, file, max_bytes);
-  opened_url.CloseHandle();
-  file.CloseHandle();
+  for (Attempts attempts(may_wait);;) {
+    bool has_broken_off = false;
+    try {
+      return FetchOnce(url, local_name, max_bytes, may_wait, has_broken_off);
+    } catch (...) {
+      if (!attempts.MayTryAgain(has_broken_off)) throw;
+    }
+  }
 } catch (...) {
   ReRaiseError(kModule, "DownloadFile");
 }
 
 bool TryDownloadFile(const std::string& url, const std::string& local_name, std::string& error_text,
                      std::int64_t max_bytes, const ports::WaitHandler& may_wait) try {
-  error_text.clear();
-  InetOpenedUrl opened_url(may_wait);
-  if (!opened_url.TryOpenUrl(GetInetConnection(), url, 0, error_text)) return false;
-  BinaryFile file;
-  OpenLocalFile(file, local_name);
-  try {
-    CopyBody(opened_url, file, max_bytes);
-  } catch (...) {
-    std::string frames;
-    SplitErrorText(CurrentError().Description, error_text, frames);
-    return false;
+  for (Attempts attempts(may_wait);;) {
+    bool has_broken_off = false;
+    if (TryFetchOnce(url, local_name, error_text, max_bytes, may_wait, has_broken_off)) return true;
+    if (!attempts.MayTryAgain(has_broken_off)) return false;
   }
-  opened_url.CloseHandle();
-  file.CloseHandle();
-  return true;
 } catch (...) {
   ReRaiseError(kModule, "TryDownloadFile");
 }
@@ -110,16 +142,22 @@ bool TryDownloadFile(const std::string& url, const std::string& local_name, std:
 bool TryDownloadFileFromTwoUrls(const std::string& first_url, const std::string& second_url,
                                 const std::string& local_name, std::string& error_text,
                                 std::int64_t max_bytes, const ports::WaitHandler& may_wait) try {
-  error_text.clear();
-  std::string first_text;
-  if (TryDownloadFile(first_url, local_name, first_text, max_bytes, may_wait)) return true;
-  const bool has_second = !second_url.empty() && (!may_wait || may_wait());
-  std::string second_text;
-  if (has_second && TryDownloadFile(second_url, local_name, second_text, max_bytes, may_wait))
-    return true;
-  const bool has_both = !first_text.empty() && !second_text.empty();
-  error_text = first_text + (has_both ? std::string(kCrLf) : "") + second_text;
-  return false;
+  // Both are tried before either is tried again: the second one stands in for the first.
+  for (Attempts attempts(may_wait);;) {
+    bool has_broken_off = false;
+    std::string first_text;
+    std::string second_text;
+    const auto fetch = [&](const std::string& url, std::string& text) {
+      return TryFetchOnce(url, local_name, text, max_bytes, may_wait, has_broken_off);
+    };
+    error_text.clear();
+    if (fetch(first_url, first_text)) return true;
+    const bool has_second = !second_url.empty() && (!may_wait || may_wait());
+    if (has_second && fetch(second_url, second_text)) return true;
+    const bool has_both = !first_text.empty() && !second_text.empty();
+    error_text = first_text + (has_both ? std::string(kCrLf) : "") + second_text;
+    if (!attempts.MayTryAgain(has_broken_off)) return false;
+  }
 } catch (...) {
   ReRaiseError(kModule, "TryDownloadFileFromTwoUrls");
 }

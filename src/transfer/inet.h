@@ -10,7 +10,7 @@
 #include "transfer/inet_connection.h"
 
 // The shared session and the simple downloads (module miInet): no side file, no resuming, for small
-// files.
+// files. A connection that cannot be made or breaks off is tried again, see Attempts.
 namespace tmw {
 
 inline constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
@@ -37,7 +37,8 @@ void DownloadFile(const std::string& url, const std::string& local_name,
                                    std::string& error_text, std::int64_t max_bytes = kNoLimit,
                                    const ports::WaitHandler& may_wait = {});
 
-// Tries the first URL and, if that fails, the second, unless it is empty or may_wait returns false.
+// Tries the first URL and, if that fails, the second, unless it is empty or may_wait returns false;
+// then, if a connection has broken off, both again.
 // The text has one failure per line, that of the first URL first.
 [[nodiscard]] bool TryDownloadFileFromTwoUrls(const std::string& first_url,
                                               const std::string& second_url,

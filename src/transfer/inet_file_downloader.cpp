@@ -1,12 +1,14 @@
 #include "transfer/inet_file_downloader.h"
 
 #include <limits>
+#include <utility>
 
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "ports/clock.h"
 #include "ports/ports.h"
+#include "transfer/attempts.h"
 #include "transfer/inet.h"
 #include "transfer/transfer_texts.h"
 
@@ -33,32 +35,50 @@ void OpenForAppending(BinaryFile& file, const std::string& name) {
 
 bool InetFileDownloader::DownloadFile(const std::string& url, const std::string& local_name,
                                       bool check_for_continue) try {
+  cancelled_ = is_another_attempt_ = has_own_part_ = false;
+  const std::string target = GetAbsoluteFileName(local_name);
+  Attempts attempts([this] { return !IsCancelPressed(); });
+  for (;; is_another_attempt_ = true) {
+    try {
+      const bool is_done = TryOnce(url, target, check_for_continue || has_own_part_);
+      Release();
+      return is_done;
+    } catch (...) {
+      if (attempts.MayTryAgain(url_ != nullptr && url_->HasBrokenOff())) continue;
+      if (!cancelled_) throw;
+      Release();
+      return false;
+    }
+  }
+} catch (...) {
+  Release();
+  ReRaiseError(kModule, "DownloadFile");
+}
+
+// A new side file beside an older one cannot be continued: its server has no ranges.
+void InetFileDownloader::Release() {
+  url_.reset();
   part_file_.reset();
-  cancelled_ = false;
+  if (kept_ > 0) DeleteFile(part_file_name_, true);
+  kept_ = 0;
+}
+
+bool InetFileDownloader::TryOnce(const std::string& url, const std::string& target,
+                                 bool check_for_continue) {
+  Release();
   url_ = std::make_unique<InetOpenedUrl>([this] { return !IsCancelPressed(); });
   IgnoreWhenCancelled([&] { url_->OpenUrl(GetInetConnection(), url, 0); });
-  if (IsCancelPressed()) {
-    url_.reset();
-    return false;
-  }
-  const std::string target_name = GetAbsoluteFileName(local_name);
-  part_file_name_ = target_name + std::string(names::kPartEnding);
+  if (IsCancelPressed()) return false;
   pos_ = 0;
-  DetectOrCreatePartFile(part_file_name_, check_for_continue);
-  if (IsCancelPressed()) {
-    url_.reset();
-    return false;
-  }
+  DetectOrCreatePartFile(target + std::string(names::kPartEnding), check_for_continue);
+  if (IsCancelPressed()) return false;
   PerformDownloading();
-  url_.reset();
   part_file_.reset();
   if (IsCancelPressed()) return false;
-  CommitPartFile(part_file_name_, target_name);
+  if (pos_ < kept_) RaiseProgramError(transfer_texts::ShorterThanPart(url));
+  CommitPartFile(part_file_name_, target);
+  if (kept_ > 0) DeleteFile(target + std::string(names::kPartEnding));
   return true;
-} catch (...) {
-  url_.reset();
-  part_file_.reset();
-  ReRaiseError(kModule, "DownloadFile");
 }
 
 // A wait that the user has cancelled is no failure; IsCancelPressed reports it next.
@@ -73,29 +93,48 @@ void InetFileDownloader::IgnoreWhenCancelled(Action action) {
 
 void InetFileDownloader::DetectOrCreatePartFile(const std::string& name,
                                                 bool check_for_continue) try {
+  part_file_name_ = name;
   if (check_for_continue && IsFileExists(name)) {
     const std::int32_t size = ToPosition(GetFileLength(name));
     std::string error_text;
     if (url_->SetFilePosSafe(size, error_text)) {
       url_->SetFilePos(size);
       pos_ = size;
+      has_own_part_ = true;
       events_.OnChunkLoaded(true, size);
       return;
     }
-    // A cancelled seek says nothing about the server: the side file is kept.
-    if (!cancelled_) IgnoreWhenCancelled([this] { url_->Reopen(); });
+    // Neither a cancelled seek nor a broken one says that the server cannot continue.
     if (cancelled_) return;
-    DeleteFile(name);
+    if (url_->HasBrokenOff()) RaiseProgramError(error_text);
+    IgnoreWhenCancelled([this] { url_->Reopen(); });
+    if (cancelled_) return;
+    MakeRoomForWhole(size);
   }
-  CreateEmptyFile(name);
+  CreateEmptyFile(part_file_name_);
   pos_ = 0;
+  has_own_part_ = true;
+  if (is_another_attempt_) events_.OnChunkLoaded(true, 0);
 } catch (...) {
   ReRaiseError(kModule, "DetectOrCreatePartFile");
 }
 
+// The server sends the whole file again, or something else under its name.
+void InetFileDownloader::MakeRoomForWhole(std::int32_t part_size) {
+  const std::int64_t announced = url_->WholeLength();
+  if (announced >= part_size) {
+    DeleteFile(part_file_name_);
+  } else if (announced >= 0) {
+    RaiseProgramError(transfer_texts::ShorterThanPart(url_->Url()));
+  } else {
+    kept_ = part_size;
+    part_file_name_ += std::string(names::kNewPartEnding);
+  }
+}
+
 void InetFileDownloader::PerformDownloading() try {
   for (;;) {
-    if (IsCancelPressed()) break;
+    if (!url_->MayWait()) break;
     std::int32_t count = 0;
     if (!url_->ReadChunk(buffer_.data(), kChunkSize, count)) break;
     if (count <= 0) {

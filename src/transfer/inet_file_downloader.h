@@ -15,8 +15,8 @@ class DownloaderEvents {
  public:
   virtual ~DownloaderEvents() = default;
 
-  // Called after each chunk that was written, and once with is_skipped when a download resumes
-  // after that many bytes of an earlier one.
+  // Called after each chunk that was written, and with is_skipped when a download resumes after
+  // that many bytes; when a connection that has broken off is made again, also if it is none.
   virtual void OnChunkLoaded(bool is_skipped, std::int32_t byte_count) = 0;
 
   // The flag is passed in as false; setting it cancels the download.
@@ -25,7 +25,11 @@ class DownloaderEvents {
 
 // Fetches one URL into one file. The bytes go into a side file, the target's name + ".part", which
 // is renamed to the target when all have arrived. A download that breaks off or is cancelled leaves
-// the side file for the next one to continue.
+// the side file for the next one to continue. Connections that break off are made again, see
+// Attempts.
+//
+// A server that cannot continue must send the whole file: the side file is given up only for a body
+// that is announced as at least as long, or that has proved to be. A login page is neither.
 //
 // The side file is closed every 2 seconds or 1 MiB, and flushed to the disk before it is renamed.
 class InetFileDownloader {
@@ -48,9 +52,12 @@ class InetFileDownloader {
   static constexpr std::int32_t kSyncVolume = 0x100000;
   static constexpr std::int32_t kIdleWait = 50;  // milliseconds
 
+  void Release();
+  bool TryOnce(const std::string& url, const std::string& target, bool check_for_continue);
   template <typename Action>
   void IgnoreWhenCancelled(Action action);
   void DetectOrCreatePartFile(const std::string& name, bool check_for_continue);
+  void MakeRoomForWhole(std::int32_t part_size);
   void PerformDownloading();
   void AppendDataToFile(const void* data, std::int32_t count);
   void OpenPartFileIfNeed();
@@ -61,6 +68,9 @@ class InetFileDownloader {
   DownloaderEvents& events_;
   std::int32_t pos_ = 0;
   bool cancelled_ = false;
+  bool is_another_attempt_ = false;
+  bool has_own_part_ = false;  // the side file has been continued or begun by this download
+  std::int32_t kept_ = 0;      // length of an older side file that the new one has to reach
   std::unique_ptr<InetOpenedUrl> url_;
   std::string part_file_name_;
   std::unique_ptr<BinaryFile> part_file_;  // open between two syncs only

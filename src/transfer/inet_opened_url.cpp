@@ -5,8 +5,10 @@
 #include "foundation/api_errors.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
+#include "ports/clock.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "transfer/attempts.h"
 #include "transfer/inet_errors.h"
 #include "transfer/transfer_texts.h"
 
@@ -84,7 +86,7 @@ void InetOpenedUrl::Reopen() try {
 
 void InetOpenedUrl::SetFilePos(std::int32_t position) try {
   if (request_ == nullptr) return;
-  if (const ports::Status moved = request_->Seek(position, [this] { return MayWait(); }); !moved)
+  if (const ports::Status moved = Seek(position); !moved)
     RaiseInetError(moved.code, transfer_texts::SeekingUrlFailed(url_));
 } catch (...) {
   ReRaiseError(kModule, "SetFilePos");
@@ -92,7 +94,7 @@ void InetOpenedUrl::SetFilePos(std::int32_t position) try {
 
 bool InetOpenedUrl::SetFilePosSafe(std::int32_t position, std::string& error_text) try {
   if (request_ == nullptr) return true;
-  const ports::Status moved = request_->Seek(position, [this] { return MayWait(); });
+  const ports::Status moved = Seek(position);
   if (!moved) error_text = GetApiErrorText(moved.code, "");
   return moved.ok;
 } catch (...) {
@@ -102,7 +104,10 @@ bool InetOpenedUrl::SetFilePosSafe(std::int32_t position, std::string& error_tex
 bool InetOpenedUrl::ReadChunk(void* buffer, std::uint32_t length, std::int32_t& loaded) try {
   if (request_ == nullptr) return false;
   const auto chunk = request_->Read(buffer, length);
-  if (!chunk) RaiseInetError(chunk.code, "");
+  if (!chunk) RaiseInetError(NoteFailure(chunk.code), "");
+  watch_.NoteArrived(static_cast<std::int32_t>(chunk.value.length));
+  if (!chunk.value.is_end && watch_.IsStalled())
+    RaiseInetError(NoteFailure(ports::kInternetTimeout), "");
   loaded = static_cast<std::int32_t>(chunk.value.length);
   return !chunk.value.is_end;
 } catch (...) {
@@ -163,8 +168,34 @@ ports::Outcome<std::unique_ptr<ports::InternetRequest>> InetOpenedUrl::Send(
   using Result = ports::Outcome<std::unique_ptr<ports::InternetRequest>>;
   if (connection == nullptr || connection->Handle() == nullptr)
     return Result::Failure(ports::kInternetWrongState);
-  return connection->Handle()->OpenUrl(url, flags, reinterpret_cast<std::uintptr_t>(&context_),
-                                       [this] { return MayWait(); });
+  auto sent = connection->Handle()->OpenUrl(url, flags, reinterpret_cast<std::uintptr_t>(&context_),
+                                            BeginWaiting());
+  if (!sent) return Result::Failure(NoteFailure(sent.code));
+  watch_.Start();
+  return sent;
+}
+
+ports::Status InetOpenedUrl::Seek(std::int32_t position) {
+  const ports::Status moved = request_->Seek(position, BeginWaiting());
+  if (!moved) return ports::Status::Failure(NoteFailure(moved.code));
+  watch_.Start();
+  return moved;
+}
+
+// A wait that has been given up because the server stalls is no cancel.
+ports::SystemCode InetOpenedUrl::NoteFailure(ports::SystemCode code) {
+  const bool has_stalled = code == ports::kInternetCancelled && watch_.IsStalled();
+  return failure_ = has_stalled ? ports::kInternetTimeout : code;
+}
+
+ports::WaitHandler InetOpenedUrl::BeginWaiting() {
+  failure_ = 0;
+  watch_.Start();
+  return [this] { return MayWait() && !watch_.IsStalled(); };
+}
+
+bool InetOpenedUrl::HasBrokenOff() const {
+  return MeansBrokenOff(failure_);
 }
 
 bool InetOpenedUrl::IsHttp() const {
@@ -176,10 +207,17 @@ void InetOpenedUrl::Keep(std::shared_ptr<InetConnection> connection, const std::
   url_ = url;
 }
 
-bool InetOpenedUrl::MayWait() const {
-  if (may_wait_) return may_wait_();
-  ports::CurrentPorts().front_end->RunPendingEvents();
-  return true;
+bool InetOpenedUrl::MayWait() {
+  ports::Clock& clock = *ports::CurrentPorts().clock;
+  const std::int64_t begin = clock.TickCount();
+  bool may_wait = true;
+  if (may_wait_) {
+    may_wait = may_wait_();
+  } else {
+    ports::CurrentPorts().front_end->RunPendingEvents();
+  }
+  watch_.Excuse(clock.TickCount() - begin);
+  return may_wait;
 }
 
 }  // namespace tmw

@@ -7,6 +7,7 @@
 
 #include "ports/internet.h"
 #include "transfer/inet_connection.h"
+#include "transfer/stall_watch.h"
 
 namespace tmw {
 
@@ -17,12 +18,12 @@ InetProtocol ClassifyUrl(std::string_view url);
 
 // An opened URL, read from its beginning or from a given position. Pending window events are
 // processed while an opening or a seek waits for the server; between reads the reader processes
-// them.
+// them through MayWait. A server that stalls is a failure of any of these.
 class InetOpenedUrl {
  public:
   InetOpenedUrl() = default;
-  // may_wait is called about every tenth of a second while an opening or a seek waits (on Linux)
-  // and processes pending events itself; if it returns false, the operation fails. May be empty.
+  // may_wait is called about every tenth of a second while an opening or a seek waits and processes
+  // pending events itself; if it returns false, the operation fails. May be empty.
   explicit InetOpenedUrl(ports::WaitHandler may_wait);
   InetOpenedUrl(const InetOpenedUrl&) = delete;
   InetOpenedUrl& operator=(const InetOpenedUrl&) = delete;
@@ -54,8 +55,14 @@ class InetOpenedUrl {
   void CloseHandle();
 
   // To be called between reads: processes pending events, returns false if the reader should give
-  // up.
-  bool MayWait() const;
+  // up. The time that this takes does not count as the server's silence.
+  bool MayWait();
+
+  // In bytes, as announced; -1 if it was not, and while closed.
+  std::int64_t WholeLength() const { return request_ == nullptr ? -1 : request_->WholeLength(); }
+
+  // Whether the last failure was a connection that could not be made or that broke off.
+  bool HasBrokenOff() const;
   const std::string& Url() const { return url_; }  // of the last successful opening
 
   // nullptr while closed.
@@ -66,11 +73,16 @@ class InetOpenedUrl {
       const std::shared_ptr<InetConnection>& connection, const std::string& url,
       std::uint32_t flags);
   bool IsHttp() const;
+  ports::Status Seek(std::int32_t position);
+  ports::SystemCode NoteFailure(ports::SystemCode code);
+  ports::WaitHandler BeginWaiting();
   void Keep(std::shared_ptr<InetConnection> connection, const std::string& url);
 
   ports::WaitHandler may_wait_;
   std::string url_;
   std::uint32_t open_flags_ = 0;
+  StallWatch watch_;
+  ports::SystemCode failure_ = 0;  // of the last operation that failed
   InetProtocol protocol_ = InetProtocol::kUnknown;
   std::int32_t context_ = 0;  // its address is the request's context value
   // Declared before the request: a request is closed before its session.

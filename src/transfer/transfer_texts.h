@@ -17,11 +17,16 @@ inline std::string SeekingUrlFailed(const std::string& url) {
 }
 
 inline std::string HttpError(std::int32_t code, const std::string& reason) {
-  return "Ошибка HTTP " + std::to_string(code) + ": " + reason;
+  return "Ошибка HTTP " + std::to_string(code) + ": " + OneLine(reason);
 }
 
 inline std::string TooLong(const std::string& url, std::int64_t max_bytes) {
   return "Файл " + Quoted(url) + " больше допустимого (" + std::to_string(max_bytes) + " байт).";
+}
+
+inline std::string ShorterThanPart(const std::string& url) {
+  return LoadingFailed(url) + std::string(kCrLf) +
+         "Сервер предлагает файл короче уже загруженной части. Загруженная часть сохранена.";
 }
 
 inline std::string OpeningFailed(const std::string& file_name) {

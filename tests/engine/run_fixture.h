@@ -109,11 +109,16 @@ class RunTest : public testing::Test {
       peer.Send("HTTP/1.1 404 Not Found\r\nConnection: close\r\nContent-Length: 0\r\n\r\n");
       return;
     }
-    const std::string body = sandbox_.Read(path);
+    std::string body = sandbox_.Read(path);
     const bool is_cut = path.ends_with("/f1.tmz") && cuts_left_-- > 0;
-    peer.Send(
-        "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) +
-        "\r\n\r\n" + body.substr(0, is_cut ? body.size() / 2 : body.size()));
+    const std::size_t range = head.find("Range: bytes=");
+    const std::size_t first = range == std::string::npos ? 0 : std::stoul(head.substr(range + 13));
+    const std::string place = "206 Part\r\nContent-Range: bytes " + std::to_string(first) + "-" +
+                              std::to_string(body.size() - 1) + "/" + std::to_string(body.size());
+    body.erase(0, first);
+    peer.Send("HTTP/1.1 " + (first == 0 ? "200 OK" : place) + "\r\nConnection: close" +
+              "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
+              body.substr(0, is_cut ? body.size() / 2 : body.size()));
   }
 
   Sandbox sandbox_;

@@ -111,17 +111,32 @@ TEST_F(RunTest, ACancelIsHeardInEveryDownloadOfThePreparation) {
   }
 }
 
-TEST_F(RunTest, ABrokenTransferThatRestedForAQuestionIsTriedOnceMore) {
+TEST_F(RunTest, ABrokenTransferIsContinuedAndNamedIfThatDoesNotHelp) {
   Publish();
   const std::string url = server_.Url("/TMW_3.6.0.2/f1.tmz");
-  // Milliseconds that every check takes, and how many answers are cut.
-  for (const auto& [rest, cuts, is_done] :
-       {std::tuple(999, 1, false), {1000, 9, false}, {1000, 1, true}}) {
+  for (const auto& [cuts, is_done] : {std::pair(9, false), {1, true}}) {
     cuts_left_ = cuts;
-    clock_.step = rest;
     front_end_.answers = {true};
     EXPECT_EQ(Run().back().starts_with("error|Ошибка загрузки файла \"" + url), !is_done);
     EXPECT_EQ(updated_, is_done);
+  }
+}
+
+TEST_F(RunTest, APartThatDoesNotBelongToTheFileIsReplacedSilently) {
+  for (const bool is_longer : {false, true}) {
+    Publish();
+    const std::size_t size = sandbox_.Read("server/TMW_3.6.0.2/f1.tmz").size();
+    sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/Parts/Программа.dll.tmz.part",
+                   std::string(is_longer ? size + 1 : 10, 'x'));
+    front_end_.answers = {true};
+    EXPECT_EQ(Run(), Log{Volume(SumOf(sandbox_, {"f1.tmz", "f2.tmz"}))});
+    EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), "new program");
+    const Log requests = Requests();
+    if (!kOnWindows) {  // Wine's layer cannot continue
+      EXPECT_EQ(std::count(requests.begin(), requests.end(), "/TMW_3.6.0.2/f1.tmz"),
+                is_longer ? 1 : 3);
+    }
+    std::filesystem::remove_all(ToPath(Path("Продукт")));
   }
 }
 

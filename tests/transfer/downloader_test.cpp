@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <memory>
 #include <utility>
@@ -7,6 +9,7 @@
 #include "tests/support/scripted_server.h"
 #include "tests/transfer/download_fixture.h"
 #include "transfer/inet.h"
+#include "transfer/stall_watch.h"
 
 namespace tmw {
 namespace {
@@ -139,6 +142,67 @@ TEST_F(Downloader, ANamedProxyIsAskedExceptForBypassedHosts) {
   EXPECT_TRUE(proxy.Heads().at(0).starts_with("GET " + server.Url("/f") + " HTTP/1."));
 }
 
+TEST_F(Downloader, AConnectionThatBreaksOffIsContinuedTwiceAfterPausesThatCanBeCancelled) {
+  if (tests::kOnWindows) return;  // Wine's layer cannot continue
+  const struct {
+    std::size_t cuts;  // answers that break off after 4 bytes
+    bool wants_cancel;
+    const char* outcome;
+    const char* left;
+    std::size_t requests;
+    int pauses;  // in slices
+  } cases[] = {{2, false, "done", "0123456789abcdef", 5, 40},
+               {3, false, "Соединение с сервером неожиданно прервано.", "0123456789ab", 5, 40},
+               {3, true, "cancelled", "0123", 1, 1}};
+  for (const auto& c : cases) {
+    tests::HandClock clock;
+    ports_->clock = &clock;
+    const tests::ScriptedServer server([&c](Peer& peer, const std::string& head) {
+      const std::size_t range = head.find("Range: bytes=");
+      const std::size_t first =
+          range == std::string::npos ? 0 : std::stoul(head.substr(range + 13));
+      const std::string place =
+          "206 Part\r\nContent-Range: bytes " + std::to_string(first) + "-15/16";
+      peer.Send("HTTP/1.1 " + (first == 0 ? "200 OK" : place) + "\r\nConnection: close" +
+                "\r\nContent-Length: " + std::to_string(16 - first) + "\r\n\r\n" +
+                std::string("0123456789abcdef").substr(first, first < 4 * c.cuts ? 4 : 16));
+    });
+    const tests::Sandbox sandbox;
+    tests::Listener listener;
+    bool is_pausing = false;
+    clock.on_sleep = [&] { is_pausing = clock.sleeps.back() == 100; };
+    listener.wants_cancel = [&] { return c.wants_cancel && is_pausing; };
+    const std::string outcome = tests::Download(listener, server.Url("/f"), sandbox.Path("f"));
+    EXPECT_TRUE(outcome.starts_with(c.outcome)) << outcome;
+    EXPECT_EQ(sandbox.Read(outcome == "done" ? "f" : "f.part"), c.left);
+    EXPECT_EQ(server.Heads().size(), c.requests);
+    EXPECT_EQ(std::count(clock.sleeps.begin(), clock.sleeps.end(), 100), c.pauses);
+  }
+}
+
+TEST(StallWatch, AKibibyteMustArriveEveryMinuteThatIsSpentWaiting) {
+  const tests::ScopedPorts ports;
+  tests::HandClock clock;
+  ports->clock = &clock;
+  // Bytes at the start, bytes every second, milliseconds spent elsewhere; the stall, in seconds.
+  for (const auto& [burst, a_second, elsewhere, stall] : {std::array{0, 0, 0, 60},
+                                                          {100'000, 0, 0, 60},
+                                                          {0, 17, 0, 60},
+                                                          {0, 18, 0, 1000},
+                                                          {0, 0, 5000, 65}}) {
+    StallWatch watch;
+    watch.Start();
+    watch.NoteArrived(burst);
+    watch.Excuse(elsewhere);
+    int seconds = 0;
+    for (; seconds < 1000 && !watch.IsStalled(); ++seconds) {
+      clock.now += 1000;
+      watch.NoteArrived(a_second);
+    }
+    EXPECT_EQ(seconds, stall);
+  }
+}
+
 // Wherever a call waits for the server, the listener is asked.
 TEST_F(Downloader, ACancelIsHeardWhileTheServerIsSilent) {
   if (tests::kOnWindows) return;  // the calls of the Windows layer block
@@ -163,7 +227,7 @@ TEST_F(Downloader, ACancelIsHeardWhileTheServerIsSilent) {
     tests::Listener listener;
     ports::Clock& clock = *ports_->clock;
     listener.wants_cancel = [&clock, begin = clock.TickCount()] {
-      return clock.TickCount() - begin >= 250;  // half of the session's stall limit
+      return clock.TickCount() - begin >= ports::kInternetStallLimit / 2;
     };
     EXPECT_EQ(tests::Download(listener, server.Url("/f"), sandbox_.Path("f")), "cancelled");
     EXPECT_EQ(sandbox_.Read("f.part"), c.left);

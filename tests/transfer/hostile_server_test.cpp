@@ -44,10 +44,10 @@ Script ToRange(const Text& head, const Text& body) {
 }
 
 void Drip(Peer& peer, const Text& /*head*/) {
-  peer.Send("HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n");
-  for (const char* const byte : {"0", "1", "2", "3", "4"}) {
+  peer.Send("HTTP/1.1 200 OK\r\nContent-Length: 5120\r\n\r\n");
+  for (int i = 0; i < 5; ++i) {
     Peer::Pause(200);
-    peer.Send(byte);
+    peer.Send(Text(1024, 'x'));
   }
 }
 
@@ -66,6 +66,14 @@ Script SilentSecondTime() {
     peer.Send(kWhole);
   };
 }
+
+// A page of the network, whatever was asked for.
+Script Login(const Text& header) {
+  return Answer("200 OK\r\nConnection: close\r\n" + header, "<html>");
+}
+
+const Text kShorter =
+    "Сервер предлагает файл короче уже загруженной части. Загруженная часть сохранена.";
 
 struct Case {
   const char* name;
@@ -86,19 +94,20 @@ const std::vector<Case>& OnEverySystem() {
       {"chunks", Answer(kChunks, "4\r\n0123\r\n1\r\n4\r\n0\r\n\r\n"), "", "done", "01234"},
       {"a packed body", Answer("200 OK\r\nContent-Encoding: gzip", kBody), "", "done", kBody},
       {"an interim answer first", Answer("100 Continue", kWhole), "", "done", kBody},
-      {"drops that never pause for long", Drip, "", "done", "01234"},
+      {"drops that never pause for long", Drip, "", "done", Text(5120, 'x')},
       {"a redirect without a target", Answer("302 Found", kBody), "", "done", kBody},
-      {"less than announced", Answer(kTen, "0123"), "", "12030", "0123"},
-      {"nothing of what was announced", Answer(kTen, ""), "", "12030", ""},
+      {"less than announced", Answer(kTen, "0123"), "", "12030", "0123", 7},
+      {"nothing of what was announced", Answer(kTen, ""), "", "12030", "", 3},
       {"404 with a page", Answer("404 Not Found", "<html>"), "", "HTTP 404: Not Found", "-"},
       {"500 keeps the side file", Answer("500 Oops", "<html>"), "ABCD", "HTTP 500: Oops", "ABCD"},
+      {"an endless reason", Answer("403 " + Text(300, 'x') + "\t", ""), "", "403: " + Text(200, 'x') + "…", "-"},
       {"a status without words", Answer("599", ""), "", "Ошибка HTTP 599: ", "-"},
       {"words of 1251", Answer("403 \xCD\xE5\xEB\xFC\xE7\xFF", ""), "", "HTTP 403: Нельзя", "-"},
       {"the rest", ToRange(kPart + "4-9/10", "456789"), "ABCD", "done", "ABCD456789", 2},
       {"of an unknown whole", ToRange(kPart + "4-9/*", "456789"), "ABCD", "done", "ABCD456789", 2},
       {"nothing left", ToRange(kNoMore, "<html>"), "ABCDEFGHIJ", "done", "ABCDEFGHIJ", 2},
       {"nothing left, no numbers", ToRange("416 No", "<"), "ABCDEFGHIJ", "done", "ABCDEFGHIJ", 2},
-      {"beyond the end", ToRange(kNoMore, "<html>"), "ABCDEFGHIJKL", "done", kBody, 3},
+      {"beyond the end", ToRange(kNoMore, "<html>"), "ABCDEFGHIJKL", kShorter, "ABCDEFGHIJKL", 3},
       {"the whole, not the rest", ToRange(kTen, kBody), "ABCD", "done", kBody, 3},
       {"another range", ToRange(kPart + "5-9/10", "56789"), "ABCD", "done", kBody, 3},
       {"a gap at the end", ToRange(kPart + "4-8/10", "45678"), "ABCD", "done", kBody, 3},
@@ -106,7 +115,10 @@ const std::vector<Case>& OnEverySystem() {
       {"a range that is not told", ToRange("206 Part", "456789"), "ABCD", "done", kBody, 3},
       {"an error for the rest", ToRange("503 Busy", "<html>"), "ABCD", "done", kBody, 3},
       {"a rest that breaks off", ToRange(kPart + "4-9/10\r\nContent-Length: 6", "45"), "ABCD",
-       "12030", "ABCD45", 2},
+       "done", kBody, 5},
+      {"a login page", Login("Content-Length: 6"), "ABCDEFGHIJ", kShorter, "ABCDEFGHIJ", 3},
+      {"one without a length", Login("A: b"), "ABCDEFGHIJ", kShorter, "ABCDEFGHIJ", 3},
+      {"the whole, without a length", Answer("200 OK", kBody), "ABCD", "done", kBody, 3},
   };
   return cases;
 }
@@ -114,21 +126,21 @@ const std::vector<Case>& OnEverySystem() {
 // What Wine's WinINet forgives or reports with another code.
 const std::vector<Case>& OnLinux() {
   static const std::vector<Case> cases = {
-      {"a reset in the body", Answer(kTen, "0123", &Peer::Reset), "", "12031", "0123"},
-      {"cut chunks", Answer(kChunks, "4\r\n0123\r\n8\r\n4"), "", "12030", "01234"},
-      {"chunks without a length", Answer(kChunks, "zz\r\n0123"), "", "12031", ""},
-      {"a stall in the body", Answer(kTen, "0123", &Peer::Stall), "", "12002", "0123"},
-      {"no answer", Raw("", &Peer::Stall), "", "12002", "-"},
-      {"a stall in the headers", Raw("HTTP/1.1 200 OK\r\nA: b\r\n", &Peer::Stall), "", "12002", "-"},
-      {"an end instead of an answer", Raw(""), "", "12152", "-"},
-      {"a reset instead of an answer", Raw("", &Peer::Reset), "", "12031", "-"},
+      {"a reset in the body", Answer(kTen, "0123", &Peer::Reset), "", "12031", "0123", 7},
+      {"cut chunks", Answer(kChunks, "4\r\n0123\r\n8\r\n4"), "", "12030", "01234", 7},
+      {"chunks without a length", Answer(kChunks, "zz\r\n0123"), "", "12031", "", 3},
+      {"a stall in the body", Answer(kTen, "0123", &Peer::Stall), "", "12002", "0123", 7},
+      {"no answer", Raw("", &Peer::Stall), "", "12002", "-", 3},
+      {"a stall in the headers", Raw("HTTP/1.1 200 OK\r\nA: b\r\n", &Peer::Stall), "", "12002", "-", 3},
+      {"an end instead of an answer", Raw(""), "", "12030", "-", 3},
+      {"a reset instead of an answer", Raw("", &Peer::Reset), "", "12031", "-", 3},
       {"another protocol", Raw("220 ready\r\n\r\n"), "", "12152", "-"},
       {"no length", Answer("200 OK\r\nContent-Length: ten", kBody), "", "12152", "-"},
       {"endless headers", FloodHeaders, "", "12152", "-"},
       {"a part nobody asked for", Answer(kPart + "0-3/10", "0123"), "", "12152", "-"},
       {"an endless redirect", Answer("302 Found\r\nLocation: /again", ""), "", "12156", "-", 11},
       {"a redirect to a file", Answer("302 Found\r\nLocation: file:///f", ""), "", "12006", "-"},
-      {"silence keeps the side file", SilentSecondTime(), "ABCD", "12002", "ABCD", 3},
+      {"silence keeps the side file", SilentSecondTime(), "ABCD", "12002", "ABCD", 4},
   };
   return cases;
 }
@@ -147,7 +159,8 @@ class HostileServer : public tests::DownloadTest {
     tests::Listener listener;
     const Text outcome = tests::Download(listener, server.Url("/a"), sandbox.Path("Файл.tmz"));
     const bool resumes = !c.part.empty() && c.requests == 2;
-    const bool starts_again = !kCanSeek && !c.part.empty() && c.requests > 1;
+    const bool starts_again =
+        !kCanSeek && !c.part.empty() && c.requests > 1 && c.outcome != kShorter;
     const Text expected = starts_again ? "done"
                           : c.outcome.starts_with("12")
                               ? GetApiErrorText(std::stoi(c.outcome), "wininet.dll")
@@ -158,7 +171,10 @@ class HostileServer : public tests::DownloadTest {
     EXPECT_EQ(sandbox.Has("Файл.tmz.part"), !is_done && c.left != "-");
     const Text left = c.left == "-" ? "-" : sandbox.Read(is_done ? "Файл.tmz" : "Файл.tmz.part");
     EXPECT_EQ(left, starts_again ? kBody : c.left);
-    EXPECT_EQ(listener.skipped, resumes && kCanSeek ? static_cast<int>(c.part.size()) : -1);
+    EXPECT_FALSE(sandbox.Has("Файл.tmz.part.new"));
+    if (c.requests <= 3 && is_done) {
+      EXPECT_EQ(listener.skipped, resumes && kCanSeek ? static_cast<int>(c.part.size()) : -1);
+    }
     EXPECT_TRUE(!kCanSeek || server.Heads().size() == c.requests) << server.Heads().size();
   }
 };

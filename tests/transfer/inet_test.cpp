@@ -95,7 +95,7 @@ TEST_F(Inet, TheSecondUrlIsTriedOnlyWhenTheFirstFailsAndBothFailuresAreTold) {
                {"/cut", "/good", true, "", 2},
                {"/no", "", false, NotFound("/no"), 1},
                {"/no", "/nor", false, NotFound("/no") + "\r\n" + NotFound("/nor"), 2},
-               {"/no", "/cut", false, NotFound("/no") + "\r\n" + cut, 2}};
+               {"/no", "/cut", false, NotFound("/no") + "\r\n" + cut, 6}};
   for (const auto& c : cases) {
     const std::size_t before = server_.Heads().size();
     const std::string second = c.second.empty() ? "" : server_.Url(c.second);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
@@ -48,7 +49,6 @@ ports::Status CurlTransfer::Start(const std::string& url, std::int64_t position)
   status_code_ = 0;
   status_text_.clear();
   end_code_ = abort_code_ = 0;
-  silence_ = milliseconds::zero();
   SetOptions(url, position);
   if (curl_multi_add_handle(core_->multi.Get(), easy_.Get()) != CURLM_OK)
     return ports::Status::Failure(internet_codes::kInternalError);
@@ -116,7 +116,7 @@ void CurlTransfer::SetProxy(const std::string& url) {
 
 ports::Status CurlTransfer::AwaitAnswer(const ports::WaitHandler& on_wait) {
   for (;;) {
-    if (!Pump()) return ports::Status::Failure(internet_codes::kTimeout);
+    Pump();
     if (is_answered_) return ports::Status::Success();
     if (is_done_)
       return end_code_ == 0 ? ports::Status::Success() : ports::Status::Failure(end_code_);
@@ -124,28 +124,21 @@ ports::Status CurlTransfer::AwaitAnswer(const ports::WaitHandler& on_wait) {
   }
 }
 
-bool CurlTransfer::Pump() {
+void CurlTransfer::Pump() {
   using Clock = std::chrono::steady_clock;
   const auto start = Clock::now();
   const bool was_answered = is_answered_;
-  is_alive_ = false;
   Resume();
   for (;;) {
     int running = 0;
     curl_multi_perform(core_->multi.Get(), &running);
     CollectEnded();
-    if (HasBytes() || is_done_ || is_answered_ != was_answered) break;
+    if (HasBytes() || is_done_ || is_answered_ != was_answered) return;
     const auto passed = std::chrono::duration_cast<milliseconds>(Clock::now() - start);
-    if (passed >= kSlice) {
-      // Far longer than a slice: this process was stopped, and the server is not to blame.
-      silence_ = is_alive_ ? milliseconds::zero() : silence_ + std::min(passed, 2 * kSlice);
-      return silence_ < core_->stall_limit;
-    }
+    if (passed >= kSlice) return;
     const auto rest = static_cast<int>((kSlice - passed).count());
     curl_multi_poll(core_->multi.Get(), nullptr, 0, rest, nullptr);
   }
-  silence_ = milliseconds::zero();
-  return true;
 }
 
 void CurlTransfer::Resume() {
@@ -174,7 +167,7 @@ void CurlTransfer::NoteEnd(CURLcode result) {
 std::size_t CurlTransfer::OnBody(char* data, std::size_t size, std::size_t count, void* owner) {
   auto& self = *static_cast<CurlTransfer*>(owner);
   const std::size_t length = size * count;
-  self.is_alive_ = self.is_answered_ = true;
+  self.is_answered_ = true;
   if (self.HasBytes() && self.buffer_.size() + length > kBufferLimit) {
     self.is_paused_ = true;
     return CURL_WRITEFUNC_PAUSE;
@@ -186,7 +179,6 @@ std::size_t CurlTransfer::OnBody(char* data, std::size_t size, std::size_t count
 std::size_t CurlTransfer::OnHeader(char* data, std::size_t size, std::size_t count, void* owner) {
   auto& self = *static_cast<CurlTransfer*>(owner);
   const std::string_view line(data, size * count);
-  self.is_alive_ = true;
   self.header_bytes_ += line.size();
   if (self.header_bytes_ > kMaxHeaderBytes) {
     self.abort_code_ = internet_codes::kInvalidServerResponse;

@@ -2,7 +2,6 @@
 
 #include <curl/curl.h>
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -30,7 +29,6 @@ struct EasyTraits {
 // request follows another on the same connection.
 struct CurlCore {
   ports::InternetSessionOptions options;
-  std::chrono::milliseconds stall_limit{};
   tmw::UniqueHandle<MultiTraits> multi;
 };
 
@@ -53,8 +51,8 @@ class CurlTransfer {
   ports::Status AwaitAnswer(const ports::WaitHandler& on_wait);
 
   // Runs the transfer until its answer, bytes or its end have arrived, or until a time slice has
-  // passed. Returns false if the server has been silent for the stall limit.
-  bool Pump();
+  // passed.
+  void Pump();
 
   // The answer. An FTP file that came through an HTTP proxy has an HTTP answer too.
   bool IsHttp() const { return is_http_; }
@@ -94,12 +92,10 @@ class CurlTransfer {
   bool is_answered_ = false;
   bool is_done_ = false;
   bool is_paused_ = false;
-  bool is_alive_ = false;  // something has arrived since the slice began
   std::int32_t status_code_ = 0;
   std::string status_text_;
   ports::SystemCode end_code_ = 0;
-  ports::SystemCode abort_code_ = 0;     // why a callback of ours ended the transfer
-  std::chrono::milliseconds silence_{};  // waited without a byte
+  ports::SystemCode abort_code_ = 0;  // why a callback of ours ended the transfer
 };
 
 }  // namespace platform

@@ -74,8 +74,7 @@ class CurlRequest final : public ports::InternetRequest {
   ports::Outcome<ports::InternetChunk> Read(void* buffer, std::uint32_t length) override {
     using Result = ports::Outcome<ports::InternetChunk>;
     if (is_spoiled_) return Result::Failure(ports::kInternetWrongState);
-    if (!transfer_.HasBytes() && !transfer_.IsDone() && !transfer_.Pump())
-      return Result::Failure(internet_codes::kTimeout);
+    if (!transfer_.HasBytes() && !transfer_.IsDone()) transfer_.Pump();
     if (transfer_.HasBytes()) {
       const std::uint32_t count = transfer_.Take(buffer, length);
       position_ += count;
@@ -98,6 +97,8 @@ class CurlRequest final : public ports::InternetRequest {
     is_spoiled_ = false;
     return ports::Status::Success();
   }
+
+  std::int64_t WholeLength() override { return whole_length_; }
 
   ports::Outcome<std::int32_t> HttpStatusCode() override {
     using Result = ports::Outcome<std::int32_t>;
@@ -204,8 +205,6 @@ class CurlSession final : public ports::InternetSession {
 
 class CurlInternet final : public ports::Internet {
  public:
-  explicit CurlInternet(std::int32_t stall_limit) : stall_limit_(stall_limit) {}
-
   ports::Outcome<std::unique_ptr<ports::InternetSession>> OpenSession(
       const ports::InternetSessionOptions& options) override {
     using Result = ports::Outcome<std::unique_ptr<ports::InternetSession>>;
@@ -213,20 +212,17 @@ class CurlInternet final : public ports::Internet {
       return Result::Failure(internet_codes::kInternalError);
     auto core = std::make_shared<CurlCore>();
     core->options = options;
-    core->stall_limit = stall_limit_;
     core->multi.Reset(curl_multi_init());
     if (!core->multi) return Result::Failure(ENOMEM);
     return Result::Success(std::make_unique<CurlSession>(std::move(core)));
   }
-
- private:
-  std::chrono::milliseconds stall_limit_;
 };
 
 }  // namespace
 
-std::unique_ptr<ports::Internet> MakeInternet(std::int32_t stall_limit) {
-  return std::make_unique<CurlInternet>(stall_limit);
+// Nothing blocks here, so callers measure.
+std::unique_ptr<ports::Internet> MakeInternet(std::int32_t /*stall_limit*/) {
+  return std::make_unique<CurlInternet>();
 }
 
 }  // namespace platform

@@ -54,7 +54,7 @@ ports::SystemCode FromBrokenConnection(CURL* easy) {
   long proxy_status = 0;
   curl_easy_getinfo(easy, CURLINFO_HTTP_CONNECTCODE, &proxy_status);
   if (proxy_status == kProxyWantsLogin) return kLoginFailure;
-  return proxy_status >= kFirstErrorStatus ? kProxyUnreachable : kConnectionReset;
+  return proxy_status >= kFirstErrorStatus ? kProxyUnreachable : ports::kInternetReset;
 }
 
 }  // namespace
@@ -64,13 +64,13 @@ ports::SystemCode FromCurl(CURLcode result, CURL* easy) {
     case CURLE_URL_MALFORMAT:
       return kInvalidUrl;
     case CURLE_COULDNT_RESOLVE_HOST:
-      return kNameNotResolved;
+      return ports::kInternetNameNotResolved;
     case CURLE_COULDNT_RESOLVE_PROXY:
     case CURLE_PROXY:
       return kProxyUnreachable;
     case CURLE_COULDNT_CONNECT:
     case CURLE_FTP_CANT_GET_HOST:
-      return kCannotConnect;
+      return ports::kInternetCannotConnect;
     case CURLE_LOGIN_DENIED:
       return kLoginFailure;
     case CURLE_REMOTE_ACCESS_DENIED:
@@ -84,16 +84,16 @@ ports::SystemCode FromCurl(CURLcode result, CURL* easy) {
     case CURLE_RANGE_ERROR:
       return kInvalidOperation;
     case CURLE_PARTIAL_FILE:
-      return kConnectionAborted;
+    case CURLE_GOT_NOTHING:
+      return ports::kInternetAborted;
     case CURLE_RECV_ERROR:
     case CURLE_SEND_ERROR:
       return FromBrokenConnection(easy);
     case CURLE_OPERATION_TIMEDOUT:
     case CURLE_FTP_ACCEPT_TIMEOUT:
-      return kTimeout;
+      return ports::kInternetTimeout;
     case CURLE_UNSUPPORTED_PROTOCOL:  // AcceptUrl has checked the scheme: it is the answer
     case CURLE_WEIRD_SERVER_REPLY:
-    case CURLE_GOT_NOTHING:
     case CURLE_HTTP2:
     case CURLE_BAD_CONTENT_ENCODING:
     case CURLE_FTP_WEIRD_PASS_REPLY:

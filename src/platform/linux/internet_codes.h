@@ -2,23 +2,18 @@
 
 #include <curl/curl.h>
 
-#include "ports/outcome.h"
+#include "ports/internet.h"
 
 // libcurl's results as the codes of the internet layer, numbered as WinINet numbers them.
 namespace platform::internet_codes {
 
-inline constexpr ports::SystemCode kTimeout = 12002;
 inline constexpr ports::SystemCode kExtendedError = 12003;  // the server refused what was asked
 inline constexpr ports::SystemCode kInternalError = 12004;
 inline constexpr ports::SystemCode kInvalidUrl = 12005;
 inline constexpr ports::SystemCode kUnrecognizedScheme = 12006;
-inline constexpr ports::SystemCode kNameNotResolved = 12007;
 inline constexpr ports::SystemCode kLoginFailure = 12015;
 inline constexpr ports::SystemCode kInvalidOperation = 12016;
 inline constexpr ports::SystemCode kWrongRequestType = 12018;
-inline constexpr ports::SystemCode kCannotConnect = 12029;
-inline constexpr ports::SystemCode kConnectionAborted = 12030;
-inline constexpr ports::SystemCode kConnectionReset = 12031;
 inline constexpr ports::SystemCode kCertificateDate = 12037;
 inline constexpr ports::SystemCode kCertificateName = 12038;
 inline constexpr ports::SystemCode kHttpsToHttpRedirect = 12040;

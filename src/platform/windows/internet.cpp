@@ -80,6 +80,8 @@ class WinInetRequest final : public ports::InternetRequest {
     return ports::Status::Success();
   }
 
+  std::int64_t WholeLength() override { return whole_length_; }
+
   ports::Outcome<std::int32_t> HttpStatusCode() override {
     using Result = ports::Outcome<std::int32_t>;
     DWORD code = 0;
