@@ -70,7 +70,10 @@ bool TryUnpackComponent(const ComponentPlaces& places, const ComponentFacts& exp
   }
   DeleteFile(unpacked);
   std::string reason;
-  if (!UnrarOneFile(part, expected.Name, SplitFileName(unpacked).Folder, "", reason)) {
+  const std::int64_t max_length = expected.ExpectedLength == kNoLength
+                                      ? MaxUnpacked(expected.ServerSize)
+                                      : expected.ExpectedLength;
+  if (!UnrarOneFile(part, expected.Name, SplitFileName(unpacked).Folder, "", reason, max_length)) {
     return Refuse(fault, engine_texts::NotUnpacked(expected.Name, reason + "."), part);
   }
   DeleteFile(part);

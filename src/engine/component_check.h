@@ -10,12 +10,14 @@
 // in words, and has deleted the file where it must not be used again.
 namespace tmw {
 
+inline constexpr std::int32_t kNoLength = -1;  // of a table; its text is verified by the hash alone
+
 // What the manifest says of a component.
 struct ComponentFacts {
   std::string Name;                 // installed
   std::int32_t PackType = 0;        // unchecked
   std::int32_t ServerSize = 0;      // bytes
-  std::int32_t ExpectedLength = 0;  // bytes, unpacked; -1: not known
+  std::int32_t ExpectedLength = 0;  // bytes, unpacked, or kNoLength
   std::string ExpectedHash;
 };
 

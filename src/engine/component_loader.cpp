@@ -14,11 +14,6 @@
 #include "services/run_module.h"
 
 namespace tmw {
-namespace {
-
-constexpr std::int32_t kNoLength = -1;  // of a table; its text is verified by the hash alone
-
-}  // namespace
 
 ComponentLoader::ComponentLoader(UpdaterEvents& events, ReleasePaths release,
                                  std::string loading_url)
@@ -110,7 +105,7 @@ bool ComponentLoader::DownloadSrvMiltiFiles(const std::string& folder, const WuP
   if (!Fetch(url, file, check)) return false;
   if (empty_folder_first) DeleteFiles(JoinPath(folder, "*.*"));
   std::string reason;
-  const bool is_unpacked = UnrarAllFiles(file, folder, "", reason);
+  const bool is_unpacked = UnrarAllFiles(file, folder, "", reason, MaxUnpacked(package.PackSize));
   if (!is_unpacked) DownloadError(engine_texts::PackageNotUnpacked(file, reason));
   DeleteFile(file);
   if (is_unpacked) FinishFileProgress();

@@ -12,6 +12,7 @@ namespace tmw {
 // For files whose size is not announced.
 inline constexpr std::int64_t kMaxSmallFile = std::int64_t{1} << 20;  // digest, server list
 inline constexpr std::int64_t kMaxManifestPackage = std::int64_t{64} << 20;
+inline constexpr std::int64_t kMaxManifest = std::int64_t{64} << 20;  // unpacked
 
 // A component may bring twice what is announced, and a mebibyte.
 inline constexpr std::int64_t MaxComponent(std::int32_t announced) {

@@ -79,7 +79,7 @@ bool ReleaseReader::ReadManifest(const std::string& loading_url, const std::stri
   if (!FetchFile(events_, url, package, kMaxManifestPackage)) return false;
   const std::string entry = product_code_ + std::string(names::kManifestFile);
   std::string reason;
-  if (!UnrarOneFile(package, entry, temp_dir_, "", reason)) return Refuse(reason);
+  if (!UnrarOneFile(package, entry, temp_dir_, "", reason, kMaxManifest)) return Refuse(reason);
   DeleteFile(package);
   events_.OnSetMainAction(engine_texts::kParsingFileList);
   const std::string file = JoinPath(temp_dir_, entry);

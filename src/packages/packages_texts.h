@@ -38,6 +38,10 @@ inline std::string ProcessingFailed(const std::string& archive, const std::strin
   return "Ошибка при обработке архивного файла" + which + ":" + std::string(kCrLf) + message;
 }
 
+inline std::string TooLarge(std::int64_t max_bytes) {
+  return "Распакованные данные больше допустимого (" + std::to_string(max_bytes) + " байт).";
+}
+
 // The meaning of a code of the RAR interface.
 inline std::string ResultText(std::int32_t code) {
   switch (code) {

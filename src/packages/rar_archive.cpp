@@ -50,6 +50,9 @@ void RarArchive::OpenArchive(const std::string& archive_name, std::uint32_t open
   record.ArcName = oem_name.c_str();
   record.ArcNameW = wide_name.c_str();
   record.OpenMode = open_mode;
+  record.Callback = &RarArchive::OnLibraryEvent;
+  record.UserData = reinterpret_cast<std::intptr_t>(this);
+  unpacked_ = 0;
   handle_ = CompanionFunctions().RAROpenArchiveEx(&record);
   if (handle_ == nullptr) RaiseRarError(static_cast<std::int32_t>(record.OpenResult));
   ApplyPassword();
@@ -82,6 +85,7 @@ bool RarArchive::ReadHeader(std::string& file_name, std::uint32_t& flags,
   flags = record->Flags;
   packed_size = record->PackSize;
   unpacked_size = record->UnpSize;
+  announced_ = std::uint64_t{record->UnpSizeHigh} << 32U | record->UnpSize;
   return true;
 } catch (...) {
   ReRaiseError(kModule, "ReadHeader");
@@ -94,11 +98,14 @@ void RarArchive::ProcessFile(std::int32_t operation, const std::string& folder,
       !CheckRelativeName(WithSlashes(current_name_)).IsAccepted()) {
     RaiseRarError(ports::kRarCreateFailed);
   }
+  const auto left = static_cast<std::uint64_t>(max_unpacked_ - unpacked_);
+  if (operation == ports::kRarExtractFile && announced_ > left) RaiseTooLarge();
   const std::u16string wide_folder = Utf8ToUtf16(folder);
   const std::u16string wide_name = Utf8ToUtf16(name);
   const int result = CompanionFunctions().RARProcessFileW(
       handle_, operation, folder.empty() ? nullptr : wide_folder.c_str(),
       name.empty() ? nullptr : wide_name.c_str());
+  if (unpacked_ > max_unpacked_) RaiseTooLarge();
   if (result != ports::kRarOk) RaiseRarError(result);
 } catch (...) {
   ReRaiseError(kModule, "ProcessFile");
@@ -143,6 +150,22 @@ void RarArchive::CloseHandle() try {
   ReRaiseError(kModule, "CloseHandle");
 }
 
+// Called by the library before it writes extracted bytes; -1 ends the extraction. The other events
+// are questions for a next volume or a password, which are answered with no.
+int RarArchive::OnLibraryEvent(std::uint32_t message, std::intptr_t user_data, std::intptr_t /*p1*/,
+                               std::intptr_t p2) {
+  constexpr std::intptr_t kVolumeOpened = 1;
+  if (message != ports::kRarProcessData) return p2 == kVolumeOpened ? 0 : -1;
+  auto& self = *reinterpret_cast<RarArchive*>(user_data);
+  self.unpacked_ += p2;
+  return self.unpacked_ > self.max_unpacked_ ? -1 : 0;
+}
+
+void RarArchive::RaiseTooLarge() const {
+  RaiseProgramError(
+      packages_texts::ProcessingFailed(ArchiveName, packages_texts::TooLarge(max_unpacked_)));
+}
+
 void RarArchive::RequireOpen() const {
   if (handle_ == nullptr) RaiseProgramError(packages_texts::kNotOpen);
 }
@@ -159,9 +182,10 @@ namespace {
 // Opens the package, runs the action and closes it; returns false and the description of an error.
 template <typename Action>
 bool TryWithPackage(const std::string& package, const std::string& password,
-                    std::string& error_text, Action action) {
+                    std::string& error_text, std::int64_t max_bytes, Action action) {
   try {
     RarArchive archive;
+    archive.LimitUnpacked(max_bytes);
     if (!password.empty()) archive.SetPassword(password);
     archive.OpenArchive(package, ports::kRarExtract);
     action(archive);
@@ -176,8 +200,9 @@ bool TryWithPackage(const std::string& package, const std::string& password,
 }  // namespace
 
 bool UnrarOneFile(const std::string& package, const std::string& entry_name,
-                  const std::string& folder, const std::string& password, std::string& error_text) {
-  return TryWithPackage(package, password, error_text, [&](RarArchive& archive) {
+                  const std::string& folder, const std::string& password, std::string& error_text,
+                  std::int64_t max_bytes) {
+  return TryWithPackage(package, password, error_text, max_bytes, [&](RarArchive& archive) {
     archive.ExtractFile(entry_name, folder);
     // The companion uses the name as the package spells it. On a system where letter case counts,
     // the caller would not find that file.
@@ -190,8 +215,8 @@ bool UnrarOneFile(const std::string& package, const std::string& entry_name,
 }
 
 bool UnrarAllFiles(const std::string& package, const std::string& folder,
-                   const std::string& password, std::string& error_text) {
-  return TryWithPackage(package, password, error_text,
+                   const std::string& password, std::string& error_text, std::int64_t max_bytes) {
+  return TryWithPackage(package, password, error_text, max_bytes,
                         [&](RarArchive& archive) { archive.ExtractAllFiles(folder); });
 }
 

@@ -1,11 +1,19 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <string>
 
 #include "ports/companion_library.h"
 
 namespace tmw {
+
+inline constexpr std::int64_t kNoUnpackLimit = std::numeric_limits<std::int64_t>::max();
+
+// How much a package may unpack to if no length is known: 64 times its own size, and 64 MiB.
+inline constexpr std::int64_t MaxUnpacked(std::int64_t packed) {
+  return (packed + (std::int64_t{1} << 20)) * 64;
+}
 
 // Reads a package through the companion library. Every failure is a ProgramError whose Russian
 // sentence names the package.
@@ -26,6 +34,10 @@ class RarArchive {
 
   // Used for this archive and every one that is opened later.
   void SetPassword(const std::string& password);
+
+  // Of all entries that are extracted together. What an entry announces is compared before it is
+  // extracted, and one that announces less than it has ends at the limit.
+  void LimitUnpacked(std::int64_t max_bytes) { max_unpacked_ = max_bytes > 0 ? max_bytes : 0; }
 
   // Returns false at the end of the archive. The sizes are the low 32 bits of the real ones.
   bool ReadHeader(std::string& file_name, std::uint32_t& flags, std::uint32_t& packed_size,
@@ -49,20 +61,28 @@ class RarArchive {
   [[noreturn]] void RaiseRarError(std::int32_t code) const;
 
  private:
+  static int COMPANION_CALL OnLibraryEvent(std::uint32_t message, std::intptr_t user_data,
+                                           std::intptr_t p1, std::intptr_t p2);
   void RequireOpen() const;
+  [[noreturn]] void RaiseTooLarge() const;
   void ApplyPassword() const;
 
   ports::RarHandle handle_ = nullptr;
   std::string password_;
   std::string current_name_;
+  std::uint64_t announced_ = 0;  // unpacked size of the current entry
+  std::int64_t max_unpacked_ = kNoUnpackLimit;
+  std::int64_t unpacked_ = 0;  // bytes so far
 };
 
 // Extract one entry, which gets exactly the given name on the disk, or all entries. Return false
-// and the error's description on any failure; what has been written by then stays.
+// and the error's description on any failure, more than max_bytes included; what has been written
+// by then stays.
 [[nodiscard]] bool UnrarOneFile(const std::string& package, const std::string& entry_name,
                                 const std::string& folder, const std::string& password,
-                                std::string& error_text);
+                                std::string& error_text, std::int64_t max_bytes = kNoUnpackLimit);
 [[nodiscard]] bool UnrarAllFiles(const std::string& package, const std::string& folder,
-                                 const std::string& password, std::string& error_text);
+                                 const std::string& password, std::string& error_text,
+                                 std::int64_t max_bytes = kNoUnpackLimit);
 
 }  // namespace tmw

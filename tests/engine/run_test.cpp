@@ -290,7 +290,9 @@ TEST_F(RunTest, WhatFailsItsCheckIsNamedAndNotInstalled) {
     std::string served;  // content of the package served instead
     std::string box;
   } cases[] = {
-      {"length", 1, "longer than announced", fault + "Длина файла не совпадает с ожидаемой."},
+      {"bomb", 1, "longer than announced",
+       unpacking + ":\r\nОшибка при обработке архивного файла "},
+      {"length", 1, "shorter", fault + "Длина файла не совпадает с ожидаемой."},
       {"hash", 1, "new pr0gram", fault + "Контрольная сумма файла не совпадает с ожидаемой."},
       {"text", 3, "new", fault + "Контрольная сумма файла не совпадает с ожидаемой."},
       {"method", 4, "new program", unpacking + ": неизвестный метод упаковки ("},

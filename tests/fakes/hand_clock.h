@@ -12,7 +12,7 @@ class HandClock final : public ports::Clock {
  public:
   std::vector<std::int32_t> sleeps;
   std::int64_t now = 0;
-  std::int64_t step = 0;  // each reading advances the clock
+  std::int64_t step = 0;             // each reading advances the clock
   std::int64_t utc = 1'795'348'800;  // 2026-11-22, noon
   std::function<void()> on_sleep;
 

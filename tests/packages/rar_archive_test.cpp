@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "foundation/encodings.h"
+#include "packing/rar_blocks.h"
 #include "packing/rar_writer.h"
 #include "ports/ports.h"
 #include "tests/support/caught.h"
@@ -117,6 +118,45 @@ TEST(RarArchive, AnEmptyArchiveHasNothingToExtract) {
   EXPECT_TRUE(UnrarAllFiles(package, sandbox.Path("out"), "", error)) << error;
   EXPECT_FALSE(UnrarOneFile(package, "a", sandbox.Path("out"), "", error));
   EXPECT_EQ(error, "Файл \"a\" не найден в архиве \"" + package + "\".");
+}
+
+TEST(RarArchive, NothingUnpacksToMoreThanAllowed) {
+  Sandbox sandbox;
+  const std::string two = MakePackage(sandbox, {"twelve bytes", "two"});
+  // An entry that does not announce its size.
+  const std::string fields = packing::MakeVint(8) + packing::MakeVint(0) + packing::MakeVint(0x20) +
+                             packing::MakeVint(0) + packing::MakeVint(1) + packing::MakeVint(7) +
+                             "unknown";
+  const std::string unknown =
+      sandbox.Write("unknown.rar", packing::MakeBeginning(RarFormat::kRar5) +
+                                       packing::MakeRar5Block(2, 0, fields, "", 100) +
+                                       std::string(100, 'x') + packing::MakeEnd(RarFormat::kRar5));
+  const struct {
+    std::string package;
+    const char* entry;  // nullptr: all of them
+    std::int64_t limit;
+    bool is_done;
+    std::int64_t left;  // bytes of the last entry; -1: no file
+  } cases[] = {{two, "twelve bytes", 12, true, 12},  {two, "twelve bytes", 11, false, -1},
+               {two, "twelve bytes", -1, false, -1}, {two, nullptr, 15, true, 3},
+               {two, nullptr, 14, false, -1},        {unknown, "unknown", 100, true, 100},
+               {unknown, "unknown", 99, false, 0},   {unknown, nullptr, 99, false, 0}};
+  for (const auto& c : cases) {
+    std::filesystem::remove_all(ToPath(sandbox.Path("out")));
+    const std::string out = sandbox.Path("out");
+    std::string error;
+    EXPECT_EQ(c.entry != nullptr ? UnrarOneFile(c.package, c.entry, out, "", error, c.limit)
+                                 : UnrarAllFiles(c.package, out, "", error, c.limit),
+              c.is_done);
+    const std::string limit = std::to_string(c.limit < 0 ? 0 : c.limit);
+    EXPECT_EQ(error, c.is_done ? ""
+                               : Failure(c.package, "Распакованные данные больше допустимого (" +
+                                                        limit + " байт)."));
+    const std::string last = c.entry != nullptr ? c.entry : c.package == two ? "two" : "unknown";
+    const bool has_file = sandbox.Has("out/" + last);
+    EXPECT_EQ(has_file ? static_cast<std::int64_t>(sandbox.Read("out/" + last).size()) : -1,
+              c.left);
+  }
 }
 
 // A library that lists one entry of a given name and would extract whatever it is told to.
