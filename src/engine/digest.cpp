@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "engine/engine_texts.h"
+#include "engine/trust_lines.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/path_guard.h"
@@ -60,6 +61,7 @@ bool TryParseDigest(const std::string& text, std::int32_t own_major, std::int32_
   digest.Version = lines[0];
   if (!TryParseUpdateVersion(digest.Version, digest.VersionNumbers))
     return Refuse(engine_texts::kNoUpdateVersion, reason);
+  if (!TryReadManifestLine(lines, digest.Manifest, reason)) return false;
   return digest.Updater == UpdaterVersionCheck::kGood ||
          TryParseUpdaterDigestPart(lines, digest.UpdaterComponents, reason);
 }

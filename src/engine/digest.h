@@ -11,8 +11,8 @@
 // The version digest, "TMW_version.dat". Lines separated by CR LF:
 //   1      version of the update, exactly four numbers
 //   2      oldest updater that may process it; major and minor number count
-//   later  "updater:name|size|hash", one for each file of the updater itself; further fields and
-//          other lines are ignored
+//   later  "updater:name|size|hash", one for each file of the updater itself, with further fields
+//          ignored; the lines of trust_lines.h; other lines are ignored
 namespace tmw {
 
 // Reads a digest for an updater of that version. Of an updater that is too old nothing else is

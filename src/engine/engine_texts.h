@@ -61,6 +61,17 @@ inline constexpr const char* kUpdateLineShort =
 inline constexpr const char* kUpdateLineSize =
     "Ошибка формата файла версии: ошибка размера файла в сроке Update.";
 
+inline constexpr const char* kLineMissing = "нет";
+inline constexpr const char* kLineTwice = "дважды встречается";
+inline constexpr const char* kLineMalformed = "неверно записана";
+
+// name: of a line of the digest; fault: one of the above.
+inline std::string DigestLineFault(const std::string& name, const std::string& fault) {
+  const bool is_missing = fault == kLineMissing;
+  return "Ошибка формата файла версии: " + fault + (is_missing ? " строки " : " строка ") + name +
+         ".";
+}
+
 inline std::string DigestNotLoaded(const std::string& reason) {
   return "Ошибка загрузки файла с информацией о версии:" + kBreak + reason;
 }
@@ -104,6 +115,19 @@ inline std::string VersionsNotComparable(const std::string& installed,
 // The manifest.
 inline constexpr const char* kGettingFileList = "Получение списка файлов...";
 inline constexpr const char* kParsingFileList = "Разбор списка файлов...";
+
+inline std::string ManifestNotAnnounced(const std::string& url) {
+  return "Список файлов, загруженный по адресу " + Quoted(url) +
+         ", не совпадает с объявленным в файле с информацией о версии: этот сервер отдает "
+         "устаревший, поврежденный или чужой список. На данном компьютере ничего не изменено." +
+         kBreak + kBreak + "Повторите обновление через некоторое время.";
+}
+
+inline std::string ReleaseReplaced(const std::string& begun, const std::string& announced) {
+  return "Пока загружалась версия " + begun + ", на сервере было объявлено другое обновление (" +
+         announced + "). На данном компьютере ничего не изменено." + kBreak + kBreak +
+         "Запустите обновление еще раз.";
+}
 
 inline std::string NoXmlComponent(const std::string& reason) {
   return "Ошибка при обращении к системной компоненте поддержки XML: " + reason + kBreak + kBreak +

@@ -164,7 +164,7 @@ bool KsUpdater::RestartUpdater() try {
 }
 
 bool KsUpdater::DownloadAndParseManifest() try {
-  return Ended(Reader().ReadManifest(loading_url_, digest_.Version, manifest_));
+  return Ended(Reader().ReadManifest(loading_url_, digest_, manifest_));
 } catch (...) {
   ReRaiseError(kRunModule, "DownloadAndParseManifest");
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,12 +33,19 @@ struct WuUpdaterComponent {
   std::string LocalFileName;  // set when it is downloaded
 };
 
+// The manifest's package as the digest announces it.
+struct BoundPackage {
+  std::int64_t Size = 0;
+  std::string Hash;
+};
+
 // The version digest.
 struct Digest {
   std::string Version;  // of the update
   std::array<std::int32_t, 4> VersionNumbers{};
   UpdaterVersionCheck Updater = UpdaterVersionCheck::kGood;
   std::vector<WuUpdaterComponent> UpdaterComponents;  // read only when the updater is replaced
+  std::optional<BoundPackage> Manifest;               // if the digest binds it
 };
 
 // One program file of a release.

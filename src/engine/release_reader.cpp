@@ -1,5 +1,6 @@
 #include "engine/release_reader.h"
 
+#include <optional>
 #include <utility>
 
 #include "engine/digest.h"
@@ -11,6 +12,7 @@
 #include "foundation/contract_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/version.h"
+#include "packages/hash_api.h"
 #include "packages/rar_archive.h"
 #include "ports/clock.h"
 #include "ports/ports.h"
@@ -25,6 +27,11 @@ namespace {
 bool Refuse(const std::string& reason) {
   DownloadError(reason);
   return false;
+}
+
+bool IsAnnounced(const std::string& package, const std::optional<BoundPackage>& announced) {
+  return announced && GetFileLength(package) == announced->Size &&
+         GetFileHash(package) == announced->Hash;
 }
 
 }  // namespace
@@ -71,19 +78,42 @@ bool ReleaseReader::ChooseServer(const std::string& version, std::string& loadin
   return true;
 }
 
-bool ReleaseReader::ReadManifest(const std::string& loading_url, const std::string& version,
+bool ReleaseReader::ReadManifest(const std::string& loading_url, Digest& digest,
                                  Manifest& manifest) {
   events_.OnSetMainAction(engine_texts::kGettingFileList);
   const std::string package = JoinPath(temp_dir_, names::kManifestPackage);
   const std::string url = loading_url + "/" + std::string(names::kManifestPackage);
-  if (!FetchFile(events_, url, package, kMaxManifestPackage)) return false;
+  if (!FetchManifest(url, package, digest)) return false;
   const std::string entry = product_code_ + std::string(names::kManifestFile);
   std::string reason;
   if (!UnrarOneFile(package, entry, temp_dir_, "", reason, kMaxManifest)) return Refuse(reason);
   DeleteFile(package);
   events_.OnSetMainAction(engine_texts::kParsingFileList);
   const std::string file = JoinPath(temp_dir_, entry);
-  return TryParseManifest(file, product_code_, version, manifest, reason) || Refuse(reason);
+  return TryParseManifest(file, product_code_, digest.Version, manifest, reason) || Refuse(reason);
+}
+
+bool ReleaseReader::FetchManifest(const std::string& url, const std::string& package,
+                                  Digest& digest) {
+  const bool is_bound = digest.Manifest.has_value();
+  for (bool is_second = false;; is_second = true) {
+    if (!second_try_.Fetch(url, package, kMaxManifestPackage)) return false;
+    if (!is_bound || IsAnnounced(package, digest.Manifest)) return true;
+    DeleteFile(package);
+    if (is_second) return Refuse(engine_texts::ManifestNotAnnounced(url));
+    if (!ReadDigestAgain(digest)) return false;
+    events_.OnSetMainAction(engine_texts::kGettingFileList);
+  }
+}
+
+bool ReleaseReader::ReadDigestAgain(Digest& digest) {
+  Digest again;
+  if (!ReadDigest(again)) return false;
+  // Every stage so far has judged the release that was announced first.
+  if (again.Version != digest.Version || again.Updater != digest.Updater)
+    return Refuse(engine_texts::ReleaseReplaced(digest.Version, again.Version));
+  digest = std::move(again);
+  return true;
 }
 
 bool ReleaseReader::FetchSmallFile(const std::string& name, const std::string& local,

@@ -20,12 +20,15 @@ class ReleaseReader {
   // Chooses one of the listed servers; loading_url becomes the release's folder there.
   bool ChooseServer(const std::string& version, std::string& loading_url);
 
-  // Refuses a manifest of another product or version.
-  bool ReadManifest(const std::string& loading_url, const std::string& version, Manifest& manifest);
+  // Refuses a manifest of another product or version, or one that differs from what the digest
+  // binds. The digest is then read once more: its release may have been replaced meanwhile.
+  bool ReadManifest(const std::string& loading_url, Digest& digest, Manifest& manifest);
 
  private:
   bool FetchSmallFile(const std::string& name, const std::string& local,
                       std::string (*failure)(const std::string& reason));
+  bool FetchManifest(const std::string& url, const std::string& package, Digest& digest);
+  bool ReadDigestAgain(Digest& digest);
 
   UpdaterEvents& events_;
   std::string product_code_;

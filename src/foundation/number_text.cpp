@@ -107,4 +107,16 @@ double ReadNumberPrefix(std::string_view text, std::size_t* length) {
   return value;
 }
 
+std::optional<std::int64_t> ReadWholeNumber(std::string_view text) {
+  constexpr std::size_t kMostWholeDigits = 18;
+  const bool has_needless_zero = text.size() > 1 && text.front() == '0';
+  if (text.empty() || text.size() > kMostWholeDigits || has_needless_zero ||
+      text.find_first_not_of("0123456789") != std::string_view::npos) {
+    return std::nullopt;
+  }
+  std::int64_t number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
 }  // namespace tmw

@@ -21,6 +21,10 @@ std::string CurrencyToText(std::int64_t ten_thousandths);
 // amount that does not fit.
 std::optional<std::int64_t> ReadCurrency(std::string_view text);
 
+// A decimal number without sign, blanks or needless zeros, of at most 18 digits. Nothing for any
+// other text.
+std::optional<std::int64_t> ReadWholeNumber(std::string_view text);
+
 // Reads the number that a text begins with, up to the first character that is not part of it; a
 // text that begins with none gives 0. The length read goes to length when it is given.
 double ReadNumberPrefix(std::string_view text, std::size_t* length = nullptr);

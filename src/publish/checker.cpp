@@ -40,10 +40,14 @@ class Checker {
   Checker(ReleaseSource& source, std::string folder, const std::string& scratch)
       : source_(source), folder_(std::move(folder)), scratch_(scratch) {}
 
-  bool ReadManifest(Manifest& manifest, Faults& faults) {
+  bool ReadManifest(const Digest& digest, Manifest& manifest, Faults& faults) {
     const std::string package(tmw::names::kManifestPackage);
     const auto fetched = Fetch(package, kMaxManifestPackage, package, faults);
     if (fetched == nullptr) return false;
+    if (digest.manifest && (tmw::GetFileLength(fetched->Path()) != digest.manifest->length ||
+                            HashOfFile(fetched->Path()) != digest.manifest->hash)) {
+      faults.Add(package, texts::kNotTheBoundManifest);
+    }
     const std::string entry =
         std::string(tmw::names::kProductCode) + std::string(tmw::names::kManifestFile);
     std::string reason;
@@ -168,7 +172,7 @@ class ServerCheck {
     for (const UpdaterFile& file : digest.files)
       checker.CheckUpdaterFile(file, faults_);
     Manifest manifest;
-    if (!checker.ReadManifest(manifest, faults_)) return release;
+    if (!checker.ReadManifest(digest, manifest, faults_)) return release;
     CheckHead(manifest, digest.version);
     CheckManifest(manifest, faults_);
     CheckComponents(manifest, checker);
@@ -261,14 +265,15 @@ bool LoadManifest(const std::string& place, Manifest& manifest, Faults& faults) 
   const auto source = OpenReleaseSource(place, scratch.Path());
   std::string reason;
   std::string folder;
+  Digest announced;
   // A server's root announces a release in its digest; a release's own folder has none.
   if (const auto digest =
           source->Fetch(std::string(tmw::names::kDigestFile), kMaxSmallFile, reason)) {
-    const Digest announced = ReadDigest(tmw::ReadFileToString(digest->Path()), faults);
+    announced = ReadDigest(tmw::ReadFileToString(digest->Path()), faults);
     if (announced.version.empty()) return false;
     folder = ReleaseFolder(announced.version) + "/";
   }
-  return Checker(*source, folder, scratch.Path()).ReadManifest(manifest, faults);
+  return Checker(*source, folder, scratch.Path()).ReadManifest(announced, manifest, faults);
 }
 
 }  // namespace publish

@@ -6,8 +6,10 @@
 #include "foundation/contract_names.h"
 #include "foundation/encodings.h"
 #include "foundation/file_names.h"
+#include "foundation/number_text.h"
 #include "foundation/path_guard.h"
 #include "foundation/text.h"
+#include "foundation/utc_day.h"
 #include "foundation/version.h"
 #include "publish/fault_texts.h"
 #include "publish/release_names.h"
@@ -16,6 +18,10 @@ namespace publish {
 namespace {
 
 constexpr std::string_view kUpdaterLine = "updater:";
+const std::string kManifestLine = "manifest:";
+const std::string kProductLine = "product:";
+const std::string kSerialLine = "serial:";
+const std::string kExpiresLine = "expires:";
 
 // The updater splits at CR LF; any other line end would become part of a line.
 std::vector<std::string> LinesOf(const std::string& text, const std::string& place,
@@ -52,6 +58,45 @@ void ReadUpdaterLine(const std::string& line, Digest& digest, Faults& faults) {
   digest.files.push_back(std::move(file));
 }
 
+// The value of the one line of that name, nothing if there is none. The later ones are faults.
+std::optional<std::string> OnlyValue(const std::vector<std::string>& lines, const std::string& name,
+                                     Faults& faults) {
+  std::optional<std::string> value;
+  for (std::size_t i = 2; i < lines.size(); ++i) {
+    if (tmw::LowerCase(lines[i].substr(0, name.size())) != name) continue;
+    if (value) {
+      faults.Add(lines[i], texts::kLineTwice, {name});
+    } else {
+      value = lines[i].substr(name.size());
+    }
+  }
+  return value;
+}
+
+void ReadManifestLine(const std::vector<std::string>& lines, Digest& digest, Faults& faults) {
+  const auto value = OnlyValue(lines, kManifestLine, faults);
+  if (!value) return;
+  const std::vector<std::string> fields = tmw::Split(*value, "|");
+  const auto length = tmw::ReadWholeNumber(fields[0]);
+  if (fields.size() == 2 && length && IsHash(fields[1])) {
+    digest.manifest = BoundManifest{*length, fields[1]};
+  } else {
+    faults.Add(kManifestLine + *value, texts::kNotSizeAndHash);
+  }
+}
+
+// The three lines that come with a signature.
+void ReadSignedPart(const std::vector<std::string>& lines, Digest& digest, Faults& faults) {
+  const auto product = OnlyValue(lines, kProductLine, faults);
+  const auto serial = OnlyValue(lines, kSerialLine, faults);
+  const auto expires = OnlyValue(lines, kExpiresLine, faults);
+  const auto number = serial ? tmw::ReadWholeNumber(*serial) : std::nullopt;
+  if (serial && !number) faults.Add(kSerialLine + *serial, texts::kNotWholeNumber);
+  const auto day = expires ? tmw::ReadUtcDay(*expires) : std::nullopt;
+  if (expires && !day) faults.Add(kExpiresLine + *expires, texts::kNoDay);
+  if (product && number && day) digest.signed_part = SignedPart{*product, *number, *day};
+}
+
 }  // namespace
 
 std::string WriteDigest(const Digest& digest) {
@@ -60,6 +105,15 @@ std::string WriteDigest(const Digest& digest) {
     text.append(kUpdaterLine)
         .append(file.name + "|" + std::to_string(file.length) + "|" + file.hash)
         .append(tmw::kCrLf);
+  }
+  if (digest.manifest) {
+    text += kManifestLine + std::to_string(digest.manifest->length) + "|" + digest.manifest->hash +
+            "\r\n";
+  }
+  if (digest.signed_part) {
+    text += kProductLine + digest.signed_part->product + "\r\n" + kSerialLine +
+            std::to_string(digest.signed_part->serial) + "\r\n" + kExpiresLine +
+            tmw::UtcDayText(digest.signed_part->last_day) + "\r\n";
   }
   return text;
 }
@@ -84,6 +138,8 @@ Digest ReadDigest(const std::string& text, Faults& faults) {
     if (tmw::LowerCase(lines[i].substr(0, kUpdaterLine.size())) == kUpdaterLine)
       ReadUpdaterLine(lines[i], digest, faults);
   }
+  ReadManifestLine(lines, digest, faults);
+  ReadSignedPart(lines, digest, faults);
   std::vector<std::string> names;
   for (const UpdaterFile& file : digest.files)
     names.push_back(file.name);

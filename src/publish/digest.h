@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,10 +17,25 @@ struct UpdaterFile {
   std::string hash;
 };
 
+// The package of the release's manifest.
+struct BoundManifest {
+  std::int64_t length = 0;
+  std::string hash;
+};
+
+// What only a signed digest has.
+struct SignedPart {
+  std::string product;
+  std::int64_t serial = 0;
+  std::int64_t last_day = 0;  // days since 1970-01-01, UTC
+};
+
 struct Digest {
   std::string version;         // empty if it could not be read
   std::string needed_updater;  // older updaters replace themselves with the files first
   std::vector<UpdaterFile> files;
+  std::optional<BoundManifest> manifest;
+  std::optional<SignedPart> signed_part;  // if all its lines are there
 };
 
 std::string WriteDigest(const Digest& digest);

@@ -53,6 +53,10 @@ inline constexpr const char* kOldUpdatersStop =
     "Updaters older than %1 would stop: there is no file to replace themselves by.";
 inline constexpr const char* kNoProgram =
     "The updater starts the first of its files, and this is no program: %1.";
+inline constexpr const char* kLineTwice = "The line %1 comes twice.";
+inline constexpr const char* kNotSizeAndHash = "It is no size and SHA-256 in lower case.";
+inline constexpr const char* kNotWholeNumber = "It is no number.";
+inline constexpr const char* kNoDay = "It is no day, YYYY-MM-DD.";
 inline constexpr const char* kNoAddress = "This is no address of a server: %1.";
 inline constexpr const char* kNoServer = "It names no server.";
 
@@ -84,6 +88,7 @@ inline constexpr const char* kWrongServerLength = "On the server %1 has %2 bytes
 inline constexpr const char* kWrongLength = "It has %1 bytes instead of %2.";
 inline constexpr const char* kDiffersFromDigest = "Its hash differs from the digest's.";
 inline constexpr const char* kDiffersFromManifest = "Its hash differs from the manifest's.";
+inline constexpr const char* kNotTheBoundManifest = "It is not the one that the digest announces.";
 inline constexpr const char* kTextDiffers = "The hash of its text differs from the manifest's.";
 inline constexpr const char* kNotJustText =
     "Its file is not just the text in UTF-16 (a byte-order mark?): an interrupted update would "

@@ -182,8 +182,8 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   builder.AddScripts(options.scripts);
   builder.AddUpdater(options.product, faults);
   const std::string server_list = Encoded(ServerList(description), texts::kInServers, faults);
-  const std::string digest = Encoded(WriteDigest(builder.Announcement()), texts::kInDigest, faults);
   builder.Finish(faults);
+  const std::string digest = Encoded(WriteDigest(builder.Announcement()), texts::kInDigest, faults);
   if (!faults.IsEmpty()) return {};
 
   building.MoveIntoPlace();

@@ -242,8 +242,10 @@ void ReleaseBuilder::Finish(Faults& faults) {
     faults.Add(texts::kInManifest, texts::kManifestTooLong);
     return;
   }
-  PackTogether(std::string(tmw::names::kManifestPackage),
-               {{file, manifest_.product + std::string(tmw::names::kManifestFile)}});
+  const PackageRecord package =
+      PackTogether(std::string(tmw::names::kManifestPackage),
+                   {{file, manifest_.product + std::string(tmw::names::kManifestFile)}});
+  digest_.manifest = BoundManifest{package.length, package.hash};
   WriteWholeFile(PathOf(kListing), Listing());
 }
 

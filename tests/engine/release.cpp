@@ -145,6 +145,11 @@ void WriteRelease(const Release& release, const std::string& folder, const std::
     WriteBytes(writer.Path(name), bytes);
     digest += "updater:" + name + "|" + std::to_string(bytes.size()) + "|" + HashOf(bytes) + "\r\n";
   }
+  if (release.is_bound) {
+    const std::string package = tmw::ReadFileBytes(writer.Path("_PackageManifest.tmz"));
+    digest += "manifest:" + std::to_string(package.size()) + "|" + HashOf(package) + "\r\n";
+  }
+  digest += release.more_lines;
   WriteBytes(folder + "/TMW_links.dat", "\r\n  " + url + "  \r\n");
   WriteBytes(folder + "/TMW_version.dat", digest);
 }

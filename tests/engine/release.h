@@ -31,6 +31,8 @@ struct Release {
   std::string scripts_package = "updates.tmz";
   std::string structures_package = "structures.tmz";
   std::vector<std::pair<std::string, std::string>> updater_components{};  // name, file
+  bool is_bound = false;     // the digest announces the manifest's package
+  std::string more_lines{};  // of the digest
 };
 
 // Writes the release's files into the folder of a server with that address.

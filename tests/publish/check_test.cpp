@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "packages/rar_archive.h"
+#include "publish/file_tree.h"
 #include "publish/scripts.h"
 #include "tests/publish/sample.h"
 
@@ -23,6 +24,17 @@ void Change(const Sandbox& sandbox, const std::string& file, const std::string& 
   sandbox.Write(file, bytes.replace(at, piece.size(), instead));
 }
 
+// Announces the manifest that the release has now, if one is announced.
+void Rebind(const Sandbox& sandbox) {
+  const std::string package = sandbox.Read(kRelease + "_PackageManifest.tmz");
+  std::string digest = sandbox.Read("server/TMW_version.dat");
+  const std::size_t at = digest.find("manifest:");
+  if (at == std::string::npos) return;
+  digest.resize(at);
+  sandbox.Write("server/TMW_version.dat", digest + "manifest:" + std::to_string(package.size()) +
+                                              "|" + publish::HashOfBytes(package) + "\r\n");
+}
+
 void ChangeManifest(const Sandbox& sandbox, const std::string& piece, const std::string& instead) {
   std::string error;
   ASSERT_TRUE(tmw::UnrarAllFiles(sandbox.Path(kRelease + "_PackageManifest.tmz"),
@@ -30,6 +42,7 @@ void ChangeManifest(const Sandbox& sandbox, const std::string& piece, const std:
   Change(sandbox, "unpacked/TMW_manifest.xml", piece, instead);
   Pack(sandbox, kRelease + "_PackageManifest.tmz",
        {{"TMW_manifest.xml", sandbox.Read("unpacked/TMW_manifest.xml")}});
+  Rebind(sandbox);
 }
 
 struct Damage {
@@ -50,11 +63,17 @@ std::function<void(const Sandbox&)> InManifest(const std::string& piece,
 
 std::function<void(const Sandbox&)> Repacked(const std::string& package, const Contents& contents,
                                              bool with_trailer = false) {
-  return [=](const Sandbox& box) { Pack(box, kRelease + package, contents, with_trailer); };
+  return [=](const Sandbox& box) {
+    Pack(box, kRelease + package, contents, with_trailer);
+    Rebind(box);
+  };
 }
 
 std::function<void(const Sandbox&)> Written(const std::string& file, const std::string& bytes) {
-  return [=](const Sandbox& box) { box.Write(file, bytes); };
+  return [=](const Sandbox& box) {
+    box.Write(file, bytes);
+    Rebind(box);
+  };
 }
 
 // Each is tried alone.
@@ -72,6 +91,12 @@ const std::vector<Damage>& Damages() {
       {Digest("Updater", "Up%64ater"), {"Nobody could download it", "Cannot be had as Up%64ater"}},
       {Digest("updater:", "updater:Updater.exe|7|x\r\nUPDATER:"),
        {"no SHA-256", "The name comes twice", "Its hash differs from the digest's"}},
+      {Digest("manifest:", "manifest:1"), {"It is not the one that the digest announces"}},
+      {Digest("manifest:", "Manifest:x"), {"manifest:x1933|"}},
+      {Digest("manifest:", "manifest:1|2\r\nmanifest:"),
+       {"manifest:1|2: It is no size", "The line manifest: comes twice"}},
+      {Digest("manifest:", "serial:-1\r\nexpires:2027-02-29\r\nmanifest:"),
+       {"serial:-1: It is no number", "expires:2027-02-29: It is no day"}},
       {Written(kRelease + "Updater.exe", "upd4ter"), {"Its hash differs from the digest's"}},
       {Written("server/TMW_links.dat", " \r\n"), {"It names no server"}},
       {Written("server/TMW_links.dat", "gopher://a\r\nhttp://\r\nb c\r\nhttp://a/?b\r\na%20b"),
@@ -151,7 +176,7 @@ TEST(Check, AllFaultsAreReportedAtOnce) {
   const Sample sample(sandbox);
   ASSERT_EQ(sample.Publish(), Log{});
   Log expected;
-  for (const std::size_t i : {5U, 13U, 30U, 32U, 37U, 41U}) {
+  for (const std::size_t i : {5U, 17U, 34U, 36U, 41U, 45U}) {
     Damages()[i].spoil(sandbox);
     expected.insert(expected.end(), Damages()[i].faults.begin(), Damages()[i].faults.end());
   }

@@ -9,6 +9,7 @@
 #include "ports/processes.h"
 #include "publish/checker.h"
 #include "publish/difference.h"
+#include "publish/file_tree.h"
 #include "publish/product_files.h"
 #include "tests/fakes/faulty_file_system.h"
 #include "tests/publish/sample.h"
@@ -26,9 +27,11 @@ TEST(Publish, TheRootHasItsTwoTextsAndTheReleaseItsListing) {
   Sample sample(sandbox);
   ASSERT_EQ(sample.Publish(), Log{});
   EXPECT_EQ(sandbox.Read("server/TMW_links.dat"), "http://one.example/\r\ntwo.example\r\n");
+  const std::string package = sandbox.Read("server/TMW_3.6.0.2/_PackageManifest.tmz");
   EXPECT_EQ(sandbox.Read("server/TMW_version.dat"),
             "3.6.0.2\r\n1.0\r\nupdater:Updater.exe|7|"
-            "196c23750e800642e7c008dc0416536449f295069c8161c23283c86334f8d251\r\n");
+            "196c23750e800642e7c008dc0416536449f295069c8161c23283c86334f8d251\r\nmanifest:" +
+                std::to_string(package.size()) + "|" + publish::HashOfBytes(package) + "\r\n");
   const std::string listing = sandbox.Read("server/TMW_3.6.0.2/_Listing.txt");
   for (const char* const name :
        {"\tfiles/tm/Core.dll.tmz\t{p}tm Core.dll\n", "{p}tm Calc.ocx, COM\n", "{p}Help Счёт №1.htm",
