@@ -97,7 +97,7 @@ bool ReleaseReader::FetchManifest(const std::string& url, const std::string& pac
                                   Digest& digest) {
   const bool is_bound = digest.Manifest.has_value();
   for (bool is_second = false;; is_second = true) {
-    if (!second_try_.Fetch(url, package, kMaxManifestPackage)) return false;
+    if (!FetchFile(events_, url, package, kMaxManifestPackage)) return false;
     if (!is_bound || IsAnnounced(package, digest.Manifest)) return true;
     DeleteFile(package);
     if (is_second) return Refuse(engine_texts::ManifestNotAnnounced(url));

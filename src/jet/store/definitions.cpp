@@ -96,6 +96,9 @@ void Definitions::JudgeTable(const std::string& name) {
 std::int64_t Definitions::InsertField(std::int64_t table, std::int64_t ordinal,
                                       const ports::FieldDefinition& field) {
   CheckName(field.name);
+  // DAO cannot say a decimal's digits, so that only statements make such fields.
+  if (field.type == ports::DataType::kDecimal && field.precision == 0)
+    Fail(kInvalidFieldType, field.name);
   ports::FieldDefinition sized = field;
   sized.size = FieldSize(field.type, field.size, field.name);
   const std::int32_t size = StoredSize(sized);
