@@ -85,6 +85,7 @@ class FastClock final : public ports::Clock {
   static constexpr std::int32_t kHaste = 120;
   void Sleep(std::int32_t milliseconds) override { real_->Sleep(milliseconds / kHaste + 1); }
   std::int64_t TickCount() override { return real_->TickCount() * kHaste; }
+  std::int64_t UtcSeconds() override { return real_->UtcSeconds(); }
 
  private:
   ports::Clock* real_ = ports::CurrentPorts().clock;
