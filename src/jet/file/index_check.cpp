@@ -29,8 +29,7 @@ bool HasKnownKey(const ColumnLayout& column, std::string_view stored) {
   const std::size_t width = ValueWidth(column.type);
   if (width != 0) return stored.size() == width;
   if (column.type != ColumnType::kText && column.type != ColumnType::kMemo) return true;
-  return column.sort_order == kGeneralOrder &&
-         HasKnownOrder(UnpackText(stored));
+  return column.sort_order == kGeneralOrder && HasKnownOrder(UnpackText(stored));
 }
 
 }  // namespace

@@ -27,46 +27,43 @@ bool IsNegative(std::string_view big_endian) {
   return (static_cast<std::uint8_t>(big_endian.front()) & kSignBit) != 0;
 }
 
-std::string Reversed(std::string_view bytes) {
-  return {bytes.rbegin(), bytes.rend()};
+void AppendReversed(std::string& key, std::string_view bytes) {
+  key.append(bytes.rbegin(), bytes.rend());
 }
 
-std::string SignedKey(std::string_view stored) {
-  std::string key = Reversed(stored);
-  FlipSign(key, 0);
-  return key;
+void AppendSigned(std::string& key, std::string_view stored) {
+  const std::size_t begin = key.size();
+  AppendReversed(key, stored);
+  FlipSign(key, begin);
 }
 
 // IEEE numbers: those below zero sort by their inverted bytes.
-std::string FloatingKey(std::string_view stored) {
-  std::string key = Reversed(stored);
-  if (IsNegative(key)) {
-    Invert(key, 0);
+void AppendFloating(std::string& key, std::string_view stored) {
+  const std::size_t begin = key.size();
+  AppendReversed(key, stored);
+  if (IsNegative(std::string_view(key).substr(begin))) {
+    Invert(key, begin);
   } else {
-    FlipSign(key, 0);
+    FlipSign(key, begin);
   }
-  return key;
 }
 
 // A sign, then the absolute value in words, the most significant one first.
-std::string NumericKey(std::string_view stored, bool is_descending) {
+void AppendNumeric(std::string& key, std::string_view stored) {
   constexpr std::size_t kWord = 4;
   const bool is_negative = IsNegative(stored);
-  std::string key;
   key.push_back(static_cast<char>(is_negative ? 0x00 : 0xFF));
+  const std::size_t begin = key.size();
   for (std::size_t at = 1; at + kWord <= stored.size(); at += kWord)
-    key += Reversed(stored.substr(at, kWord));
-  if (is_negative) Invert(key, 1);
-  if (is_descending) Invert(key, 0);
-  return key;
+    AppendReversed(key, stored.substr(at, kWord));
+  if (is_negative) Invert(key, begin);
 }
 
 // Eight bytes at a time, each time followed by how many of them count or a mark that more follow,
 // which is the same in both directions.
-std::string BinaryKey(std::string_view bytes, bool is_descending) {
+void AppendBinary(std::string& key, std::string_view bytes, bool is_descending) {
   constexpr std::size_t kSegment = 8;
   constexpr char kMoreFollow = 9;
-  std::string key;
   for (;;) {
     const std::size_t begin = key.size();
     const std::size_t taken = std::min(bytes.size(), kSegment);
@@ -76,7 +73,7 @@ std::string BinaryKey(std::string_view bytes, bool is_descending) {
     if (bytes.empty()) {
       key.push_back(static_cast<char>(taken));
       if (is_descending) Invert(key, begin);
-      return key;
+      return;
     }
     if (is_descending) Invert(key, begin);
     key.push_back(kMoreFollow);
@@ -85,51 +82,60 @@ std::string BinaryKey(std::string_view bytes, bool is_descending) {
 
 // The first three parts are stored as little-endian numbers.
 std::string GuidBytes(std::string_view stored) {
-  return Reversed(stored.substr(0, 4)) + Reversed(stored.substr(4, 2)) +
-         Reversed(stored.substr(6, 2)) + std::string(stored.substr(8));
+  std::string bytes;
+  AppendReversed(bytes, stored.substr(0, 4));
+  AppendReversed(bytes, stored.substr(4, 2));
+  AppendReversed(bytes, stored.substr(6, 2));
+  return bytes.append(stored.substr(8));
 }
 
-std::string TextKey(std::string_view stored, bool is_descending) {
-  std::string key = SortKey(UnpackText(stored));
-  if (!is_descending) return key;
-  Invert(key, 0);
+void AppendText(std::string& key, std::string_view stored, bool is_descending) {
+  const std::size_t begin = key.size();
+  AppendSortKey(UnpackUnits(stored), key);
+  if (!is_descending) return;
+  Invert(key, begin);
   key.push_back('\0');
-  return key;
 }
 
-std::string FixedKey(std::string key, bool is_descending) {
-  if (is_descending) Invert(key, 0);
-  return key;
-}
-
-std::string ValueKey(ColumnType type, std::string_view stored, bool is_descending) {
+// Numbers and Booleans, which descend by their inverted bytes.
+bool TryAppendNumber(std::string& key, ColumnType type, std::string_view stored) {
   switch (type) {
     case ColumnType::kBoolean:
       // True sorts first.
-      return FixedKey(std::string(1, stored.front() == 0 ? '\xFF' : '\0'), is_descending);
+      key.push_back(stored.front() == 0 ? '\xFF' : '\0');
+      return true;
     case ColumnType::kByte:
-      return FixedKey(std::string(stored), is_descending);
+      key += stored;
+      return true;
     case ColumnType::kInteger:
     case ColumnType::kLong:
     case ColumnType::kCurrency:
-      return FixedKey(SignedKey(stored), is_descending);
+      AppendSigned(key, stored);
+      return true;
     case ColumnType::kSingle:
     case ColumnType::kDouble:
     case ColumnType::kDate:
-      return FixedKey(FloatingKey(stored), is_descending);
+      AppendFloating(key, stored);
+      return true;
     case ColumnType::kNumeric:
-      return NumericKey(stored, is_descending);
-    case ColumnType::kText:
-    case ColumnType::kMemo:
-      return TextKey(stored, is_descending);
-    case ColumnType::kGuid:
-      return BinaryKey(GuidBytes(stored), is_descending);
-    case ColumnType::kBinary:
-    case ColumnType::kOle:
-    case ColumnType::kWideBinary:
-      break;
+      AppendNumeric(key, stored);
+      return true;
+    default:
+      return false;
   }
-  return BinaryKey(stored, is_descending);
+}
+
+void AppendValue(std::string& key, ColumnType type, std::string_view stored, bool is_descending) {
+  const std::size_t begin = key.size();
+  if (TryAppendNumber(key, type, stored)) {
+    if (is_descending) Invert(key, begin);
+  } else if (type == ColumnType::kText || type == ColumnType::kMemo) {
+    AppendText(key, stored, is_descending);
+  } else if (type == ColumnType::kGuid) {
+    AppendBinary(key, GuidBytes(stored), is_descending);
+  } else {
+    AppendBinary(key, stored, is_descending);
+  }
 }
 
 }  // namespace
@@ -153,7 +159,7 @@ bool IndexKey::Make(StoredValues values, std::string& key) const {
     key.push_back(static_cast<char>(part.is_descending ? ~mark : mark));
     if (!value) continue;
     has_value = true;
-    key += ValueKey(table_->columns[part.place].type, *value, part.is_descending);
+    AppendValue(key, table_->columns[part.place].type, *value, part.is_descending);
   }
   return has_value || !ignores_nulls_;
 }

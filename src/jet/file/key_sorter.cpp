@@ -9,6 +9,7 @@ namespace jet::file {
 namespace {
 
 constexpr std::size_t kLengthWidth = sizeof(std::uint16_t);
+constexpr std::size_t kSmall = 1U << 20U;
 constexpr std::size_t kLongestString = kPageSize;
 
 std::uint64_t Beginning(std::string_view bytes) {
@@ -22,12 +23,37 @@ std::uint64_t Beginning(std::string_view bytes) {
 void KeySorter::Add(std::string_view bytes) {
   const std::size_t used = arena_.size() + places_.size() * sizeof(Place);
   if (used + bytes.size() + sizeof(Place) > memory_ && !places_.empty()) WriteRun();
+  if (arena_.capacity() < memory_ && arena_.size() > kSmall) {
+    // Growing by and by would copy the strings over and over.
+    arena_.reserve(memory_);
+    places_.reserve(memory_ / (sizeof(Place) + bytes.size()));
+  }
   places_.push_back({Beginning(bytes), static_cast<std::uint32_t>(arena_.size()),
                      static_cast<std::uint32_t>(bytes.size())});
   arena_ += bytes;
 }
 
+// The bytes that all strings begin with would leave nothing to tell them apart by.
+void KeySorter::SkipCommonBeginning() {
+  if (places_.empty()) return;
+  const std::string_view first = At(places_.front());
+  std::size_t common = first.size();
+  for (const Place& place : places_) {
+    const std::string_view bytes = At(place);
+    const std::size_t most = std::min(common, bytes.size());
+    common = static_cast<std::size_t>(
+        std::mismatch(first.begin(), first.begin() + static_cast<std::ptrdiff_t>(most),
+                      bytes.begin())
+            .first -
+        first.begin());
+    if (common == 0) return;
+  }
+  for (Place& place : places_)
+    place.beginning = Beginning(At(place).substr(common));
+}
+
 void KeySorter::SortPlaces() {
+  SkipCommonBeginning();
   const auto sorts_before = [this](const Place& a, const Place& b) {
     if (a.beginning != b.beginning) return a.beginning < b.beginning;
     return At(a) < At(b);

@@ -43,6 +43,7 @@ class KeySorter {
     std::string_view current;
   };
 
+  void SkipCommonBeginning();
   void SortPlaces();
   void WriteRun();
   bool Step(Run& run) const;

@@ -39,14 +39,20 @@ std::u16string Decompress(std::string_view bytes) {
 
 }  // namespace
 
+std::u16string UnpackUnits(std::string_view stored) {
+  if (!stored.starts_with(kMark)) return tmw::BytesToUtf16(stored);
+  return Decompress(stored.substr(kMark.size()));
+}
+
 std::string UnpackText(std::string_view stored) {
-  if (!stored.starts_with(kMark)) return tmw::Utf16ToUtf8(tmw::BytesToUtf16(stored));
-  return tmw::Utf16ToUtf8(Decompress(stored.substr(kMark.size())));
+  return tmw::Utf16ToUtf8(UnpackUnits(stored));
 }
 
 std::size_t CountUnits(std::string_view stored) {
   if (!stored.starts_with(kMark)) return stored.size() / sizeof(char16_t);
-  return Decompress(stored.substr(kMark.size())).size();
+  stored.remove_prefix(kMark.size());
+  if (stored.find('\0') == std::string_view::npos) return stored.size();
+  return Decompress(stored).size();
 }
 
 bool CanPackText(std::string_view text) {

@@ -12,6 +12,7 @@ namespace jet::file {
 // As UTF-8. Bytes that end within a character lose that character; surrogates without their
 // partner become U+FFFD.
 std::string UnpackText(std::string_view stored);
+std::u16string UnpackUnits(std::string_view stored);  // surrogates as they are
 
 // UTF-16 units of a stored text, which a field's size limits.
 std::size_t CountUnits(std::string_view stored);

@@ -66,7 +66,13 @@ std::optional<PageNumber> UsageMap::Next(PageNumber page) {
 }
 
 bool UsageMap::Contains(PageNumber page) {
-  return Next(page) == page;
+  if (!Covers(page)) return false;
+  const std::size_t place = page - first_page_;
+  const auto bits = Window(place / window_);
+  const std::size_t bit = place % window_;
+  if (!bits || bit / kBitsInByte >= bits->Length()) return false;
+  const auto byte = static_cast<unsigned char>(bits->Bytes()[bit / kBitsInByte]);
+  return ((byte >> (bit % kBitsInByte)) & 1U) != 0;
 }
 
 bool UsageMap::Covers(PageNumber page) const {

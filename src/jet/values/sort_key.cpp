@@ -112,6 +112,30 @@ class Reader {
   std::size_t position_ = 0;
 };
 
+// The same for UTF-16. Surrogates without their partner are read as U+FFFD.
+class UnitReader {
+ public:
+  explicit UnitReader(std::u16string_view text) : text_(text) {
+    while (!text_.empty() && text_.back() == u' ')
+      text_.remove_suffix(1);
+  }
+
+  bool AtEnd() const { return position_ >= text_.size(); }
+
+  char32_t Next() {
+    const char32_t unit = text_[position_++];
+    if (unit < 0xD800 || unit > 0xDFFF) return unit;
+    const bool is_pair =
+        unit < 0xDC00 && position_ < text_.size() && (text_[position_] & 0xFC00) == 0xDC00;
+    if (!is_pair) return 0xFFFD;
+    return 0x10000 + ((unit & 0x3FFU) << 10U) + (text_[position_++] & 0x3FFU);
+  }
+
+ private:
+  std::u16string_view text_;
+  std::size_t position_ = 0;
+};
+
 bool HasWeight(const Weight& weight) {
   return weight.primary != 0 || weight.ignored_code != 0;
 }
@@ -158,7 +182,7 @@ void Put(std::string& bytes, std::uint32_t byte) {
 
 // The three levels of a key being built.
 struct KeyParts {
-  std::string primaries;
+  std::string& primaries;
   std::string accents;
   std::string ignored;
   std::uint32_t position = 0;  // of the next character with a primary weight
@@ -177,8 +201,9 @@ struct KeyParts {
       Put(ignored, weight->ignored_code);
     }
     if (weight->primary == 0) return;
-    Put(primaries, weight->primary >> 8U);
-    if ((weight->primary & 0xFFU) != 0) Put(primaries, weight->primary);
+    const char bytes[] = {static_cast<char>(weight->primary >> 8U),
+                          static_cast<char>(weight->primary & 0xFFU)};
+    primaries.append(bytes, bytes[1] == 0 ? 1 : 2);
     if (weight->accent != 0) {
       accents.resize(position, kNoAccent);
       Put(accents, weight->accent);
@@ -195,16 +220,21 @@ struct KeyParts {
   }
 };
 
-std::string MakeKey(std::string_view text, std::size_t most) {
-  KeyParts parts;
-  Reader reader(text);
+// The first level goes into the key as it is read.
+template <typename AnyReader>
+void AppendKey(AnyReader reader, std::size_t most, std::string& key) {
+  KeyParts parts{key, {}, {}};
   for (std::size_t i = 0; i < most && !reader.AtEnd(); ++i)
     parts.Add(reader.Next());
-  std::string key = parts.primaries;
   key.push_back(kEndOfLevel);
   key += parts.accents;
   if (!parts.ignored.empty()) key.append(3, kEndOfLevel).append(parts.ignored);
   key.push_back('\0');
+}
+
+std::string MakeKey(std::string_view text, std::size_t most) {
+  std::string key;
+  AppendKey(Reader(text), most, key);
   return key;
 }
 
@@ -212,6 +242,10 @@ std::string MakeKey(std::string_view text, std::size_t most) {
 
 std::string SortKey(std::string_view text) {
   return MakeKey(text, kKeyLength);
+}
+
+void AppendSortKey(std::u16string_view text, std::string& key) {
+  AppendKey(UnitReader(text), kKeyLength, key);
 }
 
 bool HasKnownOrder(std::string_view text) {
