@@ -69,21 +69,22 @@ class GrowingCopy {
   bool is_kept_ = false;
 };
 
-Status CopyBytes(ports::File& source, ports::File& target) {
+Status CopyBytes(ports::File& source, ports::File& target, const CopyCheck& check) {
   std::vector<char> buffer(kCopyBytes);
   for (;;) {
     const auto count = source.Read(buffer.data(), buffer.size());
     if (!count) return count.ToStatus();
     if (count.value == 0) return Status::Success();
     if (const Status written = target.Write(buffer.data(), count.value); !written) return written;
+    if (check.OnBytes) check.OnBytes(buffer.data(), count.value);
   }
 }
 
-Status CopyContent(ports::File& source, const std::string& target) {
+Status CopyContent(ports::File& source, const std::string& target, const CopyCheck& check) {
   const auto opened = Files().Open(target, ports::FileMode::kCreateNew);
   if (!opened) return opened.ToStatus();
   ports::File& file = *opened.value;
-  if (const Status copied = CopyBytes(source, file); !copied) return copied;
+  if (const Status copied = CopyBytes(source, file, check); !copied) return copied;
   if (const Status flushed = file.Flush(); !flushed) return flushed;
   return file.Close();
 }
@@ -97,10 +98,14 @@ Status FlushFolderOf(const std::string& path) {
   return Files().FlushFolder(folder.empty() ? "." : folder);
 }
 
-Status CopySafely(ports::File& source, const std::string& source_path, const std::string& target) {
+// is_good stays true without a check.
+Status CopySafely(ports::File& source, const std::string& source_path, const std::string& target,
+                  const CopyCheck& check, bool& is_good) {
   GrowingCopy copy(NameOfGrowingCopy(target));
   static_cast<void>(Files().RemoveFile(copy.Path()));
-  if (const Status status = CopyContent(source, copy.Path()); !status) return status;
+  if (const Status status = CopyContent(source, copy.Path(), check); !status) return status;
+  is_good = !check.IsGood || check.IsGood();
+  if (!is_good) return Status::Success();
   if (const Status status = Files().CopyAttributes(source_path, copy.Path()); !status)
     return status;
   if (const Status status = RenamePatiently(copy.Path(), target); !status) return status;
@@ -110,14 +115,21 @@ Status CopySafely(ports::File& source, const std::string& source_path, const std
 
 }  // namespace
 
-void CopyFile(const std::string& source, const std::string& target) try {
+bool CopyFileChecked(const std::string& source, const std::string& target,
+                     const CopyCheck& check) try {
   const auto opened = Files().Open(source, ports::FileMode::kRead);
   if (!opened) RaiseApiErrorWithMessage(texts::Failed(texts::kOpening, source), opened.code);
-  const Status status = CopySafely(*opened.value, source, target);
+  bool is_good = true;
+  const Status status = CopySafely(*opened.value, source, target, check, is_good);
   if (!status)
     RaiseApiErrorWithMessage(texts::FailedInto(texts::kCopying, source, target), status.code);
+  return is_good;
 } catch (...) {
   ReRaiseError(kModule, "CopyFile");
+}
+
+void CopyFile(const std::string& source, const std::string& target) {
+  static_cast<void>(CopyFileChecked(source, target, {}));
 }
 
 void CopyRights(const std::string& source, const std::string& target) try {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 
 // Copying and moving such that no file is ever seen half written (module mTmFilesOld). Failures are
@@ -10,6 +12,17 @@ namespace tmw {
 // the target, flushed to the disk and then renamed: at any moment the target is either the old file
 // or the whole new one. A failed copy leaves nothing behind.
 void CopyFile(const std::string& source, const std::string& target);
+
+// Watches the bytes of a copy while they are written.
+struct CopyCheck {
+  std::function<void(const void* bytes, std::size_t length)> OnBytes;
+  std::function<bool()> IsGood;  // asked once, after the last byte
+};
+
+// Like CopyFile, but returns false and leaves the target as it was if the check does not find the
+// bytes good.
+[[nodiscard]] bool CopyFileChecked(const std::string& source, const std::string& target,
+                                   const CopyCheck& check);
 
 // Gives target the rights of source, as far as this user may give them.
 void CopyRights(const std::string& source, const std::string& target);

@@ -147,10 +147,14 @@ std::string ReadFileToString(const std::string& path) try {
   ReRaiseError(kModule, "ReadFileToString");
 }
 
-std::string ReadUnicodeFileToString(const std::string& path) try {
-  const std::u16string units = BytesToUtf16(ReadFileBytes(path));
+std::string UnicodeBytesToString(std::string_view bytes) {
+  const std::u16string units = BytesToUtf16(bytes);
   const bool has_mark = !units.empty() && units.front() == kUtf16Mark;
   return Utf16ToUtf8(std::u16string_view(units).substr(has_mark ? 1 : 0));
+}
+
+std::string ReadUnicodeFileToString(const std::string& path) try {
+  return UnicodeBytesToString(ReadFileBytes(path));
 } catch (...) {
   ReRaiseError(kModule, "ReadUnicodeFileToString");
 }

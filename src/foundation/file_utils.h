@@ -34,6 +34,9 @@ std::string ReadFileToString(const std::string& path);
 // The whole file as text: UTF-16LE code units, a mark at the beginning is dropped.
 std::string ReadUnicodeFileToString(const std::string& path);
 
+// What ReadUnicodeFileToString makes of the bytes of a file.
+std::string UnicodeBytesToString(std::string_view bytes);
+
 // Creates the folder and all that is missing above it.
 void CreateFolderIfAbsent(const std::string& path);
 
