@@ -73,6 +73,10 @@ inline constexpr std::string_view kOldLogEnding = ".old.log";
 inline constexpr std::string_view kJsonLogEnding = ".jsonl";
 inline constexpr std::string_view kOldJsonLogEnding = ".old.jsonl";
 
+// The marks of an installation under way: in the release's working folder, in the product's root.
+inline constexpr std::string_view kReleaseMark = "_Installing.txt";
+inline constexpr std::string_view kRootMark = "TMW_Installing.txt";
+
 // The maker's server.
 inline constexpr std::string_view kDigestFile = "TMW_version.dat";
 inline constexpr std::string_view kServerListFile = "TMW_links.dat";
