@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -276,6 +277,29 @@ inline std::string MarkNotWritten(const std::string& file) {
 
 inline std::string LoadedFileMissing(const std::string& file) {
   return "По неизвестной причине отсутствует загруженный файл " + Quoted(file) + ".";
+}
+
+inline std::string LoadedFileChanged(const std::string& file) {
+  return "Загруженный файл " + Quoted(file) +
+         " изменился после проверки и поэтому не установлен. Запустите обновление еще раз: файл "
+         "будет загружен заново.";
+}
+
+// reasons: of some; unnamed: how many others there are.
+inline std::string UnchangedNotRegistered(const std::string& reasons, std::size_t unnamed) {
+  return "Не удалось заново зарегистрировать компоненты, оставшиеся от прерванного обновления. "
+         "Установка продолжается." +
+         kBreak + kBreak + reasons +
+         (unnamed == 0
+              ? ""
+              : kBreak + kBreak + "Других таких компонент: " + std::to_string(unnamed) + ".");
+}
+
+inline std::string InstallationUnfinished(const std::string& updater) {
+  return "Обновление установлено не полностью. Устраните причину и запустите программу обновления "
+         "еще раз: она завершит установку. Заново загружать то, что уже загружено, не "
+         "понадобится." +
+         kBreak + kBreak + "Программа обновления: " + Quoted(updater);
 }
 
 inline std::string RegisteredFileMissing(const std::string& file) {

@@ -1,51 +1,41 @@
 #include "engine/installation.h"
 
 #include <algorithm>
-#include <string>
+#include <cstdint>
 
 #include "engine/engine_texts.h"
 #include "engine/installed_files.h"
 #include "engine/interruption_mark.h"
 #include "engine/registration.h"
+#include "engine/verified_copy.h"
+#include "foundation/contract_names.h"
 #include "foundation/file_utils.h"
+#include "foundation/text.h"
 #include "ports/clock.h"
 #include "ports/file_system.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "ports/processes.h"
+#include "services/box_titles.h"
 #include "services/message_boxes.h"
+#include "services/product_settings.h"
 
 namespace tmw {
 namespace {
 
 constexpr std::int32_t kAfterUnregistering = 10;  // milliseconds
+constexpr std::size_t kShownReasons = 5;          // of failed registrations, in one box
 
-void UninstallFile(const WuFileNode& file, const Manifest& manifest) {
-  const std::string installed = InstalledPath(file);
-  if (IsFileExists(installed)) {
-    if (file.IsCom) {
-      static_cast<void>(UnregisterDll(installed, true));
-      ports::CurrentPorts().clock->Sleep(kAfterUnregistering);
-    }
-    DeleteFileRepeatedly(installed);
-  }
-  if (const auto companion = ScriptCompanion(file, manifest)) DeleteFile(*companion, true);
+bool IsReplacedInOneStep(const WuFileNode& file) {
+  return file.NeedUpdate && IsUpdatersOwnFile(file);
 }
 
-bool InstallFile(const ReleasePaths& release, const WuFileNode& file) {
-  const std::string loaded = MakeComponentPlaces(release, file.OrigName).Loaded;
-  const std::string installed = InstalledPath(file);
-  if (!IsFileExists(loaded)) {
-    DownloadError(engine_texts::LoadedFileMissing(loaded));
-    return false;
-  }
-  std::string reason;
-  if (!TryCreateFolderIfAbsent(file.Folder, reason)) {
-    DownloadError(reason);
-    return false;
-  }
-  if (IsFileExists(installed)) DeleteFileRepeatedly(installed);
-  CopyFile(loaded, installed);
-  return !file.IsCom || DoRegisterDll(installed, false);
+void ShowNotRegistered(std::vector<std::string> reasons) {
+  if (reasons.empty()) return;
+  const std::size_t unnamed = reasons.size() - std::min(reasons.size(), kShownReasons);
+  reasons.resize(reasons.size() - unnamed);
+  ShowWarning(box_titles::kProductUpdate,
+              engine_texts::UnchangedNotRegistered(Joined(reasons, kCrLf), unnamed));
 }
 
 void CleanupFolder(const std::string& folder) {
@@ -57,41 +47,78 @@ void CleanupFolder(const std::string& folder) {
 
 }  // namespace
 
-bool Installation::UninstallOldFiles() {
+Installation::Installation(const Manifest& manifest, const ReleasePaths& release,
+                           const std::string& temp_dir, UpdaterEvents& events)
+    : manifest_(manifest),
+      release_(release),
+      temp_dir_(temp_dir),
+      events_(events),
+      was_interrupted_(IsInstallationInterrupted(temp_dir)) {}
+
+bool Installation::ReplaceOwnFiles() {
   MarkInstallation(release_, manifest_.VersionID);
+  is_under_way_ = true;
+  if (std::none_of(manifest_.Files.begin(), manifest_.Files.end(), IsReplacedInOneStep))
+    return true;
+  return HandleFiles(engine_texts::kInstalling, IsReplacedInOneStep,
+                     [this](const WuFileNode& file) { return InstallFile(file); });
+}
+
+bool Installation::UninstallOldFiles() {
   return HandleFiles(
-      engine_texts::kRemovingOld, [](const WuFileNode& file) { return file.NeedUpdate; },
+      engine_texts::kRemovingOld,
+      [](const WuFileNode& file) { return file.NeedUpdate && !IsReplacedInOneStep(file); },
       [this](const WuFileNode& file) {
-        UninstallFile(file, manifest_);
+        UninstallFile(file);
         return true;
       });
 }
 
 bool Installation::InstallNewFiles() {
-  return HandleFiles(
+  std::vector<std::string> reasons;
+  const bool result = HandleFiles(
       engine_texts::kInstalling,
-      [](const WuFileNode& file) { return file.NeedUpdate || file.IsCom; },
-      [this](const WuFileNode& file) {
-        if (file.NeedUpdate) return InstallFile(release_, file);
-        static_cast<void>(DoRegisterDll(InstalledPath(file), true));
+      [](const WuFileNode& file) {
+        return (file.NeedUpdate || file.IsCom) && !IsReplacedInOneStep(file);
+      },
+      [&](const WuFileNode& file) {
+        if (file.NeedUpdate) return InstallFile(file);
+        std::string reason;
+        if (!TryRegisterDll(InstalledPath(file), reason)) reasons.push_back(reason);
         return true;
       });
+  if (was_interrupted_) ShowNotRegistered(std::move(reasons));
+  return result;
 }
 
-void Installation::CleanupTempFolders(const std::string& temp_dir) {
+void Installation::CleanupTempFolders() {
   events_.OnSetMainAction(engine_texts::kCleaning);
   events_.OnSetSubAction("");
-  // The mark goes first: the installation is complete, even if a folder cannot be removed.
-  UnmarkInstallations(temp_dir);
+  // The marks go first: the installation is complete, even if a folder cannot be removed.
+  UnmarkInstallations(temp_dir_);
+  is_under_way_ = false;
   for (const std::string& folder : {release_.Structures, release_.Scripts, release_.Loaded,
-                                    release_.Parts, release_.Folder, temp_dir}) {
+                                    release_.Parts, release_.Folder, temp_dir_}) {
     CleanupFolder(folder);
   }
   events_.OnSetMainAction("");
 }
 
+std::string Installation::UpdaterToStart() const {
+  const ports::Processes& processes = *ports::CurrentPorts().processes;
+  const std::string name = std::string(names::kUpdaterProgram) + processes.ProgramEnding();
+  std::vector<std::string> places = {
+      JoinPath(JoinPath(GetProductRootPath(), names::kProgramFolder), name)};
+  for (const WuFileNode& file : manifest_.Files) {
+    if (EqualIgnoringCase(file.OrigName, name)) places.push_back(InstalledPath(file));
+  }
+  const auto found = std::find_if(places.rbegin(), places.rend(), IsFileExists);
+  return found != places.rend() ? *found : processes.OwnProgram();
+}
+
 // Takes one step for every file concerned; stops when one returns false.
-bool Installation::HandleFiles(const char* action, bool (*is_concerned)(const WuFileNode& file),
+bool Installation::HandleFiles(const char* action,
+                               const std::function<bool(const WuFileNode& file)>& is_concerned,
                                const std::function<bool(const WuFileNode& file)>& step) {
   const std::vector<WuFileNode>& files = manifest_.Files;
   events_.OnSetMainAction(action);
@@ -108,6 +135,40 @@ bool Installation::HandleFiles(const char* action, bool (*is_concerned)(const Wu
   }
   events_.ClearProgress();
   return true;
+}
+
+void Installation::UninstallFile(const WuFileNode& file) {
+  const std::string installed = InstalledPath(file);
+  if (IsFileExists(installed)) {
+    if (file.IsCom) {
+      static_cast<void>(UnregisterDll(installed, true));
+      ports::CurrentPorts().clock->Sleep(kAfterUnregistering);
+    }
+    RemoveInstalled(installed);
+  }
+  const auto companion = ScriptCompanion(file, manifest_);
+  if (companion) DeleteFile(*companion, true);
+}
+
+bool Installation::InstallFile(const WuFileNode& file) {
+  const std::string loaded = MakeComponentPlaces(release_, file.OrigName).Loaded;
+  const std::string installed = InstalledPath(file);
+  if (!IsFileExists(loaded)) {
+    DownloadError(engine_texts::LoadedFileMissing(loaded));
+    return false;
+  }
+  std::string reason;
+  if (!TryCreateFolderIfAbsent(file.Folder, reason)) {
+    DownloadError(reason);
+    return false;
+  }
+  if (!IsReplacedInOneStep(file) && IsFileExists(installed)) RemoveInstalled(installed);
+  if (!CopyVerified(file, loaded, installed)) return false;
+  return !file.IsCom || DoRegisterDll(installed, false);
+}
+
+void Installation::RemoveInstalled(const std::string& path) {
+  DeleteFileRepeatedly(path);
 }
 
 }  // namespace tmw

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "engine/records.h"
@@ -9,32 +10,54 @@
 
 namespace tmw {
 
-// Replaces the program files of a release by the loaded ones. From the first removal until clean-up
-// the installation is marked as under way. Nothing here can be cancelled.
+// Replaces the program files of a release by the loaded ones. From before the first change until
+// clean-up the installation is marked as under way. Nothing here can be cancelled. One object per
+// run, made before anything is changed.
 class Installation {
  public:
-  Installation(const Manifest& manifest, const ReleasePaths& release, UpdaterEvents& events)
-      : manifest_(manifest), release_(release), events_(events) {}
+  // The manifest outlives the object.
+  Installation(const Manifest& manifest, const ReleasePaths& release, const std::string& temp_dir,
+               UpdaterEvents& events);
 
-  // Unregisters and deletes the files that need an update. Always returns true: what cannot be
-  // deleted is raised.
+  // Marks the installation, then replaces the updater's own files, each in one step: whatever
+  // happens afterwards, the product's folder holds a whole updater that can finish the work.
+  // Returns false after reporting the first failure, as does InstallNewFiles.
+  bool ReplaceOwnFiles();
+
+  // Unregisters and deletes the other files that need an update. Always returns true: what cannot
+  // be deleted is raised.
   bool UninstallOldFiles();
 
-  // Copies the new ones to their places and registers components, unchanged ones again. Returns
-  // false at the first failure, which has been reported; a failure with an unchanged one is
-  // ignored.
+  // Copies the new ones to their places and registers components, unchanged ones again. A failure
+  // with an unchanged one does not end it; such failures are shown together in the end if an
+  // earlier run was interrupted, since its failures to register were shown once and for all then.
   bool InstallNewFiles();
 
-  // Ends the installation: removes its mark and the folders of the release and of the run.
-  void CleanupTempFolders(const std::string& temp_dir);
+  // Ends the installation: removes its marks and the folders of the release and of the run.
+  void CleanupTempFolders();
+
+  // True from the first change until clean-up.
+  bool IsUnderWay() const { return is_under_way_; }
+
+  // The updater's program that a user can start to finish the work: the installed one, else this
+  // copy.
+  std::string UpdaterToStart() const;
 
  private:
-  bool HandleFiles(const char* action, bool (*is_concerned)(const WuFileNode& file),
+  bool HandleFiles(const char* action,
+                   const std::function<bool(const WuFileNode& file)>& is_concerned,
                    const std::function<bool(const WuFileNode& file)>& step);
+  void UninstallFile(const WuFileNode& file);
+  bool InstallFile(const WuFileNode& file);
+  // Every installed file that has to go, goes here.
+  static void RemoveInstalled(const std::string& path);
 
   const Manifest& manifest_;
-  const ReleasePaths& release_;
+  ReleasePaths release_;
+  std::string temp_dir_;
   UpdaterEvents& events_;
+  const bool was_interrupted_;
+  bool is_under_way_ = false;
 };
 
 }  // namespace tmw

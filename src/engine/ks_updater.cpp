@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "engine/component_loader.h"
-#include "engine/installation.h"
+#include "engine/engine_texts.h"
 #include "engine/interruption_mark.h"
 #include "engine/product_version_check.h"
 #include "engine/run_messages.h"
@@ -39,6 +39,11 @@ void KsUpdater::Execute(const std::string& product_code, const std::string& url,
   ReRaiseError(kRunModule, "Execute");
 }
 
+std::string KsUpdater::AdviceOnUnfinished() const {
+  if (!installation_ || !installation_->IsUnderWay()) return {};
+  return engine_texts::InstallationUnfinished(installation_->UpdaterToStart());
+}
+
 bool KsUpdater::RunStages() {
   if (!MoveToTempCopy()) return false;
   if (!Initialize()) return false;
@@ -67,6 +72,7 @@ bool KsUpdater::RunStages() {
   if (!LookAtTargets()) return false;
   events_.OnSetIcon("trash");
   events_.OnSetButtonMode(0);
+  if (!ReplaceOwnFiles()) return false;
   if (!UninstallOldFiles()) return false;
   events_.OnSetIcon("install");
   if (!InstallNewFiles()) return false;
@@ -198,15 +204,18 @@ bool KsUpdater::BuildWorkingDB() try { return databases_->BuildWorking(); } catc
   ReRaiseError(kRunModule, "BuildWorkingDB");
 }
 
-bool KsUpdater::UninstallOldFiles() try {
-  return Installation(manifest_, release_, events_).UninstallOldFiles();
+bool KsUpdater::ReplaceOwnFiles() try {
+  installation_.emplace(manifest_, release_, temp_dir_, events_);
+  return installation_->ReplaceOwnFiles();
 } catch (...) {
+  ReRaiseError(kRunModule, "ReplaceOwnFiles");
+}
+
+bool KsUpdater::UninstallOldFiles() try { return installation_->UninstallOldFiles(); } catch (...) {
   ReRaiseError(kRunModule, "UninstallOldFiles");
 }
 
-bool KsUpdater::InstallNewFiles() try {
-  return Installation(manifest_, release_, events_).InstallNewFiles();
-} catch (...) {
+bool KsUpdater::InstallNewFiles() try { return installation_->InstallNewFiles(); } catch (...) {
   ReRaiseError(kRunModule, "InstallNewFiles");
 }
 
@@ -218,9 +227,7 @@ bool KsUpdater::CopyNewUserDB() try { return databases_->PlaceNew(); } catch (..
   ReRaiseError(kRunModule, "CopyNewUserDB");
 }
 
-void KsUpdater::CleanupTempFolders() try {
-  Installation(manifest_, release_, events_).CleanupTempFolders(temp_dir_);
-} catch (...) {
+void KsUpdater::CleanupTempFolders() try { installation_->CleanupTempFolders(); } catch (...) {
   ReRaiseError(kRunModule, "CleanupTempFolders");
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "engine/database_update.h"
+#include "engine/installation.h"
 #include "engine/records.h"
 #include "engine/release_reader.h"
 #include "engine/self_update.h"
@@ -32,6 +33,10 @@ class KsUpdater {
   // The version of the update; empty until the digest has been read.
   const std::string& NewVersion() const { return digest_.Version; }
 
+  // What a user can do about a run that has ended in the middle of the installation; empty for any
+  // other run.
+  std::string AdviceOnUnfinished() const;
+
  private:
   bool RunStages();
 
@@ -54,6 +59,7 @@ class KsUpdater {
   bool BuildDatabases();
   bool BuildEtalonDB();
   bool BuildWorkingDB();
+  bool ReplaceOwnFiles();
   bool UninstallOldFiles();
   bool InstallNewFiles();
   bool PlaceDatabases();
@@ -78,6 +84,7 @@ class KsUpdater {
   UpdateNeed need_;
   ReleasePaths release_;
   std::optional<DatabaseUpdate> databases_;
+  std::optional<Installation> installation_;
 };
 
 }  // namespace tmw

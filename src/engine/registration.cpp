@@ -41,9 +41,15 @@ struct Direction {
   std::int32_t (COMPANION_CALL* ports::EntryPoints::*call)(const char* path);
 };
 
-bool Change(const Direction& direction, const std::string& file, bool is_quiet) {
+constexpr Direction kRegister = {" -s ", engine_texts::RegisteredFileMissing,
+                                 engine_texts::NotRegistered, &ports::EntryPoints::RegisterDll};
+constexpr Direction kUnregister = {" -u -s ", engine_texts::UnregisteredFileMissing,
+                                   engine_texts::NotUnregistered,
+                                   &ports::EntryPoints::UnregisterDll};
+
+bool TryChange(const Direction& direction, const std::string& file, std::string& reason) {
   if (!IsFileExists(file)) {
-    if (!is_quiet) DownloadError(direction.missing(file));
+    reason = direction.missing(file);
     return false;
   }
   if (GetNoRegisteringParam()) return true;
@@ -55,25 +61,30 @@ bool Change(const Direction& direction, const std::string& file, bool is_quiet) 
   const std::string name = ports::CurrentPorts().companion->NarrowPath(file);
   const std::int32_t code = (CompanionFunctions().*direction.call)(name.c_str());
   if (code == 0) return true;
-  if (!is_quiet) DownloadError(direction.failed(file, code, GetApiErrorText(code, "")));
+  reason = direction.failed(file, code, GetApiErrorText(code, ""));
+  return false;
+}
+
+bool Change(const Direction& direction, const std::string& file, bool is_quiet) {
+  std::string reason;
+  if (TryChange(direction, file, reason)) return true;
+  if (!is_quiet) DownloadError(reason);
   return false;
 }
 
 }  // namespace
 
 bool DoRegisterDll(const std::string& file, bool is_quiet) try {
-  static constexpr Direction kRegister = {" -s ", engine_texts::RegisteredFileMissing,
-                                          engine_texts::NotRegistered,
-                                          &ports::EntryPoints::RegisterDll};
   return Change(kRegister, file, is_quiet);
 } catch (...) {
   ReRaiseError(kRunModule, "DoRegisterDll");
 }
 
+bool TryRegisterDll(const std::string& file, std::string& reason) {
+  return TryChange(kRegister, file, reason);
+}
+
 bool UnregisterDll(const std::string& file, bool is_quiet) try {
-  static constexpr Direction kUnregister = {" -u -s ", engine_texts::UnregisteredFileMissing,
-                                            engine_texts::NotUnregistered,
-                                            &ports::EntryPoints::UnregisterDll};
   return Change(kUnregister, file, is_quiet);
 } catch (...) {
   ReRaiseError(kRunModule, "UnregisterDll");

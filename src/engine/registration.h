@@ -11,6 +11,9 @@ namespace tmw {
 bool DoRegisterDll(const std::string& file, bool is_quiet);
 bool UnregisterDll(const std::string& file, bool is_quiet);
 
+// Registers without a report. Returns false with the reason.
+[[nodiscard]] bool TryRegisterDll(const std::string& file, std::string& reason);
+
 // The maker's setting that keeps components unregistered; read once per process.
 bool GetNoRegisteringParam();
 

@@ -57,6 +57,7 @@ void DownloadingForm::Execute(const std::string& product_code, const std::string
 void DownloadingForm::theTimer_Timer() try {
   if (!std::exchange(is_timer_on_, false)) return;
   Run();
+  ShowUnfinished();
   view_->Close();
 } catch (...) {
   const ProgramError error = CurrentError();
@@ -68,6 +69,7 @@ void DownloadingForm::theTimer_Timer() try {
   } else {
     ReportError(kModule, "theTimer_Timer");
   }
+  ShowUnfinished();
   view_->Close();
 }
 
@@ -81,6 +83,11 @@ void DownloadingForm::Run() {
   updater_->Execute(product_code_, url_, fallback_url_, updated);
   updated_ = updated;
   new_version_ = updater_->NewVersion();
+}
+
+void DownloadingForm::ShowUnfinished() {
+  const std::string advice = updater_ == nullptr ? "" : updater_->AdviceOnUnfinished();
+  if (!advice.empty()) ShowWarning(box_titles::kProductUpdate, advice);
 }
 
 void DownloadingForm::theCancel_Click() try {

@@ -56,6 +56,7 @@ class DownloadingForm final : public ProgressWindow,
   void theCancel_Click();
 
   void Run();
+  void ShowUnfinished();
   void PaintProgress(std::int64_t now);
   void PaintProgressIfDue();
   void PaintHeldProgress();

@@ -88,6 +88,7 @@ class RunTest : public testing::Test {
     } catch (const tmw::ProgramError& error) {
       front_end_.log.push_back("error|" + error.Description);
     }
+    advice_ = updater.AdviceOnUnfinished();
     return front_end_.log;
   }
 
@@ -139,6 +140,7 @@ class RunTest : public testing::Test {
   std::string fallback_url_;
   std::string old_version_;
   bool updated_ = false;
+  std::string advice_;       // on an unfinished installation
   bool has_exited_ = false;  // and the next updater has been started
   std::size_t requests_before_ = 0;
   ScriptedServer server_{[this](Peer& peer, const std::string& head) { Serve(peer, head); }};

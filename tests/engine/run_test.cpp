@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "engine/registration.h"
+#include "ports/companion_library.h"
 #include "tests/engine/run_fixture.h"
 
 namespace tests {
@@ -40,22 +41,28 @@ TEST_F(RunTest, AClientInstallationIsBroughtUpToDate) {
                     {"current.txt", "current", "{p}"},
                     {"Скрипт.TMS", "new script", "{p}Bin\\Глубже/", "parts/one.tmz"},
                     {"guarded.dll", "guarded", "{p}Bin", "", 2},
+                    {"Данные.tms", "new data", "{p}"},
+                    {"данные.XML", "part of the release", "{p}"},
                     {"text.txt", std::string("\xFF\xFEt\0", 4), "{p}Bin", "", 3}};
-  release_.files[4].content = std::string("t\0", 2);
+  release_.files[6].content = std::string("t\0", 2);
   Publish();
   sandbox_.Write("Продукт/Bin/Программа.dll", "old program, longer");
   sandbox_.Write("Продукт/current.txt", "current");
+  sandbox_.Write("Продукт/данные.XML", "part of the release");
   sandbox_.Write("Продукт/Bin/Глубже/Скрипт.xml", "goes with the script");
   sandbox_.Write("Продукт/own.txt", "the user's own");
-  EXPECT_EQ(Run(), Log{Volume(SumOf(sandbox_, {"f1.tmz", "parts/one.tmz", "f3.tmz", "f4.tmz"}))});
+  EXPECT_EQ(
+      Run(),
+      Log{Volume(SumOf(sandbox_, {"f1.tmz", "parts/one.tmz", "f3.tmz", "f4.tmz", "f6.tmz"}))});
   EXPECT_TRUE(updated_);
   EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), "new program");
   EXPECT_EQ(sandbox_.Read("Продукт/Bin/Глубже/Скрипт.TMS"), "new script");
   EXPECT_EQ(sandbox_.Read("Продукт/Bin/guarded.dll").substr(0, 7), "guarded");
-  EXPECT_EQ(sandbox_.Read("Продукт/Bin/text.txt"), release_.files[4].content);
+  EXPECT_EQ(sandbox_.Read("Продукт/Bin/text.txt"), release_.files[6].content);
   EXPECT_EQ(sandbox_.Read("Продукт/own.txt"), "the user's own");
   EXPECT_FALSE(sandbox_.Has("Продукт/Bin/Глубже/Скрипт.xml"));
-  EXPECT_EQ(Requests(), Asked({"f1.tmz", "parts/one.tmz", "f3.tmz", "f4.tmz"}));
+  EXPECT_TRUE(sandbox_.Has("Продукт/данные.XML"));
+  EXPECT_EQ(Requests(), Asked({"f1.tmz", "parts/one.tmz", "f3.tmz", "f4.tmz", "f6.tmz"}));
   EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate"));
   Log stages = listener_.log;
   std::erase_if(stages, [](const std::string& line) {
@@ -159,6 +166,11 @@ TEST_F(RunTest, AnInterruptedInstallationIsFinishedThoughAllFilesAreNew) {
   EXPECT_TRUE(front_end_.log[1].starts_with(kError)) << front_end_.log[1];
   EXPECT_FALSE(updated_);
   EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/R 3.6.0.2/_Installing.txt"), "R 3.6.0.2");
+  EXPECT_EQ(sandbox_.Read("Продукт/TMW_Installing.txt"), "R 3.6.0.2");
+  EXPECT_EQ(advice_,
+            "Обновление установлено не полностью. Устраните причину и запустите программу "
+            "обновления еще раз: она завершит установку. Заново загружать то, что уже загружено, "
+            "не понадобится.\r\n\r\nПрограмма обновления: \"TmWebUpdate\"");
   on_line_ = nullptr;
   std::filesystem::remove(ToPath(Path("Продукт/sub")));
   sandbox_.Write("Продукт/sub/two", "2");
@@ -181,6 +193,76 @@ TEST_F(RunTest, AFolderThatCannotBeWrittenToIsNamedBeforeAnythingIsLoaded) {
   EXPECT_TRUE(front_end_.log[0].starts_with(kError + "Невозможно заменить файлы в папке \""));
   EXPECT_NE(front_end_.log[0].find("Bin\":"), std::string::npos) << front_end_.log[0];
   EXPECT_EQ(Requests().size(), 3U);
+}
+
+TEST_F(RunTest, EitherMarkIsEnoughForARunToFinishTheInstallation) {
+  release_.files.push_back({"tmwebupdate.exe", "updater", "{p}tm"});
+  Publish();
+  Run();
+  for (const char* const mark :
+       {"Продукт/TMW_Installing.txt", "tmp/TMW_WebUpdate/other/_Installing.txt"}) {
+    sandbox_.Write(mark, "other");
+    front_end_.answers = {true};
+    EXPECT_EQ(Run(), Log{Volume("0байт")}) << mark;
+    EXPECT_TRUE(updated_ && advice_.empty() && !sandbox_.Has(mark)) << mark;
+  }
+  on_line_ = [&](const std::string& line) {
+    if (line == "icon install") throw tmw::ProgramError(1001, "x");
+  };
+  sandbox_.Write("Продукт/help.txt", "spoiled");
+  front_end_.answers = {true};
+  Run();
+  EXPECT_TRUE(advice_.ends_with("\"" + Path("Продукт/tm/tmwebupdate.exe") + "\"")) << advice_;
+}
+
+TEST_F(RunTest, TheUpdatersOwnFilesAreReplacedInOneStepBeforeAnyOtherIsRemoved) {
+  const std::string library = tmw::SplitFileName(ports_->companion->Path()).FileName();
+  release_.files.push_back({"TMWEBUPDATE.exe", "new updater", "{p}tm"});
+  release_.files.push_back({library, "new library", "{p}tm"});
+  Publish();
+  sandbox_.Write("Продукт/tm/TMWEBUPDATE.exe", "old updater");
+  sandbox_.Write("Продукт/help.txt", "old help");
+  const auto state = [&] {
+    return sandbox_.Read("Продукт/tm/TMWEBUPDATE.exe") +
+           (sandbox_.Has("Продукт/tm/" + library) ? ", library" : "") +
+           (sandbox_.Has("Продукт/help.txt") ? ", help" : "") +
+           (sandbox_.Has("Продукт/TMW_Installing.txt") ? ", mark" : "");
+  };
+  Log seen;
+  on_line_ = [&](const std::string& line) {
+    for (const char* const moment : {"icon trash", "sub TMWEBUPDATE.exe",
+                                     "main Удаление старых компонент...", "icon install"}) {
+      if (line == moment) seen.push_back(state());
+    }
+  };
+  Run();
+  EXPECT_TRUE(updated_);
+  EXPECT_EQ(seen, (Log{"old updater, help", "old updater, help, mark",
+                       "new updater, library, help, mark", "new updater, library, mark"}));
+  EXPECT_EQ(sandbox_.Read("Продукт/tm/" + library), "new library");
+}
+
+TEST_F(RunTest, AFileThatChangesAfterItsCheckIsNotInstalledAndIsLoadedAnew) {
+  const std::string loaded = "tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/Программа.dll";
+  for (const auto& [pack_type, content, other] :
+       {std::tuple(1, std::string("new program"), std::string("new pr0gram")),
+        {3, std::string("t\0", 2), std::string("u\0", 2)}}) {
+    release_.files[0].pack_type = pack_type;
+    release_.files[0].content = content;
+    Publish();
+    const auto swap = [&, bytes = other](const std::string& line) {
+      if (line == "icon install") sandbox_.Write(loaded, bytes);
+    };
+    on_line_ = swap;
+    front_end_.answers = {true};
+    ASSERT_EQ(Run().size(), 2U);
+    EXPECT_TRUE(front_end_.log[1].starts_with(kError + "Загруженный файл \"" + Path(loaded)));
+    EXPECT_FALSE(sandbox_.Has("Продукт/Bin/Программа.dll") || sandbox_.Has(loaded));
+    on_line_ = nullptr;
+    front_end_.answers = {true};
+    Run();
+    EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), content);
+  }
 }
 
 TEST_F(RunTest, InstalledAndOfferedVersionsAreCompared) {
@@ -349,6 +431,15 @@ TEST_F(RunTest, ComponentsAreRegistered) {
   ASSERT_EQ(Run().size(), 2U);
   EXPECT_TRUE(front_end_.log[1].starts_with(kError + "Ошибка регистрации файла \"" + library));
   EXPECT_FALSE(updated_);
+  front_end_.answers = {true};
+  ASSERT_EQ(Run().size(), 2U) << "the run that finishes it says what still fails";
+  EXPECT_TRUE(front_end_.log[1].starts_with("warning|Обновление программы|Не удалось заново"));
+  EXPECT_NE(front_end_.log[1].find("\r\n\r\nОшибка регистрации файла \"" + library),
+            std::string::npos);
+  EXPECT_TRUE(updated_);
+  sandbox_.Write("Продукт/help.txt", "spoiled");
+  front_end_.answers = {true};
+  EXPECT_EQ(Run().size(), 1U) << "an ordinary run does not";
 }
 
 }  // namespace

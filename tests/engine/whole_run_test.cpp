@@ -20,6 +20,7 @@ class WholeRunTest : public DatabaseRunTest {
  protected:
   WholeRunTest() {
     release_.files.insert(release_.files.begin(), {"Программа.dll", "new program"});
+    release_.files.push_back({"tmwebupdate.EXE", "new updater", "{p}tm"});
     good_ = release_;
     Publish();
     Restore();
@@ -33,6 +34,7 @@ class WholeRunTest : public DatabaseRunTest {
     fs::create_directories(ToPath(Path("tmp")));
     sandbox_.Write("Продукт/Bin/Программа.dll", "old program");
     sandbox_.Write("Продукт/help.txt", "old help");
+    sandbox_.Write("Продукт/tm/tmwebupdate.EXE", "old updater");
     sandbox_.Write("db/Tamrin_LastVer.mdb", "old");
     sandbox_.Write("db/DBUpdates/1.xml", "old");
     sandbox_.Write("db/Tamrin.mdb", kept_);
@@ -84,7 +86,8 @@ class WholeRunTest : public DatabaseRunTest {
     for (const char* const folder : {"Продукт", "db"}) {
       for (const auto& entry : fs::recursive_directory_iterator(ToPath(Path(folder)))) {
         const std::string path = FromPath(entry.path());
-        if (entry.is_regular_file()) files[path] = tmw::ReadFileBytes(path);
+        const bool is_mark = path.ends_with("TMW_Installing.txt");
+        if (entry.is_regular_file() && !is_mark) files[path] = tmw::ReadFileBytes(path);
       }
     }
     return files;
@@ -98,9 +101,15 @@ class WholeRunTest : public DatabaseRunTest {
     SetMode(false);
   }
 
+  bool IsMarked() const {
+    return sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2/_Installing.txt") &&
+           sandbox_.Has("Продукт/TMW_Installing.txt");
+  }
+
   void ExpectAllNew(const std::string& notes = "7\r\n") const {
     EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), "new program");
     EXPECT_EQ(sandbox_.Read("Продукт/help.txt"), "new help");
+    EXPECT_EQ(sandbox_.Read("Продукт/tm/tmwebupdate.EXE"), "new updater");
     EXPECT_EQ(Rows("db/Tamrin.mdb", "DBVersion"), "3|6|2\r\n");
     EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), kNewBook);
     EXPECT_EQ(Rows("db/Tamrin.mdb", "Заметки"), notes);
@@ -109,6 +118,7 @@ class WholeRunTest : public DatabaseRunTest {
     EXPECT_TRUE(sandbox_.Has("db/Tamrin_0.zip"));
     EXPECT_FALSE(sandbox_.Has("db/Tamrin.mdb.new"));
     EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2/_Installing.txt"));
+    EXPECT_FALSE(sandbox_.Has("Продукт/TMW_Installing.txt"));
   }
 
   ports::FileSystem& real_disk_ = *ports_->files;
@@ -147,8 +157,10 @@ TEST_F(WholeRunTest, AFailedRunIsReportedLeavesTheBooksAloneAndIsMadeGoodByTheNe
       {kInUse, [&] { When("icon scan", [&] { HoldDatabase(); }); }},
       {"error|Ошибка удаления файла ",
        [&] {
-         When("icon trash", [&] { disk_->remove_codes.assign(41, FaultyFileSystem::kBusy); });
-       }},
+         When("main Удаление старых компонент...",
+              [&] { disk_->remove_codes.assign(41, FaultyFileSystem::kBusy); });
+       },
+       true},
       {"error|Ошибка копирования файла ",
        [&] { When("icon install", [&] { disk_->write_budget = 5; }); }, true},
       {kInUse, [&] { When("icon install", [&] { HoldDatabase(); }); }, true},
@@ -172,8 +184,9 @@ TEST_F(WholeRunTest, AFailedRunIsReportedLeavesTheBooksAloneAndIsMadeGoodByTheNe
     EXPECT_TRUE(!updated_ && !boxes.empty() && boxes.back().starts_with(c.box)) << c.box;
     EndFaults();
     PublishGood();
-    EXPECT_EQ(sandbox_.Read("db/Tamrin.mdb"), database_);
+    EXPECT_TRUE(sandbox_.Read("db/Tamrin.mdb") == database_);
     EXPECT_TRUE(c.is_touched || Installed() == old);
+    EXPECT_EQ(advice_.empty(), !IsMarked()) << advice_;
     RunUnattended();
     EXPECT_TRUE(updated_ && front_end_.log.empty());
     ExpectAllNew(c.notes);
@@ -217,6 +230,9 @@ TEST_F(WholeRunTest, WhicheverChangeOfTheDiskFailsTheRowsAreWholeAndTheNextRunFi
       const bool is_old = is_there && sandbox_.Read(file) == kept_;
       EXPECT_TRUE(is_old || Rows(file, "Книга") + Rows(file, "Заметки") == kNewBook + "7\r\n");
       EXPECT_TRUE(is_old || sandbox_.Has("db/Tamrin_0.zip"));
+      const std::string updater = sandbox_.Read("Продукт/tm/tmwebupdate.EXE");
+      EXPECT_TRUE(updater == "old updater" || updater == "new updater") << updater;
+      EXPECT_TRUE(sandbox_.Has("Продукт/help.txt") || updater == "new updater");
       if (!is_there) ++without_database;
       if (has_failed) RunUnattended();
       ExpectAllNew();

@@ -1,0 +1,45 @@
+#include "engine/verified_copy.h"
+
+#include <cstddef>
+
+#include "engine/engine_texts.h"
+#include "foundation/file_utils.h"
+#include "packages/hash_api.h"
+#include "services/message_boxes.h"
+#include "sha256/sha256.h"
+
+namespace tmw {
+namespace {
+
+bool CopyHashed(const WuFileNode& file, const std::string& loaded, const std::string& installed) {
+  sha256::Stream stream;
+  CopyCheck check;
+  check.OnBytes = [&](const void* bytes, std::size_t length) { stream.Update(bytes, length); };
+  check.IsGood = [&] { return GetHashString(stream.Finish()) == file.Hash; };
+  return CopyFileChecked(loaded, installed, check);
+}
+
+// The record's hash is that of the text, without a mark at its beginning.
+bool CopyHashedText(const WuFileNode& file, const std::string& loaded,
+                    const std::string& installed) {
+  std::string content;
+  CopyCheck check;
+  check.OnBytes = [&](const void* bytes, std::size_t length) {
+    content.append(static_cast<const char*>(bytes), length);
+  };
+  check.IsGood = [&] { return GetStringHash(UnicodeBytesToString(content)) == file.Hash; };
+  return CopyFileChecked(loaded, installed, check);
+}
+
+}  // namespace
+
+bool CopyVerified(const WuFileNode& file, const std::string& loaded, const std::string& installed) {
+  const bool is_good = file.PackType == kPackText ? CopyHashedText(file, loaded, installed)
+                                                  : CopyHashed(file, loaded, installed);
+  if (is_good) return true;
+  DownloadError(engine_texts::LoadedFileChanged(loaded));
+  DeleteFileRepeatedly(loaded);
+  return false;
+}
+
+}  // namespace tmw
