@@ -7,6 +7,7 @@
 #include "engine/interruption_mark.h"
 #include "engine/product_version_check.h"
 #include "engine/run_messages.h"
+#include "engine/space_look.h"
 #include "engine/target_look.h"
 #include "engine/update_list.h"
 #include "engine/user_database.h"
@@ -61,7 +62,7 @@ bool KsUpdater::RunStages() {
   if (!BuildUpdateList()) return false;
   if (events_.CancelPressed()) return false;
   if (!HasWork()) return false;
-  if (!LookAtTargets()) return false;
+  if (!LookBeforeDownload()) return false;
   if (!AskForDownload(need_.DownloadVolume)) return false;
   events_.OnSetIcon("download");
   if (!CreateDownloadingFolder()) return false;
@@ -69,7 +70,7 @@ bool KsUpdater::RunStages() {
   if (!DownloadNecessaryFiles()) return false;
   if (events_.CancelPressed()) return false;
   if (!BuildDatabases()) return false;
-  if (!LookAtTargets()) return false;
+  if (!LookBeforeRemoval()) return false;
   events_.OnSetIcon("trash");
   events_.OnSetButtonMode(0);
   if (!ReplaceOwnFiles()) return false;
@@ -98,8 +99,19 @@ bool KsUpdater::HasWork() {
   return IsInstallationInterrupted(temp_dir_) || tmw::HasWork(need_, is_client_);
 }
 
-bool KsUpdater::LookAtTargets() {
-  return IsWayClear(PlanLook(manifest_, is_client_));
+bool KsUpdater::LookBeforeDownload() try {
+  const ReleasePaths release = MakeReleasePaths(temp_dir_, manifest_.VersionID);
+  return IsWayClear(PlanLook(manifest_, is_client_)) &&
+         HasRoom(PlanSpace(manifest_, is_client_, release, SpaceMoment::kBeforeDownload));
+} catch (...) {
+  ReRaiseError(kRunModule, "LookBeforeDownload");
+}
+
+bool KsUpdater::LookBeforeRemoval() try {
+  return IsWayClear(PlanLook(manifest_, is_client_)) &&
+         HasRoom(PlanSpace(manifest_, is_client_, release_, SpaceMoment::kBeforeRemoval));
+} catch (...) {
+  ReRaiseError(kRunModule, "LookBeforeRemoval");
 }
 
 bool KsUpdater::BuildDatabases() {

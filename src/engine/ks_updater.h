@@ -53,12 +53,13 @@ class KsUpdater {
   bool DownloadAndParseManifest();
   bool BuildUpdateList();
   bool HasWork();
-  bool LookAtTargets();
+  bool LookBeforeDownload();
   bool CreateDownloadingFolder();
   bool DownloadNecessaryFiles();
   bool BuildDatabases();
   bool BuildEtalonDB();
   bool BuildWorkingDB();
+  bool LookBeforeRemoval();
   bool ReplaceOwnFiles();
   bool UninstallOldFiles();
   bool InstallNewFiles();

@@ -69,4 +69,20 @@ inline std::string HeldQuestion(const std::string& file, const std::vector<std::
          "Повторить попытку?";
 }
 
+// needed and free: sizes in words.
+inline std::string NoRoom(const std::string& folder, const std::string& needed,
+                          const std::string& free) {
+  return "Недостаточно места на диске, на котором находится папка " + Quoted(folder) +
+         ".\r\nДля обновления необходимо не менее " + needed + ", свободно " + free +
+         ".\r\n\r\nОсвободите место и запустите обновление еще раз. Ничего не изменено.";
+}
+
+inline std::string PerhapsNoRoom(const std::string& folder, const std::string& needed,
+                                 const std::string& free) {
+  return "Может не хватить места на диске, на котором находится папка " + Quoted(folder) +
+         ".\r\nДля обновления может понадобиться до " + needed + ", свободно " + free +
+         ".\r\n\r\nЛучше освободить место, прежде чем продолжать: если его не хватит, обновление "
+         "прервется. Пока ничего не изменено.\r\n\r\nПродолжить обновление?";
+}
+
 }  // namespace tmw::look_texts

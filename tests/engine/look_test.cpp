@@ -2,6 +2,7 @@
 #include <functional>
 #include <tuple>
 
+#include "engine/space_look.h"
 #include "engine/target_look.h"
 #include "foundation/api_errors.h"
 #include "tests/engine/run_fixture.h"
@@ -102,6 +103,96 @@ TEST_F(LookTest, AHeldFileIsAskedAboutUntilItIsFree) {
   front_end_.answers = {true, true};
   EXPECT_EQ(Run().size(), 2U);
   EXPECT_TRUE(updated_);
+}
+
+TEST_F(LookTest, TooLittleRoomRefusesAndPerhapsTooLittleAsks) {
+  release_.files[0].content = std::string(30'000, 'x');
+  Publish();
+  sandbox_.Write("Продукт/Bin/Программа.dll", std::string(20'000, 'y'));
+  const auto size = [&](const char* name) {
+    return static_cast<std::int64_t>(
+        sandbox_.Read("server/TMW_3.6.0.2/" + std::string(name)).size());
+  };
+  // The second file's package is smaller than the first one's, which is gone by then.
+  const std::int64_t loading = 30'000 + size("f1.tmz");
+  const std::int64_t growth = 10'000 + 8;
+  const struct {
+    const char* what;
+    std::int64_t temporary;
+    std::int64_t product;
+    bool has_one_disk;
+    std::string box;  // its beginning; empty: only the question about the volume
+  } cases[] = {
+      {"just enough", loading, growth, false, ""},
+      {"too little to load", loading - 1, growth, false,
+       kError + "Недостаточно места на диске, на котором находится папка \"" + Path("tmp") +
+           tmw::JoinPath("/", "TMW_WebUpdate") + "\".\r\nДля обновления необходимо не менее "},
+      {"perhaps too little to install", loading, growth - 1, false,
+       "question|Обновление программы|Может не хватить места на диске, на котором находится папка "
+       "\"" +
+           Path("Продукт")},
+      {"one disk", loading + growth, 0, true, ""},
+      {"one disk, perhaps too little", loading + growth - 1, 0, true,
+       "question|Обновление программы|Может не хватить места на диске, на котором находится папка "
+       "\"" +
+           Path("tmp")},
+  };
+  for (const auto& c : cases) {
+    probe_.space = [&](const std::string& folder) {
+      const bool is_temporary = c.has_one_disk || folder.find("TMW_WebUpdate") != std::string::npos;
+      return ports::DiskSpace{is_temporary ? "t" : "p", is_temporary ? c.temporary : c.product};
+    };
+    front_end_.answers = {false};
+    const auto boxes = Run();
+    ASSERT_EQ(boxes.size(), 1U) << c.what;
+    EXPECT_TRUE(
+        boxes[0].starts_with(c.box.empty() ? "question|Обновление программы|Ориент" : c.box))
+        << c.what << boxes[0];
+  }
+  // The answer yes goes on; before the removal it is asked once more, about what is left to do.
+  probe_.space = [&](const std::string& folder) {
+    return ports::DiskSpace{
+        folder.find("TMW_WebUpdate") != std::string::npos ? "t" : "p",
+        folder.find("TMW_WebUpdate") != std::string::npos ? loading : growth - 1};
+  };
+  front_end_.answers = {true, true, false};
+  EXPECT_EQ(Run().size(), 3U);
+  EXPECT_FALSE(listener_.Has("icon trash"));
+  EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll")[0], 'y');
+}
+
+TEST(Look, LoadingTakesTheMostRoomAtSomeMoment) {
+  using Items = std::vector<tmw::SpaceItem>;
+  const std::pair<Items, std::int64_t> cases[] = {
+      {{}, 0},
+      {{{10, 100, 0}}, 110},
+      {{{50, 100, 0}, {10, 20, 0}}, 150},
+      {{{10, 100, 0}, {50, 100, 0}}, 250},
+      {{{10, 100, 4}, {50, 100, 20}}, 226},
+  };
+  for (const auto& [items, peak] : cases)
+    EXPECT_EQ(tmw::DownloadPeak(items), peak);
+}
+
+TEST_F(LookTest, ADatabaseNeedsRoomFiveTimesInTheTemporaryFolderAndTwiceInItsOwn) {
+  tmw::Manifest manifest;
+  manifest.VersionID = "R";
+  manifest.Tables.push_back({false, "Т", "", 100, "", true});
+  manifest.ScriptsPackage.PackSize = 7;
+  const auto release = tmw::MakeReleasePaths(Path("tmp"), "R");
+  sandbox_.Write("db/Tamrin.mdb", std::string(1000, 'x'));
+  sandbox_.Write("db/Tamrin_LastVer.mdb", std::string(400, 'x'));
+  for (const bool is_client : {true, false}) {
+    std::int64_t announced = 0;
+    std::int64_t estimated = 0;
+    for (const auto& need :
+         tmw::PlanSpace(manifest, is_client, release, tmw::SpaceMoment::kBeforeDownload)) {
+      announced += need.Announced;
+      estimated += need.Estimated;
+    }
+    EXPECT_EQ(announced, is_client ? 0 : 100);
+    EXPECT_EQ(estimated, is_client ? 0 : 5000 + 107 * 8 + 100 * 8 + 1000 + 1000 + 600);
+  }
 }
 
 TEST(Look, OneBoxNamesEveryKindOfObstacleAndFiveOfAKind) {

@@ -86,8 +86,9 @@ TEST_F(TrustTest, AFaultyManifestLineEndsTheRun) {
   const std::string hash(64, 'a');
   for (const std::string& line :
        {std::string("manifest:"), "MANIFEST:12|" + hash + "0", "manifest:012|" + hash,
-        "manifest:-1|" + hash, "manifest: 1|" + hash, "manifest:1|" + hash + "|", std::string("manifest:1|A"),
-        "manifest:1|" + std::string(64, 'A'), "manifest:9999999999999999999|" + hash}) {
+        "manifest:-1|" + hash, "manifest: 1|" + hash, "manifest:1|" + hash + "|",
+        std::string("manifest:1|A"), "manifest:1|" + std::string(64, 'A'),
+        "manifest:9999999999999999999|" + hash}) {
     release_.more_lines = line + "\r\n";
     Publish();
     EXPECT_EQ(Refusal(), kFormat + "неверно записана строка manifest.") << line;
