@@ -72,7 +72,8 @@ std::unique_ptr<WritableFile> CreateBeneath(const std::string& root,
 [[nodiscard]] bool MakeFolderBeneath(const std::string& root, std::span<const std::string> parts,
                                      const Attributes& attributes);
 
-// Creates a file with a new name beside the given path: "<path>.<random>.tmp".
+// Creates a file with a new name beside the given path: "<path>.<random>.tmp". Linux: only its
+// owner may read it until CopyRights.
 std::unique_ptr<WritableFile> CreateTemporaryBeside(const std::string& path, std::string& name);
 
 enum class Kind { kNone, kFile, kFolder, kOther };
@@ -92,7 +93,11 @@ Facts Examine(const std::string& path);
 // walking a tree ends.
 std::vector<std::string> List(const std::string& folder);
 
+// Fails if something of the new name exists.
 [[nodiscard]] bool Rename(const std::string& from, const std::string& to);
+// Gives target the owner, the group and the permissions of source, as far as this user may.
+// Windows: nothing to do, a file inherits its folder's rights.
+void CopyRights(const std::string& source, const std::string& target);
 bool Remove(const std::string& path);
 bool RemoveFolder(const std::string& path);
 void FlushFolderOf(const std::string& path);

@@ -53,10 +53,12 @@ std::optional<std::int64_t> ParseDate(const std::string& text) {
   return std::mktime(&local);
 }
 
-// Returns nothing for options that are not supported: encryption, repair, a level that is no digit,
-// an invalid date.
+// Returns nothing for options that are not supported: encryption, repair, whatever changes an
+// existing zip file, a level that is no digit, an invalid date.
 std::optional<zip::ZipSettings> Settings(const ports::ZpOptions& options) {
   if (options.Encrypt != 0 || options.Repair != 0) return std::nullopt;
+  if (options.Update != 0 || options.Freshen != 0 || options.DeleteEntries != 0)
+    return std::nullopt;
   if (options.Level < '0' || options.Level > '9') return std::nullopt;
   if (options.Recurse < 0 || options.Recurse > 2) return std::nullopt;
   zip::ZipSettings settings;
@@ -75,9 +77,6 @@ std::optional<zip::ZipSettings> Settings(const ports::ZpOptions& options) {
   settings.crlf_to_lf = options.CRLF_LF != 0;
   settings.lf_to_crlf = options.LF_CRLF != 0;
   settings.move = options.Move != 0;
-  settings.delete_entries = options.DeleteEntries != 0;
-  settings.update = options.Update != 0;
-  settings.freshen = options.Freshen != 0;
   settings.latest_time = options.LatestTime != 0;
   settings.ask_comment = options.Comment != 0;
   settings.quiet = options.Quiet != 0;
@@ -100,10 +99,9 @@ zip::ZipListeners Listeners(const ports::ZpFunctions& functions) {
     return functions.Service == nullptr ||
            functions.Service(ToAnsi(name).c_str(), static_cast<std::uint32_t>(size)) == 0;
   };
-  listeners.ask_comment = [&functions](const std::string& comment) {
-    if (functions.Comment == nullptr) return comment;
+  listeners.ask_comment = [&functions] {
     std::array<char, ports::kZpCommentSize> buffer{};
-    comment.copy(buffer.data(), buffer.size() - 1);
+    if (functions.Comment == nullptr) return std::string();
     functions.Comment(buffer.data());
     buffer.back() = 0;
     return std::string(buffer.data());

@@ -54,9 +54,10 @@ bool IsUserDatabaseFile(const std::string& folder, const std::string& name) {
   return place == Key(database.Folder) || place == Key(SplitFileName(UserDatabasePlace()).Folder);
 }
 
-std::string BackupPath(std::int32_t build_number) {
+std::string BackupPath(std::int32_t build_number, int number) {
   const SplitName database = UserDatabase();
-  return JoinPath(database.Folder, database.Name + "_" + std::to_string(build_number) +
+  const std::string suffix = number == 1 ? "" : " (" + std::to_string(number) + ")";
+  return JoinPath(database.Folder, database.Name + "_" + std::to_string(build_number) + suffix +
                                        std::string(names::kBackupEnding));
 }
 

@@ -21,8 +21,9 @@ std::string UserDatabasePlace();
 // The new user database beside the old one. A file of this name is always a complete copy.
 std::string NewUserDatabasePath();
 
-// "Tamrin_117.zip" beside the user database of that build.
-std::string BackupPath(std::int32_t build_number);
+// "Tamrin_117.zip" beside the user database of that build; further numbers give "Tamrin_117
+// (2).zip" and so on.
+std::string BackupPath(std::int32_t build_number, int number = 1);
 
 // Returns true for the files that hold the user's rows: the user database, files beside it whose
 // names begin with its name, and its backups. The folder is absolute; letter case does not count.

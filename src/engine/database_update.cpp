@@ -5,6 +5,7 @@
 #include "database/database_paths.h"
 #include "database/etalon_db.h"
 #include "database/working_db.h"
+#include "engine/database_backup.h"
 #include "engine/engine_texts.h"
 #include "engine/user_database.h"
 #include "foundation/contract_names.h"

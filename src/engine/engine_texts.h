@@ -249,6 +249,10 @@ inline std::string BackupFailed(const std::string& reason) {
   return "Ошибка создания резервной копии базы данных:" + kBreak + reason;
 }
 
+inline std::string ZipResult(std::int32_t code) {
+  return "Код ошибки архиватора: " + std::to_string(code) + ".";
+}
+
 inline std::string CopyDiffers(const std::string& built, const std::string& copy) {
   return "Копия новой базы данных " + Quoted(copy) + " не совпадает с исходным файлом " +
          Quoted(built) + ". Рабочая база данных не изменена.";

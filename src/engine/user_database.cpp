@@ -13,7 +13,6 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "packages/hash_api.h"
-#include "packages/tm_zipper.h"
 #include "ports/database.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
@@ -105,30 +104,6 @@ std::string HashOfUserRows() {
                              hash.code);
   }
   return hash.value;
-}
-
-bool PackUserDatabase() {
-  const auto database = GetUserDBForReading();
-  if (!database) return false;
-  const DbVersion version = GetDataBaseVersion(*database);
-  database->Close();
-  const std::string archive = BackupPath(version[2]);
-  if (IsFileExists(archive)) return true;
-  // Left by runs that were killed while packing.
-  DeleteFiles(archive + ".*.tmp", true);
-  const std::string file = database_utils::GetUserDBFileName();
-  TmZipper zipper;
-  zipper.AddFileName(file);
-  zipper.ZipFileName = archive;
-  zipper.RootDir = SplitFileName(file).Folder;
-  const std::int32_t result = zipper.DoZipping();
-  if (result != 0) {
-    DownloadError(engine_texts::BackupFailed(GetZipResultText(result)));
-    return false;
-  }
-  // Users who may not read the books may not read their backup either.
-  CopyRights(file, archive);
-  return true;
 }
 
 bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,

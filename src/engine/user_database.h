@@ -15,9 +15,6 @@ namespace tmw {
 // step is finished first, and an unused copy is deleted afterwards.
 void CheckUserDatabase(bool is_client);
 
-// Packs the user database into a zip file beside it, unless there is a backup of the same build.
-bool PackUserDatabase();
-
 // The hash of all pages of the user database but the first, in which an engine notes who has it
 // open.
 std::string HashOfUserRows();

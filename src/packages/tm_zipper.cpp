@@ -33,7 +33,7 @@ const std::vector<std::string>& TmZipper::FileNames() const {
 
 std::int32_t TmZipper::DoZipping() try {
   if (DeleteExistingZipFile) (void)DeleteFile(ZipFileName, true);
-  const std::int32_t result = RunZipRoutine(*this);
+  const std::int32_t result = RunZipRoutine(*this, SystemError);
   if (RaiseErrorOnFail && result != 0) RaiseProgramError(GetZipResultText(result));
   return result;
 } catch (...) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "ports/outcome.h"
+
 namespace tmw {
 
 // Collects file names and options and makes a zip file through the companion library. The option
@@ -52,6 +54,9 @@ class TmZipper {
   void ClearFileNames();
   void AddFileName(const std::string& path);
   const std::vector<std::string>& FileNames() const;
+
+  // The system's reason for the last failure of DoZipping; 0 if there is none.
+  ports::SystemCode SystemError = 0;
 
   // Returns the companion library's result code, 0 for success. Raises an error for any other code
   // if RaiseErrorOnFail is set.

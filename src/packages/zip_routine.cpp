@@ -95,7 +95,8 @@ ports::ZpOptions MakeOptions(const TmZipper& zipper, const NarrowTexts& texts) {
 
 }  // namespace
 
-std::int32_t RunZipRoutine(const TmZipper& zipper) {
+std::int32_t RunZipRoutine(const TmZipper& zipper, ports::SystemCode& system_error) {
+  system_error = 0;
   ports::CompanionLibrary& companion = *ports::CurrentPorts().companion;
   const auto loaded = companion.Load();
   ports::ZpFunctions callbacks{OnPrint, OnComment, OnPassword, OnService};
@@ -116,8 +117,10 @@ std::int32_t RunZipRoutine(const TmZipper& zipper) {
   for (const std::string& name : narrow_names)
     names.push_back(name.c_str());
   const std::string zip_name = companion.NarrowPath(zipper.ZipFileName);
-  return loaded.value->ZpArchive(
+  const std::int32_t result = loaded.value->ZpArchive(
       {static_cast<std::int32_t>(names.size()), zip_name.c_str(), names.data()});
+  if (result != ports::kZipOk) system_error = companion.LastError();
+  return result;
 }
 
 }  // namespace tmw

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "foundation/crc32.h"
+
 // The headers of RAR packages as bytes: a single volume, entries stored without compression.
 namespace packing {
 
@@ -24,8 +26,7 @@ std::string MakeBeginning(RarFormat format);
 std::string MakeEntryHeader(RarFormat format, const EntryHeader& entry);
 std::string MakeEnd(RarFormat format);
 
-// The CRC-32 of zip files over data in pieces: pass 0 first, then the last result.
-std::uint32_t UpdateCrc32(std::uint32_t crc, std::string_view bytes);
+using tmw::UpdateCrc32;
 
 // A block of RAR 4: CRC, type, flags, size of the whole header, fields.
 std::string MakeRar4Block(std::uint8_t type, std::uint16_t flags, const std::string& fields);

@@ -1,11 +1,21 @@
+#include <algorithm>
+#include <cerrno>
 #include <filesystem>
+#include <functional>
 
+#include "engine/database_backup.h"
+#include "foundation/api_errors.h"
 #include "tests/engine/database_run_fixture.h"
+
+#ifndef _WIN32
+#include "tests/support/linux/small_files_only.h"
+#endif
 
 namespace tests {
 namespace {
 
 using Log = std::vector<std::string>;
+using Text = std::string;
 
 TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
   std::filesystem::create_directories(ToPath(Path("db/DBUpdates")));
@@ -44,6 +54,61 @@ TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
   EXPECT_EQ(clock_.sleeps, (std::vector<std::int32_t>{1000, 1000}));
   EXPECT_EQ(Run().size(), 1U) << "nothing is left to do";
   EXPECT_FALSE(updated_);
+}
+
+TEST_F(DatabaseRunTest, OnlyAnArchiveOfTodaysDatabaseCountsAsItsBackup) {
+  const auto backups = [&] {
+    Log names;
+    for (const auto& entry : std::filesystem::directory_iterator(ToPath(Path("db"))))
+      if (entry.path().extension() != ".mdb") names.push_back(FromPath(entry.path().filename()));
+    std::sort(names.begin(), names.end());
+    return names;
+  };
+  const auto allowed = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write |
+                       std::filesystem::perms::group_read;
+  std::filesystem::permissions(ToPath(Path("db/Tamrin.mdb")), allowed);
+  Log expected;
+  const struct {
+    const char* what;
+    std::function<void()> change;
+    const char* added;
+  } cases[] = {
+      {"nothing yet", [] {}, "Tamrin_0.zip"},
+      {"a backup", [] {}, nullptr},
+      {"an empty file", [&] { sandbox_.Write("db/Tamrin_0.zip", ""); }, "Tamrin_0 (2).zip"},
+      {"older books", [&] { Execute(Path("db/Tamrin.mdb"), {"delete from Книга"}); },
+       "Tamrin_0 (3).zip"},
+      {"a damaged directory",
+       [&] {
+         std::string zip = sandbox_.Read("db/Tamrin_0 (3).zip");
+         zip[zip.size() - 12] ^= 1;  // the number of entries
+         sandbox_.Write("db/Tamrin_0 (3).zip", zip);
+         std::filesystem::create_directories(ToPath(Path("db/Tamrin_0 (4).zip")));
+       },
+       "Tamrin_0 (5).zip"},
+      {"a backup among others", [] {}, nullptr},
+  };
+  for (const auto& c : cases) {
+    c.change();
+    expected = backups();
+    EXPECT_TRUE(tmw::PackUserDatabase()) << c.what;
+    if (c.added != nullptr) {
+      expected.insert(std::upper_bound(expected.begin(), expected.end(), c.added), c.added);
+      const auto rights =
+          std::filesystem::status(ToPath(Path("db/" + Text(c.added)))).permissions();
+      EXPECT_TRUE(kOnWindows || rights == allowed);
+    }
+    EXPECT_EQ(backups(), expected) << c.what;
+  }
+#ifndef _WIN32
+  Execute(Path("db/Tamrin.mdb"), {"delete from Заметки"});
+  const SmallFilesOnly limit(1000);
+  EXPECT_FALSE(tmw::PackUserDatabase());
+  EXPECT_EQ(front_end_.log.back(),
+            "warning|Ошибка загрузки|Ошибка создания резервной копии базы данных:\r\n" +
+                tmw::GetApiErrorText(EFBIG, ""));
+  EXPECT_EQ(backups(), expected);
+#endif
 }
 
 TEST_F(DatabaseRunTest, AnAmountThatIsChangedWhileTheUpdateIsMadeIsKept) {

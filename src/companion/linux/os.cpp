@@ -180,7 +180,7 @@ std::unique_ptr<WritableFile> CreateTemporaryBeside(const std::string& path, std
   std::random_device random;
   for (int attempt = 0; attempt < 100; ++attempt) {
     name = path + "." + std::to_string(random()) + ".tmp";
-    Descriptor fd(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    Descriptor fd(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (fd) return std::make_unique<LinuxWritableFile>(std::move(fd));
     if (errno != EEXIST) break;
   }
@@ -220,8 +220,26 @@ std::vector<std::string> List(const std::string& folder) {
 }
 
 bool Rename(const std::string& from, const std::string& to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;  // not every file system knows the flag
+  if (access(to.c_str(), F_OK) == 0) {
+    errno = EEXIST;
+    return false;
+  }
   return rename(from.c_str(), to.c_str()) == 0;
 }
+
+void CopyRights(const std::string& source, const std::string& target) {
+  struct stat facts {};
+  if (stat(source.c_str(), &facts) != 0) return;
+  // First the group alone: its members may set it, the owner only root.
+  bool has_group = chown(target.c_str(), static_cast<uid_t>(-1), facts.st_gid) == 0;
+  has_group |= chown(target.c_str(), facts.st_uid, facts.st_gid) == 0;
+  // Another group must not get what the source's group may.
+  const mode_t mask = has_group ? 0777U : 0707U;
+  (void)!chmod(target.c_str(), facts.st_mode & mask);
+}
+
 bool Remove(const std::string& path) {
   return unlink(path.c_str()) == 0;
 }

@@ -298,13 +298,14 @@ bool Rename(const std::string& from, const std::string& to) {
   const std::wstring target = SystemPath(to);
   // A file that has just been written is often opened by a virus scanner at once.
   for (int attempt = 1;; ++attempt) {
-    if (MoveFileExW(source.c_str(), target.c_str(),
-                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE)
-      return true;
+    if (MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH) != FALSE) return true;
     if (!MeansBusy(GetLastError()) || attempt == kRenameAttempts) return false;
     Sleep(kRenameInterval);
   }
 }
+
+void CopyRights(const std::string& /*source*/, const std::string& /*target*/) {}
+
 bool Remove(const std::string& path) {
   return DeleteFileW(SystemPath(path).c_str()) != FALSE;
 }

@@ -11,7 +11,7 @@ namespace {
 std::size_t ReadOrFail(os::ReadableFile& file, std::uint64_t offset, std::uint8_t* buffer,
                        std::size_t length) {
   const auto got = file.ReadAt(offset, buffer, length);
-  if (!got) throw Failure{ports::kZipReadFailed};
+  if (!got) throw SystemFailure(ports::kZipReadFailed);
   return *got;
 }
 

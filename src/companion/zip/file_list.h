@@ -20,9 +20,6 @@ struct ZipSettings {
   bool crlf_to_lf = false;
   bool lf_to_crlf = false;
   bool move = false;
-  bool delete_entries = false;
-  bool update = false;
-  bool freshen = false;
   bool latest_time = false;
   bool ask_comment = false;
   bool quiet = false;

@@ -8,7 +8,6 @@
 #include "companion/zip/failure.h"
 #include "companion/zip/zip_format.h"
 #include "companion/zip/zip_texts.h"
-#include "foundation/encodings.h"
 
 namespace companion::zip {
 namespace {
@@ -18,7 +17,7 @@ class NewZip {
  public:
   explicit NewZip(std::string path) : path_(std::move(path)) {
     file_ = os::CreateTemporaryBeside(path_, temporary_);
-    if (!file_) throw Failure{ports::kZipCreateFailed};
+    if (!file_) throw SystemFailure(ports::kZipCreateFailed);
   }
   NewZip(const NewZip&) = delete;
   NewZip& operator=(const NewZip&) = delete;
@@ -46,26 +45,7 @@ class NewZip {
     }
     const std::string header = MakeLocalHeader(entry);
     if (!file_->WriteAt(entry.offset, header.data(), header.size()))
-      throw Failure{ports::kZipWriteFailed};
-    directory_.entries.push_back(std::move(entry));
-  }
-
-  // Copies an entry of another zip file in its packed form.
-  void Copy(os::ReadableFile& source, ZipEntry entry) {
-    std::uint64_t from = DataOffset(source, entry);
-    entry.flags = static_cast<std::uint16_t>(entry.flags & ~kFlagDescriptor);
-    entry.offset = offset_;
-    entry.has_local_zip64 = std::max(entry.size, entry.packed_size) >= 0xFFFFFFFF;
-    Write(MakeLocalHeader(entry));
-    std::vector<std::uint8_t> buffer(256U << 10U);
-    for (std::uint64_t left = entry.packed_size; left > 0;) {
-      const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, buffer.size()));
-      const auto got = source.ReadAt(from, buffer.data(), wanted);
-      if (!got || *got == 0) throw Failure{ports::kZipReadFailed};
-      Write(buffer.data(), *got);
-      from += *got;
-      left -= *got;
-    }
+      throw SystemFailure(ports::kZipWriteFailed);
     directory_.entries.push_back(std::move(entry));
   }
 
@@ -74,20 +54,24 @@ class NewZip {
     directory_.comment = std::move(comment);
   }
 
-  void Publish() {
+  // Users who may not read the first file may not read it in the zip file either.
+  void Publish(const std::vector<ZipInput>& inputs) {
     Write(MakeDirectory(directory_, offset_));
-    const bool is_on_disk = file_->Flush();
-    if (!file_->Close() || !is_on_disk) throw Failure{ports::kZipWriteFailed};
+    if (!file_->Flush() || !file_->Close()) throw SystemFailure(ports::kZipWriteFailed);
     file_ = nullptr;
     ReadBack();
-    if (!os::Rename(temporary_, path_)) throw Failure{ports::kZipCreateFailed};
+    const auto first = std::find_if(inputs.begin(), inputs.end(), [](const ZipInput& input) {
+      return input.facts.kind == os::Kind::kFile;
+    });
+    if (first != inputs.end()) os::CopyRights(first->path, temporary_);
+    if (!os::Rename(temporary_, path_)) throw SystemFailure(ports::kZipCreateFailed);
     published_ = true;
     os::FlushFolderOf(path_);
   }
 
  private:
   void Write(const void* data, std::size_t length) {
-    if (!file_->Write(data, length)) throw Failure{ports::kZipWriteFailed};
+    if (!file_->Write(data, length)) throw SystemFailure(ports::kZipWriteFailed);
     offset_ += length;
   }
   void Write(const std::string& bytes) { Write(bytes.data(), bytes.size()); }
@@ -96,7 +80,7 @@ class NewZip {
   void ReadBack() const {
     os::ErrorCode error = 0;
     const auto file = os::OpenForReading(temporary_, error);
-    if (!file) throw Failure{ports::kZipWriteFailed};
+    if (!file) throw Failure{ports::kZipWriteFailed, error};
     try {
       const ZipDirectory found = ReadDirectory(*file);
       if (found.entries.size() != directory_.entries.size()) throw Failure{ports::kZipBadStructure};
@@ -108,8 +92,8 @@ class NewZip {
         }
         CheckEntry(*file, entry);
       }
-    } catch (const Failure&) {
-      throw Failure{ports::kZipWriteFailed};
+    } catch (const Failure& failure) {
+      throw Failure{ports::kZipWriteFailed, failure.error};
     }
   }
 
@@ -126,54 +110,19 @@ bool IsAscii(const std::string& text) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// The name as text: UTF-8 if its flag says so, otherwise from the DOS code page.
-std::string NameOf(const ZipEntry& entry) {
-  if ((entry.flags & kFlagUtf8) != 0) return entry.name;
-  return tmw::CodePageToUtf8(tmw::CodePage::k866, entry.name);
-}
-
 class Command {
  public:
   Command(const std::string& zip_path, const ZipSettings& settings, const ZipListeners& listeners)
-      : zip_path_(zip_path), settings_(settings), listeners_(listeners) {
-    const os::Facts facts = os::Examine(zip_path_);
-    if (facts.kind == os::Kind::kNone) return;
-    if (facts.kind != os::Kind::kFile) throw Failure{ports::kZipCreateFailed};
-    os::ErrorCode error = 0;
-    old_file_ = os::OpenForReading(zip_path_, error);
-    if (!old_file_) throw Failure{ports::kZipOpenFailed};
-    old_ = ReadDirectory(*old_file_);
-  }
+      : zip_path_(zip_path), settings_(settings), listeners_(listeners) {}
 
-  void Delete(const std::vector<std::string>& names) {
-    if (!old_file_) throw Failure{ports::kZipMissingZip};
-    const std::size_t before = old_.entries.size();
-    std::erase_if(old_.entries, [&](const ZipEntry& entry) {
-      return std::any_of(names.begin(), names.end(),
-                         [&](const std::string& name) { return MatchesMask(NameOf(entry), name); });
-    });
-    if (old_.entries.size() == before) throw Failure{ports::kZipNothingToDo};
-    if (old_.entries.empty()) {
-      old_file_ = nullptr;
-      if (!os::Remove(zip_path_)) throw Failure{ports::kZipWriteFailed};
-      return;
-    }
-    WriteAll({});
-  }
-
-  void Add(const std::vector<std::string>& names) {
-    if (settings_.freshen && !old_file_) throw Failure{ports::kZipMissingZip};
+  void Run(const std::vector<std::string>& names) {
+    if (os::Examine(zip_path_).kind != os::Kind::kNone) throw Failure{ports::kZipCreateFailed};
     ZipInputs inputs = CollectInputs(names, settings_, zip_path_);
     for (const std::string& name : inputs.missing)
       Print(texts::NotMatched(name));
     // A backup without a file that was asked for must not look like a complete one.
     if (!inputs.missing.empty() && !inputs.found.empty()) throw Failure{ports::kZipOpenFailed};
-    std::erase_if(inputs.found, [&](const ZipInput& input) { return !IsWanted(input); });
     if (inputs.found.empty()) throw Failure{ports::kZipNothingToDo};
-    for (const ZipInput& input : inputs.found) {
-      std::erase_if(old_.entries,
-                    [&](const ZipEntry& e) { return NameOf(e) == input.stored_name; });
-    }
     WriteAll(inputs.found);
     if (settings_.move) RemoveInputs(inputs.found);
   }
@@ -183,23 +132,9 @@ class Command {
     if (!settings_.quiet) listeners_.print(line);
   }
 
-  // Applies the rules of update and freshen.
-  bool IsWanted(const ZipInput& input) const {
-    if (!settings_.update && !settings_.freshen) return true;
-    const auto old = std::find_if(old_.entries.begin(), old_.entries.end(), [&](const ZipEntry& e) {
-      return NameOf(e) == input.stored_name;
-    });
-    if (old == old_.entries.end()) return !settings_.freshen;
-    return rar::ToDosTime(input.facts.modified) > old->dos_time;
-  }
-
   void WriteAll(const std::vector<ZipInput>& inputs) {
     NewZip zip(zip_path_);
     std::uint32_t latest = 0;
-    for (const ZipEntry& entry : old_.entries) {
-      zip.Copy(*old_file_, entry);
-      latest = std::max(latest, entry.dos_time);
-    }
     for (const ZipInput& input : inputs) {
       latest = std::max(latest, rar::ToDosTime(input.facts.modified));
       Print(texts::Adding(input.stored_name));
@@ -207,9 +142,8 @@ class Command {
       if (!listeners_.entry_done(input.stored_name, input.facts.size))
         throw Failure{ports::kZipAborted};
     }
-    zip.SetComment(settings_.ask_comment ? listeners_.ask_comment(old_.comment) : old_.comment);
-    old_file_ = nullptr;  // Windows does not replace an open file
-    zip.Publish();
+    if (settings_.ask_comment) zip.SetComment(listeners_.ask_comment());
+    zip.Publish(inputs);
     if (settings_.latest_time) os::SetModified(zip_path_, rar::FromDosTime(latest));
   }
 
@@ -232,7 +166,7 @@ class Command {
     }
     os::ErrorCode error = 0;
     std::shared_ptr<os::ReadableFile> file = os::OpenForReading(input.path, error);
-    if (!file) throw Failure{ports::kZipOpenFailed};
+    if (!file) throw Failure{ports::kZipOpenFailed, error};
     if (settings_.level > 0 && file->Size() > 0) entry.method = kMethodDeflated;
     if (settings_.level >= 8) entry.flags |= 2U;
     const LineEnds line_ends = settings_.crlf_to_lf   ? LineEnds::kToLf
@@ -254,8 +188,6 @@ class Command {
   std::string zip_path_;
   const ZipSettings& settings_;
   const ZipListeners& listeners_;
-  std::unique_ptr<os::ReadableFile> old_file_;
-  ZipDirectory old_;
 };
 
 }  // namespace
@@ -264,16 +196,13 @@ ports::ZipResult RunZipCommand(const std::string& zip_path, const std::vector<st
                                const ZipSettings& settings,
                                const ZipListeners& listeners) noexcept {
   try {
+    os::SetLastErrorCode(0);
     if (names.empty()) return ports::kZipNothingToDo;
     if (zip_path.empty()) return ports::kZipBadOptions;
-    Command command(zip_path, settings, listeners);
-    if (settings.delete_entries) {
-      command.Delete(names);
-    } else {
-      command.Add(names);
-    }
+    Command(zip_path, settings, listeners).Run(names);
     return ports::kZipOk;
   } catch (const Failure& failure) {
+    os::SetLastErrorCode(failure.error);
     return failure.code;
   } catch (const std::bad_alloc&) {
     return ports::kZipNoMemory;

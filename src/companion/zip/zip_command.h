@@ -14,15 +14,17 @@ struct ZipListeners {
   std::function<void(const std::string& line)> print;
   // Returns false to stop the command.
   std::function<bool(const std::string& name, std::uint64_t size)> entry_done;
-  // Receives the present comment and returns the new one; bytes as they are stored.
-  std::function<std::string(const std::string& comment)> ask_comment;
+  // Returns the comment; bytes as they are stored.
+  std::function<std::string()> ask_comment;
 };
 
-// Runs one zip command over a zip file (UTF-8 paths): adds or replaces entries, or deletes them.
+// Runs one zip command, which makes a new zip file (UTF-8 paths). An existing file is never changed
+// or replaced: kZipCreateFailed. Nobody updates zip files, and what cannot be read with certainty
+// cannot be updated faithfully.
 //
-// The new file is written under a temporary name, closed, read back entry by entry, flushed and
-// renamed. Until the rename an existing zip file stays unchanged; a failure leaves no file that
-// could be taken for a complete one.
+// The file is written under a temporary name, flushed, closed, read back entry by entry, given the
+// rights of the first file in it and renamed; a failure leaves no file that could be taken for a
+// complete one. The system's reason for a failure, or 0, becomes the last error code.
 ports::ZipResult RunZipCommand(const std::string& zip_path, const std::vector<std::string>& names,
                                const ZipSettings& settings, const ZipListeners& listeners) noexcept;
 

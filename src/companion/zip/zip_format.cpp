@@ -86,7 +86,8 @@ std::string ReadExactly(os::ReadableFile& file, std::uint64_t offset, std::uint6
   if (offset > file.Size() || length > file.Size() - offset) throw Failure{ports::kZipBadStructure};
   std::string bytes(static_cast<std::size_t>(length), '\0');
   const auto got = file.ReadAt(offset, bytes.data(), bytes.size());
-  if (!got || *got != bytes.size()) throw Failure{ports::kZipReadFailed};
+  if (!got) throw SystemFailure(ports::kZipReadFailed);
+  if (*got != bytes.size()) throw Failure{ports::kZipReadFailed};
   return bytes;
 }
 
@@ -116,6 +117,7 @@ void TakeZip64(ZipEntry& entry) {
 struct End {
   std::uint64_t directory_offset = 0;
   std::uint64_t directory_length = 0;
+  std::uint64_t count = 0;
   std::string comment;
 };
 
@@ -129,17 +131,30 @@ End FindEnd(os::ReadableFile& file) {
     const std::size_t comment = Get<std::uint16_t>(tail, at + 20);
     if (at + kEndLength + comment > tail.size()) continue;
     End end{Get<std::uint32_t>(tail, at + 16), Get<std::uint32_t>(tail, at + 12),
-            tail.substr(at + kEndLength, comment)};
+            Get<std::uint16_t>(tail, at + 10), tail.substr(at + kEndLength, comment)};
     const bool has_locator = at >= 20 && Get<std::uint32_t>(tail, at - 20) == kLocator64Mark;
     if (has_locator) {
       const std::string end64 = ReadExactly(file, Get<std::uint64_t>(tail, at - 12), 56);
       if (Get<std::uint32_t>(end64, 0) != kEnd64Mark) throw Failure{ports::kZipBadStructure};
+      end.count = Get<std::uint64_t>(end64, 32);
       end.directory_length = Get<std::uint64_t>(end64, 40);
       end.directory_offset = Get<std::uint64_t>(end64, 48);
     }
     return end;
   }
   throw Failure{ports::kZipBadStructure};
+}
+
+// The offset of an entry's data according to its local header.
+std::uint64_t DataOffset(os::ReadableFile& file, const ZipEntry& entry) {
+  const std::string local = ReadExactly(file, entry.offset, kLocalLength);
+  if (Get<std::uint32_t>(local, 0) != kLocalMark) throw Failure{ports::kZipBadStructure};
+  const std::uint64_t offset =
+      entry.offset + kLocalLength + Get<std::uint16_t>(local, 26) + Get<std::uint16_t>(local, 28);
+  if (offset > file.Size() || entry.packed_size > file.Size() - offset) {
+    throw Failure{ports::kZipBadStructure};
+  }
+  return offset;
 }
 
 // Inflates the packed bytes of an entry piece by piece.
@@ -245,8 +260,8 @@ ZipDirectory ReadDirectory(os::ReadableFile& file) {
   const std::string bytes = ReadExactly(file, end.directory_offset, end.directory_length);
   ZipDirectory directory;
   directory.comment = end.comment;
-  for (std::size_t at = 0; at + kCentralLength <= bytes.size();) {
-    if (Get<std::uint32_t>(bytes, at) != kCentralMark) break;
+  for (std::size_t at = 0; at < bytes.size();) {
+    if (Get<std::uint32_t>(bytes, at) != kCentralMark) throw Failure{ports::kZipBadStructure};
     ZipEntry entry;
     entry.made_by = Get<std::uint16_t>(bytes, at + 4);
     entry.flags = Get<std::uint16_t>(bytes, at + 8);
@@ -269,25 +284,13 @@ ZipDirectory ReadDirectory(os::ReadableFile& file) {
     TakeZip64(entry);
     directory.entries.push_back(std::move(entry));
   }
+  if (directory.entries.size() != end.count) throw Failure{ports::kZipBadStructure};
   return directory;
-}
-
-std::uint64_t DataOffset(os::ReadableFile& file, const ZipEntry& entry) {
-  const std::string local = ReadExactly(file, entry.offset, kLocalLength);
-  if (Get<std::uint32_t>(local, 0) != kLocalMark) throw Failure{ports::kZipBadStructure};
-  const std::uint64_t offset =
-      entry.offset + kLocalLength + Get<std::uint16_t>(local, 26) + Get<std::uint16_t>(local, 28);
-  if (offset > file.Size() || entry.packed_size > file.Size() - offset) {
-    throw Failure{ports::kZipBadStructure};
-  }
-  return offset;
 }
 
 void CheckEntry(os::ReadableFile& file, const ZipEntry& entry) {
   std::uint64_t offset = DataOffset(file, entry);
   const bool is_deflated = entry.method == kMethodDeflated;
-  if ((entry.flags & kFlagEncrypted) != 0 || (!is_deflated && entry.method != kMethodStored))
-    return;
   Unpacker unpacker;
   std::uint32_t crc = 0;
   bool goes_on = true;

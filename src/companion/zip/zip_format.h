@@ -9,8 +9,6 @@
 // Records of a zip file (APPNOTE 6.3), with Zip64 where a number needs it.
 namespace companion::zip {
 
-inline constexpr std::uint16_t kFlagEncrypted = 1;
-inline constexpr std::uint16_t kFlagDescriptor = 8;
 inline constexpr std::uint16_t kFlagUtf8 = 0x800;
 inline constexpr std::uint16_t kMethodStored = 0;
 inline constexpr std::uint16_t kMethodDeflated = 8;
@@ -43,14 +41,12 @@ std::string MakeLocalHeader(const ZipEntry& entry);
 // Central directory and end records for a directory that begins at that offset.
 std::string MakeDirectory(const ZipDirectory& directory, std::uint64_t offset);
 
-// Reads the central directory. Throws Failure kZipBadStructure, kZipReadFailed.
+// Reads the central directory; its entries must add up to what the end record says. Throws Failure
+// kZipBadStructure, kZipReadFailed.
 ZipDirectory ReadDirectory(os::ReadableFile& file);
 
-// The offset of an entry's data according to its local header. Throws the same.
-std::uint64_t DataOffset(os::ReadableFile& file, const ZipEntry& entry);
-
-// Unpacks an entry without storing it and compares length and CRC. Of entries that are encrypted or
-// of another method only the offset is checked. Throws the same.
+// Unpacks an entry, stored or deflated, without storing it and compares length and CRC. Throws the
+// same.
 void CheckEntry(os::ReadableFile& file, const ZipEntry& entry);
 
 }  // namespace companion::zip

@@ -1,0 +1,85 @@
+#include "engine/database_backup.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "database/access_helpers.h"
+#include "database/database_paths.h"
+#include "database/db_version.h"
+#include "database/open_mdb.h"
+#include "engine/engine_texts.h"
+#include "foundation/api_errors.h"
+#include "foundation/crc32.h"
+#include "foundation/file_utils.h"
+#include "packages/tm_zipper.h"
+#include "packages/zip_listing.h"
+#include "ports/file_system.h"
+#include "ports/ports.h"
+#include "services/message_boxes.h"
+
+namespace tmw {
+namespace {
+
+constexpr std::size_t kReadBytes = std::size_t{256} << 10;
+
+std::uint32_t CrcOfFile(const std::string& file) {
+  const auto opened = ports::CurrentPorts().files->Open(file, ports::FileMode::kRead);
+  if (!opened) RaiseApiErrorWithMessage(engine_texts::DatabaseNotRead(file), opened.code);
+  std::vector<char> buffer(kReadBytes);
+  for (std::uint32_t crc = 0;;) {
+    const auto count = opened.value->Read(buffer.data(), buffer.size());
+    if (!count) RaiseApiErrorWithMessage(engine_texts::DatabaseNotRead(file), count.code);
+    if (count.value == 0) return crc;
+    crc = UpdateCrc32(crc, std::string_view(buffer.data(), count.value));
+  }
+}
+
+// By length and checksum: an archive may be empty, or hold last year's books.
+bool IsBackupOf(const std::string& archive, const std::string& database) {
+  const auto entries = TryListZip(archive);
+  return entries && entries->size() == 1 &&
+         std::cmp_equal(entries->front().Length, GetFileLength(database)) &&
+         entries->front().Crc == CrcOfFile(database);
+}
+
+bool Pack(const std::string& database, const std::string& archive) {
+  // Left by runs that were killed while packing.
+  DeleteFiles(archive + ".*.tmp", true);
+  TmZipper zipper;
+  zipper.DeleteExistingZipFile = false;
+  zipper.AddFileName(database);
+  zipper.ZipFileName = archive;
+  zipper.RootDir = SplitFileName(database).Folder;
+  const std::int32_t result = zipper.DoZipping();
+  if (result == 0) return true;
+  std::string reason = GetZipResultText(result);
+  if (reason.empty())
+    reason = zipper.SystemError != 0 ? GetApiErrorText(zipper.SystemError, "")
+                                     : engine_texts::ZipResult(result);
+  DownloadError(engine_texts::BackupFailed(reason));
+  return false;
+}
+
+}  // namespace
+
+bool PackUserDatabase() {
+  const auto database = GetUserDBForReading();
+  if (!database) return false;
+  const DbVersion version = GetDataBaseVersion(*database);
+  database->Close();
+  const std::string file = database_utils::GetUserDBFileName();
+  for (int number = 1;; ++number) {
+    const std::string archive = BackupPath(version[2], number);
+    if (IsFileExists(archive)) {
+      if (IsBackupOf(archive, file)) return true;
+    } else if (!IsFolderExists(archive)) {
+      return Pack(file, archive);
+    }
+  }
+}
+
+}  // namespace tmw
