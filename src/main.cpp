@@ -1,5 +1,6 @@
 #include "foundation/error_environment.h"
 #include "ports/host.h"
+#include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "startup/main_procedure.h"
 #include "ui/downloading_form.h"
@@ -12,5 +13,5 @@ int main(int argc, char** argv) {
   tmw::SetErrorEnvironment({[] { return std::make_unique<tmw::ErrorForm>(); },
                             [] { return tmw::GetUpdaterSettings().NoFinalMessage; }});
   tmw::Main([] { return std::make_unique<tmw::DownloadingForm>(tmw::ExitUpdater); });
-  return 0;
+  return static_cast<int>(tmw::GetRunOutcome());
 }

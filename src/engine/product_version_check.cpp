@@ -12,6 +12,7 @@
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
 #include "services/run_module.h"
+#include "services/run_outcome.h"
 
 namespace tmw {
 namespace {
@@ -27,6 +28,7 @@ bool Compare(const std::string& installed, const std::string& offered,
       // The file that holds the version may have been installed before the interruption.
       return IsInstallationInterrupted(temp_dir) || AskForRepair(installed);
     case 1:
+      SetRunOutcome(RunOutcome::kRefused);
       ShowInformation(box_titles::kUpdateImpossible,
                       engine_texts::InstalledIsNewer(installed, offered));
       return false;

@@ -10,6 +10,7 @@
 #include "ports/system_info.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
+#include "services/run_outcome.h"
 #include "services/updater_settings.h"
 
 namespace tmw {
@@ -40,17 +41,23 @@ bool AskYesNo(const std::string& question, const std::string& title) try {
 }
 
 bool AskForDownload(std::int32_t volume) {
-  return AskYesNo(engine_texts::VolumeQuestion(GetFriendlySizeString(volume, false)),
-                  box_titles::kProductUpdate);
+  const bool is_wanted =
+      AskYesNo(engine_texts::VolumeQuestion(GetFriendlySizeString(volume, false)),
+               box_titles::kProductUpdate);
+  if (!is_wanted) SetRunOutcome(RunOutcome::kRefused);
+  return is_wanted;
 }
 
 bool AskForRepair(const std::string& version) {
-  return ports::CurrentPorts().front_end->AskYesNo(box_titles::kUpdateNotNeeded,
-                                                   engine_texts::SameVersionQuestion(version));
+  const bool is_wanted = ports::CurrentPorts().front_end->AskYesNo(
+      box_titles::kUpdateNotNeeded, engine_texts::SameVersionQuestion(version));
+  if (!is_wanted) SetRunOutcome(RunOutcome::kDone);
+  return is_wanted;
 }
 
 bool HasWork(const UpdateNeed& need, bool is_client) {
   if (need.Files || (need.Tables && !is_client)) return true;
+  SetRunOutcome(need.Tables ? RunOutcome::kRefused : RunOutcome::kDone);
   ShowInformation(box_titles::kUpdaterProgram,
                   need.Tables ? engine_texts::kServerComputerOnly : engine_texts::kNothingToDo);
   return false;

@@ -14,10 +14,10 @@ class Host {
   virtual Ports MakePorts() = 0;
 };
 
-// To be called first in main, before anything else runs. In an updater started from a terminal on
-// Linux the process forks: the parent waits until every updater of the chain (the copies that
-// restart each other, not the product) has ended and returns the last one's exit code; the child
-// returns nothing and does the work. Otherwise returns nothing at once.
+// To be called first in main, before anything else runs. On Linux the first updater forks: the
+// parent waits until every updater of the chain (the copies that restart each other, not the
+// product) has ended and returns the last one's exit code; the child returns nothing and does the
+// work. Otherwise, and on Windows, returns nothing at once.
 std::optional<int> WaitForUpdaterChain();
 
 // The program's start passes its own argc and argv.

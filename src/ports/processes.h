@@ -16,8 +16,8 @@ struct StartRequest {
   bool feedback_on = false;    // forced feedback cursor on / off (Windows)
   bool feedback_off = false;
   std::optional<std::uint16_t> show_window;  // a show-window command (Windows)
-  // The started program takes this updater's place: on Linux the process that waits on the terminal
-  // for the whole chain waits for it too.
+  // The started program takes this updater's place: on Linux the process that waits for the
+  // whole chain waits for it too.
   bool continues_chain = false;
 };
 

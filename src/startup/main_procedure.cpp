@@ -21,6 +21,7 @@
 #include "services/mutexes.h"
 #include "services/processes.h"
 #include "services/product_settings.h"
+#include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "startup/default_urls.h"
 #include "startup/start_up_texts.h"
@@ -125,6 +126,7 @@ void RunUpdate(const ProgressWindowFactory& make_progress_window) {
     updated = window->Updated();
     new_version = window->NewVersion();
   }
+  if (updated) SetRunOutcome(RunOutcome::kDone);
   if (!settings.NoFinalMessage && updated) {
     ShowInformation(box_titles::kUpdaterProgram, start_up_texts::Updated(new_version));
   }
@@ -133,16 +135,20 @@ void RunUpdate(const ProgressWindowFactory& make_progress_window) {
 }  // namespace
 
 void Main(const ProgressWindowFactory& make_progress_window) try {
+  SetRunOutcome(RunOutcome::kBadCommandLine);
   if (!ParseCmdLine()) return;
+  SetRunOutcome(RunOutcome::kRefused);
   if (GetUpdaterSettings().IsNetworkInstallation) {
     RefuseNetworkInstallation();
     return;
   }
   if (!WaitForOthersAndLock()) return;
+  SetRunOutcome(RunOutcome::kFailed);
   if (make_progress_window) RunUpdate(make_progress_window);
   ReleaseUpdaterLock();
   RunMainExeFile();
 } catch (...) {
+  SetRunOutcome(RunOutcome::kFailed);
   ReportError(kModule, "Main");
 }
 

@@ -13,7 +13,7 @@ using ProgressWindowFactory = std::function<std::unique_ptr<ProgressWindow>()>;
 
 // The start-up sequence: settings and command line, the refusal on a network installation, waiting
 // for the product and its siblings, the updater's lock, the run, the final message, the product's
-// start. An error is shown, never thrown.
+// start. An error is shown, never thrown; GetRunOutcome says how it ended.
 void Main(const ProgressWindowFactory& make_progress_window);
 
 // Fills the settings record from the product's settings and this process's command line. Returns

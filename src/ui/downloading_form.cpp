@@ -12,6 +12,7 @@
 #include "ports/ports.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
+#include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "ui/ui_texts.h"
 
@@ -97,14 +98,19 @@ void DownloadingForm::theCancel_Click() try {
   const bool is_confirmed = ports::CurrentPorts().front_end->AskYesNo(box_titles::kProductUpdate,
                                                                       ui_texts::kCancelQuestion);
   is_asking_ = false;
-  if (is_confirmed) cancel_pressed_ = true;
+  if (is_confirmed) Cancel();
 } catch (...) {
   is_asking_ = false;
   ReportError(kModule, "theCancel_Click");
 }
 
 void DownloadingForm::OnStop() {
-  if (cancel_enabled_) cancel_pressed_ = true;
+  if (cancel_enabled_) Cancel();
+}
+
+void DownloadingForm::Cancel() {
+  cancel_pressed_ = true;
+  SetRunOutcome(RunOutcome::kRefused);
 }
 
 void DownloadingForm::OnSetMainAction(const std::string& text) try {

@@ -55,6 +55,7 @@ class DownloadingForm final : public ProgressWindow,
   void theTimer_Timer();
   void theCancel_Click();
 
+  void Cancel();
   void Run();
   void ShowUnfinished();
   void PaintProgress(std::int64_t now);

@@ -14,6 +14,7 @@
 #include "ports/database.h"
 #include "ports/product_version.h"
 #include "services/product_settings.h"
+#include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "tests/engine/release.h"
 #include "tests/engine/run_listener.h"
@@ -78,6 +79,7 @@ class RunTest : public testing::Test {
     requests_before_ = server_.Heads().size();
     updated_ = true;
     has_exited_ = false;
+    tmw::SetRunOutcome(tmw::RunOutcome::kFailed);
     tmw::KsUpdater updater(listener_, [this] {
       has_exited_ = true;
       throw ProcessEnded();

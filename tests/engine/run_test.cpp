@@ -9,6 +9,7 @@ namespace tests {
 namespace {
 
 using Log = std::vector<std::string>;
+using tmw::RunOutcome;
 
 const std::string kError = "warning|Ошибка загрузки|";
 const std::string kTitle = "information|Программа обновления|";
@@ -82,6 +83,7 @@ TEST_F(RunTest, AClientInstallationIsBroughtUpToDate) {
                                 "компьютере программы соответствуют тем, что находятся на сервере "
                                 "Kestrel Soft."});
   EXPECT_FALSE(updated_);
+  EXPECT_EQ(tmw::GetRunOutcome(), RunOutcome::kDone);
 }
 
 TEST_F(RunTest, ASecondRunAfterACancelFetchesOnlyTheRest) {
@@ -276,18 +278,19 @@ TEST_F(RunTest, InstalledAndOfferedVersionsAreCompared) {
     const char* installed;
     std::string box;
     std::size_t requests;
+    RunOutcome outcome;
   } cases[] = {
-      {"3.6.0.1", "", 3},
-      {"3.6.0.2", same, 1},
+      {"3.6.0.1", "", 3, RunOutcome::kRefused},
+      {"3.6.0.2", same, 1, RunOutcome::kDone},
       {"3.6.0.10",
        "information|Обновление невозможно|Текущая версия программы (3.6.0.10) новее той, что "
        "находится на сервере Kestrel Soft (3.6.0.2).\r\n\r\nСитуация необычна. Обновление "
        "программы средствами данной утилиты невозможно.",
-       1},
+       1, RunOutcome::kRefused},
       {"3.6.0.99999999999",
        kError + "Ошибка сравнения версий программы и обновления.\r\n\r\nТекущая версия: "
                 "3.6.0.99999999999\r\nВерсия обновления: 3.6.0.2",
-       1},
+       1, RunOutcome::kFailed},
   };
   Publish();
   for (const auto& c : cases) {
@@ -297,6 +300,7 @@ TEST_F(RunTest, InstalledAndOfferedVersionsAreCompared) {
     EXPECT_EQ(front_end_.log.at(0),
               c.box.empty() ? Volume(SumOf(sandbox_, {"f1.tmz", "f2.tmz"})) : c.box);
     EXPECT_EQ(Requests().size(), c.requests) << c.installed;
+    EXPECT_EQ(tmw::GetRunOutcome(), c.outcome) << c.installed;
     EXPECT_EQ(listener_.log.back(), "mode 2");
   }
   front_end_.answers = {true, true};
@@ -405,6 +409,7 @@ TEST_F(RunTest, TablesAreAnAffairOfTheServerComputer) {
   Publish();
   EXPECT_EQ(Run(), Log{kTitle + "Требуется обновление таблиц или справочников в базе данных, "
                                 "однако эту операцию следует выполнять с серверного компьютера."});
+  EXPECT_EQ(tmw::GetRunOutcome(), RunOutcome::kRefused);
   EXPECT_TRUE(listener_.Has("sub Справочник: Справочник1"));
   EXPECT_TRUE(listener_.Has("sub Таблица: Таблица1"));
 }

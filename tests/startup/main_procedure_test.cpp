@@ -4,6 +4,7 @@
 
 #include "foundation/error_handling.h"
 #include "foundation/program_error.h"
+#include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "startup/default_urls.h"
 #include "tests/fakes/fake_mutexes.h"
@@ -116,6 +117,7 @@ TEST_F(StartUp, AnUnknownOptionIsNamedAndEndsTheStart) {
                 "Неизвестный параметр \"-Zorro\"."});
   EXPECT_EQ(processes_.starts, Log{});
   EXPECT_EQ(mutexes_.log, Log{});
+  EXPECT_EQ(GetRunOutcome(), RunOutcome::kBadCommandLine);
 }
 
 TEST_F(StartUp, SettingsOfTheProduct) {
@@ -161,6 +163,7 @@ TEST_F(StartUp, ANetworkInstallationIsRefusedAndTheProductStartedAgain) {
   EXPECT_EQ(run_.calls, Log{});
   EXPECT_EQ(mutexes_.log, Log{});
   EXPECT_EQ(processes_.starts.size(), 1U);
+  EXPECT_EQ(GetRunOutcome(), RunOutcome::kRefused);
 }
 
 TEST_F(StartUp, ARunWaitsLocksUpdatesTellsReleasesAndStartsTheProduct) {
@@ -181,6 +184,18 @@ TEST_F(StartUp, ARunWaitsLocksUpdatesTellsReleasesAndStartsTheProduct) {
   const std::string start = processes_.starts.front();
   EXPECT_EQ(start.substr(0, start.find('|')), product_);
   EXPECT_NE(start.find("|\"" + product_ + "\" /a|"), std::string::npos) << start;
+  EXPECT_EQ(GetRunOutcome(), RunOutcome::kDone);
+}
+
+TEST_F(StartUp, ARunIsAFailureUnlessItSaysOtherwise) {
+  run_.updated = true;
+  run_.fails = true;
+  Run("-e \"" + product_ + "\"");
+  EXPECT_EQ(processes_.starts, Log{});
+  EXPECT_EQ(GetRunOutcome(), RunOutcome::kFailed);
+  run_.fails = run_.updated = false;
+  Run("");
+  EXPECT_EQ(GetRunOutcome(), RunOutcome::kFailed);
 }
 
 TEST_F(StartUp, TheFinalMessageNeedsAnUpdateAndAnAttendedRun) {
@@ -199,6 +214,7 @@ TEST_F(StartUp, GivingUpOnARunningApplicationEndsEverything) {
   EXPECT_NE(front_end_.log.front().find("закрыть приложение \"Tamrin: Fsk\"."), std::string::npos);
   EXPECT_EQ(run_.calls, Log{});
   EXPECT_EQ(processes_.starts, Log{});
+  EXPECT_EQ(GetRunOutcome(), RunOutcome::kRefused);
 }
 
 TEST_F(StartUp, AMissingProductIsSkippedWithoutAWord) {

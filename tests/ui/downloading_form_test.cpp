@@ -8,6 +8,7 @@
 #include "foundation/error_environment.h"
 #include "foundation/error_handling.h"
 #include "services/product_settings.h"
+#include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/fakes/memory_settings.h"
@@ -152,6 +153,7 @@ TEST_F(Form, APressAsksAndInsistingDoesNot) {
   for (const auto& [mode, press, answer, is_asked, is_cancelled] : cases) {
     front_end_.log.clear();
     front_end_.answers = {answer};
+    SetRunOutcome(RunOutcome::kFailed);
     DownloadingForm form([] {});
     front_end_.windows.on_run = [&, m = mode, p = press](Events& events) {
       form.OnSetButtonMode(m);
@@ -161,6 +163,7 @@ TEST_F(Form, APressAsksAndInsistingDoesNot) {
     };
     form.Execute("", "", "");
     EXPECT_EQ(IsCancelled(form), is_cancelled) << "for the rest of the run, mode " << mode;
+    EXPECT_EQ(GetRunOutcome() == RunOutcome::kRefused, is_cancelled);
     EXPECT_EQ(front_end_.log, is_asked ? question : Log{}) << mode;
   }
 }

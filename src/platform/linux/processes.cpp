@@ -117,8 +117,11 @@ class LinuxProcess final : public ports::Process {
   LinuxProcess& operator=(const LinuxProcess&) = delete;
   // Reaps a process that has ended meanwhile, so that no zombie stays.
   ~LinuxProcess() override {
-    if (!is_reaped_) waitpid(id_, nullptr, WNOHANG);
+    if (!is_reaped_ && !is_chain_member_) waitpid(id_, nullptr, WNOHANG);
   }
+
+  // The parent of the chain wants its exit code and inherits it when this process ends.
+  void LeaveToChainParent() { is_chain_member_ = true; }
 
   std::int32_t Id() const override { return id_; }
 
@@ -158,6 +161,7 @@ class LinuxProcess final : public ports::Process {
   pid_t id_;
   UniqueDescriptor handle_;
   bool is_reaped_ = false;
+  bool is_chain_member_ = false;
   std::int32_t exit_code_ = 0;
 };
 
@@ -226,8 +230,12 @@ class LinuxProcesses final : public ports::Processes {
     if (continues_chain) PassChain(plan);
     const auto child = plan.Spawn(program, arguments, true);
     if (!child) return Result::Failure(child.code);
-    if (continues_chain) AnnounceChainMember(child.value);
-    return Result::Success(std::make_unique<LinuxProcess>(child.value));
+    auto process = std::make_unique<LinuxProcess>(child.value);
+    if (continues_chain) {
+      AnnounceChainMember(child.value);
+      process->LeaveToChainParent();
+    }
+    return Result::Success(std::move(process));
   }
 
   ports::Outcome<std::unique_ptr<ports::Process>> StartElevated(
@@ -254,7 +262,10 @@ class LinuxProcesses final : public ports::Processes {
     auto process = std::make_unique<LinuxProcess>(child.value);
     const ports::Status decision = AwaitDecision(*process, read_end.Get());
     if (!decision) return Result::Failure(decision.code);
-    if (request.continues_chain) AnnounceChainMember(child.value);
+    if (request.continues_chain) {
+      AnnounceChainMember(child.value);
+      process->LeaveToChainParent();
+    }
     return Result::Success(std::move(process));
   }
 

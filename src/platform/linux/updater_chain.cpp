@@ -47,10 +47,6 @@ UniqueDescriptor& PipeSlot() {
   return pipe;
 }
 
-bool IsStartedFromTerminal() {
-  return isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0 || isatty(STDERR_FILENO) != 0;
-}
-
 // The member that does the work now; 0 when there is none.
 volatile std::sig_atomic_t working_member = 0;
 
@@ -105,7 +101,7 @@ std::vector<pid_t> ReadMembers(int pipe, pid_t first) {
   }
 }
 
-// Nothing for a member that its own starter has waited for.
+// Nothing for a member whose end was seen by another process alone.
 std::optional<int> WaitForMember(pid_t member) {
   for (int attempt = 0; attempt < kAdoptionAttempts; ++attempt) {
     int status = 0;
@@ -146,11 +142,8 @@ int WaitForChain(int pipe, pid_t first, const TerminalModes& modes) {
   const std::vector<pid_t> members = ReadMembers(pipe, first);
   working_member = 0;
   modes.PutBack();
-  for (auto member = members.rbegin(); member != members.rend(); ++member) {
-    const std::optional<int> exit_code = WaitForMember(*member);
-    if (exit_code) return *exit_code;
-  }
-  return EXIT_FAILURE;
+  // The others ended with their restarts; what is not known of the last one is no success.
+  return WaitForMember(members.back()).value_or(EXIT_FAILURE);
 }
 
 }  // namespace
@@ -175,7 +168,7 @@ void AnnounceChainMember(pid_t member) {
 
 std::optional<int> WaitForUpdaterChain() {
   OpenStandardDescriptors();
-  if (ChainPipe() >= 0 || !IsStartedFromTerminal()) return std::nullopt;
+  if (ChainPipe() >= 0) return std::nullopt;
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
   UniqueDescriptor read_end(ends[0]);

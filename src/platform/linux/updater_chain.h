@@ -2,9 +2,9 @@
 
 #include <sys/types.h>
 
-// The updaters of one run restart each other and end at once; a shell would take the end of the
-// first for the end of the run. An updater started from a terminal therefore leaves a parent behind
-// that waits for the whole chain.
+// The updaters of one run restart each other and end at once; a shell or a script would take the
+// end of the first for the end of the run. The first one therefore leaves a parent behind that
+// waits for the whole chain and ends with the exit code of its last member.
 //
 // Every member of the chain holds the write end of one pipe, whose number is handed on in an
 // environment variable; a member that starts the next one writes its process id into the pipe. The
