@@ -7,6 +7,7 @@
 #include "ui/error_form.h"
 
 int main(int argc, char** argv) {
+  if (const auto exit_code = ports::PrepareUpdater(argc, argv)) return *exit_code;
   if (const auto exit_code = ports::WaitForUpdaterChain()) return *exit_code;
   const auto host = ports::MakeHost(argc, argv);
   ports::CurrentPorts() = host->MakePorts();

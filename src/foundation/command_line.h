@@ -8,12 +8,15 @@
 // systems. They stand here because the Linux platform follows them too.
 namespace tmw {
 
-// Blanks and tabs outside double quotes separate; quotes group and are dropped; ^" and ^^ stand for
-// a quote and a caret, any other caret for itself. Empty arguments are dropped.
-std::vector<std::string> SplitCommandLine(std::string_view text);
+// Whether an argument that stands as two quotes is one.
+enum class EmptyArguments { kDropped, kKept };
 
-// A line that SplitCommandLine splits into the same arguments. Empty arguments are omitted, since
-// the splitter would drop them.
+// Blanks and tabs outside double quotes separate; quotes group and are dropped; ^" and ^^ stand for
+// a quote and a caret, any other caret for itself.
+std::vector<std::string> SplitCommandLine(std::string_view text,
+                                          EmptyArguments empty = EmptyArguments::kDropped);
+
+// A line that SplitCommandLine splits into the same arguments; an empty one becomes two quotes.
 std::string JoinCommandLine(const std::vector<std::string>& arguments);
 
 }  // namespace tmw

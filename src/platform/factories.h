@@ -51,7 +51,8 @@ std::unique_ptr<ports::SettingsStore> MakeSettingsStore();
 std::unique_ptr<ports::SystemInfo> MakeSystemInfo();
 std::unique_ptr<ports::XmlParser> MakeXmlParser();
 
-// As ports::WaitForUpdaterChain says.
+// As ports::PrepareUpdater and ports::WaitForUpdaterChain say.
+std::optional<int> PrepareUpdater(int argc, char** argv);
 std::optional<int> WaitForUpdaterChain();
 
 }  // namespace platform

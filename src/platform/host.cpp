@@ -73,6 +73,10 @@ class SystemHost final : public Host {
 
 }  // namespace
 
+std::optional<int> PrepareUpdater(int argc, char** argv) {
+  return platform::PrepareUpdater(argc, argv);
+}
+
 std::optional<int> WaitForUpdaterChain() {
   return platform::WaitForUpdaterChain();
 }

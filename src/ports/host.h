@@ -14,7 +14,12 @@ class Host {
   virtual Ports MakePorts() = 0;
 };
 
-// To be called first in main, before anything else runs. On Linux the first updater forks: the
+// To be called first in the updater's main. On Linux answers "--help" and "--version" and returns
+// the exit code; otherwise makes the relative paths among the arguments and in the variables for
+// settings absolute and returns nothing. Nothing at all on Windows.
+std::optional<int> PrepareUpdater(int argc, char** argv);
+
+// To be called next, before anything else runs. On Linux the first updater forks: the
 // parent waits until every updater of the chain (the copies that restart each other, not the
 // product) has ended and returns the last one's exit code; the child returns nothing and does the
 // work. Otherwise, and on Windows, returns nothing at once.

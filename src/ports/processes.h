@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ports/outcome.h"
 
@@ -59,8 +60,13 @@ class Processes {
   virtual bool NeedsElevation(SystemCode code, const StartRequest& request) const = 0;
 
   // The arguments this process was started with, without the program: the raw tail of the command
-  // line on Windows; on Linux rebuilt so that SplitCommandLine gives the same list again.
+  // line on Windows; on Linux rebuilt so that SplitCommandLine gives the same list again, and Start
+  // the empty arguments too.
   virtual std::string OwnArguments() const = 0;
+
+  // The same as a list: on Windows as SplitCommandLine gives it; on Linux as this process was given
+  // them, empty ones too.
+  virtual std::vector<std::string> OwnArgumentList() const = 0;
 
   // The path of this program's file, absolute.
   virtual std::string OwnProgram() const = 0;

@@ -154,8 +154,7 @@ void Main(const ProgressWindowFactory& make_progress_window) try {
 
 bool ParseCmdLine() try {
   UpdaterSettings settings = ReadProductSettings();
-  const std::string line = ports::CurrentPorts().processes->OwnArguments();
-  const auto unknown = ApplyArguments(SplitCommandLine(line), settings);
+  const auto unknown = ApplyArguments(ports::CurrentPorts().processes->OwnArgumentList(), settings);
   if (unknown) {
     CmdLineError(start_up_texts::UnknownOption(*unknown));
     return false;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iostream>
 
-#include "foundation/command_line.h"
 #include "foundation/error_handling.h"
 #include "foundation/text.h"
 #include "foundation/version.h"
@@ -57,8 +56,7 @@ int RunCommand(const Program& program, const Words& arguments) {
 
 int RunProgram(const Program& program) {
   // Taken from the port, which has them in UTF-8 on both systems.
-  return RunProgram(program,
-                    tmw::SplitCommandLine(ports::CurrentPorts().processes->OwnArguments()));
+  return RunProgram(program, ports::CurrentPorts().processes->OwnArgumentList());
 }
 
 int RunProgram(const Program& program, const Words& arguments) {

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/command_line.h"
 #include "ports/processes.h"
 
 namespace tests {
@@ -50,6 +51,9 @@ class RecordingProcesses final : public ports::Processes {
     return refusals && code == refusals->first;
   }
   std::string OwnArguments() const override { return own_arguments; }
+  std::vector<std::string> OwnArgumentList() const override {
+    return tmw::SplitCommandLine(own_arguments);
+  }
   std::string OwnProgram() const override { return own_program; }
   std::string ProgramEnding() const override { return ".exe"; }
   bool HasTerminal() const override { return false; }

@@ -29,9 +29,11 @@ TEST(CommandLine, IsSplitAtBlanksOutsideQuotesWithCaretsAsEscapes) {
 }
 
 TEST(CommandLine, JoinedArgumentsSplitIntoThemselves) {
-  const Words words = {"-e", "c:\\Мои программы\\a.exe", "\"", "^", "^^\"", "a\"b^c d", "\t", "-p"};
+  Words words = {"-e", "c:\\Мои программы\\a.exe", "\"", "^", "^^\"", "a\"b^c d", "\t", "-p"};
   EXPECT_EQ(SplitCommandLine(JoinCommandLine(words)), words);
-  EXPECT_EQ(JoinCommandLine({"-p", "", "-t"}), "-p -t");
+  words.insert(words.end(), {"", "-t", ""});
+  EXPECT_EQ(SplitCommandLine(JoinCommandLine(words), EmptyArguments::kKept), words);
+  EXPECT_EQ(SplitCommandLine("-p \"\" -t"), (Words{"-p", "-t"}));
 }
 
 }  // namespace

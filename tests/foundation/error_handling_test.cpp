@@ -29,6 +29,7 @@ class NamedProgram final : public ports::Processes {
     return false;
   }
   std::string OwnArguments() const override { return ""; }
+  std::vector<std::string> OwnArgumentList() const override { return {}; }
   std::string OwnProgram() const override { return "C:\\Папка\\TmWebUpdate.exe"; }
   std::string ProgramEnding() const override { return ".exe"; }
   bool HasTerminal() const override { return false; }

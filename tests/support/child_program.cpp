@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "foundation/command_line.h"
 #include "ports/clock.h"
 #include "ports/database.h"
 #include "ports/file_lock.h"
@@ -125,5 +124,5 @@ int main(int argc, char** argv) {
   }
   const auto host = ports::MakeHost(argc, argv);
   ports::CurrentPorts() = host->MakePorts();
-  return Run(tmw::SplitCommandLine(ports::CurrentPorts().processes->OwnArguments()));
+  return Run(ports::CurrentPorts().processes->OwnArgumentList());
 }

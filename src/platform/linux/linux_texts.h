@@ -36,6 +36,29 @@ inline constexpr const char* kUnknownValueKind = "неизвестный вид 
 inline constexpr const char* kBadHexKind = "ошибка в виде значения hex";
 inline constexpr const char* kBadHexBytes = "значение hex: ожидаются байты через запятую";
 
+// The command line.
+inline constexpr const char* kHelp =
+    "Использование: TmWebUpdate [ПАРАМЕТР]...\n"
+    "Обновляет программу \"Tamrin\" с сервера обновлений.\n"
+    "\n"
+    "  -w АДРЕС    сервер обновлений вместо указанного в настройках\n"
+    "  -e ФАЙЛ     программа, запускаемая после обновления\n"
+    "  -p ТЕКСТ    параметры этой программы\n"
+    "  -v ВЕРСИЯ   установленная версия программы \"Tamrin\"\n"
+    "  -y          без вопроса об объеме загрузки и без заключительного сообщения\n"
+    "  --help      эта справка\n"
+    "  --version   версия программы обновления\n"
+    "\n"
+    "Код завершения:\n"
+    "  0  программа обновлена, или обновление не требуется\n"
+    "  1  ошибка\n"
+    "  2  неверная командная строка\n"
+    "  3  эту установку так обновить нельзя, или обновление отменено\n";
+
+inline std::string ProgramAndVersion(const std::string& version) {
+  return "TmWebUpdate " + version + "\n";
+}
+
 // The terminal.
 inline constexpr const char* kYesOrNo = "[д/н] ";
 inline constexpr const char* kSayYesOrNo = "Введите \"д\" (да) или \"н\" (нет).\n";

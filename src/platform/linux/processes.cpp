@@ -216,7 +216,8 @@ class LinuxProcesses final : public ports::Processes {
   ports::Outcome<std::unique_ptr<ports::Process>> Start(
       const ports::StartRequest& request) override {
     using Result = ports::Outcome<std::unique_ptr<ports::Process>>;
-    std::vector<std::string> arguments = tmw::SplitCommandLine(request.command_line);
+    std::vector<std::string> arguments =
+        tmw::SplitCommandLine(request.command_line, tmw::EmptyArguments::kKept);
     const bool is_given = !request.program.empty();
     if (!is_given && arguments.empty()) return Result::Failure(ENOENT);
     std::string program = is_given ? request.program : arguments.front();
@@ -244,7 +245,8 @@ class LinuxProcesses final : public ports::Processes {
     std::vector<std::string> arguments = {kElevator};
     if (!request.working_folder.empty()) arguments.emplace_back("--keep-cwd");
     arguments.push_back(ElevatedProgram(request.program));
-    for (std::string& parameter : tmw::SplitCommandLine(request.parameters))
+    for (std::string& parameter :
+         tmw::SplitCommandLine(request.parameters, tmw::EmptyArguments::kKept))
       arguments.push_back(std::move(parameter));
 
     // pkexec closes every descriptor when it ends or executes the program.
@@ -277,6 +279,7 @@ class LinuxProcesses final : public ports::Processes {
   }
 
   std::string OwnArguments() const override { return tmw::JoinCommandLine(own_arguments_); }
+  std::vector<std::string> OwnArgumentList() const override { return own_arguments_; }
   std::string OwnProgram() const override { return own_program_; }
 
   std::string ProgramEnding() const override { return ""; }

@@ -12,15 +12,14 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/linux_texts.h"
 #include "platform/linux/reg_file.h"
+#include "platform/linux/updater_arguments.h"
 #include "ports/settings_store.h"
 
 namespace platform {
 namespace {
 
 constexpr const char* kMachineFile = "/etc/tamrin/machine.reg";
-constexpr const char* kMachineFileVariable = "TAMRIN_MACHINE_REG";
 constexpr const char* kUserFile = "/tamrin/user.reg";
-constexpr const char* kUserFileVariable = "TAMRIN_USER_REG";
 constexpr off_t kMostBytes = off_t{16} * 1024 * 1024;
 
 std::string Variable(const char* name) {

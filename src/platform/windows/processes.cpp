@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "foundation/command_line.h"
 #include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
@@ -129,6 +130,10 @@ class WindowsProcesses final : public ports::Processes {
     return FromWide(std::wstring(start, line.end()));
   }
 
+  std::vector<std::string> OwnArgumentList() const override {
+    return tmw::SplitCommandLine(OwnArguments());
+  }
+
   std::string OwnProgram() const override {
     static constexpr std::size_t kLongestPath = 32768;
     std::wstring path(kLongestPath, L'\0');
@@ -154,6 +159,10 @@ class WindowsProcesses final : public ports::Processes {
 
 std::unique_ptr<ports::Processes> MakeProcesses(int /*argc*/, char** /*argv*/) {
   return std::make_unique<WindowsProcesses>();
+}
+
+std::optional<int> PrepareUpdater(int /*argc*/, char** /*argv*/) {
+  return std::nullopt;
 }
 
 std::optional<int> WaitForUpdaterChain() {
