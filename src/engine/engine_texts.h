@@ -77,6 +77,65 @@ inline std::string DigestNotLoaded(const std::string& reason) {
   return "Ошибка загрузки файла с информацией о версии:" + kBreak + reason;
 }
 
+// Its signature.
+inline const std::string kNothingChanged = "На данном компьютере ничего не изменено.";
+
+inline std::string FaultyKey(const std::string& key) {
+  return "Открытый ключ обновлений записан неверно: " + Quoted(key) +
+         ". Проверьте параметр General\\UpdateKeys в настройках программы.";
+}
+
+inline std::string WebPageInstead(const std::string& url) {
+  return "По адресу " + Quoted(url) +
+         " вместо файла с информацией о версии получена веб-страница: похоже, сеть требует входа "
+         "через браузер. " +
+         kNothingChanged;
+}
+
+inline std::string DigestNotTrusted(const std::string& reasons) {
+  return "Подлинность файла с информацией о версии не подтверждена, поэтому обновление не "
+         "проводится. " +
+         kNothingChanged + kBreak + kBreak + reasons;
+}
+
+inline std::string SignatureNotLoaded(const std::string& reason) {
+  return "Подпись не загружена: " + reason;
+}
+
+inline std::string SignatureMalformed(const std::string& url) {
+  return "Подпись файла " + Quoted(url) + " повреждена.";
+}
+
+inline std::string SignatureOfOtherKind(const std::string& url) {
+  return "Подпись файла " + Quoted(url) + " сделана способом, который больше не принимается.";
+}
+
+inline std::string SignedByUnknownKey(const std::string& url, const std::string& key) {
+  return "Файл " + Quoted(url) + " подписан ключом " + key +
+         ", которого нет среди ключей этой программы.";
+}
+
+inline std::string SignatureDiffers(const std::string& url) {
+  return "Подпись не соответствует файлу " + Quoted(url) + ".";
+}
+
+inline std::string SignedForOtherProduct(const std::string& found) {
+  return "Файл с информацией о версии подписан для другого программного продукта (" + found +
+         "). " + kNothingChanged;
+}
+
+inline std::string SerialTooLow(std::int64_t found, std::int64_t accepted) {
+  return "Сервер отдает устаревший файл с информацией о версии: его номер " +
+         std::to_string(found) + ", а раньше уже был получен номер " + std::to_string(accepted) +
+         ". " + kNothingChanged;
+}
+
+inline std::string DigestExpired(const std::string& last_day, const std::string& today) {
+  return "Срок действия файла с информацией о версии истек: последний день — " + last_day +
+         ", сегодня — " + today + ". " + kNothingChanged + kBreak + kBreak +
+         "Проверьте дату на этом компьютере. Если она верна, сервер отдает устаревший файл.";
+}
+
 // The server list.
 inline constexpr const char* kChoosingServer = "Выбор сервера для загрузки...";
 inline constexpr const char* kServerListEmpty = "Файл со списком серверов для загрузки пуст.";
@@ -120,8 +179,8 @@ inline constexpr const char* kParsingFileList = "Разбор списка фа�
 inline std::string ManifestNotAnnounced(const std::string& url) {
   return "Список файлов, загруженный по адресу " + Quoted(url) +
          ", не совпадает с объявленным в файле с информацией о версии: этот сервер отдает "
-         "устаревший, поврежденный или чужой список. На данном компьютере ничего не изменено." +
-         kBreak + kBreak + "Повторите обновление через некоторое время.";
+         "устаревший, поврежденный или чужой список. " +
+         kNothingChanged + kBreak + kBreak + "Повторите обновление через некоторое время.";
 }
 
 inline std::string ReleaseReplaced(const std::string& begun, const std::string& announced) {

@@ -9,6 +9,8 @@
 #include "engine/limits.h"
 #include "engine/manifest.h"
 #include "engine/server_list.h"
+#include "engine/signed_digest.h"
+#include "engine/update_keys.h"
 #include "foundation/contract_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/version.h"
@@ -45,13 +47,12 @@ ReleaseReader::ReleaseReader(UpdaterEvents& events, std::string product_code, Up
 
 bool ReleaseReader::ReadDigest(Digest& digest) {
   events_.OnSetMainAction(engine_texts::kGettingVersion);
-  const std::string name(names::kDigestFile);
-  const std::string local = JoinPath(temp_dir_, name);
-  if (!FetchSmallFile(name, local, engine_texts::DigestNotLoaded)) return false;
+  const std::string local = JoinPath(temp_dir_, names::kDigestFile);
+  std::string text;
+  if (!FetchDigest(local, text)) return false;
   const AppVersion own = GetAppVersion();
   std::string reason;
-  if (!TryParseDigest(ReadFileToString(local), own.Major, own.Minor, digest, reason))
-    return Refuse(reason);
+  if (!TryParseDigest(text, own.Major, own.Minor, digest, reason)) return Refuse(reason);
   if (digest.Updater == UpdaterVersionCheck::kTooOld) {
     ShowInformation(box_titles::kProductUpdate, engine_texts::kUpdaterTooOld);
     return false;
@@ -91,6 +92,17 @@ bool ReleaseReader::ReadManifest(const std::string& loading_url, Digest& digest,
   events_.OnSetMainAction(engine_texts::kParsingFileList);
   const std::string file = JoinPath(temp_dir_, entry);
   return TryParseManifest(file, product_code_, digest.Version, manifest, reason) || Refuse(reason);
+}
+
+bool ReleaseReader::FetchDigest(const std::string& local, std::string& text) {
+  std::vector<signature::PublicKey> keys;
+  std::string reason;
+  if (!TryReadUpdateKeys(keys, reason)) return Refuse(reason);
+  if (!keys.empty()) return FetchSignedDigest(events_, servers_, product_code_, keys, local, text);
+  const std::string name(names::kDigestFile);
+  if (!FetchSmallFile(name, local, engine_texts::DigestNotLoaded)) return false;
+  text = ReadFileToString(local);
+  return true;
 }
 
 bool ReleaseReader::FetchManifest(const std::string& url, const std::string& package,

@@ -27,6 +27,8 @@ class ReleaseReader {
  private:
   bool FetchSmallFile(const std::string& name, const std::string& local,
                       std::string (*failure)(const std::string& reason));
+  // The digest's text; its signature is good if one is demanded.
+  bool FetchDigest(const std::string& local, std::string& text);
   bool FetchManifest(const std::string& url, const std::string& package, Digest& digest);
   bool ReadDigestAgain(Digest& digest);
 

@@ -50,6 +50,7 @@ inline constexpr std::string_view kInstallationTypeSetting = "InstallationType";
 inline constexpr std::string_view kClientInstallation = "client";  // lower-cased
 inline constexpr std::string_view kRootPathSetting = "RootPath";
 inline constexpr std::string_view kDataBasePathSetting = "DataBasePath";
+inline constexpr std::string_view kUpdateKeysSetting = "UpdateKeys";
 inline constexpr std::string_view kProxyTypeSetting = "ProxyType";
 inline constexpr std::string_view kProxyServerSetting = "ProxyServer";
 inline constexpr std::string_view kIsCustomUrlSetting = "IsCustomUrl";
@@ -65,6 +66,8 @@ inline constexpr std::string_view kProgramFolder = "tm";
 inline constexpr std::string_view kUpdaterProgram = "TmWebUpdate";  // and the system's ending
 inline constexpr std::string_view kNetworkMarkMask = "client*.cln";
 inline constexpr std::string_view kUserDatabase = "Tamrin.mdb";
+inline constexpr std::string_view kSerialFile = "TmWebUpdate.serial";
+inline constexpr std::string_view kNewSerialEnding = ".new";
 
 // The log: one for people, one of JSON lines, and what each was before it grew too long.
 inline constexpr std::string_view kLogName = "TmWebUpdate";
@@ -79,6 +82,7 @@ inline constexpr std::string_view kRootMark = "TMW_Installing.txt";
 
 // The maker's server.
 inline constexpr std::string_view kDigestFile = "TMW_version.dat";
+inline constexpr std::string_view kSignatureEnding = ".minisig";
 inline constexpr std::string_view kServerListFile = "TMW_links.dat";
 inline constexpr std::string_view kManifestPackage = "_PackageManifest.tmz";
 inline constexpr std::string_view kManifestFile = "_manifest.xml";

@@ -139,12 +139,15 @@ std::string ReadFileBytes(const std::string& path) try {
 }
 
 std::string ReadFileToString(const std::string& path) try {
-  const std::string bytes = ReadFileBytes(path);
-  if (!bytes.starts_with(kUtf8Mark)) return CodePageToUtf8(CodePage::k1251, bytes);
-  // Through UTF-16, so that the text is well-formed whatever the file holds.
-  return Utf16ToUtf8(Utf8ToUtf16(std::string_view(bytes).substr(kUtf8Mark.size())));
+  return FileTextOf(ReadFileBytes(path));
 } catch (...) {
   ReRaiseError(kModule, "ReadFileToString");
+}
+
+std::string FileTextOf(std::string_view bytes) {
+  if (!bytes.starts_with(kUtf8Mark)) return CodePageToUtf8(CodePage::k1251, bytes);
+  // Through UTF-16, so that the text is well-formed whatever the file holds.
+  return Utf16ToUtf8(Utf8ToUtf16(bytes.substr(kUtf8Mark.size())));
 }
 
 std::string UnicodeBytesToString(std::string_view bytes) {

@@ -31,6 +31,9 @@ std::string ReadFileBytes(const std::string& path);
 // 1251.
 std::string ReadFileToString(const std::string& path);
 
+// The same text for bytes that have been read.
+std::string FileTextOf(std::string_view bytes);
+
 // The whole file as text: UTF-16LE code units, a mark at the beginning is dropped.
 std::string ReadUnicodeFileToString(const std::string& path);
 

@@ -34,6 +34,10 @@ class SettingsStore {
   // (Windows), or a setting must (Linux).
   virtual bool HasFolderDefaults() const = 0;
 
+  // Whether a variable of the environment says where the settings of that root stand (Linux): who
+  // starts the program may then set anything.
+  virtual bool IsChosenByEnvironment(SettingsRoot root) const = 0;
+
   // Double-word values.
   virtual Setting<std::int32_t> ReadLong(SettingsRoot root, const std::string& key,
                                          const std::string& name) = 0;

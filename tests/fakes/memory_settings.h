@@ -16,6 +16,7 @@ class MemorySettings final : public ports::SettingsStore {
   std::optional<ports::SystemCode> failure;
   std::string failure_text;
   bool has_folder_defaults = false;
+  bool is_chosen_by_environment = false;
 
   void Set(ports::SettingsRoot root, const std::string& path, const std::string& value) {
     strings_[{root, tmw::LowerCase(path)}] = value;
@@ -29,6 +30,9 @@ class MemorySettings final : public ports::SettingsStore {
     return Find(strings_, root, key, name);
   }
   bool HasFolderDefaults() const override { return has_folder_defaults; }
+  bool IsChosenByEnvironment(ports::SettingsRoot /*root*/) const override {
+    return is_chosen_by_environment;
+  }
   ports::Setting<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
                                         const std::string& name) override {
     return Find(longs_, root, key, name);

@@ -38,11 +38,19 @@ std::string UserFile() {
   return folder + "/.config" + kUserFile;
 }
 
+bool IsMachineFile(ports::SettingsRoot root) {
+  return root != ports::SettingsRoot::kUser;
+}
+
+// What the environment says; empty if it says nothing.
+std::string ChosenFile(ports::SettingsRoot root) {
+  return Variable(IsMachineFile(root) ? kMachineFileVariable : kUserFileVariable);
+}
+
 std::string FileOf(ports::SettingsRoot root) {
-  const bool is_machine = root == ports::SettingsRoot::kMachine;
-  std::string moved = Variable(is_machine ? kMachineFileVariable : kUserFileVariable);
-  if (!moved.empty()) return moved;
-  return is_machine ? kMachineFile : UserFile();
+  std::string chosen = ChosenFile(root);
+  if (!chosen.empty()) return chosen;
+  return IsMachineFile(root) ? kMachineFile : UserFile();
 }
 
 std::string PathOf(ports::SettingsRoot root) {
@@ -140,6 +148,10 @@ class LinuxSettingsStore final : public ports::SettingsStore {
   }
 
   std::string FailureText(ports::SettingsRoot root) override { return FileFor(root).FailureText(); }
+
+  bool IsChosenByEnvironment(ports::SettingsRoot root) const override {
+    return !ChosenFile(root).empty();
+  }
 
   bool HasFolderDefaults() const override { return false; }
 

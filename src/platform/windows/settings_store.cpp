@@ -88,6 +88,8 @@ class WindowsSettingsStore final : public ports::SettingsStore {
 
   std::string FailureText(ports::SettingsRoot /*root*/) override { return {}; }
 
+  bool IsChosenByEnvironment(ports::SettingsRoot /*root*/) const override { return false; }
+
   bool HasFolderDefaults() const override { return true; }
 };
 
