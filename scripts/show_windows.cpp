@@ -10,7 +10,9 @@
 #include "ports/host.h"
 #include "ports/ports.h"
 #include "ports/system_info.h"
+#include "services/advice.h"
 #include "services/box_titles.h"
+#include "services/message_boxes.h"
 #include "ui/error_form.h"
 #include "ui/ui_texts.h"
 
@@ -32,24 +34,29 @@ struct State {
   const char* counter;
   const char* pace;
   bool can_cancel;
+  const char* step;
+  const char* component;
 };
 
 constexpr State kStates[] = {
-    {"start", engine_texts::kGettingVersion, "", "", BarKind::kNone, 0, "", "", true},
+    {"start", engine_texts::kGettingVersion, "", "", BarKind::kNone, 0, "", "", true, "этап 1 из 6",
+     ""},
     {"download", engine_texts::kDownloading,
      "https://update.example/TMW_5.12.340/Components/Reports/annual_report_templates.tmz.rar",
      "download", BarKind::kBarWithCounter, 38.2, "12 345 678/32 318 400", "1,2 МБ/с, осталось 16 с",
-     true},
+     true, "этап 3 из 6", "annual_report_templates.xlt"},
     {"scan", engine_texts::kSelecting, "Справочник: Классификатор основных средств", "scan",
-     BarKind::kBar, 61, "", "", true},
+     BarKind::kBar, 61, "", "", true, "этап 2 из 6", ""},
     {"dbnew", database_texts::kBuildingReference, "Импорт справочника BankList ...", "dbnew",
-     BarKind::kBar, 24, "", "", true},
+     BarKind::kBar, 24, "", "", true, "этап 4 из 6", "BankList"},
     {"dbgear", database_texts::kBuildingWorking, database_texts::kMakingTemporaryCopy, "dbgear",
-     BarKind::kNone, 0, "", "", true},
-    {"trash", engine_texts::kRemovingOld, "Reports.tms", "trash", BarKind::kBar, 45, "", "", false},
+     BarKind::kNone, 0, "", "", true, "этап 4 из 6", ""},
+    {"trash", engine_texts::kRemovingOld, "Reports.tms", "trash", BarKind::kBar, 45, "", "", false,
+     "этап 5 из 6", "Reports.tms"},
     {"install", engine_texts::kInstalling, "TmReports.dll", "install", BarKind::kBar, 80, "", "",
-     false},
-    {"brush", engine_texts::kCleaning, "", "brush", BarKind::kNone, 0, "", "", true},
+     false, "этап 5 из 6", "TmReports.dll"},
+    {"brush", engine_texts::kCleaning, "", "brush", BarKind::kNone, 0, "", "", true, "этап 6 из 6",
+     ""},
 };
 
 // The same machine in every picture.
@@ -80,6 +87,7 @@ class Exhibition final : public ports::ProgressViewEvents {
     view_.SetProgress(state_.percent, state_.counter);
     view_.SetDetail(state_.detail);
     view_.SetPace(state_.pace);
+    view_.SetNotes({state_.step, state_.component, ui_texts::kBytes});
     view_.SetButton(ui_texts::kCancel, state_.can_cancel);
     if (is_question_) {
       ports::CurrentPorts().front_end->AskYesNo(box_titles::kProductUpdate,
@@ -119,10 +127,20 @@ void ShowError(bool is_detailed) {
       32);
   const auto view = ports::CurrentPorts().front_end->MakeErrorView();
   view->SetTexts({box_titles::kError, ui_texts::kErrorLabel, ui_texts::kFullTextName,
-                  form.ShortText(), form.FullText(), ui_texts::kCopy, ui_texts::kClose});
+                  form.ShortText(), form.FullText(), ui_texts::kCopy, ui_texts::kClose,
+                  tmw::AdviceFor(tmw::FailureKind::kFileHeld), ui_texts::kLogPlace,
+                  "C:\\Users\\Бухгалтер\\AppData\\Local\\Tamrin\\TmWebUpdate.log"});
   view->SetDetailView(is_detailed, is_detailed ? ui_texts::kLessDetails : ui_texts::kMoreDetails);
   NoEvents events;
   view->Run(events);
+}
+
+void ShowMessage() {
+  tmw::DownloadError(
+      engine_texts::DigestNotLoaded(
+          "Ошибка загрузки файла \"https://update.example/web_update/TMW_version.dat\":\r\n"
+          "Не удалось определить имя или адрес сервера"),
+      tmw::FailureKind::kNameNotResolved);
 }
 
 }  // namespace
@@ -133,12 +151,14 @@ int main(int argc, char** argv) {
   ports::CurrentPorts() = host->MakePorts();
   static ExampleSystem system;
   ports::CurrentPorts().system_info = &system;
+  ports::CurrentPorts().log_files = nullptr;
   for (const State& state : kStates) {
     if (wanted.empty()) std::puts(state.name);
     if (wanted == state.name) return ShowState(state, false), 0;
   }
-  if (wanted.empty()) return std::puts("question\nerror-short\nerror-detailed"), 0;
+  if (wanted.empty()) return std::puts("question\nmessage\nerror-short\nerror-detailed"), 0;
   if (wanted == "question") return ShowState(kStates[1], true), 0;
+  if (wanted == "message") return ShowMessage(), 0;
   if (wanted == "error-short") return ShowError(false), 0;
   if (wanted == "error-detailed") return ShowError(true), 0;
   static_cast<void>(std::fprintf(stderr, "show_windows: there is no window \"%s\"\n", argv[1]));

@@ -28,10 +28,8 @@ bool AwaitNextAttempt(int failures, const std::string& path, const std::string& 
     ports.clock->Sleep(kSilentWait);
     return true;
   }
-  if (!ports.front_end->AskYesNo(box_titles::kFileInUse,
-                                 database_texts::FileInUse(description, path))) {
+  if (!AskQuestion(box_titles::kFileInUse, database_texts::FileInUse(description, path)))
     return false;
-  }
   ports.front_end->RunPendingEvents();
   ports.clock->Sleep(kAskedWait);
   return true;

@@ -5,7 +5,6 @@
 
 #include "engine/engine_texts.h"
 #include "foundation/error_handling.h"
-#include "ports/front_end.h"
 #include "ports/ports.h"
 #include "ports/system_info.h"
 #include "services/box_titles.h"
@@ -35,7 +34,7 @@ std::string OneDecimal(double value) {
 
 bool AskYesNo(const std::string& question, const std::string& title) try {
   if (GetUpdaterSettings().NoFinalMessage) return true;
-  return ports::CurrentPorts().front_end->AskYesNo(title, question);
+  return AskQuestion(title.c_str(), question);
 } catch (...) {
   ReRaiseError(kModule, "AskYesNo");
 }
@@ -49,8 +48,8 @@ bool AskForDownload(std::int32_t volume) {
 }
 
 bool AskForRepair(const std::string& version) {
-  const bool is_wanted = ports::CurrentPorts().front_end->AskYesNo(
-      box_titles::kUpdateNotNeeded, engine_texts::SameVersionQuestion(version));
+  const bool is_wanted =
+      AskQuestion(box_titles::kUpdateNotNeeded, engine_texts::SameVersionQuestion(version));
   if (!is_wanted) SetRunOutcome(RunOutcome::kDone);
   return is_wanted;
 }

@@ -11,6 +11,7 @@
 #include "ports/front_end.h"
 #include "ports/ports.h"
 #include "services/box_titles.h"
+#include "services/message_boxes.h"
 
 namespace tmw {
 namespace {
@@ -101,8 +102,7 @@ std::int32_t RunZipRoutine(const TmZipper& zipper, ports::SystemCode& system_err
   const auto loaded = companion.Load();
   ports::ZpFunctions callbacks{OnPrint, OnComment, OnPassword, OnService};
   if (!loaded || loaded.value->ZpInit(&callbacks) == 0) {
-    ports::CurrentPorts().front_end->ShowMessage(ports::MessageKind::kWarning, box_titles::kError,
-                                                 packages_texts::kNoLibrary);
+    ShowWarning(box_titles::kError, packages_texts::kNoLibrary);
     return ports::kZipInternal;
   }
   const NarrowTexts texts{zipper.ZipDate, companion.NarrowPath(zipper.RootDir),

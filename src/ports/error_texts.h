@@ -9,6 +9,9 @@
 
 namespace ports {
 
+// What a code of the system means, as far as users can do something about it.
+enum class CodeMeaning { kOther, kNoSpace, kNoRights, kHeld };
+
 // The system's texts for its error codes.
 class ErrorTexts {
  public:
@@ -23,6 +26,9 @@ class ErrorTexts {
 
   // The text as the system gives it, its trailing line break included; empty when there is none.
   virtual std::string Format(SystemCode code, Module module) = 0;
+
+  // kHeld: another program keeps the file open.
+  virtual CodeMeaning MeaningOf(SystemCode code) const = 0;
 };
 
 }  // namespace ports

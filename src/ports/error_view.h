@@ -25,6 +25,9 @@ struct ErrorViewTexts {
   std::string full_text;
   std::string copy_button;
   std::string close_button;
+  std::string advice;     // what to do next, the last line of the short view; may be empty
+  std::string log_label;  // stands before the path of the log, in both views
+  std::string log_path;   // can be selected; empty: neither is shown
 };
 
 // The error window: selectable, wrapped text, resizable. All decisions are made above it.

@@ -21,7 +21,10 @@ class FrontEnd {
   virtual bool CanAsk() = 0;
 
   // A box with an OK button; if nobody can answer, its text is printed and nothing is waited for.
-  virtual void ShowMessage(MessageKind kind, const std::string& title, const std::string& text) = 0;
+  // The advice, which may be empty, says what the user can do next and stands apart below the text;
+  // a box with one lets the user copy all that it shows.
+  virtual void ShowMessage(MessageKind kind, const std::string& title, const std::string& text,
+                           const std::string& advice) = 0;
 
   // A question with the buttons yes and no. Returns true for yes, false also if nobody can answer.
   virtual bool AskYesNo(const std::string& title, const std::string& question) = 0;

@@ -37,9 +37,16 @@ constexpr bool HasCounter(BarKind kind) {
   return kind == BarKind::kCounter || kind == BarKind::kBarWithCounter;
 }
 
+// What stands beside the stage, the detail and the counter; empty parts are not shown.
+struct ProgressNotes {
+  std::string step;       // of the whole run
+  std::string component;  // being worked on
+  std::string unit;       // of the counter, shown with it
+};
+
 // The progress window. What it shows and what a press of its button means is decided above it.
-// Texts are UTF-8. SetStage, SetDetail, SetPicture, ShowBar and SetButton paint before they return,
-// without processing events; before Run they take effect when the window appears.
+// Texts are UTF-8. SetStage, SetDetail, SetPicture, ShowBar, SetNotes and SetButton paint before
+// they return, without processing events; before Run they take effect when the window appears.
 class ProgressView {
  public:
   virtual ~ProgressView() = default;
@@ -59,6 +66,8 @@ class ProgressView {
 
   // Speed and time left in words; empty if unknown. A view without room for it omits it.
   virtual void SetPace(const std::string& text) = 0;
+
+  virtual void SetNotes(const ProgressNotes& notes) = 0;
 
   virtual void SetButton(const std::string& caption, bool is_enabled) = 0;
 

@@ -6,9 +6,9 @@
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
 #include "ports/clock.h"
-#include "ports/front_end.h"
 #include "ports/ports.h"
 #include "services/box_titles.h"
+#include "services/message_boxes.h"
 #include "services/services_texts.h"
 
 namespace tmw {
@@ -39,7 +39,7 @@ void PreparePlace() {
 }
 
 bool AskToGoOnWaiting(const std::string& question) {
-  return ports::CurrentPorts().front_end->AskYesNo(box_titles::kUpdaterStart, question);
+  return AskQuestion(box_titles::kUpdaterStart, question);
 }
 
 void SleepOnePoll() {

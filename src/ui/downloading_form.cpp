@@ -95,8 +95,7 @@ void DownloadingForm::theCancel_Click() try {
   // A second press while the question stands asks nothing.
   if (!cancel_enabled_ || is_asking_) return;
   is_asking_ = true;
-  const bool is_confirmed = ports::CurrentPorts().front_end->AskYesNo(box_titles::kProductUpdate,
-                                                                      ui_texts::kCancelQuestion);
+  const bool is_confirmed = AskQuestion(box_titles::kProductUpdate, ui_texts::kCancelQuestion);
   is_asking_ = false;
   if (is_confirmed) Cancel();
 } catch (...) {

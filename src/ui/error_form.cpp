@@ -5,7 +5,9 @@
 #include "foundation/version.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "services/advice.h"
 #include "services/box_titles.h"
+#include "services/run_log.h"
 #include "ui/ui_texts.h"
 
 namespace tmw {
@@ -55,6 +57,10 @@ void ErrorForm::Compose(const std::string& message, const std::string& chain, st
 void ErrorForm::Execute(const std::string& message, const std::string& chain, std::int32_t code,
                         const std::string& caption) {
   Compose(message, chain, code);
+  const FailureKind noted = TakeNotedFailure();
+  const FailureKind kind = KindOfNumber(code);
+  const std::string advice = AdviceFor(kind == FailureKind::kOther ? noted : kind);
+  LogEvent("error", {{"number", code}, {"text", message}, {"chain", chain}, {"advice", advice}});
   view_ = ports::CurrentPorts().front_end->MakeErrorView();
   view_->SetTexts({.title = caption.empty() ? box_titles::kError : caption,
                    .label = ui_texts::kErrorLabel,
@@ -62,7 +68,10 @@ void ErrorForm::Execute(const std::string& message, const std::string& chain, st
                    .short_text = short_text_,
                    .full_text = full_text_,
                    .copy_button = ui_texts::kCopy,
-                   .close_button = ui_texts::kClose});
+                   .close_button = ui_texts::kClose,
+                   .advice = advice,
+                   .log_label = ui_texts::kLogPlace,
+                   .log_path = RunLogPath()});
   ApplyView();
   view_->Run(*this);
   view_.reset();

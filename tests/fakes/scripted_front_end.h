@@ -16,6 +16,7 @@ struct WindowScript {
   std::vector<std::string> log;                            // as "name value"
   std::function<void(ports::ProgressViewEvents&)> on_run;  // default: the window is shown
   std::function<void(ports::ErrorViewEvents&)> on_error;
+  std::string error_notes;  // the window's "advice|label of the log|path of the log"
   bool has_clipboard = true;
 };
 
@@ -34,6 +35,9 @@ class RecordingProgressView final : public ports::ProgressView {
     Add("progress " + std::to_string(percent).substr(0, 4) + " " + counter);
   }
   void SetPace(const std::string& text) override { Add("pace " + text); }
+  void SetNotes(const ports::ProgressNotes& notes) override {
+    Add("notes " + notes.step + "|" + notes.component + "|" + notes.unit);
+  }
   void SetButton(const std::string& caption, bool is_enabled) override {
     Add("button " + caption + (is_enabled ? "" : " disabled"));
   }
@@ -54,6 +58,7 @@ class RecordingErrorView final : public ports::ErrorView {
 
   void SetTexts(const ports::ErrorViewTexts& t) override {
     script_.log.push_back("error " + t.title + "|" + t.short_text + "|" + t.full_text);
+    script_.error_notes = t.advice + "|" + t.log_label + "|" + t.log_path;
   }
   void SetDetailView(bool is_detailed, const std::string& button) override {
     script_.log.push_back((is_detailed ? "full " : "short ") + button);
@@ -75,6 +80,7 @@ class RecordingErrorView final : public ports::ErrorView {
 class ScriptedFrontEnd final : public ports::FrontEnd {
  public:
   std::vector<std::string> log;
+  std::vector<std::string> advices;  // of the messages, without the questions
   std::deque<bool> answers;
   std::deque<std::optional<std::string>> texts;
   std::function<void()> on_events;
@@ -85,10 +91,11 @@ class ScriptedFrontEnd final : public ports::FrontEnd {
 
   bool CanAsk() override { return can_ask; }
 
-  void ShowMessage(ports::MessageKind kind, const std::string& title,
-                   const std::string& text) override {
+  void ShowMessage(ports::MessageKind kind, const std::string& title, const std::string& text,
+                   const std::string& advice) override {
     const bool is_warning = kind == ports::MessageKind::kWarning;
     log.push_back(std::string(is_warning ? "warning|" : "information|") + title + "|" + text);
+    advices.push_back(advice);
   }
 
   bool AskYesNo(const std::string& title, const std::string& question) override {

@@ -142,7 +142,7 @@ TEST(TerminalFrontEnd, AQuestionIsAskedInTheUsersEncodingUntilItIsAnswered) {
 TEST(TerminalFrontEnd, ASecretIsNeitherShownNorLeavesTheTerminalMute) {
   const Action ask_secret = [](ports::FrontEnd& front_end) {
     const auto secret = front_end.AskText("Пароль", "Введите пароль:", true);
-    front_end.ShowMessage(ports::MessageKind::kInformation, "Дальше", "Готово");
+    front_end.ShowMessage(ports::MessageKind::kInformation, "Дальше", "Готово", "");
     const auto open = front_end.AskText("Имя", "Введите имя:", false);
     return (secret == "тайна" ? 1 : 0) + (!secret ? 2 : 0) + (open == "" ? 4 : 0);
   };
@@ -163,17 +163,18 @@ TEST(TerminalFrontEnd, ASecretIsNeitherShownNorLeavesTheTerminalMute) {
 
 TEST(TerminalFrontEnd, WhatAServerSaysCannotSteerTheTerminal) {
   Conversation talk("ru_RU.KOI8-R", [](ports::FrontEnd& front_end) {
-    front_end.ShowMessage(ports::MessageKind::kWarning, "A\x1B[2J", "B\x07\xC2\x9B\tC № 漢\xFF\nD");
+    front_end.ShowMessage(ports::MessageKind::kWarning, "A\x1B[2J", "B\x07\xC2\x9B\tC № 漢\xFF\nD",
+                          "E");
     return 0;
   });
   EXPECT_EQ(talk.End(), 0);
   EXPECT_EQ(talk.shown.substr(0, 15), "[!] A[2J\r\nBC No");
-  EXPECT_TRUE(talk.shown.ends_with(" ??\r\nD\r\n")) << talk.shown;
+  EXPECT_TRUE(talk.shown.ends_with(" ??\r\nD\r\nE\r\n")) << talk.shown;
 }
 
 TEST(TerminalFrontEnd, WithoutSomebodyToAskTheAnswerIsNo) {
   const Action ask_all = [](ports::FrontEnd& front_end) {
-    front_end.ShowMessage(ports::MessageKind::kWarning, "A", "B");
+    front_end.ShowMessage(ports::MessageKind::kWarning, "A", "B", "C");
     return AskFull(front_end) + (front_end.AskText("A", "B", true) ? 2 : 0) + 8;
   };
   // In the background of its terminal, where reading would stop it.
@@ -231,6 +232,7 @@ TEST(TerminalWindow, IsABlockRedrawnInPlaceBelowWhatIsAsked) {
       window.view->SetDetail("http://сервер/длинный-путь/漢漢漢漢漢漢漢/Программа.dll");
       window.view->ShowBar(ports::BarKind::kBarWithCounter);
       window.view->SetProgress(45.9, "1 234/5 678");
+      window.view->SetNotes({"этап 2 из 6", "Программа.dll", "байт"});
       window.view->SetButton("Отмена", true);
       AskFull(front_end);
       for (int i = 0; i < 5000 && window.acts == 0; ++i, usleep(1000))
@@ -239,20 +241,21 @@ TEST(TerminalWindow, IsABlockRedrawnInPlaceBelowWhatIsAsked) {
   });
   const std::string end = "\x1B[K\r\r\n";
   const auto block = [&](const std::string& detail, const std::string& bar) {
-    return detail + end + bar + "  45 %  1 234/5 678" + end + "Ctrl+C: Отмена" + end + "\x1B[J";
+    return detail + end + "этап 2 из 6: Программа.dll" + end + bar + "  45 %  1 234/5 678 байт" +
+           end + "Ctrl+C: Отмена" + end + "\x1B[J";
   };
   const std::string wide = block("http://сервер/длинный-путь/漢漢漢漢漢漢漢/Программа.dll",
                                  "██████████████████░░░░░░░░░░░░░░░░░░░░░░");
-  talk.Expect("\x1B[2A" + block("http://серве…漢漢漢漢漢漢/Программа.dll", "█████████░░░░░░░░░░░") +
-              "\x1B[3A\x1B[J[?] Обновление\r\nЗаменить?");
+  talk.Expect("\x1B[3A" + block("http://серве…漢漢漢漢漢漢/Программа.dll", "██████░░░░░░░░░") +
+              "\x1B[4A\x1B[J[?] Обновление\r\nЗаменить?");
   talk.Expect("[д/н] ");
-  talk.Resize(60);  // which changes nothing about the question
+  talk.Resize(65);  // which changes nothing about the question
   talk.Type("д\n");
   talk.Expect("д\r\n" + wide);
   EXPECT_FALSE(talk.IsEchoOn());
   talk.Type("\x03");
   EXPECT_EQ(talk.End(), 1);
-  EXPECT_TRUE(talk.shown.ends_with(wide + "\x1B[3A\x1B[J")) << talk.shown;
+  EXPECT_TRUE(talk.shown.ends_with(wide + "\x1B[4A\x1B[J")) << talk.shown;
 }
 
 TEST(TerminalWindow, CtrlCAsksOnceAndWhateverEndsProgramsOnlyAsksToo) {
@@ -275,7 +278,7 @@ TEST(TerminalWindow, CtrlCAsksOnceAndWhateverEndsProgramsOnlyAsksToo) {
         window.on_cancel = [&] { front_end.AskYesNo("Отмена", "Прекратить?"); };
         for (int i = 0; i < 5000 && window.acts != 2 && window.acts < 10; ++i, usleep(1000))
           front_end.RunPendingEvents();
-        front_end.ShowMessage(ports::MessageKind::kWarning, "Терминала", "может уже не быть");
+        front_end.ShowMessage(ports::MessageKind::kWarning, "Терминала", "может уже не быть", "");
       });
     };
     Conversation talk("ru_RU.UTF-8", run, true);
@@ -317,20 +320,22 @@ TEST(TerminalWindow, AnErrorIsShownShortAndInFullOnRequest) {
   Conversation talk("ru_RU.UTF-8", [&](ports::FrontEnd& front_end) {
     Details details;
     details.view = front_end.MakeErrorView();
-    details.view->SetTexts(
-        {"Ошибка", "Произошла ошибка:", "", "Беда", "Беда\r\nСтек", "", "Закрыть"});
+    details.view->SetTexts({"Ошибка", "Произошла ошибка:", "", "Беда", "Беда\r\nСтек\r\n", "",
+                            "Закрыть", "Совет.", "Журнал:", "/л"});
     details.view->SetDetailView(false, "Подробнее  >>");
     details.view->Run(details);
     close(STDIN_FILENO);  // nobody can answer
     details.view->Run(details);
     return 5;
   });
-  talk.Expect("[!] Ошибка\r\nПроизошла ошибка:\r\nБеда\r\n[п] Подробнее  >>   [з] Закрыть: ");
+  const std::string ends = "Совет.\r\nЖурнал: /л\r\n";
+  talk.Expect("[!] Ошибка\r\nПроизошла ошибка:\r\nБеда\r\n" + ends +
+              "[п] Подробнее  >>   [з] Закрыть: ");
   talk.Type("П\n");
-  talk.Expect("Беда\r\nСтек[п] Подробнее  <<   [з] Закрыть: ");
+  talk.Expect("Беда\r\nСтек\r\n" + ends + "[п] Подробнее  <<   [з] Закрыть: ");
   talk.Type("з\n");
   EXPECT_EQ(talk.End(), 5);
-  EXPECT_TRUE(talk.shown.ends_with("[!] Ошибка\r\nБеда\r\nСтек\r\n")) << talk.shown;
+  EXPECT_TRUE(talk.shown.ends_with("[!] Ошибка\r\nБеда\r\nСтек\r\n\r\n" + ends)) << talk.shown;
 }
 
 }  // namespace

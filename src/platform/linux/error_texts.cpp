@@ -67,6 +67,23 @@ class LinuxErrorTexts final : public ports::ErrorTexts {
     // System texts end with a line break, as they do on Windows.
     return text.empty() ? text : text + "\r\n";
   }
+
+  ports::CodeMeaning MeaningOf(ports::SystemCode code) const override {
+    switch (code) {
+      case ENOSPC:
+      case EDQUOT:
+        return ports::CodeMeaning::kNoSpace;
+      case EACCES:
+      case EPERM:
+      case EROFS:
+        return ports::CodeMeaning::kNoRights;
+      case EBUSY:
+      case ETXTBSY:
+        return ports::CodeMeaning::kHeld;
+      default:
+        return ports::CodeMeaning::kOther;
+    }
+  }
 };
 
 }  // namespace

@@ -72,10 +72,15 @@ inline constexpr const char* kYes = "&Да";
 inline constexpr const char* kNo = "&Нет";
 inline constexpr const char* kOk = "OK";
 inline constexpr const char* kCancel = "Отмена";
+inline constexpr const char* kCopy = "&Копировать";
 inline constexpr const char* kProgressBar = "Ход обновления";
 inline constexpr const char* kStage = "Этап";
 inline constexpr const char* kDetail = "Подробности";
 inline constexpr const char* kCounter = "Выполнено";
+inline constexpr const char* kStep = "Этап обновления";
+inline constexpr const char* kComponent = "Компонента";
+inline constexpr const char* kUnit = "Единица";
+inline constexpr const char* kAdvice = "Что делать дальше";
 inline constexpr const char* kPace = "Скорость и оставшееся время";
 
 }  // namespace platform::linux_texts

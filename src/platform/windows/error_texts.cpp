@@ -7,6 +7,10 @@
 namespace platform {
 namespace {
 
+// MinGW's headers lack both.
+constexpr ports::SystemCode kElevationRequired = 740;
+constexpr ports::SystemCode kDiskQuotaExceeded = 1295;
+
 class WindowsErrorTexts final : public ports::ErrorTexts {
  public:
   std::optional<Module> FindLoadedModule(const std::string& name) override {
@@ -26,6 +30,27 @@ class WindowsErrorTexts final : public ports::ErrorTexts {
     std::string text = FromAnsi({buffer, length});
     LocalFree(buffer);
     return text;
+  }
+
+  ports::CodeMeaning MeaningOf(ports::SystemCode code) const override {
+    switch (code) {
+      case ERROR_DISK_FULL:
+      case ERROR_HANDLE_DISK_FULL:
+      case kDiskQuotaExceeded:
+        return ports::CodeMeaning::kNoSpace;
+      case ERROR_ACCESS_DENIED:
+      case ERROR_WRITE_PROTECT:
+      case ERROR_PRIVILEGE_NOT_HELD:
+      case kElevationRequired:
+      case ERROR_CANCELLED:  // the user has declined the elevation
+        return ports::CodeMeaning::kNoRights;
+      case ERROR_SHARING_VIOLATION:
+      case ERROR_LOCK_VIOLATION:
+      case ERROR_USER_MAPPED_FILE:
+        return ports::CodeMeaning::kHeld;
+      default:
+        return ports::CodeMeaning::kOther;
+    }
   }
 };
 

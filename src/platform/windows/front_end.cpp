@@ -1,5 +1,6 @@
 #include "platform/factories.h"
 
+#include "platform/windows/advice_box.h"
 #include "platform/windows/input_box.h"
 #include "platform/windows/view_window.h"
 #include "platform/windows/wide.h"
@@ -14,11 +15,13 @@ class WindowsFrontEnd final : public ports::FrontEnd {
  public:
   bool CanAsk() override { return true; }
 
-  void ShowMessage(ports::MessageKind kind, const std::string& title,
-                   const std::string& text) override {
+  void ShowMessage(ports::MessageKind kind, const std::string& title, const std::string& text,
+                   const std::string& advice) override {
+    open_.CallAttention();
+    if (!advice.empty() && ShowAdviceBox(open_.Top(), kind, title, text, advice)) return;
     const UINT icon =
         kind == ports::MessageKind::kWarning ? MB_ICONEXCLAMATION : MB_ICONINFORMATION;
-    Show(title, text, MB_OK | icon);
+    Show(title, advice.empty() ? text : text + "\r\n\r\n" + advice, MB_OK | icon);
   }
 
   bool AskYesNo(const std::string& title, const std::string& question) override {

@@ -34,6 +34,9 @@ class WinErrorView final : public ports::ErrorView, private ViewWindow {
     full_name_ = AddControl(L"STATIC", SS_NOPREFIX, kErrorFullNameId);
     ShowWindow(full_name_, SW_HIDE);
     full_ = AddTextBox(kErrorFullId);
+    advice_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_EDITCONTROL, kErrorAdviceId);
+    log_label_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX, kErrorLogLabelId);
+    log_path_ = AddControl(L"EDIT", WS_TABSTOP | ES_READONLY | ES_AUTOHSCROLL, kErrorLogPathId);
     details_ = AddButton(kErrorDetailsId);
     copy_ = AddButton(kErrorCopyId);
     close_ = AddButton(kErrorCloseId);
@@ -48,6 +51,10 @@ class WinErrorView final : public ports::ErrorView, private ViewWindow {
     SetControlText(full_name_, texts.full_text_name);
     SetControlText(short_, texts.short_text);
     SetControlText(full_, texts.full_text);
+    SetControlText(advice_, texts.advice);
+    SetControlText(log_label_, texts.log_label);
+    SetControlText(log_path_, texts.log_path);
+    ShowParts();
     SetControlText(copy_, texts.copy_button);
     SetControlText(close_, texts.close_button);
     Arrange();
@@ -58,7 +65,7 @@ class WinErrorView final : public ports::ErrorView, private ViewWindow {
     const HWND hidden = is_detailed ? short_ : full_;
     if (GetFocus() == hidden) SetFocus(details_);
     ShowWindow(hidden, SW_HIDE);
-    ShowWindow(label_, is_detailed ? SW_HIDE : SW_SHOWNA);
+    ShowParts();
     ShowWindow(Visible(), SW_SHOWNA);
     SetControlText(details_, button_text);
     Arrange();
@@ -121,14 +128,46 @@ class WinErrorView final : public ports::ErrorView, private ViewWindow {
     return from != to;
   }
 
+  void ShowParts() const {
+    ShowWindow(label_, is_detailed_ ? SW_HIDE : SW_SHOWNA);
+    ShowWindow(advice_, is_detailed_ || texts_.advice.empty() ? SW_HIDE : SW_SHOWNA);
+    const int log = texts_.log_path.empty() ? SW_HIDE : SW_SHOWNA;
+    ShowWindow(log_label_, log);
+    ShowWindow(log_path_, log);
+  }
+
+  // The line of the log above the bottom; returns its top.
+  int LayOutLog(int left, int right, int bottom) const {
+    if (texts_.log_path.empty()) return bottom;
+    const int line = Scaled(kLabelLine);
+    const int label = MeasureText(log_label_, Font(), ToWide(texts_.log_label).c_str()).cx;
+    const int path_left = left + label + Scaled(8);
+    MoveWindow(log_label_, left, bottom - line, label, line, FALSE);
+    MoveWindow(log_path_, path_left, bottom - line, right - path_left, line, FALSE);
+    return bottom - line - Scaled(8);
+  }
+
+  // As many lines as the advice takes in that width, at most three.
+  int AdviceHeight(int width) const {
+    if (texts_.advice.empty()) return 0;
+    const SIZE size = MeasureText(advice_, Font(), ToWide(texts_.advice).c_str());
+    // Words that move to the next line leave room.
+    const int lines = size.cx * 10 / std::max(1, width * 9) + 1;
+    return std::min(lines, 3) * Scaled(kLabelLine);
+  }
+
   void LayOut(SIZE client) override {
     const int margin = Scaled(kMargin);
     const int left = margin + Scaled(kSign) + margin;
     const int right = client.cx - margin;
-    const int bottom = client.cy - FooterHeight() - margin;
+    const int bottom = LayOutLog(margin, right, client.cy - FooterHeight() - margin / 2);
     const int short_top = margin + Scaled(kLabelLine + 6);
     MoveWindow(label_, left, margin, right - left, Scaled(kLabelLine), FALSE);
-    MoveWindow(short_, left, short_top, right - left, std::max(0, bottom - short_top), FALSE);
+    const int advice_height = AdviceHeight(right - left);
+    const int advice_top = bottom - advice_height;
+    const int short_bottom = advice_height == 0 ? bottom : advice_top - Scaled(8);
+    MoveWindow(short_, left, short_top, right - left, std::max(0, short_bottom - short_top), FALSE);
+    MoveWindow(advice_, left, advice_top, right - left, advice_height, FALSE);
     MoveWindow(full_, margin, margin, right - margin, std::max(0, bottom - margin), FALSE);
     const int close_left = right - FooterButtonWidth(close_);
     PlaceFooterButton(close_, close_left, client);
@@ -180,6 +219,9 @@ class WinErrorView final : public ports::ErrorView, private ViewWindow {
   HWND short_ = nullptr;
   HWND full_name_ = nullptr;
   HWND full_ = nullptr;
+  HWND advice_ = nullptr;
+  HWND log_label_ = nullptr;
+  HWND log_path_ = nullptr;
   HWND details_ = nullptr;
   HWND copy_ = nullptr;
   HWND close_ = nullptr;

@@ -18,5 +18,8 @@ inline constexpr int kErrorDetailsId = 103;
 inline constexpr int kErrorCopyId = 104;
 inline constexpr int kErrorCloseId = 105;
 inline constexpr int kErrorFullNameId = 106;
+inline constexpr int kErrorAdviceId = 107;
+inline constexpr int kErrorLogLabelId = 108;
+inline constexpr int kErrorLogPathId = 109;
 
 }  // namespace platform

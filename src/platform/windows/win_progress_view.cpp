@@ -51,6 +51,10 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
     counter_ = AddControl(L"STATIC", SS_RIGHT | SS_NOPREFIX | SS_CENTERIMAGE, kProgressCounterId);
     detail_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_PATHELLIPSIS, kProgressDetailId);
     pace_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_ENDELLIPSIS, kProgressPaceId);
+    step_ = AddControl(L"STATIC", SS_RIGHT | SS_NOPREFIX | SS_CENTERIMAGE, kProgressStepId);
+    component_ =
+        AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_PATHELLIPSIS, kProgressComponentId);
+    unit_ = AddControl(L"STATIC", SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE, kProgressUnitId);
     button_ = AddButton(kProgressButtonId);
     SendMessageW(bar_, PBM_SETRANGE32, 0, kBarRange);
     Prepare();
@@ -77,6 +81,7 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
     ShowWindow(bar_, bar);
     ShowWindow(pace_, bar);
     ShowWindow(counter_, ports::HasCounter(kind) ? SW_SHOWNA : SW_HIDE);
+    ShowNotes();
     ShowInTaskbar();
     Arrange();
   }
@@ -91,6 +96,21 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
   }
 
   void SetPace(const std::string& text) override { ShowText(pace_, text); }
+
+  void SetNotes(const ports::ProgressNotes& notes) override {
+    if (notes_.step == notes.step && notes_.unit == notes.unit &&
+        notes_.component.empty() == notes.component.empty()) {
+      notes_ = notes;
+      ShowText(component_, notes.component);
+      return;
+    }
+    notes_ = notes;
+    SetControlText(step_, notes.step);
+    SetControlText(component_, notes.component);
+    SetControlText(unit_, notes.unit);
+    ShowNotes();
+    Arrange();
+  }
 
   void SetButton(const std::string& caption, bool is_enabled) override {
     SetControlText(button_, caption);
@@ -137,15 +157,38 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
     const int width = client.cx - Scaled(kMargin) - left;
     const bool has_bar = ports::HasBar(kind_);
     counter_width_ = ports::HasCounter(kind_) ? CounterWidth() : 0;
-    const int bar_width = counter_width_ == 0 ? width : width - counter_width_ - Scaled(12);
+    const bool has_unit = counter_width_ != 0 && !notes_.unit.empty();
+    const int unit_width = has_unit ? WidthOf(unit_) + Scaled(6) : 0;
+    const int counter_left = left + width - unit_width - counter_width_;
+    const int bar_width = counter_width_ == 0 ? width : counter_left - left - Scaled(12);
     const int detail_width = has_bar ? width : bar_width;  // a counter alone stands beside it
     const int counter_top = kBarTop + (kBarHeight - kLine) / 2;
-    Move(stage_, left, kStageTop, width, kStageLine);
+    const int step_width = notes_.step.empty() ? 0 : WidthOf(step_);
+    const int stage_width = step_width == 0 ? width : width - step_width - Scaled(12);
+    Move(stage_, left, kStageTop, stage_width, kStageLine);
+    Move(step_, left + width - step_width, kStageTop, step_width, kStageLine);
     Move(bar_, left, kBarTop, bar_width, kBarHeight);
-    Move(counter_, left + width - counter_width_, counter_top, counter_width_, kLine);
+    Move(counter_, counter_left, counter_top, counter_width_, kLine);
+    Move(unit_, left + width - unit_width + Scaled(6), counter_top, unit_width - Scaled(6), kLine);
     Move(detail_, left, has_bar ? kDetailTop : kDetailTopNoBar, detail_width, kLine);
-    Move(pace_, left, kPaceTop, width, kLine);
+    // The component stands on the left half, if there is one.
+    const int pace_left = notes_.component.empty() ? left : left + width / 2;
+    Move(component_, left, kPaceTop, width / 2 - Scaled(12), kLine);
+    Move(pace_, pace_left, kPaceTop, left + width - pace_left, kLine);
     PlaceFooterButton(button_, client.cx - Scaled(kMargin) - FooterButtonWidth(button_), client);
+  }
+
+  void ShowNotes() const {
+    ShowWindow(step_, notes_.step.empty() ? SW_HIDE : SW_SHOWNA);
+    ShowWindow(component_, notes_.component.empty() ? SW_HIDE : SW_SHOWNA);
+    const bool has_unit = ports::HasCounter(kind_) && !notes_.unit.empty();
+    ShowWindow(unit_, has_unit ? SW_SHOWNA : SW_HIDE);
+  }
+
+  int WidthOf(HWND control) const {
+    wchar_t text[64] = {};
+    GetWindowTextW(control, text, 64);
+    return MeasureText(Get(), Font(), text).cx + Scaled(2);
   }
 
   // Left and width in pixels, the rest for 96 dots per inch.
@@ -248,6 +291,7 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
   double percent_ = 0;
   int position_ = 0;
   int counter_width_ = 0;
+  ports::ProgressNotes notes_;
   std::string picture_name_;
   UniqueIcon picture_;
   UniqueFont stage_font_;
@@ -257,6 +301,9 @@ class WinProgressView final : public ports::ProgressView, private ViewWindow {
   HWND counter_ = nullptr;
   HWND detail_ = nullptr;
   HWND pace_ = nullptr;
+  HWND step_ = nullptr;
+  HWND component_ = nullptr;
+  HWND unit_ = nullptr;
   HWND button_ = nullptr;
 };
 

@@ -17,5 +17,8 @@ inline constexpr int kProgressCounterId = 102;
 inline constexpr int kProgressDetailId = 103;
 inline constexpr int kProgressPaceId = 104;
 inline constexpr int kProgressButtonId = 105;
+inline constexpr int kProgressStepId = 106;
+inline constexpr int kProgressComponentId = 107;
+inline constexpr int kProgressUnitId = 108;
 
 }  // namespace platform

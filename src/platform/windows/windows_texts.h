@@ -7,6 +7,7 @@ namespace platform::windows_texts {
 
 inline constexpr const wchar_t* kOk = L"OK";
 inline constexpr const wchar_t* kCancel = L"Отмена";
+inline constexpr const wchar_t* kCopy = L"&Копировать";
 
 // Why the machine is not shut down while files are installed.
 inline constexpr const wchar_t* kBusy = L"Устанавливается обновление программы";

@@ -159,6 +159,12 @@ TEST_F(QtFrontEndTest, ShowsWhatItIsToldAtOnceAndKeepsItsSize) {
     const auto* counter = QAccessible::queryAccessibleInterface(Seen<QLabel>("Выполнено"));
     EXPECT_EQ(counter->text(QAccessible::Name), "1 234/9 872");
     EXPECT_GT(label->y(), y_without_bar);
+    const auto set_notes = [&] { view.SetNotes({"этап 2 из 6", "Файл.dll", "байт"}); };
+    EXPECT_GE(paintings.Of(set_notes), 3);
+    EXPECT_EQ(paintings.Of(set_notes), 0);
+    EXPECT_EQ(Seen<QLabel>("Этап обновления")->text(), "этап 2 из 6");
+    EXPECT_EQ(Seen<QLabel>("Компонента")->text(), "Файл.dll");
+    EXPECT_EQ(Seen<QLabel>("Единица")->text(), "байт");
     view.ShowBar(ports::BarKind::kCounter);
     EXPECT_TRUE(Seen<QLabel>("Выполнено"));
     EXPECT_EQ(Seen<QProgressBar>("Ход обновления"), nullptr);
@@ -178,8 +184,30 @@ TEST_F(QtFrontEndTest, QuestionsAreAnsweredInEveryWay) {
     });
     EXPECT_EQ(front_end->AskYesNo("Вопрос", "<b>Да</b>?\r\nВторая строка."), i < yes.size()) << i;
   }
-  OnceSeen("Сообщение", Click("OK"));
-  front_end->ShowMessage(ports::MessageKind::kWarning, "Сообщение", "Готово.");
+}
+
+TEST_F(QtFrontEndTest, ABoxIsAsWideAsItsLinesAndCopiesAllThatItShows) {
+  const std::string line = "Ошибка загрузки файла \"https://update.example/TMW_5.12.340/a.tmz\":";
+  const Act read = [&](QWidget& window) {
+    auto& box = dynamic_cast<QMessageBox&>(window);
+    EXPECT_EQ(box.icon(), QMessageBox::Warning);
+    EXPECT_EQ(box.informativeText(), "Совет <b>.");
+    EXPECT_GE(box.findChild<QLabel*>("qt_msgbox_label")->width(),
+              box.fontMetrics().horizontalAdvance(QString::fromStdString(line)));
+    Click("Копировать")(box);
+    EXPECT_TRUE(box.isVisible());
+    Click("OK")(box);
+  };
+  OnceSeen("Сообщение", read);
+  front_end->ShowMessage(ports::MessageKind::kWarning, "Сообщение", line + "\r\nБеда.",
+                         "Совет <b>.");
+  EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
+            "Сообщение\n\n" + line + "\nБеда.\n\nСовет <b>.");
+  OnceSeen("Сообщение", [](QWidget& box) {
+    EXPECT_EQ(Seen<QPushButton>("Копировать"), nullptr);
+    Key(Qt::Key_Escape)(box);
+  });
+  front_end->ShowMessage(ports::MessageKind::kInformation, "Сообщение", "Готово.", "");
 }
 
 TEST_F(QtFrontEndTest, AnOpenQuestionTakesAllPressesAndYieldsToWhoeverInsists) {
@@ -233,27 +261,31 @@ struct Reader final : ports::ErrorViewEvents {
 TEST_F(QtFrontEndTest, TheErrorWindowTurnsItsViewCopiesAndCloses) {
   const auto view = front_end->MakeErrorView();
   view->SetTexts({"Сбой", "Произошла ошибка:", "Подробно", "кратко", "кратко\r\nвсё", "Копировать",
-                  "Закрыть"});
+                  "Закрыть", "Повторите.", "Журнал:", "/home/п/TmWebUpdate.log"});
   view->SetDetailView(false, "Подробнее  >>");
   Reader reader(*view);
   QClipboard* clipboard = QApplication::clipboard();
   const auto full_text = [] { return Seen<QPlainTextEdit>("Подробно"); };
   const auto copy = [](QWidget* focused) { QTest::keySequence(focused, QKeySequence::Copy); };
   // Each step is an action of the user; the next one follows when the window has responded.
-  const Act steps[] = {Click("Подробнее  >>"),
-                       [&](QWidget& window) {
-                         EXPECT_EQ(full_text()->toPlainText(), "кратко\nвсё");
-                         EXPECT_GT(full_text()->height(), window.height() / 2) << "fills it";
-                       },
-                       Click("Копировать"),
-                       [&](QWidget&) { copy(full_text()); },
-                       [&](QWidget&) { copy(Seen<QPushButton>("Подробнее  <<")); },
-                       [&](QWidget&) {
-                         EXPECT_EQ(clipboard->text(), "кратко\nвсё");
-                         full_text()->moveCursor(QTextCursor::EndOfWord, QTextCursor::KeepAnchor);
-                         copy(full_text());
-                       },
-                       Key(Qt::Key_Escape)};
+  const Act steps[] = {
+      [](QWidget&) { EXPECT_EQ(Seen<QLabel>("Что делать дальше")->text(), "Повторите."); },
+      Click("Подробнее  >>"),
+      [&](QWidget& window) {
+        EXPECT_EQ(full_text()->toPlainText(), "кратко\nвсё");
+        EXPECT_EQ(Seen<QLineEdit>("Журнал:")->text(), "/home/п/TmWebUpdate.log");
+        EXPECT_EQ(Seen<QLabel>("Что делать дальше"), nullptr);
+        EXPECT_GT(full_text()->height(), window.height() / 2) << "fills it";
+      },
+      Click("Копировать"),
+      [&](QWidget&) { copy(full_text()); },
+      [&](QWidget&) { copy(Seen<QPushButton>("Подробнее  <<")); },
+      [&](QWidget&) {
+        EXPECT_EQ(clipboard->text(), "кратко\nвсё");
+        full_text()->moveCursor(QTextCursor::EndOfWord, QTextCursor::KeepAnchor);
+        copy(full_text());
+      },
+      Key(Qt::Key_Escape)};
   std::size_t step = 0;
   QTimer clock;
   QObject::connect(&clock, &QTimer::timeout, [&] {

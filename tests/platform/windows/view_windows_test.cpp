@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "platform/factories.h"
+#include "platform/windows/advice_box.h"
 #include "platform/windows/input_box.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/win_error_view.h"
@@ -55,6 +56,16 @@ void Click(HWND control) {
   inputs[0].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
   inputs[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
   SendInput(2, inputs, sizeof(INPUT));
+}
+
+std::string TextOnClipboard() {
+  OpenClipboard(nullptr);
+  const HANDLE block = GetClipboardData(CF_UNICODETEXT);
+  const auto* const text = static_cast<const wchar_t*>(GlobalLock(block));
+  std::string result = text == nullptr ? "" : FromWide(text);
+  GlobalUnlock(block);
+  CloseClipboard();
+  return result;
 }
 
 // A window changes its screen for one of another scale.
@@ -117,8 +128,9 @@ class Windows : public testing::Test,
     running_ = this;
     script_ = std::move(script);
     error_ = front_end_->MakeErrorView();
-    error_->SetTexts(
-        {"Ошибка", "Случилось:", "Подробно", "Беда & одна", full_, "Копировать", "Закрыть"});
+    error_->SetTexts({"Ошибка", "Случилось:", "Подробно", "Беда & одна", full_, "Копировать",
+                      "Закрыть", "Проверьте подключение компьютера к Интернету.",
+                      "Журнал:", "C:\\п\\TmWebUpdate.log"});
     error_->SetDetailView(false, "Подробнее  >>");
     window_ = FindWindowW(nullptr, ToWide("Ошибка").c_str());
     ASSERT_NE(window_, nullptr);
@@ -207,13 +219,16 @@ TEST_F(Windows, WhatIsSetIsPaintedWithoutEvents) {
     progress_->SetDetail("C:\\путь\\файл");
     progress_->SetProgress(45.67, "12/34");
     progress_->SetPace("1 МБ/с");
+    progress_->SetNotes({"этап 2 из 6", "Файл & Ко.dll", "байт"});
     progress_->SetButton("Отмена", false);
     std::string texts;
-    for (int id = kProgressStageId; id <= kProgressButtonId; ++id) {
+    for (int id = kProgressStageId; id <= kProgressUnitId; ++id) {
       texts += TextOf(window_, id) + "|";
       EXPECT_FALSE(GetUpdateRect(Control(id), nullptr, FALSE)) << id;
     }
-    EXPECT_EQ(texts, "Загрузка & установка||12/34|C:\\путь\\файл|1 МБ/с|Отмена|");
+    EXPECT_EQ(
+        texts,
+        "Загрузка & установка||12/34|C:\\путь\\файл|1 МБ/с|Отмена|этап 2 из 6|Файл & Ко.dll|байт|");
     EXPECT_EQ(SendMessageW(Control(kProgressBarId), PBM_GETPOS, 0, 0), 457);
     progress_->SetProgress(100, "34/34");
     EXPECT_EQ(SendMessageW(Control(kProgressBarId), PBM_GETPOS, 0, 0), 1000);
@@ -227,6 +242,8 @@ TEST_F(Windows, ControlsNeverOverlapAtAnyScale) {
       for (int kind = 0; kind <= int(ports::BarKind::kCounter); ++kind) {
         progress_->ShowBar(ports::BarKind(kind));
         progress_->SetProgress(50, "1 234 567 890/2 147 483 647");
+        progress_->SetNotes(kind % 2 == 0 ? ports::ProgressNotes{}
+                                          : ports::ProgressNotes{"этап 2 из 6", "a.dll", "байт"});
         ExpectTidy(window_, std::to_string(dpi) + " dpi, bar " + std::to_string(kind));
         RECT place{};
         GetWindowRect(Control(kProgressDetailId), &place);
@@ -266,27 +283,56 @@ TEST_F(Windows, QuestionsBelongToTheOpenWindow) {
   });
 }
 
+TEST_F(Windows, AMessageWithAdviceCopiesAllThatItShows) {
+  InProgressWindow([&] {
+    std::string shown;
+    bool stays_open = false;
+    std::thread user([&] {
+      const HWND box = AwaitWindow("Сообщение");
+      EnumChildWindows(
+          box,
+          [](HWND child, LPARAM all) {
+            wchar_t text[256] = {};
+            GetWindowTextW(child, text, 256);
+            *reinterpret_cast<std::string*>(all) += FromWide(text) + "|";
+            return TRUE;
+          },
+          reinterpret_cast<LPARAM>(&shown));
+      SendMessageW(box, TDM_CLICK_BUTTON, kAdviceCopyId, 0);
+      stays_open = IsWindowVisible(box) != FALSE && GetWindow(box, GW_OWNER) == window_;
+      SendMessageW(box, TDM_CLICK_BUTTON, IDOK, 0);
+    });
+    front_end_->ShowMessage(ports::MessageKind::kWarning, "Сообщение", "Беда", "Совет");
+    user.join();
+    EXPECT_NE(shown.find("Копировать"), std::string::npos) << shown;
+    EXPECT_TRUE(stays_open);
+    EXPECT_EQ(TextOnClipboard(), "Сообщение\r\n\r\nБеда\r\n\r\nСовет");
+  });
+}
+
 TEST_F(Windows, TheErrorWindowShowsOneTextAndHearsItsButtons) {
   InErrorWindow([&] {
     EXPECT_EQ(TextOf(window_, kErrorShortId), "Беда & одна");
     EXPECT_EQ(TextOf(window_, kErrorFullId), full_);
+    EXPECT_EQ(TextOf(window_, kErrorLogPathId), "C:\\п\\TmWebUpdate.log");
     EXPECT_EQ(GetWindow(Control(kErrorFullId), GW_HWNDPREV), Control(kErrorFullNameId));
     const auto seen = [&] {
       std::string ids;
-      for (const int id : {kErrorLabelId, kErrorShortId, kErrorFullId})
+      for (const int id : {kErrorLabelId, kErrorShortId, kErrorAdviceId, kErrorFullId})
         ids += IsWindowVisible(Control(id)) ? '+' : '-';
       return ids + TextOf(window_, kErrorDetailsId);
     };
-    EXPECT_EQ(seen(), "++-Подробнее  >>");
+    EXPECT_EQ(seen(), "+++-Подробнее  >>");
     Click(Control(kErrorDetailsId));
     EXPECT_EQ(Logged("details "), "details ");
     error_->SetDetailView(true, "Подробнее  <<");
-    EXPECT_EQ(seen(), "--+Подробнее  <<");
+    EXPECT_EQ(seen(), "---+Подробнее  <<");
     Click(Control(kErrorCopyId));
     EXPECT_EQ(Logged("copy "), "copy ");
     Press({VK_CONTROL, 'C'});
     EXPECT_EQ(Logged("copy "), "copy ");
-    // Tab passes through the text: from "copy" to "close", to the text, to "details".
+    // Tab passes through the texts: from "copy" to "close", to both texts, to "details".
+    Press({VK_TAB});
     Press({VK_TAB});
     Press({VK_TAB});
     Press({VK_TAB});
@@ -299,15 +345,6 @@ TEST_F(Windows, TheErrorWindowShowsOneTextAndHearsItsButtons) {
 }
 
 TEST_F(Windows, TextReachesTheClipboardAlsoWhenItIsHeld) {
-  const auto clipboard = [] {
-    OpenClipboard(nullptr);
-    const HANDLE block = GetClipboardData(CF_UNICODETEXT);
-    const auto* const text = static_cast<const wchar_t*>(GlobalLock(block));
-    const std::string result = text == nullptr ? "" : FromWide(text);
-    GlobalUnlock(block);
-    CloseClipboard();
-    return result;
-  };
   InErrorWindow([&] {
     std::atomic<bool> is_held{false};
     std::thread holder([&] {
@@ -320,12 +357,12 @@ TEST_F(Windows, TextReachesTheClipboardAlsoWhenItIsHeld) {
       Sleep(1);
     EXPECT_TRUE(error_->CopyText("Строка №1\r\n— вторая"));
     holder.join();
-    EXPECT_EQ(clipboard(), "Строка №1\r\n— вторая");
+    EXPECT_EQ(TextOnClipboard(), "Строка №1\r\n— вторая");
     Press({VK_CONTROL, 'A'});
     EXPECT_EQ(Logged(""), "");
     Press({VK_CONTROL, 'C'});  // a selection is copied by the text box itself
     EXPECT_EQ(Logged(""), "");
-    EXPECT_EQ(clipboard(), "Беда & одна");
+    EXPECT_EQ(TextOnClipboard(), "Беда & одна");
     Press({VK_ESCAPE});
   });
 }

@@ -1,12 +1,15 @@
 #include "platform/linux/qt/qt_boxes.h"
 
+#include <QClipboard>
 #include <QDialog>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "platform/linux/linux_texts.h"
 #include "platform/linux/qt/qt_application.h"
@@ -18,6 +21,7 @@ namespace {
 constexpr int kAnswerLength = 40;  // characters that the line of an answer shows
 
 constexpr int kLongestWord = 60;  // in characters
+constexpr int kWidestLine = 110;  // in characters
 constexpr int kMostLines = 30;    // that leave the buttons on a small screen
 
 // The text as a box can show it: Qt cuts a path or an address that is wider than the box, and what
@@ -42,17 +46,56 @@ class PlainBox final : public QMessageBox {
     setTextFormat(Qt::PlainText);
     setText(FitBox(text, *this));
     setTextInteractionFlags(Qt::TextSelectableByMouse);
+    FitWidth();
+  }
+
+  // Stands below the text; the button copies both.
+  void AddAdvice(const std::string& advice) {
+    setInformativeText(FitBox(advice, *this));
+    if (auto* label = findChild<QLabel*>("qt_msgbox_informativelabel"))
+      label->setTextFormat(Qt::PlainText);
+    QPushButton* const copy = addButton(linux_texts::kCopy, ActionRole);
+    disconnect(copy, &QPushButton::clicked, nullptr, nullptr);  // would close the box
+    connect(copy, &QPushButton::clicked, this, [this] { CopyAll(); });
+  }
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->matches(QKeySequence::Copy)) {
+      CopyAll();
+    } else {
+      QMessageBox::keyPressEvent(event);
+    }
+  }
+
+ private:
+  // Left alone, Qt breaks every line that is longer than its idea of a box.
+  void FitWidth() {
+    auto* const label = findChild<QLabel*>("qt_msgbox_label");
+    if (label == nullptr) return;
+    int widest = 0;
+    for (const QString& line : text().split('\n'))
+      widest = std::max(widest, label->fontMetrics().horizontalAdvance(line));
+    label->setMinimumWidth(std::min(widest + 1, fontMetrics().averageCharWidth() * kWidestLine));
+  }
+
+  void CopyAll() const {
+    const QString advice = informativeText().isEmpty() ? "" : "\n\n" + informativeText();
+    QApplication::clipboard()->setText(windowTitle() + "\n\n" + text() + advice);
   }
 };
 
 }  // namespace
 
 void ShowMessageBox(QtApplication& application, ports::MessageKind kind, const std::string& title,
-                    const std::string& text) {
+                    const std::string& text, const std::string& advice) {
   const auto icon =
       kind == ports::MessageKind::kWarning ? QMessageBox::Warning : QMessageBox::Information;
   PlainBox box(application, icon, title, text);
-  box.addButton(linux_texts::kOk, QMessageBox::AcceptRole);
+  QPushButton* const ok = box.addButton(linux_texts::kOk, QMessageBox::AcceptRole);
+  if (!advice.empty()) box.AddAdvice(advice);
+  box.setDefaultButton(ok);
+  box.setEscapeButton(ok);
   application.RunBox(box);
 }
 

@@ -12,7 +12,7 @@ class QtApplication;
 // Modal boxes of Qt. While a box is open the window that it belongs to takes no clicks.
 
 void ShowMessageBox(QtApplication& application, ports::MessageKind kind, const std::string& title,
-                    const std::string& text);
+                    const std::string& text, const std::string& advice);
 
 // Esc and the close box mean no.
 bool AskYesNoBox(QtApplication& application, const std::string& title, const std::string& question);

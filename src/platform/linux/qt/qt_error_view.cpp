@@ -6,17 +6,20 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStyle>
 #include <QVBoxLayout>
 #include <utility>
 
+#include "platform/linux/linux_texts.h"
+
 namespace platform {
 namespace {
 
 constexpr int kDashes = 50;  // of the longest line that is not wrapped
-constexpr int kShortLines = 9;
+constexpr int kShortLines = 13;
 constexpr int kDetailedLines = 22;
 constexpr int kWaitSlice = 100;  // milliseconds
 
@@ -37,6 +40,9 @@ class ErrorDialog final : public QDialog {
   QLabel sign{&short_view};
   QLabel label{&short_view};
   QPlainTextEdit short_text{&short_view};
+  QLabel advice{&short_view};
+  QLabel log_label{this};
+  QLineEdit log_path{this};
   QPlainTextEdit full_text{this};
   QPushButton details{this};
   QPushButton copy{this};
@@ -63,8 +69,19 @@ ErrorDialog::ErrorDialog(QWidget* owner) : QDialog(owner) {
   setSizeGripEnabled(true);
   const int sign_size = style()->pixelMetric(QStyle::PM_LargeIconSize, nullptr, this);
   sign.setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(sign_size));
-  label.setTextFormat(Qt::PlainText);
-  label.setWordWrap(true);
+  for (QLabel* line : {&label, &advice, &log_label}) {
+    line->setTextFormat(Qt::PlainText);
+    line->setWordWrap(true);
+  }
+  log_label.setWordWrap(false);
+  advice.setTextInteractionFlags(Qt::TextSelectableByMouse);
+  advice.setAccessibleDescription(linux_texts::kAdvice);
+  log_path.setReadOnly(true);
+  log_path.setFrame(false);
+  log_path.setFocusPolicy(Qt::ClickFocus);
+  QPalette as_label = log_path.palette();
+  as_label.setColor(QPalette::Base, as_label.color(QPalette::Window));
+  log_path.setPalette(as_label);
   for (QPlainTextEdit* text : {&short_text, &full_text}) {
     text->setReadOnly(true);
     text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
@@ -90,8 +107,13 @@ ErrorDialog::ErrorDialog(QWidget* owner) : QDialog(owner) {
   short_layout->addWidget(&sign, 0, 0, 2, 1, Qt::AlignTop);
   short_layout->addWidget(&label, 0, 1);
   short_layout->addWidget(&short_text, 1, 1);
+  short_layout->addWidget(&advice, 2, 1);
+  auto* log_line = new QHBoxLayout;
+  log_line->addWidget(&log_label);
+  log_line->addWidget(&log_path, 1);
   layout->addWidget(&short_view, 1);
   layout->addWidget(&full_text, 1);
+  layout->addLayout(log_line);
   layout->addLayout(buttons);
   const QFontMetrics metrics = fontMetrics();
   // Margins, frames and the scroll bar take about as much as five dashes.
@@ -142,6 +164,15 @@ void QtErrorView::SetTexts(const ports::ErrorViewTexts& texts) {
   dialog_->full_text.setAccessibleName(ToQt(texts.full_text_name));
   dialog_->short_text.setPlainText(ToQt(texts.short_text));
   dialog_->full_text.setPlainText(ToQt(texts.full_text));
+  dialog_->advice.setText(ToQt(texts.advice));
+  dialog_->advice.setVisible(!texts.advice.empty());
+  dialog_->log_label.setText(ToQt(texts.log_label));
+  dialog_->log_path.setText(ToQt(texts.log_path));
+  dialog_->log_path.setCursorPosition(0);
+  dialog_->log_path.setAccessibleName(ToQt(texts.log_label));
+  for (QWidget* part :
+       {static_cast<QWidget*>(&dialog_->log_label), static_cast<QWidget*>(&dialog_->log_path)})
+    part->setVisible(!texts.log_path.empty());
   dialog_->copy.setText(ToButtonText(texts.copy_button));
   dialog_->close_button.setText(ToButtonText(texts.close_button));
 }

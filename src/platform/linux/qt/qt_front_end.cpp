@@ -16,9 +16,9 @@ class QtFrontEnd final : public ports::FrontEnd {
  public:
   bool CanAsk() override { return true; }
 
-  void ShowMessage(ports::MessageKind kind, const std::string& title,
-                   const std::string& text) override {
-    ShowMessageBox(Application(), kind, title, text);
+  void ShowMessage(ports::MessageKind kind, const std::string& title, const std::string& text,
+                   const std::string& advice) override {
+    ShowMessageBox(Application(), kind, title, text, advice);
   }
 
   bool AskYesNo(const std::string& title, const std::string& question) override {

@@ -45,6 +45,9 @@ class ProgressDialog final : public QDialog {
   FixedLabel detail{kDetailLines, this};
   ProgressBar bar{this};
   QLabel counter{this};
+  QLabel unit{this};
+  FixedLabel component{1, this};
+  QLabel step{this};
   FixedLabel pace{1, this};
   QPushButton button{this};
 
@@ -74,6 +77,10 @@ ProgressDialog::ProgressDialog() {
   const QFontMetrics metrics = counter.fontMetrics();
   counter.setFixedSize(metrics.horizontalAdvance("000 000 000/000 000 000"), metrics.height());
   counter.setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  for (QLabel* note : {&unit, &step}) {
+    note->setTextFormat(Qt::PlainText);
+    note->setForegroundRole(QPalette::PlaceholderText);
+  }
   button.setDefault(true);
   connect(&button, &QPushButton::clicked, this, [this] { reject(); });
   bar.setAccessibleName(linux_texts::kProgressBar);
@@ -82,15 +89,24 @@ ProgressDialog::ProgressDialog() {
   detail.setAccessibleDescription(linux_texts::kDetail);
   counter.setAccessibleDescription(linux_texts::kCounter);
   pace.setAccessibleDescription(linux_texts::kPace);
+  unit.setAccessibleDescription(linux_texts::kUnit);
+  step.setAccessibleDescription(linux_texts::kStep);
+  component.setAccessibleDescription(linux_texts::kComponent);
 
   texts_->setHorizontalSpacing(kGap);
   texts_->setVerticalSpacing(kGap * 2 / 3);
   texts_->setColumnStretch(0, 1);
-  texts_->setRowStretch(3, 1);
-  texts_->addWidget(&stage, 0, 0, 1, 2);
+  texts_->setRowStretch(4, 1);
+  auto* first_line = new QHBoxLayout;
+  first_line->setSpacing(kGap);
+  first_line->addWidget(&stage, 1);
+  first_line->addWidget(&step);
+  texts_->addLayout(first_line, 0, 0, 1, 3);
   texts_->addWidget(&bar, 1, 0);
   texts_->addWidget(&counter, 1, 1);
-  texts_->addWidget(&detail, 2, 0, 1, 2);
+  texts_->addWidget(&unit, 1, 2);
+  texts_->addWidget(&detail, 2, 0, 1, 3);
+  texts_->addWidget(&component, 3, 0, 1, 3);
   auto* upper = new QHBoxLayout;
   upper->setSpacing(kGap);
   upper->addWidget(&picture, 0, Qt::AlignTop);
@@ -113,9 +129,10 @@ ProgressDialog::ProgressDialog() {
 void ProgressDialog::ShowBar(ports::BarKind kind) {
   bar.setVisible(ports::HasBar(kind));
   counter.setVisible(ports::HasCounter(kind));
+  unit.setVisible(ports::HasCounter(kind));
   texts_->removeWidget(&detail);
   const int detail_row = ports::HasBar(kind) ? 2 : 1;
-  texts_->addWidget(&detail, detail_row, 0, 1, kind == ports::BarKind::kCounter ? 1 : 2);
+  texts_->addWidget(&detail, detail_row, 0, 1, kind == ports::BarKind::kCounter ? 1 : 3);
   layout()->activate();
 }
 
@@ -169,6 +186,18 @@ void QtProgressView::SetProgress(double percent, const std::string& counter) {
 
 void QtProgressView::SetPace(const std::string& text) {
   dialog_->pace.SetText(text);
+}
+
+void QtProgressView::SetNotes(const ports::ProgressNotes& notes) {
+  dialog_->component.SetText(notes.component);
+  QLabel* const labels[] = {&dialog_->step, &dialog_->unit};
+  const std::string* const texts[] = {&notes.step, &notes.unit};
+  for (int i = 0; i < 2; ++i) {
+    if (ToQt(*texts[i]) == labels[i]->text()) continue;
+    labels[i]->setText(ToQt(*texts[i]));
+    dialog_->layout()->activate();
+    labels[i]->repaint();
+  }
 }
 
 void QtProgressView::SetButton(const std::string& caption, bool is_enabled) {

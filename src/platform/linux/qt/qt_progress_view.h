@@ -26,6 +26,7 @@ class QtProgressView final : public ports::ProgressView, private OpenWindow {
   void ShowBar(ports::BarKind kind) override;
   void SetProgress(double percent, const std::string& counter) override;
   void SetPace(const std::string& text) override;
+  void SetNotes(const ports::ProgressNotes& notes) override;
   void SetButton(const std::string& caption, bool is_enabled) override;
   void Run(ports::ProgressViewEvents& events) override;
   void Close() override;

@@ -17,7 +17,7 @@ void TerminalErrorView::Run(ports::ErrorViewEvents& events) {
   Terminal& terminal = screen_.GetTerminal();
   const std::string title = "[!] " + texts_.title + "\n";
   if (!terminal.CanAnswer()) {
-    terminal.Write(title + texts_.full_text + "\n");
+    terminal.Write(title + texts_.full_text + "\n" + LastLines());
     return;
   }
   terminal.Write(title);
@@ -35,9 +35,17 @@ void TerminalErrorView::Run(ports::ErrorViewEvents& events) {
   }
 }
 
+// Below either text: what to do next and where the log is.
+std::string TerminalErrorView::LastLines() const {
+  const std::string advice = texts_.advice.empty() ? "" : texts_.advice + "\n";
+  const bool has_log = !texts_.log_path.empty();
+  return advice + (has_log ? texts_.log_label + " " + texts_.log_path + "\n" : "");
+}
+
 void TerminalErrorView::Print() {
   const std::string label = texts_.label.empty() ? "" : texts_.label + "\n";
-  screen_.GetTerminal().Write(is_detailed_ ? texts_.full_text : label + texts_.short_text + "\n");
+  screen_.GetTerminal().Write((is_detailed_ ? texts_.full_text : label + texts_.short_text + "\n") +
+                              LastLines());
 }
 
 }  // namespace platform

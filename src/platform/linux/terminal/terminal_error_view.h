@@ -20,6 +20,7 @@ class TerminalErrorView final : public ports::ErrorView {
 
  private:
   void Print();
+  std::string LastLines() const;
 
   TerminalScreen& screen_;
   ports::ErrorViewTexts texts_;

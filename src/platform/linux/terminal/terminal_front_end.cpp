@@ -21,11 +21,11 @@ class TerminalFrontEnd final : public ports::FrontEnd {
  public:
   bool CanAsk() override { return terminal_.CanAnswer(); }
 
-  void ShowMessage(ports::MessageKind kind, const std::string& title,
-                   const std::string& text) override {
+  void ShowMessage(ports::MessageKind kind, const std::string& title, const std::string& text,
+                   const std::string& advice) override {
     const TerminalScreen::Box box(screen_);
     terminal_.Write((kind == ports::MessageKind::kWarning ? "[!] " : "[i] ") + title + "\n" + text +
-                    "\n");
+                    "\n" + (advice.empty() ? "" : advice + "\n"));
   }
 
   bool AskYesNo(const std::string& title, const std::string& question) override {

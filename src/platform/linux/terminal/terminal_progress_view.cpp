@@ -93,6 +93,11 @@ void TerminalProgressView::SetProgress(double percent, const std::string& counte
   Change(counter_, counter);
 }
 
+void TerminalProgressView::SetNotes(const ports::ProgressNotes& notes) {
+  notes_ = notes;
+  if (events_ != nullptr) screen_.Draw();
+}
+
 void TerminalProgressView::SetButton(const std::string& caption, bool is_enabled) {
   Change(button_, is_enabled ? caption : "");
 }
@@ -100,13 +105,19 @@ void TerminalProgressView::SetButton(const std::string& caption, bool is_enabled
 std::vector<std::string> TerminalProgressView::Lines(int columns) const {
   std::vector<std::string> lines;
   const std::string bar = ports::HasBar(bar_)       ? BarLine(columns)
-                          : ports::HasCounter(bar_) ? counter_
+                          : ports::HasCounter(bar_) ? CounterWords()
                                                     : "";
+  const bool has_both = !notes_.step.empty() && !notes_.component.empty();
+  const std::string notes = notes_.step + (has_both ? ": " : "") + notes_.component;
   const std::string key = button_.empty() ? "" : "Ctrl+C: " + button_;
-  for (const std::string& line : {caption_, stage_, detail_, bar, pace_, key}) {
+  for (const std::string& line : {caption_, stage_, detail_, notes, bar, pace_, key}) {
     if (!line.empty()) lines.push_back(line);
   }
   return lines;
+}
+
+std::string TerminalProgressView::CounterWords() const {
+  return notes_.unit.empty() ? counter_ : counter_ + " " + notes_.unit;
 }
 
 std::string TerminalProgressView::BarLine(int columns) const {
@@ -114,7 +125,7 @@ std::string TerminalProgressView::BarLine(int columns) const {
   const std::string percent = std::to_string(static_cast<int>(std::floor(percent_)));
   std::string words =
       " " + std::string(3 - std::min<std::size_t>(percent.size(), 3), ' ') + percent + " %";
-  if (ports::HasCounter(bar_)) words += "  " + counter_;
+  if (ports::HasCounter(bar_)) words += "  " + CounterWords();
   const int width = std::min(columns - ColumnsOf(words), kWidestBar);
   if (width < kNarrowestBar) return words.substr(1);
   const int filled = std::clamp(static_cast<int>(percent_ / 100 * width), 0, width);

@@ -28,6 +28,7 @@ class TerminalProgressView final : public ports::ProgressView, private StatusBlo
   void ShowBar(ports::BarKind kind) override;
   void SetProgress(double percent, const std::string& counter) override;
   void SetPace(const std::string& text) override { Change(pace_, text); }
+  void SetNotes(const ports::ProgressNotes& notes) override;
   void SetButton(const std::string& caption, bool is_enabled) override;
   void Run(ports::ProgressViewEvents& events) override;
   void Close() override;
@@ -41,6 +42,7 @@ class TerminalProgressView final : public ports::ProgressView, private StatusBlo
  private:
   std::vector<std::string> Lines(int columns) const override;
   std::string BarLine(int columns) const;
+  std::string CounterWords() const;
   void Change(std::string& text, const std::string& value);
   void WriteStage();
 
@@ -55,6 +57,7 @@ class TerminalProgressView final : public ports::ProgressView, private StatusBlo
   std::string detail_;
   std::string counter_;
   std::string pace_;
+  ports::ProgressNotes notes_;
   std::string button_;  // empty: disabled
   std::string written_stage_;
   ports::BarKind bar_ = ports::BarKind::kNone;
