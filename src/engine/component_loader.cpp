@@ -75,6 +75,7 @@ bool ComponentLoader::DownloadSrvFile(const ComponentFacts& expected,
   const ComponentPlaces places = MakeComponentPlaces(release_, expected.Name);
   StartFileProgress(expected.ServerSize);
   events_.OnSetSubAction(url);
+  events_.OnSetComponent(expected.Name);
   if (!IsLoadedFileReusable(places.Loaded, expected)) {
     const Check check = [&](std::string& fault) {
       return TryUnpackComponent(places, expected, fault) &&
@@ -99,6 +100,7 @@ bool ComponentLoader::DownloadSrvMiltiFiles(const std::string& folder, const WuP
   const std::string file = JoinPath(folder, package.SrvName);
   StartFileProgress(package.PackSize);
   events_.OnSetSubAction(url);
+  events_.OnSetComponent(package.SrvName);
   const Check check = [&](std::string& fault) {
     return TryVerifyPackage(url, file, package, fault);
   };

@@ -7,6 +7,7 @@
 #include "engine/interruption_mark.h"
 #include "engine/product_version_check.h"
 #include "engine/run_messages.h"
+#include "engine/run_record.h"
 #include "engine/space_look.h"
 #include "engine/target_look.h"
 #include "engine/update_list.h"
@@ -48,6 +49,7 @@ std::string KsUpdater::AdviceOnUnfinished() const {
 bool KsUpdater::RunStages() {
   if (!MoveToTempCopy()) return false;
   if (!Initialize()) return false;
+  EnterStep(1);
   events_.OnSetIcon("");
   events_.OnSetButtonMode(1);
   events_.OnSetIcon("download");
@@ -58,12 +60,14 @@ bool KsUpdater::RunStages() {
   if (events_.CancelPressed()) return false;
   if (!DownloadAndParseManifest()) return false;
   if (events_.CancelPressed()) return false;
+  EnterStep(2);
   events_.OnSetIcon("scan");
   if (!BuildUpdateList()) return false;
   if (events_.CancelPressed()) return false;
   if (!HasWork()) return false;
   if (!LookBeforeDownload()) return false;
   if (!AskForDownload(need_.DownloadVolume)) return false;
+  EnterStep(3);
   events_.OnSetIcon("download");
   if (!CreateDownloadingFolder()) return false;
   if (events_.CancelPressed()) return false;
@@ -71,6 +75,7 @@ bool KsUpdater::RunStages() {
   if (events_.CancelPressed()) return false;
   if (!BuildDatabases()) return false;
   if (!LookBeforeRemoval()) return false;
+  EnterStep(is_client_ ? 4 : 5);
   events_.OnSetIcon("trash");
   events_.OnSetButtonMode(0);
   if (!ReplaceOwnFiles()) return false;
@@ -117,6 +122,7 @@ bool KsUpdater::LookBeforeRemoval() try {
 bool KsUpdater::BuildDatabases() {
   if (is_client_) return true;
   databases_.emplace(events_, product_code_, digest_, manifest_, release_);
+  EnterStep(4);
   events_.OnSetIcon("dbnew");
   if (!BuildEtalonDB() || events_.CancelPressed()) return false;
   events_.OnSetIcon("dbgear");
@@ -125,6 +131,7 @@ bool KsUpdater::BuildDatabases() {
 
 bool KsUpdater::PlaceDatabases() {
   if (is_client_) return true;
+  EnterStep(6);
   events_.OnSetIcon("dbgear");
   return BackupUserDB() && CopyNewUserDB();
 }
@@ -144,6 +151,11 @@ bool KsUpdater::Initialize() try {
   ReRaiseError(kRunModule, "Initialize");
 }
 
+// Downloading, installing and what precedes them; for the databases two more.
+void KsUpdater::EnterStep(std::int32_t step) {
+  events_.OnSetStep(step, is_client_ ? 4 : 6);
+}
+
 ReleaseReader KsUpdater::Reader() const {
   return {events_, product_code_, servers_, temp_dir_};
 }
@@ -158,6 +170,7 @@ bool KsUpdater::DownloadDigest() try { return Ended(Reader().ReadDigest(digest_)
 }
 
 bool KsUpdater::CheckProductVersion() try {
+  RecordVersions(digest_, old_product_version_);
   return tmw::CheckProductVersion(old_product_version_, digest_.Version, temp_dir_, events_);
 } catch (...) {
   ReRaiseError(kRunModule, "CheckProductVersion");
@@ -182,13 +195,17 @@ bool KsUpdater::RestartUpdater() try {
 }
 
 bool KsUpdater::DownloadAndParseManifest() try {
-  return Ended(Reader().ReadManifest(loading_url_, digest_, manifest_));
+  const bool goes_on = Ended(Reader().ReadManifest(loading_url_, digest_, manifest_));
+  if (goes_on) RecordManifest(loading_url_, manifest_);
+  return goes_on;
 } catch (...) {
   ReRaiseError(kRunModule, "DownloadAndParseManifest");
 }
 
 bool KsUpdater::BuildUpdateList() try {
-  return tmw::BuildUpdateList(manifest_, is_client_, events_, need_);
+  const bool goes_on = tmw::BuildUpdateList(manifest_, is_client_, events_, need_);
+  if (goes_on) RecordNeed(manifest_, need_);
+  return goes_on;
 } catch (...) {
   ReRaiseError(kRunModule, "BuildUpdateList");
 }

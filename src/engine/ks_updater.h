@@ -68,6 +68,7 @@ class KsUpdater {
   bool CopyNewUserDB();
   void CleanupTempFolders();
 
+  void EnterStep(std::int32_t step);
   ReleaseReader Reader() const;
   // Clears the text of a stage and returns its result.
   bool Ended(bool goes_on);

@@ -42,6 +42,8 @@ struct ProgressNotes {
   std::string step;       // of the whole run
   std::string component;  // being worked on
   std::string unit;       // of the counter, shown with it
+
+  bool operator==(const ProgressNotes&) const = default;
 };
 
 // The progress window. What it shows and what a press of its button means is decided above it.

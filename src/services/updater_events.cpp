@@ -16,6 +16,7 @@ bool UpdaterEvents::CancelPressed() try {
 void UpdaterEvents::ClearProgress() {
   OnSetMainAction("");
   OnSetSubAction("");
+  OnSetComponent("");
   OnSetupProgress(0, false);
 }
 

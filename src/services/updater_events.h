@@ -31,6 +31,12 @@ class UpdaterEvents {
   // Lets pending events run; sets cancel once the user has confirmed that they want to stop.
   virtual void OnCheckCancelPressed(bool& cancel) = 0;
 
+  // The step of the run under way, from 1 to count.
+  virtual void OnSetStep(std::int32_t /*step*/, std::int32_t /*count*/) {}
+
+  // What the stage works on by its name alone; empty: nothing in particular.
+  virtual void OnSetComponent(const std::string& /*name*/) {}
+
   // The answer of OnCheckCancelPressed.
   bool CancelPressed();
 

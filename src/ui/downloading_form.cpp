@@ -12,6 +12,7 @@
 #include "ports/ports.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
+#include "services/run_log.h"
 #include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "ui/ui_texts.h"
@@ -66,6 +67,7 @@ void DownloadingForm::theTimer_Timer() try {
     std::string message;
     std::string frames;
     SplitErrorText(error.Description, message, frames);
+    LogEvent("error", {{"number", error.Number}, {"text", message}, {"chain", error.Source}});
     DownloadError(message);
   } else {
     ReportError(kModule, "theTimer_Timer");
@@ -84,6 +86,8 @@ void DownloadingForm::Run() {
   updater_->Execute(product_code_, url_, fallback_url_, updated);
   updated_ = updated;
   new_version_ = updater_->NewVersion();
+  LogEvent("result",
+           {{"updated", updated_}, {"version", new_version_}, {"cancelled", cancel_pressed_}});
 }
 
 void DownloadingForm::ShowUnfinished() {
@@ -114,6 +118,7 @@ void DownloadingForm::Cancel() {
 
 void DownloadingForm::OnSetMainAction(const std::string& text) try {
   PaintHeldProgress();
+  if (!text.empty()) LogEvent("stage", {{"text", text}});
   view_->SetStage(text);
 } catch (...) {
   ReRaiseError(kModule, "fUpdater_OnSetMainAction");
@@ -131,6 +136,25 @@ void DownloadingForm::OnSetIcon(const std::string& name) try {
   ReRaiseError(kModule, "fUpdater_OnSetIcon");
 }
 
+void DownloadingForm::OnSetStep(std::int32_t step, std::int32_t count) try {
+  LogEvent("step", {{"number", step}, {"count", count}});
+  PaintNotes({ui_texts::Step(step, count), "", notes_.unit});
+} catch (...) {
+  ReRaiseError(kModule, "fUpdater_OnSetStep");
+}
+
+void DownloadingForm::OnSetComponent(const std::string& name) try {
+  PaintNotes({notes_.step, name, notes_.unit});
+} catch (...) {
+  ReRaiseError(kModule, "fUpdater_OnSetComponent");
+}
+
+void DownloadingForm::PaintNotes(ports::ProgressNotes notes) {
+  if (notes == notes_) return;
+  notes_ = std::move(notes);
+  view_->SetNotes(notes_);
+}
+
 void DownloadingForm::OnSetupProgress(std::int32_t max, bool show_count) try {
   PaintHeldProgress();
   progress_max_ = max;
@@ -142,6 +166,7 @@ void DownloadingForm::OnSetupProgress(std::int32_t max, bool show_count) try {
   pace_.Start(max, last_painting_);
   if (max != 0 || show_count) view_->SetProgress(0, show_count ? "0/" + max_words_ : "");
   view_->ShowBar(KindOfBar(max != 0, show_count));
+  PaintNotes({notes_.step, notes_.component, show_count ? ui_texts::kBytes : ""});
 } catch (...) {
   ReRaiseError(kModule, "fUpdater_OnSetupProgress");
 }

@@ -44,6 +44,9 @@ class DownloadingForm final : public ProgressWindow,
   void OnSetIcon(const std::string& name) override;
   void OnCheckCancelPressed(bool& cancel) override;
 
+  void OnSetStep(std::int32_t step, std::int32_t count) override;
+  void OnSetComponent(const std::string& name) override;
+
   // Digits grouped by three with blanks, "1 234 567"; empty for zero.
   static std::string FineNumStr(double value);
 
@@ -58,6 +61,7 @@ class DownloadingForm final : public ProgressWindow,
   void Cancel();
   void Run();
   void ShowUnfinished();
+  void PaintNotes(ports::ProgressNotes notes);
   void PaintProgress(std::int64_t now);
   void PaintProgressIfDue();
   void PaintHeldProgress();
@@ -77,6 +81,7 @@ class DownloadingForm final : public ProgressWindow,
   std::int32_t progress_value_ = 0;
   bool show_count_ = false;
   std::string max_words_;  // of progress_max_
+  ports::ProgressNotes notes_;
   bool is_progress_held_ = false;
   std::int64_t last_painting_ = 0;
   TransferPace pace_;  // used for a range with a counter, which counts bytes

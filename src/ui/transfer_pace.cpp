@@ -23,7 +23,9 @@ constexpr double kTolerance = 0.125;
 constexpr double kLeastTolerance = 2000;
 constexpr double kCorrection = 0.1;  // of a smaller deviation, with each sample
 
+// The last seconds are counted down one by one, more of them in steps.
 constexpr std::int64_t kSecondStep = 5;
+constexpr std::int64_t kSingleSeconds = 20;
 constexpr std::int64_t kMostHours = 99;
 
 std::string SpeedWords(double bytes_per_second) {
@@ -45,7 +47,8 @@ std::string SpeedWords(double bytes_per_second) {
 std::string TimeLeftWords(double milliseconds) {
   const auto seconds = static_cast<std::int64_t>(std::ceil(milliseconds / 1000));
   if (seconds <= 0) return {};
-  const std::int64_t stepped = (seconds + kSecondStep - 1) / kSecondStep * kSecondStep;
+  const std::int64_t step = seconds <= kSingleSeconds ? 1 : kSecondStep;
+  const std::int64_t stepped = (seconds + step - 1) / step * step;
   if (stepped < 60) return ui_texts::SecondsLeft(stepped);
   const std::int64_t minutes = (seconds + 59) / 60;
   if (minutes < 60) return ui_texts::MinutesLeft(minutes);

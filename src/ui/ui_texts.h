@@ -32,6 +32,10 @@ inline std::string ErrorCode(std::int32_t code) {
   return "Код ошибки: " + std::to_string(code) + " (0x" + ToHex(code) + ")";
 }
 
+inline std::string Step(std::int32_t step, std::int32_t count) {
+  return "этап " + std::to_string(step) + " из " + std::to_string(count);
+}
+
 // The pace of a transfer.
 inline constexpr std::array kSpeedUnits = {"Б/с", "КБ/с", "МБ/с", "ГБ/с"};
 

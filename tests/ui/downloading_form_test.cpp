@@ -75,12 +75,31 @@ TEST_F(Form, WhatTheRunReportsIsShownAtOnce) {
               form.OnSetupProgress(0, true);
               form.OnSetupProgress(3, false);
               form.OnSetupProgress(0, false);
+              form.OnSetStep(2, 6);
+              form.OnSetComponent("файл");
+              form.OnSetComponent("файл");
             }),
-            (Log{"stage Загрузка", "detail файл", "picture scan", "picture ",
-                 "button Отмена disabled", "button Отмена", "button Закрыть",
-                 "progress 0.00 0/1 234 567", "bar 2", "progress 0.00 /1 234 567",
-                 "progress 100. 1 234 567/1 234 567", "progress 0.00 -1 234/1 234 567",
-                 "progress 0.00 0/", "bar 3", "progress 0.00 ", "bar 1", "bar 0"}));
+            (Log{"stage Загрузка",
+                 "detail файл",
+                 "picture scan",
+                 "picture ",
+                 "button Отмена disabled",
+                 "button Отмена",
+                 "button Закрыть",
+                 "progress 0.00 0/1 234 567",
+                 "bar 2",
+                 "notes ||байт",
+                 "progress 0.00 /1 234 567",
+                 "progress 100. 1 234 567/1 234 567",
+                 "progress 0.00 -1 234/1 234 567",
+                 "progress 0.00 0/",
+                 "bar 3",
+                 "progress 0.00 ",
+                 "bar 1",
+                 "notes ||",
+                 "bar 0",
+                 "notes этап 2 из 6||",
+                 "notes этап 2 из 6|файл|"}));
 }
 
 TEST_F(Form, BarAndCounterArePaintedAsOftenAsAPersonCanSeeAndEndExact) {
@@ -97,10 +116,10 @@ TEST_F(Form, BarAndCounterArePaintedAsOftenAsAPersonCanSeeAndEndExact) {
     form.OnSetProgress(2000);
     form.OnSetupProgress(0, false);
   });
-  EXPECT_LE(log.size(), 2U + 31 + 4);
-  EXPECT_GE(log.size(), 2U + 28 + 4);
-  EXPECT_EQ(Log(log.end() - 4, log.end()), (Log{"progress 75.0 1 500/2 000", "stage Дальше",
-                                                "progress 100. 2 000/2 000", "bar 0"}));
+  EXPECT_LE(log.size(), 3U + 31 + 5);
+  EXPECT_GE(log.size(), 3U + 28 + 5);
+  EXPECT_EQ(Log(log.end() - 5, log.end()), (Log{"progress 75.0 1 500/2 000", "stage Дальше",
+                                                "progress 100. 2 000/2 000", "bar 0", "notes ||"}));
 }
 
 TEST_F(Form, SpeedAndTimeLeftStayCalm) {
@@ -109,7 +128,7 @@ TEST_F(Form, SpeedAndTimeLeftStayCalm) {
       {2000 * kMega, 60 * 1024, 100, "pace 600 КБ/с, осталось 57 мин"},
       {2047 * kMega, 16 * 1024, 100, "pace 160 КБ/с, осталось 3 ч 39 мин"},
       {2047 * kMega, 100, 100, "pace 1,0 КБ/с"},
-      {38 * kMega, 62 * 1024, 50, "pace 1,2 МБ/с, осталось 15 с"},
+      {38 * kMega, 62 * 1024, 50, "pace 1,2 МБ/с, осталось 12 с"},
       {2000 * kMega, 50 * kMega, 1000, ""},  // of an earlier run
   };
   for (const auto& [total, per_check, period, words] : cases) {
