@@ -1,5 +1,6 @@
 #include "foundation/error_environment.h"
 #include "ports/host.h"
+#include "services/run_log.h"
 #include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "startup/main_procedure.h"
@@ -14,5 +15,7 @@ int main(int argc, char** argv) {
   tmw::SetErrorEnvironment({[] { return std::make_unique<tmw::ErrorForm>(); },
                             [] { return tmw::GetUpdaterSettings().NoFinalMessage; }});
   tmw::Main([] { return std::make_unique<tmw::DownloadingForm>(tmw::ExitUpdater); });
-  return static_cast<int>(tmw::GetRunOutcome());
+  const int exit_code = static_cast<int>(tmw::GetRunOutcome());
+  tmw::LogEvent("end", {{"exit_code", exit_code}});
+  return exit_code;
 }

@@ -115,6 +115,7 @@ TEST(TerminalFrontEnd, AQuestionIsAskedInTheUsersEncodingUntilItIsAnswered) {
   };
   const char* const utf8 = "Да или нет?\r\n[д/н] ";
   const char* const koi8 = "\xE4\xC1 \xC9\xCC\xC9 \xCE\xC5\xD4?\r\n[\xC4/\xCE] ";
+  const char* const latin = "Da ili net?\r\n[d/n] ";
   const char* const ansi = "\xC4\xE0 \xE8\xEB\xE8 \xED\xE5\xF2?\r\n[\xE4/\xED] ";
   const std::string end_of_input = "\x04";
   const Case cases[] = {
@@ -125,6 +126,10 @@ TEST(TerminalFrontEnd, AQuestionIsAskedInTheUsersEncodingUntilItIsAnswered) {
       {"ru_RU.UTF-8", utf8, {end_of_input}, 0},
       {"ru_RU.UTF-8", utf8, {"д" + end_of_input + end_of_input}, 0},
       {"C", utf8, {"y\n"}, 1},
+      {"C", utf8, {"d\n"}, 1},
+      {"en_US.ISO-8859-1", latin, {"d\n"}, 1},
+      {"de_DE.ISO-8859-15", latin, {"Da\n"}, 1},
+      {"en_US.ISO-8859-1", latin, {"net\n"}, 0},
       {"ru_RU.KOI8-R", koi8, {"\xC4\n"}, 1},
       {"ru_RU.CP1251", ansi, {"\xE4\n"}, 1},
   };
@@ -189,7 +194,8 @@ TEST(TerminalFrontEnd, WithoutSomebodyToAskTheAnswerIsNo) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 99;
   });
   EXPECT_EQ(background.End(), 8);
-  EXPECT_NE(background.shown.find("Заменить?"), std::string::npos);
+  EXPECT_NE(background.shown.find("Да или нет?\r\n(Ответить некому: принято \"нет\".)\r\n"),
+            std::string::npos);
   // With its output gone.
   Conversation mute("ru_RU.UTF-8", [&](ports::FrontEnd& front_end) {
     std::array<int, 2> ends{};
@@ -317,7 +323,7 @@ struct Details final : ports::ErrorViewEvents {
 };
 
 TEST(TerminalWindow, AnErrorIsShownShortAndInFullOnRequest) {
-  Conversation talk("ru_RU.UTF-8", [&](ports::FrontEnd& front_end) {
+  const auto run = [&](ports::FrontEnd& front_end) {
     Details details;
     details.view = front_end.MakeErrorView();
     details.view->SetTexts({"Ошибка", "Произошла ошибка:", "", "Беда", "Беда\r\nСтек\r\n", "",
@@ -327,7 +333,8 @@ TEST(TerminalWindow, AnErrorIsShownShortAndInFullOnRequest) {
     close(STDIN_FILENO);  // nobody can answer
     details.view->Run(details);
     return 5;
-  });
+  };
+  Conversation talk("ru_RU.UTF-8", run);
   const std::string ends = "Совет.\r\nЖурнал: /л\r\n";
   talk.Expect("[!] Ошибка\r\nПроизошла ошибка:\r\nБеда\r\n" + ends +
               "[п] Подробнее  >>   [з] Закрыть: ");
@@ -336,6 +343,15 @@ TEST(TerminalWindow, AnErrorIsShownShortAndInFullOnRequest) {
   talk.Type("з\n");
   EXPECT_EQ(talk.End(), 5);
   EXPECT_TRUE(talk.shown.ends_with("[!] Ошибка\r\nБеда\r\nСтек\r\n\r\n" + ends)) << talk.shown;
+  // In a session without Cyrillic the keys are those that it shows, or the English ones.
+  for (const std::string keys : {"pz", "dc"}) {
+    Conversation latin("en_US.ISO-8859-1", run);
+    latin.Expect("[p] Podrobnee  >>   [z] Zakry`t`: ");
+    latin.Type(keys.substr(0, 1) + "\n");
+    latin.Expect("[p] Podrobnee  <<   [z] Zakry`t`: ");
+    latin.Type(keys.substr(1) + "\n");
+    EXPECT_EQ(latin.End(), 5) << keys;
+  }
 }
 
 }  // namespace

@@ -62,10 +62,12 @@ inline std::string ProgramAndVersion(const std::string& version) {
 // The terminal.
 inline constexpr const char* kYesOrNo = "[д/н] ";
 inline constexpr const char* kSayYesOrNo = "Введите \"д\" (да) или \"н\" (нет).\n";
-inline constexpr const char* kYesWords[] = {"д", "да", "y", "yes"};
-inline constexpr const char* kNoWords[] = {"н", "нет", "n", "no"};
-inline constexpr const char* kDetailsKey = "п";
-inline constexpr const char* kCloseKey = "з";
+inline constexpr const char* kNobodyAnswers = "(Ответить некому: принято \"нет\".)\n";
+// What counts as an answer: as shown, as an encoding without Cyrillic shows it, and in English.
+inline constexpr const char* kYesWords[] = {"д", "да", "d", "da", "y", "yes"};
+inline constexpr const char* kNoWords[] = {"н", "нет", "n", "net", "no"};
+inline constexpr const char* kDetailsKeys[] = {"п", "p", "d"};  // the first one is shown
+inline constexpr const char* kCloseKeys[] = {"з", "z", "c"};
 
 // The windows: buttons, and the names that screen readers speak.
 inline constexpr const char* kYes = "&Да";

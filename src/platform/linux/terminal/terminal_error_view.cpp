@@ -5,6 +5,7 @@
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "platform/linux/linux_texts.h"
+#include "platform/linux/terminal/terminal_text.h"
 
 namespace platform {
 void TerminalErrorView::SetDetailView(bool is_detailed, const std::string& button_text) {
@@ -23,13 +24,13 @@ void TerminalErrorView::Run(ports::ErrorViewEvents& events) {
   terminal.Write(title);
   Print();
   for (;;) {
-    terminal.Write(std::string("[") + linux_texts::kDetailsKey + "] " + details_button_ + "   [" +
-                   linux_texts::kCloseKey + "] " + texts_.close_button + ": ");
+    terminal.Write(std::string("[") + linux_texts::kDetailsKeys[0] + "] " + details_button_ +
+                   "   [" + linux_texts::kCloseKeys[0] + "] " + texts_.close_button + ": ");
     const std::optional<std::string> line = terminal.ReadLine(false);
     const std::string key = tmw::LowerCase(tmw::TrimCharacters(line.value_or(""), " \t\r"));
     if (!line) terminal.Write("\n");
-    if (!line || key.empty() || key == linux_texts::kCloseKey) return;
-    if (key != linux_texts::kDetailsKey) continue;
+    if (!line || key.empty() || IsOneOf(key, linux_texts::kCloseKeys)) return;
+    if (!IsOneOf(key, linux_texts::kDetailsKeys)) continue;
     events.OnDetails();
     Print();
   }

@@ -1,21 +1,15 @@
 #include "platform/linux/terminal/terminal_front_end.h"
 
-#include <algorithm>
-#include <span>
-
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "platform/linux/linux_texts.h"
 #include "platform/linux/terminal/terminal_error_view.h"
 #include "platform/linux/terminal/terminal_progress_view.h"
 #include "platform/linux/terminal/terminal_screen.h"
+#include "platform/linux/terminal/terminal_text.h"
 
 namespace platform {
 namespace {
-
-bool IsOneOf(const std::string& word, std::span<const char* const> words) {
-  return std::find(words.begin(), words.end(), word) != words.end();
-}
 
 class TerminalFrontEnd final : public ports::FrontEnd {
  public:
@@ -31,7 +25,10 @@ class TerminalFrontEnd final : public ports::FrontEnd {
   bool AskYesNo(const std::string& title, const std::string& question) override {
     const TerminalScreen::Box box(screen_);
     terminal_.Write("[?] " + title + "\n" + question + "\n");
-    if (!CanAsk()) return false;
+    if (!CanAsk()) {
+      terminal_.Write(linux_texts::kNobodyAnswers);
+      return false;
+    }
     const std::optional<bool> answer = ReadYesNo();
     if (!answer) terminal_.Write("\n");
     if (answer && open_view_ != nullptr) open_view_->ForgetInterrupts();

@@ -178,4 +178,8 @@ std::string FitColumns(std::string_view text, int columns, std::string_view elli
   return result;
 }
 
+bool IsOneOf(std::string_view answer, std::span<const char* const> words) {
+  return std::find(words.begin(), words.end(), answer) != words.end();
+}
+
 }  // namespace platform

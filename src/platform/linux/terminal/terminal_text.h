@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -23,5 +24,8 @@ int ColumnsOf(std::string_view text);
 // The text in so many columns; of a longer one the middle gives way to the ellipsis, because the
 // ends of paths and addresses matter more.
 std::string FitColumns(std::string_view text, int columns, std::string_view ellipsis);
+
+// Whether the answer that was typed is one of the words.
+bool IsOneOf(std::string_view answer, std::span<const char* const> words);
 
 }  // namespace platform
