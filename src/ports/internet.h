@@ -26,9 +26,9 @@ struct InternetSessionOptions {
   std::uint32_t flags = 0;  // the session's own flags; nothing on Linux
 };
 
-// Called about every tenth of a second while an opening or a seek waits for the server, unless the
-// call blocks (Windows). If it returns false, the waiting call fails with kInternetCancelled.
-// It may throw; the exception passes through the waiting call.
+// Called about every tenth of a second while an opening or a seek waits for the server; Windows:
+// also when the windows have something to process. If it returns false, the waiting call fails with
+// kInternetCancelled. It may throw; the exception passes through the waiting call.
 using WaitHandler = std::function<bool()>;
 
 // Codes of the internet layer that its users tell apart, numbered as WinINet numbers them.
@@ -40,8 +40,12 @@ inline constexpr SystemCode kInternetCannotConnect = 12029;
 inline constexpr SystemCode kInternetAborted = 12030;
 inline constexpr SystemCode kInternetReset = 12031;
 
+// A flag of an opening, numbered as WinINet numbers it: the server is asked, whatever a cache
+// holds. Linux has no cache.
+inline constexpr std::uint32_t kInternetReload = 0x80000000;
+
 // The result of a read. Length 0 without is_end means that nothing has arrived yet, after a wait of
-// about a tenth of a second.
+// at most about a tenth of a second.
 struct InternetChunk {
   std::uint32_t length = 0;
   bool is_end = false;  // of the body; length is then 0
@@ -54,12 +58,12 @@ class InternetRequest {
   virtual ~InternetRequest() = default;
 
   // Reads up to length bytes of the body as the server sent them; nothing is decompressed. A body
-  // that ends before its announced length is a failure. So is a server that stays silent for the
-  // stall limit if the call blocks; otherwise callers measure the silence.
+  // that ends before its announced length is a failure. Callers measure the server's silence.
   virtual Outcome<InternetChunk> Read(void* buffer, std::uint32_t length) = 0;
 
   // Moves to a position counted from the beginning of the body. After a failure the request must be
-  // opened anew. Moving to the current position costs nothing.
+  // opened anew. Moving to the current position costs nothing. A success means that the server
+  // sends the body from there, not only that it might.
   virtual Status Seek(std::int32_t position, const WaitHandler& on_wait) = 0;
 
   // The length of the whole body in bytes as the answer to the opening announced it; -1 if it did
@@ -81,7 +85,8 @@ class InternetSession {
 
   // Sends the request (http, https or ftp) and waits for the server's answer, following redirects:
   // a limited number, never from https to http. An HTTP error status is a success here; its body is
-  // never read. The context value (an address) and the flags are WinINet's.
+  // never read. The context value (an address) and the flags are WinINet's; on Windows those that
+  // every transfer needs are added.
   virtual Outcome<std::unique_ptr<InternetRequest>> OpenUrl(const std::string& url,
                                                             std::uint32_t flags,
                                                             std::uintptr_t context,
@@ -90,8 +95,8 @@ class InternetSession {
   virtual Status Close() = 0;
 };
 
-// Windows: WinINet, ANSI entry points. Linux: libcurl; the certificates are the system's, or what
-// CURL_CA_BUNDLE, SSL_CERT_FILE or SSL_CERT_DIR name.
+// Windows: WinINet, ANSI entry points, on a thread of its own for each opened URL. Linux: libcurl;
+// the certificates are the system's, or what CURL_CA_BUNDLE, SSL_CERT_FILE or SSL_CERT_DIR name.
 class Internet {
  public:
   virtual ~Internet() = default;

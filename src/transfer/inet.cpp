@@ -43,7 +43,7 @@ void FetchOnce(const std::string& url, const std::string& local_name, std::int64
                const ports::WaitHandler& may_wait, bool& has_broken_off) {
   InetOpenedUrl opened_url(may_wait);
   try {
-    opened_url.OpenUrl(GetInetConnection(), url, 0);
+    opened_url.OpenUrl(GetInetConnection(), url, ports::kInternetReload);
     BinaryFile file;
     OpenLocalFile(file, local_name);
     CopyBody(opened_url, file, max_bytes);
@@ -60,7 +60,8 @@ bool TryFetchOnce(const std::string& url, const std::string& local_name, std::st
                   bool& has_broken_off) {
   error_text.clear();
   InetOpenedUrl opened_url(may_wait);
-  const bool is_open = opened_url.TryOpenUrl(GetInetConnection(), url, 0, error_text);
+  const bool is_open =
+      opened_url.TryOpenUrl(GetInetConnection(), url, ports::kInternetReload, error_text);
   has_broken_off |= opened_url.HasBrokenOff();
   if (!is_open) return false;
   BinaryFile file;

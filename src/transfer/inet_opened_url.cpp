@@ -79,7 +79,8 @@ bool InetOpenedUrl::TryOpenUrl(std::shared_ptr<InetConnection> connection, const
 
 void InetOpenedUrl::Reopen() try {
   // Copies, because OpenUrl closes first and closing releases the connection.
-  OpenUrl(std::shared_ptr<InetConnection>(connection_), std::string(url_), open_flags_);
+  OpenUrl(std::shared_ptr<InetConnection>(connection_), std::string(url_),
+          open_flags_ | ports::kInternetReload);
 } catch (...) {
   ReRaiseError(kModule, "Reopen");
 }

@@ -35,7 +35,7 @@ class InetOpenedUrl {
   [[nodiscard]] bool TryOpenUrl(std::shared_ptr<InetConnection> connection, const std::string& url,
                                 std::uint32_t flags, std::string& error_text);
 
-  // Opens the last URL on the last connection again.
+  // Opens the last URL on the last connection again, from the beginning, past any cache.
   void Reopen();
 
   // Does nothing while closed.

@@ -12,6 +12,7 @@
 #include "platform/factories.h"
 #include "ports/clock.h"
 #include "ports/internet.h"
+#include "tests/support/environment.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scoped_ports.h"
 #include "transfer/inet_file_downloader.h"
@@ -79,10 +80,10 @@ inline std::shared_ptr<tmw::InetConnection> Connect(std::int32_t access_type,
   return connection;
 }
 
-// Runs so fast that the stall limit of a minute takes half a second.
+// Runs so fast that the stall limit of a minute takes half a second, or two under Wine.
 class FastClock final : public ports::Clock {
  public:
-  static constexpr std::int32_t kHaste = 120;
+  static constexpr std::int32_t kHaste = kOnWindows ? 30 : 120;
   void Sleep(std::int32_t milliseconds) override { real_->Sleep(milliseconds / kHaste + 1); }
   std::int64_t TickCount() override { return real_->TickCount() * kHaste; }
   std::int64_t UtcSeconds() override { return real_->UtcSeconds(); }
@@ -91,8 +92,7 @@ class FastClock final : public ports::Clock {
   ports::Clock* real_ = ports::CurrentPorts().clock;
 };
 
-// Tests of a room with a network: a folder, and sessions that give up on a silent server after half
-// a second.
+// Tests of a room with a network: a folder, and sessions that soon give up on a silent server.
 class DownloadTest : public testing::Test {
  protected:
   static constexpr std::int32_t kStallLimit = ports::kInternetStallLimit / FastClock::kHaste;

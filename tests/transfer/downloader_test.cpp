@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -81,10 +83,9 @@ TEST_F(Downloader, ACancelAtEveryPlaceKeepsTheOldFileAndTheSideFileForTheNextRun
     ++cancelled_runs;
     ASSERT_EQ(outcome, "cancelled");
     EXPECT_EQ(sandbox.Read("f"), "old");
-    EXPECT_EQ(sandbox.Has("f.part"), check > 1);
-    if (check > 1) {
-      EXPECT_EQ(sandbox.Read("f.part"), body.substr(0, static_cast<std::size_t>(listener.loaded)));
-    }
+    // A slow opening asks more than once, before there is a side file.
+    const std::string part = sandbox.Has("f.part") ? sandbox.Read("f.part") : "";
+    EXPECT_EQ(part, body.substr(0, static_cast<std::size_t>(listener.loaded)));
     tests::Listener second;
     EXPECT_EQ(tests::Download(second, server.Url("/f"), target), "done");
     EXPECT_EQ(sandbox.Read("f"), body);
@@ -205,8 +206,8 @@ TEST(StallWatch, AKibibyteMustArriveEveryMinuteThatIsSpentWaiting) {
 
 // Wherever a call waits for the server, the listener is asked.
 TEST_F(Downloader, ACancelIsHeardWhileTheServerIsSilent) {
-  if (tests::kOnWindows) return;  // the calls of the Windows layer block
-  const std::string whole = "HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n0123456789";
+  const std::string whole =
+      "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 10\r\n\r\n0123456789";
   struct Case {
     const char* name;
     std::vector<std::string> answers;  // of the requests in order; then silence
@@ -216,18 +217,23 @@ TEST_F(Downloader, ACancelIsHeardWhileTheServerIsSilent) {
                         {"seek", {whole}, "ABCD"},
                         {"opening again", {whole, whole}, "ABCD"},
                         {"body", {whole, whole, whole.substr(0, whole.size() - 4)}, "012345"}};
-  for (const Case& c : cases) {
+  for (Case c : cases) {
     SCOPED_TRACE(c.name);
+    // The internet layer of Wine refuses a seek without a request.
+    if (tests::kOnWindows && !c.answers.empty()) c.answers.erase(c.answers.begin());
     std::size_t request = 0;
+    ports::Clock& clock = *ports_->clock;
+    std::atomic<std::int64_t> silent_since = std::numeric_limits<std::int64_t>::max();
     const tests::ScriptedServer server([&](Peer& peer, const std::string&) {
       if (request < c.answers.size()) peer.Send(c.answers[request]);
-      if (++request >= c.answers.size()) peer.Stall();
+      if (++request < c.answers.size()) return;
+      silent_since = clock.TickCount();
+      peer.Stall();
     });
     sandbox_.Write("f.part", "ABCD");
     tests::Listener listener;
-    ports::Clock& clock = *ports_->clock;
-    listener.wants_cancel = [&clock, begin = clock.TickCount()] {
-      return clock.TickCount() - begin >= ports::kInternetStallLimit / 2;
+    listener.wants_cancel = [&] {
+      return clock.TickCount() - ports::kInternetStallLimit / 2 >= silent_since;
     };
     EXPECT_EQ(tests::Download(listener, server.Url("/f"), sandbox_.Path("f")), "cancelled");
     EXPECT_EQ(sandbox_.Read("f.part"), c.left);

@@ -146,7 +146,7 @@ const std::vector<Case>& OnLinux() {
 }
 // clang-format on
 
-// The internet layer of Wine cannot seek in a body.
+// The internet layer of Wine cannot seek in a body, unless to its end.
 constexpr bool kCanSeek = !tests::kOnWindows;
 
 class HostileServer : public tests::DownloadTest {
@@ -159,8 +159,9 @@ class HostileServer : public tests::DownloadTest {
     tests::Listener listener;
     const Text outcome = tests::Download(listener, server.Url("/a"), sandbox.Path("Файл.tmz"));
     const bool resumes = !c.part.empty() && c.requests == 2;
+    const bool can_seek = kCanSeek || c.part.size() == kBody.size();
     const bool starts_again =
-        !kCanSeek && !c.part.empty() && c.requests > 1 && c.outcome != kShorter;
+        !can_seek && !c.part.empty() && c.requests > 1 && c.outcome != kShorter;
     const Text expected = starts_again ? "done"
                           : c.outcome.starts_with("12")
                               ? GetApiErrorText(std::stoi(c.outcome), "wininet.dll")
@@ -173,7 +174,7 @@ class HostileServer : public tests::DownloadTest {
     EXPECT_EQ(left, starts_again ? kBody : c.left);
     EXPECT_FALSE(sandbox.Has("Файл.tmz.part.new"));
     if (c.requests <= 3 && is_done) {
-      EXPECT_EQ(listener.skipped, resumes && kCanSeek ? static_cast<int>(c.part.size()) : -1);
+      EXPECT_EQ(listener.skipped, resumes && can_seek ? static_cast<int>(c.part.size()) : -1);
     }
     EXPECT_TRUE(!kCanSeek || server.Heads().size() == c.requests) << server.Heads().size();
   }

@@ -1,5 +1,7 @@
 #include "platform/windows/native_path.h"
 
+#include <iterator>
+
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 
@@ -8,6 +10,15 @@ namespace {
 
 // An ordinary path cannot create folders beyond this length (an 8.3 name must still fit).
 constexpr std::size_t kLongPath = 240;
+
+constexpr DWORD kLongestPath = 32768;
+
+std::wstring FolderFrom(UINT(WINAPI* call)(LPWSTR buffer, UINT size)) {
+  wchar_t buffer[1000];
+  const UINT length = call(buffer, static_cast<UINT>(std::size(buffer)));
+  // A length beyond the buffer is the size that would be needed.
+  return length < std::size(buffer) ? std::wstring(buffer, length) : std::wstring();
+}
 
 }  // namespace
 
@@ -33,6 +44,22 @@ std::wstring NativePath(const std::string& path) {
     return full;
   if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC" + full.substr(1);
   return L"\\\\?\\" + full;
+}
+
+std::string AnsiPath(const std::string& path) {
+  std::string ansi = ToAnsi(path);
+  if (FromAnsi(ansi) == path) return ansi;
+  std::wstring name(kLongestPath, L'\0');
+  name.resize(GetShortPathNameW(NativePath(path).c_str(), name.data(), kLongestPath));
+  return name.empty() ? ansi : ToAnsi(FromWide(name));
+}
+
+std::wstring SystemFolder() {
+  return FolderFrom(GetSystemDirectoryW);
+}
+
+std::wstring WindowsFolder() {
+  return FolderFrom(GetWindowsDirectoryW);
 }
 
 }  // namespace platform
