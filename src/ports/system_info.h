@@ -40,7 +40,7 @@ class SystemInfo {
   // Windows: GetSystemInfo, GlobalMemoryStatus. Linux: sysconf, /proc/meminfo, RLIMIT_AS.
   virtual HardwareFacts Hardware() = 0;
 
-  // Windows: GetWindowsDirectoryA, GetSystemDirectoryA.
+  // Windows: GetWindowsDirectoryW, GetSystemDirectoryW.
   virtual SystemFolders Folders() = 0;
 
   // What the user's number format puts before decimals. Linux: ",", as in the product's language.

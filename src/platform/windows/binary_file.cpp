@@ -1,7 +1,7 @@
 #include "platform/factories.h"
 
 #include "platform/windows/handles.h"
-#include "platform/windows/wide.h"
+#include "platform/windows/native_path.h"
 #include "platform/windows/windows_headers.h"
 #include "ports/binary_file.h"
 
@@ -53,11 +53,11 @@ class WindowsBinaryFiles final : public ports::BinaryFiles {
                                                                 std::uint32_t disposition,
                                                                 std::uint32_t flags) override {
     using Result = ports::Outcome<std::unique_ptr<ports::BinaryFileHandle>>;
-    const std::string name = ToAnsi(path);
+    const std::wstring name = NativePath(path);
     // A file that has just been written is often opened by a virus scanner at once.
     for (int attempt = 1;; ++attempt) {
       UniqueFileHandle handle(
-          CreateFileA(name.c_str(), access, share_mode, nullptr, disposition, flags, nullptr));
+          CreateFileW(name.c_str(), access, share_mode, nullptr, disposition, flags, nullptr));
       if (handle) return Result::Success(std::make_unique<WindowsBinaryFile>(std::move(handle)));
       const ports::SystemCode code = LastError();
       if (code != ERROR_SHARING_VIOLATION || attempt == kOpenAttempts) return Result::Failure(code);

@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include "platform/windows/handles.h"
+#include "platform/windows/native_path.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 #include "ports/companion_library.h"
@@ -48,7 +49,7 @@ class WindowsCompanionLibrary final : public ports::CompanionLibrary {
   }
 
   std::string Path() const override { return path_; }
-  std::string NarrowPath(const std::string& path) const override { return ToAnsi(path); }
+  std::string NarrowPath(const std::string& path) const override { return AnsiPath(path); }
   ports::SystemCode LastError() const override { return platform::LastError(); }
 
  private:

@@ -14,20 +14,20 @@ constexpr ports::SystemCode kDiskQuotaExceeded = 1295;
 class WindowsErrorTexts final : public ports::ErrorTexts {
  public:
   std::optional<Module> FindLoadedModule(const std::string& name) override {
-    HMODULE module = GetModuleHandleA(ToAnsi(name).c_str());
+    HMODULE module = GetModuleHandleW(ToWide(name).c_str());
     if (module == nullptr) return std::nullopt;
     return reinterpret_cast<Module>(module);
   }
 
   std::string Format(ports::SystemCode code, Module module) override {
     const DWORD from = module != 0 ? FORMAT_MESSAGE_FROM_HMODULE : FORMAT_MESSAGE_FROM_SYSTEM;
-    char* buffer = nullptr;
+    wchar_t* buffer = nullptr;
     const DWORD length =
-        FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | from,
+        FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | from,
                        reinterpret_cast<HMODULE>(module), static_cast<DWORD>(code), 0,
-                       reinterpret_cast<char*>(&buffer), 0, nullptr);
+                       reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
     if (length == 0) return {};
-    std::string text = FromAnsi({buffer, length});
+    std::string text = FromWide({buffer, length});
     LocalFree(buffer);
     return text;
   }

@@ -1,5 +1,6 @@
 #include "platform/windows/native_path.h"
 
+#include <algorithm>
 #include <iterator>
 
 #include "platform/windows/wide.h"
@@ -11,7 +12,19 @@ namespace {
 // An ordinary path cannot create folders beyond this length (an 8.3 name must still fit).
 constexpr std::size_t kLongPath = 240;
 
-constexpr DWORD kLongestPath = 32768;
+bool HasAnsiForm(const std::wstring& text) {
+  const std::string utf8 = FromWide(text);
+  return FromAnsi(ToAnsi(utf8)) == utf8;
+}
+
+// Of the last part of the path; empty if the volume keeps none.
+std::wstring ShortNameOf(const std::wstring& path) {
+  WIN32_FIND_DATAW found{};
+  const HANDLE search = FindFirstFileW(path.c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return {};
+  FindClose(search);
+  return static_cast<const wchar_t*>(found.cAlternateFileName);
+}
 
 std::wstring FolderFrom(UINT(WINAPI* call)(LPWSTR buffer, UINT size)) {
   wchar_t buffer[1000];
@@ -49,9 +62,17 @@ std::wstring NativePath(const std::string& path) {
 std::string AnsiPath(const std::string& path) {
   std::string ansi = ToAnsi(path);
   if (FromAnsi(ansi) == path) return ansi;
-  std::wstring name(kLongestPath, L'\0');
-  name.resize(GetShortPathNameW(NativePath(path).c_str(), name.data(), kLongestPath));
-  return name.empty() ? ansi : ToAnsi(FromWide(name));
+  const std::wstring full = FullPath(path);
+  std::wstring changed;
+  for (std::size_t start = 0; start < full.size();) {
+    const std::size_t end = std::min(full.find(L'\\', start), full.size());
+    std::wstring name = full.substr(start, end - start);
+    if (!HasAnsiForm(name)) name = ShortNameOf(full.substr(0, end));
+    if (name.empty() && end > start) return ansi;
+    changed += name + full.substr(end, 1);
+    start = end + 1;
+  }
+  return ToAnsi(FromWide(changed));
 }
 
 std::wstring SystemFolder() {

@@ -11,9 +11,8 @@ std::wstring FullPath(const std::string& path);
 // network file system knows it.
 std::wstring NativePath(const std::string& path);
 
-// The form for calls that take code page 1251 only: the path itself if it has that form, else its
-// short name, which a volume need not keep. Without one the letters outside the code page become
-// "?".
+// The form for calls that take code page 1251 only. Each name outside the code page becomes its
+// short one; if a volume keeps none, the path's letters become "?".
 std::string AnsiPath(const std::string& path);
 
 // The folders of the system, without a separator at the end; empty on failure.

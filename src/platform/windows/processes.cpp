@@ -19,7 +19,7 @@ namespace {
 constexpr ports::SystemCode kElevationRequired = 740;
 
 #ifndef _WIN64
-static_assert(sizeof(STARTUPINFOA) == 68, "the start-up record");
+static_assert(sizeof(STARTUPINFOW) == 68, "the start-up record");
 static_assert(sizeof(SHELLEXECUTEINFOW) == 60, "the shell's execution record");
 #endif
 static_assert(STARTF_FORCEONFEEDBACK == 0x40 && STARTF_FORCEOFFFEEDBACK == 0x80);
@@ -55,12 +55,12 @@ class WindowsProcess final : public ports::Process {
 };
 
 // An empty text is passed as none.
-const char* OrNone(const std::string& text) {
+const wchar_t* OrNone(const std::wstring& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
-STARTUPINFOA StartUpRecord(const ports::StartRequest& request) {
-  STARTUPINFOA record{};
+STARTUPINFOW StartUpRecord(const ports::StartRequest& request) {
+  STARTUPINFOW record{};
   record.cb = sizeof(record);
   if (request.feedback_on) record.dwFlags |= STARTF_FORCEONFEEDBACK;
   if (request.feedback_off) record.dwFlags |= STARTF_FORCEOFFFEEDBACK;
@@ -78,12 +78,12 @@ class WindowsProcesses final : public ports::Processes {
     using Result = ports::Outcome<std::unique_ptr<ports::Process>>;
     if (request.program.empty() && request.command_line.empty())
       return Result::Failure(ERROR_INVALID_PARAMETER);  // not every system survives the call
-    STARTUPINFOA record = StartUpRecord(request);
+    STARTUPINFOW record = StartUpRecord(request);
     PROCESS_INFORMATION started{};
-    const std::string program = ToAnsi(request.program);
-    std::string command_line = ToAnsi(request.command_line);
-    const std::string folder = ToAnsi(request.working_folder);
-    if (CreateProcessA(OrNone(program), command_line.empty() ? nullptr : command_line.data(),
+    const std::wstring program = ToWide(request.program);
+    std::wstring command_line = ToWide(request.command_line);
+    const std::wstring folder = ToWide(request.working_folder);
+    if (CreateProcessW(OrNone(program), command_line.empty() ? nullptr : command_line.data(),
                        nullptr, nullptr, FALSE, CREATE_DEFAULT_ERROR_MODE, nullptr, OrNone(folder),
                        &record, &started) == FALSE)
       return Result::Failure(LastError());

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "platform/windows/native_path.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
 #include "ports/system_info.h"
@@ -47,7 +48,7 @@ class WindowsSystemInfo final : public ports::SystemInfo {
   }
 
   ports::SystemFolders Folders() override {
-    return {FolderFrom(GetWindowsDirectoryA), FolderFrom(GetSystemDirectoryA)};
+    return {FromWide(WindowsFolder()), FromWide(SystemFolder())};
   }
 
   std::string DecimalSeparator() override {
@@ -56,14 +57,6 @@ class WindowsSystemInfo final : public ports::SystemInfo {
                                       static_cast<int>(std::size(buffer)));
     // The length counts the zero at the end.
     return length < 2 ? "," : FromWide({buffer, static_cast<std::size_t>(length) - 1});
-  }
-
- private:
-  static std::string FolderFrom(UINT(WINAPI* call)(LPSTR buffer, UINT size)) {
-    char buffer[1000];
-    const UINT length = call(buffer, static_cast<UINT>(sizeof(buffer)));
-    // A length beyond the buffer is the size that would be needed.
-    return length < sizeof(buffer) ? FromAnsi(std::string_view(buffer, length)) : std::string();
   }
 };
 
