@@ -10,6 +10,7 @@ scripts/build.sh linux-debug windows-x64 windows-x86
 # Makes the Wine prefixes once, so that no test pays for them.
 scripts/wine-run.sh cmd /c exit
 TMW_WINE_SCREEN=96 scripts/wine-run.sh cmd /c exit
+TMW_WINE_LOCALE=C.UTF-8 scripts/wine-run.sh cmd /c exit
 
 # One run over all build folders, so that one closing line tells the whole result.
 mkdir -p build/all-tests

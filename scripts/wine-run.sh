@@ -3,14 +3,18 @@
 # the build folder, the Russian locale (so that the code pages are 1251 and 866), no debug output.
 # Without a display no window can be made there and every box returns at once.
 #
+# TMW_WINE_LOCALE=C.UTF-8 (or another one of this machine) stands in for a system that is not Russian;
+# such programs have a prefix of their own too.
+#
 # TMW_WINE_SCREEN=96 (or another number of dots per inch) gives the program a screen of that scale
 # that nobody sees, and windows that are really drawn and clicked. Such programs share a second
 # prefix and run one after another. TMW_WINE_DISPLAY=:N shows them on that display instead.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 screen=${TMW_WINE_SCREEN:-}
-export WINEPREFIX="${TMW_WINEPREFIX:-$root/build/wine}${screen:+-screen}"
-export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml=" LC_ALL=ru_RU.UTF-8
+export LC_ALL=${TMW_WINE_LOCALE:-ru_RU.UTF-8}
+export WINEPREFIX="${TMW_WINEPREFIX:-$root/build/wine}${TMW_WINE_LOCALE:+-$TMW_WINE_LOCALE}${screen:+-screen}"
+export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
 unset DISPLAY
 mkdir -p "$(dirname "$WINEPREFIX")"
 if [ ! -f "$WINEPREFIX/.ready" ]; then

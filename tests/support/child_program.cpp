@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -12,6 +11,7 @@
 #include "ports/named_mutex.h"
 #include "ports/processes.h"
 #include "services/processes.h"
+#include "tests/support/environment.h"
 #include "tests/support/sandbox.h"
 
 // A small program to start. Its arguments are a script, done in order:
@@ -29,11 +29,6 @@
 //   product MS CODE FILE   the same as a program that is no member
 //   wait-for-chain     what an updater does first
 namespace {
-
-std::string Variable(const char* name) {
-  const char* const value = std::getenv(name);
-  return value == nullptr ? "" : value;
-}
 
 void Append(const std::string& path, const std::string& text) {
   std::ofstream(tests::ToPath(path), std::ios::binary | std::ios::app) << text << "\n";
@@ -74,8 +69,8 @@ int Run(const std::vector<std::string>& words) {
     const std::string& verb = words[i++];
     if (verb == "report") {
       const std::string& path = words.at(i++);
-      std::string text =
-          tests::FromPath(std::filesystem::current_path()) + "\n" + Variable("TMW_TEST_VARIABLE");
+      std::string text = tests::FromPath(std::filesystem::current_path()) + "\n" +
+                         tests::Variable("TMW_TEST_VARIABLE").value_or("");
       for (; i < words.size(); ++i)
         text += "\n" + words[i];
       Append(path, text);

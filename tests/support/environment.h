@@ -8,6 +8,9 @@ namespace tests {
 
 inline constexpr bool kOnWindows = std::filesystem::path::preferred_separator == '\\';
 
+// The value of an environment variable; nothing if it is not set.
+std::optional<std::string> Variable(const std::string& name);
+
 // An environment variable of this process and those it starts, restored at the end of the scope.
 class ScopedVariable {
  public:

@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <random>
+
+#include "tests/support/environment.h"
 
 namespace tests {
 
@@ -22,8 +23,8 @@ std::string FromPath(const fs::path& path) {
 
 Sandbox::Sandbox() {
   std::random_device random;
-  const char* const parent = std::getenv("TMW_TEST_FOLDER");
-  root_ = parent != nullptr ? fs::absolute(parent).make_preferred() : fs::temp_directory_path();
+  const auto parent = Variable("TMW_TEST_FOLDER");
+  root_ = parent ? fs::absolute(ToPath(*parent)).make_preferred() : fs::temp_directory_path();
   root_ /= ToPath("проба " + std::to_string(random()));
   fs::create_directories(root_);
 }

@@ -4,9 +4,14 @@
 
 namespace tests {
 
-ScopedVariable::ScopedVariable(const std::string& name, const std::string& value) : name_(name) {
-  const char* const old = std::getenv(name.c_str());
-  if (old != nullptr) saved_ = old;
+std::optional<std::string> Variable(const std::string& name) {
+  const char* const value = std::getenv(name.c_str());
+  if (value == nullptr) return std::nullopt;
+  return value;
+}
+
+ScopedVariable::ScopedVariable(const std::string& name, const std::string& value)
+    : name_(name), saved_(Variable(name)) {
   setenv(name.c_str(), value.c_str(), 1);
 }
 

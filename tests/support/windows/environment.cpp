@@ -10,12 +10,17 @@ constexpr DWORD kLongestValue = 32768;
 
 }  // namespace
 
-ScopedVariable::ScopedVariable(const std::string& name, const std::string& value) : name_(name) {
-  const std::wstring wide_name = platform::ToWide(name);
-  std::wstring old(kLongestValue, L'\0');
-  old.resize(GetEnvironmentVariableW(wide_name.c_str(), old.data(), kLongestValue));
-  if (!old.empty()) saved_ = platform::FromWide(old);
-  SetEnvironmentVariableW(wide_name.c_str(), platform::ToWide(value).c_str());
+std::optional<std::string> Variable(const std::string& name) {
+  std::wstring value(kLongestValue, L'\0');
+  value.resize(
+      GetEnvironmentVariableW(platform::ToWide(name).c_str(), value.data(), kLongestValue));
+  if (value.empty()) return std::nullopt;
+  return platform::FromWide(value);
+}
+
+ScopedVariable::ScopedVariable(const std::string& name, const std::string& value)
+    : name_(name), saved_(Variable(name)) {
+  SetEnvironmentVariableW(platform::ToWide(name).c_str(), platform::ToWide(value).c_str());
 }
 
 ScopedVariable::~ScopedVariable() {
