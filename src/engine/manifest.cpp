@@ -150,14 +150,15 @@ std::string ParseConsts(const std::string& text,
 }
 
 bool TryParseManifest(const std::string& file, const std::string& product_code,
-                      const std::string& version, Manifest& manifest, std::string& reason) try {
+                      const std::string& version, Manifest& manifest, std::string& reason,
+                      const std::function<bool()>& may_go_on) try {
   const auto refuse = [&](std::string why) {
     reason = std::move(why);
     return false;
   };
   const std::unique_ptr<XmlDocument> document = XmlCreateDocument(reason);
   if (document == nullptr) return refuse(engine_texts::NoXmlComponent(reason));
-  if (!XmlLoadDocumentSafe(*document, file, reason))
+  if (!XmlLoadDocumentSafe(*document, file, reason, may_go_on))
     return refuse(engine_texts::ManifestNotReadable(reason));
   const XmlNode& root = XmlSelectSingleNode(document->Node(), "KSUpdateManifest");
   const std::string found_product = XmlGetStringAttribute(root, "ProductID");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -16,10 +17,12 @@ namespace tmw {
 // Reads the manifest of that version of the product; tables come dictionaries first. Returns false
 // with the reason if the file is not well-formed or describes another product or version. All other
 // faults are raised: attributes that are missing or not a number, names that the path guard
-// refuses, files of the user database, one name for two tables or for two contents.
+// refuses, files of the user database, one name for two tables or for two contents. If may_go_on
+// (may be empty) returns false, which it is asked now and then, the file counts as not readable.
 [[nodiscard]] bool TryParseManifest(const std::string& file, const std::string& product_code,
                                     const std::string& version, Manifest& manifest,
-                                    std::string& reason);
+                                    std::string& reason,
+                                    const std::function<bool()>& may_go_on = {});
 
 // Expands a folder's name: "{name}" becomes the constant of that name, "{{text}}" becomes "{text}";
 // values are not expanded again. A brace without its partner ends the work, and the rest stays as

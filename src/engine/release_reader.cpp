@@ -91,7 +91,10 @@ bool ReleaseReader::ReadManifest(const std::string& loading_url, Digest& digest,
   DeleteFile(package);
   events_.OnSetMainAction(engine_texts::kParsingFileList);
   const std::string file = JoinPath(temp_dir_, entry);
-  return TryParseManifest(file, product_code_, digest.Version, manifest, reason) || Refuse(reason);
+  const auto may_go_on = [this] { return !events_.CancelPressed(); };
+  if (TryParseManifest(file, product_code_, digest.Version, manifest, reason, may_go_on))
+    return true;
+  return may_go_on() && Refuse(reason);
 }
 
 bool ReleaseReader::FetchDigest(const std::string& local, std::string& text) {

@@ -83,6 +83,13 @@ inline std::string OfPart(const std::string& quoted_part, std::string_view reaso
 
 // XML.
 inline constexpr const char* kFileTooLarge = "Файл слишком велик.";
+inline constexpr const char* kXmlAttributes = "Слишком много атрибутов в одном элементе.";
+inline constexpr const char* kXmlName = "Слишком длинное имя.";
+inline constexpr const char* kXmlDepth = "Элементы вложены слишком глубоко.";
+inline constexpr const char* kXmlElements = "Слишком много элементов.";
+inline constexpr const char* kXmlEncoding = "Кодировка не поддерживается.";
+inline constexpr const char* kXmlDeclarations = "Описания внутри DOCTYPE не допускаются.";
+inline constexpr const char* kXmlCancelled = "Чтение прервано.";
 inline constexpr const char* kEntitiesRefused = "Описания сущностей (ENTITY) не допускаются.";
 
 inline std::string BadNumber(const std::string& attribute, const std::string& value,

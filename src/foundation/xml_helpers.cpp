@@ -9,6 +9,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/foundation_texts.h"
 #include "foundation/text.h"
+#include "foundation/xml_guard.h"
 #include "ports/ports.h"
 
 namespace tmw {
@@ -44,21 +45,7 @@ std::string Explain(const ports::XmlParseError& error) {
       .append(std::to_string(error.line));
 }
 
-// Works for every encoding: wider ones only put zero bytes between the characters. The text may
-// also stand in a comment or a CDATA section; such a document is refused too.
-bool DeclaresEntities(std::string_view bytes) {
-  constexpr std::string_view kDeclaration = "<!ENTITY";
-  std::size_t matched = 0;
-  for (const char byte : bytes) {
-    if (byte == '\0') continue;
-    if (byte != kDeclaration[matched]) matched = 0;
-    if (byte == kDeclaration[matched]) ++matched;
-    if (matched == kDeclaration.size()) return true;
-  }
-  return false;
-}
-
-ports::XmlParseResult ParseFile(const std::string& file) {
+ports::XmlParseResult ParseFile(const std::string& file, const std::function<bool()>& may_go_on) {
   ports::XmlParseResult result;
   try {
     if (GetFileLength(file) > kMaxXmlLength) {
@@ -66,8 +53,9 @@ ports::XmlParseResult ParseFile(const std::string& file) {
       return result;
     }
     const std::string bytes = ReadFileBytes(file);
-    if (!DeclaresEntities(bytes)) return ports::CurrentPorts().xml->Parse(bytes);
-    result.error.reason = foundation_texts::kEntitiesRefused;
+    const char* const danger = FindXmlDanger(bytes, may_go_on);
+    if (danger == nullptr) return ports::CurrentPorts().xml->Parse(bytes);
+    result.error.reason = danger;
   } catch (const ProgramError& error) {
     result.error.reason = TrimCharacters(error.Description, " \r\n");
   }
@@ -104,9 +92,9 @@ std::unique_ptr<XmlDocument> XmlCreateDocument(std::string& reason) try {
   ReRaiseError(kModule, "XmlCreateDocument");
 }
 
-bool XmlLoadDocumentSafe(XmlDocument& document, const std::string& file,
-                         std::string& explanation) try {
-  ports::XmlParseResult result = ParseFile(file);
+bool XmlLoadDocumentSafe(XmlDocument& document, const std::string& file, std::string& explanation,
+                         const std::function<bool()>& may_go_on) try {
+  ports::XmlParseResult result = ParseFile(file, may_go_on);
   const bool is_loaded = static_cast<bool>(result);
   if (!is_loaded) {
     explanation = Explain(result.error);

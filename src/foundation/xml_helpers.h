@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -29,7 +30,8 @@ class XmlDocument {
   const XmlNode& Node() const { return *node_; }
 
  private:
-  friend bool XmlLoadDocumentSafe(XmlDocument&, const std::string&, std::string&);
+  friend bool XmlLoadDocumentSafe(XmlDocument&, const std::string&, std::string&,
+                                  const std::function<bool()>&);
   std::unique_ptr<XmlNode> node_ = std::make_unique<XmlNode>(XmlNodeKind::kDocument);
 };
 
@@ -39,10 +41,10 @@ std::unique_ptr<XmlDocument> XmlCreateDocument(std::string& reason);
 // Returns false, an explanation and an empty document if the file cannot be read or is no
 // well-formed XML. The explanation is three lines, each beginning with three blanks, without a line
 // break at the end: "   Reason: ", "   Source: " (the line of the file, shortened), "   Line: ". A
-// document that declares entities is refused: none of ours does, and entities can make a document
-// grow without bounds or pull in other files.
+// document beyond the bounds of xml_guard.h is refused before it is parsed; may_go_on: see there.
 [[nodiscard]] bool XmlLoadDocumentSafe(XmlDocument& document, const std::string& file,
-                                       std::string& explanation);
+                                       std::string& explanation,
+                                       const std::function<bool()>& may_go_on = {});
 
 // The place of a node, as errors name it.
 std::string XmlGetNodePath(const XmlNode& node);

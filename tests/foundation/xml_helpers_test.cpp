@@ -90,6 +90,7 @@ TEST_F(Xml, DocumentsAreReadAlikeOnBothSystems) {
       {"<a>s &lt; 1;\r\n<![CDATA[ x<y ]]><!--n--><b>&#1046;</b></a>",
        "(a('s < 1;\n',' x<y ',<!n>,b('Ж')))"},
       {"<a xmlns='urn:x' xmlns:p='urn:y'><p:b p:c='1'/></a>", "(a(p:b p:c=1))"},
+      {"<a x = '>=\"=' y=\"'\"><!--<b = '--><?p <b = ?></a>", "(a x=>=\"= y='(<!<b = '>,<*>))"},
   };
   for (const auto& c : cases)
     EXPECT_EQ(Load(c.bytes), c.shape) << c.bytes;
@@ -165,6 +166,48 @@ TEST_F(Xml, DocumentsThatAreMeantToHurtAreRefused) {
   EXPECT_TRUE(!parsed.document || Shape(*parsed.document).find("SECRET") == std::string::npos);
   const std::string deep = Repeated("<a>", 250) + "x" + Repeated("</a>", 250);
   EXPECT_TRUE(Load(deep).starts_with("(a(a(")) << Load(deep);
+}
+
+TEST_F(Xml, WhatParsersTakeMinutesOverIsRefusedBefore) {
+  const auto attributes = [](int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i)
+      text += " a" + std::to_string(i) + "='1'";
+    return text;
+  };
+  const auto wide = [](const std::string& text) { return Utf16(text, true); };
+  std::u32string four = U"\uFEFF<a/>";
+  const char* const many = "Слишком много атрибутов в одном элементе.";
+  const char* const encoding = "Кодировка не поддерживается.";
+  const struct {
+    std::string bytes;
+    const char* reason;  // nullptr: accepted
+  } cases[] = {
+      {"<a" + attributes(256) + "/>", nullptr},
+      {"<a" + attributes(257) + "/>", many},
+      {wide("<a" + attributes(100'000) + "/>"), many},
+      {wide("<a>" + Repeated("м=", 1000) + "</a>"), nullptr},  // one byte of "м" is a "<"
+      {"<a x=\"<b" + attributes(257) + "\"/>", many},
+      {"<a\"" + attributes(257) + "\"/>", many},
+      {"<a><![CDATA[<b" + attributes(257) + "]]></a>", nullptr},
+      {"<!DOCTYPE a [<!ATTLIST a x CDATA '1'>]><a/>", "Описания внутри DOCTYPE не допускаются."},
+      {"<" + std::string(1001, 'a') + "/>", "Слишком длинное имя."},
+      {"<a>" + Repeated("<b/>", 400'000) + "</a>", "Слишком много элементов."},
+      {Repeated("<a>", 257) + Repeated("</a>", 257), "Элементы вложены слишком глубоко."},
+      {{reinterpret_cast<const char*>(four.data()), four.size() * 4}, encoding},
+      {"<?xml version='1.0' encoding='IBM037'?><a/>", encoding},
+      {"\x4C\x6F\xA7\x94", encoding},
+  };
+  for (const auto& c : cases) {
+    const std::string loaded = Load(c.bytes);
+    EXPECT_TRUE(
+        loaded.starts_with(c.reason == nullptr ? "(a" : std::string("   Reason: ") + c.reason))
+        << loaded.substr(0, 300);
+  }
+  std::string explanation;
+  EXPECT_FALSE(XmlLoadDocumentSafe(document_, sandbox_.Write("f", "<a/>"), explanation,
+                                   [] { return false; }));
+  EXPECT_TRUE(explanation.starts_with("   Reason: Чтение прервано.")) << explanation;
 }
 
 // The message of the error that the action raises, after its number.
