@@ -144,10 +144,10 @@ void Installation::UninstallFile(const WuFileNode& file) {
       static_cast<void>(UnregisterDll(installed, true));
       ports::CurrentPorts().clock->Sleep(kAfterUnregistering);
     }
-    RemoveInstalled(installed);
+    RemoveInstalled(installed, Need::kMust);
   }
   const auto companion = ScriptCompanion(file, manifest_);
-  if (companion) DeleteFile(*companion, true);
+  if (companion) RemoveInstalled(*companion, Need::kMay);
 }
 
 bool Installation::InstallFile(const WuFileNode& file) {
@@ -162,13 +162,18 @@ bool Installation::InstallFile(const WuFileNode& file) {
     DownloadError(reason);
     return false;
   }
-  if (!IsReplacedInOneStep(file) && IsFileExists(installed)) RemoveInstalled(installed);
+  if (!IsReplacedInOneStep(file) && IsFileExists(installed))
+    RemoveInstalled(installed, Need::kMust);
   if (!CopyVerified(file, loaded, installed)) return false;
   return !file.IsCom || DoRegisterDll(installed, false);
 }
 
-void Installation::RemoveInstalled(const std::string& path) {
-  DeleteFileRepeatedly(path);
+void Installation::RemoveInstalled(const std::string& path, Need need) {
+  if (need == Need::kMust) {
+    DeleteFileRepeatedly(path);
+  } else {
+    DeleteFile(path, true);
+  }
 }
 
 }  // namespace tmw

@@ -49,8 +49,9 @@ class Installation {
                    const std::function<bool(const WuFileNode& file)>& step);
   void UninstallFile(const WuFileNode& file);
   bool InstallFile(const WuFileNode& file);
-  // Every installed file that has to go, goes here.
-  static void RemoveInstalled(const std::string& path);
+  // Every installed file that goes, goes here. What may stay is tried once, without a report.
+  enum class Need { kMust, kMay };
+  static void RemoveInstalled(const std::string& path, Need need);
 
   const Manifest& manifest_;
   ReleasePaths release_;

@@ -14,6 +14,7 @@
 #include "foundation/api_errors.h"
 #include "foundation/contract_names.h"
 #include "foundation/file_utils.h"
+#include "foundation/text.h"
 #include "ports/clock.h"
 #include "ports/file_system.h"
 #include "ports/front_end.h"
@@ -107,7 +108,9 @@ std::string OtherPlaces(const std::vector<Obstacle>& alike) {
 }
 
 std::string Sentence(const Obstacle& first) {
-  const std::string reason = first.Code == 0 ? "" : GetApiErrorText(first.Code, "");
+  // The system's words end with a line break.
+  const std::string reason =
+      first.Code == 0 ? "" : TrimCharacters(GetApiErrorText(first.Code, ""), " \r\n");
   if (first.Site == ObstacleSite::kRegistry) return look_texts::RegistryForbidden(reason);
   const bool is_folder = first.Site == ObstacleSite::kFolder;
   switch (first.Kind) {

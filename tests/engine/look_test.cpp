@@ -196,7 +196,7 @@ TEST_F(LookTest, ADatabaseNeedsRoomFiveTimesInTheTemporaryFolderAndTwiceInItsOwn
 }
 
 TEST(Look, OneBoxNamesEveryKindOfObstacleAndFiveOfAKind) {
-  const std::string reason = tmw::GetApiErrorText(kDenied, "");
+  const std::string reason = tmw::TrimCharacters(tmw::GetApiErrorText(kDenied, ""), "\r\n");
   std::vector<Obstacle> obstacles = {
       {ObstacleSite::kFolder, Hindrance::kForbidden, "P", kDenied},
       {ObstacleSite::kFile, Hindrance::kFolder, "a", 0},

@@ -52,6 +52,7 @@ class LinuxFileProbe final : public ports::FileProbe {
     if (S_ISDIR(facts.stx_mode)) return {Hindrance::kFolder, 0};
     if (!S_ISREG(facts.stx_mode)) return {Hindrance::kOther, 0};
     if ((facts.stx_attributes & kUnchangeable) != 0) return {Hindrance::kProtected, EPERM};
+    if ((facts.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0) return {Hindrance::kFailed, EBUSY};
     if (IsSomebodyElses(path, facts.stx_uid)) return {Hindrance::kForbidden, EPERM};
     return ExamineContent(path, replacement);
   }

@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <string>
 
 #include "ports/file_probe.h"
@@ -21,6 +23,21 @@ bool SetFlags(const std::string& path, int flags) {
   const bool is_set = ioctl(file, FS_IOC_SETFLAGS, &flags) == 0;
   close(file);
   return is_set;
+}
+
+// As containers do with single files: it can be written to, but not be deleted.
+TEST(LinuxFileProbe, AFileThatIsMountedCannotBeReplaced) {
+  const tests::Sandbox sandbox;
+  const std::string source = sandbox.Write("a", "x");
+  const std::string file = sandbox.Write("b", "y");
+  if (mount(source.c_str(), file.c_str(), nullptr, MS_BIND, nullptr) != 0)
+    GTEST_SKIP() << "only root may mount";
+  const auto finding =
+      ports::CurrentPorts().file_probe->Examine(file, ports::Replacement::kRenameOver);
+  EXPECT_EQ(rename(source.c_str(), file.c_str()), -1);
+  EXPECT_EQ(errno, finding.code);
+  EXPECT_EQ(finding.hindrance, Hindrance::kFailed);
+  umount(file.c_str());
 }
 
 TEST(LinuxFileProbe, AnImmutableFileIsProtectedAndAPipeIsNoFile) {
