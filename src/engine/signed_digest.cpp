@@ -90,8 +90,8 @@ class PairLoader {
  private:
   bool Fetch(const std::string& url, const std::string& file, std::int64_t max_bytes,
              std::string& reason) {
-    return TryDownloadFile(url, file, reason, max_bytes,
-                           [this] { return !events_.CancelPressed(); });
+    return TryDownloadFileFromTwoUrls(url, "", file, reason, max_bytes,
+                                      [this] { return !events_.CancelPressed(); });
   }
 
   std::nullopt_t Note(const std::string& reason) {

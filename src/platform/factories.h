@@ -40,7 +40,8 @@ std::unique_ptr<ports::ErrorTexts> MakeErrorTexts();
 std::unique_ptr<ports::FileLocks> MakeFileLocks();
 std::unique_ptr<ports::FileProbe> MakeFileProbe();
 std::unique_ptr<ports::FileSystem> MakeFileSystem();
-std::unique_ptr<ports::FrontEnd> MakeFrontEnd();
+// in_terminal: even if there is a display (Linux).
+std::unique_ptr<ports::FrontEnd> MakeFrontEnd(bool in_terminal = false);
 std::unique_ptr<ports::Internet> MakeInternet(std::int32_t stall_limit);  // milliseconds
 std::unique_ptr<ports::LogFiles> MakeLogFiles();
 std::unique_ptr<ports::NamedMutexes> MakeNamedMutexes();

@@ -25,7 +25,9 @@ namespace {
 
 class SystemHost final : public Host {
  public:
-  SystemHost(int argc, char** argv) : processes_(platform::MakeProcesses(argc, argv)) {}
+  SystemHost(int argc, char** argv, bool is_tool)
+      : front_end_(platform::MakeFrontEnd(is_tool)),
+        processes_(platform::MakeProcesses(argc, argv)) {}
 
   Ports MakePorts() override {
     Ports ports;
@@ -59,7 +61,7 @@ class SystemHost final : public Host {
   std::unique_ptr<FileLocks> file_locks_ = platform::MakeFileLocks();
   std::unique_ptr<FileProbe> file_probe_ = platform::MakeFileProbe();
   std::unique_ptr<FileSystem> files_ = platform::MakeFileSystem();
-  std::unique_ptr<FrontEnd> front_end_ = platform::MakeFrontEnd();
+  std::unique_ptr<FrontEnd> front_end_;
   std::unique_ptr<Internet> internet_ = platform::MakeInternet(kInternetStallLimit);
   std::unique_ptr<LogFiles> log_files_ = platform::MakeLogFiles();
   std::unique_ptr<NamedMutexes> mutexes_ = platform::MakeNamedMutexes();
@@ -81,8 +83,8 @@ std::optional<int> WaitForUpdaterChain() {
   return platform::WaitForUpdaterChain();
 }
 
-std::unique_ptr<Host> MakeHost(int argc, char** argv) {
-  return std::make_unique<SystemHost>(argc, argv);
+std::unique_ptr<Host> MakeHost(int argc, char** argv, bool is_tool) {
+  return std::make_unique<SystemHost>(argc, argv, is_tool);
 }
 
 }  // namespace ports

@@ -25,7 +25,8 @@ std::optional<int> PrepareUpdater(int argc, char** argv);
 // work. Otherwise, and on Windows, returns nothing at once.
 std::optional<int> WaitForUpdaterChain();
 
-// The program's start passes its own argc and argv.
-std::unique_ptr<Host> MakeHost(int argc, char** argv);
+// The program's start passes its own argc and argv. A command-line tool asks in the terminal even
+// if there is a display (Linux).
+std::unique_ptr<Host> MakeHost(int argc, char** argv, bool is_tool = false);
 
 }  // namespace ports

@@ -18,6 +18,7 @@
 #include "publish/release_names.h"
 #include "publish/scripts.h"
 #include "publish/tables.h"
+#include "publish/trust_check.h"
 #include "publish/workers.h"
 
 namespace publish {
@@ -160,12 +161,15 @@ class ServerCheck {
               Faults& faults)
       : source_(source), scratch_(scratch), progress_(progress), faults_(faults) {}
 
-  CheckedRelease Run(const std::string& oldest_database) {
+  CheckedRelease Run(const CheckOptions& options) {
     CheckedRelease release;
-    if (const auto text = ReadText(tmw::names::kServerListFile)) CheckServerList(*text, faults_);
-    const auto text = ReadText(tmw::names::kDigestFile);
-    if (!text) return release;
-    const Digest digest = ReadDigest(*text, faults_);
+    const auto servers = ReadBytes(tmw::names::kServerListFile);
+    if (servers) CheckServerList(tmw::FileTextOf(*servers), faults_);
+    const auto bytes = ReadBytes(tmw::names::kDigestFile);
+    if (!bytes) return release;
+    const Digest digest = ReadDigest(tmw::FileTextOf(*bytes), faults_);
+    if (options.key) CheckTrust(source_, *bytes, digest, *options.key, release, faults_);
+    if (servers) WarnOfOpenServers(tmw::FileTextOf(*servers), digest, release.warnings);
     release.version = digest.version;
     if (digest.version.empty()) return release;
     Checker checker(source_, ReleaseFolder(digest.version) + "/", scratch_);
@@ -176,7 +180,7 @@ class ServerCheck {
     CheckHead(manifest, digest.version);
     CheckManifest(manifest, faults_);
     CheckComponents(manifest, checker);
-    CheckPackages(manifest, checker, oldest_database);
+    CheckPackages(manifest, checker, options.oldest_database);
     release.files = manifest.files.size();
     release.tables = manifest.tables.size();
     release.volume = WholeVolume(manifest);
@@ -184,10 +188,10 @@ class ServerCheck {
   }
 
  private:
-  std::optional<std::string> ReadText(std::string_view name) {
+  std::optional<std::string> ReadBytes(std::string_view name) {
     std::string reason;
     const auto fetched = source_.Fetch(std::string(name), kMaxSmallFile, reason);
-    if (fetched != nullptr) return tmw::ReadFileToString(fetched->Path());
+    if (fetched != nullptr) return tmw::ReadFileBytes(fetched->Path());
     faults_.Add(std::string(name), texts::kNotFetched, {reason});
     return std::nullopt;
   }
@@ -252,12 +256,12 @@ class ServerCheck {
 
 }  // namespace
 
-CheckedRelease CheckRelease(const std::string& place, const std::string& oldest_database,
+CheckedRelease CheckRelease(const std::string& place, const CheckOptions& options,
                             tools::Progress& progress, Faults& faults) {
   tmw::CompanionFunctions();  // loads the library before other threads start
   const ScratchFolder scratch;
   const auto source = OpenReleaseSource(place, scratch.Path());
-  return ServerCheck(*source, scratch.Path(), progress, faults).Run(oldest_database);
+  return ServerCheck(*source, scratch.Path(), progress, faults).Run(options);
 }
 
 bool LoadManifest(const std::string& place, Manifest& manifest, Faults& faults) {

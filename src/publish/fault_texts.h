@@ -60,6 +60,40 @@ inline constexpr const char* kNoDay = "It is no day, YYYY-MM-DD.";
 inline constexpr const char* kNoAddress = "This is no address of a server: %1.";
 inline constexpr const char* kNoServer = "It names no server.";
 
+// Signing and announcing.
+inline constexpr const char* kWasSigned =
+    "The announced digest is signed, and updaters with a key accept no other: sign this one too.";
+inline constexpr const char* kSerialNotKnown =
+    "The announced digest cannot be read, and with it the serial: give --serial.";
+inline constexpr const char* kSerialNotHigher =
+    "The serial must be higher than the announced one, %1.";
+inline constexpr const char* kNothingKept =
+    "It has no _Announcement.txt: publish this version again with --replace.";
+inline constexpr const char* kKeptForOther = "It announces version %1.";
+inline constexpr const char* kChangedSincePublished = "It is not the file that was published.";
+inline constexpr const char* kNewerAnnounced =
+    "Version %1 is announced, which is newer; retract announces an older one.";
+inline constexpr const char* kNothingToGoBackTo = "There is no older release to announce.";
+inline constexpr const char* kNothingAnnounced = "Nothing is announced here.";
+
+// The signature of a digest, as an updater with the key judges it.
+inline constexpr const char* kNoSignature = "Its signature %1 cannot be had: %2";
+inline constexpr const char* kSignatureMalformed = "The file of the signature is malformed.";
+inline constexpr const char* kSignatureOfOtherKind =
+    "The signature is of the older kind, which updaters refuse.";
+inline constexpr const char* kSignedByOther = "The signature is of the key %1, which is not given.";
+inline constexpr const char* kSignatureDiffers = "The signature does not belong to the digest.";
+inline constexpr const char* kSignedLinesMissing =
+    "Updaters with a key demand the lines manifest:, product:, serial: and expires:.";
+inline constexpr const char* kSignedForOther = "It is signed for another product: %1.";
+inline constexpr const char* kExpired = "It has expired: its last day is %1.";
+inline constexpr const char* kExpiresSoon = "It expires on %1: sign it again with tmpublish renew.";
+inline constexpr const char* kCopyDiffers =
+    "It is not the digest's signature, which people would verify with it.";
+inline constexpr const char* kOpenServers =
+    "%1 of %2 servers are not https, and the digest has no line manifest: whoever is on the way can "
+    "put a release of their own in the place of this one.";
+
 // The manifest's lists.
 inline constexpr const char* kNegative = "A negative number of bytes.";
 inline constexpr const char* kNotOneElement = "%1 elements %2 instead of one.";
@@ -158,6 +192,26 @@ inline constexpr const char* kCannotRemove = "Cannot remove %1: ";
 inline constexpr const char* kCannotRemoveFolder = "Cannot remove the folder %1: ";
 inline constexpr const char* kCannotCreateFolder = "Cannot create the folder %1: ";
 inline constexpr const char* kCannotLock = "Cannot lock %1: ";
+
+inline constexpr const char* kNoSecretKey = "No secret key: %1.";
+inline constexpr const char* kNoPublicKey = "No public key, and no file of one: %1.";
+inline constexpr const char* kWrongPassword = "Wrong password for the key %1.";
+inline constexpr const char* kNoMemoryForKey = "Not enough memory to open the key %1.";
+inline constexpr const char* kNoPasswordInFile = "The first line is no password: %1.";
+inline constexpr const char* kNobodyToAsk =
+    "No terminal to ask for the password of %1: give --password-file.";
+inline constexpr const char* kEmptyPassword =
+    "An empty password; --no-password makes a key without one: %1.";
+inline constexpr const char* kPasswordsDiffer = "The two passwords differ: %1.";
+inline constexpr const char* kThereAlready = "It exists already: %1.";
+inline constexpr const char* kFileNotMade = "The file cannot be made: %1.";
+
+// What is asked, and what a signature says of itself.
+inline constexpr const char* kSigning = "tmpublish";
+inline constexpr const char* kAskPassword = "Password of the key %1:";
+inline constexpr const char* kAskNewPassword = "Password for the new key %1:";
+inline constexpr const char* kAskAgain = "Once more:";
+inline constexpr const char* kTrustedComment = "%1 %2 serial:%3 expires:%4 signed:%5";
 
 // Steps of a run, as the progress line names them.
 inline constexpr const char* kTables = "tables";

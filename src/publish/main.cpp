@@ -4,7 +4,7 @@
 #include "tools/stop.h"
 
 int main(int argc, char** argv) {
-  const auto host = ports::MakeHost(argc, argv);
+  const auto host = ports::MakeHost(argc, argv, true);
   ports::CurrentPorts() = host->MakePorts();
   tools::ListenForStop();
   return tools::RunProgram(publish::MakeProgram());

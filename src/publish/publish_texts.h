@@ -12,24 +12,68 @@ inline constexpr const char* kHelpTail =
 3 failed or stopped (the reason is on standard error). docs/publishing.md describes DESCRIPTION.
 )";
 
+// Options of every command that signs.
+inline const std::vector<tools::Option> kSigningOptions = {
+    {"--sign", "KEYFILE", "sign the announcement with this secret key"},
+    {"--expires", "DAY|DAYS", "... whose last day is YYYY-MM-DD, or so many days from today (180)"},
+    {"--password-file", "FILE",
+     "... its password is the first line of FILE (else it is asked for)"},
+    {"--serial", "NUMBER", "... with this serial instead of the next one"}};
+
+inline std::vector<tools::Option> WithSigning(std::vector<tools::Option> options) {
+  options.insert(options.end(), kSigningOptions.begin(), kSigningOptions.end());
+  return options;
+}
+
+inline const tools::Option kAnnouncingFolder = {"--output", "FOLDER", "what the web server offers"};
+
 inline const tools::Usage kPublish = {
     "publish",
     "DESCRIPTION",
     1,
     1,
     "make a release and announce it",
-    {{"--product", "FOLDER", "the product's files"},
-     {"--database", "FILE", "the reference database"},
-     {"--scripts", "FOLDER", "the update scripts (*.xml)"},
-     {"--output", "FOLDER", "what the web server offers; older releases stay"},
-     {"--replace", "", "... even over a release of the same version"}}};
+    WithSigning(
+        {{"--product", "FOLDER", "the product's files"},
+         {"--database", "FILE", "the reference database"},
+         {"--scripts", "FOLDER", "the update scripts (*.xml)"},
+         {"--output", "FOLDER", "what the web server offers; older releases stay"},
+         {"--replace", "", "... even over a release of the same version"},
+         {"--no-announce", "", "make the release, but leave the announced one announced"}})};
+inline const tools::Usage kAnnounce = {"announce",
+                                       "VERSION",
+                                       1,
+                                       1,
+                                       "announce a release that has been made",
+                                       WithSigning({kAnnouncingFolder})};
+inline const tools::Usage kRetract = {"retract",
+                                      "",
+                                      0,
+                                      0,
+                                      "announce the release before the announced one again",
+                                      WithSigning({kAnnouncingFolder})};
+inline const tools::Usage kRenew = {"renew",
+                                    "",
+                                    0,
+                                    0,
+                                    "sign the announced release again, for another time",
+                                    WithSigning({kAnnouncingFolder})};
+inline const tools::Usage kKeygen = {
+    "keygen",
+    "KEYFILE",
+    1,
+    1,
+    "make a key: KEYFILE is the secret part, KEYFILE.pub the public one",
+    {{"--password-file", "FILE", "the password is the first line of FILE (else it is asked for)"},
+     {"--no-password", "", "who has KEYFILE can sign"}}};
 inline const tools::Usage kCheck = {
     "check",
     "FOLDER|URL",
     1,
     1,
     "read the announced release as the updater will and report every fault",
-    {{"--from", "VERSION", "... with scripts for databases of this version (3.5.0) on"}}};
+    {{"--from", "VERSION", "... with scripts for databases of this version (3.5.0) on"},
+     {"--key", "KEY", "... as an updater with this public key (or the key in this file) will"}}};
 inline const tools::Usage kDiff = {
     "diff",
     "OLD NEW",
@@ -39,13 +83,30 @@ inline const tools::Usage kDiff = {
     "or its address, or a server's, which stands for the release it announces",
     {}};
 
+inline constexpr const char* kVersionNeeded = "VERSION is four numbers";
+inline constexpr const char* kNeedsSign = "%1 needs --sign";
+inline constexpr const char* kExpiresNeedsDay = "--expires needs a day to come, or days";
+inline constexpr const char* kSerialNeedsNumber = "--serial needs a number above 0";
+inline constexpr const char* kSignsWhatIsAnnounced =
+    "--sign signs what is announced, and --no-announce announces nothing";
+inline constexpr const char* kTwoPasswords = "--no-password and --password-file exclude each other";
 inline constexpr const char* kFromNeedsVersion = "--from needs a version of three numbers";
 
 inline constexpr const char* kFaultCount = "faults: %1\n";
 inline constexpr const char* kNothingPublished = "nothing has been published\n";
+inline constexpr const char* kNothingAnnouncedNow = "nothing has been announced\n";
 inline constexpr const char* kPublished =
     "%1\n  files: %2, dictionaries: %3, user tables: %4, scripts: %5, bytes of a whole download: "
     "%6\n";
+inline constexpr const char* kAnnounced = "announced: %1\n";
+inline constexpr const char* kSignedAs = "signed by the key %1: serial %2, last day %3\n";
+inline constexpr const char* kNotAnnounced =
+    "not announced; tmpublish announce %1 --output %2 does it\n";
+inline constexpr const char* kMadeKey =
+    "secret key: %1\npublic key: %2\n%3\nThe updater takes it by -DTMW_PUBLIC_KEYS=%3 or the "
+    "setting General\\UpdateKeys.\n";
+inline constexpr const char* kWarning = "warning: %1: %2\n";
+inline constexpr const char* kComment = "trusted comment: %1\n";
 inline constexpr const char* kInOrder =
     "release %1 is in order: files: %2, tables: %3, bytes of a whole download: %4\n";
 

@@ -1,21 +1,19 @@
 #include "publish/publisher.h"
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <optional>
 
 #include "foundation/api_errors.h"
 #include "foundation/contract_names.h"
-#include "foundation/encodings.h"
 #include "foundation/file_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
-#include "foundation/version.h"
 #include "ports/file_lock.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
+#include "publish/announcement.h"
 #include "publish/description.h"
 #include "publish/digest.h"
 #include "publish/fault_texts.h"
@@ -106,13 +104,6 @@ std::string ServerList(const Description& description) {
   return text;
 }
 
-// In code page 1251, which the updater assumes for a text without a byte-order mark.
-std::string Encoded(const std::string& text, const std::string& place, Faults& faults) {
-  const auto bytes = tmw::TryUtf8ToCodePage(tmw::CodePage::k1251, text);
-  if (!bytes) faults.Add(place, texts::kOutsideCodePage);
-  return bytes.value_or("");
-}
-
 void RequireInputs(const PublishOptions& options) {
   for (const std::string& folder : {options.product, options.scripts}) {
     if (!tmw::IsFolderExists(folder)) Raise(texts::kNoFolder, folder);
@@ -120,24 +111,6 @@ void RequireInputs(const PublishOptions& options) {
   for (const std::string& file : {options.description, options.database}) {
     if (!tmw::IsFileExists(file)) Raise(texts::kNoFile, file);
   }
-}
-
-std::array<std::int32_t, 4> NumbersOf(const std::string& version) {
-  std::array<std::int32_t, 4> numbers{};
-  std::int32_t count = 0;
-  static_cast<void>(
-      tmw::ParseVersionString(version, numbers[0], numbers[1], numbers[2], numbers[3], count));
-  return numbers;
-}
-
-// Returns whether users may be downloading that release: the digest announces it or a later one, or
-// cannot be read. A release that a killed run has not announced may be replaced.
-bool IsAnnounced(const std::string& root, const std::string& version) {
-  const std::string digest = tmw::JoinPath(root, tmw::names::kDigestFile);
-  if (!tmw::IsFileExists(digest)) return false;
-  Faults ignored;
-  const std::string announced = ReadDigest(tmw::ReadFileToString(digest), ignored).version;
-  return announced.empty() || NumbersOf(announced) >= NumbersOf(version);
 }
 
 PublishedRelease Summary(const Manifest& manifest, std::size_t scripts) {
@@ -172,6 +145,7 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   const std::string place = tmw::JoinPath(root, ReleaseFolder(description.version));
   if (!options.may_replace && tmw::IsFolderExists(place) && IsAnnounced(root, description.version))
     faults.Add(place, texts::kPublishedAlready);
+  if (options.is_announced) CheckMayAnnounce(root, options.signer, faults);
   // Without a version there is no folder to build in.
   if (!IsVersion(description.version, 4)) return {};
 
@@ -186,11 +160,12 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   const std::string digest = Encoded(WriteDigest(builder.Announcement()), texts::kInDigest, faults);
   if (!faults.IsEmpty()) return {};
 
+  KeepForAnnouncing(building.Release(), digest, server_list);
   building.MoveIntoPlace();
-  ReplaceFile(tmw::JoinPath(root, tmw::names::kServerListFile), server_list);
-  ReplaceFile(tmw::JoinPath(root, tmw::names::kDigestFile), digest);
   PublishedRelease made = Summary(builder.Content(), scripts.size());
   made.folder = building.Place();
+  if (options.is_announced)
+    made.announcement = Announce(root, description.version, options.signer, faults);
   return made;
 }
 

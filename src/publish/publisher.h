@@ -4,18 +4,21 @@
 #include <cstdint>
 #include <string>
 
+#include "publish/announcement.h"
 #include "publish/faults.h"
 #include "tools/progress.h"
 
 namespace publish {
 
 struct PublishOptions {
-  std::string description;   // the file
-  std::string product;       // the folder of the product's files
-  std::string database;      // the reference database
-  std::string scripts;       // the folder of the update scripts
-  std::string output;        // the folder that the web server offers
-  bool may_replace = false;  // even if a release of this version is announced, or was before
+  std::string description;         // the file
+  std::string product;             // the folder of the product's files
+  std::string database;            // the reference database
+  std::string scripts;             // the folder of the update scripts
+  std::string output;              // the folder that the web server offers
+  bool may_replace = false;        // even if a release of this version is announced, or was before
+  bool is_announced = true;        // else the release waits for AnnounceNewer
+  const Signer* signer = nullptr;  // of the announcement; null: it is not signed
 };
 
 // A release that has been made.
@@ -27,6 +30,7 @@ struct PublishedRelease {
   std::size_t user_tables = 0;
   std::size_t scripts = 0;
   std::int64_t volume = 0;  // bytes a first installation downloads
+  Announcement announcement;
 };
 
 // Makes a release, or none if there are faults. The same input gives the same bytes.

@@ -210,7 +210,8 @@ void ReleaseBuilder::AddUpdater(const std::string& product_folder, Faults& fault
   std::set<std::string> taken;
   for (const std::string& name :
        {std::string(tmw::names::kManifestPackage), kScriptsPackage, kStructuresPackage,
-        std::string(kListing), std::string(kFilesFolder)})
+        std::string(kListing), std::string(kAnnouncement), std::string(kServers),
+        std::string(kFilesFolder)})
     taken.insert(tmw::LowerCase(name));
   for (const TableRecord& table : manifest_.tables)
     taken.insert(tmw::LowerCase(TablePackage(table.name)));

@@ -102,7 +102,7 @@ std::vector<std::string> Sample::Publish() const {
 std::vector<std::string> Sample::Check(const std::string& place, const std::string& from) {
   tools::Progress progress(false);
   publish::Faults faults;
-  publish::CheckRelease(place, from, progress, faults);
+  publish::CheckRelease(place, {from, {}}, progress, faults);
   return Lines(faults);
 }
 

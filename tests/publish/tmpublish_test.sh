@@ -63,13 +63,45 @@ done
 expect 0 "^Exit codes: 0 done" --help
 expect 0 "^      --from VERSION" check --help
 { "$tmpublish" check нет --json 2>errors || true; } | python3 -m json.tool >output
+
+# Signatures, made and verified beside the program minisign.
+expect 0 "^public key: maker.key.pub$" keygen --no-password maker.key
+expect 3 "" keygen --no-password maker.key
+errors 'It exists already: "maker.key"'
+[ "$(stat -c %a maker.key)" = 600 ]
+expect 0 "^signed by the key [0-9A-F]{16}: serial 1, last day " renew --output server --sign maker.key
+name=TMW_version.dat.$(sha256sum server/TMW_version.dat | head -c 16).minisig
+for file in "$name" TMW_version.dat.minisig; do
+  minisign -Vqm server/TMW_version.dat -x "server/$file" -p maker.key.pub
+done
+expect 0 "^trusted comment: TMW 3.6.0.3 serial:1 expires:" check server --key maker.key.pub
+minisign -G -W -p other.pub -s other.key >output
+expect 1 "is of the key .*, which is not given" check server --key "$(tail -n 1 other.pub)"
+minisign -S -s other.key -m server/TMW_version.dat -x "server/$name" -t "by hand"
+expect 0 "^trusted comment: by hand$" check server --key other.pub
+expect 0 '"serial":9,"expires":"2[0-9-]*","key":"[0-9A-F]{16}"' renew --output server --sign other.key --serial 9 --expires 20 --json
+expect 0 "^warning: TMW_version.dat: It expires on 2" check server --key other.pub
+expect 1 "sign this one too" announce 3.6.0.3 --output server
+expect 1 "retract announces an older one" announce 3.6.0.2 --output server --sign maker.key
+expect 0 "^announced: 3.6.0.2$" retract --output server --sign maker.key
+expect 1 "There is no older release" retract --output server --sign maker.key
+expect 0 "^announced: 3.6.0.3$" announce 3.6.0.3 --output server --sign maker.key
+expect 0 "tmpublish announce 3.6.0.3 --output server does it" "${publish[@]}" --replace --no-announce
+for wrong in "renew --output server" "publish release.xml --sign k --no-announce" "announce 3 --output server" \
+  "retract --output server --expires 9" "retract --output server --sign k --expires 2020-01-01" \
+  "retract --output server --sign k --serial 0" "keygen k --no-password --password-file p"; do
+  # shellcheck disable=SC2086
+  expect 2 "" $wrong
+done
+expect 3 "" check server --key нет
+errors 'No public key, and no file of one: "нет"'
 sed 's/3.6.0.3/3.6.0.4/' release.xml >newest.xml
 head -c 100M /dev/zero >product/large
-"$tmpublish" "${publish[@]/release.xml/newest.xml}" 2>errors &
+"$tmpublish" "${publish[@]/release.xml/newest.xml}" --sign maker.key 2>errors &
 until [ -e server/TMW_3.6.0.4.new/work ]; do sleep 0.01; done
 kill $!
 if wait $! || [ $? != 3 ]; then echo "FAILED: a stopped run"; exit 1; fi
 errors "Stopped"
-[ "$(ls server | wc -l)" = 4 ]
+[ "$(ls server | grep -cv minisig)" = 4 ]
 [ -z "$(ls -A tmp)" ] || { echo "FAILED: files were left in the folder for temporary files"; exit 1; }
 echo "tmpublish: done"

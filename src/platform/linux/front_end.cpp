@@ -9,9 +9,9 @@
 
 namespace platform {
 
-std::unique_ptr<ports::FrontEnd> MakeFrontEnd() {
+std::unique_ptr<ports::FrontEnd> MakeFrontEnd(bool in_terminal) {
   const char* wanted = std::getenv("TMW_FRONT_END");
-  if (wanted == nullptr || std::string_view(wanted) != "terminal") {
+  if (!in_terminal && (wanted == nullptr || std::string_view(wanted) != "terminal")) {
     if (auto windows = TryMakeQtFrontEnd()) return windows;
   }
   return MakeTerminalFrontEnd();

@@ -57,7 +57,7 @@ class WindowsFrontEnd final : public ports::FrontEnd {
 
 }  // namespace
 
-std::unique_ptr<ports::FrontEnd> MakeFrontEnd() {
+std::unique_ptr<ports::FrontEnd> MakeFrontEnd(bool /*in_terminal*/) {
   return std::make_unique<WindowsFrontEnd>();
 }
 

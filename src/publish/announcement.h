@@ -1,0 +1,52 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "publish/digest.h"
+#include "publish/faults.h"
+#include "publish/signer.h"
+
+// The digest in the root of a server's folder: which of the releases there is announced. A signed
+// announcement consists of three files, put in place in this order: the signature under the name
+// that holds the digest's hash, the digest, and a copy of the signature for people.
+namespace publish {
+
+struct Announcement {
+  std::string version;  // empty if nothing has been announced
+  std::optional<SignedPart> signed_part;
+  std::string key_id;  // of a signed one
+};
+
+// Keeps in a release's folder what its announcement needs. Both are the bytes of files.
+void KeepForAnnouncing(const std::string& release_folder, const std::string& digest,
+                       const std::string& server_list);
+
+// Checks what can be checked before a release is built: signed announcements are followed by signed
+// ones only, with a higher serial. signer: null for none.
+void CheckMayAnnounce(const std::string& root, const Signer* signer, Faults& faults);
+
+// Announces a release that is there, and its list of servers. Nothing is announced if there are
+// faults: its manifest and the updater's files must be those that were published.
+Announcement Announce(const std::string& root, const std::string& version, const Signer* signer,
+                      Faults& faults);
+
+// The same for a release that is not older than the announced one.
+Announcement AnnounceNewer(const std::string& root, const std::string& version,
+                           const Signer* signer, Faults& faults);
+
+// Announces the newest release that is older than the announced one. The list of servers stays.
+Announcement Retract(const std::string& root, const Signer* signer, Faults& faults);
+
+// Announces the announced release once more: a new signature, serial and last day.
+Announcement Renew(const std::string& root, const Signer& signer, Faults& faults);
+
+// Returns whether users may be downloading that release: the digest announces it or a later one, or
+// cannot be read. A release that a killed run has not announced may be replaced.
+bool IsAnnounced(const std::string& root, const std::string& version);
+
+// Text in code page 1251, which the updater assumes without a byte-order mark. What does not fit is
+// a fault.
+std::string Encoded(const std::string& text, const std::string& place, Faults& faults);
+
+}  // namespace publish
