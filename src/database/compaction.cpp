@@ -36,7 +36,6 @@ void PackDataBase(const std::string& path) try {
   const std::string packed = path + std::string(names::kPackingEnding);
   DeleteFile(packed);
   ports::CurrentPorts().database->CompactDatabase(path, packed);
-  DeleteFileRepeatedly(path);
   MoveFile(packed, path);
 } catch (...) {
   ReRaiseError(kRunModule, "PackDataBase");

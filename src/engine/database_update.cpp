@@ -16,10 +16,7 @@ namespace {
 
 void PlaceReferenceDatabase(const std::string& built) {
   const std::string installed = InstalledReferencePath();
-  if (IsFileExists(installed)) {
-    CopyRights(installed, built);
-    DeleteFileRepeatedly(installed);
-  }
+  if (IsFileExists(installed)) CopyRights(installed, built);
   CopyFile(built, installed);
   DeleteFile(built);
 }
@@ -30,7 +27,6 @@ void PlaceScripts(const std::string& folder) {
   if (!IsFolderExists(installed)) return;
   for (const std::string& name :
        CollectFileNamesInFolder(folder, std::string(names::kScriptMask))) {
-    DeleteFile(JoinPath(installed, name));
     CopyFile(JoinPath(folder, name), JoinPath(installed, name));
   }
 }

@@ -28,8 +28,6 @@ constexpr const char* kGrowingEnding = ".copying";
 // target's own name does.
 constexpr std::size_t kLongestNameTaken = 200;
 
-constexpr int kRenameAttempts = 50;
-
 ports::FileSystem& Files() {
   return *ports::CurrentPorts().files;
 }
@@ -81,7 +79,7 @@ Status CopyBytes(ports::File& source, ports::File& target, const CopyCheck& chec
 }
 
 Status CopyContent(ports::File& source, const std::string& target, const CopyCheck& check) {
-  const auto opened = Files().Open(target, ports::FileMode::kCreateNew);
+  const auto opened = OpenPatiently(target, ports::FileMode::kCreateNew);
   if (!opened) return opened.ToStatus();
   ports::File& file = *opened.value;
   if (const Status copied = CopyBytes(source, file, check); !copied) return copied;
@@ -90,7 +88,7 @@ Status CopyContent(ports::File& source, const std::string& target, const CopyChe
 }
 
 Status RenamePatiently(const std::string& from, const std::string& to) {
-  return TryPatiently(kRenameAttempts, [&] { return Files().Rename(from, to); });
+  return TryPatiently(kPatientAttempts, [&] { return Files().Rename(from, to); });
 }
 
 Status FlushFolderOf(const std::string& path) {
@@ -117,7 +115,7 @@ Status CopySafely(ports::File& source, const std::string& source_path, const std
 
 bool CopyFileChecked(const std::string& source, const std::string& target,
                      const CopyCheck& check) try {
-  const auto opened = Files().Open(source, ports::FileMode::kRead);
+  const auto opened = OpenPatiently(source, ports::FileMode::kRead);
   if (!opened) RaiseApiErrorWithMessage(texts::Failed(texts::kOpening, source), opened.code);
   bool is_good = true;
   const Status status = CopySafely(*opened.value, source, target, check, is_good);

@@ -28,7 +28,7 @@ constexpr char16_t kUtf16Mark = 0xFEFF;
 constexpr std::size_t kReadBytes = std::size_t{64} << 10;
 
 constexpr int kDeleteAttempts = 40;
-constexpr int kPatientAttempts = 10;
+constexpr int kPatientDeleteAttempts = 10;
 constexpr std::int32_t kDeleteIntervalMs = 100;
 constexpr std::int32_t kLastDeleteIntervalMs = 1000;
 
@@ -41,7 +41,7 @@ ports::FileSystem& Files() {
 }
 
 ports::FileFacts Examine(const std::string& path) {
-  const auto facts = Files().Examine(path);
+  const auto facts = TryPatiently(kPatientAttempts, [&] { return Files().Examine(path); });
   if (!facts) RaiseAccessError(path, facts.code);
   return facts.value;
 }
@@ -123,7 +123,7 @@ std::int64_t GetFileLength(const std::string& path) try {
 }
 
 std::string ReadFileBytes(const std::string& path) try {
-  const auto opened = Files().Open(path, ports::FileMode::kRead);
+  const auto opened = OpenPatiently(path, ports::FileMode::kRead);
   if (!opened) RaiseApiErrorWithMessage(texts::Failed(texts::kOpening, path), opened.code);
   std::string bytes;
   for (;;) {
@@ -177,7 +177,7 @@ bool TryCreateFolderIfAbsent(const std::string& path, std::string& error_text) {
 }
 
 void CreateEmptyFile(const std::string& path) try {
-  const auto opened = Files().Open(path, ports::FileMode::kWriteNew);
+  const auto opened = OpenPatiently(path, ports::FileMode::kWriteNew);
   const ports::Status closed = opened ? opened.value->Close() : opened.ToStatus();
   if (!closed) RaiseApiErrorWithMessage(texts::Failed(texts::kCreating, path), closed.code);
 } catch (...) {
@@ -185,7 +185,7 @@ void CreateEmptyFile(const std::string& path) try {
 }
 
 ports::Status WriteFileBytes(const std::string& path, std::string_view bytes) {
-  const auto opened = Files().Open(path, ports::FileMode::kWriteNew);
+  const auto opened = OpenPatiently(path, ports::FileMode::kWriteNew);
   if (!opened) return opened.ToStatus();
   ports::File& file = *opened.value;
   if (const auto written = file.Write(bytes.data(), bytes.size()); !written) return written;
@@ -195,7 +195,8 @@ ports::Status WriteFileBytes(const std::string& path, std::string_view bytes) {
 
 bool DeleteFile(const std::string& path, bool is_quiet) try {
   if (is_quiet) return RemoveIfThere(path).ok;
-  const ports::Status status = TryPatiently(kPatientAttempts, [&] { return RemoveIfThere(path); });
+  const ports::Status status =
+      TryPatiently(kPatientDeleteAttempts, [&] { return RemoveIfThere(path); });
   if (!status) RaiseDeleteError(path, status.code);
   return true;
 } catch (...) {

@@ -190,7 +190,6 @@ void InetFileDownloader::CommitPartFile(const std::string& part_name,
   OpenForAppending(part_file, part_name);
   part_file.Flush();
   part_file.CloseHandle();
-  DeleteFile(target_name);
   MoveFile(part_name, target_name);
 } catch (...) {
   ReRaiseError(kModule, "CommitPartFile");

@@ -34,7 +34,9 @@ class FaultyFileSystem final : public ports::FileSystem {
 
   // Bytes that all writers together may still write; then kDiskFull.
   std::optional<std::size_t> write_budget;
-  // Answers of the next renames and removals; code 0 lets one through.
+  // Answers of the next calls of a kind; code 0 lets one through.
+  std::deque<Code> examine_codes;
+  std::deque<Code> open_codes;
   std::deque<Code> rename_codes;
   std::deque<Code> remove_codes;
   // Changes of the disk that still succeed; then all fail with kBroken, as for a process that dies,
@@ -49,10 +51,14 @@ class FaultyFileSystem final : public ports::FileSystem {
   explicit FaultyFileSystem(ports::FileSystem& real) : real_(real) {}
 
   char Separator() const override { return real_.Separator(); }
-  Outcome<ports::FileFacts> Examine(const Path& path) override { return real_.Examine(path); }
+  Outcome<ports::FileFacts> Examine(const Path& path) override {
+    const Code code = Next(examine_codes);
+    return code != 0 ? Outcome<ports::FileFacts>::Failure(code) : real_.Examine(path);
+  }
   Outcome<FilePointer> Open(const Path& path, ports::FileMode mode) override {
     if (mode != ports::FileMode::kRead && !TakeChange())
       return Outcome<FilePointer>::Failure(kBroken);
+    if (const Code code = Next(open_codes); code != 0) return Outcome<FilePointer>::Failure(code);
     auto opened = real_.Open(path, mode);
     if (opened) opened.value = std::make_unique<FaultyFile>(*this, std::move(opened.value));
     return opened;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 
 #include "foundation/file_utils.h"
 #include "tests/fakes/faulty_file_system.h"
@@ -96,6 +97,23 @@ TEST_F(FileFaults, ATargetThatIsHeldForAMomentIsWaitedFor) {
   CopyFile(source_, target_);
   ExpectContents(true, content_, "");
   EXPECT_EQ(clock_.sleeps, (std::vector<std::int32_t>{100, 100}));
+}
+
+TEST_F(FileFaults, LookingOpeningAndCreatingAreAsPatientAsRenaming) {
+  const std::pair<std::deque<F::Code> F::*, std::function<void()>> actions[] = {
+      {&F::examine_codes, [&] { EXPECT_TRUE(IsFileExists(source_)); }},
+      {&F::open_codes, [&] { EXPECT_EQ(ReadFileBytes(source_), content_); }},
+      {&F::open_codes, [&] { CreateEmptyFile(box_.Path("пустой")); }},
+      {&F::open_codes, [&] { EXPECT_TRUE(WriteFileBytes(box_.Path("пустой"), "1")); }},
+      {&F::open_codes, [&] { CopyFile(source_, target_); }}};
+  for (const auto& [codes, action] : actions) {
+    clock_.sleeps.clear();
+    (files_.*codes).assign(49, F::kBusy);
+    action();
+    EXPECT_EQ(clock_.sleeps, std::vector<std::int32_t>(49, 100));
+  }
+  files_.open_codes.assign(50, F::kBusy);
+  EXPECT_EQ(tests::Caught([&] { ReadFileBytes(source_); }).Number, F::kBusy);
 }
 
 TEST_F(FileFaults, AMoveToAnotherFileSystemCopiesFirstAndDeletesLast) {

@@ -22,7 +22,8 @@ constexpr DWORD kRenameInterval = 100;  // milliseconds
 
 bool MeansBusy(DWORD code) {
   return code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION ||
-         code == ERROR_ACCESS_DENIED;
+         code == ERROR_ACCESS_DENIED || code == ERROR_DELETE_PENDING ||
+         code == ERROR_USER_MAPPED_FILE;
 }
 
 std::wstring Wide(const std::string& path) {

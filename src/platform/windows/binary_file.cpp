@@ -1,5 +1,6 @@
 #include "platform/factories.h"
 
+#include "platform/windows/file_codes.h"
 #include "platform/windows/handles.h"
 #include "platform/windows/native_path.h"
 #include "platform/windows/windows_headers.h"
@@ -8,7 +9,7 @@
 namespace platform {
 namespace {
 
-constexpr int kOpenAttempts = 10;
+constexpr int kOpenAttempts = 50;
 constexpr DWORD kOpenInterval = 100;  // milliseconds
 
 class WindowsBinaryFile final : public ports::BinaryFileHandle {
@@ -60,7 +61,7 @@ class WindowsBinaryFiles final : public ports::BinaryFiles {
           CreateFileW(name.c_str(), access, share_mode, nullptr, disposition, flags, nullptr));
       if (handle) return Result::Success(std::make_unique<WindowsBinaryFile>(std::move(handle)));
       const ports::SystemCode code = LastError();
-      if (code != ERROR_SHARING_VIOLATION || attempt == kOpenAttempts) return Result::Failure(code);
+      if (!MayPass(code) || attempt == kOpenAttempts) return Result::Failure(code);
       Sleep(kOpenInterval);
     }
   }

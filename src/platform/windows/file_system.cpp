@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "platform/windows/file_codes.h"
 #include "platform/windows/handles.h"
 #include "platform/windows/native_path.h"
 #include "platform/windows/wide.h"
@@ -272,10 +273,7 @@ class WindowsFileSystem final : public ports::FileSystem {
     return code == ERROR_NOT_SAME_DEVICE;
   }
 
-  bool MeansBusy(ports::SystemCode code) const override {
-    return code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION ||
-           code == ERROR_ACCESS_DENIED;
-  }
+  bool MeansBusy(ports::SystemCode code) const override { return MayPass(code); }
 };
 
 }  // namespace

@@ -68,7 +68,6 @@ TEST_F(WinInet, ASeekCountsOnceBytesFromThereHaveArrived) {
       {"bytes from there", {}, "ABCD", {"open", "seek", "read"}, "ABCD456789"},
       {"nothing left", {}, "ABCDEFGHIJ", {"open"}, "ABCDEFGHIJ"},
       {"an empty part", {}, "", {"open", "read"}, ""},
-      {"more than the whole", {}, "ABCDEFGHIJK", {"open", "open anew", "read"}, ""},
       {"refused", {ERROR_INTERNET_INVALID_OPERATION}, "ABCD", begins_anew, ""},
       {"another position", {0, -4}, "ABCD", begins_anew, ""},
       {"no read", {0, 0, ERROR_INTERNET_CONNECTION_RESET}, "ABCD", fails_behind, ""},
