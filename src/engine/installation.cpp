@@ -38,13 +38,6 @@ void ShowNotRegistered(std::vector<std::string> reasons) {
               engine_texts::UnchangedNotRegistered(Joined(reasons, kCrLf), unnamed));
 }
 
-void CleanupFolder(const std::string& folder) {
-  if (folder.empty() || !IsFolderExists(folder)) return;
-  DeleteFiles(JoinPath(folder, "*.*"), true);
-  DeleteFiles(JoinPath(folder, "*"), true);
-  static_cast<void>(ports::CurrentPorts().files->RemoveFolder(folder));
-}
-
 }  // namespace
 
 Installation::Installation(const Manifest& manifest, const ReleasePaths& release,
@@ -99,7 +92,7 @@ void Installation::CleanupTempFolders() {
   is_under_way_ = false;
   for (const std::string& folder : {release_.Structures, release_.Scripts, release_.Loaded,
                                     release_.Parts, release_.Folder, temp_dir_}) {
-    CleanupFolder(folder);
+    DeleteFolderTree(folder);
   }
   events_.OnSetMainAction("");
 }

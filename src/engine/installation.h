@@ -33,7 +33,8 @@ class Installation {
   // earlier run was interrupted, since its failures to register were shown once and for all then.
   bool InstallNewFiles();
 
-  // Ends the installation: removes its marks and the folders of the release and of the run.
+  // Ends the installation: removes its marks and everything in the temporary folder of the run,
+  // what other releases have left there included.
   void CleanupTempFolders();
 
   // True from the first change until clean-up.

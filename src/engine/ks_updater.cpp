@@ -13,6 +13,7 @@
 #include "engine/update_list.h"
 #include "engine/user_database.h"
 #include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
 #include "services/run_module.h"
 #include "services/updater_settings.h"
 
@@ -101,7 +102,10 @@ bool KsUpdater::ReplaceUpdater() {
 
 bool KsUpdater::HasWork() {
   // An interrupted installation is completed even if every file already is the new one.
-  return IsInstallationInterrupted(temp_dir_) || tmw::HasWork(need_, is_client_);
+  if (IsInstallationInterrupted(temp_dir_) || tmw::HasWork(need_, is_client_)) return true;
+  // A run may have been killed while it cleaned up.
+  DeleteFolderTree(temp_dir_);
+  return false;
 }
 
 bool KsUpdater::LookBeforeDownload() try {

@@ -6,6 +6,7 @@
 #include "engine/interruption_mark.h"
 #include "engine/run_messages.h"
 #include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
 #include "foundation/version.h"
 #include "ports/ports.h"
 #include "ports/product_version.h"
@@ -26,7 +27,10 @@ bool Compare(const std::string& installed, const std::string& offered,
       return true;
     case 0:
       // The file that holds the version may have been installed before the interruption.
-      return IsInstallationInterrupted(temp_dir) || AskForRepair(installed);
+      if (IsInstallationInterrupted(temp_dir) || AskForRepair(installed)) return true;
+      // Of releases that nobody installs any more.
+      DeleteFolderTree(temp_dir);
+      return false;
     case 1:
       SetRunOutcome(RunOutcome::kRefused);
       ShowInformation(box_titles::kUpdateImpossible,

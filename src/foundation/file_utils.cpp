@@ -225,6 +225,22 @@ bool DeleteFiles(const std::string& mask_path, bool is_quiet) {
   }
 }
 
+void DeleteFolderTree(const std::string& folder) {
+  ports::FileSystem& files = *ports::CurrentPorts().files;
+  const auto entries = files.List(folder);
+  if (!folder.empty() && entries) {
+    for (const ports::FolderEntry& entry : entries.value) {
+      const std::string path = JoinPath(folder, entry.name);
+      // Systems differ in which call removes a link to a folder; neither touches its target.
+      if (files.RemoveFile(path) || files.RemoveFolder(path)) continue;
+      const auto followed = files.FollowLinks(path);
+      const bool is_link = !followed || followed.value != path;
+      if (entry.kind == ports::FileKind::kFolder && !is_link) DeleteFolderTree(path);
+    }
+  }
+  static_cast<void>(files.RemoveFolder(folder));
+}
+
 void DeleteFileRepeatedly(const std::string& path) try {
   ports::Clock& clock = *ports::CurrentPorts().clock;
   for (int attempt = 0; attempt < kDeleteAttempts; ++attempt) {

@@ -61,6 +61,10 @@ bool DeleteFile(const std::string& path, bool is_quiet = false);
 // are tried; then the first failure is raised or, if quiet, false is returned.
 bool DeleteFiles(const std::string& mask_path, bool is_quiet = false);
 
+// Deletes a folder with everything in it, as far as that is possible; nothing is reported. Links in
+// it are deleted, not followed.
+void DeleteFolderTree(const std::string& folder);
+
 // Gives another program that holds the file about 5 seconds to release it: 40 quiet attempts 100 ms
 // apart, then one more after another second, whose failure is raised.
 void DeleteFileRepeatedly(const std::string& path);

@@ -86,6 +86,31 @@ TEST_F(RunTest, AClientInstallationIsBroughtUpToDate) {
   EXPECT_EQ(tmw::GetRunOutcome(), RunOutcome::kDone);
 }
 
+// Also after a kill inside clean-up, when there is nothing to install any more.
+TEST_F(RunTest, WhatAbandonedReleasesHaveLeftIsRemovedOnceNothingIsToBeInstalled) {
+  Publish();
+  sandbox_.Write("own/books", "the user's own");
+  const auto run_over_leftovers = [&] {
+    for (const char* const name : {"R 1/Parts/a.part", "R 1/DBUpdates/sub/b.xml", "page.dat"})
+      sandbox_.Write("tmp/TMW_WebUpdate/" + std::string(name), "left");
+    if (!kOnWindows) {
+      std::filesystem::create_directory_symlink(ToPath(Path("own")),
+                                                ToPath(Path("tmp/TMW_WebUpdate/R 1/link")));
+    }
+    front_end_.answers = {old_version_.empty()};
+    const auto boxes = Run().size();
+    EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate"));
+    EXPECT_EQ(boxes, 1U);
+  };
+  run_over_leftovers();
+  EXPECT_TRUE(updated_);
+  run_over_leftovers();
+  EXPECT_FALSE(updated_);
+  old_version_ = "3.6.0.2";
+  run_over_leftovers();
+  EXPECT_EQ(sandbox_.Read("own/books"), "the user's own");
+}
+
 TEST_F(RunTest, ASecondRunAfterACancelFetchesOnlyTheRest) {
   Publish();
   cancel_at_ = "sub " + server_.Url("/TMW_3.6.0.2/f2.tmz");
