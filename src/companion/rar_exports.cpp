@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <exception>
 
+#include "companion/boundary.h"
 #include "companion/exports.h"
 #include "companion/os.h"
 #include "companion/rar/archive.h"
@@ -22,18 +22,15 @@ std::unique_ptr<os::ReadableFile> OpenVolume(const std::string& path) {
   return os::OpenForReading(path, error);
 }
 
-// No exception may cross the interface.
 template <typename Action>
 std::int32_t Guarded(Action action) noexcept {
-  try {
-    return action();
-  } catch (const rar::Failure& failure) {
-    return failure.code;
-  } catch (const std::bad_alloc&) {
-    return ports::kRarNoMemory;
-  } catch (const std::exception&) {
-    return ports::kRarUnknown;
-  }
+  return WithoutExceptions<std::int32_t>(ports::kRarNoMemory, ports::kRarUnknown, [&] {
+    try {
+      return static_cast<std::int32_t>(action());
+    } catch (const rar::Failure& failure) {
+      return static_cast<std::int32_t>(failure.code);
+    }
+  });
 }
 
 void SetCallback(OpenedArchive& opened, ports::RarCallback callback, std::intptr_t user_data) {
@@ -49,13 +46,30 @@ void SetCallback(OpenedArchive& opened, ports::RarCallback callback, std::intptr
   });
 }
 
-OpenedArchive* Open(const std::string& path, std::uint32_t mode, std::uint32_t& result) {
+std::string PathOf(const ports::RAROpenArchiveData& record) {
+  return FromOem(record.ArcName);
+}
+
+std::string PathOf(const ports::RAROpenArchiveDataEx& record) {
+  const bool has_wide_name = record.ArcNameW != nullptr && record.ArcNameW[0] != 0;
+  return has_wide_name ? FromUnits(record.ArcNameW) : FromOem(record.ArcName);
+}
+
+// Fills the result of either open record.
+template <typename Record, typename Prepare>
+OpenedArchive* Open(Record& record, Prepare prepare) {
   std::unique_ptr<OpenedArchive> opened;
-  result = static_cast<std::uint32_t>(Guarded([&] {
-    opened = std::make_unique<OpenedArchive>(
-        OpenedArchive{rar::Archive(path, mode == ports::kRarExtract, OpenVolume)});
+  record.CmtSize = 0;
+  record.CmtState = 0;
+  const std::int32_t result = Guarded([&] {
+    const bool extracts = record.OpenMode == ports::kRarExtract;
+    auto archive = std::make_unique<OpenedArchive>(
+        OpenedArchive{rar::Archive(PathOf(record), extracts, OpenVolume)});
+    prepare(*archive);
+    opened = std::move(archive);
     return ports::kRarOk;
-  }));
+  });
+  record.OpenResult = static_cast<std::uint32_t>(result);
   return opened.release();
 }
 
@@ -119,18 +133,19 @@ void FillExtended(const rar::Archive& archive, ports::RARHeaderDataEx& record) {
   record.MtimeHigh = High(ticks);
 }
 
-int Process(ports::RarHandle handle, int operation, const std::string& folder,
-            const std::string& name) {
+// The folder and the name are converted by the given function.
+template <typename Text, typename Convert>
+int Process(ports::RarHandle handle, int operation, Text folder, Text name, Convert convert) {
   if (handle == nullptr) return ports::kRarUnknown;
-  rar::Archive& archive = FromHandle(handle)->archive;
   return Guarded([&] {
+    rar::Archive& archive = FromHandle(handle)->archive;
     switch (operation) {
       case ports::kRarSkip:
         return archive.Skip();
       case ports::kRarTest:
         return archive.Test();
       default:
-        return archive.Extract(folder, name);
+        return archive.Extract(convert(folder), convert(name));
     }
   });
 }
@@ -143,23 +158,15 @@ using ports::RarHandle;
 
 ports::RarHandle COMPANION_CALL RAROpenArchive(ports::RAROpenArchiveData* record) {
   if (record == nullptr) return nullptr;
-  record->CmtSize = 0;
-  record->CmtState = 0;
-  return companion::Open(companion::FromOem(record->ArcName), record->OpenMode, record->OpenResult);
+  return companion::Open(*record, [](companion::OpenedArchive&) {});
 }
 
 ports::RarHandle COMPANION_CALL RAROpenArchiveEx(ports::RAROpenArchiveDataEx* record) {
   if (record == nullptr) return nullptr;
-  const bool has_wide_name = record->ArcNameW != nullptr && record->ArcNameW[0] != 0;
-  const std::string path =
-      has_wide_name ? companion::FromUnits(record->ArcNameW) : companion::FromOem(record->ArcName);
-  record->CmtSize = 0;
-  record->CmtState = 0;
-  auto* const opened = companion::Open(path, record->OpenMode, record->OpenResult);
-  if (opened == nullptr) return nullptr;
-  record->Flags = opened->archive.Flags();
-  companion::SetCallback(*opened, record->Callback, record->UserData);
-  return opened;
+  return companion::Open(*record, [record](companion::OpenedArchive& opened) {
+    record->Flags = opened.archive.Flags();
+    companion::SetCallback(opened, record->Callback, record->UserData);
+  });
 }
 
 int COMPANION_CALL RARReadHeader(ports::RarHandle handle, ports::RARHeaderData* header) {
@@ -185,19 +192,21 @@ int COMPANION_CALL RARReadHeaderEx(ports::RarHandle handle, ports::RARHeaderData
 
 int COMPANION_CALL RARProcessFile(ports::RarHandle handle, int operation, const char* folder,
                                   const char* name) {
-  return companion::Process(handle, operation, companion::FromOem(folder),
-                            companion::FromOem(name));
+  return companion::Process(handle, operation, folder, name, companion::FromOem);
 }
 
 int COMPANION_CALL RARProcessFileW(ports::RarHandle handle, int operation, const char16_t* folder,
                                    const char16_t* name) {
-  return companion::Process(handle, operation, companion::FromUnits(folder),
-                            companion::FromUnits(name));
+  return companion::Process(handle, operation, folder, name, companion::FromUnits);
 }
 
 void COMPANION_CALL RARSetCallback(ports::RarHandle handle, ports::RarCallback callback,
                                    std::intptr_t user_data) {
-  if (handle != nullptr) companion::SetCallback(*FromHandle(handle), callback, user_data);
+  if (handle == nullptr) return;
+  companion::Guarded([&] {
+    companion::SetCallback(*FromHandle(handle), callback, user_data);
+    return ports::kRarOk;
+  });
 }
 
 void COMPANION_CALL RARSetPassword(ports::RarHandle /*handle*/, const char* /*password*/) {}

@@ -1,5 +1,4 @@
-#include <new>
-
+#include "companion/boundary.h"
 #include "companion/exports.h"
 #include "companion/os.h"
 #include "companion/text_forms.h"
@@ -8,11 +7,8 @@ namespace companion {
 namespace {
 
 std::int32_t Call(const char* path, const char* entry_point) noexcept {
-  try {
-    return os::CallLibrary(FromAnsi(path), entry_point);
-  } catch (const std::bad_alloc&) {
-    return os::OutOfMemoryCode();
-  }
+  return WithoutExceptions(os::OutOfMemoryCode(), os::DamagedDataCode(),
+                           [&] { return os::CallLibrary(FromAnsi(path), entry_point); });
 }
 
 }  // namespace

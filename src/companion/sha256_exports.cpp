@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "companion/boundary.h"
 #include "companion/exports.h"
 #include "companion/os.h"
 #include "companion/text_forms.h"
@@ -58,14 +59,11 @@ bool CheckTrailer(const std::string& path, os::ErrorCode& error) {
 template <typename Action>
 std::int32_t WithLastError(Action action) noexcept {
   os::ErrorCode error = 0;
-  bool succeeded = false;
-  try {
-    succeeded = action(error);
-  } catch (const std::bad_alloc&) {
-    error = os::OutOfMemoryCode();
-  }
-  if (!succeeded) os::SetLastErrorCode(error);
-  return succeeded ? 1 : 0;
+  const int result = WithoutExceptions(-1, -2, [&] { return action(error) ? 1 : 0; });
+  if (result == -1) error = os::OutOfMemoryCode();
+  if (result == -2) error = os::DamagedDataCode();
+  if (result != 1) os::SetLastErrorCode(error);
+  return result == 1 ? 1 : 0;
 }
 
 }  // namespace

@@ -2,10 +2,9 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <exception>
-#include <new>
 #include <optional>
 
+#include "companion/boundary.h"
 #include "companion/exports.h"
 #include "companion/text_forms.h"
 #include "companion/zip/zip_command.h"
@@ -135,17 +134,16 @@ int COMPANION_CALL ZpInit(ports::ZpFunctions* functions) {
 
 int COMPANION_CALL ZpSetOptions(ports::ZpOptions* options) {
   if (options == nullptr) return 0;
-  companion::ZipState& state = companion::State();
-  try {
+  return companion::WithoutExceptions(0, 0, [&] {
+    companion::ZipState& state = companion::State();
+    state.options = {};  // a failure leaves no pointers to texts of before
     ports::ZpOptions kept = *options;
     kept.Date = companion::Keep(state.date, options->Date);
     kept.RootDir = companion::Keep(state.root_folder, options->RootDir);
     kept.TempDir = companion::Keep(state.temporary_folder, options->TempDir);
     state.options = kept;
-  } catch (const std::bad_alloc&) {
-    return 0;
-  }
-  return 1;
+    return 1;
+  });
 }
 
 ports::ZpOptions* COMPANION_CALL ZpGetOptions() {
@@ -153,11 +151,6 @@ ports::ZpOptions* COMPANION_CALL ZpGetOptions() {
 }
 
 int COMPANION_CALL ZpArchive(ports::ZpCommand command) {
-  try {
-    return companion::Run(command);
-  } catch (const std::bad_alloc&) {
-    return ports::kZipNoMemory;
-  } catch (const std::exception&) {
-    return ports::kZipInternal;
-  }
+  return companion::WithoutExceptions<int>(ports::kZipNoMemory, ports::kZipInternal,
+                                           [&] { return companion::Run(command); });
 }

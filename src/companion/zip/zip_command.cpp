@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "companion/boundary.h"
 #include "companion/rar/block.h"
 #include "companion/zip/content_source.h"
 #include "companion/zip/failure.h"
@@ -16,7 +17,12 @@ namespace {
 class NewZip {
  public:
   explicit NewZip(std::string path) : path_(std::move(path)) {
-    file_ = os::CreateTemporaryBeside(path_, temporary_);
+    try {
+      file_ = os::CreateTemporaryBeside(path_, temporary_);
+    } catch (...) {
+      os::Remove(temporary_);
+      throw;
+    }
     if (!file_) throw SystemFailure(ports::kZipCreateFailed);
   }
   NewZip(const NewZip&) = delete;
@@ -66,7 +72,11 @@ class NewZip {
     if (first != inputs.end()) os::CopyRights(first->path, temporary_);
     if (!os::Rename(temporary_, path_)) throw SystemFailure(ports::kZipCreateFailed);
     published_ = true;
-    os::FlushFolderOf(path_);
+    // The file is complete; what fails from here on no longer matters.
+    WithoutExceptions(0, 0, [this] {
+      os::FlushFolderOf(path_);
+      return 0;
+    });
   }
 
  private:
@@ -206,7 +216,7 @@ ports::ZipResult RunZipCommand(const std::string& zip_path, const std::vector<st
     return failure.code;
   } catch (const std::bad_alloc&) {
     return ports::kZipNoMemory;
-  } catch (const std::exception&) {
+  } catch (...) {
     return ports::kZipInternal;
   }
 }
