@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "foundation/file_utils.h"
+#include "publish/signer.h"
 #include "tests/engine/run_fixture.h"
 #include "tests/publish/sample.h"
 
@@ -12,14 +13,20 @@ namespace {
 
 using Log = std::vector<std::string>;
 
-TEST_F(RunTest, APublishedReleaseIsInstalled) {
+TEST_F(RunTest, APublishedAndSignedReleaseIsInstalled) {
   Sample sample(sandbox_);
+  const publish::KeyPair keys = publish::MakeKeys(sandbox_.Path("key"), std::nullopt);
+  const publish::Signer signer({sandbox_.Path("key"), "", publish::Today(), {}});
+  sample.options.signer = &signer;
+  settings_.Set(ports::SettingsRoot::kMachine,
+                "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\UpdateKeys", keys.public_key);
   sample.Describe("http://one.example/\"/><Server Url=\"two.example", server_.Url(""));
   sandbox_.Write("product/tm/Calc.ocx", tmw::ReadFileBytes(TMW_REGISTERING_LIBRARY));
   ASSERT_EQ(sample.Publish(), Log{});
   EXPECT_EQ(Sample::Check(sample.options.output), Log{});
   ASSERT_EQ(Run().size(), 1U) << front_end_.log.back();
   EXPECT_TRUE(updated_);
+  EXPECT_EQ(sandbox_.Read("Продукт/TmWebUpdate.serial"), "1\r\n");
   const std::pair<const char*, const char*> installed[] = {
       {"tm/Updater.exe", "Продукт/tm/Updater.exe"},
       {"tm/Calc.ocx", "Продукт/tm/Calc.ocx"},
