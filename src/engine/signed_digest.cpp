@@ -70,7 +70,7 @@ class PairLoader {
       return Note(engine_texts::SignatureNotLoaded(reason));
     const signature::Verification result =
         signature::Verify(bytes, ReadFileBytes(signature_file), keys_);
-    DeleteFile(signature_file);
+    static_cast<void>(DeleteFile(signature_file, true));
     const bool is_good = result.verdict == signature::Verdict::kGood;
     LogEvent("signature", {{"address", signature_url},
                            {"key", signature::KeyIdText(result.key_id)},

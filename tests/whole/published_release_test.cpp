@@ -15,6 +15,7 @@ using Log = std::vector<std::string>;
 
 TEST_F(RunTest, APublishedAndSignedReleaseIsInstalled) {
   Sample sample(sandbox_);
+  std::filesystem::create_directories(ToPath(Path("Продукт")));
   const publish::KeyPair keys = publish::MakeKeys(sandbox_.Path("key"), std::nullopt);
   const publish::Signer signer({sandbox_.Path("key"), "", publish::Today(), {}});
   sample.options.signer = &signer;
