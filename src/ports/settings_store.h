@@ -42,6 +42,10 @@ class SettingsStore {
   virtual Setting<std::int32_t> ReadLong(SettingsRoot root, const std::string& key,
                                          const std::string& name) = 0;
 
+  // Where values of that root are set, in Russian and in the nominative: "файл …" with its path, or
+  // the part of the registry.
+  virtual std::string PlaceOf(SettingsRoot root) = 0;
+
   // The Russian message for failures under that root where the store has more to say than a code,
   // else empty. After code 0 it is the whole message (a broken settings file: its name, line and
   // fault), after another one the line above the system's text.

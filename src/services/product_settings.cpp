@@ -9,6 +9,7 @@
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "ports/settings_store.h"
+#include "services/advice.h"
 #include "services/services_texts.h"
 
 namespace tmw {
@@ -63,9 +64,11 @@ std::string ReadFolder(std::string_view setting, std::string_view default_value)
   const bool has_default = Store().HasFolderDefaults();
   std::string folder = GetProductSetting_String(
       true, section, name, has_default ? std::string(default_value) : std::string());
-  if (folder.empty() && !has_default) {
+  if (folder.empty()) {
+    NoteFailure(FailureKind::kSetting);
     RaiseProgramError(
-        services_texts::MissingSetting(ConcatenateRegistryKeys(SectionKey(section), name)));
+        services_texts::MissingSetting(ConcatenateRegistryKeys(SectionKey(section), name),
+                                       Store().PlaceOf(ports::SettingsRoot::kMachine)));
   }
   const char separator = ports::CurrentPorts().files->Separator();
   if (!folder.ends_with(separator)) folder.push_back(separator);

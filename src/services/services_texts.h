@@ -25,8 +25,9 @@ inline std::string NoLockFolder(const std::string& folder) {
          "закрытой для остальных:";
 }
 
-inline std::string MissingSetting(const std::string& path) {
-  return "В настройках программы \"Tamrin\" не задан параметр " + Quoted(path) + ".";
+inline std::string MissingSetting(const std::string& path, const std::string& place) {
+  return "В настройках программы \"Tamrin\" не задан параметр " + Quoted(path) +
+         ".\r\nЕго место: " + place + ".";
 }
 
 inline std::string ReadingSettingFailed(const std::string& path) {

@@ -29,6 +29,7 @@ class MemorySettings final : public ports::SettingsStore {
                                          const std::string& name) override {
     return Find(strings_, root, key, name);
   }
+  std::string PlaceOf(ports::SettingsRoot /*root*/) override { return "файл \"m.reg\""; }
   bool HasFolderDefaults() const override { return has_folder_defaults; }
   bool IsChosenByEnvironment(ports::SettingsRoot /*root*/) const override {
     return is_chosen_by_environment;

@@ -4,6 +4,7 @@
 
 #include <map>
 
+#include "services/advice.h"
 #include "tests/fakes/memory_settings.h"
 #include "tests/support/caught.h"
 #include "tests/support/environment.h"
@@ -77,10 +78,11 @@ TEST_F(ProductSettings, AMissingFolderHasItsDefaultOrIsAnErrorThatNamesIt) {
   EXPECT_EQ(root.Number, 1001);
   EXPECT_EQ(root.Description,
             "В настройках программы \"Tamrin\" не задан параметр "
-            "\"SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath\".");
+            "\"SOFTWARE\\Kestrel Soft\\Tamrin\\General\\RootPath\".\r\nЕго место: файл \"m.reg\".");
+  EXPECT_EQ(TakeNotedFailure(), FailureKind::kSetting);
+  store_.has_folder_defaults = true;  // of which the database's folder has none
   EXPECT_NE(tests::Caught([] { GetDataBasePath(); }).Description.find("General\\DataBasePath\""),
             std::string::npos);
-  store_.has_folder_defaults = true;
   EXPECT_TRUE(GetProductRootPath().starts_with("c:\\Program Files\\Kestrel Soft\\TMW\\"));
 }
 

@@ -12,6 +12,10 @@ inline std::string ReadingSettingsFailed(const std::string& path) {
   return "Ошибка чтения файла настроек " + tmw::Quoted(path) + ":";
 }
 
+inline std::string SettingsFilePlace(const std::string& path) {
+  return "файл " + tmw::Quoted(path);
+}
+
 inline std::string SettingsFault(const std::string& path, int line, const std::string& fault) {
   return "Ошибка чтения файла настроек " + tmw::Quoted(path) + ", строка " + std::to_string(line) +
          ":" + std::string(tmw::kCrLf) + fault + ".";

@@ -153,6 +153,10 @@ class LinuxSettingsStore final : public ports::SettingsStore {
     return !ChosenFile(root).empty();
   }
 
+  std::string PlaceOf(ports::SettingsRoot root) override {
+    return linux_texts::SettingsFilePlace(FileOf(root));
+  }
+
   bool HasFolderDefaults() const override { return false; }
 
  private:

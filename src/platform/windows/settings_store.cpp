@@ -7,6 +7,7 @@
 #include "foundation/unique_handle.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
+#include "platform/windows/windows_texts.h"
 #include "ports/settings_store.h"
 
 namespace platform {
@@ -89,6 +90,18 @@ class WindowsSettingsStore final : public ports::SettingsStore {
   std::string FailureText(ports::SettingsRoot /*root*/) override { return {}; }
 
   bool IsChosenByEnvironment(ports::SettingsRoot /*root*/) const override { return false; }
+
+  std::string PlaceOf(ports::SettingsRoot root) override {
+    switch (root) {
+      case ports::SettingsRoot::kMachine:
+        return windows_texts::RegistryPlace("HKEY_LOCAL_MACHINE");
+      case ports::SettingsRoot::kClasses:
+        return windows_texts::RegistryPlace("HKEY_CLASSES_ROOT");
+      case ports::SettingsRoot::kUser:
+        break;
+    }
+    return windows_texts::RegistryPlace("HKEY_CURRENT_USER");
+  }
 
   bool HasFolderDefaults() const override { return true; }
 };

@@ -12,6 +12,11 @@ inline constexpr const wchar_t* kCopy = L"&Копировать";
 // Why the machine is not shut down while files are installed.
 inline constexpr const wchar_t* kBusy = L"Устанавливается обновление программы";
 
+// On a 64-bit system the editor of the registry shows these keys below WOW6432Node.
+inline std::string RegistryPlace(const std::string& root) {
+  return "реестр, " + root + " (32-разрядная часть)";
+}
+
 // The XML component; the code is in hexadecimal digits.
 inline std::string XmlNotRegistered(const std::string& component, const std::string& code) {
   return "компонента " + component + " не зарегистрирована (" + code + ").";
