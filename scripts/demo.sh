@@ -29,7 +29,7 @@ done
 rm -rf "$demo"
 mkdir -p "$demo/tmp" "$demo/db" "$demo/scripts"
 export TAMRIN_MACHINE_REG=$demo/machine.reg TAMRIN_USER_REG=$demo/user.reg TMPDIR=$demo/tmp
-export TMW_LOCK_FOLDER=$demo/locks
+export TMW_LOCK_FOLDER=$demo/locks XDG_STATE_HOME=$demo/state
 export TAMRIN_DEMO_LOG=$demo/registrations.txt
 old=3.6.0.4 new=3.6.2.1
 

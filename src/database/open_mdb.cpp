@@ -40,7 +40,8 @@ bool AwaitNextAttempt(int failures, const std::string& path, const std::string& 
 std::unique_ptr<ports::Database> OpenMdb(const std::string& path, const std::string& description,
                                          bool exclusive, bool read_only) try {
   if (!IsFileExists(path)) {
-    ShowWarning(box_titles::kDatabaseError, database_texts::FileMissing(description, path));
+    ShowWarning(box_titles::kDatabaseError, database_texts::FileMissing(description, path),
+                FailureKind::kDatabaseMissing);
     return nullptr;
   }
   for (int failures = 1;; ++failures) {
@@ -49,7 +50,8 @@ std::unique_ptr<ports::Database> OpenMdb(const std::string& path, const std::str
     } catch (const ports::DatabaseError& error) {
       if (!exclusive || !IsDatabaseInUse(error.Number)) {
         ShowWarning(box_titles::kDatabaseError,
-                    database_texts::CannotOpen(description, path, error.Description));
+                    database_texts::CannotOpen(description, path, error.Description),
+                    KindOfNumber(error.Number));
         return nullptr;
       }
     }

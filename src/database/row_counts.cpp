@@ -10,7 +10,8 @@ bool RowCounts::Check(ports::Database& database) const {
   for (const Expectation& expectation : expected_) {
     const std::int64_t found = CountRows(database, expectation.table);
     if (found == expectation.rows) continue;
-    DownloadError(database_texts::RowsLost(expectation.table, expectation.rows, found));
+    DownloadError(database_texts::RowsLost(expectation.table, expectation.rows, found),
+                  FailureKind::kScript);
     return false;
   }
   return true;

@@ -20,6 +20,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "services/message_boxes.h"
+#include "services/run_log.h"
 #include "services/run_module.h"
 
 namespace tmw {
@@ -48,7 +49,7 @@ bool PutBackRelations(HeldRelations& relations) {
     texts.push_back(database_texts::MoreRelations(count - kShown));
   }
   texts.emplace_back(database_texts::kRelationsEndUpdate);
-  DownloadError(Joined(texts, "\r\n\r\n"));
+  DownloadError(Joined(texts, "\r\n\r\n"), FailureKind::kScript);
   return false;
 }
 
@@ -89,6 +90,7 @@ bool CopyDictsIntoWorkingDB(const DatabaseBuild& build, UpdaterEvents& events,
   for (const WuTableNode& table : *build.Tables) {
     if (table.NeedUpdate && !table.IsUser) {
       events.OnSetSubAction(database_texts::ImportingDictionary(table.TableName));
+      LogEvent("dictionary", {{"table", table.TableName}});
       ImpTable importer;
       importer.SetTableName(table.TableName);
       importer.SetRelations(relations);
@@ -118,7 +120,7 @@ bool LoadUpdateScripts(const DatabaseBuild& build, ScriptSet& scripts) try {
     if (loaded == WuDbVerUpdate::kOtherProduct) continue;
     const std::string version = script.FromVersionText();
     if (!scripts.emplace(version + "_", std::move(script)).second) {
-      DownloadError(database_texts::ScriptTwice(version));
+      DownloadError(database_texts::ScriptTwice(version), FailureKind::kScript);
       return false;
     }
   }
@@ -136,10 +138,11 @@ bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, UpdaterEvents& even
   while (version < build.TargetVersion) {
     const auto found = scripts.find(DbVersionText(version) + "_");
     if (found == scripts.end()) {
-      DownloadError(database_texts::ScriptMissing(DbVersionText(version)));
+      DownloadError(database_texts::ScriptMissing(DbVersionText(version)), FailureKind::kScript);
       return false;
     }
     const WuDbVerUpdate& script = found->second;
+    LogEvent("script", {{"from", script.FromVersionText()}, {"to", script.ToVersionText()}});
     events.OnSetSubAction(
         database_texts::RunningScript(script.FromVersionText(), script.ToVersionText()));
     if (!script.Execute(database, relations)) return false;

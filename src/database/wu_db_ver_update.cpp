@@ -69,7 +69,8 @@ bool WuDbVerUpdate::Execute(ports::Database& database, HeldRelations& relations)
       action.Execute(database, relations);
   } catch (...) {
     ShowWarning(box_titles::kError,
-                database_texts::ScriptFailed(to_text_, CurrentError().Description));
+                database_texts::ScriptFailed(to_text_, CurrentError().Description),
+                FailureKind::kScript);
     return false;
   }
   Transaction transaction;
@@ -81,7 +82,8 @@ bool WuDbVerUpdate::Execute(ports::Database& database, HeldRelations& relations)
 }
 
 void WuDbVerUpdate::LoadingError(const std::string& reason) const {
-  ShowWarning(box_titles::kError, database_texts::ScriptNotLoaded(file_, reason));
+  ShowWarning(box_titles::kError, database_texts::ScriptNotLoaded(file_, reason),
+              FailureKind::kScript);
 }
 
 }  // namespace tmw

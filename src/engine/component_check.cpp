@@ -79,7 +79,8 @@ bool TryUnpackComponent(const ComponentPlaces& places, const ComponentFacts& exp
   DeleteFile(part);
   if (!IsFileExists(unpacked)) {
     // The next steps then fail on the missing file.
-    DownloadError(engine_texts::NotUnpacked(expected.Name, engine_texts::kUnpackedAbsent));
+    DownloadError(engine_texts::NotUnpacked(expected.Name, engine_texts::kUnpackedAbsent),
+                  FailureKind::kVanished);
   }
   ClearReadOnlyAttributeFromFile(unpacked);
   return method != kPackIntegrity || CheckFileCrc(unpacked, fault);

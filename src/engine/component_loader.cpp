@@ -11,6 +11,7 @@
 #include "foundation/file_utils.h"
 #include "packages/rar_archive.h"
 #include "services/message_boxes.h"
+#include "services/run_log.h"
 #include "services/run_module.h"
 
 namespace tmw {
@@ -84,10 +85,12 @@ bool ComponentLoader::DownloadSrvFile(const ComponentFacts& expected,
     if (!Fetch(url, places.Part, check)) return false;
     MoveFile(places.Unpacked, places.Loaded);
     if (!IsFileExists(places.Loaded)) {
-      DownloadError(engine_texts::NotMovedToLoaded(expected.Name, release_.Loaded));
+      DownloadError(engine_texts::NotMovedToLoaded(expected.Name, release_.Loaded),
+                    FailureKind::kVanished);
       return false;
     }
   }
+  LogEvent("ready", {{"file", places.Loaded}});
   FinishFileProgress();
   return true;
 } catch (...) {
@@ -108,7 +111,8 @@ bool ComponentLoader::DownloadSrvMiltiFiles(const std::string& folder, const WuP
   if (empty_folder_first) DeleteFiles(JoinPath(folder, "*.*"));
   std::string reason;
   const bool is_unpacked = UnrarAllFiles(file, folder, "", reason, MaxUnpacked(package.PackSize));
-  if (!is_unpacked) DownloadError(engine_texts::PackageNotUnpacked(file, reason));
+  if (!is_unpacked)
+    DownloadError(engine_texts::PackageNotUnpacked(file, reason), FailureKind::kDamagedFile);
   DeleteFile(file);
   if (is_unpacked) FinishFileProgress();
   return is_unpacked;
@@ -120,9 +124,11 @@ bool ComponentLoader::Fetch(const std::string& url, const std::string& target, c
   for (const bool may_continue : {true, false}) {
     if (!Transfer(url, target, may_continue)) return false;
     std::string fault;
-    if (check(fault)) return true;
+    const bool is_good = check(fault);
+    LogEvent("checked", {{"file", target}, {"good", is_good}, {"fault", fault}});
+    if (is_good) return true;
     if (has_resumed_ && may_continue) continue;
-    DownloadError(fault);
+    DownloadError(fault, FailureKind::kDamagedFile);
     break;
   }
   return false;

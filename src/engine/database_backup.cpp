@@ -20,6 +20,7 @@
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "services/message_boxes.h"
+#include "services/run_log.h"
 
 namespace tmw {
 namespace {
@@ -55,12 +56,13 @@ bool Pack(const std::string& database, const std::string& archive) {
   zipper.ZipFileName = archive;
   zipper.RootDir = SplitFileName(database).Folder;
   const std::int32_t result = zipper.DoZipping();
+  LogEvent("backed_up", {{"file", archive}, {"result", result}});
   if (result == 0) return true;
   std::string reason = GetZipResultText(result);
   if (reason.empty())
     reason = zipper.SystemError != 0 ? GetApiErrorText(zipper.SystemError, "")
                                      : engine_texts::ZipResult(result);
-  DownloadError(engine_texts::BackupFailed(reason));
+  DownloadError(engine_texts::BackupFailed(reason), FailureKind::kBackup);
   return false;
 }
 

@@ -19,6 +19,7 @@
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
 #include "services/product_settings.h"
+#include "services/run_log.h"
 
 namespace tmw {
 namespace {
@@ -35,7 +36,8 @@ void ShowNotRegistered(std::vector<std::string> reasons) {
   const std::size_t unnamed = reasons.size() - std::min(reasons.size(), kShownReasons);
   reasons.resize(reasons.size() - unnamed);
   ShowWarning(box_titles::kProductUpdate,
-              engine_texts::UnchangedNotRegistered(Joined(reasons, kCrLf), unnamed));
+              engine_texts::UnchangedNotRegistered(Joined(reasons, kCrLf), unnamed),
+              FailureKind::kOther);
 }
 
 }  // namespace
@@ -147,17 +149,18 @@ bool Installation::InstallFile(const WuFileNode& file) {
   const std::string loaded = MakeComponentPlaces(release_, file.OrigName).Loaded;
   const std::string installed = InstalledPath(file);
   if (!IsFileExists(loaded)) {
-    DownloadError(engine_texts::LoadedFileMissing(loaded));
+    DownloadError(engine_texts::LoadedFileMissing(loaded), FailureKind::kVanished);
     return false;
   }
   std::string reason;
   if (!TryCreateFolderIfAbsent(file.Folder, reason)) {
-    DownloadError(reason);
+    DownloadError(reason, FailureKind::kNoRights);
     return false;
   }
   if (!IsReplacedInOneStep(file) && IsFileExists(installed))
     RemoveInstalled(installed, Need::kMust);
   if (!CopyVerified(file, loaded, installed)) return false;
+  LogEvent("installed", {{"file", installed}});
   return !file.IsCom || DoRegisterDll(installed, false);
 }
 
@@ -167,6 +170,7 @@ void Installation::RemoveInstalled(const std::string& path, Need need) {
   } else {
     DeleteFile(path, true);
   }
+  LogEvent("removed", {{"file", path}});
 }
 
 }  // namespace tmw

@@ -34,10 +34,11 @@ bool Compare(const std::string& installed, const std::string& offered,
     case 1:
       SetRunOutcome(RunOutcome::kRefused);
       ShowInformation(box_titles::kUpdateImpossible,
-                      engine_texts::InstalledIsNewer(installed, offered));
+                      engine_texts::InstalledIsNewer(installed, offered), FailureKind::kVersions);
       return false;
     default:
-      DownloadError(engine_texts::VersionsNotComparable(installed, offered));
+      DownloadError(engine_texts::VersionsNotComparable(installed, offered),
+                    FailureKind::kVersions);
       return false;
   }
 }

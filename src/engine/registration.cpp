@@ -15,6 +15,7 @@
 #include "services/message_boxes.h"
 #include "services/processes.h"
 #include "services/product_settings.h"
+#include "services/run_log.h"
 #include "services/run_module.h"
 
 namespace tmw {
@@ -61,6 +62,7 @@ bool TryChange(const Direction& direction, const std::string& file, std::string&
   const std::string name = ports::CurrentPorts().companion->NarrowPath(file);
   const std::int32_t code = (CompanionFunctions().*direction.call)(name.c_str());
   if (code == 0) return true;
+  LogEvent("not_registered", {{"file", file}, {"code", code}});
   reason = direction.failed(file, code, GetApiErrorText(code, ""));
   return false;
 }
@@ -68,7 +70,7 @@ bool TryChange(const Direction& direction, const std::string& file, std::string&
 bool Change(const Direction& direction, const std::string& file, bool is_quiet) {
   std::string reason;
   if (TryChange(direction, file, reason)) return true;
-  if (!is_quiet) DownloadError(reason);
+  if (!is_quiet) DownloadError(reason, FailureKind::kRegistration);
   return false;
 }
 

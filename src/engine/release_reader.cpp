@@ -13,6 +13,7 @@
 #include "engine/update_keys.h"
 #include "foundation/contract_names.h"
 #include "foundation/file_utils.h"
+#include "foundation/text.h"
 #include "foundation/version.h"
 #include "packages/hash_api.h"
 #include "packages/rar_archive.h"
@@ -26,9 +27,15 @@
 namespace tmw {
 namespace {
 
-bool Refuse(const std::string& reason) {
-  DownloadError(reason);
+bool Refuse(const std::string& reason, FailureKind kind = FailureKind::kWrongData) {
+  DownloadError(reason, kind);
   return false;
+}
+
+// A network that asks for a login answers every request with its own page.
+FailureKind KindOfFaultyText(const std::string& text) {
+  return TrimCharacters(text, " \t\r\n").starts_with('<') ? FailureKind::kLoginPage
+                                                          : FailureKind::kWrongData;
 }
 
 bool IsAnnounced(const std::string& package, const std::optional<BoundPackage>& announced) {
@@ -52,9 +59,10 @@ bool ReleaseReader::ReadDigest(Digest& digest) {
   if (!FetchDigest(local, text)) return false;
   const AppVersion own = GetAppVersion();
   std::string reason;
-  if (!TryParseDigest(text, own.Major, own.Minor, digest, reason)) return Refuse(reason);
+  if (!TryParseDigest(text, own.Major, own.Minor, digest, reason))
+    return Refuse(reason, KindOfFaultyText(text));
   if (digest.Updater == UpdaterVersionCheck::kTooOld) {
-    ShowInformation(box_titles::kProductUpdate, engine_texts::kUpdaterTooOld);
+    ShowInformation(box_titles::kProductUpdate, engine_texts::kUpdaterTooOld, FailureKind::kByHand);
     return false;
   }
   DeleteFile(local);
@@ -73,7 +81,7 @@ bool ReleaseReader::ChooseServer(const std::string& version, std::string& loadin
   std::string reason;
   if (!TryChooseServer(text, GetUpdaterSettings().NoFtp, ports::CurrentPorts().clock->TickCount(),
                        server, reason)) {
-    return Refuse(reason);
+    return Refuse(reason, KindOfFaultyText(text));
   }
   loading_url = JoinUrl(server, product_code_ + "_" + version);
   return true;
@@ -87,7 +95,8 @@ bool ReleaseReader::ReadManifest(const std::string& loading_url, Digest& digest,
   if (!FetchManifest(url, package, digest)) return false;
   const std::string entry = product_code_ + std::string(names::kManifestFile);
   std::string reason;
-  if (!UnrarOneFile(package, entry, temp_dir_, "", reason, kMaxManifest)) return Refuse(reason);
+  if (!UnrarOneFile(package, entry, temp_dir_, "", reason, kMaxManifest))
+    return Refuse(reason, FailureKind::kDamagedFile);
   DeleteFile(package);
   events_.OnSetMainAction(engine_texts::kParsingFileList);
   const std::string file = JoinPath(temp_dir_, entry);

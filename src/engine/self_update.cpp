@@ -71,16 +71,17 @@ std::string HashOf(const std::string& bytes) {
 bool VerifyUpdaterComponent(const std::string& url, const WuUpdaterComponent& component) {
   const std::string& file = component.LocalFileName;
   if (!IsFileExists(file)) {
-    DownloadError(engine_texts::ComponentNotLoaded(url));
+    DownloadError(engine_texts::ComponentNotLoaded(url), FailureKind::kVanished);
     return false;
   }
   const std::int64_t length = GetFileLength(file);
   if (length != component.Size) {
-    DownloadError(engine_texts::ComponentLengthDiffers(url, length, component.Size));
+    DownloadError(engine_texts::ComponentLengthDiffers(url, length, component.Size),
+                  FailureKind::kDamagedFile);
     return false;
   }
   if (HashOf(ReadFileBytes(file)) != component.Hash) {
-    DownloadError(engine_texts::ComponentHashDiffers(url));
+    DownloadError(engine_texts::ComponentHashDiffers(url), FailureKind::kDamagedFile);
     return false;
   }
   return true;
@@ -118,7 +119,7 @@ bool SelfUpdate::CopyModuleToTempFolder(std::string& module, const std::string& 
   const std::string name = SplitFileName(module).FileName();
   events_.OnSetSubAction(engine_texts::CopyingFile(name));
   if (!IsFileExists(module)) {
-    DownloadError(engine_texts::OwnFileMissing(JoinPath(".", name)));
+    DownloadError(engine_texts::OwnFileMissing(JoinPath(".", name)), FailureKind::kOwnFiles);
     return false;
   }
   const std::string copy = JoinPath(temp_dir, name);
@@ -131,7 +132,7 @@ bool SelfUpdate::CopyModuleToTempFolder(std::string& module, const std::string& 
 
 bool SelfUpdate::MayReplaceUpdater() {
   if (!GetUpdaterSettings().IsRestartedAfterSelfUpdate) return true;
-  DownloadError(engine_texts::kStillTooOld);
+  DownloadError(engine_texts::kStillTooOld, FailureKind::kByHand);
   return false;
 }
 
@@ -150,7 +151,7 @@ bool SelfUpdate::DownloadComponent(const std::string& url, const std::string& te
   if (IsProgram(component.Name)) {
     component.LocalFileName = FindFreeName(temp_dir, component.Name);
     if (component.LocalFileName.empty()) {
-      DownloadError(engine_texts::NoFreeName(component.Name, temp_dir));
+      DownloadError(engine_texts::NoFreeName(component.Name, temp_dir), FailureKind::kNoRights);
       return false;
     }
   } else {
@@ -172,7 +173,7 @@ bool SelfUpdate::RestartUpdater(const std::vector<WuUpdaterComponent>& component
 
 bool SelfUpdate::StartNewUpdater(const std::vector<WuUpdaterComponent>& components) {
   if (components.empty()) {
-    DownloadError(engine_texts::kNoComponents);
+    DownloadError(engine_texts::kNoComponents, FailureKind::kWrongData);
     return false;
   }
   const std::string& program = components.front().LocalFileName;

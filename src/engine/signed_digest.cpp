@@ -134,7 +134,7 @@ bool FetchSignedDigest(UpdaterEvents& events, const UpdateServers& servers,
   std::string reason;
   if (!TryJudgeDigest(text, product_code, HighestSerial(),
                       ports::CurrentPorts().clock->UtcSeconds(), serial, reason)) {
-    DownloadError(reason);
+    DownloadError(reason, FailureKind::kSignature);
     return false;
   }
   RememberSerial(serial);

@@ -173,11 +173,11 @@ bool HasRoom(const std::vector<SpaceNeed>& needs) {
   const std::string needed = Words(shortage->Needed);
   const std::string free = Words(shortage->Free);
   if (shortage->IsCertain) {
-    DownloadError(look_texts::NoRoom(shortage->Folder, needed, free));
+    DownloadError(look_texts::NoRoom(shortage->Folder, needed, free), FailureKind::kDiskFull);
     return false;
   }
-  return ports::CurrentPorts().front_end->AskYesNo(
-      box_titles::kProductUpdate, look_texts::PerhapsNoRoom(shortage->Folder, needed, free));
+  return AskQuestion(box_titles::kProductUpdate,
+                     look_texts::PerhapsNoRoom(shortage->Folder, needed, free));
 }
 
 }  // namespace tmw

@@ -132,7 +132,7 @@ bool AskAboutHeld(const std::vector<Obstacle>& held) {
   const std::string question = look_texts::HeldQuestion(
       held.front().Place, ports::CurrentPorts().file_probe->Holders(held.front().Place),
       OtherPlaces(held));
-  if (!front_end.AskYesNo(box_titles::kFileInUse, question)) return false;
+  if (!AskQuestion(box_titles::kFileInUse, question)) return false;
   front_end.RunPendingEvents();
   ports::CurrentPorts().clock->Sleep(kAskedWait);
   return true;
@@ -206,7 +206,7 @@ bool IsWayClear(const LookPlan& plan) {
   for (;;) {
     const LookResult result = LookAtTargets(plan);
     if (const auto lasting = result.Lasting(); !lasting.empty()) {
-      DownloadError(DescribeObstacles(lasting));
+      DownloadError(DescribeObstacles(lasting), FailureKind::kNoRights);
       return false;
     }
     const auto held = result.Held();

@@ -17,6 +17,7 @@
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "services/message_boxes.h"
+#include "services/run_log.h"
 #include "sha256/sha256.h"
 
 namespace tmw {
@@ -28,14 +29,14 @@ constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 bool IsGoodCopy(const std::string& copy, const std::string& built,
                 const DbVersion& target_version) {
   if (GetFileHash(copy) != GetFileHash(built)) {
-    DownloadError(engine_texts::CopyDiffers(built, copy));
+    DownloadError(engine_texts::CopyDiffers(built, copy), FailureKind::kDatabase);
     return false;
   }
   const auto database = OpenMdb(copy, database_texts::kNewDatabase, true, true);
   if (!database) return false;
   const DbVersion version = GetDataBaseVersion(*database);
   if (version >= target_version) return true;
-  DownloadError(engine_texts::NewDatabaseTooOld(DbVersionText(version)));
+  DownloadError(engine_texts::NewDatabaseTooOld(DbVersionText(version)), FailureKind::kDatabase);
   return false;
 }
 
@@ -65,7 +66,7 @@ bool IsUnchanged(const std::string& hash) {
   const auto present = TryHashOfUserRows();
   database->Close();
   if ((present ? present.value : HashOfUserRows()) == hash) return true;
-  DownloadError(engine_texts::kDatabaseChanged);
+  DownloadError(engine_texts::kDatabaseChanged, FailureKind::kDatabaseHeld);
   return false;
 }
 
@@ -125,6 +126,7 @@ bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_versi
     DeleteFileRepeatedly(database);
   }
   GiveCopyItsName(copy, database);
+  LogEvent("database_replaced", {{"file", database}, {"version", DbVersionText(target_version)}});
   DeleteFile(built);
   return true;
 }

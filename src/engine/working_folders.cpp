@@ -13,7 +13,7 @@ bool CreateTempDir(const std::string& product_code, std::string& temp_dir) try {
   temp_dir = JoinPath(GetTemporaryFolder(), product_code + std::string(names::kTempFolderEnding));
   std::string reason;
   if (TryCreateFolderIfAbsent(temp_dir, reason) && IsFolderExists(temp_dir)) return true;
-  DownloadError(engine_texts::NoTempFolder(temp_dir));
+  DownloadError(engine_texts::NoTempFolder(temp_dir), FailureKind::kNoRights);
   return false;
 } catch (...) {
   ReRaiseError(kRunModule, "CreateTempDir");

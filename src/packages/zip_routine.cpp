@@ -102,7 +102,7 @@ std::int32_t RunZipRoutine(const TmZipper& zipper, ports::SystemCode& system_err
   const auto loaded = companion.Load();
   ports::ZpFunctions callbacks{OnPrint, OnComment, OnPassword, OnService};
   if (!loaded || loaded.value->ZpInit(&callbacks) == 0) {
-    ShowWarning(box_titles::kError, packages_texts::kNoLibrary);
+    ShowWarning(box_titles::kError, packages_texts::kNoLibrary, FailureKind::kOwnFiles);
     return ports::kZipInternal;
   }
   const NarrowTexts texts{zipper.ZipDate, companion.NarrowPath(zipper.RootDir),

@@ -124,6 +124,22 @@ std::string AdviceFor(FailureKind kind) {
       return texts::kDatabase;
     case FailureKind::kScript:
       return texts::kScript;
+    case FailureKind::kVanished:
+      return texts::kVanished;
+    case FailureKind::kCommandLine:
+      return texts::kCommandLine;
+    case FailureKind::kNetworkInstallation:
+      return texts::kNetworkInstallation;
+    case FailureKind::kDatabaseMissing:
+      return texts::kDatabaseMissing;
+    case FailureKind::kBackup:
+      return texts::kBackup;
+    case FailureKind::kVersions:
+      return texts::kVersions;
+    case FailureKind::kSignature:
+      return texts::kSignature;
+    case FailureKind::kRegistration:
+      return texts::kRegistration;
     case FailureKind::kByHand:
       return texts::kByHand;
     case FailureKind::kOther:

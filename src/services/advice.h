@@ -25,19 +25,27 @@ enum class FailureKind {
   kServerFault,
   kRefused,  // any other status of failure
   kDamagedFile,
+  kSignature,  // of the digest, or what it signs
   kWrongData,  // files of the server that contradict each other or have errors
   // Of this computer.
   kDiskFull,
   kNoRights,
   kFileHeld,
-  kOwnFiles,  // a file of the updater or of the product is missing
+  kVanished,      // a file that was there a moment ago
+  kOwnFiles,      // a file of the updater or of the product is missing
+  kRegistration,  // of a component in the system
   kSetting,
+  kCommandLine,
+  kNetworkInstallation,
   // Of the database.
   kDatabaseHeld,
+  kDatabaseMissing,
   kDatabase,
+  kBackup,
   kScript,
   // Automatic updating has come to its end.
   kByHand,
+  kVersions,  // the installed version cannot be updated to the offered one
 };
 
 // Complete sentences; the proxy is named if the settings name one.

@@ -69,6 +69,9 @@ inline constexpr const char* kRefused =
 inline constexpr const char* kDamagedFile =
     "Файл пришел поврежденным и удален: запустите обновление еще раз, а если ошибка повторится, "
     "обратитесь в поддержку.";
+inline constexpr const char* kSignature =
+    "Не устанавливайте это обновление: повторите попытку через час, а если ошибка повторится, "
+    "обратитесь в поддержку.";
 inline constexpr const char* kWrongData =
     "Ошибка в файлах на сервере обновлений: повторите попытку через час, а если ошибка повторится, "
     "обратитесь в поддержку.";
@@ -84,6 +87,15 @@ inline constexpr const char* kFileHeld =
 inline constexpr const char* kOwnFiles =
     "Проверьте, не удалил ли файл антивирус, и восстановите его, а если это не удается, установите "
     "программу заново поверх имеющейся.";
+inline constexpr const char* kVanished =
+    "Возможно, файл удалил антивирус: проверьте его карантин и запустите обновление еще раз.";
+inline constexpr const char* kCommandLine =
+    "Запустите обновление из программы \"Tamrin\" или исправьте параметры в ярлыке.";
+inline constexpr const char* kNetworkInstallation =
+    "Попросите администратора обновить программу на том компьютере, на котором лежат ее файлы.";
+inline constexpr const char* kRegistration =
+    "Запустите обновление еще раз от имени администратора, а если ошибка повторится, обратитесь в "
+    "поддержку.";
 inline constexpr const char* kSetting =
     "Исправьте параметр или обратитесь к администратору, который устанавливал программу.";
 
@@ -91,6 +103,11 @@ inline constexpr const char* kSetting =
 inline constexpr const char* kDatabaseHeld =
     "Закройте программы, работающие с базой данных, на всех компьютерах и запустите обновление еще "
     "раз.";
+inline constexpr const char* kDatabaseMissing =
+    "Проверьте, доступен ли диск с базой данных и верно ли указана ее папка в настройках программы.";
+inline constexpr const char* kBackup =
+    "Рабочая база данных не изменена: проверьте место на диске и права на ее папку и запустите "
+    "обновление еще раз.";
 inline constexpr const char* kDatabase =
     "Рабочая база данных не изменена; обратитесь в поддержку и приложите архив, который создаст "
     "программа TmSupport.";
@@ -98,6 +115,7 @@ inline constexpr const char* kScript =
     "Данные не изменены; обратитесь в поддержку и приложите архив, который создаст программа "
     "TmSupport.";
 
+inline constexpr const char* kVersions = "Обратитесь в поддержку и сообщите номера обеих версий.";
 inline constexpr const char* kByHand =
     "Загрузите полную установку программы с сайта ее производителя и установите ее поверх "
     "имеющейся.";

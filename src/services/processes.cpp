@@ -9,6 +9,7 @@
 #include "ports/front_end.h"
 #include "ports/ports.h"
 #include "ports/processes.h"
+#include "services/run_log.h"
 
 namespace tmw {
 namespace {
@@ -51,7 +52,9 @@ std::int32_t RunElevated(std::string exe_name, std::string cmd_line, const std::
   request.continues_chain = continues_chain;
   const auto started = ports::CurrentPorts().processes->StartElevated(request);
   if (!started) RaiseApiError(started.code);
-  return wait ? WaitForExitCode(*started.value) : started.value->Id();
+  const std::int32_t result = wait ? WaitForExitCode(*started.value) : started.value->Id();
+  LogEvent("elevated_program", {{"path", exe_name}, {wait ? "exit_code" : "process_id", result}});
+  return result;
 } catch (...) {
   ReRaiseError(kModule, "RunProcessInElevationMode", exe_name);
 }
@@ -69,7 +72,11 @@ std::int32_t RunProcess(const std::string& exe_name, const std::string& cmd_line
       return RunElevated(exe_name, cmd_line, work_dir, wait, request.continues_chain);
     RaiseApiError(started.code);
   }
-  return wait ? WaitForExitCode(*started.value) : started.value->Id();
+  const std::int32_t result = wait ? WaitForExitCode(*started.value) : started.value->Id();
+  // The parameters of a program that is named may hold what nobody else is to read.
+  LogEvent("program", {{"path", exe_name.empty() ? cmd_line : exe_name},
+                       {wait ? "exit_code" : "process_id", result}});
+  return result;
 } catch (...) {
   ReRaiseError(kModule, "RunProcess", exe_name.empty() ? cmd_line : exe_name);
 }

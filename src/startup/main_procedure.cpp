@@ -14,6 +14,7 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "foundation/version.h"
 #include "ports/ports.h"
 #include "ports/processes.h"
 #include "services/box_titles.h"
@@ -21,6 +22,7 @@
 #include "services/mutexes.h"
 #include "services/processes.h"
 #include "services/product_settings.h"
+#include "services/run_log.h"
 #include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "startup/default_urls.h"
@@ -71,6 +73,24 @@ UpdaterSettings ReadProductSettings() {
   return settings;
 }
 
+// The parameters meant for the product are left out: they may hold what nobody else is to read.
+void RecordStart(const UpdaterSettings& settings) {
+  LogEvent("start", {{"program", ports::CurrentPorts().processes->OwnProgram()},
+                     {"build", GetAppVersionString()},
+                     {"system", GetOSInfoString()},
+                     {"address", settings.Url},
+                     {"installed", settings.OldProductVersion},
+                     {"product", settings.MainExeFile},
+                     {"temp_copy", settings.IsTempCopy},
+                     {"restarted", settings.IsRestartedAfterSelfUpdate},
+                     {"unattended", settings.NoFinalMessage},
+                     {"client", settings.IsClientInstallation},
+                     {"network", settings.IsNetworkInstallation},
+                     {"proxy_type", settings.ProxyType},
+                     {"proxy", settings.ProxyServer},
+                     {"no_ftp", settings.NoFtp}});
+}
+
 // Returns the first argument that is not understood, if there is one. An option whose value is
 // missing at the end of the line is ignored.
 std::optional<std::string> ApplyArguments(const std::vector<std::string>& arguments,
@@ -101,7 +121,8 @@ std::optional<std::string> ApplyArguments(const std::vector<std::string>& argume
 }
 
 void RefuseNetworkInstallation() {
-  ShowInformation(box_titles::kWebUpdate, start_up_texts::kNetworkInstallation);
+  ShowInformation(box_titles::kWebUpdate, start_up_texts::kNetworkInstallation,
+                  FailureKind::kNetworkInstallation);
   RunMainExeFile();
 }
 
@@ -159,6 +180,7 @@ bool ParseCmdLine() try {
     CmdLineError(start_up_texts::UnknownOption(*unknown));
     return false;
   }
+  RecordStart(settings);
   SetUpdaterSettings(std::move(settings));
   return true;
 } catch (...) {
@@ -166,7 +188,8 @@ bool ParseCmdLine() try {
 }
 
 void CmdLineError(const std::string& message) try {
-  ShowWarning(box_titles::kUpdaterProgram, start_up_texts::CommandLineError(message));
+  ShowWarning(box_titles::kUpdaterProgram, start_up_texts::CommandLineError(message),
+              FailureKind::kCommandLine);
 } catch (...) {
   ReRaiseError(kModule, "CmdLineError");
 }

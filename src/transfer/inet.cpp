@@ -4,6 +4,7 @@
 
 #include "foundation/error_handling.h"
 #include "foundation/version.h"
+#include "services/run_log.h"
 #include "transfer/attempts.h"
 #include "transfer/binary_file.h"
 #include "transfer/inet_errors.h"
@@ -36,6 +37,7 @@ void CopyBody(InetOpenedUrl& url, BinaryFile& file, std::int64_t max_bytes) {
     if (total > max_bytes) RaiseProgramError(transfer_texts::TooLong(url.Url(), max_bytes));
     file.WriteBuffer(buffer.data(), static_cast<std::uint32_t>(count), true);
   }
+  LogEvent("loaded", {{"address", url.Url()}, {"bytes", total}});
 }
 
 // One attempt at one URL; see inet.h. A failure says whether the connection broke off.

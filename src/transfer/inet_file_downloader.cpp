@@ -8,6 +8,7 @@
 #include "foundation/file_utils.h"
 #include "ports/clock.h"
 #include "ports/ports.h"
+#include "services/run_log.h"
 #include "transfer/attempts.h"
 #include "transfer/inet.h"
 #include "transfer/transfer_texts.h"
@@ -77,6 +78,7 @@ bool InetFileDownloader::TryOnce(const std::string& url, const std::string& targ
   if (IsCancelPressed()) return false;
   if (pos_ < kept_) RaiseProgramError(transfer_texts::ShorterThanPart(url));
   CommitPartFile(part_file_name_, target);
+  LogEvent("loaded", {{"address", url}, {"bytes", pos_}, {"file", target}});
   if (kept_ > 0) DeleteFile(target + std::string(names::kPartEnding));
   return true;
 }
@@ -100,6 +102,7 @@ void InetFileDownloader::DetectOrCreatePartFile(const std::string& name,
     if (url_->SetFilePosSafe(size, error_text)) {
       url_->SetFilePos(size);
       pos_ = size;
+      LogEvent("continued", {{"bytes", size}});
       has_own_part_ = true;
       events_.OnChunkLoaded(true, size);
       return;

@@ -8,6 +8,8 @@
 #include "ports/clock.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "services/advice.h"
+#include "services/run_log.h"
 #include "transfer/attempts.h"
 #include "transfer/inet_errors.h"
 #include "transfer/transfer_texts.h"
@@ -19,8 +21,12 @@ constexpr const char* kModule = "InetOpenedUrl";
 constexpr std::int32_t kFirstErrorStatus = 400;
 constexpr std::int32_t kLastErrorStatus = 599;
 
+// Of an answer; it goes into the log, and a refusal decides the advice.
 bool IsErrorStatus(std::int32_t code) {
-  return code >= kFirstErrorStatus && code <= kLastErrorStatus;
+  LogEvent("answer", {{"status", code}});
+  const bool is_error = code >= kFirstErrorStatus && code <= kLastErrorStatus;
+  if (is_error) NoteFailure(KindOfStatus(code));
+  return is_error;
 }
 
 std::string JoinMessage(const std::string& message, const std::string& text) {
@@ -169,6 +175,8 @@ ports::Outcome<std::unique_ptr<ports::InternetRequest>> InetOpenedUrl::Send(
   using Result = ports::Outcome<std::unique_ptr<ports::InternetRequest>>;
   if (connection == nullptr || connection->Handle() == nullptr)
     return Result::Failure(ports::kInternetWrongState);
+  LogEvent("open", {{"address", url}});
+  tmw::NoteFailure(FailureKind::kOther);
   auto sent = connection->Handle()->OpenUrl(url, flags, reinterpret_cast<std::uintptr_t>(&context_),
                                             BeginWaiting());
   if (!sent) return Result::Failure(NoteFailure(sent.code));
@@ -186,7 +194,10 @@ ports::Status InetOpenedUrl::Seek(std::int32_t position) {
 // A wait that has been given up because the server stalls is no cancel.
 ports::SystemCode InetOpenedUrl::NoteFailure(ports::SystemCode code) {
   const bool has_stalled = code == ports::kInternetCancelled && watch_.IsStalled();
-  return failure_ = has_stalled ? ports::kInternetTimeout : code;
+  failure_ = has_stalled ? ports::kInternetTimeout : code;
+  LogEvent("broken", {{"code", failure_}});
+  tmw::NoteFailure(KindOfNumber(failure_));
+  return failure_;
 }
 
 ports::WaitHandler InetOpenedUrl::BeginWaiting() {

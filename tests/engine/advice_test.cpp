@@ -1,6 +1,7 @@
 #include "services/advice.h"
 
 #include "platform/factories.h"
+#include "ports/log_files.h"
 #include "services/run_log.h"
 #include "tests/engine/run_fixture.h"
 

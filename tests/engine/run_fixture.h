@@ -108,6 +108,7 @@ class RunTest : public testing::Test {
     for (std::size_t at = 0; (at = path.find('%', at)) != std::string::npos; ++at)
       path.replace(at, 3, 1, static_cast<char>(std::stoi(path.substr(at + 1, 2), nullptr, 16)));
     if (on_request_) on_request_(path);
+    if (on_answer_ && on_answer_(peer, path)) return;
     if (!sandbox_.Has(path)) {
       peer.Send("HTTP/1.1 404 Not Found\r\nConnection: close\r\nContent-Length: 0\r\n\r\n");
       return;
@@ -132,7 +133,8 @@ class RunTest : public testing::Test {
   RecordingProcesses processes_;
   FixedProductVersion product_version_;
   MemorySettings settings_;
-  std::function<void(const std::string& path)> on_request_;  // on the server's thread
+  std::function<void(const std::string& path)> on_request_;             // on the server's thread
+  std::function<bool(Peer& peer, const std::string& path)> on_answer_;  // false: the file is sent
   Release release_;
   RunListener listener_;
   std::string cancel_at_;
