@@ -34,6 +34,11 @@ class FrontEnd {
   virtual std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
                                              bool is_secret) = 0;
 
+  // The path of a file to write, which may exist: the user has agreed to replace it. Nothing if
+  // they declined or nobody can answer. A terminal takes the suggested name.
+  virtual std::optional<std::string> AskSavePlace(const std::string& title,
+                                                  const std::string& suggested_name) = 0;
+
   // Processes the pending events of the windows; returns at once if there are none.
   virtual void RunPendingEvents() = 0;
 

@@ -109,6 +109,12 @@ class ScriptedFrontEnd final : public ports::FrontEnd {
     return Next(texts).value_or(std::nullopt);
   }
 
+  std::optional<std::string> AskSavePlace(const std::string& title,
+                                          const std::string& suggested_name) override {
+    log.push_back("save|" + title + "|" + suggested_name);
+    return Next(texts).value_or(std::nullopt);
+  }
+
   void RunPendingEvents() override {
     ++event_rounds;
     if (on_events) on_events();

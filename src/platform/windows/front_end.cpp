@@ -2,6 +2,7 @@
 
 #include "platform/windows/advice_box.h"
 #include "platform/windows/input_box.h"
+#include "platform/windows/save_box.h"
 #include "platform/windows/view_window.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/win_error_view.h"
@@ -32,6 +33,12 @@ class WindowsFrontEnd final : public ports::FrontEnd {
                                      bool is_secret) override {
     open_.CallAttention();
     return ShowInputBox(open_.Top(), title, prompt, is_secret);
+  }
+
+  std::optional<std::string> AskSavePlace(const std::string& title,
+                                          const std::string& suggested_name) override {
+    open_.CallAttention();
+    return ShowSaveBox(open_.Top(), title, suggested_name);
   }
 
   void RunPendingEvents() override { open_.RunPending(); }

@@ -2,6 +2,8 @@
 
 #include <QClipboard>
 #include <QDialog>
+#include <QDir>
+#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -138,6 +140,16 @@ std::optional<std::string> AskTextBox(QtApplication& application, const std::str
   application.RunBox(box);
   if (box.result() != QDialog::Accepted) return std::nullopt;
   return line.text().toStdString();
+}
+
+std::optional<std::string> AskSaveBox(QtApplication& application, const std::string& title,
+                                      const std::string& suggested_name) {
+  QFileDialog box(application.BoxOwner(), ToQt(title), QDir::homePath());
+  box.setAcceptMode(QFileDialog::AcceptSave);
+  box.selectFile(ToQt(suggested_name));
+  application.RunBox(box);
+  if (box.result() != QDialog::Accepted) return std::nullopt;
+  return box.selectedFiles().value(0).toStdString();
 }
 
 }  // namespace platform

@@ -21,4 +21,8 @@ bool AskYesNoBox(QtApplication& application, const std::string& title, const std
 std::optional<std::string> AskTextBox(QtApplication& application, const std::string& title,
                                       const std::string& prompt, bool is_secret);
 
+// Esc and the close box decline. The suggested file lies in the user's home.
+std::optional<std::string> AskSaveBox(QtApplication& application, const std::string& title,
+                                      const std::string& suggested_name);
+
 }  // namespace platform

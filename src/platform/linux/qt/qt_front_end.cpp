@@ -30,6 +30,11 @@ class QtFrontEnd final : public ports::FrontEnd {
     return AskTextBox(Application(), title, prompt, is_secret);
   }
 
+  std::optional<std::string> AskSavePlace(const std::string& title,
+                                          const std::string& suggested_name) override {
+    return AskSaveBox(Application(), title, suggested_name);
+  }
+
   void RunPendingEvents() override {
     if (!application_) return;
     // Asking the display server is a system call: a download that made one for every piece would

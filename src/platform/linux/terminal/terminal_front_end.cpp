@@ -46,6 +46,11 @@ class TerminalFrontEnd final : public ports::FrontEnd {
     return answer;
   }
 
+  std::optional<std::string> AskSavePlace(const std::string& /*title*/,
+                                          const std::string& suggested_name) override {
+    return suggested_name;
+  }
+
   void RunPendingEvents() override {
     if (open_view_ != nullptr) open_view_->RunEvents();
   }
