@@ -47,14 +47,17 @@ void AddDatabaseTargets(LookPlan& plan) {
     plan.Files.push_back({JoinPath(scripts, name)});
 }
 
+ports::FileSystem& Files() {
+  return *ports::CurrentPorts().files;
+}
+
 ports::Status TryToWrite(const std::string& folder) {
-  ports::FileSystem& files = *ports::CurrentPorts().files;
   const std::string probe = JoinPath(folder, kProbeFile);
-  static_cast<void>(files.RemoveFile(probe));
-  const auto opened = files.Open(probe, ports::FileMode::kCreateNew);
+  static_cast<void>(Files().RemoveFile(probe));
+  const auto opened = Files().Open(probe, ports::FileMode::kCreateNew);
   if (!opened) return ports::Status::Failure(opened.code);
   const ports::Status closed = opened.value->Close();
-  const ports::Status removed = files.RemoveFile(probe);
+  const ports::Status removed = Files().RemoveFile(probe);
   return closed ? removed : closed;
 }
 
@@ -66,7 +69,7 @@ Obstacle Refused(ObstacleSite site, std::string place, ports::SystemCode code) {
 // seen and examined once.
 std::optional<Obstacle> ExamineFolder(std::string folder, std::set<std::string>& seen) {
   for (;;) {
-    const auto facts = ports::CurrentPorts().files->Examine(folder);
+    const auto facts = Files().Examine(folder);
     if (!facts) return Refused(ObstacleSite::kFolder, folder, facts.code);
     if (facts.value.kind == ports::FileKind::kFolder) break;
     if (facts.value.kind != ports::FileKind::kNone)

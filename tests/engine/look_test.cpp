@@ -35,46 +35,38 @@ TEST_F(LookTest, WhatIsInTheWayIsNamedBeforeTheQuestionOrBeforeTheFirstRemoval) 
   release_.files[0].is_com = "yes";
   Publish();
   const std::string program = "\"" + Path("Продукт/Bin/Программа.dll") + "\"";
-  const struct {
-    const char* what;
-    std::function<void()> plant;
-    std::function<void()> clear;
-    std::string beginning;  // of the box, with native separators
-  } cases[] = {
-      {"folder", [&] { std::filesystem::create_directories(ToPath(Path("Продукт/help.txt"))); },
-       [&] { std::filesystem::remove(ToPath(Path("Продукт/help.txt"))); },
-       "На месте файла \"" + Path("Продукт/help.txt") + "\" находится папка."},
-      {"file", [&] { sandbox_.Write("Продукт/Bin", "x"); },
-       [&] { std::filesystem::remove(ToPath(Path("Продукт/Bin"))); },
-       "На месте папки \"" + Path("Продукт/Bin") + "\" находится файл."},
-      {"protected",
+  const std::pair<std::string, std::function<void()>> cases[] = {
+      {"На месте файла \"" + Path("Продукт/help.txt") + "\" находится папка.",
+       [&] { sandbox_.Write("Продукт/help.txt/x", "x"); }},
+      {"На месте папки \"" + Path("Продукт/Bin") + "\" находится файл.",
+       [&] { sandbox_.Write("Продукт/Bin", "x"); }},
+      {"Невозможно заменить файлы в папке \"" + Path("Продукт/Bin") + "\":\r\n",
+       [&] { sandbox_.Write("Продукт/Bin/TmWebUpdate.probe/held", "x"); }},
+      {"Файл " + program + " защищен от изменений:\r\n",
        [&] {
          Script("Bin/Программа.dll", {{Hindrance::kProtected, 1}});
-       },
-       [] {}, "Файл " + program + " защищен от изменений:\r\n"},
-      {"forbidden",
+       }},
+      {"Невозможно заменить файл " + program + ":\r\n",
        [&] {
          Script("Bin/Программа.dll", {{Hindrance::kForbidden, kDenied}});
-       },
-       [] {}, "Невозможно заменить файл " + program + ":\r\n"},
-      {"registry", [&] { probe_.may_register = ports::Status::Failure(kDenied); },
-       [&] { probe_.may_register = ports::Status::Success(); },
-       "Невозможно зарегистрировать компоненты программы в системном реестре:\r\n"},
+       }},
+      {"Невозможно зарегистрировать компоненты программы в системном реестре:\r\n",
+       [&] { probe_.may_register = ports::Status::Failure(kDenied); }},
   };
-  for (const auto& c : cases) {
+  for (const auto& [beginning, plant] : cases) {
     for (const bool is_second : {false, true}) {
-      SCOPED_TRACE(c.what);
-      front_end_.answers = {true};
-      const std::string moment = "sub " + server_.Url("/TMW_3.6.0.2/f1.tmz");
-      on_line_ = [&](const std::string& line) {
-        if (is_second && line == moment) c.plant();
+      std::filesystem::remove_all(ToPath(Path("Продукт")));
+      probe_.may_register = ports::Status::Success();
+      on_line_ = [&, act = plant](const std::string& line) {
+        if (line == (is_second ? "main Загрузка компонент..." : "icon scan")) act();
       };
-      if (!is_second) c.plant();
+      front_end_.answers = {true};
       const auto boxes = Run();
-      c.clear();
-      ASSERT_EQ(boxes.size(), is_second ? 2U : 1U);
-      EXPECT_TRUE(boxes.back().starts_with(kError + c.beginning)) << boxes.back();
-      EXPECT_TRUE(boxes.back().ends_with(" Ничего не изменено.")) << boxes.back();
+      ASSERT_EQ(boxes.size(), is_second ? 2U : 1U) << beginning;
+      EXPECT_TRUE(boxes.back().starts_with(kError + beginning) &&
+                  boxes.back().ends_with(" Ничего не изменено."))
+          << boxes.back();
+      EXPECT_EQ(listener_.Has("main Загрузка компонент..."), is_second);
       EXPECT_FALSE(listener_.Has("icon trash"));
     }
   }
@@ -109,56 +101,42 @@ TEST_F(LookTest, TooLittleRoomRefusesAndPerhapsTooLittleAsks) {
   release_.files[0].content = std::string(30'000, 'x');
   Publish();
   sandbox_.Write("Продукт/Bin/Программа.dll", std::string(20'000, 'y'));
-  const auto size = [&](const char* name) {
-    return static_cast<std::int64_t>(
-        sandbox_.Read("server/TMW_3.6.0.2/" + std::string(name)).size());
-  };
-  // The second file's package is smaller than the first one's, which is gone by then.
-  const std::int64_t loading = 30'000 + size("f1.tmz");
+  const auto package = sandbox_.Read("server/TMW_3.6.0.2/f1.tmz").size();
+  const auto loading = static_cast<std::int64_t>(30'000 + package);
   const std::int64_t growth = 10'000 + 8;
+  const std::string volume = "question|Обновление программы|Ориент";
+  const std::string perhaps =
+      "question|Обновление программы|Может не хватить места на диске, на "
+      "котором находится папка \"";
+  const auto set_space = [&](std::int64_t temporary, std::int64_t product) {
+    probe_.space = [=](const std::string& folder) {
+      const bool is_temporary = product < 0 || folder.find("TMW_WebUpdate") != std::string::npos;
+      return ports::DiskSpace{is_temporary ? "t" : "p", is_temporary ? temporary : product};
+    };
+  };
   const struct {
-    const char* what;
     std::int64_t temporary;
-    std::int64_t product;
-    bool has_one_disk;
-    std::string box;  // its beginning; empty: only the question about the volume
+    std::int64_t product;  // -1: on the same disk
+    std::string box;       // its beginning
   } cases[] = {
-      {"just enough", loading, growth, false, ""},
-      {"too little to load", loading - 1, growth, false,
-       kError + "Недостаточно места на диске, на котором находится папка \"" + Path("tmp") +
-           tmw::JoinPath("/", "TMW_WebUpdate") + "\".\r\nДля обновления необходимо не менее "},
-      {"perhaps too little to install", loading, growth - 1, false,
-       "question|Обновление программы|Может не хватить места на диске, на котором находится папка "
-       "\"" +
-           Path("Продукт")},
-      {"one disk", loading + growth, 0, true, ""},
-      {"one disk, perhaps too little", loading + growth - 1, 0, true,
-       "question|Обновление программы|Может не хватить места на диске, на котором находится папка "
-       "\"" +
-           Path("tmp")},
+      {loading, growth, volume},
+      {loading - 1, growth,
+       kError + "Недостаточно места на диске, на котором находится папка \"" +
+           Path("tmp/TMW_WebUpdate") + "\".\r\nДля обновления необходимо не менее "},
+      {loading, growth - 1, perhaps + Path("Продукт")},
+      {loading + growth, -1, volume},
+      {loading + growth - 1, -1, perhaps + Path("tmp")},
   };
   for (const auto& c : cases) {
-    probe_.space = [&](const std::string& folder) {
-      const bool is_temporary = c.has_one_disk || folder.find("TMW_WebUpdate") != std::string::npos;
-      return ports::DiskSpace{is_temporary ? "t" : "p", is_temporary ? c.temporary : c.product};
-    };
+    set_space(c.temporary, c.product);
     front_end_.answers = {false};
-    const auto boxes = Run();
-    ASSERT_EQ(boxes.size(), 1U) << c.what;
-    EXPECT_TRUE(
-        boxes[0].starts_with(c.box.empty() ? "question|Обновление программы|Ориент" : c.box))
-        << c.what << boxes[0];
+    ASSERT_EQ(Run().size(), 1U) << c.box;
+    EXPECT_TRUE(front_end_.log[0].starts_with(c.box)) << front_end_.log[0];
   }
-  // The answer yes goes on; before the removal it is asked once more, about what is left to do.
-  probe_.space = [&](const std::string& folder) {
-    return ports::DiskSpace{
-        folder.find("TMW_WebUpdate") != std::string::npos ? "t" : "p",
-        folder.find("TMW_WebUpdate") != std::string::npos ? loading : growth - 1};
-  };
+  set_space(loading, growth - 1);
   front_end_.answers = {true, true, false};
-  EXPECT_EQ(Run().size(), 3U);
+  EXPECT_EQ(Run().size(), 3U) << "asked once more before the removal";
   EXPECT_FALSE(listener_.Has("icon trash"));
-  EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll")[0], 'y');
 }
 
 TEST(Look, LoadingTakesTheMostRoomAtSomeMoment) {

@@ -213,15 +213,6 @@ TEST_F(RunTest, AnInterruptedInstallationIsFinishedThoughAllFilesAreNew) {
   EXPECT_FALSE(updated_) << "the mark went with the clean-up";
 }
 
-TEST_F(RunTest, AFolderThatCannotBeWrittenToIsNamedBeforeAnythingIsLoaded) {
-  Publish();
-  std::filesystem::create_directories(ToPath(Path("Продукт/Bin/TmWebUpdate.probe/held")));
-  ASSERT_EQ(Run().size(), 1U);
-  EXPECT_TRUE(front_end_.log[0].starts_with(kError + "Невозможно заменить файлы в папке \""));
-  EXPECT_NE(front_end_.log[0].find("Bin\":"), std::string::npos) << front_end_.log[0];
-  EXPECT_EQ(Requests().size(), 3U);
-}
-
 TEST_F(RunTest, EitherMarkIsEnoughForARunToFinishTheInstallation) {
   release_.files.push_back({"tmwebupdate.exe", "updater", "{p}tm"});
   Publish();
