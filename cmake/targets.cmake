@@ -17,7 +17,8 @@ endif()
 if(WIN32)
   # Windows 7 is the oldest system; static linking keeps the updater one self-contained file.
   target_compile_definitions(tmw_settings INTERFACE
-    UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601 _FILE_OFFSET_BITS=64)
+    UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601 _FILE_OFFSET_BITS=64
+    $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>:__MINGW_USE_VC2005_COMPAT>)  # times of 64 bits
   target_link_options(tmw_settings INTERFACE -static
     -Wl,--tsaware,--major-subsystem-version=6,--minor-subsystem-version=1)
 else()

@@ -26,7 +26,7 @@ class SettingsStore {
  public:
   virtual ~SettingsStore() = default;
 
-  // String values (REG_SZ, REG_EXPAND_SZ unexpanded).
+  // String values (REG_SZ; REG_EXPAND_SZ with its variables filled in, which Linux leaves alone).
   virtual Setting<std::string> ReadString(SettingsRoot root, const std::string& key,
                                           const std::string& name) = 0;
 

@@ -66,8 +66,8 @@ inline bool IsXmlWhiteSpace(std::string_view text) {
 // Elements nested deeper than this are refused.
 inline constexpr int kXmlMaxDepth = 256;
 
-// The system's XML parser: MSXML 4.0 on Windows, libxml2 on Linux. Nothing but the given bytes is
-// ever read: no network, no external entities, no external document type.
+// The system's XML parser: MSXML 4.0, else 6.0, on Windows; libxml2 on Linux. Nothing but the given
+// bytes is ever read: no network, no external entities, no external document type.
 class XmlParser {
  public:
   virtual ~XmlParser() = default;

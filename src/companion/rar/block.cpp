@@ -40,6 +40,7 @@ std::int64_t FromDosTime(std::uint32_t dos_time) {
   local.tm_min = bits(5, 6);
   local.tm_sec = bits(0, 5) * 2;
   local.tm_isdst = -1;
+  static_assert(sizeof(std::time_t) == 8, "the form reaches the year 2107");
   return std::mktime(&local);
 }
 

@@ -12,8 +12,22 @@
 namespace platform {
 namespace {
 
+// The first window with a caption that a process shows takes the shape that its starter wished
+// (hidden, minimised, maximised), whatever the call says. It is this one, which nobody sees: a
+// layered window without contents.
+void SpendStartersWish() {
+  const HWND window =
+      CreateWindowExW(WS_EX_LAYERED | WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, L"STATIC", L"",
+                      WS_POPUP | WS_CAPTION, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+  if (window == nullptr) return;
+  ShowWindow(window, SW_SHOWNORMAL);
+  DestroyWindow(window);
+}
+
 class WindowsFrontEnd final : public ports::FrontEnd {
  public:
+  WindowsFrontEnd() { SpendStartersWish(); }
+
   bool CanAsk() override { return true; }
 
   void ShowMessage(ports::MessageKind kind, const std::string& title, const std::string& text,

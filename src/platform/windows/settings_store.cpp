@@ -62,6 +62,16 @@ ports::Setting<RawValue> ReadRaw(ports::SettingsRoot root, const std::string& ke
   return ports::Setting<RawValue>::Success(std::move(value));
 }
 
+// A text whose variables cannot be filled in stays as it is.
+std::string Expanded(const std::string& text) {
+  const std::wstring wide = ToWide(text);
+  std::wstring expanded(ExpandEnvironmentStringsW(wide.c_str(), nullptr, 0), L'\0');
+  const DWORD length =
+      ExpandEnvironmentStringsW(wide.c_str(), expanded.data(), static_cast<DWORD>(expanded.size()));
+  if (length == 0 || length > expanded.size()) return text;
+  return FromWide({expanded.data(), length - 1});
+}
+
 class WindowsSettingsStore final : public ports::SettingsStore {
  public:
   ports::Setting<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
@@ -73,6 +83,7 @@ class WindowsSettingsStore final : public ports::SettingsStore {
     std::string text = tmw::Utf16ToUtf8(
         tmw::BytesToUtf16({reinterpret_cast<const char*>(bytes.data()), bytes.size()}));
     text.erase(std::min(text.find('\0'), text.size()));
+    if (raw.value->type == REG_EXPAND_SZ) text = Expanded(text);
     return ports::Setting<std::string>::Success(std::move(text));
   }
 

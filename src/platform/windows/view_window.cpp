@@ -88,9 +88,6 @@ bool OpenWindows::WaitAndRun() {
 
 ViewWindow::ViewWindow(OpenWindows& open, DWORD style, SIZE client) : open_(open), client_(client) {
   RegisterWindowClass(Procedure);
-  // A run works for minutes without asking for messages. The system would replace the window by a
-  // ghost that no longer shows what is painted.
-  DisableProcessWindowsGhosting();
   const HWND owner = open.Top();
   CreateWindowExW(owner == nullptr ? WS_EX_APPWINDOW : 0, kWindowClass, L"",
                   style | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT,

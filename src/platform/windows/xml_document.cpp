@@ -1,9 +1,11 @@
-#include "platform/factories.h"
+#include "platform/windows/xml_document.h"
 
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "foundation/text.h"
+#include "platform/factories.h"
 #include "platform/windows/com.h"
 #include "platform/windows/windows_texts.h"
 #include "ports/xml_document.h"
@@ -13,9 +15,6 @@
 namespace platform {
 namespace {
 
-// This version and no other: later ones behave differently.
-constexpr const wchar_t* kProgId = L"Msxml2.DOMDocument.4.0";
-
 // IXMLDOMDocument2; the cross compiler's libraries lack it.
 constexpr IID kDocumentInterface = {
     0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
@@ -24,23 +23,38 @@ std::string InHex(HRESULT code) {
   return "0x" + tmw::ToHex(static_cast<std::int32_t>(code));
 }
 
-std::string WhyNotCreated(HRESULT code) {
-  const std::string component = tmw::Quoted(FromWide(kProgId));
+std::string WhyNotCreated(const wchar_t* prog_id, HRESULT code) {
+  const std::string component = tmw::Quoted(FromWide(prog_id));
   const bool is_missing = code == CO_E_CLASSSTRING || code == REGDB_E_CLASSNOTREG;
   return is_missing ? windows_texts::XmlNotRegistered(component, InHex(code))
                     : windows_texts::XmlNotCreated(component, InHex(code));
 }
 
-HRESULT CreateDocument(ComPointer<IXMLDOMDocument2>& document) {
+HRESULT CreateVersion(const wchar_t* prog_id, ComPointer<IXMLDOMDocument2>& document) {
   CLSID class_id{};
-  const HRESULT found = CLSIDFromProgID(kProgId, &class_id);
+  const HRESULT found = CLSIDFromProgID(prog_id, &class_id);
   if (FAILED(found)) return found;
   return CoCreateInstance(class_id, nullptr, CLSCTX_INPROC_SERVER, kDocumentInterface,
                           reinterpret_cast<void**>(document.Out()));
 }
 
+void SetProperty(IXMLDOMDocument2& document, const char* name, VARTYPE kind, LONG number) {
+  const ComText text(name);
+  ComValue value;
+  value.Out()->vt = kind;
+  if (kind == VT_BOOL) {
+    value.Get().boolVal = static_cast<VARIANT_BOOL>(number);
+  } else {
+    value.Get().lVal = number;
+  }
+  static_cast<void>(document.setProperty(text.Get(), value.Get()));
+}
+
 // White space is kept here and filtered by CopyNode, by the same rule as on Linux.
 HRESULT Configure(IXMLDOMDocument2& document) {
+  // Version 6.0 refuses what 4.0, which does not know these properties, allows.
+  SetProperty(document, "ProhibitDTD", VT_BOOL, VARIANT_FALSE);
+  SetProperty(document, "MaxElementDepth", VT_I4, 0);
   HRESULT result = document.put_async(VARIANT_FALSE);
   if (SUCCEEDED(result)) result = document.put_validateOnParse(VARIANT_FALSE);
   if (SUCCEEDED(result)) result = document.put_resolveExternals(VARIANT_FALSE);
@@ -171,11 +185,13 @@ ports::XmlParseResult Refused(HRESULT code) {
 
 class MsXmlParser final : public ports::XmlParser {
  public:
+  explicit MsXmlParser(std::vector<const wchar_t*> prog_ids) : prog_ids_(std::move(prog_ids)) {}
+
   bool IsAvailable(std::string& reason) override {
     const ComScope scope;
     ComPointer<IXMLDOMDocument2> document;
-    const HRESULT created = CreateDocument(document);
-    if (FAILED(created)) reason = WhyNotCreated(created);
+    const HRESULT created = Create(document);
+    if (FAILED(created)) reason = WhyNotCreated(prog_ids_.front(), created);
     return SUCCEEDED(created);
   }
 
@@ -184,9 +200,9 @@ class MsXmlParser final : public ports::XmlParser {
     if (bytes.size() > std::numeric_limits<std::int32_t>::max()) return Refused(E_OUTOFMEMORY);
     const ComScope scope;
     ComPointer<IXMLDOMDocument2> document;
-    HRESULT code = CreateDocument(document);
+    HRESULT code = Create(document);
     if (FAILED(code)) {
-      result.error.reason = WhyNotCreated(code);
+      result.error.reason = WhyNotCreated(prog_ids_.front(), code);
       return result;
     }
     ComValue array;
@@ -205,12 +221,30 @@ class MsXmlParser final : public ports::XmlParser {
     result.document = std::move(tree);
     return result;
   }
+
+ private:
+  // The first version that there is; without any the failure of the first.
+  HRESULT Create(ComPointer<IXMLDOMDocument2>& document) const {
+    HRESULT first = S_OK;
+    for (const wchar_t* const prog_id : prog_ids_) {
+      const HRESULT created = CreateVersion(prog_id, document);
+      if (SUCCEEDED(created)) return created;
+      if (SUCCEEDED(first)) first = created;
+    }
+    return first;
+  }
+
+  std::vector<const wchar_t*> prog_ids_;
 };
 
 }  // namespace
 
+std::unique_ptr<ports::XmlParser> MakeMsXmlParser(std::vector<const wchar_t*> prog_ids) {
+  return std::make_unique<MsXmlParser>(std::move(prog_ids));
+}
+
 std::unique_ptr<ports::XmlParser> MakeXmlParser() {
-  return std::make_unique<MsXmlParser>();
+  return MakeMsXmlParser({kMsXml4, kMsXml6});
 }
 
 }  // namespace platform
