@@ -81,15 +81,13 @@ inline std::string DigestNotLoaded(const std::string& reason) {
 inline const std::string kNothingChanged = "На данном компьютере ничего не изменено.";
 
 inline std::string FaultyKey(const std::string& key) {
-  return "Открытый ключ обновлений записан неверно: " + Quoted(key) +
-         ". Проверьте параметр General\\UpdateKeys в настройках программы.";
+  return "Открытый ключ обновлений в параметре General\\UpdateKeys записан неверно: " +
+         Quoted(key) + ".";
 }
 
 inline std::string WebPageInstead(const std::string& url) {
   return "По адресу " + Quoted(url) +
-         " вместо файла с информацией о версии получена веб-страница: похоже, сеть требует входа "
-         "через браузер. " +
-         kNothingChanged;
+         " вместо файла с информацией о версии получена веб-страница. " + kNothingChanged;
 }
 
 inline std::string DigestNotTrusted(const std::string& reasons) {
@@ -132,8 +130,8 @@ inline std::string SerialTooLow(std::int64_t found, std::int64_t accepted) {
 
 inline std::string DigestExpired(const std::string& last_day, const std::string& today) {
   return "Срок действия файла с информацией о версии истек: последний день — " + last_day +
-         ", сегодня — " + today + ". " + kNothingChanged + kBreak + kBreak +
-         "Проверьте дату на этом компьютере. Если она верна, сервер отдает устаревший файл.";
+         ", сегодня — " + today +
+         ". Если дата на этом компьютере верна, сервер отдает устаревший файл. " + kNothingChanged;
 }
 
 // The server list.
@@ -180,13 +178,12 @@ inline std::string ManifestNotAnnounced(const std::string& url) {
   return "Список файлов, загруженный по адресу " + Quoted(url) +
          ", не совпадает с объявленным в файле с информацией о версии: этот сервер отдает "
          "устаревший, поврежденный или чужой список. " +
-         kNothingChanged + kBreak + kBreak + "Повторите обновление через некоторое время.";
+         kNothingChanged;
 }
 
 inline std::string ReleaseReplaced(const std::string& begun, const std::string& announced) {
   return "Пока загружалась версия " + begun + ", на сервере было объявлено другое обновление (" +
-         announced + "). На данном компьютере ничего не изменено." + kBreak + kBreak +
-         "Запустите обновление еще раз.";
+         announced + "). " + kNothingChanged;
 }
 
 inline std::string NoXmlComponent(const std::string& reason) {

@@ -48,9 +48,9 @@ std::string KeyIdText(const KeyId& id) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string text;
   // The last byte comes first.
-  for (auto byte = id.rbegin(); byte != id.rend(); ++byte) {
-    text += kDigits[*byte >> 4U];
-    text += kDigits[*byte & 15U];
+  for (std::size_t i = id.size(); i-- > 0;) {
+    text += kDigits[id[i] >> 4U];
+    text += kDigits[id[i] & 15U];
   }
   return text;
 }

@@ -7,8 +7,8 @@
 namespace signature {
 
 void RequireSodium() {
-  static const int started = sodium_init();
-  if (started < 0) throw std::runtime_error("libsodium does not start");
+  static const int kResult = sodium_init();
+  if (kResult < 0) throw std::runtime_error("libsodium does not start");
 }
 
 std::optional<Bytes> DecodeBase64(std::string_view text, std::size_t length) {
