@@ -61,12 +61,12 @@ std::optional<std::vector<ZipListing>> TryListZip(const std::string& file) {
   for (std::size_t at = 0; at < directory->size();) {
     if (directory->size() - at < kCentralLength || NumberAt(*directory, at, 4) != kCentralMark)
       return std::nullopt;
-    const std::size_t name = NumberAt(*directory, at + 28, 2);
+    const auto name = static_cast<std::size_t>(NumberAt(*directory, at + 28, 2));
     entries.push_back({directory->substr(at + kCentralLength, name),
                        NumberAt(*directory, at + 24, 4),
                        static_cast<std::uint32_t>(NumberAt(*directory, at + 16, 4))});
-    at +=
-        kCentralLength + name + NumberAt(*directory, at + 30, 2) + NumberAt(*directory, at + 32, 2);
+    const std::uint64_t rest = NumberAt(*directory, at + 30, 2) + NumberAt(*directory, at + 32, 2);
+    at += kCentralLength + name + static_cast<std::size_t>(rest);
   }
   if (entries.size() != NumberAt(*end, 10, 2)) return std::nullopt;
   return entries;
