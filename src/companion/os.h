@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
@@ -103,10 +104,15 @@ bool RemoveFolder(const std::string& path);
 void FlushFolderOf(const std::string& path);
 bool SetModified(const std::string& path, std::int64_t modified);
 
-// The part before the last separator, "." if there is none.
-std::string FolderOf(const std::string& path);
 char Separator();
 bool IsSeparator(char c);
+// The part before the last separator, "." if there is none, and the part behind it.
+std::string FolderOf(const std::string& path);
+inline std::string NameOf(std::string path) {
+  const auto separator = std::find_if(path.rbegin(), path.rend(), IsSeparator);
+  path.erase(path.begin(), separator.base());
+  return path;
+}
 bool IsAbsolute(const std::string& path);
 
 std::tm LocalTime(std::int64_t seconds);

@@ -63,6 +63,20 @@ TEST(RarArchive, HeadersAreListedAndEntriesSkipped) {
   EXPECT_EQ(archive.Handle(), nullptr);
 }
 
+TEST(RarArchive, ATargetNameIsSplitAsTheSystemSplitsIt) {
+  Sandbox sandbox;
+  const std::string package = MakePackage(sandbox, {"a.txt"});
+  for (const std::string name : {"plain", "out/in", "out/back\\slash"}) {
+    RarArchive archive;
+    archive.OpenArchive(package, kExtract);
+    std::string entry;
+    std::uint32_t number = 0;
+    ASSERT_TRUE(archive.ReadHeader(entry, number, number, number));
+    archive.ProcessFile(2, "", sandbox.Path(name));
+    EXPECT_TRUE(sandbox.Has(name));
+  }
+}
+
 TEST(RarArchive, AnEntryIsFoundWithoutRegardToLetterCase) {
   for (const RarFormat format : {RarFormat::kRar4, RarFormat::kRar5}) {
     Sandbox sandbox;

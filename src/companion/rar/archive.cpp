@@ -284,8 +284,7 @@ void Archive::ExtractTo(const std::string& folder, const std::string& target) {
   std::vector<std::string> beneath = *parts;
   if (!target.empty()) {
     root = os::FolderOf(target);
-    const std::size_t name = target.find_last_of("/\\");
-    beneath = {name == std::string::npos ? target : target.substr(name + 1)};
+    beneath = {os::NameOf(target)};
   }
   os::Attributes attributes;
   attributes.modified = entry_.modified;

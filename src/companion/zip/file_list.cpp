@@ -73,12 +73,12 @@ class Collector {
     const std::string path = Join(settings_.root, name);
     if (settings_.recurse == 2) {
       const std::string top = settings_.root.empty() ? "." : settings_.root;
-      TakeMatches(top, os::FolderOf(name) == "." ? name : LastPart(name), kMaxDepth, name);
+      TakeMatches(top, os::FolderOf(name) == "." ? name : os::NameOf(name), kMaxDepth, name);
       return;
     }
     const os::Facts facts = os::Examine(path);
-    if (facts.kind == os::Kind::kNone && HasMask(LastPart(name))) {
-      TakeMatches(os::FolderOf(path), LastPart(name), 0, name);
+    if (facts.kind == os::Kind::kNone && HasMask(os::NameOf(name))) {
+      TakeMatches(os::FolderOf(path), os::NameOf(name), 0, name);
     } else if (facts.kind == os::Kind::kNone) {
       inputs_.missing.push_back(name);
     } else {
@@ -89,11 +89,6 @@ class Collector {
   ZipInputs Result() && { return std::move(inputs_); }
 
  private:
-  static std::string LastPart(const std::string& path) {
-    const std::string plain = WithSlashes(path);
-    return path.substr(plain.rfind('/') + 1);
-  }
-
   void TakeMatches(const std::string& folder, const std::string& mask, int depth,
                    const std::string& asked) {
     const std::size_t before = inputs_.found.size();
