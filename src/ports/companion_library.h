@@ -21,8 +21,8 @@ class CompanionLibrary {
   // The file that Load takes.
   virtual std::string Path() const = 0;
 
-  // A path in the 8-bit form that the entry points take: code page 1251 on Windows, with short names
-  // for what it cannot hold; UTF-8 on Linux.
+  // A path in the 8-bit form that the entry points take: code page 1251 on Windows, with short
+  // names for what it cannot hold; UTF-8 on Linux.
   virtual std::string NarrowPath(const std::string& path) const = 0;
 
   // The last system error. To be read alone, on the line after the failing call.

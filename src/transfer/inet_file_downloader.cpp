@@ -8,6 +8,7 @@
 #include "foundation/file_utils.h"
 #include "ports/clock.h"
 #include "ports/ports.h"
+#include "services/advice.h"
 #include "services/run_log.h"
 #include "transfer/attempts.h"
 #include "transfer/inet.h"
@@ -25,6 +26,12 @@ std::int32_t ToPosition(std::int64_t value) {
   if (value > std::numeric_limits<std::int32_t>::max())
     throw ProgramError(kOverflowErrorNumber, transfer_texts::kOverflow);
   return static_cast<std::int32_t>(value);
+}
+
+// Hardly ever a file that has shrunk: a network that wants a login answers with a page of its own.
+[[noreturn]] void RaiseShorterThanPart(const std::string& url) {
+  NoteFailure(FailureKind::kLoginPage);
+  RaiseProgramError(transfer_texts::ShorterThanPart(url));
 }
 
 void OpenForAppending(BinaryFile& file, const std::string& name) {
@@ -76,7 +83,7 @@ bool InetFileDownloader::TryOnce(const std::string& url, const std::string& targ
   PerformDownloading();
   part_file_.reset();
   if (IsCancelPressed()) return false;
-  if (pos_ < kept_) RaiseProgramError(transfer_texts::ShorterThanPart(url));
+  if (pos_ < kept_) RaiseShorterThanPart(url);
   CommitPartFile(part_file_name_, target);
   LogEvent("loaded", {{"address", url}, {"bytes", pos_}, {"file", target}});
   if (kept_ > 0) DeleteFile(target + std::string(names::kPartEnding));
@@ -128,7 +135,7 @@ void InetFileDownloader::MakeRoomForWhole(std::int32_t part_size) {
   if (announced >= part_size) {
     DeleteFile(part_file_name_);
   } else if (announced >= 0) {
-    RaiseProgramError(transfer_texts::ShorterThanPart(url_->Url()));
+    RaiseShorterThanPart(url_->Url());
   } else {
     kept_ = part_size;
     part_file_name_ += std::string(names::kNewPartEnding);
