@@ -44,7 +44,7 @@ platform/windows/database         ports jet/engine platform/factories platform/w
 platform/windows                  ports foundation services platform/factories platform/windows
 engine                            ports foundation services sha256 signature transfer packages database
 publish                           ports foundation services sha256 signature transfer packages packing database tools
-jetsql                            ports foundation services database tools jet/file
+jetsql                            ports foundation services database tools jet/engine jet/file jet/values jet/store/field_properties jet/store/file_definitions
 support                           ports foundation services sha256 packages database tools
 rollback                          ports foundation services packages database tools
 ui                                ports foundation services engine

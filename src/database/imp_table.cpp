@@ -47,20 +47,29 @@ void ImpTable::ImportFromFile(const std::string& path, ports::Database& database
   const std::string text =
       IsUnicodeFile(path) ? ReadUnicodeFileToString(path) : ReadFileToString(path);
   const bool has_rows = !LowerCase(path).ends_with(names::kTableStructureEnding);
-  Import(text, has_rows, path, database);
+  TableTextReader reader(text);
+  Import(reader, has_rows, path, database);
 } catch (...) {
   ReRaiseError(kModule, "ImportFromFile");
 }
 
+void ImpTable::ImportFromSource(std::function<std::string()> source, bool has_rows,
+                                const std::string& label, ports::Database& database) try {
+  TableTextReader reader(std::move(source));
+  Import(reader, has_rows, label, database);
+} catch (...) {
+  ReRaiseError(kModule, "ImportFromSource");
+}
+
 void ImpTable::ImportFromString(const std::string& text, ports::Database& database) try {
-  Import(text, true, table_name_, database);
+  TableTextReader reader(text);
+  Import(reader, true, table_name_, database);
 } catch (...) {
   ReRaiseError(kModule, "ImportFromString");
 }
 
-void ImpTable::Import(std::string_view text, bool has_rows, const std::string& label,
+void ImpTable::Import(TableTextReader& reader, bool has_rows, const std::string& label,
                       ports::Database& database) {
-  TableTextReader reader(text);
   try {
     blamed_line_ = 0;
     row_count_ = 0;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -29,6 +30,11 @@ class ImpTable {
   // ".table" file must carry rows, a ".tablestruct" file must not: its table becomes empty.
   void ImportFromFile(const std::string& path, ports::Database& database);
 
+  // The same for a text in UTF-8 that comes in pieces (TableTextReader::Source); the label names it
+  // in errors. With rows the text must carry them, without them it must not.
+  void ImportFromSource(std::function<std::string()> source, bool has_rows,
+                        const std::string& label, ports::Database& database);
+
   // A text that carries rows.
   void ImportFromString(const std::string& text, ports::Database& database);
 
@@ -36,7 +42,7 @@ class ImpTable {
   std::int64_t RowCount() const { return row_count_; }
 
  private:
-  void Import(std::string_view text, bool has_rows, const std::string& label,
+  void Import(TableTextReader& reader, bool has_rows, const std::string& label,
               ports::Database& database);
   void Replace(TableTextReader& reader, bool has_rows, ports::Database& database);
   void Fill(TableTextReader& reader, const ports::TableDefinition& table,

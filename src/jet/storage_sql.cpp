@@ -14,17 +14,20 @@ std::string CallSql(const Function& function, std::initializer_list<std::string_
   return std::string(function.name) + "(" + list + ")";
 }
 
+std::string BytesLiteral(std::string_view bytes) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string literal = "X'";
+  literal.reserve(bytes.size() * 2 + 3);
+  for (const char byte : bytes) {
+    literal += kDigits[static_cast<unsigned char>(byte) >> 4U];
+    literal += kDigits[static_cast<unsigned char>(byte) & 0x0FU];
+  }
+  return literal + "'";
+}
+
 // A plain literal would end at a zero character.
 std::string TextLiteral(std::string_view text) {
-  if (text.find('\0') != std::string_view::npos) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string hex = "CAST(x'";
-    for (const char c : text) {
-      hex += kDigits[static_cast<unsigned char>(c) >> 4U];
-      hex += kDigits[static_cast<unsigned char>(c) & 0x0FU];
-    }
-    return hex + "' AS TEXT)";
-  }
+  if (text.find('\0') != std::string_view::npos) return "CAST(" + BytesLiteral(text) + " AS TEXT)";
   std::string literal = "'";
   for (const char c : text) {
     literal += c;

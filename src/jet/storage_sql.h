@@ -29,6 +29,7 @@ void Append(std::string& list, std::string_view item, std::string_view separator
 std::string CallSql(const Function& function, std::initializer_list<std::string_view> arguments);
 // A text as a literal.
 std::string TextLiteral(std::string_view text);
+std::string BytesLiteral(std::string_view bytes);
 
 // The comments list the arguments in order; "type" is the number of the ValueType of the value
 // before it. Most functions return Null if any argument is Null. Comparisons return 1 or 0.

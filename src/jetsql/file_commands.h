@@ -14,4 +14,8 @@ int Info(const tools::Arguments& arguments);
 // is that of a failure when there is a fault.
 int Check(const tools::Arguments& arguments);
 
+// Copies what a damaged file still yields into a new one and lists what was lost; the exit code is
+// that of a failure when anything was.
+int Recover(const tools::Arguments& arguments);
+
 }  // namespace jetsql

@@ -77,6 +77,9 @@ class Processes {
   // Whether somebody may be watching standard error.
   virtual bool HasTerminal() const = 0;
 
+  // Whether standard output goes to a terminal.
+  virtual bool PrintsToTerminal() const = 0;
+
   // Ends this process at once, without any clean-up. Returns only when that failed.
   virtual Status Terminate(std::int32_t exit_code) = 0;
 };

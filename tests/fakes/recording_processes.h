@@ -57,6 +57,7 @@ class RecordingProcesses final : public ports::Processes {
   std::string OwnProgram() const override { return own_program; }
   std::string ProgramEnding() const override { return ".exe"; }
   bool HasTerminal() const override { return false; }
+  bool PrintsToTerminal() const override { return false; }
   ports::Status Terminate(std::int32_t) override { throw ProcessEnded(); }
 
  private:

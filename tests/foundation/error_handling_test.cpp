@@ -33,6 +33,7 @@ class NamedProgram final : public ports::Processes {
   std::string OwnProgram() const override { return "C:\\Папка\\TmWebUpdate.exe"; }
   std::string ProgramEnding() const override { return ".exe"; }
   bool HasTerminal() const override { return false; }
+  bool PrintsToTerminal() const override { return false; }
   ports::Status Terminate(std::int32_t) override { return ports::Status::Success(); }
 };
 

@@ -1,40 +1,69 @@
 #!/usr/bin/env bash
 # Tries the program jetsql from outside: what it prints, what it leaves, its exit codes.
 set -euo pipefail
-jetsql=$1
+jetsql=$1 samples=${2:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
+export LC_ALL=C.UTF-8
 
+fail() { echo "FAILED: $*"; cat errors; exit 1; }
 # expect CODE OUTPUT ARGUMENTS...: the exit code and the whole standard output.
 expect() {
   local code=$1 wanted=$2 output got=0
   shift 2
   output=$("$jetsql" "$@" 2>errors </dev/null) || got=$?
-  if [ "$got" != "$code" ] || [ "$output" != "$wanted" ]; then
-    printf 'FAILED: jetsql %s\ncode %s instead of %s, output:\n%s\nerrors:\n%s\n' \
-      "$*" "$got" "$code" "$output" "$(cat errors)"
-    exit 1
-  fi
+  [ "$got" = "$code" ] && [ "$output" = "$wanted" ] ||
+    fail "jetsql $*"$'\n'"code $got instead of $code, output:"$'\n'"$output"
 }
 # errors TEXT: the last command's standard error has it.
-errors() { grep -qF -- "$1" errors || { echo "FAILED: no \"$1\" in:"; cat errors; exit 1; }; }
+errors() { grep -qF -- "$1" errors || fail "no \"$1\" in:"; }
+# same A B: no difference, found by jetsql and by mdb-export.
+same() {
+  expect 0 "0 differences" diff "$1" "$2"
+  if ! command -v mdb-export >/dev/null; then return; fi
+  "$jetsql" tables "$1" | while IFS= read -r table; do
+    cmp -s <(mdb-export -b hex "$1" "$table" 2>&1 | sort) <(mdb-export -b hex "$2" "$table" 2>&1 | sort) ||
+      { echo "FAILED: table $table of $1"; exit 1; }
+  done
+}
 
 expect 0 "" create база.mdb
 expect 1 "" create база.mdb
 errors "error 3204: "
-expect 0 $'0 rows\n1 rows\nИмя\tКод\nS;\tT' \
+expect 0 $'Имя\tКод\n;\tyes' \
   run база.mdb 'create table Т ([Имя] text(3), Код bit); insert into Т values (";", yes);; select * from Т'
-expect 1 "1 rows" run база.mdb "insert into Т values ('1', no); insert into Т values ('long', no)"
+errors "1 row"
+expect 1 "" run база.mdb "insert into Т values ('1', no);
+ insert into Т values ('long', no)"
+errors "error 3163: statement:2:2: "
 errors "insert into Т values ('long', no)"
 errors ' поле "Имя".'
-expect 0 $'1 rows\n0 rows\nExpr1000\n1' run база.mdb "select * into У from Т; drop table У; select count(*) from Т"
-echo "insert into [Т] values ('[;]', no)" | iconv -t cp1251 >script.sql
-expect 0 "1 rows" run база.mdb --file script.sql
+expect 0 $'Expr1000\n1' run база.mdb "select * into У from Т; drop table У; select count(*) from Т"
+
+# A script in either encoding, a comment, an error that is passed over.
+printf '%s\n' "-- 'начало'" "insert into [Т] values ('[;]', no);" "чепуха; insert into Т values ('ё', no)" >script.sql
+iconv -t cp1251 script.sql >script1251.sql
+for script in script.sql script1251.sql; do
+  expect 1 "" run база.mdb --file $script
+  errors "error 3129: $script:3:1: "
+done
+expect 1 "" run база.mdb --file script.sql --continue
+errors "2 rows"
+errors "1 statement failed"
+expect 1 "" run база.mdb --encoding utf8 --file script1251.sql
+errors "has bytes that are not UTF-8"
+expect 0 $'Имя\n;\n[;]\nё' run база.mdb "select Имя from Т order by Имя"
+LC_ALL=ru_RU.UTF-8 expect 0 "" run база.mdb "delete from Т where Имя = 'ё'"
+errors "1 строка"
 expect 0 "Т" tables база.mdb
-expect 0 $'Table:Т\r\nField:Имя|Text|3|AllowZero\r\nField:Код|Bool|1\r\nEndTable\r' tables база.mdb т
+expect 0 '{"tables":["Т"]}' tables база.mdb --json
+
+# Table texts: what is printed is read again as it is.
 expect 0 "" export база.mdb Т Т.table
 iconv -f cp1251 Т.table | grep -qF 'S[;]|F'
+"$jetsql" export база.mdb Т >печать.table
+cmp <(iconv -f cp1251 Т.table) печать.table
 expect 0 "" export --structure --utf8 база.mdb Т Т.tablestruct
 expect 0 "" import база.mdb Т.tablestruct
 expect 0 $'Expr1000\n0' run база.mdb "select count(*) from Т"
@@ -42,35 +71,118 @@ sed 's/Table:/Tables:/' Т.tablestruct >broken.tablestruct
 expect 1 "" import база.mdb Т.table broken.tablestruct
 errors "Ошибка в файле таблицы \"broken.tablestruct\" (строка 1):"
 expect 0 $'Expr1000\n0' run база.mdb "select count(*) from Т"
-expect 0 "" import база.mdb Т.table
-expect 0 $'0 rows\n0 rows\n1 rows\n0 rows' run база.mdb "create table К (Имя text(3) primary key);
+expect 0 "" import база.mdb печать.table
+errors "2 rows"
+expect 0 "$(cat печать.table)" export база.mdb Т
+expect 0 "" run база.mdb "create table К (Имя text(3) primary key);
   create table С (Имя text(3) references К); insert into К values ('ё'); alter table С add column Н long"
 expect 0 "" export база.mdb К К.table
 sed '/^S/d' К.table >Пусто.table
 expect 0 "" import база.mdb К.table
-expect 0 "1 rows" run база.mdb "insert into С (Имя) values ('ё')"
+expect 0 "" run база.mdb "insert into С (Имя) values ('ё')"
 expect 1 "" import база.mdb Пусто.table
 errors 'с таблицей "К" (поле "Имя") не восстановлена: в таблице "С" строк'
 expect 1 "" run база.mdb "delete from К"
 errors "error 3200: "
-expect 0 $'1 rows\n0 rows\n0 rows' run база.mdb "delete from С; drop table С; drop table К"
-expect 0 "" compact база.mdb новая.mdb
-expect 0 "$(iconv -f cp1251 Т.table)" export новая.mdb Т
-expect 0 "0 faults, 0 notes, 20 pages" check новая.mdb
-"$jetsql" info новая.mdb >info
-for line in 'format: Jet 4, engine build ' 'pages: 20 of 4096 bytes, 0 free' '  Т: 2 rows, 12288 bytes'; do
-  grep -qF -- "$line" info || { echo "FAILED: no \"$line\" in:"; cat info; exit 1; }
+
+# Every kind of value, in every mode, through Python, CSV and a dump.
+expect 0 "" run база.mdb "create table Всё ([№] counter primary key, Имя text(20), Сумма money,
+  Ч double, День datetime, Да bit, Б longbinary, М memo, Г guid, Д decimal(9, 3));
+  insert into Всё (Имя, Сумма, Ч, День, Да, Б, М, Г, Д) values ('a,\"б\"', 1234.5, 0.1,
+    #2026-01-02 03:04:05#, yes, 0x00FF, 'один' & Chr(13) & Chr(10) & 'два',
+    '{01234567-89AB-CDEF-0123-456789ABCDEF}', '-1.25');
+  insert into Всё (Имя, Сумма, День, Ч) values ('', '922337203685477.5807', CDate(0.123456789), 1e300);
+  insert into Всё (Имя, Ч, М) values (' ё', -0.3333333333333333, Chr(0) & '\\ '' ]')"
+expect 0 $'№ = 1\nД = -1.25' run база.mdb --mode lines "select [№], Д from Всё where [№] = 1"
+expect 0 $'№  Имя\n-  -----\n1  a,"б"\n2\n3   ё' run база.mdb --mode table "select [№], Имя from Всё"
+expect 0 $'a,"б"\t1234.50\t2026-01-02 03:04:05\tyes\t0x00FF\tодин\\r\\nдва\t{01234567-89AB-CDEF-0123-456789ABCDEF}' \
+  run база.mdb --no-header "select Имя, Сумма, День, Да, Б, М, Г from Всё where [№] = 1"
+expect 0 $'Имя\nSa,"б"' run база.mdb --mode tabletext "select Имя from Всё where [№] = 1"
+expect 0 "" export база.mdb Всё всё.csv --mode csv
+expect 0 "" export база.mdb Всё всё.json --mode json
+if command -v python3 >/dev/null; then
+  python3 - <<'PYTHON' || fail "Python read something else"
+import csv, json
+rows = list(csv.DictReader(open('всё.csv', encoding='utf-8', newline='')))
+objects = json.load(open('всё.json', encoding='utf-8'), parse_float=str)
+assert [row['Имя'] for row in rows] == [o['Имя'] for o in objects] == ['a,"б"', '', ' ё']
+assert rows[0]['М'] == objects[0]['М'] == 'один\r\nдва' and objects[2]['М'] == "\0\\ ' ]"
+assert objects[0]['Да'] is True and objects[0]['Сумма'] == '1234.5' and objects[1]['М'] is None
+assert objects[1]['Сумма'] == rows[1]['Сумма'] == '922337203685477.5807'
+assert float(rows[2]['Ч']) == -1 / 3 == float(objects[2]['Ч'])
+PYTHON
+fi
+expect 0 "" run база.mdb "select * into Ещё from Всё; delete from Ещё"
+expect 0 "" import база.mdb всё.csv --into Ещё
+errors "3 rows"
+expect 0 "" run база.mdb "create unique index П on Ещё ([№]) with primary"
+expect 0 $'№\n2' run база.mdb "select a.[№] from Всё as a, Ещё as b where a.[№] = b.[№] and
+  not (a.Ч = b.Ч and a.Имя = b.Имя and a.Г & '' = b.Г & '' and a.М & '' = b.М & '' and a.День = b.День)"
+printf 'Код;Имя;Цена;День;Да\r\n007;"Лист ""А4""\n";1.5;2020-02-29;yes\r\n\r\n8;;-2;;no\r\n' | iconv -t cp1251 >лист.csv
+expect 0 '{"rows":2}' import база.mdb лист.csv --into Лист --create --separator ";" --json
+expect 0 "Лист
+  Код  TEXT(255)
+  Имя  TEXT(255)
+  Цена  DOUBLE
+  День  DATETIME
+  Да  BIT" schema база.mdb Лист
+expect 0 $'007\tЛист "А4"\\n\t1.5\t2020-02-29\tyes\n8\tNULL\t-2\tNULL\tno' run база.mdb --no-header "select * from Лист"
+printf 'Код\n"1\n' >открыт.csv
+expect 1 "" import база.mdb открыт.csv --into Лист
+errors "A quote of line 2 is not closed."
+
+# A dump makes an equal database of itself.
+expect 0 "" run база.mdb "create index Два on Всё (Имя desc, Ч) with ignore null;
+  property [Всё].[Имя].[Description] Text 'Sимя ''^1'''; property [Всё].[Имя].[AllowZeroLength] Bool 'F';
+  relation [Слабая] [С] ([Имя]) references [Всё] ([Имя]) 2; drop index П on Ещё"
+roundtrip() {
+  rm -f снова.mdb
+  "$jetsql" dump "$1" --output dump.sql 2>errors || fail "dump of $1"
+  "$jetsql" create снова.mdb
+  "$jetsql" run снова.mdb --file dump.sql 2>errors || fail "dump of $1 does not run"
+  same "$1" снова.mdb
+  "$jetsql" check снова.mdb >checked || fail "$(cat checked)"
+  cmp -s <("$jetsql" dump "$1" | grep -v ^-- | sort) <("$jetsql" dump снова.mdb | grep -v ^-- | sort) || fail "dumps of $1"
+}
+roundtrip база.mdb
+"$jetsql" schema --sql база.mdb | grep -qF "PROPERTY [Всё].[Имя].[Description] Text 'Sимя ''^1'''"
+for sample in "$samples"/[!r]*.mdb; do
+  if [ -f "$sample" ]; then roundtrip "$sample"; fi
 done
+cp база.mdb другая.mdb
+expect 0 "" run другая.mdb "update Всё set Да = no where [№] = 1; delete from Всё where [№] = 3; drop table Ещё;
+  create table Новая (Н long); insert into Лист (Код) values ('x')"
+expect 1 "* Всё: row 1, Да: yes -> no
+- Всё: row 3
+- table Ещё
++ Лист: row 'x', Null, Null, Null, False
++ table Новая
+5 differences" diff база.mdb другая.mdb
+
+# Health.
+expect 0 "" compact база.mdb новая.mdb
+same база.mdb новая.mdb
+"$jetsql" info новая.mdb >info
+grep -qF "format: Jet 4, engine build " info && grep -qF "  Т: 2 rows, 12288 bytes" info || fail "info"
+"$jetsql" check новая.mdb --json | grep -qF '{"faults":0,"notes":0,'
+expect 0 "6 tables, 12 rows
+nothing was lost" recover новая.mdb спасённая.mdb
+same новая.mdb спасённая.mdb
+# A page of rows that became one of another kind, and a long value whose page is gone.
+page=$(LC_ALL=C grep -obUaP "\x01\x01[\s\S]{2}LVAL" новая.mdb | head -n 1 | cut -d: -f1 || true)
 head -c -4096 новая.mdb >порча.mdb
-"$jetsql" check порча.mdb >faults && { echo "FAILED: no fault found"; exit 1; }
+"$jetsql" check порча.mdb >faults && fail "no fault found"
 grep -q '^fault: ' faults
 expect 1 "" check Т.table
 errors "error 3343: "
-for wrong in "" "чепуха" "create" "create a b" "export база.mdb" "run база.mdb --file" "tables --x база.mdb"; do
+
+for wrong in "" "чепуха" "create" "create a b" "export база.mdb" "run база.mdb --file" "tables --x база.mdb" \
+  "run база.mdb x --mode y" "import база.mdb лист.csv" "run база.mdb x --encoding y" "dump база.mdb --engine y"; do
   # shellcheck disable=SC2086  # the words are the arguments
   expect 2 "" $wrong
 done
 expect 1 "" tables нет.mdb
 errors "error 3024: "
+expect 1 '{"error":"error 3024: Не найден файл \"нет.mdb\"."}' schema нет.mdb --json
 "$jetsql" --help | grep -q "Exit codes: 0 done, 1 failed"
 echo "jetsql: done"

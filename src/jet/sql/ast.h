@@ -58,6 +58,7 @@ enum class ExpressionKind {
   kNumber,    // number
   kDate,      // number
   kText,      // text
+  kBytes,     // text
   kName,      // qualifier (may be empty) and text
   kUnary,     // op, one argument
   kBinary,    // op, two arguments; of kLike: text is not empty for ALIKE

@@ -228,16 +228,18 @@ Statement DefinitionParser::ReadCreateIndex(bool unique) {
     create.index.fields.push_back(std::move(field));
   });
   if (!tokens_.TakeKeyword("with")) return create;
-  if (tokens_.TakeKeyword("primary")) {
-    create.index.primary = true;
-  } else if (tokens_.TakeKeyword("disallow")) {
-    tokens_.ExpectKeyword("null");
-    create.index.required = true;
-  } else {
-    tokens_.ExpectKeyword("ignore");
-    tokens_.ExpectKeyword("null");
-    create.index.ignore_nulls = true;
-  }
+  do {
+    if (tokens_.TakeKeyword("primary")) {
+      create.index.primary = true;
+    } else if (tokens_.TakeKeyword("disallow")) {
+      tokens_.ExpectKeyword("null");
+      create.index.required = true;
+    } else {
+      tokens_.ExpectKeyword("ignore");
+      tokens_.ExpectKeyword("null");
+      create.index.ignore_nulls = true;
+    }
+  } while (tokens_.AtKeyword("disallow") || tokens_.AtKeyword("ignore"));
   return create;
 }
 

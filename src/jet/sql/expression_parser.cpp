@@ -238,10 +238,12 @@ ExpressionPtr ExpressionParser::ReadOperand() {
   const Token& token = tokens_.Peek();
   switch (token.kind) {
     case TokenKind::kText:
+    case TokenKind::kBytes:
     case TokenKind::kInteger:
     case TokenKind::kNumber:
     case TokenKind::kDate: {
       ExpressionPtr literal = Make(token.kind == TokenKind::kText      ? ExpressionKind::kText
+                                   : token.kind == TokenKind::kBytes   ? ExpressionKind::kBytes
                                    : token.kind == TokenKind::kInteger ? ExpressionKind::kInteger
                                    : token.kind == TokenKind::kNumber  ? ExpressionKind::kNumber
                                                                        : ExpressionKind::kDate);

@@ -71,6 +71,8 @@ TypedSql ExpressionTranslator::Ungrouped(const Expression& expression) {
       return {"(" + RealLiteral(expression.number) + ")", ValueType::kDate};
     case ExpressionKind::kText:
       return {TextLiteral(expression.text), ValueType::kText, nullptr, true};
+    case ExpressionKind::kBytes:
+      return {BytesLiteral(expression.text), ValueType::kBinary};
     case ExpressionKind::kName:
       return Name(expression);
     case ExpressionKind::kUnary:

@@ -61,6 +61,7 @@ class Lexer {
     if (IsNameStart(c)) return Name();
     if (c == '[') return Bracketed();
     if (c == '"' || c == '\'') return Quoted(c);
+    if (c == '0' && (At(position_ + 1) == 'x' || At(position_ + 1) == 'X')) return Bytes();
     if (IsDigit(c) || (c == '.' && IsDigit(At(position_ + 1)))) return Number();
     if (c == '#') return Date();
     if (c == '&' && IsHexadecimal()) return Hexadecimal();
@@ -113,6 +114,24 @@ class Lexer {
     return {is_whole && value <= std::numeric_limits<std::int32_t>::max() ? TokenKind::kInteger
                                                                           : TokenKind::kNumber,
             std::string(digits), value};
+  }
+
+  Token Bytes() {
+    const std::size_t begin = position_ + 2;
+    std::size_t end = begin;
+    while (std::isxdigit(static_cast<unsigned char>(At(end))) != 0)
+      ++end;
+    if ((end - begin) % 2 != 0 || IsNamePart(At(end)))
+      Fail(kSyntaxInExpression, "ошибка в байтах", Excerpt(text_.substr(position_)));
+    std::string bytes;
+    bytes.reserve((end - begin) / 2);
+    for (std::size_t i = begin; i < end; i += 2) {
+      std::uint8_t byte = 0;
+      std::from_chars(text_.data() + i, text_.data() + i + 2, byte, 16);
+      bytes.push_back(static_cast<char>(byte));
+    }
+    position_ = end;
+    return {TokenKind::kBytes, std::move(bytes)};
   }
 
   Token Date() {

@@ -15,6 +15,7 @@ enum class TokenKind {
   kInteger,
   kNumber,
   kDate,    // #...#
+  kBytes,   // 0x..., as its bytes
   kSymbol,  // an operator or a punctuation mark
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "foundation/encodings.h"
+#include "foundation/text.h"
 #include "jet/errors.h"
 #include "jet/file/layout_limits.h"
 #include "jet/file/limits.h"
@@ -22,6 +23,7 @@ using ports::DatabaseValue;
 
 constexpr std::size_t kMostNameUnits = 64;
 constexpr std::size_t kMostFields = 255;
+constexpr const char* kAttributesProperty = "Attributes";
 
 bool IsCounter(const ports::FieldDefinition& field) {
   return (field.attributes & ports::kAutoIncrementField) != 0;
@@ -325,11 +327,48 @@ void Definitions::DropIndex(const TableInfo& table, const IndexInfo& index) {
   session_.Tables().Forget();
 }
 
+// Properties that are kept with the field.
+bool Definitions::TrySetDefinition(const FieldInfo& field, const std::string& name,
+                                   const DatabaseValue& value) {
+  const auto set = [&](const char* column, ports::DataType type) {
+    Statement update = Prepare(std::string("UPDATE _jet_field SET ") + column +
+                               " = ?1 WHERE id = " + std::to_string(field.id));
+    const DatabaseValue converted = ConvertTo(value, type, 0, kConversion);
+    if (const auto* const text = std::get_if<std::string>(&converted)) {
+      if (!text->empty()) sql::ParseExpression(*text);
+      update.Bind(1, std::string_view(*text)).Run();
+    } else if (const auto* const number = std::get_if<std::int32_t>(&converted)) {
+      update.Bind(1, std::int64_t{*number}).Run();
+    } else {
+      const auto* const flag = std::get_if<bool>(&converted);
+      update.Bind(1, std::int64_t{flag != nullptr && *flag ? 1 : 0}).Run();
+    }
+  };
+  const auto is = [&name](const char* wanted) { return tmw::EqualIgnoringCase(name, wanted); };
+  if (is(field_property::kAllowZeroLength)) {
+    set("allow_zero_length", ports::DataType::kBoolean);
+  } else if (is(field_property::kRequired)) {
+    set("required", ports::DataType::kBoolean);
+  } else if (is(field_property::kDefaultValue)) {
+    set("default_text", ports::DataType::kMemo);
+  } else if (is(kAttributesProperty)) {
+    set("attributes", ports::DataType::kLong);
+  } else {
+    return false;
+  }
+  return true;
+}
+
 void Definitions::SetProperty(const TableInfo& table, const FieldInfo& field,
                               const std::string& name, ports::DataType type,
                               const DatabaseValue& value) {
   session_.MarkChanged(table);
   CheckName(name);
+  if (TrySetDefinition(field, name, value)) {
+    session_.Tables().Forget();
+    JudgeTable(table.name);
+    return;
+  }
   const DatabaseValue converted = ConvertTo(value, type, 0, kConversion);
   Statement insert =
       Prepare("INSERT OR REPLACE INTO _jet_property VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7)");

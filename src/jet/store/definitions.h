@@ -38,6 +38,8 @@ class Definitions {
   void ConvertColumn(const TableInfo& table, const FieldInfo& old_field, const FieldInfo& field);
   // 3047 if a row's key would be too long.
   void RefuseLongKeys(const TableInfo& table, const IndexInfo& index);
+  bool TrySetDefinition(const FieldInfo& field, const std::string& name,
+                        const ports::DatabaseValue& value);
   void RefuseNull(const TableInfo& table, const FieldInfo& field, std::int32_t error_number);
   Statement Prepare(const std::string& sql) { return {session_.SharedStorage(), sql}; }
 

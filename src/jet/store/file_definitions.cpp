@@ -89,6 +89,9 @@ ColumnLayout MakeColumn(const FieldInfo& field, const ColumnLayout* source,
                       static_cast<std::uint16_t>(definition.size * unit), sort_order);
   if (definition.type == DataType::kDecimal)
     column.sort_order = static_cast<std::uint32_t>(StoredSize(definition));
+  const bool may_vary = column.type == ColumnType::kText || column.type == ColumnType::kBinary;
+  if (may_vary && (definition.attributes & kFixedField) != 0) column.flags |= column_flags::kFixed;
+  if ((definition.attributes & kHyperlinkField) != 0) column.flags |= column_flags::kHyperlink;
   if (source != nullptr) {
     column.type = source->type;
     column.size = source->size;

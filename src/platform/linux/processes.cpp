@@ -285,6 +285,7 @@ class LinuxProcesses final : public ports::Processes {
   std::string ProgramEnding() const override { return ""; }
 
   bool HasTerminal() const override { return isatty(STDERR_FILENO) != 0; }
+  bool PrintsToTerminal() const override { return isatty(STDOUT_FILENO) != 0; }
 
   ports::Status Terminate(std::int32_t exit_code) override { _exit(exit_code); }
 

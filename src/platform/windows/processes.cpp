@@ -71,6 +71,12 @@ STARTUPINFOW StartUpRecord(const ports::StartRequest& request) {
   return record;
 }
 
+// Other devices than a console have no mode.
+bool IsConsole(DWORD stream) {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(stream), &mode) != FALSE;
+}
+
 class WindowsProcesses final : public ports::Processes {
  public:
   ports::Outcome<std::unique_ptr<ports::Process>> Start(
@@ -143,11 +149,8 @@ class WindowsProcesses final : public ports::Processes {
 
   std::string ProgramEnding() const override { return ".exe"; }
 
-  // Other devices than a console have no mode.
-  bool HasTerminal() const override {
-    DWORD mode = 0;
-    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;
-  }
+  bool HasTerminal() const override { return IsConsole(STD_ERROR_HANDLE); }
+  bool PrintsToTerminal() const override { return IsConsole(STD_OUTPUT_HANDLE); }
 
   ports::Status Terminate(std::int32_t exit_code) override {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exit_code));

@@ -1,0 +1,228 @@
+#include "jetsql/csv_import.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "foundation/encodings.h"
+#include "foundation/error_handling.h"
+#include "foundation/number_text.h"
+#include "foundation/program_error.h"
+#include "foundation/text.h"
+#include "jetsql/csv_reader.h"
+#include "jetsql/jetsql_texts.h"
+#include "jetsql/value_text.h"
+
+namespace jetsql {
+namespace {
+
+using ports::DatabaseValue;
+using ports::DataType;
+
+CsvReader OpenCsv(const std::string& path, const tools::Arguments& arguments) {
+  const std::string separator = arguments.Value("--separator").value_or(",");
+  if (separator.size() != 1) throw tools::UsageError(Say(texts::kBadSeparator, {separator}));
+  return {ReadTextFile(path, EncodingOf(arguments.Value("--encoding"))), separator[0]};
+}
+
+std::vector<std::string> ReadNames(CsvReader& reader) {
+  CsvReader::Row row;
+  if (!reader.Next(row)) tmw::RaiseProgramError(Say(texts::kNoHeader));
+  std::vector<std::string> names;
+  for (const auto& value : row)
+    names.push_back(value.value_or(""));
+  return names;
+}
+
+bool IsTruth(const std::string& lower) {
+  return lower == "yes" || lower == "no" || lower == "true" || lower == "false";
+}
+
+// What begins with a zero, or has more digits than a number keeps, is a code: an account's number.
+bool IsCode(std::string_view text) {
+  constexpr std::size_t kExactDigits = 15;
+  if (text.starts_with('-')) text.remove_prefix(1);
+  const bool has_leading_zero =
+      text.size() > 1 && text[0] == '0' && text[1] >= '0' && text[1] <= '9';
+  const auto digits =
+      std::count_if(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+  return has_leading_zero || static_cast<std::size_t>(digits) > kExactDigits;
+}
+
+bool IsWhole(const std::string& text) {
+  std::int32_t number = 0;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+  return read.ec == std::errc() && read.ptr == text.data() + text.size() && !IsCode(text);
+}
+
+bool IsNumber(const std::string& text) {
+  std::size_t length = 0;
+  static_cast<void>(tmw::ReadNumberPrefix(text, &length));
+  return length == text.size() && !text.empty();
+}
+
+bool IsDate(const std::string& text) {
+  constexpr std::string_view kPattern = "dddd-dd-dd dd:dd:dd";
+  if (text.size() != 10 && text.size() != kPattern.size()) return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool is_digit = text[i] >= '0' && text[i] <= '9';
+    if (kPattern[i] == 'd' ? !is_digit : text[i] != kPattern[i]) return false;
+  }
+  return true;
+}
+
+// What the values of a column have in common.
+struct ColumnFacts {
+  bool all_truth = true;
+  bool all_whole = true;
+  bool all_numbers = true;
+  bool all_dates = true;
+  bool has_value = false;
+  std::size_t longest = 0;  // UTF-16 units
+
+  void Add(const std::string& value) {
+    has_value = true;
+    all_truth = all_truth && IsTruth(tmw::LowerCase(value));
+    all_whole = all_whole && IsWhole(value);
+    all_numbers = all_numbers && IsNumber(value) && !IsCode(value);
+    all_dates = all_dates && IsDate(value);
+    longest = std::max(longest, tmw::Utf8ToUtf16(value).size());
+  }
+
+  DataType Type() const {
+    constexpr std::size_t kLongestText = 255;
+    if (!has_value) return DataType::kText;
+    if (all_truth) return DataType::kBoolean;
+    if (all_whole) return DataType::kLong;
+    if (all_numbers) return DataType::kDouble;
+    if (all_dates) return DataType::kDate;
+    return longest > kLongestText ? DataType::kMemo : DataType::kText;
+  }
+};
+
+void CreateTable(const std::string& name, const std::string& path,
+                 const tools::Arguments& arguments, ports::Database& database) {
+  CsvReader reader = OpenCsv(path, arguments);
+  const std::vector<std::string> names = ReadNames(reader);
+  std::vector<ColumnFacts> facts(names.size());
+  CsvReader::Row row;
+  while (reader.Next(row)) {
+    for (std::size_t i = 0; i < std::min(row.size(), facts.size()); ++i) {
+      if (row[i]) facts[i].Add(*row[i]);
+    }
+  }
+  ports::TableDefinition table;
+  table.name = name;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    ports::FieldDefinition field;
+    field.name = names[i];
+    field.type = facts[i].Type();
+    field.allow_zero_length = field.type == DataType::kText || field.type == DataType::kMemo;
+    if (field.type == DataType::kText) field.size = 255;
+    table.fields.push_back(std::move(field));
+  }
+  database.CreateTable(table);
+}
+
+// As texts are written and read here; the engine converts the rest.
+DatabaseValue ValueOf(const std::optional<std::string>& text, DataType type) {
+  if (!text) return ports::NullValue{};
+  if (type == DataType::kLong && IsWhole(*text)) {
+    std::int32_t number = 0;
+    std::from_chars(text->data(), text->data() + text->size(), number);
+    return number;
+  }
+  const bool is_floating = type == DataType::kDouble || type == DataType::kSingle;
+  if (is_floating && IsNumber(*text)) return tmw::ReadNumberPrefix(*text);
+  if (type == DataType::kBinary || type == DataType::kLongBinary) {
+    std::string bytes;
+    const bool has_prefix = text->starts_with("0x");
+    for (std::size_t i = has_prefix ? 2 : 0; i + 1 < text->size(); i += 2) {
+      std::uint8_t byte = 0;
+      const char* const first = text->data() + i;
+      if (std::from_chars(first, first + 2, byte, 16).ptr != first + 2) return *text;
+      bytes.push_back(static_cast<char>(byte));
+    }
+    return ports::BinaryValue{std::move(bytes)};
+  }
+  return *text;
+}
+
+// Adds rows to a table. A counter takes values from statements only.
+class RowAdder {
+ public:
+  RowAdder(ports::Database& database, const ports::TableDefinition& table,
+           const std::vector<std::string>& names)
+      : database_(database),
+        rows_(database.OpenRecordset(table.name, ports::RecordsetType::kTable)) {
+    std::vector<std::string> quoted;
+    for (const std::string& name : names) {
+      const std::size_t position = rows_->FieldPosition(name);
+      const auto found = std::find_if(
+          table.fields.begin(), table.fields.end(),
+          [&name](const auto& field) { return tmw::EqualIgnoringCase(field.name, name); });
+      positions_.push_back(position);
+      types_.push_back(found->type);
+      fills_counter_ = fills_counter_ || (found->attributes & ports::kAutoIncrementField) != 0;
+      quoted.push_back(SqlName(name));
+    }
+    begin_ = "INSERT INTO " + SqlName(table.name) + " (" + tmw::Joined(quoted, ", ") + ") VALUES (";
+  }
+
+  void Add(const CsvReader::Row& row) {
+    if (fills_counter_) return Execute(row);
+    rows_->AddNew();
+    for (std::size_t i = 0; i < row.size(); ++i)
+      rows_->SetValue(positions_[i], ValueOf(row[i], types_[i]));
+    rows_->Update();
+  }
+
+ private:
+  void Execute(const CsvReader::Row& row) {
+    std::vector<std::string> literals;
+    for (std::size_t i = 0; i < row.size(); ++i)
+      literals.push_back(SqlLiteral(ValueOf(row[i], types_[i])));
+    database_.Execute(begin_ + tmw::Joined(literals, ", ") + ")", true);
+  }
+
+  ports::Database& database_;
+  std::unique_ptr<ports::DatabaseRecordset> rows_;
+  std::vector<std::size_t> positions_;
+  std::vector<DataType> types_;
+  std::string begin_;
+  bool fills_counter_ = false;
+};
+
+}  // namespace
+
+std::uint64_t ImportCsv(const std::string& path, const tools::Arguments& arguments,
+                        ports::Database& database) {
+  const std::string name = arguments.NeededValue("--into");
+  if (arguments.Has("--create")) CreateTable(name, path, arguments, database);
+  CsvReader reader = OpenCsv(path, arguments);
+  std::uint64_t count = 0;
+  try {
+    const std::vector<std::string> names = ReadNames(reader);
+    RowAdder adder(database, database.Table(name), names);
+    CsvReader::Row row;
+    while (reader.Next(row)) {
+      if (row.size() != names.size())
+        tmw::RaiseProgramError(Say(texts::kWrongValueCount,
+                                   {std::to_string(names.size()), std::to_string(row.size())}));
+      adder.Add(row);
+      ++count;
+    }
+  } catch (...) {
+    const tmw::ProgramError error = tmw::CurrentError();
+    throw tmw::ProgramError(error.Number,
+                            path + ":" + std::to_string(reader.Line()) + ": " + error.Description,
+                            error.Source);
+  }
+  return count;
+}
+
+}  // namespace jetsql
