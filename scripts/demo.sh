@@ -213,7 +213,7 @@ state() {
   # Nothing that other rows refer to can be deleted.
   for table in Ставки Контрагенты Регионы; do
     printf '  relations: rows of %s: %s\n' $table \
-      "$("$bin/jetsql" run "$database" "delete from $table" 2>&1 | grep -oE 'error 3200|[0-9]+ rows')"
+      "$(LC_ALL=C "$bin/jetsql" run "$database" "delete from $table" 2>&1 | grep -oE 'error 3200|[0-9]+ rows?')"
   done
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <map>
@@ -167,6 +168,7 @@ class Salvage {
 
   void TakeRows(const std::string& name, const file::TableLayout& layout) {
     lost_rows_ = 0;
+    const std::uint64_t rows_before = rows_;
     lost_pages_ = 0;
     lost_values_.clear();
     const file::RowShape shape = file::ShapeOf(layout);
@@ -182,6 +184,9 @@ class Salvage {
     }
     if (lost_pages_ != 0)
       lost_.push_back(Say(texts::kLostPages, {name, std::to_string(lost_pages_)}));
+    // Rows on pages that are gone altogether are known by the table's count only.
+    const std::uint64_t taken = rows_ - rows_before;
+    if (layout.row_count > taken) lost_rows_ = std::max(lost_rows_, layout.row_count - taken);
     if (lost_rows_ != 0) lost_.push_back(Say(texts::kLostRows, {name, std::to_string(lost_rows_)}));
     for (const auto& [field, count] : lost_values_)
       lost_.push_back(Say(texts::kLostValues, {name, field, std::to_string(count)}));
@@ -246,7 +251,7 @@ class Salvage {
   std::optional<file::UsageMap> free_;
   std::map<PageNumber, std::vector<PageNumber>> pages_;       // by the owning definition
   std::vector<std::pair<std::string, std::string>> indexes_;  // table and statement
-  std::vector<std::string> constraints_;  // of the table
+  std::vector<std::string> constraints_;                      // of the table
   std::vector<std::size_t> order_;                            // of the fields of the table
   std::uint64_t lost_rows_ = 0;                               // of the table
   std::uint64_t lost_pages_ = 0;
