@@ -341,7 +341,7 @@ inline std::string LoadedFileMissing(const std::string& file) {
 
 inline std::string LoadedFileChanged(const std::string& file) {
   return "Загруженный файл " + Quoted(file) +
-         " изменился после проверки и поэтому не установлен. Запустите обновление еще раз: файл "
+         " изменился после проверки и поэтому не установлен. При следующем запуске обновления он "
          "будет загружен заново.";
 }
 

@@ -37,7 +37,7 @@ void ShowNotRegistered(std::vector<std::string> reasons) {
   reasons.resize(reasons.size() - unnamed);
   ShowWarning(box_titles::kProductUpdate,
               engine_texts::UnchangedNotRegistered(Joined(reasons, kCrLf), unnamed),
-              FailureKind::kOther);
+              FailureKind::kRegistration);
 }
 
 }  // namespace

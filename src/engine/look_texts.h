@@ -74,7 +74,7 @@ inline std::string NoRoom(const std::string& folder, const std::string& needed,
                           const std::string& free) {
   return "Недостаточно места на диске, на котором находится папка " + Quoted(folder) +
          ".\r\nДля обновления необходимо не менее " + needed + ", свободно " + free +
-         ".\r\n\r\nОсвободите место и запустите обновление еще раз. Ничего не изменено.";
+         ". Ничего не изменено.";
 }
 
 inline std::string PerhapsNoRoom(const std::string& folder, const std::string& needed,

@@ -209,7 +209,12 @@ bool IsWayClear(const LookPlan& plan) {
   for (;;) {
     const LookResult result = LookAtTargets(plan);
     if (const auto lasting = result.Lasting(); !lasting.empty()) {
-      DownloadError(DescribeObstacles(lasting), FailureKind::kNoRights);
+      const std::string text = DescribeObstacles(lasting);
+      if (result.IsAccessDenied()) {
+        DownloadError(text, FailureKind::kNoRights);
+      } else {
+        ShowWarning(box_titles::kDownloadError, text);  // which says what to do
+      }
       return false;
     }
     const auto held = result.Held();

@@ -37,7 +37,7 @@ bool CopyVerified(const WuFileNode& file, const std::string& loaded, const std::
   const bool is_good = file.PackType == kPackText ? CopyHashedText(file, loaded, installed)
                                                   : CopyHashed(file, loaded, installed);
   if (is_good) return true;
-  DownloadError(engine_texts::LoadedFileChanged(loaded), FailureKind::kDamagedFile);
+  DownloadError(engine_texts::LoadedFileChanged(loaded), FailureKind::kOther);
   DeleteFileRepeatedly(loaded);
   return false;
 }

@@ -66,6 +66,9 @@ TEST_F(LookTest, WhatIsInTheWayIsNamedBeforeTheQuestionOrBeforeTheFirstRemoval) 
       EXPECT_TRUE(boxes.back().starts_with(kError + beginning) &&
                   boxes.back().ends_with(" Ничего не изменено."))
           << boxes.back();
+      const bool is_denied = beginning.find("Программа.dll\":\r\n") != std::string::npos ||
+                             beginning.find("реестре") != std::string::npos;
+      EXPECT_EQ(front_end_.advices.back().starts_with("Не хватает прав"), is_denied) << beginning;
       EXPECT_EQ(listener_.Has("main Загрузка компонент..."), is_second);
       EXPECT_FALSE(listener_.Has("icon trash"));
     }
@@ -137,6 +140,9 @@ TEST_F(LookTest, TooLittleRoomRefusesAndPerhapsTooLittleAsks) {
   front_end_.answers = {true, true, false};
   EXPECT_EQ(Run().size(), 3U) << "asked once more before the removal";
   EXPECT_FALSE(listener_.Has("icon trash"));
+  set_space(0, growth);
+  EXPECT_EQ(Run().size(), 1U);
+  EXPECT_TRUE(front_end_.log[0].starts_with(volume)) << "all is loaded: " << front_end_.log[0];
 }
 
 TEST(Look, LoadingTakesTheMostRoomAtSomeMoment) {
