@@ -109,7 +109,7 @@ bool ReleaseReader::ReadManifest(const std::string& loading_url, Digest& digest,
 bool ReleaseReader::FetchDigest(const std::string& local, std::string& text) {
   std::vector<signature::PublicKey> keys;
   std::string reason;
-  if (!TryReadUpdateKeys(keys, reason)) return Refuse(reason);
+  if (!TryReadUpdateKeys(keys, reason)) return Refuse(reason, FailureKind::kSetting);
   if (!keys.empty()) return FetchSignedDigest(events_, servers_, product_code_, keys, local, text);
   const std::string name(names::kDigestFile);
   if (!FetchSmallFile(name, local, engine_texts::DigestNotLoaded)) return false;
@@ -135,7 +135,8 @@ bool ReleaseReader::ReadDigestAgain(Digest& digest) {
   if (!ReadDigest(again)) return false;
   // Every stage so far has judged the release that was announced first.
   if (again.Version != digest.Version || again.Updater != digest.Updater)
-    return Refuse(engine_texts::ReleaseReplaced(digest.Version, again.Version));
+    return Refuse(engine_texts::ReleaseReplaced(digest.Version, again.Version),
+                  FailureKind::kOther);
   digest = std::move(again);
   return true;
 }

@@ -17,6 +17,10 @@ namespace {
 
 constexpr std::int64_t kLongest = 64;  // bytes; a longer file is damaged
 
+ports::FileSystem& Files() {
+  return *ports::CurrentPorts().files;
+}
+
 std::string SerialFile() {
   return JoinPath(GetProductRootPath(), names::kSerialFile);
 }
@@ -37,13 +41,12 @@ void RememberSerial(std::int64_t serial) {
   if (serial <= HighestSerial()) return;
   const std::string file = SerialFile();
   const std::string written = file + std::string(names::kNewSerialEnding);
-  ports::FileSystem& files = *ports::CurrentPorts().files;
   ports::Status status = WriteFileBytes(written, std::to_string(serial) + std::string(kCrLf));
-  if (status) status = files.Rename(written, file);
+  if (status) status = Files().Rename(written, file);
   if (status) {
-    status = files.FlushFolder(GetProductRootPath());
+    status = Files().FlushFolder(GetProductRootPath());
   } else {
-    static_cast<void>(files.RemoveFile(written));
+    static_cast<void>(Files().RemoveFile(written));
   }
   LogEvent("serial", {{"number", serial}, {"kept", static_cast<bool>(status)}});
 }

@@ -80,11 +80,15 @@ class PairLoader {
     return bytes;
   }
 
-  // Says why no server had a good pair.
-  std::string Failure() const {
-    if (!web_page_.empty()) return engine_texts::WebPageInstead(web_page_);
-    return is_loaded_ ? engine_texts::DigestNotTrusted(reasons_)
-                      : engine_texts::DigestNotLoaded(reasons_);
+  // Reports why no server had a good pair.
+  void ReportFailure() const {
+    if (!web_page_.empty()) {
+      DownloadError(engine_texts::WebPageInstead(web_page_), FailureKind::kLoginPage);
+    } else if (is_loaded_) {
+      DownloadError(engine_texts::DigestNotTrusted(reasons_), FailureKind::kSignature);
+    } else {
+      DownloadError(engine_texts::DigestNotLoaded(reasons_));  // the transfer has noted the kind
+    }
   }
 
  private:
@@ -126,7 +130,7 @@ bool FetchSignedDigest(UpdaterEvents& events, const UpdateServers& servers,
   if (!bytes && !servers.FallbackUrl.empty() && !events.CancelPressed())
     bytes = loader.Load(servers.FallbackUrl);
   if (!bytes) {
-    if (!events.CancelPressed()) DownloadError(loader.Failure());
+    if (!events.CancelPressed()) loader.ReportFailure();
     return false;
   }
   text = FileTextOf(*bytes);

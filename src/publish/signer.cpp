@@ -22,7 +22,7 @@ constexpr std::size_t kNamedDigits = 16;
 std::string FirstLineOf(const std::string& file) {
   if (!tmw::IsFileExists(file)) Raise(texts::kNoFile, file);
   const std::string bytes = tmw::ReadFileBytes(file);
-  const std::string line = bytes.substr(0, bytes.find_first_of(tmw::kCrLf));
+  std::string line = bytes.substr(0, bytes.find_first_of(tmw::kCrLf));
   if (line.empty()) Raise(texts::kNoPasswordInFile, file);
   return line;
 }

@@ -38,8 +38,8 @@ class Signer {
   std::optional<std::int64_t> serial_;
 };
 
-// A new pair of keys: the secret one in the file, which only its owner may read, the public one in
-// the file beside it. Neither may exist.
+// A new pair of keys: the secret one in the file, which on Linux only its owner may read, the
+// public one in the file beside it. Neither may exist.
 struct KeyPair {
   std::string public_file;
   std::string public_key;
