@@ -58,6 +58,7 @@ libraries='
 curl/                platform/linux
 libxml/              platform/linux
 Q[A-Z]               platform/linux
+systemd/             platform/linux
 zlib.h               companion
 sqlite3.h            jet
 sodium               signature

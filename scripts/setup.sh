@@ -7,7 +7,7 @@ packages=(
   # building
   g++ cmake make ninja-build ccache git pkg-config clang-format
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
-  libcurl4-openssl-dev libcxxopts-dev libsodium-dev libsqlite3-dev libxml2-dev zlib1g-dev
+  libcurl4-openssl-dev libcxxopts-dev libsodium-dev libsqlite3-dev libsystemd-dev libxml2-dev zlib1g-dev
   googletest libbenchmark-dev nlohmann-json3-dev
   # the windows: Qt, and the pictures of both front ends
   qt6-base-dev librsvg2-bin
@@ -18,7 +18,7 @@ packages=(
   # running the Windows programs
   wine wine64 locales
   # servers of the tests
-  nginx-light openssl python3 python3-pyftpdlib tinyproxy
+  dbus nginx-light openssl python3 python3-dbusmock python3-pyftpdlib tinyproxy
   # judges of what we write, and what tests hold locks and processes with
   bsdutils curl libarchive-tools mdbtools minisign p7zip-full procps sqlite3 unar unzip util-linux
   # fuzzing

@@ -329,6 +329,7 @@ inline std::string CopyNotNamed(const std::string& reason, const std::string& co
 // Installing.
 inline constexpr const char* kRemovingOld = "Удаление старых компонент...";
 inline constexpr const char* kInstalling = "Установка новых компонент...";
+inline constexpr const char* kBusyInstalling = "Идет установка обновления программы \"Tamrin\".";
 inline constexpr const char* kCleaning = "Удаление временных файлов...";
 
 inline std::string MarkNotWritten(const std::string& file) {

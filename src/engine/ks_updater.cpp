@@ -14,6 +14,9 @@
 #include "engine/user_database.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "ports/ports.h"
+#include "ports/power.h"
+#include "services/box_titles.h"
 #include "services/run_module.h"
 #include "services/updater_settings.h"
 
@@ -79,6 +82,8 @@ bool KsUpdater::RunStages() {
   EnterStep(is_client_ ? 4 : 5);
   events_.OnSetIcon("trash");
   events_.OnSetButtonMode(0);
+  const auto awake = ports::CurrentPorts().power->KeepAwake(box_titles::kUpdaterProgram,
+                                                            engine_texts::kBusyInstalling);
   if (!ReplaceOwnFiles()) return false;
   if (!UninstallOldFiles()) return false;
   events_.OnSetIcon("install");

@@ -19,6 +19,7 @@ class Internet;
 class LogFiles;
 class NamedMutexes;
 class PageFiles;
+class Power;
 class Processes;
 class ProductVersion;
 class SettingsStore;
@@ -46,6 +47,7 @@ std::unique_ptr<ports::Internet> MakeInternet(std::int32_t stall_limit);  // mil
 std::unique_ptr<ports::LogFiles> MakeLogFiles();
 std::unique_ptr<ports::NamedMutexes> MakeNamedMutexes();
 std::unique_ptr<ports::PageFiles> MakePageFiles();
+std::unique_ptr<ports::Power> MakePower();
 std::unique_ptr<ports::Processes> MakeProcesses(int argc, char** argv);
 std::unique_ptr<ports::ProductVersion> MakeProductVersion();
 std::unique_ptr<ports::SettingsStore> MakeSettingsStore();

@@ -14,6 +14,7 @@
 #include "ports/log_files.h"
 #include "ports/named_mutex.h"
 #include "ports/page_file.h"
+#include "ports/power.h"
 #include "ports/processes.h"
 #include "ports/product_version.h"
 #include "ports/settings_store.h"
@@ -44,6 +45,7 @@ class SystemHost final : public Host {
     ports.log_files = log_files_.get();
     ports.mutexes = mutexes_.get();
     ports.page_files = page_files_.get();
+    ports.power = power_.get();
     ports.processes = processes_.get();
     ports.product_version = product_version_.get();
     ports.settings = settings_.get();
@@ -66,6 +68,7 @@ class SystemHost final : public Host {
   std::unique_ptr<LogFiles> log_files_ = platform::MakeLogFiles();
   std::unique_ptr<NamedMutexes> mutexes_ = platform::MakeNamedMutexes();
   std::unique_ptr<PageFiles> page_files_ = platform::MakePageFiles();
+  std::unique_ptr<Power> power_ = platform::MakePower();
   std::unique_ptr<Processes> processes_;
   std::unique_ptr<ProductVersion> product_version_ = platform::MakeProductVersion();
   std::unique_ptr<SettingsStore> settings_ = platform::MakeSettingsStore();

@@ -15,6 +15,7 @@ class Internet;
 class LogFiles;
 class NamedMutexes;
 class PageFiles;
+class Power;
 class Processes;
 class ProductVersion;
 class SettingsStore;
@@ -37,6 +38,7 @@ struct Ports {
   LogFiles* log_files = nullptr;
   NamedMutexes* mutexes = nullptr;
   PageFiles* page_files = nullptr;
+  Power* power = nullptr;
   Processes* processes = nullptr;
   ProductVersion* product_version = nullptr;
   SettingsStore* settings = nullptr;

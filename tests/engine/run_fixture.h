@@ -12,6 +12,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "ports/database.h"
+#include "ports/power.h"
 #include "ports/product_version.h"
 #include "services/product_settings.h"
 #include "services/run_outcome.h"
@@ -35,6 +36,24 @@ class FixedProductVersion final : public ports::ProductVersion {
   std::optional<std::string> InstalledVersion() override { return version; }
 };
 
+// Notes in a log when the machine is kept awake.
+class RecordingPower final : public ports::Power {
+ public:
+  explicit RecordingPower(std::vector<std::string>& log) : log_(log) {}
+  std::unique_ptr<ports::StayAwake> KeepAwake(const std::string&, const std::string&) override {
+    log_.push_back("awake");
+    return std::make_unique<Awake>(log_);
+  }
+
+ private:
+  struct Awake final : ports::StayAwake {
+    explicit Awake(std::vector<std::string>& awake_log) : log(awake_log) {}
+    ~Awake() override { log.push_back("asleep"); }
+    std::vector<std::string>& log;
+  };
+  std::vector<std::string>& log_;
+};
+
 // A client installation, a server on loopback with a release, and runs of the engine as the
 // temporary copy. Files, transfers, packages and the database are real.
 class RunTest : public testing::Test {
@@ -43,6 +62,7 @@ class RunTest : public testing::Test {
     ports_->clock = &clock_;
     ports_->front_end = &front_end_;
     ports_->processes = &processes_;
+    ports_->power = &power_;
     ports_->product_version = &product_version_;
     ports_->settings = &settings_;
     const std::string general = "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\";
@@ -137,6 +157,7 @@ class RunTest : public testing::Test {
   std::function<bool(Peer& peer, const std::string& path)> on_answer_;  // false: the file is sent
   Release release_;
   RunListener listener_;
+  RecordingPower power_{listener_.log};
   std::string cancel_at_;
   std::function<void(const std::string& line)> on_line_;
   mutable std::atomic<int> cuts_left_ = 0;  // answers for f1.tmz that break off halfway

@@ -69,15 +69,27 @@ TEST_F(RunTest, AClientInstallationIsBroughtUpToDate) {
   std::erase_if(stages, [](const std::string& line) {
     return line == "main " || line.starts_with("sub ") || line.starts_with("range ");
   });
-  EXPECT_EQ(
-      stages,
-      (Log{"icon ", "mode 1", "icon download", "main Получение номера текущей версии...",
-           "main Выбор сервера для загрузки...", "main Получение списка файлов...",
-           "main Разбор списка файлов...", "icon scan",
-           "main Отбор компонент, подлежащих загрузке...", "icon download",
-           "main Загрузка компонент...", "icon trash", "mode 0",
-           "main Удаление старых компонент...", "icon install", "main Установка новых компонент...",
-           "icon brush", "main Удаление временных файлов...", "mode 2"}));
+  EXPECT_EQ(stages, (Log{"icon ",
+                         "mode 1",
+                         "icon download",
+                         "main Получение номера текущей версии...",
+                         "main Выбор сервера для загрузки...",
+                         "main Получение списка файлов...",
+                         "main Разбор списка файлов...",
+                         "icon scan",
+                         "main Отбор компонент, подлежащих загрузке...",
+                         "icon download",
+                         "main Загрузка компонент...",
+                         "icon trash",
+                         "mode 0",
+                         "awake",
+                         "main Удаление старых компонент...",
+                         "icon install",
+                         "main Установка новых компонент...",
+                         "icon brush",
+                         "main Удаление временных файлов...",
+                         "asleep",
+                         "mode 2"}));
 
   EXPECT_EQ(Run(), Log{kTitle + "Все компоненты, справочники и таблицы установленной на данном "
                                 "компьютере программы соответствуют тем, что находятся на сервере "

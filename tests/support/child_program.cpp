@@ -9,6 +9,7 @@
 #include "ports/file_lock.h"
 #include "ports/host.h"
 #include "ports/named_mutex.h"
+#include "ports/power.h"
 #include "ports/processes.h"
 #include "services/processes.h"
 #include "tests/support/environment.h"
@@ -22,6 +23,7 @@
 //                      "refused"; keeps it to the end
 //   spoil DATABASE REPORT  opens it, empties its table T in a transaction, writes REPORT with the
 //                      number of rows and keeps it all open
+//   awake REPORT       keeps the machine awake to the end; writes "awake" or "not"
 //   mark FILE TEXT     appends a line
 //   sleep MS, exit CODE
 //   crash CODE         ends at once, without any clean-up
@@ -47,6 +49,11 @@ void Lock(const std::string& file, const std::string& mode, const std::string& r
   static std::unique_ptr<ports::FileLock> held;
   held = std::move(result.value.lock);
   Append(report, held ? "locked" : "refused");
+}
+
+void StayAwake(const std::string& report) {
+  static const auto awake = ports::CurrentPorts().power->KeepAwake("Кто", "Почему");
+  Append(report, awake ? "awake" : "not");
 }
 
 void Spoil(const std::string& path, const std::string& report) {
@@ -86,6 +93,8 @@ int Run(const std::vector<std::string>& words) {
     } else if (verb == "execute") {
       Execute(words.at(i), words.at(i + 1));
       i += 2;
+    } else if (verb == "awake") {
+      StayAwake(words.at(i++));
     } else if (verb == "mark") {
       Append(words.at(i), words.at(i + 1));
       i += 2;
