@@ -132,6 +132,44 @@ expect 1 "" import база.mdb открыт.csv --into Лист
 errors "A quote of line 2 is not closed."
 
 # A dump makes an equal database of itself.
+random_script() { # SEED: a table of fields and rows by chance
+  awk -v seed="$1" 'function pick(n) { return int(rand() * n) }
+    function text(length_,   t) { t = ""; while (length_-- > 0) t = t part[pick(9)]; return t }
+    function value(kind) {
+      if (rand() < 0.2) return "Null"
+      if (kind == 0) return rand() < 0.5 ? "yes" : "no"
+      if (kind == 1) return pick(256)
+      if (kind == 2) return pick(65536) - 32768
+      if (kind == 3) return sprintf("%.0f", (rand() - 0.5) * 4294967294)
+      if (kind == 4) return sprintf("\047%.0f.%04d\047", (rand() - 0.5) * 1e14, pick(10000))
+      if (kind < 7) return sprintf("%.17g", (rand() - 0.5) * 10 ^ pick(30))
+      if (kind == 7) return rand() < 0.5 ? "CDate(" (rand() - 0.5) * 90000 ")" : "#" 1900 + pick(200) "-02-03#"
+      if (kind == 8) return sprintf("0x%08x", pick(2147483647))
+      if (kind == 9) return sprintf("\047{%08x-0000-4000-8000-%012x}\047", pick(1e9), pick(1e9))
+      return "\047" text(pick(kind == 10 ? 30 : 3000)) "\047"
+    }
+    BEGIN {
+      srand(seed)
+      split("a|Ж|é|\047\047|\"|]|;|\n|\\", part, "|"); part[0] = "漢"
+      split("byte short long money single double datetime binary(9) guid text(250) memo", type, " ")
+      type[0] = "bit"
+      fields = 1 + pick(20)
+      printf "create table [Т %d] (", seed
+      for (i = 0; i < fields; ++i) { kind[i] = pick(12); printf "%s[Поле %d] %s", i ? ", " : "", i, type[kind[i]] }
+      print ");"
+      for (row = pick(60); row > 0; --row) {
+        printf "insert into [Т %d] values (", seed
+        for (i = 0; i < fields; ++i) printf "%s%s", i ? ", " : "", value(kind[i])
+        print ");"
+      }
+      printf "create index [И] on [Т %d] ([Поле %d]%s) with ignore null;\n", seed, pick(fields), rand() < 0.5 ? " desc" : ""
+    }'
+}
+"$jetsql" create случай.mdb
+for seed in 1 2 3 4 5 6 7 8; do
+  random_script $seed >random.sql
+  expect 0 "" run случай.mdb --file random.sql --continue
+done
 expect 0 "" run база.mdb "create index Два on Всё (Имя desc, Ч) with ignore null;
   property [Всё].[Имя].[Description] Text 'Sимя ''^1'''; property [Всё].[Имя].[AllowZeroLength] Bool 'F';
   relation [Слабая] [С] ([Имя]) references [Всё] ([Имя]) 2; drop index П on Ещё"
@@ -145,6 +183,7 @@ roundtrip() {
   cmp -s <("$jetsql" dump "$1" | grep -v ^-- | sort) <("$jetsql" dump снова.mdb | grep -v ^-- | sort) || fail "dumps of $1"
 }
 roundtrip база.mdb
+roundtrip случай.mdb
 "$jetsql" schema --sql база.mdb | grep -qF "PROPERTY [Всё].[Имя].[Description] Text 'Sимя ''^1'''"
 for sample in "$samples"/[!r]*.mdb; do
   if [ -f "$sample" ]; then roundtrip "$sample"; fi
