@@ -205,7 +205,7 @@ END
 state() {
   local database=$demo/product/db/Tamrin.mdb
   printf '  program: %s\n' "$(grep -o 'Tamrin [0-9.]*' "$demo/product/tm/Tamrin")"
-  printf '  files: %s, of which as in %s: %s\n' "$(find "$demo/product" -type f ! -path '*/db/*' | wc -l)" \
+  printf '  files: %s, of which as in %s: %s\n' "$(find "$demo/product" -type f ! -path '*/db/*' ! -name '*.serial' | wc -l)" \
     $new "$(cd "$demo/newer" && find . -type f -exec cmp -s {} "$demo/product/{}" \; -print | wc -l)"
   printf '  database: version %s\n' "$("$bin/jetsql" run "$database" 'select * from DBVersion' | tail -n 1 | tr '\t' .)"
   "$bin/jetsql" run "$database" 'select count(*), sum(Сумма) from Документы; select count(*), max(Название) from Контрагенты;

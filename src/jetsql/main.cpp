@@ -5,5 +5,6 @@
 int main(int argc, char** argv) {
   const auto host = ports::MakeHost(argc, argv);
   ports::CurrentPorts() = host->MakePorts();
+  ports::CurrentPorts().log_files = nullptr;  // the log is the updater's
   return tools::RunProgram(jetsql::MakeProgram());
 }
