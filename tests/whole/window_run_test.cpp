@@ -1,0 +1,30 @@
+#include "tests/engine/run_fixture.h"
+#include "ui/downloading_form.h"
+
+// A whole run as it is shown in the window.
+namespace tests {
+namespace {
+
+TEST_F(RunTest, AnUnfinishedInstallationIsSaidToBeOneAndTheNextRunHandsItsVersionOn) {
+  release_.files[0].is_com = "yes";  // and is no library
+  Publish();
+  tmw::DownloadingForm unfinished([] {});
+  unfinished.Execute("TMW", server_.Url(""), "");
+  EXPECT_FALSE(unfinished.Updated());
+  ASSERT_EQ(front_end_.log.size(), 3U);
+  EXPECT_TRUE(front_end_.log[1].starts_with("warning|Ошибка загрузки|Ошибка регистрации файла"));
+  EXPECT_TRUE(front_end_.log[2].starts_with(
+      "warning|Обновление программы|Обновление установлено не полностью."));
+  front_end_.log.clear();
+  front_end_.answers = {true};
+  release_.files[0].is_com.clear();
+  Publish();
+  tmw::DownloadingForm finished([] {});
+  finished.Execute("TMW", "http://127.0.0.1:" + std::to_string(UnusedPort()), server_.Url(""));
+  EXPECT_EQ(front_end_.log.size(), 1U) << front_end_.log.back();
+  EXPECT_TRUE(finished.Updated());
+  EXPECT_EQ(finished.NewVersion(), "3.6.0.2");
+}
+
+}  // namespace
+}  // namespace tests
