@@ -55,9 +55,9 @@ std::optional<ParsedVersion> ParseVersion(std::string_view text) {
   return version;
 }
 
-std::string Megabytes(std::uint32_t bytes) {
-  const double amount = static_cast<double>(static_cast<std::int32_t>(bytes)) / 1024 / 1024;
-  return std::to_string(static_cast<std::int32_t>(std::nearbyint(amount))) + " Mb";
+std::string Megabytes(std::int64_t bytes) {
+  const double amount = static_cast<double>(bytes) / 1024 / 1024;
+  return std::to_string(static_cast<std::int64_t>(std::nearbyint(amount))) + " Mb";
 }
 
 }  // namespace
@@ -80,6 +80,7 @@ std::string GetOSVersionString() {
 std::string GetOSInfoString() {
   const std::optional<ports::OsFacts> os = ports::CurrentPorts().system_info->Os();
   if (!os) return {};
+  if (!os->name.empty()) return os->name;
   std::string text =
       std::to_string(os->major) + "." + std::to_string(os->minor) + "." + std::to_string(os->build);
   if (os->platform == 1) text += " (9x)";

@@ -22,11 +22,11 @@ std::string GetAppVersionString();
 // Operating system and machine, two lines.
 std::string GetOSVersionString();
 
-// "6.1.7601 (NT), Service Pack 1"; empty if the system does not report it.
+// "6.1.7601 (NT), Service Pack 1", or the name of a system that has one; empty if the system does
+// not report it.
 std::string GetOSInfoString();
 
-// Memory and processors. Amounts are read as signed 32-bit numbers, so 2 GiB and more read
-// negative.
+// Memory and processors. On Windows 2 GiB and more read negative.
 std::string GetHardwareInfoString();
 
 // The text up to its first character with code 0.

@@ -5,6 +5,7 @@
 #include "foundation/version.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "ports/system_info.h"
 #include "services/advice.h"
 #include "services/box_titles.h"
 #include "services/run_log.h"
@@ -21,6 +22,13 @@ std::string DashLine() {
   for (int i = 0; i < 50; ++i)
     line += "—";
   return line.append(kCrLf);
+}
+
+// A system with a name of its own is not called Windows.
+std::string SystemVersion() {
+  const auto os = ports::CurrentPorts().system_info->Os();
+  const bool has_name = os && !os->name.empty();
+  return (has_name ? ui_texts::kSystemVersion : ui_texts::kWindowsVersion) + GetOSVersionString();
 }
 
 // Leaves the line out if its value is not available: an error window must not fail.
@@ -50,7 +58,7 @@ void ErrorForm::Compose(const std::string& message, const std::string& chain, st
   text.Add(DashLine());
   if (code != 0) text.AddLine(ui_texts::ErrorCode(code));
   AddLineIfKnown(text, ui_texts::kUpdaterBuild, GetAppVersionString);
-  AddLineIfKnown(text, ui_texts::kSystemVersion, GetOSVersionString);
+  AddLineIfKnown(text, "", SystemVersion);
   full_text_ = text.TakeText();
 }
 

@@ -26,7 +26,8 @@ inline constexpr const char* kLessDetails = "Подробнее  <<";
 // The details of an error.
 inline constexpr const char* kChain = "Стек:";
 inline constexpr const char* kUpdaterBuild = "Сборка программы обновления: ";
-inline constexpr const char* kSystemVersion = "Версия Windows: ";
+inline constexpr const char* kWindowsVersion = "Версия Windows: ";
+inline constexpr const char* kSystemVersion = "Версия системы: ";
 
 inline std::string ErrorCode(std::int32_t code) {
   return "Код ошибки: " + std::to_string(code) + " (0x" + ToHex(code) + ")";

@@ -4,7 +4,9 @@
 
 #include <regex>
 
+#include "ports/ports.h"
 #include "ports/system_info.h"
+#include "tests/support/environment.h"
 #include "tests/support/scoped_ports.h"
 
 namespace tmw {
@@ -69,21 +71,28 @@ TEST(SystemDescription, NamesSystemAndMachine) {
   FixedSystem system;
   ports->system_info = &system;
   EXPECT_EQ(GetOSInfoString(), "");
-  system.os = ports::OsFacts{6, 1, 7601, 2, std::string("Service Pack 1\0\0x", 17)};
+  system.os = ports::OsFacts{6, 1, 7601, 2, std::string("Service Pack 1\0\0x", 17), ""};
   EXPECT_EQ(GetOSInfoString(), "6.1.7601 (NT), Service Pack 1");
-  system.os = ports::OsFacts{4, 10, 1998, 1, ""};
+  system.os = ports::OsFacts{4, 10, 1998, 1, "", ""};
   EXPECT_EQ(GetOSInfoString(), "4.10.1998 (9x)");
-  system.os = ports::OsFacts{6, 1, 0, 0, ""};
+  system.os = ports::OsFacts{6, 1, 0, 0, "", ""};
   EXPECT_EQ(GetOSInfoString(), "6.1.0");
-  // 3 GiB read negative; half a megabyte rounds to the even number.
-  system.hardware = {0xC0000000U, 0x00180000U, 0x7FFE0000U, 0x00080000U, 4};
+  system.os->name = "Система 12, Ядро 6.1.0-18";
+  EXPECT_EQ(GetOSInfoString(), "Система 12, Ядро 6.1.0-18");
+  // Half a megabyte rounds to the even number.
+  system.hardware = {-0x40000000, 0x00180000, 0x7FFE0000, 0x00080000, 4};
   EXPECT_EQ(GetHardwareInfoString(),
             "RAM: -1024 Mb, free: 2 Mb; VM: 2048 Mb, free VM: 0 Mb; processors: 4");
+  system.hardware.total_physical = std::int64_t{64} << 30;
+  EXPECT_TRUE(GetHardwareInfoString().starts_with("RAM: 65536 Mb, "));
   EXPECT_EQ(GetOSVersionString(), GetOSInfoString() + "\r\n" + GetHardwareInfoString());
 }
 
 TEST(SystemDescription, TheRealSystemTellsItsVersion) {
-  EXPECT_TRUE(std::regex_search(GetOSInfoString(), std::regex(R"(^\d+\.\d+\.\d+)")));
+  const std::string form = tests::kOnWindows ? R"(^\d+\.\d+\.\d+)" : R"(^\D.*, Linux \d+\.\d+)";
+  EXPECT_TRUE(std::regex_search(GetOSInfoString(), std::regex(form))) << GetOSInfoString();
+  const ports::HardwareFacts facts = ports::CurrentPorts().system_info->Hardware();
+  EXPECT_EQ(facts.total_virtual > std::int64_t{1} << 32, !tests::kOnWindows);
   EXPECT_FALSE(GetHardwareInfoString().find("processors: 0") != std::string::npos);
 }
 

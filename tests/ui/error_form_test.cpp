@@ -17,10 +17,11 @@ const std::string kDashes = "\r\n———————————————�
 class FixedSystemInfo final : public ports::SystemInfo {
  public:
   bool is_broken = false;
+  std::string name;
 
   std::optional<ports::OsFacts> Os() override {
     if (is_broken) throw std::runtime_error("no version");
-    return ports::OsFacts{6, 1, 7601, 2, "Service Pack 1"};
+    return ports::OsFacts{6, 1, 7601, 2, "Service Pack 1", name};
   }
   ports::HardwareFacts Hardware() override { return {2047U << 20, 1024U << 20, 7, 0, 4}; }
   ports::SystemFolders Folders() override { return {}; }
@@ -59,8 +60,12 @@ TEST(ErrorForm, TheFullTextGathersWhatSupportNeeds) {
     EXPECT_EQ(form.ShortText(), c.short_text);
     EXPECT_EQ(form.FullText(), c.full_text + tail);
   }
-  system_info.is_broken = true;
   ErrorForm form;
+  system_info.name = "Система 12, Ядро 6.1";
+  form.Compose("Беда", "", 0);
+  EXPECT_NE(form.FullText().find("\r\nВерсия системы: Система 12, Ядро 6.1\r\nRAM: "),
+            std::string::npos);
+  system_info.is_broken = true;
   form.Compose("Беда", "", 0);
   EXPECT_EQ(form.FullText(), "Беда" + kDashes + build);
 }

@@ -7,13 +7,14 @@
 #include <cstdio>
 #include <fstream>
 #include <map>
+#include <string_view>
 
 #include "ports/system_info.h"
 
 namespace platform {
 namespace {
 
-using Amounts = std::map<std::string, std::uint64_t>;
+using Amounts = std::map<std::string, std::int64_t>;
 
 // The amounts of /proc/meminfo or /proc/self/status ("Name:   123 kB"), in bytes.
 Amounts ReadAmounts(const char* path) {
@@ -25,16 +26,32 @@ Amounts ReadAmounts(const char* path) {
     if (colon == std::string::npos) continue;
     if (std::sscanf(line.c_str() + colon + 1, "%llu kB", &kilobytes) != 1)
       continue;  // NOLINT(cert-err34-c): the kernel's own figures
-    amounts[line.substr(0, colon)] = std::uint64_t{kilobytes} * 1024;
+    amounts[line.substr(0, colon)] = static_cast<std::int64_t>(kilobytes) * 1024;
   }
   return amounts;
 }
 
 // What a process may address: its limit, else the 47 bits that user space has.
-std::uint64_t AddressSpace() {
+std::int64_t AddressSpace() {
   rlimit limit{};
-  if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) return limit.rlim_cur;
-  return sizeof(void*) > 4 ? (std::uint64_t{1} << 47U) - 1 : 0xBFFFFFFFU;
+  if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
+    return static_cast<std::int64_t>(limit.rlim_cur);
+  return sizeof(void*) > 4 ? (std::int64_t{1} << 47U) - 1 : 0xBFFFFFFF;
+}
+
+// The value of PRETTY_NAME, without its quotes; empty if there is none. os-release(5).
+std::string DistributionName() {
+  constexpr std::string_view kName = "PRETTY_NAME=";
+  for (const char* const path : {"/etc/os-release", "/usr/lib/os-release"}) {
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) {
+      if (!line.starts_with(kName)) continue;
+      std::string value = line.substr(kName.size());
+      std::erase(value, '"');
+      return value;
+    }
+  }
+  return {};
 }
 
 class LinuxSystemInfo final : public ports::SystemInfo {
@@ -52,7 +69,9 @@ class LinuxSystemInfo final : public ports::SystemInfo {
     facts.major = major;
     facts.minor = minor;
     facts.build = patch;
-    facts.service_pack = std::string(name.sysname) + " " + name.release;
+    const std::string kernel = std::string(name.sysname) + " " + name.release;
+    const std::string distribution = DistributionName();
+    facts.name = distribution.empty() ? kernel : distribution + ", " + kernel;
     return facts;
   }
 
@@ -61,16 +80,16 @@ class LinuxSystemInfo final : public ports::SystemInfo {
     const Amounts process = ReadAmounts("/proc/self/status");
     const auto amount = [](const Amounts& amounts, const char* name) {
       const auto found = amounts.find(name);
-      return found == amounts.end() ? 0 : found->second;
+      return found == amounts.end() ? std::int64_t{0} : found->second;
     };
-    const std::uint64_t space = AddressSpace();
-    const std::uint64_t used = amount(process, "VmSize");
+    const std::int64_t space = AddressSpace();
+    const std::int64_t used = amount(process, "VmSize");
     const long processors = sysconf(_SC_NPROCESSORS_ONLN);
     ports::HardwareFacts facts;
-    facts.total_physical = static_cast<std::uint32_t>(amount(machine, "MemTotal"));
-    facts.available_physical = static_cast<std::uint32_t>(amount(machine, "MemAvailable"));
-    facts.total_virtual = static_cast<std::uint32_t>(space);
-    facts.available_virtual = static_cast<std::uint32_t>(space > used ? space - used : 0);
+    facts.total_physical = amount(machine, "MemTotal");
+    facts.available_physical = amount(machine, "MemAvailable");
+    facts.total_virtual = space;
+    facts.available_virtual = space > used ? space - used : 0;
     facts.processors = processors > 0 ? static_cast<std::uint32_t>(processors) : 1;
     return facts;
   }

@@ -17,6 +17,11 @@ static_assert(sizeof(OSVERSIONINFOA) == 148, "the system's ANSI version record")
 static_assert(sizeof(MEMORYSTATUS) == 32, "the system's memory record");
 #endif
 
+// As the 32-bit record has it.
+std::int64_t Signed(std::size_t amount) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(amount));
+}
+
 class WindowsSystemInfo final : public ports::SystemInfo {
  public:
   std::optional<ports::OsFacts> Os() override {
@@ -39,10 +44,10 @@ class WindowsSystemInfo final : public ports::SystemInfo {
     memory.dwLength = sizeof(memory);
     GlobalMemoryStatus(&memory);
     ports::HardwareFacts facts;
-    facts.total_physical = static_cast<std::uint32_t>(memory.dwTotalPhys);
-    facts.available_physical = static_cast<std::uint32_t>(memory.dwAvailPhys);
-    facts.total_virtual = static_cast<std::uint32_t>(memory.dwTotalVirtual);
-    facts.available_virtual = static_cast<std::uint32_t>(memory.dwAvailVirtual);
+    facts.total_physical = Signed(memory.dwTotalPhys);
+    facts.available_physical = Signed(memory.dwAvailPhys);
+    facts.total_virtual = Signed(memory.dwTotalVirtual);
+    facts.available_virtual = Signed(memory.dwAvailVirtual);
     facts.processors = system.dwNumberOfProcessors;
     return facts;
   }
