@@ -5,6 +5,7 @@
 
 #include "engine/database_backup.h"
 #include "foundation/api_errors.h"
+#include "tests/companion/rar_entries.h"
 #include "tests/engine/database_run_fixture.h"
 
 #ifndef _WIN32
@@ -54,6 +55,24 @@ TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
   EXPECT_EQ(clock_.sleeps, (std::vector<std::int32_t>{1000, 1000}));
   EXPECT_EQ(Run().size(), 1U) << "nothing is left to do";
   EXPECT_FALSE(updated_);
+}
+
+TEST_F(DatabaseRunTest, WhatAnnouncesMoreThanItMayUnpackToIsRefused) {
+  const Text folder = "server/TMW_3.6.2.0/";
+  for (const Text package : {"Banks.table.tmz", "_PackageManifest.tmz"}) {
+    Publish();
+    const bool is_table = package.starts_with("Banks");
+    constexpr std::uint64_t kMebibytes = 64U << 20U;
+    const std::uint64_t limit = is_table ? kMebibytes + std::uint64_t{10} * 64 : kMebibytes;
+    EntryHeader entry = FileHeader(is_table ? "Banks.table" : "TMW_manifest.xml", "");
+    entry.size = limit + 1;
+    sandbox_.Write(folder + package, Archive(RarFormat::kRar5, entry, ""));
+    front_end_.answers = {true};
+    EXPECT_NE(Run().back().find("Распакованные данные больше допустимого (" +
+                                std::to_string(limit) + " байт)."),
+              Text::npos)
+        << front_end_.log.back();
+  }
 }
 
 TEST_F(DatabaseRunTest, OnlyAnArchiveOfTodaysDatabaseCountsAsItsBackup) {
