@@ -63,7 +63,7 @@ constexpr State kStates[] = {
 class ExampleSystem final : public ports::SystemInfo {
  public:
   std::optional<ports::OsFacts> Os() override {
-    return ports::OsFacts{6, 1, 7601, 2, "Service Pack 1"};
+    return ports::OsFacts{6, 1, 7601, 2, "Service Pack 1", ""};
   }
   ports::HardwareFacts Hardware() override {
     return {2047U << 20U, 1024U << 20U, 2047U << 20U, 1900U << 20U, 4};
