@@ -19,8 +19,10 @@ if(WIN32)
   target_compile_definitions(tmw_settings INTERFACE
     UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601 _FILE_OFFSET_BITS=64
     $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>:__MINGW_USE_VC2005_COMPAT>)  # times of 64 bits
-  target_link_options(tmw_settings INTERFACE -static
-    -Wl,--tsaware,--major-subsystem-version=6,--minor-subsystem-version=1)
+  target_compile_options(tmw_settings INTERFACE -fstack-protector-strong)
+  target_link_options(tmw_settings INTERFACE -static -fstack-protector-strong
+    -Wl,--tsaware,--dynamicbase,--nxcompat,--major-subsystem-version=6,--minor-subsystem-version=1
+    $<IF:$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>,-Wl$<COMMA>--large-address-aware,-Wl$<COMMA>--high-entropy-va>)
 else()
   target_compile_definitions(tmw_settings INTERFACE _FILE_OFFSET_BITS=64)
 endif()
@@ -42,6 +44,40 @@ function(tmw_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE tmw_settings ${ARG_LIBS})
+endfunction()
+
+# tmw_ship(NAME DESCRIPTION): a program or library that users get. On Windows it carries a version
+# resource; its symbols lie in <build>/symbols, for the addresses of a crash.
+function(tmw_ship name description)
+  if(NOT WIN32)
+    return()
+  endif()
+  get_target_property(kind ${name} TYPE)
+  if(kind STREQUAL "EXECUTABLE")
+    set(TMW_FILE_TYPE VFT_APP)
+  else()
+    set(TMW_FILE_TYPE VFT_DLL)
+  endif()
+  get_target_property(TMW_FILE_NAME ${name} OUTPUT_NAME)
+  if(NOT TMW_FILE_NAME)
+    set(TMW_FILE_NAME ${name})
+  endif()
+  string(APPEND TMW_FILE_NAME $<IF:$<STREQUAL:${kind},EXECUTABLE>,.exe,.dll>)
+  set(TMW_DESCRIPTION ${description})
+  set(resource ${CMAKE_CURRENT_BINARY_DIR}/${name}_version.rc)
+  configure_file(${PROJECT_SOURCE_DIR}/src/platform/windows/resources/version.rc.in ${resource}.in @ONLY)
+  file(GENERATE OUTPUT ${resource} INPUT ${resource}.in)
+  enable_language(RC)
+  # Without it windres takes the bytes of UTF-8 for characters.
+  set_source_files_properties(${resource} PROPERTIES COMPILE_OPTIONS --codepage=65001)
+  target_sources(${name} PRIVATE ${resource})
+  set(symbols ${PROJECT_BINARY_DIR}/symbols/$<TARGET_FILE_NAME:${name}>.debug)
+  add_custom_command(TARGET ${name} POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/symbols
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${name}> ${symbols}
+    COMMAND ${CMAKE_STRIP} --strip-all $<TARGET_FILE:${name}>
+    COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${symbols} $<TARGET_FILE:${name}>
+    VERBATIM)
 endfunction()
 
 # tmw_test(NAME SOURCES ... [LIBS ...] [TIMEOUT seconds] [MAY_SKIP] [COMPANION]): one test program of

@@ -40,7 +40,8 @@ platform/windows/windows_headers
 platform/windows/wide             foundation platform/windows/windows_headers
 platform/windows/com              platform/windows/windows_headers platform/windows/wide
 platform/windows/dao              ports foundation platform/windows/com platform/windows/wide
-platform/windows/database         ports jet/engine platform/factories platform/windows/dao
+platform/windows/embedded_engine  ports jet/engine
+platform/windows/database         ports platform/factories platform/windows/dao platform/windows/embedded_engine
 platform/windows                  ports foundation services platform/factories platform/windows
 engine                            ports foundation services sha256 signature transfer packages database
 publish                           ports foundation services sha256 signature transfer packages packing database tools

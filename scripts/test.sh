@@ -18,6 +18,7 @@ cat >build/all-tests/CTestTestfile.cmake <<END
 subdirs("$PWD/build/linux-debug")
 subdirs("$PWD/build/windows-x64")
 add_test(windows_x86_abi "$PWD/scripts/check_abi.sh" "$PWD/build/windows-x86")
+add_test(windows_x86_pe "$PWD/scripts/check_pe.py" "$PWD/build/windows-x86")
 END
 
 echo "test: set up and built in $((SECONDS - started)) s"
