@@ -5,6 +5,7 @@
 #include "platform/factories.h"
 #include "ports/companion_library.h"
 #include "tests/engine/run_fixture.h"
+#include "tests/fakes/faulty_file_system.h"
 
 namespace tests {
 namespace {
@@ -94,6 +95,19 @@ TEST_F(SelfUpdateTest, ANewerUpdaterIsFetchedAndStarted) {
   EXPECT_EQ(processes_.starts,
             Log{program + "|\"" + program + "\" -r -w http://x/ -e \"Tamrin\"|"});
   EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/extra.dll"), "extra");
+}
+
+TEST_F(SelfUpdateTest, ANameThatIsHeldGetsTheNextNumber) {
+  FaultyFileSystem files(*ports::CurrentPorts().files);
+  ports_->files = &files;
+  files.held = {Temp("next.exe"), Temp("next_1.exe")};
+  PublishUpdater("next.exe");
+  for (const char* const name : {"next.exe", "next_1.exe"})
+    sandbox_.Write(std::string("tmp/TMW_WebUpdate/") + name, "runs");
+  ASSERT_TRUE(Restarts());
+  const std::string program = Temp("next_2.exe");
+  EXPECT_TRUE(processes_.starts.at(0).starts_with(program + "|\"" + program + "\" -r "));
+  EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/next_1.exe"), "runs");
 }
 
 TEST_F(SelfUpdateTest, ARestartedUpdaterDoesNotTryAgain) {

@@ -39,6 +39,7 @@ class FaultyFileSystem final : public ports::FileSystem {
   std::deque<Code> open_codes;
   std::deque<Code> rename_codes;
   std::deque<Code> remove_codes;
+  std::vector<Path> held;  // files that cannot be removed
   // Changes of the disk that still succeed; then all fail with kBroken, as for a process that dies,
   // or only the next one does.
   std::optional<std::size_t> changes_left;
@@ -71,7 +72,9 @@ class FaultyFileSystem final : public ports::FileSystem {
     return Do("remove folder", 0, [&] { return real_.RemoveFolder(path); });
   }
   Status RemoveFile(const Path& path) override {
-    return Do("remove", Next(remove_codes), [&] { return real_.RemoveFile(path); });
+    const bool is_held = std::find(held.begin(), held.end(), path) != held.end();
+    return Do("remove", is_held ? kBroken : Next(remove_codes),
+              [&] { return real_.RemoveFile(path); });
   }
   Status Rename(const Path& from, const Path& to) override {
     return Do("rename", Next(rename_codes), [&] { return real_.Rename(from, to); });

@@ -27,6 +27,7 @@ class RecordingProcesses final : public ports::Processes {
   // When set, plain starts are refused with the first code for lack of rights, elevated ones with
   // the second.
   std::optional<std::pair<ports::SystemCode, ports::SystemCode>> refusals;
+  std::function<void()> on_start;
   ports::StartRequest last_start;
   ports::ElevatedStartRequest last_elevated_start;
 
@@ -34,6 +35,7 @@ class RecordingProcesses final : public ports::Processes {
       const ports::StartRequest& request) override {
     starts.push_back(request.program + "|" + request.command_line + "|" + request.working_folder);
     last_start = request;
+    if (on_start) on_start();
     if (refusals) return {false, refusals->first, nullptr};
     return {true, 0, std::make_unique<EndedProcess>(exit_code)};
   }

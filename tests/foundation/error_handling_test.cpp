@@ -101,6 +101,15 @@ TEST_F(ErrorHandling, SystemCodesKeepTheirNumberAndBringTheSystemsText) {
   EXPECT_EQ(Caught([] { RaiseApiError(2); }).Description, GetApiErrorText(2, ""));
 }
 
+TEST_F(ErrorHandling, ALoadedModuleExplainsItsOwnCodes) {
+  // On Linux a table stands in for the library, which on Windows this program does not load.
+  const bool has_module =
+      ports::CurrentPorts().error_texts->FindLoadedModule("wininet.dll").has_value();
+  const std::string text = GetApiErrorText(12007, "нет.dll|WinInet.dll");
+  EXPECT_EQ(text.starts_with("Неизвестная ошибка API"), !has_module) << text;
+  EXPECT_TRUE(GetApiErrorText(12007, "").starts_with("Неизвестная ошибка API 12007"));
+}
+
 TEST_F(ErrorHandling, CodesWithoutATextAreNamed) {
   EXPECT_EQ(GetApiErrorText(123456, ""), "Неизвестная ошибка API 123456 (0x1E240)");
   EXPECT_EQ(GetApiErrorText(-559038737, "нет.dll"),

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "foundation/api_errors.h"
 #include "foundation/text.h"
 #include "ports/processes.h"
@@ -24,6 +26,21 @@ TEST(Processes, AStartedProgramGetsArgumentsFolderAndEnvironment) {
   ASSERT_EQ(RunProcess(program, line, sandbox.Path(), true, 0), 0);
   EXPECT_EQ(sandbox.Read("отчёт"), sandbox.Path() + "\nhanded on\nдва слова\n\"q\"\na^b\nx^y\n" +
                                        (tests::kOnWindows ? "" : "\n") + "Ёж\n");
+}
+
+TEST(Processes, RelativeProgramsAndFoldersCountFromTheCurrentOne) {
+  const tests::Sandbox sandbox;
+  const auto before = std::filesystem::current_path();
+  const auto program = tests::ToPath(tests::ChildProgram());
+  std::filesystem::current_path(program.parent_path());
+  const auto folder = std::filesystem::relative(tests::ToPath(sandbox.Path()));
+  const std::string name = (tests::kOnWindows ? ".\\" : "./") + program.filename().string();
+  const std::string line = "\"" + name + "\" report \"" + sandbox.Path("отчёт") + "\"";
+  // On Windows the sandbox may lie on another drive.
+  const std::string work_dir = folder.empty() ? sandbox.Path() : tests::FromPath(folder);
+  EXPECT_EQ(RunProcess(name, line, work_dir, true, 0), 0);
+  std::filesystem::current_path(before);
+  EXPECT_EQ(sandbox.Read("отчёт").substr(0, sandbox.Path().size() + 1), sandbox.Path() + "\n");
 }
 
 TEST(Processes, WaitingLetsEventsRunEveryHalfSecondAndGivesTheExitCode) {

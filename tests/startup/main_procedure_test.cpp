@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/error_environment.h"
 #include "foundation/error_handling.h"
 #include "foundation/program_error.h"
+#include "services/mutexes.h"
 #include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "startup/default_urls.h"
@@ -45,6 +47,19 @@ class ScriptedWindow final : public ProgressWindow {
 
  private:
   ScriptedRun& run_;
+};
+
+// The error window, which notes what it would show.
+class NotingWindow final : public ErrorWindow {
+ public:
+  explicit NotingWindow(Log& log) : log_(log) {}
+  void Execute(const std::string& message, const std::string& chain, std::int32_t code,
+               const std::string& /*caption*/) override {
+    log_.push_back(message + "|" + std::to_string(code) + "|" + chain);
+  }
+
+ private:
+  Log& log_;
 };
 
 class StartUp : public testing::Test {
@@ -223,13 +238,40 @@ TEST_F(StartUp, AMissingProductIsSkippedWithoutAWord) {
   EXPECT_EQ(front_end_.log, Log{});
 }
 
-TEST_F(StartUp, EndingTheUpdaterFreesTheLockFirst) {
+TEST_F(StartUp, TheProductStartsOnceTheLockIsFree) {
+  Log at_start;
+  processes_.on_start = [&] { at_start = mutexes_.log; };
+  Run("-e \"" + product_ + "\"");
+  ASSERT_FALSE(at_start.empty());
+  EXPECT_EQ(at_start.back(), "close Local\\TMW_WebUpdate_Mutex");
+}
+
+TEST_F(StartUp, AnErrorOfTheStartIsShown) {
+  run_.fails = true;
+  auto saved =
+      SetErrorEnvironment({[this] { return std::make_unique<NotingWindow>(run_.calls); }, nullptr});
   Run("");
-  mutexes_.log.clear();
+  SetErrorEnvironment(std::move(saved));
+  ASSERT_EQ(run_.calls.size(), 2U);
+  EXPECT_TRUE(run_.calls[1].starts_with("Сбой|1001|[")) << run_.calls[1];
+  EXPECT_NE(run_.calls[1].find("::miMain.Main]"), std::string::npos) << run_.calls[1];
+}
+
+TEST_F(StartUp, EndingTheUpdaterFreesTheLockFirst) {
   ASSERT_TRUE(Parse(""));
+  ASSERT_TRUE(LockUpdaterMutex("Local\\TMW_WebUpdate_Mutex"));
+  mutexes_.log.clear();
   // The fake ends the process by an exception, which passes through the frames.
   EXPECT_THROW(ExitUpdater(), ProgramError);
+  EXPECT_EQ(mutexes_.log, Log{"close Local\\TMW_WebUpdate_Mutex"});
 }
+
+#ifndef _WIN32  // where a test can fork
+TEST_F(StartUp, TheNormalEndIsANormalOneIfAsked) {
+  ASSERT_TRUE(Parse("-d"));
+  EXPECT_EXIT(ExitUpdater(), testing::ExitedWithCode(0), "");
+}
+#endif
 
 }  // namespace
 }  // namespace tmw

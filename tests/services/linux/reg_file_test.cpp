@@ -106,5 +106,25 @@ TEST(RegFile, ABrokenOrUnreadableFileIsAnErrorThatNamesIt) {
   }
 }
 
+TEST(RegFile, TheUsersFileLiesInTheFolderForConfigurations) {
+  const tests::Sandbox sandbox;
+  const std::string bytes = "REGEDIT4\n[HKEY_CURRENT_USER\\k]\n\"v\"=\"";
+  sandbox.Write("config/tamrin/user.reg", bytes + "config\"\n");
+  sandbox.Write(".config/tamrin/user.reg", bytes + "home\"\n");
+  const tests::ScopedVariable chosen("TAMRIN_USER_REG", "");
+  const tests::ScopedVariable home("HOME", sandbox.Path());
+  for (const std::string& folder : {sandbox.Path("config"), std::string("config"), std::string()}) {
+    const tests::ScopedVariable config("XDG_CONFIG_HOME", folder);
+    const auto store = MakeSettingsStore();
+    EXPECT_EQ(store->ReadString(ports::SettingsRoot::kUser, "k", "v").value,
+              folder.starts_with('/') ? "config" : "home");
+    EXPECT_EQ(store->PlaceOf(ports::SettingsRoot::kUser),
+              "файл \"" +
+                  sandbox.Path(folder.starts_with('/') ? "config/tamrin/user.reg"
+                                                       : ".config/tamrin/user.reg") +
+                  "\"");
+  }
+}
+
 }  // namespace
 }  // namespace platform
