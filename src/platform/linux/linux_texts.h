@@ -73,6 +73,12 @@ inline constexpr const char* kNoWords[] = {"н", "нет", "n", "net", "no"};
 inline constexpr const char* kDetailsKeys[] = {"п", "p", "d"};  // the first one is shown
 inline constexpr const char* kCloseKeys[] = {"з", "z", "c"};
 
+// The display server has gone.
+inline constexpr const char* kDisplayLost =
+    "[!] Программа обновления\n"
+    "Графическая среда перестала отвечать, программа обновления завершена. Запустите ее еще раз: "
+    "она закончит начатое.\n";
+
 // The windows: buttons, and the names that screen readers speak.
 inline constexpr const char* kYes = "&Да";
 inline constexpr const char* kNo = "&Нет";

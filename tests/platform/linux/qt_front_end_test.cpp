@@ -9,6 +9,7 @@
 #include <functional>
 
 #include "platform/factories.h"
+#include "platform/linux/qt/qt_application.h"
 #include "ports/front_end.h"
 #include "tests/support/environment.h"
 
@@ -310,6 +311,20 @@ TEST(Display, IsTriedBeforeItIsUsed) {
   const auto front_end = MakeFrontEnd();
   const auto view = front_end->MakeProgressView();
   EXPECT_EQ(QApplication::instance(), nullptr);
+}
+
+// The display may go between the trial and the first window, or later.
+TEST(DisplayDeathTest, ALossIsShownInTheUsersWords) {
+  const ScopedVariable platform_name("QT_QPA_PLATFORM", "absent");
+  EXPECT_EXIT(QtApplication(), testing::ExitedWithCode(1),
+              "^\\[!\\] Программа обновления\nГрафическая среда перестала отвечать");
+  EXPECT_EXIT(
+      {
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        const QtApplication application;
+        qWarning("The X11 connection broke (error 1). Did the X11 server die?");
+      },
+      testing::ExitedWithCode(1), "Графическая среда перестала отвечать");
 }
 
 }  // namespace

@@ -13,6 +13,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/linux/linux_texts.h"
+
 // Outside any namespace, as Qt's macro wants it.
 static void InitPictures() {
   Q_INIT_RESOURCE(pictures);
@@ -29,10 +31,17 @@ bool IsSet(const char* name) {
   return value != nullptr && *value != '\0';
 }
 
+// What Qt warns of before it ends a process whose display server has died.
+constexpr const char* kConnectionBroke = "connection broke";
+
 // Qt's remarks on fonts, themes and locales would clutter the terminal the program was started
-// from.
+// from, and its last words before it ends a process mean nothing to users.
 void PassOnFaults(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
-  if (type == QtCriticalMsg || type == QtFatalMsg)
+  if (type == QtFatalMsg || message.contains(kConnectionBroke)) {
+    static_cast<void>(std::fputs(linux_texts::kDisplayLost, stderr));
+    _exit(EXIT_FAILURE);
+  }
+  if (type == QtCriticalMsg)
     static_cast<void>(std::fprintf(stderr, "%s\n", message.toUtf8().constData()));
 }
 
