@@ -161,6 +161,55 @@ TEST_F(ContainerTest, ARowThatTheFileCannotHoldIsRefusedWhenItIsMade) {
   ExpectClean();
 }
 
+// A table that nobody has used is read from the file, until something changes.
+TEST_F(ContainerTest, ATablesRowsAreReadOnWhereTheyLieAfterAChange) {
+  ASSERT_EQ(Run("create table Ряд (Н long, И text(9))"), 0);
+  for (const char* const row : {"3, 'c'", "1, 'b'", "4, null", "2, 'a'", "5, 'b'"})
+    ASSERT_EQ(Run(std::string("insert into Ряд values (") + row + ")"), 0);
+  ASSERT_EQ(Run("create index Вниз on Ряд (И desc)"), 0);
+  const struct {
+    const char* index;  // empty: as the rows lie
+    const char* change;
+    const char* rows;  // the change is made at the second one
+  } cases[] = {
+      {"", "", "31425"},
+      {"Вниз", "", "31524"},
+      {"", "delete from Ряд where Н = 3 or Н = 4", "3125"},
+      {"Вниз", "delete from Ряд where Н = 1", "3.524"},
+      {"Вниз", "update Ряд set Н = Н + 5", "36079"},
+      {"", "insert into Ряд values (7, 'я')", "31425"},
+  };
+  for (const auto& c : cases) {
+    Reopen();
+    const auto rows = db->OpenRecordset("ряд", ports::RecordsetType::kTable);
+    if (*c.index != '\0') rows->SetIndex(c.index);
+    std::string read;
+    for (int i = 0; !rows->AtEnd(); rows->MoveNext(), ++i) {
+      engine->BeginTrans();
+      if (i == 1 && *c.change != '\0') {
+        EXPECT_EQ(Run(c.change), 0);
+      }
+      std::int32_t number = 0;
+      const std::int32_t error =
+          ErrorOf([&] { number = std::get<std::int32_t>(rows->Value(0)) % 10; });
+      engine->CommitTrans();
+      read += error == 3167 ? "." : std::to_string(number);
+    }
+    EXPECT_EQ(read, c.rows) << c.index << ": " << c.change;
+    rows->MoveFirst();
+    EXPECT_FALSE(rows->AtBeginning());
+    rows->MovePrevious();
+    EXPECT_TRUE(rows->AtBeginning());
+    EXPECT_EQ(ErrorOf([&] { rows->Value(0); }), 3021);
+    db->Close();
+    EXPECT_EQ(ErrorOf([&] { rows->MoveLast(); }), 3420);
+    db = engine->OpenDatabase(path, true, false);
+    ASSERT_EQ(Run("delete from Ряд"), 0);
+    for (const char* const row : {"3, 'c'", "1, 'b'", "4, null", "2, 'a'", "5, 'b'"})
+      ASSERT_EQ(Run(std::string("insert into Ряд values (") + row + ")"), 0);
+  }
+}
+
 // Whichever writing of the new file fails, the old one is as it was and the database still open.
 TEST_F(ContainerTest, AFailureToWriteLeavesTheOldFile) {
   const tests::ScopedPorts scoped;

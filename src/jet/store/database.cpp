@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "jet/errors.h"
+#include "jet/store/file_recordset.h"
 #include "jet/store/recordset.h"
 #include "jet/store/relations.h"
 #include "jet/store/statement_runner.h"
@@ -105,6 +106,12 @@ std::int64_t Database::Execute(const std::string& sql, bool /*fail_on_error*/) {
 std::unique_ptr<ports::DatabaseRecordset> Database::OpenRecordset(const std::string& source,
                                                                   ports::RecordsetType type) {
   session_->EnterLevels();
+  if (type == ports::RecordsetType::kTable) {
+    TablePtr table = session_->Tables().FindTable(source);
+    std::optional<file::RowList> rows;
+    if (table) rows = session_->RowsInFile(*table);
+    if (rows) return std::make_unique<FileRecordset>(session_, std::move(table), *std::move(rows));
+  }
   if (TablePtr table = session_->LoadedTables().FindTable(source)) {
     return std::make_unique<Recordset>(session_, sql::PlanTable(std::move(table), nullptr), type);
   }

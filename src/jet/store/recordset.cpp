@@ -26,6 +26,11 @@ void Recordset::OpenRows() {
   mode_ = Mode::kBrowse;
 }
 
+void Recordset::TakePlace(std::vector<std::int64_t> keys, std::size_t position) {
+  rows_->SetKeys(std::move(keys));
+  position_ = position;
+}
+
 void Recordset::SetIndex(const std::string& name) {
   if (type_ != ports::RecordsetType::kTable) FailUnsupported("Index");
   const IndexInfo* const index = plan_.table->FindIndex(name);

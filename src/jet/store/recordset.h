@@ -17,6 +17,9 @@ class Recordset final : public ports::DatabaseRecordset {
  public:
   Recordset(std::shared_ptr<Session> session, sql::SelectPlan plan, ports::RecordsetType type);
 
+  // The rows of those keys, and the place among them, from 1, that is the current one.
+  void TakePlace(std::vector<std::int64_t> keys, std::size_t position);
+
   void SetIndex(const std::string& name) override;
   bool AtBeginning() const override;
   bool AtEnd() const override;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "jet/sql/query_translator.h"
@@ -28,6 +29,10 @@ class RowSource {
   // True if the rows are those of a table and may be changed.
   bool IsUpdatable() const { return !plan_.row_sql.empty(); }
   std::int64_t Key(std::size_t index) const { return keys_[index]; }
+  void SetKeys(std::vector<std::int64_t> keys) {
+    keys_ = std::move(keys);
+    block_.clear();
+  }
   void Append(std::int64_t key) { keys_.push_back(key); }
 
  private:

@@ -126,7 +126,11 @@ void Session::Change(const std::function<void()>& change) {
   RefuseWhenLost();
   container_->LockForChange();
   EnterLevels();
-  connection_->Run("SAVEPOINT change");
+  if (!begin_change_) {
+    begin_change_ = Statement(connection_, "SAVEPOINT change");
+    end_change_ = Statement(connection_, "RELEASE change");
+  }
+  begin_change_.Run();
   connection_->TakeTouched();
   is_changing_ = true;
   try {
@@ -134,7 +138,7 @@ void Session::Change(const std::function<void()>& change) {
     change();
     autonumbers_.Save();
     MarkTouched();
-    connection_->Run("RELEASE change");
+    end_change_.Run();
     is_changing_ = false;
   } catch (...) {
     is_changing_ = false;

@@ -59,6 +59,13 @@ class Session {
     return loader_.CountInFile(table);
   }
 
+  // The rows of a table that lie in the file only; nothing for any other table.
+  std::optional<file::RowList> RowsInFile(const TableInfo& table) {
+    return loader_.RowsInFile(table);
+  }
+  // Reads the file as it is.
+  file::DatabaseReader& FileReader() { return container_->Reader(); }
+
   // The relations are in the catalogue. A change need not ask.
   void NeedRelations();
   // The rows that this session had loaded are there, whatever has been taken back.
@@ -94,6 +101,8 @@ class Session {
   ChangeReach reach_;
   RowFinder loaded_tables_{*this};
   Autonumbers autonumbers_;
+  Statement begin_change_;  // every row is a change of its own
+  Statement end_change_;
   FunctionContext functions_;
   bool is_read_only_;
   bool is_changing_ = false;

@@ -166,6 +166,13 @@ std::optional<std::int64_t> TableLoader::CountInFile(const TableInfo& table) {
   return count;
 }
 
+std::optional<file::RowList> TableLoader::RowsInFile(const TableInfo& table) {
+  const auto state = StateOf(table.id);
+  if (!state || *state >= TableState::kLoaded || lost_.contains(table.id)) return std::nullopt;
+  return file::RowList(
+      container_.Reader().Definition(container_.Reader().Objects().at(*ObjectOf(table.id))));
+}
+
 void TableLoader::Forget() {
   lost_.merge(loaded_);
   loaded_.clear();

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "jet/file/database_reader.h"
+#include "jet/file/row_list.h"
 #include "jet/store/catalogue.h"
 #include "jet/store/container.h"
 #include "jet/store/sqlite.h"
@@ -52,6 +53,9 @@ class TableLoader final : public TableDefiner {
 
   // The number of its rows, as long as they lie in the file only.
   std::optional<std::int64_t> CountInFile(const TableInfo& table);
+
+  // The rows themselves, likewise.
+  std::optional<file::RowList> RowsInFile(const TableInfo& table);
 
   // A transaction was taken back, and what it had loaded with it.
   void Forget();

@@ -1,5 +1,6 @@
 #include "jet/values/sort_key.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -232,6 +233,20 @@ void AppendKey(AnyReader reader, std::size_t most, std::string& key) {
   key.push_back('\0');
 }
 
+// Bytes that both texts begin with, up to a character's end and not into blanks at a text's end.
+std::size_t CommonBeginning(std::string_view a, std::string_view b) {
+  const std::size_t most = std::min(a.size(), b.size());
+  std::size_t common = 0;
+  while (common < most && a[common] == b[common])
+    ++common;
+  const auto is_inside = [common](std::string_view text) {
+    return common < text.size() && (static_cast<unsigned char>(text[common]) & 0xC0U) == 0x80;
+  };
+  while (common > 0 && (a[common - 1] == ' ' || is_inside(a) || is_inside(b)))
+    --common;
+  return common;
+}
+
 std::string MakeKey(std::string_view text, std::size_t most) {
   std::string key;
   AppendKey(Reader(text), most, key);
@@ -260,9 +275,10 @@ bool HasKnownOrder(std::string_view text) {
 
 int CompareTexts(std::string_view a, std::string_view b) {
   if (a == b) return 0;
-  PrimaryReader left(a);
-  PrimaryReader right(b);
-  bool has_later_levels = false;
+  const std::size_t common = CommonBeginning(a, b);
+  PrimaryReader left(a.substr(common));
+  PrimaryReader right(b.substr(common));
+  bool has_later_levels = common != 0;
   for (;;) {
     const std::uint32_t x = left.Next(has_later_levels);
     const std::uint32_t y = right.Next(has_later_levels);
