@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "engine/engine_texts.h"
 #include "engine/installed_files.h"
@@ -42,13 +43,13 @@ void ShowNotRegistered(std::vector<std::string> reasons) {
 
 }  // namespace
 
-Installation::Installation(const Manifest& manifest, const ReleasePaths& release,
-                           const std::string& temp_dir, UpdaterEvents& events)
+Installation::Installation(const Manifest& manifest, ReleasePaths release, std::string temp_dir,
+                           UpdaterEvents& events)
     : manifest_(manifest),
-      release_(release),
-      temp_dir_(temp_dir),
+      release_(std::move(release)),
+      temp_dir_(std::move(temp_dir)),
       events_(events),
-      was_interrupted_(IsInstallationInterrupted(temp_dir)) {}
+      was_interrupted_(IsInstallationInterrupted(temp_dir_)) {}
 
 bool Installation::ReplaceOwnFiles() {
   MarkInstallation(release_, manifest_.VersionID);
@@ -100,15 +101,15 @@ void Installation::CleanupTempFolders() {
 }
 
 std::string Installation::UpdaterToStart() const {
-  const ports::Processes& processes = *ports::CurrentPorts().processes;
-  const std::string name = std::string(names::kUpdaterProgram) + processes.ProgramEnding();
+  const ports::Ports& ports = ports::CurrentPorts();
+  const std::string name = std::string(names::kUpdaterProgram) + ports.processes->ProgramEnding();
   std::vector<std::string> places = {
       JoinPath(JoinPath(GetProductRootPath(), names::kProgramFolder), name)};
   for (const WuFileNode& file : manifest_.Files) {
     if (EqualIgnoringCase(file.OrigName, name)) places.push_back(InstalledPath(file));
   }
   const auto found = std::find_if(places.rbegin(), places.rend(), IsFileExists);
-  return found != places.rend() ? *found : processes.OwnProgram();
+  return found != places.rend() ? *found : ports.processes->OwnProgram();
 }
 
 // Takes one step for every file concerned; stops when one returns false.

@@ -16,7 +16,7 @@ namespace tmw {
 class Installation {
  public:
   // The manifest outlives the object.
-  Installation(const Manifest& manifest, const ReleasePaths& release, const std::string& temp_dir,
+  Installation(const Manifest& manifest, ReleasePaths release, std::string temp_dir,
                UpdaterEvents& events);
 
   // Marks the installation, then replaces the updater's own files, each in one step: whatever

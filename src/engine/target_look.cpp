@@ -47,17 +47,14 @@ void AddDatabaseTargets(LookPlan& plan) {
     plan.Files.push_back({JoinPath(scripts, name)});
 }
 
-ports::FileSystem& Files() {
-  return *ports::CurrentPorts().files;
-}
-
 ports::Status TryToWrite(const std::string& folder) {
+  const ports::Ports& ports = ports::CurrentPorts();
   const std::string probe = JoinPath(folder, kProbeFile);
-  static_cast<void>(Files().RemoveFile(probe));
-  const auto opened = Files().Open(probe, ports::FileMode::kCreateNew);
+  static_cast<void>(ports.files->RemoveFile(probe));
+  const auto opened = ports.files->Open(probe, ports::FileMode::kCreateNew);
   if (!opened) return ports::Status::Failure(opened.code);
   const ports::Status closed = opened.value->Close();
-  const ports::Status removed = Files().RemoveFile(probe);
+  const ports::Status removed = ports.files->RemoveFile(probe);
   return closed ? removed : closed;
 }
 
@@ -69,7 +66,7 @@ Obstacle Refused(ObstacleSite site, std::string place, ports::SystemCode code) {
 // seen and examined once.
 std::optional<Obstacle> ExamineFolder(std::string folder, std::set<std::string>& seen) {
   for (;;) {
-    const auto facts = Files().Examine(folder);
+    const auto facts = ports::CurrentPorts().files->Examine(folder);
     if (!facts) return Refused(ObstacleSite::kFolder, folder, facts.code);
     if (facts.value.kind == ports::FileKind::kFolder) break;
     if (facts.value.kind != ports::FileKind::kNone)
