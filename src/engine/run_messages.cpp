@@ -9,6 +9,7 @@
 #include "ports/system_info.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
+#include "services/run_log.h"
 #include "services/run_outcome.h"
 #include "services/updater_settings.h"
 
@@ -33,7 +34,10 @@ std::string OneDecimal(double value) {
 }  // namespace
 
 bool AskYesNo(const std::string& question, const std::string& title) try {
-  if (GetUpdaterSettings().NoFinalMessage) return true;
+  if (GetUpdaterSettings().NoFinalMessage) {
+    LogEvent("answer", {{"title", title}, {"yes", true}, {"unattended", true}});
+    return true;
+  }
   return AskQuestion(title.c_str(), question);
 } catch (...) {
   ReRaiseError(kModule, "AskYesNo");
