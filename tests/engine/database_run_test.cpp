@@ -47,11 +47,11 @@ TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
       "временной копии базы данных...; sub Открытие базы данных...; sub Импорт справочника Banks "
       "...; sub Чтение сценариев обновления...; sub Выполнение сценария обновления 3.6.0 -> 3.6.1 "
       "...; sub Выполнение сценария обновления 3.6.1 -> 3.6.2 ...; sub Сжатие базы данных...; icon "
-      "trash; mode 0; main Удаление старых компонент...; sub help.txt; icon install; main "
+      "trash; mode 0; awake; main Удаление старых компонент...; sub help.txt; icon install; main "
       "Установка новых компонент...; sub help.txt; icon dbgear; main Резервное копирование базы "
       "данных...; main Установка обновленной базы данных...; sub Установка справочной базы "
       "данных...; sub Установка рабочей базы данных...; sub Установка скриптов обновления...; icon "
-      "brush; main Удаление временных файлов...; mode 2; ");
+      "brush; main Удаление временных файлов...; asleep; mode 2; ");
   EXPECT_EQ(clock_.sleeps, (std::vector<std::int32_t>{1000, 1000}));
   EXPECT_EQ(Run().size(), 1U) << "nothing is left to do";
   EXPECT_FALSE(updated_);
