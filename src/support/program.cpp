@@ -57,7 +57,7 @@ int Save(const std::string& target) {
 
 int Run(const std::vector<std::string>& arguments) {
   if (arguments.size() == 1 && arguments[0] == "--help") {
-    std::cout << texts::kHelp;
+    std::cout << texts::kHelp << '\n';
     return kDone;
   }
   if (arguments.size() == 1 && arguments[0] == "--version") {
