@@ -70,9 +70,9 @@ bool TryUnpackComponent(const ComponentPlaces& places, const ComponentFacts& exp
   }
   DeleteFile(unpacked);
   std::string reason;
-  const std::int64_t max_length = expected.ExpectedLength == kNoLength
-                                      ? MaxUnpacked(expected.ServerSize)
-                                      : expected.ExpectedLength;
+  // Of a text only the hash counts.
+  const std::int64_t max_length =
+      method == kPackText ? MaxUnpacked(expected.ServerSize) : expected.ExpectedLength;
   if (!UnrarOneFile(part, expected.Name, SplitFileName(unpacked).Folder, "", reason, max_length)) {
     return Refuse(fault, engine_texts::NotUnpacked(expected.Name, reason + "."), part);
   }

@@ -1,5 +1,7 @@
 #include "publish/checker.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -80,7 +82,9 @@ class Checker {
     const bool has_integrity = method == kIntegrity;
     if (has_integrity && !IsIntact(tmw::CompanionFunctions().Sha256_GetFileCrcEx, fetched->Path()))
       faults.Add(place, texts::kPackageLacksIntegrity);
-    const auto unpacked = Unpack(*fetched, file.name, scratch, place, faults);
+    // A wrong length is a fault of its own; the limit is for bombs.
+    const std::int64_t max_bytes = std::max(file.length, tmw::MaxUnpacked(file.server_length));
+    const auto unpacked = Unpack(*fetched, file.name, max_bytes, scratch, place, faults);
     if (!unpacked) return;
     if (has_integrity && !IsIntact(tmw::CompanionFunctions().Sha256_GetFileCrc, *unpacked))
       faults.Add(place, texts::kFileLacksIntegrity);
@@ -96,8 +100,9 @@ class Checker {
     const auto fetched =
         FetchSized(TablePackage(table.name), table.server_length, table.name, faults);
     if (fetched == nullptr) return;
-    const auto unpacked = Unpack(*fetched, table.name + std::string(tmw::names::kTableEnding),
-                                 scratch, table.name, faults);
+    const auto unpacked =
+        Unpack(*fetched, table.name + std::string(tmw::names::kTableEnding),
+               tmw::MaxUnpacked(table.server_length), scratch, table.name, faults);
     if (!unpacked) return;
     const std::string hash = CheckTableFile(*unpacked, table, faults);
     if (hash != table.hash) faults.Add(table.name, texts::kTextDiffers);
@@ -113,7 +118,8 @@ class Checker {
     if (HashOfFile(fetched->Path()) != package.hash)
       faults.Add(package.server_name, texts::kDiffersFromManifest);
     std::string reason;
-    if (tmw::UnrarAllFiles(fetched->Path(), scratch, "", reason)) return true;
+    if (tmw::UnrarAllFiles(fetched->Path(), scratch, "", reason, tmw::MaxUnpacked(package.length)))
+      return true;
     faults.Add(package.server_name, reason);
     return false;
   }
@@ -140,10 +146,10 @@ class Checker {
   }
 
   static std::optional<std::string> Unpack(const FetchedFile& package, const std::string& entry,
-                                           const std::string& scratch, const std::string& place,
-                                           Faults& faults) {
+                                           std::int64_t max_bytes, const std::string& scratch,
+                                           const std::string& place, Faults& faults) {
     std::string reason;
-    if (tmw::UnrarOneFile(package.Path(), entry, scratch, "", reason))
+    if (tmw::UnrarOneFile(package.Path(), entry, scratch, "", reason, max_bytes))
       return tmw::JoinPath(scratch, entry);
     faults.Add(place, reason);
     return std::nullopt;

@@ -408,7 +408,8 @@ TEST_F(RunTest, WhatFailsItsCheckIsNamedAndNotInstalled) {
        unpacking + ":\r\nОшибка при обработке архивного файла "},
       {"length", 1, "shorter", fault + "Длина файла не совпадает с ожидаемой."},
       {"hash", 1, "new pr0gram", fault + "Контрольная сумма файла не совпадает с ожидаемой."},
-      {"text", 3, "new", fault + "Контрольная сумма файла не совпадает с ожидаемой."},
+      {"text", 3, "longer than announced",
+       fault + "Контрольная сумма файла не совпадает с ожидаемой."},
       {"method", 4, "new program", unpacking + ": неизвестный метод упаковки ("},
       {"no trailer", 2, "new program", kError + "Ошибка проверки загруженного файла "},
   };
