@@ -15,6 +15,7 @@
 #include "foundation/text.h"
 #include "jetsql/csv_reader.h"
 #include "jetsql/jetsql_texts.h"
+#include "jetsql/schema_sql.h"
 #include "jetsql/value_text.h"
 
 namespace jetsql {
@@ -152,6 +153,40 @@ DatabaseValue ValueOf(const std::optional<std::string>& text, DataType type) {
   return *text;
 }
 
+// The indexes of an empty table are built in one pass when its rows are in.
+class HeldIndexes {
+ public:
+  HeldIndexes(ports::Database& database, const ports::TableDefinition& table)
+      : database_(database) {
+    if (!database.OpenRecordset(table.name, ports::RecordsetType::kTable)->AtEnd()) return;
+    for (const ports::IndexDefinition& index : table.indexes) {
+      ports::TableDefinition only = table;
+      only.indexes = {index};
+      const std::vector<std::string> made = IndexSql(only);
+      if (!made.empty() && TryDrop(table.name, index.name)) statements_.push_back(made.front());
+    }
+  }
+
+  void PutBack() {
+    for (const std::string& statement : statements_)
+      database_.Execute(statement, true);
+  }
+
+ private:
+  // One that a relation needs stays.
+  bool TryDrop(const std::string& table, const std::string& index) {
+    try {
+      database_.Execute("DROP INDEX " + SqlName(index) + " ON " + SqlName(table), true);
+      return true;
+    } catch (const ports::DatabaseError&) {
+      return false;
+    }
+  }
+
+  ports::Database& database_;
+  std::vector<std::string> statements_;
+};
+
 // Adds rows to a table. A counter takes values from statements only.
 class RowAdder {
  public:
@@ -204,10 +239,12 @@ std::uint64_t ImportCsv(const std::string& path, const tools::Arguments& argumen
   const std::string name = arguments.NeededValue("--into");
   if (arguments.Has("--create")) CreateTable(name, path, arguments, database);
   CsvReader reader = OpenCsv(path, arguments);
+  const ports::TableDefinition table = database.Table(name);
+  HeldIndexes indexes(database, table);
   std::uint64_t count = 0;
   try {
     const std::vector<std::string> names = ReadNames(reader);
-    RowAdder adder(database, database.Table(name), names);
+    RowAdder adder(database, table, names);
     CsvReader::Row row;
     while (reader.Next(row)) {
       if (row.size() != names.size())
@@ -222,6 +259,7 @@ std::uint64_t ImportCsv(const std::string& path, const tools::Arguments& argumen
                             path + ":" + std::to_string(reader.Line()) + ": " + error.Description,
                             error.Source);
   }
+  indexes.PutBack();
   return count;
 }
 

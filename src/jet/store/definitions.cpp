@@ -313,7 +313,12 @@ void Definitions::CreateIndex(const TableInfo& table, const ports::IndexDefiniti
     part.Bind(3, table.fields[index.positions[i]].id);
     part.Bind(4, std::int64_t{wanted.fields[i].descending ? 1 : 0}).Run();
   }
-  session_.Storage().Run(CreateIndexSql(table, index));
+  // Others are built when a statement first needs the table.
+  if (index.definition.unique) {
+    session_.Storage().Run(CreateIndexSql(table, index));
+  } else {
+    session_.LackIndex(table);
+  }
   session_.Tables().Forget();
   JudgeTable(table.name);
 }

@@ -73,6 +73,9 @@ class Session {
   // Inside of a change: the table's definition changes. Its rows are loaded.
   void MarkChanged(const TableInfo& table);
 
+  // An index of the table is to be built when its rows are needed next.
+  void LackIndex(const TableInfo& table) { loader_.LackIndex(table.id); }
+
   // Follows the engine to a deeper level, or ends its own levels down to the one given.
   void EnterLevels();
   void CommitTo(int level);

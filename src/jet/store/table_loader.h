@@ -48,6 +48,9 @@ class TableLoader final : public TableDefiner {
   void Load(const TablePtr& table);
   void LoadRows(const TablePtr& table);
 
+  // It lacks an index, which the next loading builds.
+  void LackIndex(std::int64_t table) { loaded_.erase(table); }
+
   // Its rows are to be changed: those that the file could not hold are refused from now on.
   void LimitRows(const TableInfo& table);
 
