@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <tuple>
@@ -176,6 +177,32 @@ TEST_F(LookTest, ADatabaseNeedsRoomFiveTimesInTheTemporaryFolderAndTwiceInItsOwn
     }
     EXPECT_EQ(announced, is_client ? 0 : 100);
     EXPECT_EQ(estimated, is_client ? 0 : 5000 + 107 * 8 + 100 * 8 + 1000 + 1000 + 600);
+  }
+}
+
+TEST_F(LookTest, EveryFileConcernedIsLookedAt) {
+  sandbox_.Write("db/DBUpdates/1.xml", "x");
+  tmw::Manifest manifest;
+  for (const char* const name : {"a.dll", "b.tms", "c.tms", "c.xml", "TmWebUpdate.EXE", "same"}) {
+    manifest.Files.emplace_back();
+    manifest.Files.back().OrigName = name;
+    manifest.Files.back().Folder = Path("Продукт");
+    manifest.Files.back().NeedUpdate = name != std::string("same");
+  }
+  const std::string program = "a.dll b.tms b.xml c.tms c.xml TmWebUpdate.EXE+ ";
+  for (const bool is_client : {true, false}) {
+    const tmw::LookPlan plan = tmw::PlanLook(manifest, is_client);
+    std::string names;
+    for (const tmw::LookTarget& target : plan.Files) {
+      names += tmw::SplitFileName(target.Path).FileName() +
+               (target.How == ports::Replacement::kRenameOver ? "+ " : " ");
+    }
+    EXPECT_EQ(names, program + (is_client ? ""
+                                          : "Tamrin.mdb Tamrin.mdb.new Tamrin_LastVer.mdb "
+                                            "1.xml "));
+    const std::string scripts = Path("db/DBUpdates");
+    EXPECT_EQ(std::count(plan.Folders.begin(), plan.Folders.end(), scripts), is_client ? 0 : 1);
+    EXPECT_FALSE(plan.Registers);
   }
 }
 

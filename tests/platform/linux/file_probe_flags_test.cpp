@@ -40,7 +40,7 @@ TEST(LinuxFileProbe, AFileThatIsMountedCannotBeReplaced) {
   umount(file.c_str());
 }
 
-TEST(LinuxFileProbe, AnImmutableFileIsProtectedAndAPipeIsNoFile) {
+TEST(LinuxFileProbe, FlagsLocksLinksAndPipesAreSeen) {
   const tests::Sandbox sandbox;
   ports::FileProbe& probe = *ports::CurrentPorts().file_probe;
   const std::string pipe = sandbox.Path("pipe");
@@ -51,6 +51,15 @@ TEST(LinuxFileProbe, AnImmutableFileIsProtectedAndAPipeIsNoFile) {
   EXPECT_EQ(probe.Examine(link, ports::Replacement::kRemoval).hindrance, Hindrance::kNone)
       << "the link itself is replaced";
   const std::string file = sandbox.Write("файл", "x");
+  const int holder = open(file.c_str(), O_RDWR | O_CLOEXEC);
+  struct flock one_byte {};
+  one_byte.l_type = F_RDLCK;
+  one_byte.l_start = 7;
+  one_byte.l_len = 1;
+  ASSERT_EQ(fcntl(holder, F_OFD_SETLK, &one_byte), 0);
+  EXPECT_EQ(probe.Examine(file, ports::Replacement::kRemoval).hindrance, Hindrance::kHeld);
+  close(holder);
+  EXPECT_EQ(probe.Examine(file, ports::Replacement::kRemoval).hindrance, Hindrance::kNone);
   for (const int flag : {FS_IMMUTABLE_FL, FS_APPEND_FL}) {
     if (!SetFlags(file, flag)) GTEST_SKIP() << "only root may set these flags, on some disks";
     EXPECT_EQ(probe.Examine(file, ports::Replacement::kRenameOver).hindrance,
