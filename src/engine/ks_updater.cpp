@@ -95,7 +95,7 @@ bool KsUpdater::RunStages() {
 }
 
 bool KsUpdater::MoveToTempCopy() {
-  if (GetUpdaterSettings().IsTempCopy) return true;
+  if (RunsInWorkingPlace(product_code_)) return true;
   if (old_product_version_.empty()) old_product_version_ = LoadOldProductVersion();
   return CopyToTempFolderAndRestart();
 }
@@ -115,7 +115,8 @@ bool KsUpdater::HasWork() {
 
 bool KsUpdater::LookBeforeDownload() try {
   const ReleasePaths release = MakeReleasePaths(temp_dir_, manifest_.VersionID);
-  return IsWayClear(PlanLook(manifest_, is_client_)) &&
+  return IsWayClear(PlanLook(manifest_, is_client_),
+                    [this] { self_update_.RestartWithRights(manifest_); }) &&
          HasRoom(PlanSpace(manifest_, is_client_, release, SpaceMoment::kBeforeDownload));
 } catch (...) {
   ReRaiseError(kRunModule, "LookBeforeDownload");

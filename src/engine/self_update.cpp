@@ -14,6 +14,7 @@
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
+#include "foundation/program_error.h"
 #include "foundation/text.h"
 #include "ports/companion_library.h"
 #include "ports/file_system.h"
@@ -21,6 +22,7 @@
 #include "ports/processes.h"
 #include "services/message_boxes.h"
 #include "services/processes.h"
+#include "services/product_settings.h"
 #include "services/run_module.h"
 #include "services/updater_settings.h"
 #include "sha256/sha256.h"
@@ -57,6 +59,25 @@ std::string FindFreeName(const std::string& folder, const std::string& name) {
 
 std::string CompanionFileName() {
   return SplitFileName(ports::CurrentPorts().companion->Path()).FileName();
+}
+
+// The updater that was installed with the product, with its library; empty if there is none. Other
+// programs may have written to the folder that this copy runs from.
+std::string InstalledUpdater(const Manifest& manifest) {
+  const std::string name = std::string(names::kUpdaterProgram) + OwnProcess().ProgramEnding();
+  std::vector<std::string> folders;
+  for (const WuFileNode& file : manifest.Files) {
+    if (LowerCase(file.OrigName) == LowerCase(name)) folders.push_back(file.Folder);
+  }
+  const std::string root = GetProductRootPath();
+  folders.push_back(JoinPath(root, names::kProgramFolder));
+  folders.push_back(root);
+  for (const std::string& folder : folders) {
+    std::string program = JoinPath(folder, name);
+    if (IsFileExists(program) && IsFileExists(JoinPath(folder, CompanionFileName())))
+      return program;
+  }
+  return {};
 }
 
 bool IsProgram(const std::string& name) {
@@ -113,6 +134,23 @@ bool SelfUpdate::CopyToTempFolderAndRestart(const std::string& product_code,
              kContinuesChain);
   exit_updater_();
   return true;
+}
+
+void SelfUpdate::RestartWithRights(const Manifest& manifest) {
+  if (GetUpdaterSettings().IsElevated || !OwnProcess().CanGainRights()) return;
+  const std::string program = InstalledUpdater(manifest);
+  if (program.empty()) return;
+  events_.OnSetMainAction(engine_texts::kRestarting);
+  try {
+    RunProcessInElevationMode(program,
+                              RestartLine(program, " " + std::string(names::kOptionElevated)),
+                              SplitFileName(program).Folder, false, kContinuesChain);
+  } catch (const ProgramError&) {
+    // Declined, most likely: what is in the way is reported instead.
+    events_.OnSetMainAction("");
+    return;
+  }
+  exit_updater_();
 }
 
 bool SelfUpdate::CopyModuleToTempFolder(std::string& module, const std::string& temp_dir) try {

@@ -21,6 +21,11 @@ class SelfUpdate {
   // version and the arguments of this process.
   bool CopyToTempFolderAndRestart(const std::string& product_code, const std::string& old_version);
 
+  // Starts the updater of the product's folder with administrator rights and ends this process.
+  // Returns if it cannot be found, if this process has such rights or nobody can be asked for them,
+  // and if they were not given.
+  void RestartWithRights(const Manifest& manifest);
+
   // Returns false in an updater that was started by a self-update: it is still too old.
   static bool MayReplaceUpdater();
 

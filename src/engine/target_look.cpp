@@ -202,10 +202,11 @@ std::string DescribeObstacles(const std::vector<Obstacle>& obstacles) {
   return Joined(paragraphs, "\r\n\r\n") + look_texts::kNothingChanged;
 }
 
-bool IsWayClear(const LookPlan& plan) {
+bool IsWayClear(const LookPlan& plan, const std::function<void()>& on_denied) {
   for (;;) {
     const LookResult result = LookAtTargets(plan);
     if (const auto lasting = result.Lasting(); !lasting.empty()) {
+      if (on_denied && result.IsAccessDenied()) on_denied();
       const std::string text = DescribeObstacles(lasting);
       if (result.IsAccessDenied()) {
         DownloadError(text, FailureKind::kNoRights);

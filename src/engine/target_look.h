@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -56,7 +57,8 @@ LookResult LookAtTargets(const LookPlan& plan);
 std::string DescribeObstacles(const std::vector<Obstacle>& obstacles);
 
 // Looks until the way is clear. Returns false after reporting what is in the way, or if the user
-// does not want to try again after closing the programs that hold files.
-bool IsWayClear(const LookPlan& plan);
+// does not want to try again after closing the programs that hold files. Where rights are missing
+// on_denied is called first, if given; it may end the process.
+bool IsWayClear(const LookPlan& plan, const std::function<void()>& on_denied = {});
 
 }  // namespace tmw

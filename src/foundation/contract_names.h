@@ -36,6 +36,7 @@ inline constexpr std::string_view kOptionNoFinalMessage = "-y";
 inline constexpr std::string_view kOptionRestarted = "-r";
 inline constexpr std::string_view kOptionNormalExit = "-d";
 inline constexpr std::string_view kOptionTempCopy = "-t";
+inline constexpr std::string_view kOptionElevated = "-a";
 inline constexpr std::string_view kOptionUrl = "-w";
 inline constexpr std::string_view kOptionOldVersion = "-v";
 inline constexpr std::string_view kOptionMainExe = "-e";

@@ -113,6 +113,14 @@ class FileSystem {
   // value of that failure names it.
   virtual Outcome<std::string> TemporaryFolder() = 0;
 
+  // The same for a process with administrator rights: none of the user's folders on Windows, where
+  // programs without these rights write as well. Linux: the same folder, which is root's own.
+  virtual Outcome<std::string> TemporaryFolderOfSystem() = 0;
+
+  // One level, for administrators and the system alone (Linux: for this user); whatever has the
+  // name already is a failure.
+  virtual Status CreateProtectedFolder(const std::string& path) = 0;
+
   // Makes a rename or a creation in that folder durable. Windows: nothing to do.
   virtual Status FlushFolder(const std::string& folder) = 0;
 

@@ -56,6 +56,10 @@ class Processes {
   // refusal is a failure.
   virtual Outcome<std::unique_ptr<Process>> StartElevated(const ElevatedStartRequest& request) = 0;
 
+  // Whether this process lacks administrator rights and StartElevated can ask somebody for them.
+  // Linux: from a terminal with pkexec only, since a program with other rights has no display.
+  virtual bool CanGainRights() const = 0;
+
   // True for the code of a start that was refused because the program needs administrator rights.
   virtual bool NeedsElevation(SystemCode code, const StartRequest& request) const = 0;
 

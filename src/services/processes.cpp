@@ -82,8 +82,8 @@ std::int32_t RunProcess(const std::string& exe_name, const std::string& cmd_line
 }
 
 std::int32_t RunProcessInElevationMode(const std::string& exe_name, const std::string& cmd_line,
-                                       const std::string& work_dir, bool wait) {
-  return RunElevated(exe_name, cmd_line, work_dir, wait, false);
+                                       const std::string& work_dir, bool wait, std::int32_t flags) {
+  return RunElevated(exe_name, cmd_line, work_dir, wait, (flags & kContinuesChain) != 0);
 }
 
 void NormalizeExeNameAndCmdLine(std::string& exe_name, std::string& cmd_line) try {

@@ -27,8 +27,10 @@ std::int32_t RunProcess(const std::string& exe_name, const std::string& cmd_line
                         const std::string& work_dir, bool wait, std::int32_t flags);
 
 // The same after asking the user for administrator rights; raises an error if they decline.
+// flags: kContinuesChain or nothing.
 std::int32_t RunProcessInElevationMode(const std::string& exe_name, const std::string& cmd_line,
-                                       const std::string& work_dir, bool wait);
+                                       const std::string& work_dir, bool wait,
+                                       std::int32_t flags = 0);
 
 // Splits the program off a full command line at its first blank outside quotes. exe_name is filled
 // only when empty, and keeps its quotes; cmd_line becomes the parameters. A line without such a

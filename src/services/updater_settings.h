@@ -13,6 +13,7 @@ struct UpdaterSettings {
   bool IsRestartedAfterSelfUpdate = false;  // "-r"
   bool UseNormalExit = false;               // "-d"
   bool IsTempCopy = false;                  // "-t"
+  bool IsElevated = false;                  // "-a": started again with administrator rights
   std::string Url;                          // "-w", else the custom or the primary default server
   bool IsDefaultUrl = false;                // Url is the primary default
   std::string OldProductVersion;            // "-v"

@@ -99,7 +99,8 @@ std::optional<std::string> ApplyArguments(const std::vector<std::string>& argume
       {names::kOptionNoFinalMessage, &settings.NoFinalMessage},
       {names::kOptionRestarted, &settings.IsRestartedAfterSelfUpdate},
       {names::kOptionNormalExit, &settings.UseNormalExit},
-      {names::kOptionTempCopy, &settings.IsTempCopy}};
+      {names::kOptionTempCopy, &settings.IsTempCopy},
+      {names::kOptionElevated, &settings.IsElevated}};
   const std::map<std::string_view, std::string*> values = {
       {names::kOptionUrl, &settings.Url},
       {names::kOptionOldVersion, &settings.OldProductVersion},

@@ -4,8 +4,10 @@
 #include "foundation/version.h"
 #include "platform/factories.h"
 #include "ports/companion_library.h"
+#include "ports/file_system.h"
 #include "tests/engine/run_fixture.h"
 #include "tests/fakes/faulty_file_system.h"
+#include "tests/fakes/scripted_file_probe.h"
 
 namespace tests {
 namespace {
@@ -72,6 +74,68 @@ TEST_F(SelfUpdateTest, AFirstCopyRestartsFromTheTemporaryFolder) {
   processes_.own_arguments.clear();
   ASSERT_TRUE(Restarts());
   EXPECT_EQ(processes_.last_start.command_line, "\"" + copy + "\" -t");
+}
+
+TEST_F(SelfUpdateTest, ARunThatLacksRightsIsHandedToTheInstalledUpdaterIfTheUserConsents) {
+  ScriptedFileProbe probe(*ports_->file_probe);
+  ports_->file_probe = &probe;
+  Publish();
+  program_ = "TmWebUpdate" + processes_.ProgramEnding();
+  const std::string installed = Path(tmw::NativePath("Продукт/tm/" + program_));
+  const std::string start = "elevated " + installed + "|-a " + processes_.own_arguments + "|" +
+                            tmw::SplitFileName(installed).Folder;
+  const struct {
+    const char* name;
+    bool is_installed, can_gain_rights, is_elevated, is_declined;
+    Log starts;
+  } cases[] = {{"consent", true, true, false, false, {start}},
+               {"declined", true, true, false, true, {start}},
+               {"rights already, or nobody to ask", true, false, false, false, {}},
+               {"elevated", true, true, true, false, {}},
+               {"no installed updater", false, true, false, false, {}}};
+  const std::string place =
+      tmw::JoinPath(ports_->files->TemporaryFolderOfSystem().value, "TMW_WebUpdate");
+  std::filesystem::create_directories(ToPath(place));
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    for (const std::string& name : {program_, companion_}) {
+      const std::string file = sandbox_.Write("Продукт/tm/" + name, "installed");
+      if (!c.is_installed) std::filesystem::remove(ToPath(file));
+    }
+    tmw::UpdaterSettings settings = tmw::GetUpdaterSettings();
+    settings.IsElevated = c.is_elevated;
+    tmw::SetUpdaterSettings(settings);
+    processes_.own_program = c.is_elevated ? tmw::JoinPath(place, program_) : installed;
+    processes_.can_gain_rights = c.can_gain_rights;
+    processes_.refusals.reset();
+    if (c.is_declined) processes_.refusals = {{0, 1223}};
+    processes_.starts.clear();
+    probe.may_register = ports::Status::Success();
+    probe.findings[Path("Продукт/help.txt")] = {{ports::Hindrance::kForbidden, 5}};
+    EXPECT_EQ(Restarts(), std::string_view(c.name) == "consent");
+    EXPECT_EQ(processes_.starts, c.starts);
+    EXPECT_EQ(front_end_.log.back().starts_with(kError + "Невозможно заменить"), !has_exited_);
+  }
+  tmw::DeleteFolderTree(place);
+}
+
+TEST_F(SelfUpdateTest, AnElevatedRunWorksInAFolderOfTheSystemMadeAnew) {
+  SetMode(true, true);
+  tmw::UpdaterSettings settings = tmw::GetUpdaterSettings();
+  settings.IsElevated = true;
+  tmw::SetUpdaterSettings(settings);
+  processes_.own_arguments = "-a -t";
+  for (const std::string& name : {program_, companion_})
+    sandbox_.Write("Продукт/tm/" + name, "installed");
+  const auto folder = ports_->files->TemporaryFolderOfSystem();
+  const std::string place = tmw::JoinPath(folder.value, "TMW_WebUpdate");
+  std::filesystem::create_directories(ToPath(place + "/version.dll"));
+  ASSERT_TRUE(Restarts());
+  const std::string copy = tmw::JoinPath(place, program_);
+  EXPECT_EQ(processes_.starts, Log{copy + "|\"" + copy + "\" -t -a -t|" + place});
+  EXPECT_EQ(tmw::CollectFileNamesInFolder(place, "*").size(), 2U);
+  EXPECT_FALSE(tmw::IsFolderExists(tmw::JoinPath(place, "version.dll")));
+  tmw::DeleteFolderTree(place);
 }
 
 TEST(ProductVersion, StandsInTheClassSectionOfTheMachineSettings) {

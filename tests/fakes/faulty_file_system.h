@@ -92,6 +92,10 @@ class FaultyFileSystem final : public ports::FileSystem {
   Outcome<Path> FollowLinks(const Path& path) override { return real_.FollowLinks(path); }
   Outcome<Path> MakeAbsolute(const Path& path) override { return real_.MakeAbsolute(path); }
   Outcome<Path> TemporaryFolder() override { return real_.TemporaryFolder(); }
+  Outcome<Path> TemporaryFolderOfSystem() override { return real_.TemporaryFolderOfSystem(); }
+  Status CreateProtectedFolder(const Path& path) override {
+    return Do("create folder", 0, [&] { return real_.CreateProtectedFolder(path); });
+  }
   Status FlushFolder(const Path& folder) override {
     return Do("flush folder", 0, [&] { return real_.FlushFolder(folder); });
   }

@@ -28,6 +28,7 @@ class RecordingProcesses final : public ports::Processes {
   // the second.
   std::optional<std::pair<ports::SystemCode, ports::SystemCode>> refusals;
   std::function<void()> on_start;
+  bool can_gain_rights = false;
   ports::StartRequest last_start;
   ports::ElevatedStartRequest last_elevated_start;
 
@@ -49,6 +50,7 @@ class RecordingProcesses final : public ports::Processes {
     return {true, 0, std::make_unique<EndedProcess>(exit_code)};
   }
 
+  bool CanGainRights() const override { return can_gain_rights; }
   bool NeedsElevation(ports::SystemCode code, const ports::StartRequest&) const override {
     return refusals && code == refusals->first;
   }

@@ -25,6 +25,7 @@ class NamedProgram final : public ports::Processes {
       const ports::ElevatedStartRequest&) override {
     return {};
   }
+  bool CanGainRights() const override { return false; }
   bool NeedsElevation(ports::SystemCode, const ports::StartRequest&) const override {
     return false;
   }

@@ -266,6 +266,13 @@ class LinuxFileSystem final : public ports::FileSystem {
     return ports::Outcome<std::string>::Success(WithoutDots(std::string(folder) + "/" + path));
   }
 
+  ports::Outcome<std::string> TemporaryFolderOfSystem() override { return TemporaryFolder(); }
+
+  ports::Status CreateProtectedFolder(const std::string& path) override {
+    return mkdir(path.c_str(), S_IRWXU) == 0 ? ports::Status::Success()
+                                             : ports::Status::Failure(errno);
+  }
+
   ports::Outcome<std::string> TemporaryFolder() override {
     std::string folder = AbsoluteVariable("TMPDIR");
     // The updater's copy is run from there.

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "foundation/command_line.h"
+#include "foundation/text.h"
 #include "platform/linux/descriptor.h"
 #include "platform/linux/exit_codes.h"
 #include "platform/linux/own_folder.h"
@@ -269,6 +270,16 @@ class LinuxProcesses final : public ports::Processes {
       process->LeaveToChainParent();
     }
     return Result::Success(std::move(process));
+  }
+
+  bool CanGainRights() const override {
+    if (geteuid() == 0 || !HasTerminal() || isatty(STDIN_FILENO) == 0) return false;
+    const char* const folders = std::getenv("PATH");
+    if (folders == nullptr) return false;
+    const std::vector<std::string> list = tmw::Split(folders, ":");
+    return std::any_of(list.begin(), list.end(), [](const std::string& folder) {
+      return access((folder + "/" + kElevator).c_str(), X_OK) == 0;
+    });
   }
 
   bool NeedsElevation(ports::SystemCode code, const ports::StartRequest& request) const override {

@@ -10,6 +10,8 @@
 #include "platform/windows/windows_headers.h"
 #include "platform/windows/writable_for_now.h"
 #include "ports/file_system.h"
+// The system's header builds on the others.
+#include <sddl.h>
 
 namespace platform {
 namespace {
@@ -253,6 +255,25 @@ class WindowsFileSystem final : public ports::FileSystem {
     std::wstring_view path(folder, length);
     if (path.ends_with(L'\\') && !path.ends_with(L":\\")) path.remove_suffix(1);
     return ports::Outcome<std::string>::Success(FromWide(path));
+  }
+
+  ports::Outcome<std::string> TemporaryFolderOfSystem() override {
+    const std::wstring windows = WindowsFolder();
+    if (windows.empty()) return ports::Outcome<std::string>::Failure(LastError());
+    return ports::Outcome<std::string>::Success(FromWide(windows + L"\\Temp"));
+  }
+
+  ports::Status CreateProtectedFolder(const std::string& path) override {
+    // Full access for administrators and the system, nothing inherited from above.
+    constexpr const wchar_t* kRights = L"O:BAD:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
+    SECURITY_ATTRIBUTES rights{};
+    rights.nLength = sizeof(rights);
+    if (ConvertStringSecurityDescriptorToSecurityDescriptorW(
+            kRights, SDDL_REVISION_1, &rights.lpSecurityDescriptor, nullptr) == FALSE)
+      return ports::Status::Failure(LastError());
+    const ports::Status created = StatusOf(CreateDirectoryW(NativePath(path).c_str(), &rights));
+    LocalFree(rights.lpSecurityDescriptor);
+    return created;
   }
 
   ports::Status FlushFolder(const std::string& /*folder*/) override {

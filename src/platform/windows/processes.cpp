@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "foundation/command_line.h"
+#include "platform/windows/com.h"
 #include "platform/windows/handles.h"
 #include "platform/windows/wide.h"
 #include "platform/windows/windows_headers.h"
@@ -104,9 +105,12 @@ class WindowsProcesses final : public ports::Processes {
     const std::wstring program = ToWide(request.program);
     const std::wstring parameters = ToWide(request.parameters);
     const std::wstring folder = ToWide(request.working_folder);
+    const ComScope scope;  // the shell may load components to start the program
     SHELLEXECUTEINFOW record{};
     record.cbSize = sizeof(record);
     record.fMask = SEE_MASK_NOCLOSEPROCESS;
+    // Without a window of ours the system asks for consent in the background.
+    record.hwnd = GetActiveWindow();
     record.lpVerb = L"runas";
     record.lpFile = program.c_str();
     record.lpParameters = parameters.c_str();
@@ -116,6 +120,17 @@ class WindowsProcesses final : public ports::Processes {
     UniqueKernelHandle handle(record.hProcess);
     const DWORD id = GetProcessId(handle.Get());
     return Result::Success(std::make_unique<WindowsProcess>(std::move(handle), id));
+  }
+
+  bool CanGainRights() const override {
+    HANDLE token = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) return false;
+    const UniqueKernelHandle owner(token);
+    TOKEN_ELEVATION elevation{};
+    DWORD length = 0;
+    return GetTokenInformation(token, TokenElevation, &elevation, sizeof(elevation), &length) !=
+               FALSE &&
+           elevation.TokenIsElevated == 0;
   }
 
   bool NeedsElevation(ports::SystemCode code,
