@@ -69,18 +69,17 @@ std::string SettingsLines() {
     std::string_view key;
     std::string_view section;
     std::vector<std::string_view> values;
-  } groups[] = {
-      {kMachine,
-       names::kProductKey,
-       names::kGeneralSection,
-       {names::kRootPathSetting, names::kDataBasePathSetting, names::kInstallationTypeSetting,
-        names::kUpdateKeysSetting}},
-      {kMachine, names::kDevelopmentKey, "", {names::kNoRegisteringSetting}},
-      {kUser,
-       names::kProductKey,
-       names::kAutoUpdateSection,
-       {names::kProxyTypeSetting, names::kProxyServerSetting, names::kIsCustomUrlSetting,
-        names::kCustomUrlSetting, names::kNoFtpSetting}}};
+  } groups[] = {{kMachine,
+                 names::kProductKey,
+                 names::kGeneralSection,
+                 {names::kRootPathSetting, names::kDataBasePathSetting,
+                  names::kInstallationTypeSetting, names::kUpdateKeysSetting}},
+                {kMachine, names::kDevelopmentKey, "", {names::kNoRegisteringSetting}},
+                {kUser,
+                 names::kProductKey,
+                 names::kAutoUpdateSection,
+                 {names::kProxyTypeSetting, names::kProxyServerSetting, names::kIsCustomUrlSetting,
+                  names::kCustomUrlSetting, names::kNoFtpSetting}}};
   std::string lines;
   for (const auto& group : groups) {
     lines += Line(ports::CurrentPorts().settings->PlaceOf(group.root));

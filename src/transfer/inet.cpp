@@ -14,8 +14,6 @@
 namespace tmw {
 namespace {
 
-namespace win32 = ports::win32;
-
 constexpr const char* kModule = "miInet";
 constexpr std::uint32_t kReadSize = 16384;
 

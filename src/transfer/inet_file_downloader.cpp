@@ -17,8 +17,6 @@
 namespace tmw {
 namespace {
 
-namespace win32 = ports::win32;
-
 constexpr const char* kModule = "InetFileDownloader";
 
 // Positions have 32 bits, signed.

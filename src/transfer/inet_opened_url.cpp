@@ -220,15 +220,14 @@ void InetOpenedUrl::Keep(std::shared_ptr<InetConnection> connection, const std::
 }
 
 bool InetOpenedUrl::MayWait() {
-  ports::Clock& clock = *ports::CurrentPorts().clock;
-  const std::int64_t begin = clock.TickCount();
+  const std::int64_t begin = ports::CurrentPorts().clock->TickCount();
   bool may_wait = true;
   if (may_wait_) {
     may_wait = may_wait_();
   } else {
     ports::CurrentPorts().front_end->RunPendingEvents();
   }
-  watch_.Excuse(clock.TickCount() - begin);
+  watch_.Excuse(ports::CurrentPorts().clock->TickCount() - begin);
   return may_wait;
 }
 
