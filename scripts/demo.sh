@@ -232,7 +232,7 @@ if [ -z "$window" ]; then
 fi
 patience=$([ -z "$window" ] && echo 60 || echo 900)
 started=$SECONDS
-# Its copy in the temporary folder goes on when it has ended: the product's start ends the chain.
+# It ends with its last copy; the product that this one has started is on its own.
 run ./TmWebUpdate "${options[@]}" </dev/null 2>&1 | cat
 until [ -e "$demo/started.txt" ]; do
   if [ $((SECONDS - started)) -gt "$patience" ]; then

@@ -20,6 +20,8 @@
 namespace tests {
 namespace {
 
+// Linux: with letters that code page 1251 lacks.
+const std::string kProduct = kOnWindows ? "product" : "Әлия & Müller";
 constexpr const char* kKey = "SOFTWARE\\Kestrel Soft\\Tamrin\\General";
 
 // The settings of a client installation, where the real program reads them.
@@ -27,7 +29,7 @@ class ClientSettings {
  public:
   explicit ClientSettings(const Sandbox& sandbox) : sandbox_(sandbox) {
     const std::pair<const char*, std::string> values[] = {
-        {"RootPath", sandbox.Path("product")},
+        {"RootPath", sandbox.Path(kProduct)},
         {"DataBasePath", sandbox.Path("db")},
         {"InstallationType", "Client"},
     };
@@ -62,14 +64,18 @@ TEST(Chain, FirstCopyTemporaryCopyAndNewerUpdaterDoOneUpdate) {
   const ScopedVariable locks("TMW_LOCK_FOLDER", sandbox.Path("locks"));
   const ScopedVariable engine("TMW_TEST_DATABASE_ENGINE", "embedded");
   const std::string companion = ports::CurrentPorts().companion->Path();
-  std::string program = sandbox.Path("product/tm/TmWebUpdate");
+  std::string program = sandbox.Path(kProduct + "/tm/TmWebUpdate");
   program += ports::CurrentPorts().processes->ProgramEnding();
-  for (const char* const folder : {"product/tm", "db", "tmp"})
+  for (const std::string& folder : {kProduct + "/tm", std::string("db"), std::string("tmp")})
     std::filesystem::create_directories(ToPath(sandbox.Path(folder)));
   tmw::CopyFile(TMW_UPDATER, program);
-  tmw::CopyFile(companion, sandbox.Path("product/tm/" + tmw::SplitFileName(companion).FileName()));
+  tmw::CopyFile(companion,
+                sandbox.Path(kProduct + "/tm/" + tmw::SplitFileName(companion).FileName()));
   ports::CurrentPorts().database->CreateDatabase(sandbox.Path("db/Tamrin.mdb"))->Close();
-  sandbox.Write("product/tm/Tamrin.dat", "old");
+  sandbox.Write(kProduct + "/tm/Tamrin.dat", "old");
+  // Files of these names in the working folder are not the updater's.
+  for (const std::string& path : {program, companion})
+    sandbox.Write("elsewhere/" + tmw::SplitFileName(path).FileName(), "planted");
 
   ScriptedServer server([&](Peer& peer, const std::string& head) {
     const std::string path = "server" + tmw::Split(head, " ").at(1);
@@ -85,17 +91,19 @@ TEST(Chain, FirstCopyTemporaryCopyAndNewerUpdaterDoOneUpdate) {
   release.updater_components = {{tmw::SplitFileName(program).FileName(), TMW_NEWER_UPDATER}};
   WriteRelease(release, sandbox.Path("server"), server.Url(""));
 
-  tmw::RunProcess(program,
-                  "\"" + program + "\" -y -w " + server.Url("") + " -e \"" + ChildProgram() +
-                      "\" -p \"report done updated\"",
-                  sandbox.Path("product/tm"), true, 0);
+  const std::int32_t exit_code =
+      tmw::RunProcess(program,
+                      "\"" + program + "\" -y -w " + server.Url("") + " -e \"" + ChildProgram() +
+                          "\" -p \"report done updated\"",
+                      sandbox.Path("elsewhere"), true, 0);
+  EXPECT_EQ(exit_code, 0);
   // The product's folder is the folder of the program that was named.
   const std::string report = tmw::JoinPath(tmw::SplitFileName(ChildProgram()).Folder, "done");
   for (int i = 0; i < 600 && !tmw::IsFileExists(report); ++i)
     Peer::Pause(50);
   ASSERT_TRUE(tmw::IsFileExists(report)) << "the product was not started again";
   tmw::DeleteFileRepeatedly(report);
-  EXPECT_EQ(sandbox.Read("product/tm/Tamrin.dat"), "new");
+  EXPECT_EQ(sandbox.Read(kProduct + "/tm/Tamrin.dat"), "new");
   const auto asked = server.Heads();
   const auto count = [&](const std::string& path) {
     return std::count_if(asked.begin(), asked.end(), [&](const std::string& head) {
