@@ -225,6 +225,29 @@ TEST_F(RunTest, AnInterruptedInstallationIsFinishedThoughAllFilesAreNew) {
   EXPECT_FALSE(updated_) << "the mark went with the clean-up";
 }
 
+TEST_F(RunTest, WhatDisappearsDuringTheRunIsNamed) {
+  Publish();
+  const std::string loaded = Path(tmw::NativePath("tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/help.txt"));
+  on_line_ = [&](const std::string& line) {
+    if (line == "main Установка новых компонент...") std::filesystem::remove(ToPath(loaded));
+  };
+  ASSERT_EQ(Run().size(), 2U);
+  EXPECT_EQ(front_end_.log[1],
+            kError + "По неизвестной причине отсутствует загруженный файл \"" + loaded + "\".");
+  EXPECT_FALSE(updated_);
+  on_line_ = nullptr;
+  const ScopedVariable no_folder(kOnWindows ? "TMP" : "TMPDIR", sandbox_.Write("file", ""));
+  ASSERT_EQ(Run().size(), 1U);
+  EXPECT_TRUE(front_end_.log[0].starts_with(kError +
+                                            "Невозможно создать временную папку для "
+                                            "загрузки \"" +
+                                            sandbox_.Path("file")))
+      << front_end_.log[0];
+  EXPECT_TRUE(front_end_.log[0].ends_with(
+      "\". Возможные причины: у текущего пользователя отсутствуют необходимые права; в системных "
+      "настройках Windows указан неверный путь к временной папке."));
+}
+
 TEST_F(RunTest, EitherMarkIsEnoughForARunToFinishTheInstallation) {
   release_.files.push_back({"tmwebupdate.exe", "updater", "{p}tm"});
   Publish();

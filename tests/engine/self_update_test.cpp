@@ -172,6 +172,18 @@ TEST_F(SelfUpdateTest, ANameThatIsHeldGetsTheNextNumber) {
   const std::string program = Temp("next_2.exe");
   EXPECT_TRUE(processes_.starts.at(0).starts_with(program + "|\"" + program + "\" -r "));
   EXPECT_EQ(sandbox_.Read("tmp/TMW_WebUpdate/next_1.exe"), "runs");
+  for (int number = 2; number <= 100; ++number) {
+    const std::string name = "next_" + std::to_string(number) + ".exe";
+    files.held.push_back(Temp(name));
+    sandbox_.Write("tmp/TMW_WebUpdate/" + name, "runs");
+  }
+  EXPECT_FALSE(Restarts());
+  EXPECT_EQ(front_end_.log,
+            Log{kError +
+                "Невозможно отыскать уникальное имя файла для загружаемого модуля "
+                "\"next.exe\" . Возможно, текущему пользователю не хватает прав для работы "
+                "во временной папке \"" +
+                Path(tmw::NativePath("tmp/TMW_WebUpdate")) + "\"."});
 }
 
 TEST_F(SelfUpdateTest, ARestartedUpdaterDoesNotTryAgain) {

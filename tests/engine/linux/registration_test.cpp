@@ -68,6 +68,9 @@ TEST_F(RegistrationTest, TheSystemsToolRegistersAndAnUnchangedComponentEveryTime
   processes_.starts.clear();
   EXPECT_TRUE(tmw::UnregisterDll(library, false));
   EXPECT_EQ(processes_.starts, Log{Line(" -u -s ", library)});
+  EXPECT_FALSE(tmw::UnregisterDll(library + "x", false));
+  EXPECT_EQ(front_end_.log.back(),
+            "warning|Ошибка загрузки|Разрегистрируемый файл \"" + library + "x\" не найден.");
 }
 
 }  // namespace
