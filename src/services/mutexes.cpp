@@ -32,10 +32,10 @@ bool IsRunning(const std::string& mutex_name) {
 
 // A place that cannot be made must not look like an application that runs.
 void PreparePlace() {
-  ports::NamedMutexes& mutexes = *ports::CurrentPorts().mutexes;
-  const ports::Status prepared = mutexes.Prepare();
-  if (!prepared)
-    RaiseApiErrorWithMessage(services_texts::NoLockFolder(mutexes.Place()), prepared.code);
+  const ports::Status prepared = ports::CurrentPorts().mutexes->Prepare();
+  if (prepared) return;
+  const std::string place = ports::CurrentPorts().mutexes->Place();
+  RaiseApiErrorWithMessage(services_texts::NoLockFolder(place), prepared.code);
 }
 
 bool AskToGoOnWaiting(const std::string& question) {

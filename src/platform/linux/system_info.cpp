@@ -24,8 +24,8 @@ Amounts ReadAmounts(const char* path) {
     const std::size_t colon = line.find(':');
     unsigned long long kilobytes = 0;
     if (colon == std::string::npos) continue;
-    if (std::sscanf(line.c_str() + colon + 1, "%llu kB", &kilobytes) != 1)
-      continue;  // NOLINT(cert-err34-c): the kernel's own figures
+    // NOLINTNEXTLINE(cert-err34-c): the kernel's own figures.
+    if (std::sscanf(line.c_str() + colon + 1, "%llu kB", &kilobytes) != 1) continue;
     amounts[line.substr(0, colon)] = static_cast<std::int64_t>(kilobytes) * 1024;
   }
   return amounts;
@@ -62,8 +62,8 @@ class LinuxSystemInfo final : public ports::SystemInfo {
     unsigned major = 0;
     unsigned minor = 0;
     unsigned patch = 0;
-    const int read = std::sscanf(name.release, "%u.%u.%u", &major, &minor,
-                                 &patch);  // NOLINT(cert-err34-c): checked by the count
+    // NOLINTNEXTLINE(cert-err34-c): checked by the count.
+    const int read = std::sscanf(name.release, "%u.%u.%u", &major, &minor, &patch);
     if (read < 2) return std::nullopt;
     ports::OsFacts facts;
     facts.major = major;
