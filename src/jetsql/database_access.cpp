@@ -18,16 +18,16 @@ ports::DatabaseEngine& Engine() {
 }
 
 const tools::Option& EngineOption() {
-  static const tools::Option option = {"--engine", "embedded", texts::kEngineHelp};
-  return option;
+  static const tools::Option kOption = {"--engine", "embedded", texts::kEngineHelp};
+  return kOption;
 }
 
 void SelectEngine(const tools::Arguments& arguments) {
   const auto name = arguments.Value("--engine");
   if (!name) return;
   if (*name != "embedded") throw tools::UsageError(Say(texts::kUnknownEngine, {*name}));
-  static const std::unique_ptr<ports::DatabaseEngine> engine = jet::MakeEngine();
-  ports::CurrentPorts().database = engine.get();
+  static const std::unique_ptr<ports::DatabaseEngine> kEngine = jet::MakeEngine();
+  ports::CurrentPorts().database = kEngine.get();
 }
 
 std::unique_ptr<ports::Database> OpenToRead(const std::string& path) {

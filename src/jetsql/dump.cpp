@@ -1,5 +1,6 @@
 #include "jetsql/dump.h"
 
+#include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -140,6 +141,7 @@ void AddSql(const tools::Arguments& arguments, bool has_rows, Output& output) {
       text.Add(RelationSql(relation) + ";\n");
   }
   output.Finish();
+  if (has_rows) std::cerr << Count(texts::kRowsWritten, rows) << '\n';
 }
 
 tools::Json FieldJson(const ports::FieldDefinition& field) {

@@ -128,6 +128,7 @@ inline constexpr Text kRecovering = {"Восстановление", "Recovering
 inline constexpr CountedText kRowsChanged = {
     {"%1 строка", "%1 row"}, {"%1 строки", "%1 rows"}, {"%1 строк", "%1 rows"}};
 inline constexpr CountedText kRowsImported = kRowsChanged;
+inline constexpr CountedText kRowsWritten = kRowsChanged;
 inline constexpr CountedText kStatementsFailed = {
     {"%1 инструкция не выполнена", "%1 statement failed"},
     {"%1 инструкции не выполнены", "%1 statements failed"},

@@ -23,8 +23,8 @@ std::string LocaleName() {
 }
 
 const char* Chosen(const Text& text) {
-  static const bool is_russian = IsRussianLocale(LocaleName());
-  return is_russian ? text.russian : text.english;
+  static const bool kIsRussian = IsRussianLocale(LocaleName());
+  return kIsRussian ? text.russian : text.english;
 }
 
 }  // namespace

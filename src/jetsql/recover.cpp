@@ -97,7 +97,7 @@ class Salvage {
     } catch (const file::Damage& damage) {
       std::vector<std::string> values = {first};
       if (!second.empty()) values.push_back(second);
-      values.push_back(damage.what());
+      values.emplace_back(damage.what());
       lost_.push_back(Say(text, values));
     } catch (...) {
       std::vector<std::string> values = {first};

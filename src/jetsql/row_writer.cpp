@@ -101,7 +101,7 @@ class CsvWriter final : public RowWriter {
     if (!format_.has_header) return;
     for (std::size_t i = 0; i < names.size(); ++i)
       Put(i, names[i]);
-    End(line_);
+    EndLine();
   }
 
   void Row(const Values& values) override {
@@ -112,7 +112,7 @@ class CsvWriter final : public RowWriter {
         line_ += ',';
       }
     }
-    End(line_);
+    EndLine();
   }
 
  private:
@@ -132,9 +132,9 @@ class CsvWriter final : public RowWriter {
     line_ += '"';
   }
 
-  void End(std::string& line) {
-    text_.AddLine(line);
-    line.clear();
+  void EndLine() {
+    text_.AddLine(line_);
+    line_.clear();
   }
 
   tmw::StringAccumulator& text_;
@@ -286,18 +286,18 @@ class TableWriter final : public RowWriter {
 }  // namespace
 
 const tools::Option& ModeOption() {
-  static const tools::Option option = {"--mode", "MODE", texts::kModeHelp};
-  return option;
+  static const tools::Option kOption = {"--mode", "MODE", texts::kModeHelp};
+  return kOption;
 }
 
 const tools::Option& HeaderOption() {
-  static const tools::Option option = {"--header", "", texts::kHeaderHelp};
-  return option;
+  static const tools::Option kOption = {"--header", "", texts::kHeaderHelp};
+  return kOption;
 }
 
 const tools::Option& NoHeaderOption() {
-  static const tools::Option option = {"--no-header", "", texts::kNoHeaderHelp};
-  return option;
+  static const tools::Option kOption = {"--no-header", "", texts::kNoHeaderHelp};
+  return kOption;
 }
 
 std::optional<Mode> ModeOf(const tools::Arguments& arguments) {

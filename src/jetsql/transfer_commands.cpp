@@ -25,23 +25,26 @@
 namespace jetsql {
 namespace {
 
-void ExportRows(ports::Database& database, const std::string& table, const RowFormat& format,
-                Output& output) {
+std::uint64_t ExportRows(ports::Database& database, const std::string& table,
+                         const RowFormat& format, Output& output) {
   const ports::TableDefinition definition = database.Table(table);
   const std::string primary = tmw::GetPrimaryIndex(definition);
   const auto rows = database.OpenRecordset(definition.name, ports::RecordsetType::kTable);
   if (!primary.empty()) rows->SetIndex(primary);
-  WriteRows(*rows, *MakeRowWriter(format, output.Text()));
+  return WriteRows(*rows, *MakeRowWriter(format, output.Text()));
 }
 
 void ExportTo(const tools::Arguments& arguments, Output& output) {
   const auto& words = arguments.Words();
   const auto database = OpenToRead(words[0]);
   if (const auto mode = ModeOf(arguments)) {
-    ExportRows(*database, words[1], {*mode, !arguments.Has("--no-header")}, output);
-  } else {
-    tmw::ExportTable(words[1], arguments.Has("--structure"), *database, output.Text());
+    const std::uint64_t count =
+        ExportRows(*database, words[1], {*mode, !arguments.Has("--no-header")}, output);
+    output.Finish();
+    std::cerr << Count(texts::kRowsWritten, count) << '\n';
+    return;
   }
+  tmw::ExportTable(words[1], arguments.Has("--structure"), *database, output.Text());
   output.Finish();
 }
 

@@ -46,14 +46,15 @@ std::string AmountText(std::int64_t ten_thousandths) {
 
 std::string DayText(const tmw::DateParts& parts) {
   std::array<char, 40> buffer{};
-  std::snprintf(buffer.data(), buffer.size(), "%04d-%02d-%02d", parts.year, parts.month, parts.day);
+  static_cast<void>(std::snprintf(buffer.data(), buffer.size(), "%04d-%02d-%02d", parts.year,
+                                  parts.month, parts.day));
   return buffer.data();
 }
 
 std::string TimeText(const tmw::DateParts& parts) {
   std::array<char, 40> buffer{};
-  std::snprintf(buffer.data(), buffer.size(), "%02d:%02d:%02d", parts.hour, parts.minute,
-                parts.second);
+  static_cast<void>(std::snprintf(buffer.data(), buffer.size(), "%02d:%02d:%02d", parts.hour,
+                                  parts.minute, parts.second));
   return buffer.data();
 }
 

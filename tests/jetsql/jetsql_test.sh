@@ -180,7 +180,7 @@ roundtrip() {
   "$jetsql" run снова.mdb --file dump.sql 2>errors || fail "dump of $1 does not run"
   same "$1" снова.mdb
   "$jetsql" check снова.mdb >checked || fail "$(cat checked)"
-  cmp -s <("$jetsql" dump "$1" | grep -v ^-- | sort) <("$jetsql" dump снова.mdb | grep -v ^-- | sort) || fail "dumps of $1"
+  cmp -s <("$jetsql" dump "$1" 2>errors | grep -v ^-- | sort) <("$jetsql" dump снова.mdb 2>errors | grep -v ^-- | sort) || fail "dumps of $1"
 }
 roundtrip база.mdb
 roundtrip случай.mdb
