@@ -1,11 +1,14 @@
 #include "services/advice.h"
 
+#include <cstdint>
+#include <string>
 #include <utility>
 
 #include "ports/database_types.h"
 #include "ports/error_texts.h"
 #include "ports/internet.h"
 #include "ports/ports.h"
+#include "ports/system_info.h"
 #include "services/advice_texts.h"
 #include "services/run_log.h"
 #include "services/updater_settings.h"
@@ -37,13 +40,15 @@ FailureKind KindOfInternetCode(std::int32_t code) {
       return FailureKind::kCertificateDate;
     case 12038:  // another name
     case 12044:  // the server wants a certificate
-    case 12045:  // unknown authority
     case 12057:  // revocation cannot be checked
-    case 12157:  // no secure channel
     case 12169:  // invalid
     case 12170:  // revoked
     case 12175:  // any fault of the certificate
       return FailureKind::kCertificate;
+    case 12045:
+      return FailureKind::kUnknownAuthority;
+    case 12157:
+      return FailureKind::kNoSecureChannel;
     case 12165:
       return FailureKind::kProxy;
     default:
@@ -68,6 +73,15 @@ FailureKind KindOfDatabaseNumber(std::int32_t number) {
   }
 }
 
+// Windows 7 knows the newer protocols, but does not use them by itself.
+std::string ForOldWindows(std::string sentence) {
+  constexpr std::uint32_t kNtLine = 2;
+  const auto os = ports::CurrentPorts().system_info->Os();
+  if (!os || os->platform != kNtLine || os->major != 6 || os->minor > 1) return sentence;
+  sentence.pop_back();
+  return sentence + advice_texts::kOldProtocols;
+}
+
 std::string ProxyName() {
   return WithoutPasswords(GetUpdaterSettings().ProxyServer);
 }
@@ -79,7 +93,12 @@ std::string AdviceFor(FailureKind kind) {
   const std::string proxy = ProxyName();
   switch (kind) {
     case FailureKind::kNoConnection:
-      return proxy.empty() ? texts::kNoConnection : texts::NoConnectionThrough(proxy);
+      return ForOldWindows(proxy.empty() ? texts::kNoConnection
+                                         : texts::NoConnectionThrough(proxy));
+    case FailureKind::kNoSecureChannel:
+      return ForOldWindows(texts::kNoSecureChannel);
+    case FailureKind::kUnknownAuthority:
+      return texts::kUnknownAuthority;
     case FailureKind::kNameNotResolved:
       return proxy.empty() ? texts::kNameNotResolved : texts::NoConnectionThrough(proxy);
     case FailureKind::kProxy:

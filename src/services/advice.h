@@ -17,7 +17,9 @@ enum class FailureKind {
   kInterrupted,
   kCertificateDate,
   kCertificate,
-  kLoginPage,  // a page of the network came instead of a file
+  kNoSecureChannel,   // client and server know no common protocol
+  kUnknownAuthority,  // has issued the certificate
+  kLoginPage,         // a page of the network came instead of a file
   // What the server answered.
   kLogin,      // status 401
   kForbidden,  // status 403
