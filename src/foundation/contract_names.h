@@ -67,6 +67,7 @@ inline constexpr std::string_view kProgramFolder = "tm";
 inline constexpr std::string_view kUpdaterProgram = "TmWebUpdate";  // and the system's ending
 inline constexpr std::string_view kNetworkMarkMask = "client*.cln";
 inline constexpr std::string_view kUserDatabase = "Tamrin.mdb";
+inline constexpr std::string_view kLockFile = "TmWebUpdate.lock";
 inline constexpr std::string_view kSerialFile = "TmWebUpdate.serial";
 inline constexpr std::string_view kNewSerialEnding = ".new";
 

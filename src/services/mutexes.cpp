@@ -4,8 +4,12 @@
 #include <utility>
 
 #include "foundation/api_errors.h"
+#include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
+#include "foundation/file_utils.h"
 #include "ports/clock.h"
+#include "ports/file_lock.h"
+#include "ports/file_system.h"
 #include "ports/ports.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
@@ -13,6 +17,8 @@
 
 namespace tmw {
 namespace {
+
+using ports::FileLockVerdict;
 
 constexpr const char* kModule = "miMutexes";
 constexpr std::int32_t kPollMilliseconds = 200;
@@ -22,6 +28,11 @@ constexpr int kLaterAttempts = 20;
 std::unique_ptr<MutexKeeper>& KeeperSlot() {
   static std::unique_ptr<MutexKeeper> keeper;
   return keeper;
+}
+
+std::unique_ptr<ports::FileLock>& FolderLockSlot() {
+  static std::unique_ptr<ports::FileLock> lock;
+  return lock;
 }
 
 // The mutex of the probe is closed on return, so that it does not keep the name in use.
@@ -83,7 +94,30 @@ bool LockUpdaterMutex(const std::string& mutex_name) try {
   ReRaiseError(kModule, "LockUpdaterMutex");
 }
 
+bool LockProductFolder(const std::string& root) try {
+  const std::string file = JoinPath(root, names::kLockFile);
+  // Fails where it is there already, which is as good.
+  static_cast<void>(ports::CurrentPorts().files->Open(file, ports::FileMode::kCreateNew));
+  for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
+    for (; attempts > 0; --attempts) {
+      auto result =
+          ports::CurrentPorts().file_locks->TryLock(file, ports::FileLockMode::kExclusive);
+      const bool is_held = result && (result.value.verdict == FileLockVerdict::kHeldExclusively ||
+                                      result.value.verdict == FileLockVerdict::kHeldShared);
+      if (!is_held) {
+        FolderLockSlot() = std::move(result.value.lock);
+        return true;
+      }
+      SleepOnePoll();
+    }
+    if (!AskToGoOnWaiting(services_texts::SeveralCopies())) return false;
+  }
+} catch (...) {
+  ReRaiseError(kModule, "LockProductFolder");
+}
+
 void ReleaseUpdaterLock() {
+  FolderLockSlot().reset();
   KeeperSlot().reset();
 }
 

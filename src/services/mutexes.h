@@ -27,7 +27,12 @@ bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& a
 // cannot be created.
 bool LockUpdaterMutex(const std::string& mutex_name);
 
-// Frees the updater's mutex if it is held.
+// The same between users, who do not see each other's mutexes: locks a file in the product's root
+// folder, until ReleaseUpdaterLock too. Where this user may not make the file they cannot change
+// the product either, and there is no lock.
+bool LockProductFolder(const std::string& root);
+
+// Frees the updater's mutex and the product's folder if they are held.
 void ReleaseUpdaterLock();
 
 }  // namespace tmw

@@ -133,7 +133,9 @@ bool WaitForOthersAndLock() {
       return false;
     }
   }
-  return LockUpdaterMutex(std::string(names::kUpdaterMutex));
+  if (!LockUpdaterMutex(std::string(names::kUpdaterMutex))) return false;
+  const std::string root = MachineSetting(names::kRootPathSetting);
+  return root.empty() || !IsFolderExists(root) || LockProductFolder(root);
 }
 
 // Shows the progress window, which performs the run, and then the result.

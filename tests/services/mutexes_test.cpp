@@ -95,6 +95,21 @@ TEST_F(Mutexes, OneOfThreeProcessesHasTheLockAtATime) {
   tests::KillProcess(second);
 }
 
+TEST_F(Mutexes, UsersKeepEachOtherOutByAFileInTheProductsFolder) {
+  const tests::Sandbox root;
+  EXPECT_TRUE(LockProductFolder(root.Path()));
+  ReleaseUpdaterLock();
+  const std::int32_t other =
+      tests::StartChild("lock \"" + root.Path("TmWebUpdate.lock") + "\" exclusive \"" +
+                        root.Path("report") + "\" sleep 20000");
+  ASSERT_EQ(tests::AwaitLine(root, "report"), "locked");
+  front_end_.answers = {false};
+  EXPECT_FALSE(LockProductFolder(root.Path()));
+  EXPECT_EQ(front_end_.log, Log(1, kCopiesQuestion));
+  tests::KillProcess(other);
+  EXPECT_TRUE(LockProductFolder(root.Path("no such folder")));
+}
+
 TEST_F(Mutexes, AMutexThatCannotBeCreatedCountsAsOpenButRefusesTheLock) {
   const std::string impossible = tests::kOnWindows ? "Nowhere\\a\\b" : "Local\\a/b";
   EXPECT_FALSE(WaitUntilAppMutexClosed(impossible, "Tamrin: Fsk"));
