@@ -43,6 +43,20 @@ inline std::string NoTempFolder(const std::string& folder) {
          "настройках Windows указан неверный путь к временной папке.";
 }
 
+inline std::string TwoDatabases(const std::string& file, const std::string& copy) {
+  return "Рабочая база данных существует дважды: " + Quoted(file) + " и " + Quoted(copy) +
+         ". Вторую Windows завела для программ, которые пишут в защищенную папку без прав "
+         "администратора, и неизвестно, в какой из них лежат последние записи. Ничего не изменено. "
+         "Обратитесь в поддержку, прежде чем удалять одну из них.";
+}
+
+inline std::string TwoSettings(const std::string& key, const std::string& copy) {
+  return "Настройки программы существуют дважды: " + Quoted(key) + " и " + Quoted(copy) +
+         ". Вторые Windows завела для программ, которые пишут в защищенный раздел реестра без прав "
+         "администратора, и неизвестно, какие из них верны. Ничего не изменено. Обратитесь в "
+         "поддержку, прежде чем удалять одни из них.";
+}
+
 // The digest.
 inline constexpr const char* kGettingVersion = "Получение номера текущей версии...";
 inline constexpr const char* kDigestEmpty = "Файл с информацией о версии пуст.";

@@ -12,6 +12,7 @@
 #include "engine/target_look.h"
 #include "engine/update_list.h"
 #include "engine/user_database.h"
+#include "engine/virtual_copies.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "ports/ports.h"
@@ -154,6 +155,7 @@ bool KsUpdater::CopyToTempFolderAndRestart() try {
 
 bool KsUpdater::Initialize() try {
   if (!CreateTempDir(product_code_, temp_dir_)) return false;
+  if (!HasNoVirtualCopies(is_client_)) return false;
   CheckUserDatabase(is_client_);
   events_.ClearProgress();
   return true;

@@ -117,6 +117,10 @@ class FileSystem {
   // programs without these rights write as well. Linux: the same folder, which is root's own.
   virtual Outcome<std::string> TemporaryFolderOfSystem() = 0;
 
+  // Where the system keeps, for this user alone, what programs without a manifest write in place of
+  // that protected file; nothing need be there. Empty on Linux.
+  virtual std::string VirtualCopyOf(const std::string& path) = 0;
+
   // One level, for administrators and the system alone (Linux: for this user); whatever has the
   // name already is a failure.
   virtual Status CreateProtectedFolder(const std::string& path) = 0;

@@ -7,6 +7,7 @@
 #include "engine/target_look.h"
 #include "foundation/api_errors.h"
 #include "tests/engine/run_fixture.h"
+#include "tests/fakes/faulty_file_system.h"
 #include "tests/fakes/scripted_file_probe.h"
 
 namespace tests {
@@ -74,6 +75,27 @@ TEST_F(LookTest, WhatIsInTheWayIsNamedBeforeTheQuestionOrBeforeTheFirstRemoval) 
       EXPECT_FALSE(listener_.Has("icon trash"));
     }
   }
+}
+
+TEST_F(LookTest, ASecondDatabaseOrSecondSettingsOfTheSystemsMakingEndTheRun) {
+  FaultyFileSystem files(*ports_->files);
+  ports_->files = &files;
+  SetMode(false);
+  Publish();
+  files.virtual_store = sandbox_.Write("VirtualStore/Tamrin.mdb", "x");
+  const auto databases = Run();
+  ASSERT_EQ(databases.size(), 1U);
+  EXPECT_TRUE(databases[0].starts_with(kError + "Рабочая база данных существует дважды: \"" +
+                                       Path("db/Tamrin.mdb") + "\" и \"" + files.virtual_store))
+      << databases[0];
+  files.virtual_store = Path("none");
+  const std::string copies = "Software\\Classes\\VirtualStore\\MACHINE\\SOFTWARE\\WOW6432Node\\";
+  settings_.Set(ports::SettingsRoot::kUser, copies + "Kestrel Soft\\Tamrin\\General\\RootPath",
+                "x");
+  const auto settings = Run();
+  ASSERT_EQ(settings.size(), 1U);
+  EXPECT_TRUE(settings[0].starts_with(kError + "Настройки программы существуют дважды: "));
+  EXPECT_EQ(Requests(), std::vector<std::string>());
 }
 
 TEST_F(LookTest, AHeldFileIsAskedAboutUntilItIsFree) {

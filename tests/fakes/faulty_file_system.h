@@ -47,6 +47,7 @@ class FaultyFileSystem final : public ports::FileSystem {
   std::size_t failures = 0;
   Code flush_code = 0;
   Code attributes_code = 0;
+  Path virtual_store;  // the copy of every file
   std::vector<std::string> log;
 
   explicit FaultyFileSystem(ports::FileSystem& real) : real_(real) {}
@@ -93,6 +94,9 @@ class FaultyFileSystem final : public ports::FileSystem {
   Outcome<Path> MakeAbsolute(const Path& path) override { return real_.MakeAbsolute(path); }
   Outcome<Path> TemporaryFolder() override { return real_.TemporaryFolder(); }
   Outcome<Path> TemporaryFolderOfSystem() override { return real_.TemporaryFolderOfSystem(); }
+  Path VirtualCopyOf(const Path& path) override {
+    return virtual_store.empty() ? real_.VirtualCopyOf(path) : virtual_store;
+  }
   Status CreateProtectedFolder(const Path& path) override {
     return Do("create folder", 0, [&] { return real_.CreateProtectedFolder(path); });
   }

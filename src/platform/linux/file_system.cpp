@@ -268,6 +268,8 @@ class LinuxFileSystem final : public ports::FileSystem {
 
   ports::Outcome<std::string> TemporaryFolderOfSystem() override { return TemporaryFolder(); }
 
+  std::string VirtualCopyOf(const std::string& /*path*/) override { return {}; }
+
   ports::Status CreateProtectedFolder(const std::string& path) override {
     return mkdir(path.c_str(), S_IRWXU) == 0 ? ports::Status::Success()
                                              : ports::Status::Failure(errno);

@@ -263,6 +263,14 @@ class WindowsFileSystem final : public ports::FileSystem {
     return ports::Outcome<std::string>::Success(FromWide(windows + L"\\Temp"));
   }
 
+  std::string VirtualCopyOf(const std::string& path) override {
+    const std::wstring full = FullPath(path);
+    std::wstring folder(kLongestPath, L'\0');
+    folder.resize(GetEnvironmentVariableW(L"LOCALAPPDATA", folder.data(), kLongestPath));
+    if (folder.empty() || full.size() < 3 || full[1] != L':') return {};
+    return FromWide(folder + L"\\VirtualStore" + full.substr(2));
+  }
+
   ports::Status CreateProtectedFolder(const std::string& path) override {
     // Full access for administrators and the system, nothing inherited from above.
     constexpr const wchar_t* kRights = L"O:BAD:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
