@@ -8,6 +8,7 @@
 #include "ports/error_texts.h"
 #include "ports/internet.h"
 #include "ports/ports.h"
+#include "ports/processes.h"
 #include "ports/system_info.h"
 #include "services/advice_texts.h"
 #include "services/run_log.h"
@@ -130,7 +131,9 @@ std::string AdviceFor(FailureKind kind) {
     case FailureKind::kDiskFull:
       return texts::kDiskFull;
     case FailureKind::kNoRights:
-      return texts::kNoRights;
+      // Where programs have no ending there are commands that give rights.
+      return ports::CurrentPorts().processes->ProgramEnding().empty() ? texts::kNoRightsOnLinux
+                                                                      : texts::kNoRights;
     case FailureKind::kFileHeld:
       return texts::kFileHeld;
     case FailureKind::kOwnFiles:

@@ -93,6 +93,8 @@ inline constexpr const char* kDiskFull =
     "Освободите место на диске и запустите обновление еще раз.";
 inline constexpr const char* kNoRights =
     "Не хватает прав: запустите обновление от имени администратора или обратитесь к нему.";
+inline constexpr const char* kNoRightsOnLinux =
+    "Не хватает прав: запустите обновление через sudo или pkexec или обратитесь к администратору.";
 inline constexpr const char* kFileHeld =
     "Закройте программы, которые используют этот файл, или перезагрузите компьютер, затем "
     "запустите обновление еще раз.";

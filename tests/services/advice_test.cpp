@@ -50,6 +50,12 @@ TEST(Advice, NamesTheProxyWithoutItsPassword) {
   SetUpdaterSettings({});
 }
 
+TEST(Advice, NamesTheCommandsThatGiveRightsWhereThereAreSuch) {
+  const bool names_them =
+      AdviceFor(FailureKind::kNoRights).find("sudo или pkexec") != std::string::npos;
+  EXPECT_EQ(names_them, !tests::kOnWindows);
+}
+
 TEST(Advice, IsOneSentenceForEachKind) {
   for (int kind = 0; kind <= static_cast<int>(FailureKind::kVersions); ++kind) {
     const std::string advice = AdviceFor(FailureKind(kind));
