@@ -23,7 +23,8 @@ TEST_F(RunTest, AFailedRunEndsWithAdviceOnItsCause) {
       {"server/TMW_version.dat", "407 No", FailureKind::kProxyLogin},
       {"server/TMW_version.dat", "503 No", FailureKind::kServerFault},
       {"server/TMW_version.dat", "418 No", FailureKind::kRefused},
-      {"server/TMW_version.dat", "", FailureKind::kInterrupted},
+      {"server/TMW_version.dat", "200 OK\r\nContent-Length: 9\r\n\r\n3.6",
+       FailureKind::kInterrupted},
       {"server/TMW_version.dat", "200 OK\r\n\r\n \r\n<html>", FailureKind::kLoginPage},
       {"server/TMW_version.dat", "200 OK\r\n\r\n5", FailureKind::kWrongData},
       {"server/TMW_links.dat", "200 OK\r\n\r\n<html>", FailureKind::kLoginPage},
@@ -34,7 +35,7 @@ TEST_F(RunTest, AFailedRunEndsWithAdviceOnItsCause) {
   for (const auto& c : cases) {
     on_answer_ = [&](Peer& peer, const std::string& path) {
       if (path != c.path) return false;
-      if (!c.answer.empty()) peer.Send("HTTP/1.1 " + c.answer + "\r\n\r\n");
+      peer.Send("HTTP/1.1 " + c.answer + "\r\n\r\n");
       return true;
     };
     front_end_.answers = {true};
