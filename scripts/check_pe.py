@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Reads the Windows programs and libraries that users get: what the system is told about them (the
+"""Reads the Windows programs and libraries that users get: what they declare to the system (the
 headers' flags, version resource, manifest), and that they ask for nothing newer than Windows 7.
     check_pe.py BUILD_FOLDER
 Entry points stand in windows7_imports.txt; one that is not there has to be looked up before it is

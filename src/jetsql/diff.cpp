@@ -166,7 +166,7 @@ class Comparison {
   void CompareTables(const ports::TableDefinition& left, const ports::TableDefinition& right) {
     const std::uint64_t before = count_;
     CompareSets(StructureOf(left), StructureOf(right), left.name + ": ");
-    // Rows of different structures cannot be told apart value by value.
+    // Rows of different structures cannot be compared value by value.
     if (count_ != before) return;
     if (tmw::GetPrimaryIndex(left).empty()) {
       CompareAllRows(left, right);

@@ -37,7 +37,7 @@ class LogFiles {
 
   virtual LocalMoment Now() = 0;
 
-  // The number of this process, by which its lines can be told apart.
+  // The number of this process, which marks its lines.
   virtual std::int32_t OwnProcess() = 0;
 
   // What ends a line of a text that the user may open: CR LF on Windows, LF on Linux.

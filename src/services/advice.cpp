@@ -22,7 +22,7 @@ FailureKind& Noted() {
   return kind;
 }
 
-// Numbers of the internet layer; 0: none of those that are told apart.
+// Numbers of the internet layer; 0: none of those with advice of their own.
 FailureKind KindOfInternetCode(std::int32_t code) {
   switch (code) {
     case 12002:  // time-out

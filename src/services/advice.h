@@ -54,7 +54,7 @@ enum class FailureKind {
 std::string AdviceFor(FailureKind kind);
 
 // The kind that goes with the number of an error, which may be of the system, of the internet layer
-// or of the database; kOther if the number does not tell.
+// or of the database; kOther if the number says nothing about it.
 FailureKind KindOfNumber(std::int32_t number);
 
 // The kind that goes with an HTTP status from 400 to 599.

@@ -33,7 +33,7 @@ void KeySorter::Add(std::string_view bytes) {
   arena_ += bytes;
 }
 
-// The bytes that all strings begin with would leave nothing to tell them apart by.
+// Bytes that all strings begin with would not distinguish them.
 void KeySorter::SkipCommonBeginning() {
   if (places_.empty()) return;
   const std::string_view first = At(places_.front());
