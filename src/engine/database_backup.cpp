@@ -39,12 +39,31 @@ std::uint32_t CrcOfFile(const std::string& file) {
   }
 }
 
-// By length and checksum: an archive may be empty, or hold last year's books.
-bool IsBackupOf(const std::string& archive, const std::string& database) {
+// By length and checksum: an archive may be empty, or hold last year's books. The directory alone
+// is read, so the content may be damaged all the same.
+bool IsNamedBackupOf(const std::string& archive, const std::string& database) {
   const auto entries = TryListZip(archive);
   return entries && entries->size() == 1 &&
          std::cmp_equal(entries->front().Length, GetFileLength(database)) &&
          entries->front().Crc == CrcOfFile(database);
+}
+
+bool HaveSameBytes(const std::string& one, const std::string& other) {
+  if (GetFileLength(one) != GetFileLength(other)) return false;
+  ports::FileSystem& files = *ports::CurrentPorts().files;
+  const auto first = files.Open(one, ports::FileMode::kRead);
+  const auto second = files.Open(other, ports::FileMode::kRead);
+  if (!first || !second) return false;
+  std::vector<char> left(kReadBytes);
+  std::vector<char> right(kReadBytes);
+  for (;;) {
+    const auto count = first.value->Read(left.data(), left.size());
+    const auto match = second.value->Read(right.data(), right.size());
+    if (!count || !match || count.value != match.value) return false;
+    if (count.value == 0) return true;
+    const std::string_view piece(left.data(), count.value);
+    if (piece != std::string_view(right.data(), match.value)) return false;
+  }
 }
 
 bool Pack(const std::string& database, const std::string& archive) {
@@ -74,12 +93,21 @@ bool PackUserDatabase() {
   const DbVersion version = GetDataBaseVersion(*database);
   database->Close();
   const std::string file = database_utils::GetUserDBFileName();
+  std::vector<std::string> earlier;
   for (int number = 1;; ++number) {
     const std::string archive = BackupPath(version[2], number);
     if (IsFileExists(archive)) {
-      if (IsBackupOf(archive, file)) return true;
+      if (IsNamedBackupOf(archive, file)) earlier.push_back(archive);
     } else if (!IsFolderExists(archive)) {
-      return Pack(file, archive);
+      if (!Pack(file, archive)) return false;
+      // The same packed bytes: the earlier archive is whole, and the new one adds nothing.
+      for (const std::string& other : earlier) {
+        if (!HaveSameBytes(archive, other)) continue;
+        LogEvent("backup_kept", {{"file", other}});
+        DeleteFile(archive);
+        break;
+      }
+      return true;
     }
   }
 }

@@ -3,9 +3,9 @@
 namespace tmw {
 
 // Packs the user database into a zip file beside it, "Tamrin_117.zip" for the database's build. An
-// archive of that name that is there already counts only if it holds the database as it is today;
-// otherwise the next free name is taken, "Tamrin_117 (2).zip". No archive is ever replaced. Returns
-// false if there is no backup, which has been reported.
+// archive of that name that is there already counts only if it holds the database as it is today,
+// which packing it once more shows; otherwise the next free name is taken, "Tamrin_117 (2).zip". No
+// archive is ever replaced. Returns false if there is no backup, which has been reported.
 bool PackUserDatabase();
 
 }  // namespace tmw

@@ -106,6 +106,13 @@ TEST_F(DatabaseRunTest, OnlyAnArchiveOfTodaysDatabaseCountsAsItsBackup) {
        },
        "Tamrin_0 (5).zip"},
       {"a backup among others", [] {}, nullptr},
+      {"a damaged content",
+       [&] {
+         std::string zip = sandbox_.Read("db/Tamrin_0 (5).zip");
+         zip[zip.size() / 2] ^= 1;
+         sandbox_.Write("db/Tamrin_0 (5).zip", zip);
+       },
+       "Tamrin_0 (6).zip"},
   };
   for (const auto& c : cases) {
     c.change();
