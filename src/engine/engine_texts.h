@@ -94,6 +94,9 @@ inline std::string DigestNotLoaded(const std::string& reason) {
 // Its signature.
 inline const std::string kNothingChanged = "На данном компьютере ничего не изменено.";
 
+inline constexpr const char* kKeysAreNoText =
+    "Параметр General\\UpdateKeys с открытыми ключами обновлений должен быть строкой (REG_SZ).";
+
 inline std::string FaultyKey(const std::string& key) {
   return "Открытый ключ обновлений в параметре General\\UpdateKeys записан неверно: " +
          Quoted(key) + ".";

@@ -21,6 +21,15 @@ bool IsBlank(std::string_view text) {
   return text.find_first_not_of(kSeparators) == std::string_view::npos;
 }
 
+// Returns whether the setting is there but is no text: it must not pass for a missing one.
+bool IsOfOtherType(ports::SettingsStore& store) {
+  const auto machine = ports::SettingsRoot::kMachine;
+  const std::string key =
+      ConcatenateRegistryKeys(std::string(names::kProductKey), std::string(names::kGeneralSection));
+  const std::string name(names::kUpdateKeysSetting);
+  return store.Exists(machine, key, name) && !store.ReadString(machine, key, name).value;
+}
+
 }  // namespace
 
 bool TryReadUpdateKeys(std::vector<signature::PublicKey>& keys, std::string& reason) {
@@ -35,6 +44,10 @@ bool TryReadUpdateKeys(std::string_view built_in, std::vector<signature::PublicK
   const bool is_chosen_by_environment =
       ports::CurrentPorts().settings->IsChosenByEnvironment(ports::SettingsRoot::kMachine);
   const bool may_replace = IsBlank(built_in) || !is_chosen_by_environment;
+  if (may_replace && IsOfOtherType(*ports::CurrentPorts().settings)) {
+    reason = engine_texts::kKeysAreNoText;
+    return false;
+  }
   std::string_view rest = !IsBlank(set) && may_replace ? std::string_view(set) : built_in;
   while (!IsBlank(rest)) {
     rest.remove_prefix(rest.find_first_not_of(kSeparators));

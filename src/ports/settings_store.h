@@ -30,6 +30,9 @@ class SettingsStore {
   virtual Setting<std::string> ReadString(SettingsRoot root, const std::string& key,
                                           const std::string& name) = 0;
 
+  // Whether the value is there, of whatever type. False if that cannot be read.
+  virtual bool Exists(SettingsRoot root, const std::string& key, const std::string& name) = 0;
+
   // Whether the product's folders have fixed defaults that hold when no setting names them
   // (Windows), or a setting must (Linux).
   virtual bool HasFolderDefaults() const = 0;

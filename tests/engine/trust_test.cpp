@@ -113,6 +113,7 @@ const std::string kNotTrusted = kError +
                                 "обновление не проводится. " +
                                 kUnchanged + "\r\n\r\n";
 const std::string kDigest = "server/TMW_version.dat";
+const std::string kUpdateKeys = "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\UpdateKeys";
 const std::string kSigned = "product:TMW\r\nserial:5\r\nexpires:2026-11-22\r\n";
 
 std::string Replaced(std::string text, const std::string& piece, const std::string& instead) {
@@ -131,8 +132,7 @@ class SignedTest : public TrustTest {
   }
 
   void SetKeys(const std::string& keys) {
-    settings_.Set(ports::SettingsRoot::kMachine,
-                  "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\UpdateKeys", keys);
+    settings_.Set(ports::SettingsRoot::kMachine, kUpdateKeys, keys);
   }
 
   // Where the signature of the digest belongs that lies in that folder of the server.
@@ -367,10 +367,13 @@ TEST_F(SignedTest, ASettingReplacesBuiltInKeysUnlessTheEnvironmentChoseItsFile) 
   }
   std::vector<signature::PublicKey> keys;
   std::string reason;
-  SetKeys(one + " faulty");
   settings_.is_chosen_by_environment = false;
+  SetKeys(one + " faulty");
   EXPECT_FALSE(tmw::TryReadUpdateKeys("", keys, reason));
   EXPECT_TRUE(keys.empty());
+  settings_ = {};
+  settings_.Set(ports::SettingsRoot::kMachine, kUpdateKeys, 1);
+  EXPECT_FALSE(tmw::TryReadUpdateKeys(one, keys, reason)) << "of another type";
 }
 
 }  // namespace

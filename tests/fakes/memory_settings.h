@@ -29,6 +29,9 @@ class MemorySettings final : public ports::SettingsStore {
                                          const std::string& name) override {
     return Find(strings_, root, key, name);
   }
+  bool Exists(ports::SettingsRoot root, const std::string& key, const std::string& name) override {
+    return Find(strings_, root, key, name).value || Find(longs_, root, key, name).value;
+  }
   std::string PlaceOf(ports::SettingsRoot /*root*/) override { return "файл \"m.reg\""; }
   bool HasFolderDefaults() const override { return has_folder_defaults; }
   bool IsChosenByEnvironment(ports::SettingsRoot /*root*/) const override {

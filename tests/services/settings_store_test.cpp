@@ -62,6 +62,8 @@ TEST(SettingsStore, ReadsTextsAndDoubleWordsOfBothRoots) {
     EXPECT_FALSE(missing.value);
     EXPECT_TRUE(missing);
   }
+  EXPECT_TRUE(store->Exists(kUser, key, "Binary"));
+  EXPECT_FALSE(store->Exists(kUser, key, "Missing"));
   EXPECT_FALSE(store->ReadLong(kUser, key, "Text").value);
   EXPECT_FALSE(store->ReadLong(kUser, key, "Binary").value);
   Import(sandbox.Write("clean up.reg", kCleanUp));

@@ -95,13 +95,18 @@ class SettingsFile {
  public:
   explicit SettingsFile(ports::SettingsRoot root) : root_(root) {}
 
+  // Null if the value is not there, or the file cannot be read.
+  const RegValue* Find(ports::SettingsRoot root, const std::string& key, const std::string& name) {
+    if (!is_read_) Load();
+    return status_ ? file_.Find(PathOf(root) + key, name) : nullptr;
+  }
+
   template <typename T>
   ports::Setting<T> Read(ports::SettingsRoot root, const std::string& key,
                          const std::string& name) {
     using Result = ports::Setting<T>;
-    if (!is_read_) Load();
+    const RegValue* const value = Find(root, key, name);
     if (!status_) return Result::Failure(status_.code);
-    const RegValue* const value = file_.Find(PathOf(root) + key, name);
     const T* const typed = value == nullptr ? nullptr : std::get_if<T>(value);
     return Result::Success(typed == nullptr ? std::nullopt : std::optional<T>(*typed));
   }
@@ -137,6 +142,10 @@ class LinuxSettingsStore final : public ports::SettingsStore {
   ports::Setting<std::string> ReadString(ports::SettingsRoot root, const std::string& key,
                                          const std::string& name) override {
     return FileFor(root).Read<std::string>(root, key, name);
+  }
+
+  bool Exists(ports::SettingsRoot root, const std::string& key, const std::string& name) override {
+    return FileFor(root).Find(root, key, name) != nullptr;
   }
 
   ports::Setting<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,

@@ -87,6 +87,10 @@ class WindowsSettingsStore final : public ports::SettingsStore {
     return ports::Setting<std::string>::Success(std::move(text));
   }
 
+  bool Exists(ports::SettingsRoot root, const std::string& key, const std::string& name) override {
+    return ReadRaw(root, key, name).value.has_value();
+  }
+
   ports::Setting<std::int32_t> ReadLong(ports::SettingsRoot root, const std::string& key,
                                         const std::string& name) override {
     const auto raw = ReadRaw(root, key, name);
