@@ -16,6 +16,9 @@
 namespace publish {
 namespace {
 
+// Updaters read numbers of up to 18 digits; what is left is for renewals.
+constexpr std::int64_t kMostSerial = 1'000'000'000'000'000;
+
 // The digest that is in place.
 struct Present {
   bool is_there = false;
@@ -49,6 +52,8 @@ std::int64_t NextSerial(const Present& present, const Signer& signer, Faults& fa
     faults.Add(texts::kInDigest, texts::kSerialNotKnown);
   } else if (next <= announced) {
     faults.Add(texts::kInDigest, texts::kSerialNotHigher, {std::to_string(announced)});
+  } else if (next > kMostSerial) {
+    faults.Add(texts::kInDigest, texts::kSerialTooHigh, {std::to_string(kMostSerial)});
   }
   return next;
 }

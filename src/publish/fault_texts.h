@@ -67,6 +67,7 @@ inline constexpr const char* kSerialNotKnown =
     "The announced digest cannot be read, and with it the serial: give --serial.";
 inline constexpr const char* kSerialNotHigher =
     "The serial must be higher than the announced one, %1.";
+inline constexpr const char* kSerialTooHigh = "The serial is above %1.";
 inline constexpr const char* kNothingKept =
     "It has no _Announcement.txt: publish this version again with --replace.";
 inline constexpr const char* kKeptForOther = "It announces version %1.";
@@ -100,6 +101,8 @@ inline constexpr const char* kNotOneElement = "%1 elements %2 instead of one.";
 inline constexpr const char* kIsComUnclear = "IsCom is neither yes nor no.";
 inline constexpr const char* kUsersOwn =
     "It has the name of the user's own database, which the updater never replaces.";
+inline constexpr const char* kUpdatersNotes =
+    "It has the name of a file in which the updater keeps what it must remember.";
 inline constexpr const char* kUnknownConstant = "Its folder has an unknown constant: %1.";
 inline constexpr const char* kSamePlace = "It is installed where %1 is installed.";
 inline constexpr const char* kSameServerName = "On the server it has the name of %1.";

@@ -41,6 +41,9 @@ void CheckNames(const FileRecord& file, const std::string& place, Faults& faults
   faults.Require(tmw::CheckFileName(file.name), place);
   if (tmw::LowerCase(file.name).starts_with(tmw::LowerCase(std::string(tmw::names::kUserDatabase))))
     faults.Add(place, texts::kUsersOwn);
+  for (const std::string_view own : {tmw::names::kSerialFile, tmw::names::kRootMark}) {
+    if (tmw::EqualIgnoringCase(file.name, own)) faults.Add(place, texts::kUpdatersNotes);
+  }
   faults.Require(tmw::CheckRelativeName(file.server_name), place);
   const std::optional<std::string> folder = Expand(file.folder);
   if (!folder) {

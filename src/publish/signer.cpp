@@ -1,5 +1,6 @@
 #include "publish/signer.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "foundation/contract_names.h"
@@ -18,12 +19,16 @@ namespace publish {
 namespace {
 
 constexpr std::size_t kNamedDigits = 16;
+constexpr std::string_view kMark = "\xEF\xBB\xBF";
 
 std::string FirstLineOf(const std::string& file) {
   if (!tmw::IsFileExists(file)) Raise(texts::kNoFile, file);
-  const std::string bytes = tmw::ReadFileBytes(file);
-  std::string line = bytes.substr(0, bytes.find_first_of(tmw::kCrLf));
-  if (line.empty()) Raise(texts::kNoPasswordInFile, file);
+  std::string line = tmw::ReadFileBytes(file);
+  // Editors put a mark before the text that nobody types in a terminal.
+  if (line.starts_with(kMark)) line.erase(0, kMark.size());
+  line.erase(std::min(line.find_first_of(tmw::kCrLf), line.size()));
+  const bool is_utf16 = line.find('\0') != std::string::npos;
+  if (line.empty() || is_utf16) Raise(texts::kNoPasswordInFile, file);
   return line;
 }
 

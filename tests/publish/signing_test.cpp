@@ -158,6 +158,9 @@ TEST_F(Signing, SerialsGrowAndWhatWasSignedIsFollowedBySignedOnesOnly) {
   options.serial = 4;
   publish::Renew(root, publish::Signer(options), faults);
   EXPECT_TRUE(HasFault(Lines(faults), "must be higher than the announced one, 4"));
+  options.serial = 1'000'000'000'000'001;
+  publish::Renew(root, publish::Signer(options), faults);
+  EXPECT_TRUE(HasFault(Lines(faults), "The serial is above 1000000000000000"));
   faults = {};
   options.serial = 40;
   publish::Renew(root, publish::Signer(options), faults);

@@ -45,6 +45,9 @@ mkdir beside
 ln -s .. product/up && ln -s "$work/beside" product/ && ln -s "$work/product" beside/back
 expect 1 "^faults: 2$" "${publish[@]/%server/product-server}"
 rm product/up product/beside
+echo 9 >product/tmwebupdate.serial
+expect 1 "in which the updater keeps" "${publish[@]}" --replace
+rm product/tmwebupdate.serial
 expect 0 '^\{"version":"3.6.0.3","folder":".*","files":1,.*"faults":\[\]\}$' "${publish[@]}" --replace --json
 [ "$(ls -A server)" = $'TMW_3.6.0.2\nTMW_3.6.0.3\nTMW_links.dat\nTMW_version.dat' ]
 expect 0 "release 3.6.0.3 is in order: files: 1" check server
@@ -68,6 +71,11 @@ expect 0 "^      --from VERSION" check --help
 expect 0 "^public key: maker.key.pub$" keygen --no-password maker.key
 expect 3 "" keygen --no-password maker.key
 errors 'It exists already: "maker.key"'
+for password in '\xEF\xBB\xBF\r\nx' 'p\0w\0'; do
+  printf "$password" >password
+  expect 3 "" keygen other.key --password-file password
+  errors 'The first line is no password'
+done
 [ "$(stat -c %a maker.key)" = 600 ]
 expect 0 "^signed by the key [0-9A-F]{16}: serial 1, last day " renew --output server --sign maker.key
 name=TMW_version.dat.$(sha256sum server/TMW_version.dat | head -c 16).minisig
