@@ -108,6 +108,11 @@ bool TryVerifyPackage(const std::string& url, const std::string& file, const WuP
   return what == nullptr || Refuse(fault, engine_texts::LoadingFault(url, what), file);
 }
 
+FailureKind KindOfRefusal() {
+  return TakeNotedFailure() == FailureKind::kDiskFull ? FailureKind::kDiskFull
+                                                      : FailureKind::kDamagedFile;
+}
+
 bool CheckFileCrc(const std::string& file, std::string& fault) try {
   const ports::Status status = CheckIntegrity(CompanionFunctions().Sha256_GetFileCrc, file);
   if (status) return true;

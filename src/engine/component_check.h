@@ -5,6 +5,7 @@
 
 #include "engine/records.h"
 #include "engine/working_folders.h"
+#include "services/advice.h"
 
 // Unpacking and verifying what has been downloaded. A function that returns false gives the fault
 // in words, and has deleted the file where it must not be used again.
@@ -36,6 +37,10 @@ bool IsLoadedFileReusable(const std::string& loaded, const ComponentFacts& expec
 // Checks existence, length and hash of a package of several files.
 [[nodiscard]] bool TryVerifyPackage(const std::string& url, const std::string& file,
                                     const WuPackage& package, std::string& fault);
+
+// What to advise after a loaded file was refused: kDamagedFile, or kDiskFull if it could not be
+// written while it was unpacked.
+[[nodiscard]] FailureKind KindOfRefusal();
 
 // Check the integrity data of an unpacked file, and those of a package. CheckFileCrc deletes a file
 // that fails; CheckFileCrcEx leaves it to its caller.

@@ -112,7 +112,7 @@ bool ComponentLoader::DownloadSrvMiltiFiles(const std::string& folder, const WuP
   std::string reason;
   const bool is_unpacked = UnrarAllFiles(file, folder, "", reason, MaxUnpacked(package.PackSize));
   if (!is_unpacked)
-    DownloadError(engine_texts::PackageNotUnpacked(file, reason), FailureKind::kDamagedFile);
+    DownloadError(engine_texts::PackageNotUnpacked(file, reason), KindOfRefusal());
   DeleteFile(file);
   if (is_unpacked) FinishFileProgress();
   return is_unpacked;
@@ -128,7 +128,7 @@ bool ComponentLoader::Fetch(const std::string& url, const std::string& target, c
     LogEvent("checked", {{"file", target}, {"good", is_good}, {"fault", fault}});
     if (is_good) return true;
     if (has_resumed_ && may_continue) continue;
-    DownloadError(fault, FailureKind::kDamagedFile);
+    DownloadError(fault, KindOfRefusal());
     break;
   }
   return false;

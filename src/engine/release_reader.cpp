@@ -3,6 +3,7 @@
 #include <optional>
 #include <utility>
 
+#include "engine/component_check.h"
 #include "engine/digest.h"
 #include "engine/engine_texts.h"
 #include "engine/fetching.h"
@@ -96,7 +97,7 @@ bool ReleaseReader::ReadManifest(const std::string& loading_url, Digest& digest,
   const std::string entry = product_code_ + std::string(names::kManifestFile);
   std::string reason;
   if (!UnrarOneFile(package, entry, temp_dir_, "", reason, kMaxManifest))
-    return Refuse(reason, FailureKind::kDamagedFile);
+    return Refuse(reason, KindOfRefusal());
   DeleteFile(package);
   events_.OnSetMainAction(engine_texts::kParsingFileList);
   const std::string file = JoinPath(temp_dir_, entry);

@@ -10,6 +10,7 @@
 #include "foundation/path_guard.h"
 #include "packages/companion_functions.h"
 #include "packages/packages_texts.h"
+#include "services/advice.h"
 
 namespace tmw {
 namespace {
@@ -171,6 +172,8 @@ void RarArchive::RequireOpen() const {
 }
 
 void RarArchive::RaiseRarError(std::int32_t code) const try {
+  // Mostly a full disk; the package itself may be sound.
+  if (code == ports::kRarWriteFailed) NoteFailure(FailureKind::kDiskFull);
   RaiseProgramError(
       packages_texts::ProcessingFailed(ArchiveName, packages_texts::ResultText(code)));
 } catch (...) {

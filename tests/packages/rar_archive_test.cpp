@@ -9,6 +9,7 @@
 #include "packing/rar_blocks.h"
 #include "packing/rar_writer.h"
 #include "ports/ports.h"
+#include "services/advice.h"
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scoped_ports.h"
@@ -178,6 +179,7 @@ struct CarelessLibrary final : ports::CompanionLibrary {
   static inline std::u16string name;
   static inline int shown = 0;
   static inline int extracted = 0;
+  static inline int result = 0;  // of an extraction
   ports::EntryPoints entries{};
 
   explicit CarelessLibrary(const std::string& entry_name) {
@@ -193,7 +195,7 @@ struct CarelessLibrary final : ports::CompanionLibrary {
     entries.RARProcessFileW = [](ports::RarHandle, int operation, const char16_t*, const char16_t*)
                                   COMPANION_CALL {
                                     extracted += operation == 2 ? 1 : 0;
-                                    return 0;
+                                    return result;
                                   };
     entries.RARCloseArchive = [](ports::RarHandle) COMPANION_CALL { return 0; };
   }
@@ -204,6 +206,19 @@ struct CarelessLibrary final : ports::CompanionLibrary {
   std::string NarrowPath(const std::string& path) const override { return path; }
   ports::SystemCode LastError() const override { return 0; }
 };
+
+TEST(RarArchive, OnlyAFailedWriteIsNotedAsAFullDisk) {
+  for (const int result : {ports::kRarWriteFailed, ports::kRarBadData}) {
+    const ScopedPorts ports;
+    CarelessLibrary library("a.txt");
+    ports->companion = &library;
+    CarelessLibrary::result = result;
+    std::string error;
+    EXPECT_FALSE(UnrarAllFiles("p", "out", "", error));
+    EXPECT_EQ(TakeNotedFailure() == FailureKind::kDiskFull, result == ports::kRarWriteFailed);
+  }
+  CarelessLibrary::result = 0;
+}
 
 TEST(RarArchive, NamesPassTheGuardWhateverLibraryIsLoaded) {
   const struct {
