@@ -30,6 +30,15 @@ CsvReader OpenCsv(const std::string& path, const tools::Arguments& arguments) {
   return {ReadTextFile(path, EncodingOf(arguments.Value("--encoding"))), separator[0]};
 }
 
+// Raises the error that is being handled, with the file and the line put before its text.
+[[noreturn]] void RaiseAt(const std::string& path, const CsvReader& reader) {
+  const tmw::ProgramError error = tmw::CurrentError();
+  throw tmw::ProgramError(error.Number,
+                          path + ":" + std::to_string(std::max<std::size_t>(reader.Line(), 1)) +
+                              ": " + error.Description,
+                          error.Source);
+}
+
 std::vector<std::string> ReadNames(CsvReader& reader) {
   CsvReader::Row row;
   if (!reader.Next(row)) tmw::RaiseProgramError(Say(texts::kNoHeader));
@@ -108,13 +117,19 @@ struct ColumnFacts {
 void CreateTable(const std::string& name, const std::string& path,
                  const tools::Arguments& arguments, ports::Database& database) {
   CsvReader reader = OpenCsv(path, arguments);
-  const std::vector<std::string> names = ReadNames(reader);
-  std::vector<ColumnFacts> facts(names.size());
-  CsvReader::Row row;
-  while (reader.Next(row)) {
-    for (std::size_t i = 0; i < std::min(row.size(), facts.size()); ++i) {
-      if (row[i]) facts[i].Add(*row[i]);
+  std::vector<std::string> names;
+  std::vector<ColumnFacts> facts;
+  try {
+    names = ReadNames(reader);
+    facts.resize(names.size());
+    CsvReader::Row row;
+    while (reader.Next(row)) {
+      for (std::size_t i = 0; i < std::min(row.size(), facts.size()); ++i) {
+        if (row[i]) facts[i].Add(*row[i]);
+      }
     }
+  } catch (...) {
+    RaiseAt(path, reader);
   }
   ports::TableDefinition table;
   table.name = name;
@@ -254,10 +269,7 @@ std::uint64_t ImportCsv(const std::string& path, const tools::Arguments& argumen
       ++count;
     }
   } catch (...) {
-    const tmw::ProgramError error = tmw::CurrentError();
-    throw tmw::ProgramError(error.Number,
-                            path + ":" + std::to_string(reader.Line()) + ": " + error.Description,
-                            error.Source);
+    RaiseAt(path, reader);
   }
   indexes.PutBack();
   return count;

@@ -59,15 +59,17 @@ std::optional<std::string> CsvReader::ReadValue() {
 
 bool CsvReader::Next(Row& row) {
   row.clear();
-  while (Peek() == '\r' || Peek() == '\n')
+  while (!has_one_column_ && (Peek() == '\r' || Peek() == '\n'))
     Take();
   if (Peek() == kEnd) return false;
+  const bool is_first = row_line_ == 0;
   row_line_ = line_;
   for (;;) {
     row.push_back(ReadValue());
     const int c = Take();
     if (c == separator_) continue;
     if (c == '\r' && Peek() == '\n') Take();
+    if (is_first) has_one_column_ = row.size() == 1;
     return true;
   }
 }

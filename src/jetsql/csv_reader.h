@@ -19,8 +19,8 @@ class CsvReader {
   CsvReader(TextSource source, char separator)
       : source_(std::move(source)), separator_(separator) {}
 
-  // Returns false behind the last row. Lines of nothing are skipped. Raises an error for a quote
-  // that is not closed, or that is followed by text.
+  // Returns false behind the last row. An empty line is skipped, but below a first row of one value
+  // it is a row of Null. Raises an error for a quote that is not closed, or is followed by text.
   bool Next(Row& row);
 
   // The line on which the last row began, from 1.
@@ -40,6 +40,7 @@ class CsvReader {
   std::size_t position_ = 0;
   std::size_t line_ = 1;
   std::size_t row_line_ = 0;
+  bool has_one_column_ = false;
 };
 
 }  // namespace jetsql

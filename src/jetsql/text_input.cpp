@@ -24,6 +24,7 @@ namespace {
 constexpr std::size_t kPiece = 1U << 18U;
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
+constexpr std::string_view kUtf16BigEndianMark = "\xFE\xFF";
 
 // Bytes of the character that a lead byte begins; 1 for any other byte.
 std::size_t CharacterLength(char lead) {
@@ -77,6 +78,10 @@ class Decoder {
     switch (encoding_) {
       case Encoding::k1251:
         return tmw::CodePageToUtf8(tmw::CodePage::k1251, bytes);
+      case Encoding::kUtf16BigEndian:
+        for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
+          std::swap(bytes[i], bytes[i + 1]);
+        [[fallthrough]];
       case Encoding::kUtf16:
         return tmw::Utf16ToUtf8(tmw::BytesToUtf16(bytes));
       case Encoding::kUtf8:
@@ -93,7 +98,8 @@ class Decoder {
     if (encoding_ == Encoding::kUtf8) return WholeCharacters(bytes);
     std::size_t whole = bytes.size() / 2 * 2;
     // A pair of surrogates stays together.
-    if (whole >= 2 && (static_cast<unsigned char>(bytes[whole - 1]) & 0xFCU) == 0xD8) whole -= 2;
+    const std::size_t high = encoding_ == Encoding::kUtf16BigEndian ? 2 : 1;
+    if (whole >= 2 && (static_cast<unsigned char>(bytes[whole - high]) & 0xFCU) == 0xD8) whole -= 2;
     return whole;
   }
 
@@ -123,12 +129,16 @@ std::optional<Encoding> MarkOf(std::string_view beginning) {
   // A text that begins with a letter of ASCII in UTF-16 has a zero there.
   if (beginning.starts_with(kUtf16Mark) || (beginning.size() > 1 && beginning[1] == '\0'))
     return Encoding::kUtf16;
+  if (beginning.starts_with(kUtf16BigEndianMark) || (beginning.size() > 1 && beginning[0] == '\0'))
+    return Encoding::kUtf16BigEndian;
   return std::nullopt;
 }
 
 std::size_t MarkLength(std::string_view beginning) {
   if (beginning.starts_with(kUtf8Mark)) return kUtf8Mark.size();
-  return beginning.starts_with(kUtf16Mark) ? kUtf16Mark.size() : 0;
+  const bool is_utf16 =
+      beginning.starts_with(kUtf16Mark) || beginning.starts_with(kUtf16BigEndianMark);
+  return is_utf16 ? kUtf16Mark.size() : 0;
 }
 
 Encoding Judged(const Utf8Judge& judge) {
@@ -193,13 +203,23 @@ TextSource ReadStandardInput(std::optional<Encoding> encoding) {
     Decoder decoder(MarkOf(bytes).value_or(Judged(judge)), "stdin");
     return ReadText(decoder.Decode(bytes.substr(MarkLength(bytes)), true));
   }
+  const auto read = [] {
+    std::string bytes(kPiece, '\0');
+    std::cin.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(std::cin.gcount()));
+    return bytes;
+  };
+  auto first = std::make_shared<std::string>(read());
+  if (const std::size_t mark = MarkLength(*first); mark != 0) {
+    encoding = MarkOf(*first);
+    first->erase(0, mark);
+  }
   auto decoder = std::make_shared<Decoder>(*encoding, "stdin");
   auto is_over = std::make_shared<bool>(false);
-  return [decoder, is_over] {
+  return [read, first, decoder, is_over] {
     while (!*is_over) {
-      std::string bytes(kPiece, '\0');
-      std::cin.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-      bytes.resize(static_cast<std::size_t>(std::cin.gcount()));
+      std::string bytes = std::exchange(*first, {});
+      if (bytes.empty()) bytes = read();
       *is_over = bytes.empty();
       std::string text = decoder->Decode(std::move(bytes), *is_over);
       if (!text.empty()) return text;

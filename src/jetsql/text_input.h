@@ -7,7 +7,7 @@
 
 namespace jetsql {
 
-enum class Encoding { kUtf8, k1251, kUtf16 };
+enum class Encoding { kUtf8, k1251, kUtf16, kUtf16BigEndian };
 
 // "utf8", "1251" or "utf16"; raises a UsageError for any other name.
 std::optional<Encoding> EncodingOf(const std::optional<std::string>& name);

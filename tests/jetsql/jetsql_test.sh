@@ -128,8 +128,13 @@ expect 0 "Лист
   Да  BIT" schema база.mdb Лист
 expect 0 $'007\tЛист "А4"\\n\t1.5\t2020-02-29\tyes\n8\tNULL\t-2\tNULL\tno' run база.mdb --no-header "select * from Лист"
 printf 'Код\n"1\n' >открыт.csv
-expect 1 "" import база.mdb открыт.csv --into Лист
-errors "A quote of line 2 is not closed."
+expect 1 "" import база.mdb открыт.csv --into Открыт --create
+errors "открыт.csv:2: A quote of line 2 is not closed."
+printf '\xFE\xFF' >один.csv
+printf 'Имя\r\n\r\n"Ё"\r\n""\r\n' | iconv -t utf-16be >>один.csv
+expect 0 '{"rows":3}' import база.mdb один.csv --into Один --create --json
+got=$(printf '\xEF\xBB\xBFselect * from Один; drop table Один' | "$jetsql" run база.mdb --encoding utf8 2>errors)
+[ "$got" = $'Имя\nNULL\nЁ' ] || fail "one column: $got"
 
 # A dump makes an equal database of itself.
 random_script() { # SEED: a table of fields and rows by chance

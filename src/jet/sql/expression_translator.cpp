@@ -49,7 +49,8 @@ std::string ExpressionTranslator::Assigned(const Expression& expression, const F
 TypedSql ExpressionTranslator::Raw(const Expression& expression) {
   const bool met_before = met_lone_field_;
   TypedSql raw = Ungrouped(expression);
-  if (raw.sql.size() > kMostSql) Fail(kTooComplex);
+  // Long literals, a memo of megabytes, are no complexity.
+  if (raw.sql.size() > kMostSql + 4 * statement_.size()) Fail(kTooComplex);
   if (groups_ != nullptr && std::find(groups_->begin(), groups_->end(), raw.sql) != groups_->end())
     met_lone_field_ = met_before;
   return raw;
