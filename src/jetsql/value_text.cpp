@@ -1,5 +1,6 @@
 #include "jetsql/value_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -93,18 +94,24 @@ struct PlainVisitor {
   }
 };
 
-// Texts in '…'. What a literal cannot hold is joined to it.
-std::string TextLiteral(const std::string& text) {
-  std::string literal = "'";
-  for (const char c : text) {
-    if (c == '\0') {
-      literal += "' & Chr(0) & '";
-    } else {
+// Texts in '…'. U+0000, which a literal cannot hold, joins two halves with a number of such marks
+// that differs by one at most: the depth of an expression is limited.
+std::string TextLiteral(std::string_view text) {
+  const auto marks = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\0'));
+  if (marks == 0) {
+    std::string literal = "'";
+    for (const char c : text) {
       literal += c;
       if (c == '\'') literal += c;
     }
+    return literal + "'";
   }
-  return literal + "'";
+  std::size_t middle = text.find('\0');
+  for (std::size_t i = 0; i < marks / 2; ++i)
+    middle = text.find('\0', middle + 1);
+  const std::string joined =
+      TextLiteral(text.substr(0, middle)) + " & Chr(0) & " + TextLiteral(text.substr(middle + 1));
+  return "(" + joined + ")";
 }
 
 std::string MomentLiteral(double days) {

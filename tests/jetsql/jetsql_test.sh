@@ -135,6 +135,13 @@ printf 'Имя\r\n\r\n"Ё"\r\n""\r\n' | iconv -t utf-16be >>один.csv
 expect 0 '{"rows":3}' import база.mdb один.csv --into Один --create --json
 got=$(printf '\xEF\xBB\xBFselect * from Один; drop table Один' | "$jetsql" run база.mdb --encoding utf8 2>errors)
 [ "$got" = $'Имя\nNULL\nЁ' ] || fail "one column: $got"
+{ printf 'М\n' && printf 'а\0%.0s' {1..600} && printf '\n%01100000d' 0; } >длинный.csv
+expect 0 "" create длинная.mdb
+expect 0 "" import длинная.mdb длинный.csv --into Д --create
+expect 0 "" create другая.mdb
+"$jetsql" dump длинная.mdb 2>errors | "$jetsql" run другая.mdb 2>errors || fail "long values"
+expect 0 "0 differences" diff длинная.mdb другая.mdb
+rm длинная.mdb другая.mdb
 
 # A dump makes an equal database of itself.
 random_script() { # SEED: a table of fields and rows by chance
