@@ -66,6 +66,9 @@ FailureKind KindOfDatabaseNumber(std::int32_t number) {
     case 3704:  // opened by a user on some machine
     case 3734:  // kept from being opened by one
       return FailureKind::kDatabaseHeld;
+    case 3024:  // no such file
+    case 3044:  // no such folder
+      return FailureKind::kDatabaseMissing;
     case ports::kDiskFull:
     case 3183:  // no room for temporary files
       return FailureKind::kDiskFull;

@@ -24,6 +24,7 @@ TEST(Advice, FollowsFromTheNumberOfAnError) {
       {12165, FailureKind::kProxy},
       {3045, FailureKind::kDatabaseHeld},
       {3356, FailureKind::kDatabaseHeld},
+      {3024, FailureKind::kDatabaseMissing},
       {3026, FailureKind::kDiskFull},
       {on_windows ? 112 : ENOSPC, FailureKind::kDiskFull},
       {on_windows ? 5 : EACCES, FailureKind::kNoRights},
