@@ -111,8 +111,7 @@ bool ComponentLoader::DownloadSrvMiltiFiles(const std::string& folder, const WuP
   if (empty_folder_first) DeleteFiles(JoinPath(folder, "*.*"));
   std::string reason;
   const bool is_unpacked = UnrarAllFiles(file, folder, "", reason, MaxUnpacked(package.PackSize));
-  if (!is_unpacked)
-    DownloadError(engine_texts::PackageNotUnpacked(file, reason), KindOfRefusal());
+  if (!is_unpacked) DownloadError(engine_texts::PackageNotUnpacked(file, reason), KindOfRefusal());
   DeleteFile(file);
   if (is_unpacked) FinishFileProgress();
   return is_unpacked;

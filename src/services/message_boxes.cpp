@@ -15,7 +15,7 @@ void ShowBox(ports::MessageKind kind, const char* title, const std::string& text
                    {"title", title},
                    {"text", text},
                    {"advice", advice}});
-  ports::CurrentPorts().front_end->ShowMessage(kind, title, text, advice);
+  ports::CurrentPorts().front_end->ShowMessage(kind, title, WithoutPasswords(text), advice);
   LogEvent("closed", {{"title", title}});
 }
 

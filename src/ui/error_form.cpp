@@ -64,7 +64,8 @@ void ErrorForm::Compose(const std::string& message, const std::string& chain, st
 
 void ErrorForm::Execute(const std::string& message, const std::string& chain, std::int32_t code,
                         const std::string& caption) {
-  Compose(message, chain, code);
+  // Users show this window to others, and copy its text.
+  Compose(WithoutPasswords(message), WithoutPasswords(chain), code);
   const FailureKind noted = TakeNotedFailure();
   const FailureKind kind = KindOfNumber(code);
   const std::string advice = AdviceFor(kind == FailureKind::kOther ? noted : kind);

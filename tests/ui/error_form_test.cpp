@@ -90,8 +90,9 @@ TEST(ErrorForm, DetailsAndCopyingActOnTheWholeText) {
                                       "full Подробнее  <<"}));
   front_end.windows.log.clear();
   front_end.windows.on_error = nullptr;
-  ErrorForm().Execute("A", "", 0, "Заголовок");
-  EXPECT_TRUE(front_end.windows.log.front().starts_with("error Заголовок|A|A"));
+  ErrorForm().Execute("http://u:p@s/", "", 0, "Заголовок");
+  EXPECT_TRUE(
+      front_end.windows.log.front().starts_with("error Заголовок|http://u:***@s/|http://u:***@s/"));
 }
 
 }  // namespace
