@@ -10,6 +10,7 @@
 #include "foundation/text.h"
 #include "tests/database/build_fixture.h"
 #include "tests/fakes/scripted_engine.h"
+#include "tests/support/caught.h"
 
 namespace tests {
 namespace {
@@ -217,6 +218,12 @@ TEST_F(WorkingDbTest, ACancelEndsTheBuildAtEachQuestion) {
   }
   EXPECT_EQ(front_end.log, std::vector<std::string>{});
   EXPECT_EQ(Text("DBStruct/Tamrin_LastVer.mdb", "С"), Text("DBUpdates/Tamrin.mdb", "С"));
+}
+
+TEST_F(WorkingDbTest, AVersionThatIsNoWholeNumberEndsTheBuild) {
+  Change("db/Tamrin.mdb", {"update DBVersion set BuildNumber = 0.5"});
+  EXPECT_EQ(Caught([&] { (void)tmw::BuildWorkingDB(build, *this); }).Description,
+            "В таблице DBVersion вместо номера версии стоит другое значение.");
 }
 
 TEST_F(WorkingDbTest, WhatTheMachineLacksIsNeverSuppressed) {

@@ -40,6 +40,7 @@ class FaultyFileSystem final : public ports::FileSystem {
   std::deque<Code> rename_codes;
   std::deque<Code> remove_codes;
   std::vector<Path> held;  // files that cannot be removed
+  Path hidden;             // a file that is not found
   // Changes of the disk that still succeed; then all fail with kBroken, as for a process that dies,
   // or only the next one does.
   std::optional<std::size_t> changes_left;
@@ -47,6 +48,8 @@ class FaultyFileSystem final : public ports::FileSystem {
   std::size_t failures = 0;
   Code flush_code = 0;
   Code attributes_code = 0;
+  Code executable_code = 0;
+  Code temporary_code = 0;
   Path virtual_store;  // the copy of every file
   std::vector<std::string> log;
 
@@ -54,6 +57,7 @@ class FaultyFileSystem final : public ports::FileSystem {
 
   char Separator() const override { return real_.Separator(); }
   Outcome<ports::FileFacts> Examine(const Path& path) override {
+    if (path == hidden) return Outcome<ports::FileFacts>::Success({});
     const Code code = Next(examine_codes);
     return code != 0 ? Outcome<ports::FileFacts>::Failure(code) : real_.Examine(path);
   }
@@ -92,7 +96,9 @@ class FaultyFileSystem final : public ports::FileSystem {
   }
   Outcome<Path> FollowLinks(const Path& path) override { return real_.FollowLinks(path); }
   Outcome<Path> MakeAbsolute(const Path& path) override { return real_.MakeAbsolute(path); }
-  Outcome<Path> TemporaryFolder() override { return real_.TemporaryFolder(); }
+  Outcome<Path> TemporaryFolder() override {
+    return temporary_code != 0 ? Outcome<Path>::Failure(temporary_code) : real_.TemporaryFolder();
+  }
   Outcome<Path> TemporaryFolderOfSystem() override { return real_.TemporaryFolderOfSystem(); }
   Path VirtualCopyOf(const Path& path) override {
     return virtual_store.empty() ? real_.VirtualCopyOf(path) : virtual_store;
@@ -103,7 +109,9 @@ class FaultyFileSystem final : public ports::FileSystem {
   Status FlushFolder(const Path& folder) override {
     return Do("flush folder", 0, [&] { return real_.FlushFolder(folder); });
   }
-  Status MakeExecutable(const Path& path) override { return real_.MakeExecutable(path); }
+  Status MakeExecutable(const Path& path) override {
+    return executable_code != 0 ? Status::Failure(executable_code) : real_.MakeExecutable(path);
+  }
   bool MeansMissing(Code code) const override { return real_.MeansMissing(code); }
   bool MeansOtherDevice(Code code) const override {
     return code == kOtherDevice || real_.MeansOtherDevice(code);

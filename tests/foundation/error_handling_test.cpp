@@ -6,7 +6,7 @@
 
 #include "foundation/api_errors.h"
 #include "foundation/error_environment.h"
-#include "ports/processes.h"
+#include "tests/fakes/recording_processes.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/caught.h"
 #include "tests/support/scoped_ports.h"
@@ -16,37 +16,16 @@ namespace {
 
 using tests::Caught;
 
-class NamedProgram final : public ports::Processes {
- public:
-  ports::Outcome<std::unique_ptr<ports::Process>> Start(const ports::StartRequest&) override {
-    return {};
-  }
-  ports::Outcome<std::unique_ptr<ports::Process>> StartElevated(
-      const ports::ElevatedStartRequest&) override {
-    return {};
-  }
-  bool CanGainRights() const override { return false; }
-  bool NeedsElevation(ports::SystemCode, const ports::StartRequest&) const override {
-    return false;
-  }
-  std::string OwnArguments() const override { return ""; }
-  std::vector<std::string> OwnArgumentList() const override { return {}; }
-  std::string OwnProgram() const override { return "C:\\Папка\\TmWebUpdate.exe"; }
-  std::string ProgramEnding() const override { return ".exe"; }
-  bool HasTerminal() const override { return false; }
-  bool PrintsToTerminal() const override { return false; }
-  ports::Status Terminate(std::int32_t) override { return ports::Status::Success(); }
-};
-
 class ErrorHandling : public testing::Test {
  protected:
   ErrorHandling() {
+    processes_.own_program = "C:\\Папка\\TmWebUpdate.exe";
     ports_->processes = &processes_;
     ports_->front_end = &front_end_;
   }
 
   tests::ScopedPorts ports_;
-  NamedProgram processes_;
+  tests::RecordingProcesses processes_;
   tests::ScriptedFrontEnd front_end_;
 };
 
@@ -75,16 +54,21 @@ TEST_F(ErrorHandling, AForeignSourceIsBracketedOnceAndStaysInnermost) {
 }
 
 TEST_F(ErrorHandling, AnExceptionOfTheLanguageJoinsTheChain) {
-  const ProgramError error = Caught([] {
-    try {
-      throw std::length_error("слишком длинно");
-    } catch (...) {
-      ReRaiseError("M", "P");
-    }
-  });
+  const auto error_of = [](const auto& thrown) {
+    return Caught([&] {
+      try {
+        throw thrown;
+      } catch (...) {
+        ReRaiseError("M", "P");
+      }
+    });
+  };
+  const ProgramError error = error_of(std::length_error("слишком длинно"));
   EXPECT_EQ(error.Number, kInternalErrorNumber);
   EXPECT_EQ(error.Description, "Внутренняя ошибка программы: слишком длинно");
   EXPECT_EQ(error.Source, "[TmWebUpdate::M.P]");
+  EXPECT_EQ(error_of(5).Description, "Внутренняя ошибка программы.");
+  EXPECT_EQ(error_of(std::bad_alloc()).Description, "Недостаточно памяти.");
 }
 
 TEST_F(ErrorHandling, AFailureWithoutACodeStillRaises) {

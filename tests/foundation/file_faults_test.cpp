@@ -145,6 +145,13 @@ TEST_F(FileFaults, AFileHeldForFiveSecondsIsReported) {
   EXPECT_EQ(clock_.now, 39 * 100 + 1000);
 }
 
+TEST_F(FileFaults, WithoutATemporaryFolderTheCauseIsNamed) {
+  files_.temporary_code = F::kBroken;
+  const ProgramError error = tests::Caught([] { GetTemporaryFolder(); });
+  EXPECT_EQ(error.Number, F::kBroken);
+  EXPECT_TRUE(error.Description.starts_with("Ошибка определения временной папки:\r\n"));
+}
+
 TEST_F(FileFaults, AHeldFileDoesNotKeepTheOthersOfAMaskFromBeingDeleted) {
   box_.Write("куда/А.mdb", "");
   box_.Write("куда/Я.mdb", "");
