@@ -163,6 +163,8 @@ TEST_F(LookTest, TooLittleRoomRefusesAndPerhapsTooLittleAsks) {
   front_end_.answers = {true, true, false};
   EXPECT_EQ(Run().size(), 3U) << "asked once more before the removal";
   EXPECT_FALSE(listener_.Has("icon trash"));
+  EXPECT_NE(front_end_.log[0].find(".\r\nДля обновления может понадобиться до "),
+            std::string::npos);
   set_space(0, growth);
   EXPECT_EQ(Run().size(), 1U);
   EXPECT_TRUE(front_end_.log[0].starts_with(volume)) << "all is loaded: " << front_end_.log[0];

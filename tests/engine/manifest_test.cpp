@@ -6,6 +6,7 @@
 
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
+#include "ports/xml_document.h"
 #include "services/product_settings.h"
 #include "tests/fakes/memory_settings.h"
 #include "tests/support/caught.h"
@@ -127,6 +128,17 @@ TEST_F(ManifestTest, FaultsAreNamed) {
     EXPECT_TRUE(c.result.empty() ? result.empty() : result.starts_with(c.result))
         << c.new_text << ": " << result;
   }
+}
+
+TEST_F(ManifestTest, WithoutAnXmlParserTheComponentIsNamed) {
+  struct NoParser final : ports::XmlParser {
+    bool IsAvailable(std::string& reason) override { return reason = "нет", false; }
+    ports::XmlParseResult Parse(std::string_view) override { return {}; }
+  } parser;
+  ports_->xml = &parser;
+  EXPECT_EQ(Read("\"x\"", ""),
+            "Ошибка при обращении к системной компоненте поддержки XML: нет\r\n\r\nВозможно, "
+            "системная библиотека Microsoft XML 4.0 не установлена на данном компьютере.");
 }
 
 TEST_F(ManifestTest, BadNamesAreRefusedInWhateverAttributeTheyStand) {

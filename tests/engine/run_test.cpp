@@ -4,6 +4,7 @@
 #include "engine/registration.h"
 #include "ports/companion_library.h"
 #include "tests/engine/run_fixture.h"
+#include "tests/fakes/faulty_file_system.h"
 
 namespace tests {
 namespace {
@@ -246,6 +247,31 @@ TEST_F(RunTest, WhatDisappearsDuringTheRunIsNamed) {
   EXPECT_TRUE(front_end_.log[0].ends_with(
       "\". Возможные причины: у текущего пользователя отсутствуют необходимые права; в системных "
       "настройках Windows указан неверный путь к временной папке."));
+}
+
+TEST_F(RunTest, WhatIsGoneAsSoonAsItIsMadeIsNamed) {
+  SetMode(false);
+  release_.dict = "Banks";  // so that the packages of the database are wanted
+  release_.scripts = {{"1.xml", "x"}};
+  Publish();
+  FaultyFileSystem files(*ports_->files);
+  ports_->files = &files;
+  const std::string folder = "tmp/TMW_WebUpdate/R 3.6.0.2/";
+  const std::string package = Path(tmw::NativePath(folder + "DBUpdates/updates.tmz"));
+  const std::pair<std::string, std::string> cases[] = {
+      {"Parts/help.txt", "Ошибка распаковки файла help.txt:\r\nРаспакованный файл отсутствует."},
+      {"Loaded/help.txt",
+       "Невозможно перенести загруженный файл help.txt в папку успешно загруженных файлов (" +
+           Path(tmw::NativePath(folder + "Loaded")) + ")."},
+      {"DBUpdates/updates.tmz", "Ошибка загрузки файла " + server_.Url("/TMW_3.6.0.2/updates.tmz") +
+                                    ":\r\nФайл не загрузился."},
+      {"", "Ошибка распаковки архивного файла " + package + ":\r\n"}};
+  for (const auto& [hidden, box] : cases) {
+    files.hidden = Path(tmw::NativePath(folder + hidden));
+    if (hidden.empty()) sandbox_.Write(folder + "DBUpdates/1.xml/x", "");  // a folder in the way
+    front_end_.answers = {true};
+    EXPECT_TRUE(Run().at(1).starts_with(kError + box)) << front_end_.log[1];
+  }
 }
 
 TEST_F(RunTest, EitherMarkIsEnoughForARunToFinishTheInstallation) {

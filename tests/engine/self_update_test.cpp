@@ -210,6 +210,17 @@ TEST_F(SelfUpdateTest, AnUpdaterThatFailsItsCheckIsNotStarted) {
   EXPECT_FALSE(Restarts());
   EXPECT_EQ(front_end_.log, Log{kError + "Длина загруженного файла \"" + url +
                                 "\" не совпадает с ожидаемой (длина 19, ожидается 11)."});
+  FaultyFileSystem files(*ports_->files);
+  ports_->files = &files;
+  PublishUpdater("next.exe");
+  files.executable_code = FaultyFileSystem::kBroken;
+  EXPECT_FALSE(Restarts());
+  EXPECT_TRUE(front_end_.log.back().starts_with("error|Ошибка подготовки программы \"" +
+                                                Temp("next.exe") + "\":\r\n"));
+  files.hidden = Temp("next.exe");
+  EXPECT_FALSE(Restarts());
+  EXPECT_EQ(front_end_.log,
+            Log{kError + "Ошибка загрузки файла \"" + url + "\". Файл не был загружен."});
   release_.updater_components.clear();
   Publish();
   EXPECT_FALSE(Restarts());

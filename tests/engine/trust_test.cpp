@@ -216,7 +216,9 @@ TEST_F(SignedTest, EveryAttackOnTheDigestIsNamedBeforeAnythingElseIsAskedFor) {
   } cases[] = {
       {[&] { Change("3.6.0.2", "3.6.0.3"); }, missing},
       {[&] { Change("3.6.0.2", "3.6.0.3"), put(good); }, differs},
-      {[&] { Sign(other_key_); }, kNotTrusted + "Файл " + url + " подписан ключом "},
+      {[&] { Sign(other_key_); }, kNotTrusted + "Файл " + url + " подписан ключом " +
+                                      signature::KeyIdText(other_key_.Public().id) +
+                                      ", которого нет среди ключей этой программы."},
       {[&] { put(key_.Sign(sandbox_.Read("server/TMW_links.dat"), "")); }, differs},
       {[&] { put(Replaced(good, "a test", "a Test")); }, differs},
       {[&] { put(Replaced(good, "\nRU", "\nRW")); },
