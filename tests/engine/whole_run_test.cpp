@@ -166,6 +166,12 @@ TEST_F(WholeRunTest, AFailedRunIsReportedLeavesTheBooksAloneAndIsMadeGoodByTheNe
       {kInUse, [&] { When("icon install", [&] { HoldDatabase(); }); }, true},
       {"error|Ошибка копирования файла ", [&] { When(kPlacing, [&] { disk_->write_budget = 5; }); },
        true},
+      {"warning|Ошибка обновления базы данных|Файл новой базы данных (",
+       [&] {
+         When(kPlacing,
+              [&] { sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/DBUpdates/Tamrin.mdb", "x"); });
+       },
+       true},
       {kError + "Пока готовилась новая база данных, другая программа изменила рабочую базу",
        [&] {
          When(kPlacing, [&] {
