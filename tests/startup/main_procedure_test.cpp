@@ -73,6 +73,8 @@ class StartUp : public testing::Test {
     settings_.Set(SettingsRoot::kMachine, kGeneral + std::string("RootPath"), sandbox_.Path());
     product_ = sandbox_.Write("Продукт/Tamrin.exe", "program");
   }
+  // A run that ends in an error keeps the lock until its process ends.
+  ~StartUp() override { ReleaseUpdaterLock(); }
 
   bool Parse(const std::string& arguments) {
     processes_.own_arguments = arguments;
