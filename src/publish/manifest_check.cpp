@@ -41,7 +41,8 @@ void CheckNames(const FileRecord& file, const std::string& place, Faults& faults
   faults.Require(tmw::CheckFileName(file.name), place);
   if (tmw::LowerCase(file.name).starts_with(tmw::LowerCase(std::string(tmw::names::kUserDatabase))))
     faults.Add(place, texts::kUsersOwn);
-  for (const std::string_view own : {tmw::names::kSerialFile, tmw::names::kRootMark}) {
+  for (const std::string_view own :
+       {tmw::names::kSerialFile, tmw::names::kRootMark, tmw::names::kLockFile}) {
     if (tmw::EqualIgnoringCase(file.name, own)) faults.Add(place, texts::kUpdatersNotes);
   }
   faults.Require(tmw::CheckRelativeName(file.server_name), place);
