@@ -40,12 +40,11 @@ char32_t NextCodePoint(std::string_view text, std::size_t& position) {
     return kMalformed;
   }
   for (std::size_t i = 1; i < length; ++i) {
-    const unsigned char next = byte(position + i);
-    if ((next & 0xC0U) != 0x80) {
+    if (!ContinuesCharacter(text[position + i])) {
       ++position;
       return kMalformed;
     }
-    value = (value << 6U) | (next & 0x3FU);
+    value = (value << 6U) | (byte(position + i) & 0x3FU);
   }
   if (value < least || value > 0x10FFFF || IsSurrogate(value)) {
     ++position;
@@ -97,6 +96,18 @@ void AppendUtf8(std::string& text, char32_t code_point) {
     put(0x80 | ((c >> 6U) & 0x3FU));
     put(0x80 | (c & 0x3FU));
   }
+}
+
+bool IsWellFormedUtf8(std::string_view text) {
+  for (std::size_t i = 0; i < text.size();) {
+    if (NextCodePoint(text, i) == kMalformed) return false;
+  }
+  return true;
+}
+
+std::size_t CountCharacters(std::string_view text) {
+  return static_cast<std::size_t>(
+      std::count_if(text.begin(), text.end(), [](char c) { return !ContinuesCharacter(c); }));
 }
 
 std::u16string Utf8ToUtf16(std::string_view text) {

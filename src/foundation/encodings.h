@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,6 +14,17 @@ enum class CodePage {
   k1251,  // Windows Cyrillic ("ANSI"). Byte 0x98, unassigned, stands for U+0098 both ways.
   k866,   // DOS Cyrillic ("OEM")
 };
+
+// Overlong forms and surrogates are malformed.
+bool IsWellFormedUtf8(std::string_view text);
+
+// Whether the byte continues a character of UTF-8 and begins none.
+constexpr bool ContinuesCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+// Of well-formed UTF-8.
+std::size_t CountCharacters(std::string_view text);
 
 // Malformed UTF-8 becomes U+FFFD, one for each byte that starts no valid sequence.
 std::u16string Utf8ToUtf16(std::string_view text);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "foundation/api_errors.h"
+#include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/foundation_texts.h"
@@ -30,10 +31,6 @@ constexpr std::size_t kLongestNameTaken = 200;
 
 ports::FileSystem& Files() {
   return *ports::CurrentPorts().files;
-}
-
-bool ContinuesCharacter(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
 // Every copy to that target uses the same name, so that what a killed process left is replaced.

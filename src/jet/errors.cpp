@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string>
 
+#include "foundation/encodings.h"
+
 namespace jet {
 namespace {
 
@@ -161,7 +163,7 @@ void FailUnsupported(std::string_view what) {
 std::string_view Excerpt(std::string_view text) {
   std::size_t length = kExcerptLength;
   if (text.size() <= length) return text;
-  while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80)
+  while (length > 0 && tmw::ContinuesCharacter(text[length]))
     --length;
   return text.substr(0, length);
 }

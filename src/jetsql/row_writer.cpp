@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "database/db_string.h"
+#include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "jetsql/jetsql_texts.h"
 #include "jetsql/value_text.h"
@@ -56,12 +57,6 @@ std::string Escaped(const std::string& text) {
     }
   }
   return escaped;
-}
-
-std::size_t WidthOf(const std::string& text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-  }));
 }
 
 class TabsWriter final : public RowWriter {
@@ -186,14 +181,14 @@ class LinesWriter final : public RowWriter {
   void Begin(const Names& names) override {
     names_ = names;
     for (const std::string& name : names_)
-      width_ = std::max(width_, WidthOf(name));
+      width_ = std::max(width_, tmw::CountCharacters(name));
   }
 
   void Row(const Values& values) override {
     if (!is_first_) text_.Add("\n");
     is_first_ = false;
     for (std::size_t i = 0; i < values.size(); ++i)
-      text_.Add(std::string(width_ - WidthOf(names_[i]), ' ') + names_[i] + " = " +
+      text_.Add(std::string(width_ - tmw::CountCharacters(names_[i]), ' ') + names_[i] + " = " +
                 Escaped(PlainText(values[i])) + "\n");
   }
 
@@ -243,9 +238,9 @@ class TableWriter final : public RowWriter {
   void PutFirstRows() {
     has_begun_ = true;
     for (std::size_t i = 0; i < names_.size(); ++i) {
-      if (has_header_) widths_[i] = WidthOf(Escaped(names_[i]));
+      if (has_header_) widths_[i] = tmw::CountCharacters(Escaped(names_[i]));
       for (const Names& row : first_rows_)
-        widths_[i] = std::max(widths_[i], WidthOf(row[i]));
+        widths_[i] = std::max(widths_[i], tmw::CountCharacters(row[i]));
     }
     if (has_header_) {
       Names names;
@@ -265,7 +260,7 @@ class TableWriter final : public RowWriter {
   void Put(const Names& cells) {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-      const std::size_t width = WidthOf(cells[i]);
+      const std::size_t width = tmw::CountCharacters(cells[i]);
       const std::string blanks(widths_[i] - std::min(widths_[i], width), ' ');
       if (i != 0) line += "  ";
       line += is_number_[i] ? blanks + cells[i] : cells[i] + blanks;

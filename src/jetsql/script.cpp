@@ -56,7 +56,7 @@ std::string Complaint(const std::string& script, const ScriptStatement& statemen
   constexpr std::size_t kShown = 300;
   std::string shown = statement.text.substr(0, kShown);
   while (!shown.empty() && shown.size() < statement.text.size() &&
-         (static_cast<unsigned char>(statement.text[shown.size()]) & 0xC0U) == 0x80)
+         tmw::ContinuesCharacter(statement.text[shown.size()]))
     shown.pop_back();
   if (shown.size() < statement.text.size()) shown += "…";
   return script + ":" + std::to_string(statement.line) + ":" + std::to_string(statement.column) +

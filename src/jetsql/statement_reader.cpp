@@ -2,15 +2,13 @@
 
 #include <string_view>
 
+#include "foundation/encodings.h"
+
 namespace jetsql {
 namespace {
 
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
-bool ContinuesCharacter(char c) {
-  return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
 }
 
 }  // namespace
@@ -25,7 +23,7 @@ bool StatementReader::Take(char& c) {
   if (c == '\n') {
     ++line_;
     column_ = 0;
-  } else if (!ContinuesCharacter(c)) {
+  } else if (!tmw::ContinuesCharacter(c)) {
     ++column_;
   }
   return true;

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <iostream>
 #include <iterator>
 #include <memory>
@@ -36,33 +35,10 @@ std::size_t CharacterLength(char lead) {
 std::size_t WholeCharacters(std::string_view bytes) {
   for (std::size_t back = 1; back <= 3 && back <= bytes.size(); ++back) {
     const char c = bytes[bytes.size() - back];
-    if ((static_cast<unsigned char>(c) & 0xC0U) == 0x80) continue;
+    if (tmw::ContinuesCharacter(c)) continue;
     return CharacterLength(c) > back ? bytes.size() - back : bytes.size();
   }
   return bytes.size();
-}
-
-// Overlong forms and surrogates are malformed.
-bool IsWellFormedUtf8(std::string_view bytes) {
-  constexpr std::uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-  for (std::size_t i = 0; i < bytes.size();) {
-    const auto lead = static_cast<unsigned char>(bytes[i]);
-    if (lead < 0x80) {
-      ++i;
-      continue;
-    }
-    const std::size_t length = CharacterLength(bytes[i]);
-    if (length < 2 || lead > 0xF4 || length > bytes.size() - i) return false;
-    std::uint32_t c = lead & (0x7FU >> length);
-    for (std::size_t k = 1; k < length; ++k) {
-      const auto byte = static_cast<unsigned char>(bytes[i + k]);
-      if ((byte & 0xC0U) != 0x80) return false;
-      c = (c << 6U) | (byte & 0x3FU);
-    }
-    if (c < kLeast[length] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) return false;
-    i += length;
-  }
-  return true;
 }
 
 // Makes UTF-8 of pieces of bytes.
@@ -87,7 +63,7 @@ class Decoder {
       case Encoding::kUtf8:
         break;
     }
-    if (!IsWellFormedUtf8(bytes))
+    if (!tmw::IsWellFormedUtf8(bytes))
       tmw::RaiseProgramError(Say(texts::kNotUtf8, {tmw::Quoted(name_)}));
     return bytes;
   }
@@ -162,7 +138,7 @@ void Utf8Judge::Add(std::string_view bytes) {
   const std::size_t length = WholeCharacters(whole);
   rest_ = whole.substr(length);
   whole.resize(length);
-  is_well_formed_ = IsWellFormedUtf8(whole);
+  is_well_formed_ = tmw::IsWellFormedUtf8(whole);
 }
 
 TextSource ReadTextFile(const std::string& path, std::optional<Encoding> encoding) {

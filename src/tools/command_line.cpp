@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cxxopts.hpp>
 
+#include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "tools/fill.h"
 #include "tools/tools_texts.h"
@@ -16,26 +17,19 @@ constexpr std::size_t kOptionIndent = 6;
 constexpr std::size_t kHelpIndent = 40;
 constexpr std::size_t kWidth = 100;
 
-// In characters of UTF-8 text.
-std::size_t WidthOf(const std::string& text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-  }));
-}
-
 // The usage on the left, what it does on the right, in as many lines as it needs.
 std::string TwoColumns(std::size_t indent, const std::string& usage, const std::string& help) {
   std::string lines;
   std::string line = std::string(indent, ' ') + usage;
-  std::size_t column = std::max(kHelpIndent, WidthOf(line) + 1);
+  std::size_t column = std::max(kHelpIndent, tmw::CountCharacters(line) + 1);
   for (const std::string& word : tmw::Split(help, " ")) {
-    if (column + WidthOf(word) > kWidth) {
+    if (column + tmw::CountCharacters(word) > kWidth) {
       lines += line + "\n";
       line.clear();
       column = kHelpIndent;
     }
-    line.append(column - WidthOf(line), ' ') += word;
-    column = WidthOf(line) + 1;
+    line.append(column - tmw::CountCharacters(line), ' ') += word;
+    column = tmw::CountCharacters(line) + 1;
   }
   return lines + line + "\n";
 }

@@ -161,7 +161,7 @@ std::string FormatText(std::string_view value, std::string_view pattern) {
       i = c == '"' ? end : end - 1;
     } else if (c != '<' && c != '>' && c != '!') {
       std::size_t end = i + 1;
-      while (end < section.size() && (static_cast<unsigned char>(section[end]) & 0xC0U) == 0x80)
+      while (end < section.size() && tmw::ContinuesCharacter(section[end]))
         ++end;
       result += tmw::Utf8ToUtf16(section.substr(i, end - i));
       i = end - 1;

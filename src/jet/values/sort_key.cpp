@@ -240,7 +240,7 @@ std::size_t CommonBeginning(std::string_view a, std::string_view b) {
   while (common < most && a[common] == b[common])
     ++common;
   const auto is_inside = [common](std::string_view text) {
-    return common < text.size() && (static_cast<unsigned char>(text[common]) & 0xC0U) == 0x80;
+    return common < text.size() && tmw::ContinuesCharacter(text[common]);
   };
   while (common > 0 && (a[common - 1] == ' ' || is_inside(a) || is_inside(b)))
     --common;

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "foundation/encodings.h"
 #include "foundation/unique_handle.h"
 
 namespace platform {
@@ -41,10 +42,6 @@ std::string EncodingOfLocaleName() {
     return name.substr(dot + 1, name.find('@', dot) - dot - 1);
   }
   return {};
-}
-
-bool IsContinuation(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
 // The system's widths of characters for the time of a scope, whatever the program's locale is.
@@ -83,7 +80,7 @@ std::vector<Character> CharactersOf(std::string_view text) {
   std::vector<Character> characters;
   for (std::size_t i = 0; i < text.size();) {
     std::size_t end = i + 1;
-    while (end < text.size() && IsContinuation(text[end]))
+    while (end < text.size() && tmw::ContinuesCharacter(text[end]))
       ++end;
     const std::string_view bytes = text.substr(i, end - i);
     const bool is_ascii = bytes.size() == 1 && static_cast<unsigned char>(bytes[0]) < 0x80;
@@ -130,7 +127,7 @@ std::string ConvertText(std::string_view text, const std::string& from, const st
     do {
       ++in;
       --in_left;
-    } while (from == "UTF-8" && in_left > 0 && IsContinuation(*in));
+    } while (from == "UTF-8" && in_left > 0 && tmw::ContinuesCharacter(*in));
   }
   return result;
 }
