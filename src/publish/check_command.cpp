@@ -1,0 +1,56 @@
+#include <utility>
+
+#include "publish/answer.h"
+#include "publish/checker.h"
+#include "publish/command_runs.h"
+#include "publish/digest.h"
+#include "publish/publish_texts.h"
+#include "publish/signer.h"
+#include "tools/fill.h"
+#include "tools/progress.h"
+
+namespace publish {
+
+using tools::Arguments;
+using tools::Fill;
+using tools::Json;
+
+int RunCheck(const Arguments& arguments) {
+  CheckOptions options;
+  options.oldest_database = arguments.Value("--from").value_or("");
+  if (!options.oldest_database.empty() && !IsVersion(options.oldest_database, 3))
+    throw tools::UsageError(texts::kFromNeedsVersion);
+  if (const auto key = arguments.Value("--key")) options.key = ReadPublicKey(*key);
+  Faults faults;
+  CheckedRelease release;
+  {
+    tools::Progress progress;
+    release = CheckRelease(arguments.Words().front(), options, progress, faults);
+  }
+  Json answer = {{"version", release.version},
+                 {"files", release.files},
+                 {"tables", release.tables},
+                 {"volume", release.volume}};
+  Json warnings = Json::array();
+  std::string words;
+  for (const Fault& warning : release.warnings.All()) {
+    warnings.push_back({{"place", warning.place}, {"text", warning.text}});
+    words += Fill(texts::kWarning, {warning.place, warning.text});
+  }
+  answer["warnings"] = std::move(warnings);
+  if (release.signed_part) {
+    const std::string key_id = signature::KeyIdText(options.key->id);
+    AddTo(answer, *release.signed_part, key_id);
+    answer["trusted_comment"] = release.trusted_comment;
+    words +=
+        WordsOf(*release.signed_part, key_id) + Fill(texts::kComment, {release.trusted_comment});
+  }
+  if (faults.IsEmpty()) {
+    words +=
+        Fill(texts::kInOrder, {release.version, std::to_string(release.files),
+                               std::to_string(release.tables), std::to_string(release.volume)});
+  }
+  return Answer(arguments, answer, faults, words);
+}
+
+}  // namespace publish

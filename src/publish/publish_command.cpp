@@ -1,0 +1,55 @@
+#include "publish/answer.h"
+#include "publish/command_runs.h"
+#include "publish/publish_texts.h"
+#include "publish/publisher.h"
+#include "publish/signing_arguments.h"
+#include "tools/fill.h"
+#include "tools/progress.h"
+
+namespace publish {
+
+using tools::Arguments;
+using tools::Fill;
+using tools::Json;
+
+int RunPublish(const Arguments& arguments) {
+  PublishOptions options;
+  options.is_announced = !arguments.Has("--no-announce");
+  if (!options.is_announced && arguments.Has("--sign"))
+    throw tools::UsageError(texts::kSignsWhatIsAnnounced);
+  const auto signer = MakeSigner(arguments);
+  options.signer = signer.get();
+  options.may_replace = arguments.Has("--replace");
+  options.product = arguments.NeededValue("--product");
+  options.database = arguments.NeededValue("--database");
+  options.scripts = arguments.NeededValue("--scripts");
+  options.output = arguments.NeededValue("--output");
+  options.description = arguments.Words().front();
+  Faults faults;
+  PublishedRelease made;
+  {
+    tools::Progress progress;
+    made = Publish(options, progress, faults);
+  }
+  if (!faults.IsEmpty()) return Answer(arguments, Json::object(), faults, texts::kNothingPublished);
+  Json answer = {{"version", made.version},
+                 {"folder", made.folder},
+                 {"files", made.files},
+                 {"dictionaries", made.dictionaries},
+                 {"user_tables", made.user_tables},
+                 {"scripts", made.scripts},
+                 {"volume", made.volume}};
+  std::string words =
+      Fill(texts::kPublished, {made.folder, std::to_string(made.files),
+                               std::to_string(made.dictionaries), std::to_string(made.user_tables),
+                               std::to_string(made.scripts), std::to_string(made.volume)});
+  if (made.announcement.signed_part) {
+    AddTo(answer, *made.announcement.signed_part, made.announcement.key_id);
+    words += WordsOf(*made.announcement.signed_part, made.announcement.key_id);
+  } else if (!options.is_announced) {
+    words += Fill(texts::kNotAnnounced, {made.version, options.output});
+  }
+  return Answer(arguments, answer, faults, words);
+}
+
+}  // namespace publish
