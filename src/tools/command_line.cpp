@@ -38,6 +38,23 @@ std::string WithValue(const std::string& name, const std::string& value) {
   return value.empty() ? name : name + " " + value;
 }
 
+const Option* Find(const Usage& usage, const std::string& name) {
+  const auto found = std::find_if(usage.options.begin(), usage.options.end(),
+                                  [&](const Option& option) { return option.name == name; });
+  return found == usage.options.end() ? nullptr : &*found;
+}
+
+// A misspelt option is often why something else is missing, so it is what the user has to hear of.
+void RequireKnown(const Usage& usage, const std::vector<std::string>& given) {
+  for (std::size_t i = 0; i < given.size(); ++i) {
+    if (given[i].size() < 2 || !given[i].starts_with('-')) continue;
+    const std::size_t end = given[i].find('=');
+    const Option* const option = Find(usage, given[i].substr(0, end));
+    if (option == nullptr) throw UsageError(Fill(texts::kUnknownOption, {given[i]}));
+    if (end == std::string::npos && !option->value.empty()) ++i;  // its value
+  }
+}
+
 cxxopts::ParseResult Parse(const Usage& usage, const std::vector<std::string>& given) {
   cxxopts::Options parser(usage.name);
   parser.allow_unrecognised_options();
@@ -73,17 +90,13 @@ std::string Arguments::NeededValue(const std::string& option) const {
 
 Arguments ParseArguments(const Usage& usage, const std::vector<std::string>& given) {
   const auto words_only = std::find(given.begin(), given.end(), "--");
+  RequireKnown(usage, {given.begin(), words_only});
   const cxxopts::ParseResult result = Parse(usage, {given.begin(), words_only});
   std::vector<std::string> words = result.unmatched();
-  for (const std::string& word : words) {
-    if (word.size() > 1 && word.starts_with('-'))
-      throw UsageError(Fill(texts::kUnknownOption, {word}));
-  }
   std::vector<std::pair<std::string, std::string>> options;
   for (const cxxopts::KeyValue& read : result.arguments()) {
     const std::string name = "--" + read.key();
-    const auto declared = std::find_if(usage.options.begin(), usage.options.end(),
-                                       [&](const Option& option) { return option.name == name; });
+    const Option* const declared = Find(usage, name);
     if (declared->value.empty() && !read.value().empty())
       throw UsageError(Fill(texts::kOptionTakesNoValue, {name}));
     options.emplace_back(name, read.value());

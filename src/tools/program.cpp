@@ -44,6 +44,8 @@ std::string HelpFor(const Program& program, const std::string& name) {
 int RunCommand(const Program& program, const Words& arguments) {
   if (arguments.empty()) throw UsageError(texts::kNoCommand);
   const Command* const found = FindCommand(program, arguments[0]);
+  if (found == nullptr && arguments[0].starts_with('-'))
+    throw UsageError(Fill(texts::kUnknownOption, {arguments[0]}));
   if (found == nullptr) throw UsageError(Fill(texts::kUnknownCommand, {arguments[0]}));
   Usage usage = found->usage;
   if (program.has_json) usage.options.push_back(kJson);
@@ -79,8 +81,9 @@ int RunProgram(const Program& program, const Words& arguments) {
     return kWrongUsage;
   } catch (...) {
     const tmw::ProgramError error = tmw::CurrentError();
-    complain(Fill(texts::kNumberedError, {std::to_string(error.Number),
-                                          tmw::TrimCharacters(error.Description, tmw::kCrLf)}));
+    const std::string text = tmw::TrimCharacters(error.Description, tmw::kCrLf);
+    const bool is_own = error.Number == tmw::kProgramErrorNumber;
+    complain(is_own ? text : Fill(texts::kNumberedError, {std::to_string(error.Number), text}));
     return program.failed;
   }
 }

@@ -17,7 +17,9 @@ int Print(const tools::Arguments& arguments) {
 }
 
 int Fail(const tools::Arguments& arguments) {
-  throw tmw::ProgramError(5, arguments.NeededValue("--why") + "\r\n");
+  const bool is_own = arguments.Has("--json");
+  throw tmw::ProgramError(is_own ? tmw::kProgramErrorNumber : 5,
+                          arguments.NeededValue("--why") + "\r\n");
 }
 
 const tools::Usage kPrint = {
@@ -58,10 +60,11 @@ TEST(Tools, ACommandGetsItsOptionsAndWordsOrTheUserAComplaint) {
       {{"print", "--name=", "-"}, "7 0||<->"},
       {{"print", "--", "--flag", "Имя файла"}, "7 0|-|<--flag><Имя файла>"},
       {{}, Wrong("no command")},
-      {{"--flag"}, Wrong("unknown command --flag")},
+      {{"--flag"}, Wrong("unknown option --flag")},
       {{"print"}, Wrong("too few arguments")},
       {{"print", "a", "b", "c"}, Wrong("too many arguments")},
       {{"print", "--names", "a"}, Wrong("unknown option --names")},
+      {{"print", "--names", "a", "--name"}, Wrong("unknown option --names")},
       {{"print", "a", "--имя"}, Wrong("unknown option --имя")},
       {{"print", "-f", "a", "b", "c"}, Wrong("unknown option -f")},
       {{"print", "--flag=yes", "a"}, Wrong("--flag takes no value")},
@@ -70,7 +73,7 @@ TEST(Tools, ACommandGetsItsOptionsAndWordsOrTheUserAComplaint) {
       {{"fail"}, Wrong("--why is missing")},
       {{"fail", "--why", "\"a\xFF"}, "3 tool: error 5: \"a\xFF\n"},
       {{"fail", "--json", "--why", "\"a\xFF"},
-       "3 {\"error\":\"error 5: \\\"a\xEF\xBF\xBD\"}\ntool: error 5: \"a\xFF\n"},
+       "3 {\"error\":\"\\\"a\xEF\xBF\xBD\"}\ntool: \"a\xFF\n"},
   };
   for (const auto& c : cases)
     EXPECT_EQ(ResultOf(c.arguments), c.result) << testing::PrintToString(c.arguments);
