@@ -14,8 +14,8 @@ namespace publish {
 inline constexpr int kFaultsFound = 1;
 inline constexpr int kFailed = 3;
 
-// Prints the answer with the faults as JSON, or the faults and the words. Returns the exit code,
-// which depends on whether there are faults.
+// Prints the answer with all faults and warnings as JSON, or faults and warnings, grouped by cause,
+// and the words. Returns the exit code, which depends on whether there are faults.
 int Answer(const tools::Arguments& arguments, tools::Json answer, const Faults& faults,
            const std::string& words);
 

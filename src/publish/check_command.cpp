@@ -1,5 +1,3 @@
-#include <utility>
-
 #include "publish/answer.h"
 #include "publish/checker.h"
 #include "publish/command_runs.h"
@@ -31,13 +29,7 @@ int RunCheck(const Arguments& arguments) {
                  {"files", release.files},
                  {"tables", release.tables},
                  {"volume", release.volume}};
-  Json warnings = Json::array();
   std::string words;
-  for (const Fault& warning : release.warnings.All()) {
-    warnings.push_back({{"place", warning.place}, {"text", warning.text}});
-    words += Fill(texts::kWarning, {warning.place, warning.text});
-  }
-  answer["warnings"] = std::move(warnings);
   if (release.signed_part) {
     const std::string key_id = signature::KeyIdText(options.key->id);
     AddTo(answer, *release.signed_part, key_id);

@@ -55,7 +55,7 @@ class Checker {
         std::string(tmw::names::kProductCode) + std::string(tmw::names::kManifestFile);
     std::string reason;
     if (!tmw::UnrarOneFile(fetched->Path(), entry, scratch_, "", reason)) {
-      faults.Add(package, reason);
+      faults.Add(package, texts::kReason, {reason});
       return false;
     }
     return publish::ReadManifest(tmw::JoinPath(scratch_, entry), manifest, faults);
@@ -120,7 +120,7 @@ class Checker {
     std::string reason;
     if (tmw::UnrarAllFiles(fetched->Path(), scratch, "", reason, tmw::MaxUnpacked(package.length)))
       return true;
-    faults.Add(package.server_name, reason);
+    faults.Add(package.server_name, texts::kReason, {reason});
     return false;
   }
 
@@ -151,7 +151,7 @@ class Checker {
     std::string reason;
     if (tmw::UnrarOneFile(package.Path(), entry, scratch, "", reason, max_bytes))
       return tmw::JoinPath(scratch, entry);
-    faults.Add(place, reason);
+    faults.Add(place, texts::kReason, {reason});
     return std::nullopt;
   }
 
@@ -175,7 +175,7 @@ class ServerCheck {
     if (!bytes) return release;
     const Digest digest = ReadDigest(tmw::FileTextOf(*bytes), faults_);
     if (options.key) CheckTrust(source_, *bytes, digest, *options.key, release, faults_);
-    if (servers) WarnOfOpenServers(tmw::FileTextOf(*servers), digest, release.warnings);
+    if (servers) WarnOfOpenServers(tmw::FileTextOf(*servers), digest, faults_);
     release.version = digest.version;
     if (digest.version.empty()) return release;
     Checker checker(source_, ReleaseFolder(digest.version) + "/", scratch_);

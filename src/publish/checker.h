@@ -24,7 +24,6 @@ struct CheckedRelease {
   std::size_t files = 0;
   std::size_t tables = 0;
   std::int64_t volume = 0;                // bytes a first installation downloads
-  Faults warnings;                        // what works today
   std::optional<SignedPart> signed_part;  // with a key, if the signature is good
   std::string trusted_comment;            // likewise
 };

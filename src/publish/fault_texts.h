@@ -13,6 +13,7 @@ inline constexpr const char* kInServers = "servers";
 inline constexpr const char* kInUpdater = "updater";
 
 // Any file and any name.
+inline constexpr const char* kReason = "%1";
 inline constexpr const char* kUnreadable = "Cannot be read:\n%1";
 inline constexpr const char* kWrongRoot = "Its root element is not %1.";
 inline constexpr const char* kRefused = "The updater refuses it: %1";

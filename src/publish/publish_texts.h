@@ -9,7 +9,8 @@ inline constexpr const char* kHelpHead =
     "tmpublish - makes releases for the update server and checks them";
 inline constexpr const char* kHelpTail =
     R"(Exit codes: 0 done, 1 faults found (they are listed; nothing is published), 2 wrong usage,
-3 failed or stopped (the reason is on standard error). docs/publishing.md describes DESCRIPTION.
+3 failed or stopped (the reason is on standard error). Faults of one cause share a line; --json
+lists them all. docs/publishing.md describes DESCRIPTION and what is refused.
 )";
 
 // Options of every command that signs.
@@ -92,6 +93,10 @@ inline constexpr const char* kSignsWhatIsAnnounced =
 inline constexpr const char* kTwoPasswords = "--no-password and --password-file exclude each other";
 inline constexpr const char* kFromNeedsVersion = "--from needs a version of three numbers";
 
+inline constexpr const char* kFault = "%1: %2\n";
+inline constexpr const char* kFilesOfCause = "%1 files, for example %2";
+inline constexpr const char* kTablesOfCause = "%1 tables, for example %2";
+inline constexpr const char* kLinesOfCause = "%1 lines, for example %2";
 inline constexpr const char* kFaultCount = "faults: %1\n";
 inline constexpr const char* kNothingPublished = "nothing has been published\n";
 inline constexpr const char* kNothingAnnouncedNow = "nothing has been announced\n";

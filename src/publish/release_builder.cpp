@@ -40,7 +40,7 @@ bool CheckReadable(const std::string& file, const std::string& place, Faults& fa
     OpenToRead(file);
     return true;
   } catch (const tmw::ProgramError& error) {
-    faults.Add(place, tmw::TrimCharacters(error.Description, tmw::kCrLf));
+    faults.Add(place, texts::kReason, {tmw::TrimCharacters(error.Description, tmw::kCrLf)});
     return false;
   }
 }

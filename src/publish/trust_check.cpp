@@ -44,8 +44,7 @@ bool IsGood(const signature::Verification& result, const std::string& place, Fau
   return false;
 }
 
-void CheckSignedPart(const Digest& digest, const std::string& place, Faults& warnings,
-                     Faults& faults) {
+void CheckSignedPart(const Digest& digest, const std::string& place, Faults& faults) {
   if (!digest.signed_part || !digest.manifest) {
     faults.Add(place, texts::kSignedLinesMissing);
     return;
@@ -57,7 +56,7 @@ void CheckSignedPart(const Digest& digest, const std::string& place, Faults& war
   if (Today() > part.last_day) {
     faults.Add(place, texts::kExpired, {last_day});
   } else if (Today() + kSoon >= part.last_day) {
-    warnings.Add(place, texts::kExpiresSoon, {last_day});
+    faults.Warn(place, texts::kExpiresSoon, {last_day});
   }
 }
 
@@ -75,15 +74,14 @@ void CheckTrust(ReleaseSource& source, const std::string& bytes, const Digest& d
   }
   const signature::Verification result = signature::Verify(bytes, *signature, {key});
   if (!IsGood(result, place, faults)) return;
-  CheckSignedPart(digest, place, release.warnings, faults);
+  CheckSignedPart(digest, place, faults);
   release.signed_part = digest.signed_part;
   release.trusted_comment = result.trusted_comment;
   const std::string copy = place + std::string(tmw::names::kSignatureEnding);
-  if (FetchBytes(source, copy, reason) != signature)
-    release.warnings.Add(copy, texts::kCopyDiffers);
+  if (FetchBytes(source, copy, reason) != signature) faults.Warn(copy, texts::kCopyDiffers);
 }
 
-void WarnOfOpenServers(const std::string& server_list, const Digest& digest, Faults& warnings) {
+void WarnOfOpenServers(const std::string& server_list, const Digest& digest, Faults& faults) {
   if (digest.manifest) return;
   std::size_t servers = 0;
   std::size_t open = 0;
@@ -94,8 +92,8 @@ void WarnOfOpenServers(const std::string& server_list, const Digest& digest, Fau
     if (!server.starts_with("https://")) ++open;
   }
   if (open == 0) return;
-  warnings.Add(std::string(tmw::names::kServerListFile), texts::kOpenServers,
-               {std::to_string(open), std::to_string(servers)});
+  faults.Warn(std::string(tmw::names::kServerListFile), texts::kOpenServers,
+              {std::to_string(open), std::to_string(servers)});
 }
 
 }  // namespace publish

@@ -15,6 +15,6 @@ void CheckTrust(ReleaseSource& source, const std::string& bytes, const Digest& d
                 const signature::PublicKey& key, CheckedRelease& release, Faults& faults);
 
 // Warns of servers whose answers anybody on the way can replace, if nothing binds them.
-void WarnOfOpenServers(const std::string& server_list, const Digest& digest, Faults& warnings);
+void WarnOfOpenServers(const std::string& server_list, const Digest& digest, Faults& faults);
 
 }  // namespace publish

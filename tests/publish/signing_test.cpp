@@ -44,14 +44,14 @@ class Signing : public testing::Test {
     options.key = publish::ReadPublicKey(key.empty() ? key_file_ + ".pub" : key);
     const auto release = publish::CheckRelease(sandbox_.Path("server"), options, progress, faults);
     comment_ = release.trusted_comment;
-    return Lines(faults, release.warnings);
+    return Lines(faults);
   }
 
-  static Log Lines(const publish::Faults& faults, const publish::Faults& warnings = {}) {
+  static Log Lines(const publish::Faults& faults) {
     Log lines;
     for (const publish::Fault& fault : faults.All())
       lines.push_back(fault.place + ": " + fault.text);
-    for (const publish::Fault& warning : warnings.All())
+    for (const publish::Fault& warning : faults.Warnings())
       lines.push_back("warning " + warning.place + ": " + warning.text);
     return lines;
   }
