@@ -4,6 +4,7 @@
 #include "foundation/contract_names.h"
 #include "foundation/encodings.h"
 #include "foundation/file_utils.h"
+#include "foundation/protected_names.h"
 #include "services/product_settings.h"
 
 namespace tmw {
@@ -45,13 +46,10 @@ std::string NewUserDatabasePath() {
 }
 
 bool IsUserDatabaseFile(const std::string& folder, const std::string& name) {
-  const SplitName database = UserDatabase();
-  const std::string key = LowerCase(name);
-  const bool is_backup = key.starts_with(LowerCase(database.Name + "_")) &&
-                         key.find(names::kBackupEnding) != std::string::npos;
-  if (!is_backup && !key.starts_with(LowerCase(database.FileName()))) return false;
+  if (!IsUserDatabaseName(name)) return false;
   const std::string place = Key(folder);
-  return place == Key(database.Folder) || place == Key(SplitFileName(UserDatabasePlace()).Folder);
+  return place == Key(UserDatabase().Folder) ||
+         place == Key(SplitFileName(UserDatabasePlace()).Folder);
 }
 
 std::string BackupPath(std::int32_t build_number, int number) {

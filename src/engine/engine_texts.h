@@ -236,6 +236,12 @@ inline std::string UserFileNamed(const std::string& name) {
          "не заменяет.";
 }
 
+inline std::string UpdatersNoteNamed(const std::string& name) {
+  return "В списке файлов встречается " + Quoted(name) +
+         ". В этом файле программа обновления хранит собственные записи; из обновления он не "
+         "берётся.";
+}
+
 inline std::string FileTwice(const std::string& name) {
   return "В списке файлов дважды и с разным содержимым встречается файл " + Quoted(name) + ".";
 }

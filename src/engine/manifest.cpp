@@ -13,6 +13,7 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
+#include "foundation/protected_names.h"
 #include "foundation/xml_helpers.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
@@ -51,6 +52,8 @@ WuFileNode ParseFileNode(const XmlNode& node, const std::string& folder) try {
   RequireRelativeName(file.SrvName);
   if (IsUserDatabaseFile(folder, file.OrigName))
     RaiseProgramError(engine_texts::UserFileNamed(file.OrigName));
+  if (IsUpdatersNote(file.OrigName))
+    RaiseProgramError(engine_texts::UpdatersNoteNamed(file.OrigName));
   return file;
 } catch (...) {
   ReRaiseError(kRunModule, "ParseFileNode");
@@ -66,10 +69,10 @@ WuTableNode ParseTableNode(const XmlNode& node, bool is_user, TableKeys& keys) t
     table.Hash = XmlGetStringAttribute(node, "Hash");
   }
   RequireFileName(table.TableName);
-  const std::string key = LowerCase(table.TableName);
-  if (key == names::kVersionTable || key.starts_with(names::kSystemTablePrefix))
+  if (IsReservedTable(table.TableName))
     RaiseProgramError(engine_texts::VersionTableNamed(table.TableName));
-  if (!keys.insert(key).second) RaiseProgramError(engine_texts::TableTwice(table.TableName));
+  if (!keys.insert(LowerCase(table.TableName)).second)
+    RaiseProgramError(engine_texts::TableTwice(table.TableName));
   return table;
 } catch (...) {
   ReRaiseError(kRunModule, "ParseTableNode");

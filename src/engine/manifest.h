@@ -17,7 +17,8 @@ namespace tmw {
 // Reads the manifest of that version of the product; tables come dictionaries first. Returns false
 // with the reason if the file is not well-formed or describes another product or version. All other
 // faults are raised: attributes that are missing or not a number, names that the path guard
-// refuses, files of the user database, one name for two tables or for two contents. If may_go_on
+// refuses, files of the user database, the
+// updater's own notes, one name for two tables or for two contents. If may_go_on
 // (may be empty) returns false, which it is asked now and then, the file counts as not readable.
 [[nodiscard]] bool TryParseManifest(const std::string& file, const std::string& product_code,
                                     const std::string& version, Manifest& manifest,

@@ -101,7 +101,7 @@ inline constexpr const char* kNegative = "A negative number of bytes.";
 inline constexpr const char* kNotOneElement = "%1 elements %2 instead of one.";
 inline constexpr const char* kIsComUnclear = "IsCom is neither yes nor no.";
 inline constexpr const char* kUsersOwn =
-    "It has the name of the user's own database, which the updater never replaces.";
+    "It has the name of the user's own database or of a backup, which the updater never replaces.";
 inline constexpr const char* kUpdatersNotes =
     "It has the name of a file in which the updater keeps what it must remember.";
 inline constexpr const char* kUnknownConstant = "Its folder has an unknown constant: %1.";
@@ -111,7 +111,7 @@ inline constexpr const char* kTwoContents =
     "The updater keeps one content for a file's name, and %1 has another file of this name.";
 inline constexpr const char* kTableTwice = "The table comes twice.";
 inline constexpr const char* kVersionTable =
-    "The table tells a database's version and is never carried.";
+    "The table tells a database's version or belongs to the database engine, and is never carried.";
 inline constexpr const char* kFileOfTable = "A program file has the name of the table's file.";
 inline constexpr const char* kTooMuch =
     "All together is more than the 2147483647 bytes that the updater counts.";

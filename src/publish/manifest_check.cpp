@@ -6,6 +6,7 @@
 #include "foundation/contract_names.h"
 #include "foundation/encodings.h"
 #include "foundation/path_guard.h"
+#include "foundation/protected_names.h"
 #include "foundation/text.h"
 #include "publish/fault_texts.h"
 #include "publish/manifest.h"
@@ -39,12 +40,8 @@ std::optional<std::string> Expand(const std::string& folder) {
 
 void CheckNames(const FileRecord& file, const std::string& place, Faults& faults) {
   faults.Require(tmw::CheckFileName(file.name), place);
-  if (tmw::LowerCase(file.name).starts_with(tmw::LowerCase(std::string(tmw::names::kUserDatabase))))
-    faults.Add(place, texts::kUsersOwn);
-  for (const std::string_view own :
-       {tmw::names::kSerialFile, tmw::names::kRootMark, tmw::names::kLockFile}) {
-    if (tmw::EqualIgnoringCase(file.name, own)) faults.Add(place, texts::kUpdatersNotes);
-  }
+  if (tmw::IsUserDatabaseName(file.name)) faults.Add(place, texts::kUsersOwn);
+  if (tmw::IsUpdatersNote(file.name)) faults.Add(place, texts::kUpdatersNotes);
   faults.Require(tmw::CheckRelativeName(file.server_name), place);
   const std::optional<std::string> folder = Expand(file.folder);
   if (!folder) {
@@ -101,8 +98,7 @@ void CheckManifest(const Manifest& manifest, Faults& faults) {
     const std::string& name = table.name;
     faults.Require(tmw::CheckFileName(name), name);
     if (!tables.insert(tmw::LowerCase(name)).second) faults.Add(name, texts::kTableTwice);
-    if (tmw::EqualIgnoringCase(name, tmw::names::kVersionTable))
-      faults.Add(name, texts::kVersionTable);
+    if (tmw::IsReservedTable(name)) faults.Add(name, texts::kVersionTable);
     if (files.contains(tmw::LowerCase(name + std::string(tmw::names::kTableEnding))))
       faults.Add(name, texts::kFileOfTable);
   }

@@ -113,6 +113,8 @@ TEST_F(ManifestTest, FaultsAreNamed) {
        "raised В списке файлов дважды и с разным содержимым встречается файл \"A.dll\"."},
       {"OrigName=\"b\"", "OrigName=\"DICT1.table\"",
        "raised В списке файлов дважды и с разным содержимым встречается файл \"Dict1.table\"."},
+      {"OrigName=\"b\"", "OrigName=\"tmwebupdate.Serial\"",
+       "raised В списке файлов встречается \"tmwebupdate.Serial\". В этом файле программа"},
       {"Dict1", "DBVersion", "raised В списке файлов встречается служебная таблица \"DBVersion\"."},
       {"User1", "MSysX", "raised В списке файлов встречается служебная таблица \"MSysX\"."},
       {"{p}Bin\\Sub/\"><File OrigName=\"a.dll", "{p}db\"><File OrigName=\"Tamrin.mdb",
