@@ -1,5 +1,6 @@
 #include "database/table_lookup.h"
 
+#include <algorithm>
 #include <variant>
 
 #include "foundation/encodings.h"
@@ -40,6 +41,10 @@ std::vector<std::string> OrdinaryTables(ports::Database& database) {
   return TablesWithout(ports::kSystemTable, database);
 }
 
+std::vector<std::string> UserTables(ports::Database& database) {
+  return TablesWithout(ports::kSystemTable | ports::kLinkedTable, database);
+}
+
 std::int64_t CountRows(ports::Database& database, const std::string& table) {
   const auto counted = database.OpenRecordset("select count(*) from [" + table + "]",
                                               ports::RecordsetType::kDynaset);
@@ -47,11 +52,24 @@ std::int64_t CountRows(ports::Database& database, const std::string& table) {
 }
 
 TableRows CountAllRows(ports::Database& database) {
-  constexpr std::uint32_t kNotCounted = ports::kSystemTable | ports::kLinkedTable;
   TableRows rows;
-  for (const std::string& table : TablesWithout(kNotCounted, database))
+  for (const std::string& table : UserTables(database))
     rows.emplace(table, CountRows(database, table));
   return rows;
+}
+
+std::vector<ports::RelationDefinition> UserRelations(ports::Database& database) {
+  const std::vector<std::string> tables = UserTables(database);
+  const auto is_ours = [&tables](const std::string& name) {
+    return std::any_of(tables.begin(), tables.end(), [&name](const std::string& table) {
+      return EqualIgnoringCase(table, name);
+    });
+  };
+  std::vector<ports::RelationDefinition> relations = database.Relations();
+  std::erase_if(relations, [&is_ours](const ports::RelationDefinition& relation) {
+    return !is_ours(relation.table) || !is_ours(relation.foreign_table);
+  });
+  return relations;
 }
 
 }  // namespace tmw

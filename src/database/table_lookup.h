@@ -18,6 +18,10 @@ bool TableExists(const std::string& name, ports::Database& database);
 // The names of all tables but system and hidden ones.
 std::vector<std::string> OrdinaryTables(ports::Database& database);
 
+// Those among them that are not linked to another database, and the relations between such tables.
+std::vector<std::string> UserTables(ports::Database& database);
+std::vector<ports::RelationDefinition> UserRelations(ports::Database& database);
+
 // The number of a table's rows, counted by the engine.
 std::int64_t CountRows(ports::Database& database, const std::string& table);
 

@@ -1,6 +1,5 @@
 #include "jetsql/database_access.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "foundation/api_errors.h"
@@ -36,29 +35,6 @@ std::unique_ptr<ports::Database> OpenToRead(const std::string& path) {
 
 std::unique_ptr<ports::Database> OpenToChange(const std::string& path) {
   return Engine().OpenDatabase(path, true, false);
-}
-
-std::vector<std::string> UserTables(ports::Database& database) {
-  std::vector<std::string> names;
-  for (const ports::TableSummary& table : database.Tables()) {
-    if ((table.attributes & (ports::kSystemTable | ports::kLinkedTable)) == 0)
-      names.push_back(table.name);
-  }
-  return names;
-}
-
-std::vector<ports::RelationDefinition> UserRelations(ports::Database& database) {
-  const std::vector<std::string> tables = UserTables(database);
-  const auto is_ours = [&tables](const std::string& name) {
-    return std::any_of(tables.begin(), tables.end(), [&name](const std::string& table) {
-      return tmw::EqualIgnoringCase(table, name);
-    });
-  };
-  std::vector<ports::RelationDefinition> relations = database.Relations();
-  std::erase_if(relations, [&is_ours](const ports::RelationDefinition& relation) {
-    return !is_ours(relation.table) || !is_ours(relation.foreign_table);
-  });
-  return relations;
 }
 
 SharedFile OpenShared(const std::string& path) {

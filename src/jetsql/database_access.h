@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "jet/file/database_reader.h"
 #include "ports/database.h"
@@ -20,12 +19,6 @@ void SelectEngine(const tools::Arguments& arguments);
 // For reading, beside others who read; for changing, alone.
 std::unique_ptr<ports::Database> OpenToRead(const std::string& path);
 std::unique_ptr<ports::Database> OpenToChange(const std::string& path);
-
-// The tables of a user: none of the system's, none that is linked to another database.
-std::vector<std::string> UserTables(ports::Database& database);
-
-// Relations between such tables.
-std::vector<ports::RelationDefinition> UserRelations(ports::Database& database);
 
 // The file itself, held against programs that change it, without the database engine.
 struct SharedFile {

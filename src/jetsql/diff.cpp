@@ -6,11 +6,12 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
+#include "database/structure_difference.h"
 #include "database/table_export.h"
+#include "database/table_lookup.h"
 #include "foundation/encodings.h"
 #include "foundation/text.h"
 #include "jetsql/database_access.h"
@@ -113,7 +114,7 @@ class Comparison {
     for (const auto& [lower, name] : right) {
       if (!left.contains(lower)) Add("+", Say(texts::kTableOfDiff, {name}));
     }
-    CompareSets(RelationsOf(a_), RelationsOf(b_), "");
+    Add(tmw::CompareRelations(a_, b_));
   }
 
   const std::vector<std::string>& Lines() const { return lines_; }
@@ -122,16 +123,9 @@ class Comparison {
  private:
   static std::map<std::string, std::string> TablesOf(ports::Database& database) {
     std::map<std::string, std::string> tables;
-    for (const std::string& name : UserTables(database))
+    for (const std::string& name : tmw::UserTables(database))
       tables.emplace(tmw::LowerCase(name), name);
     return tables;
-  }
-
-  static std::set<std::string> RelationsOf(ports::Database& database) {
-    std::set<std::string> relations;
-    for (const ports::RelationDefinition& relation : UserRelations(database))
-      relations.insert(RelationSql(relation));
-    return relations;
   }
 
   // What stands on one side only; every line is counted, the first ones are kept.
@@ -140,32 +134,19 @@ class Comparison {
     if (lines_.size() < most_shown_) lines_.push_back(std::string(side) + " " + what);
   }
 
-  void CompareSets(const std::set<std::string>& left, const std::set<std::string>& right,
-                   const std::string& prefix) {
-    for (const std::string& item : left) {
-      if (!right.contains(item)) Add("-", prefix + item);
+  void Add(const tmw::StructureDifferences& differences) {
+    for (const tmw::StructureDifference& difference : differences) {
+      std::string prefix = difference.table + ": ";
+      if (difference.part == tmw::StructurePart::kField) prefix += SqlName(difference.name) + " ";
+      if (difference.part == tmw::StructurePart::kRelation) prefix.clear();
+      if (!difference.left.empty()) Add("-", prefix + difference.left);
+      if (!difference.right.empty()) Add("+", prefix + difference.right);
     }
-    for (const std::string& item : right) {
-      if (!left.contains(item)) Add("+", prefix + item);
-    }
-  }
-
-  static std::set<std::string> StructureOf(const ports::TableDefinition& table) {
-    std::set<std::string> lines;
-    std::size_t place = 0;
-    for (const ports::FieldDefinition& field : table.fields)
-      lines.insert(std::to_string(++place) + " " + SqlName(field.name) + " " + TypeSql(field) +
-                   (field.required ? " NOT NULL" : "") +
-                   (field.allow_zero_length ? " ALLOW ZERO LENGTH" : "") +
-                   (field.default_value.empty() ? "" : " DEFAULT " + field.default_value));
-    for (const std::string& index : IndexSql(table))
-      lines.insert(index);
-    return lines;
   }
 
   void CompareTables(const ports::TableDefinition& left, const ports::TableDefinition& right) {
     const std::uint64_t before = count_;
-    CompareSets(StructureOf(left), StructureOf(right), left.name + ": ");
+    Add(tmw::CompareTables(left, right));
     // Rows of different structures cannot be compared value by value.
     if (count_ != before) return;
     if (tmw::GetPrimaryIndex(left).empty()) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "database/table_lookup.h"
 #include "foundation/text.h"
 #include "jet/file/format.h"
 #include "jet/file/system_tables.h"
@@ -111,7 +112,7 @@ std::uint64_t AddRows(ports::Database& database, const std::string& table,
 std::vector<std::string> TablesFor(const tools::Arguments& arguments, ports::Database& database) {
   const auto& words = arguments.Words();
   if (words.size() > 1) return {words.begin() + 1, words.end()};
-  return UserTables(database);
+  return tmw::UserTables(database);
 }
 
 void AddSql(const tools::Arguments& arguments, bool has_rows, Output& output) {
@@ -137,7 +138,7 @@ void AddSql(const tools::Arguments& arguments, bool has_rows, Output& output) {
     progress.Advance();
   }
   if (is_whole) {
-    for (const ports::RelationDefinition& relation : UserRelations(*database))
+    for (const ports::RelationDefinition& relation : tmw::UserRelations(*database))
       text.Add(RelationSql(relation) + ";\n");
   }
   output.Finish();
@@ -178,10 +179,8 @@ std::string RelationLine(const ports::RelationDefinition& relation) {
 
 void AddReadable(const ports::TableDefinition& table, tmw::StringAccumulator& text) {
   text.Add(table.name + "\n");
-  for (const ports::FieldDefinition& field : table.fields) {
-    text.Add("  " + field.name + "  " + TypeSql(field) + (field.required ? " NOT NULL" : "") +
-             (field.default_value.empty() ? "" : " DEFAULT " + field.default_value) + "\n");
-  }
+  for (const ports::FieldDefinition& field : table.fields)
+    text.Add("  " + field.name + "  " + tmw::FieldSql(field) + "\n");
   for (const ports::IndexDefinition& index : table.indexes) {
     std::vector<std::string> fields;
     for (const ports::IndexFieldDefinition& field : index.fields)
@@ -222,7 +221,7 @@ int Schema(const tools::Arguments& arguments) {
       indexes.push_back(IndexJson(index));
     tables.push_back({{"name", table.name}, {"fields", fields}, {"indexes", indexes}});
   }
-  for (const ports::RelationDefinition& relation : UserRelations(*database)) {
+  for (const ports::RelationDefinition& relation : tmw::UserRelations(*database)) {
     if (is_json) {
       relations.push_back(RelationLine(relation));
     } else if (arguments.Words().size() == 1) {

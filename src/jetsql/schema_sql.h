@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "database/structure_sql.h"
 #include "ports/database.h"
 
 // The structure of a database as statements that jetsql runs. What the database's own statements
@@ -10,6 +11,11 @@
 //   PROPERTY [table].[field].[property] TYPE 'DB string'
 //   RELATION [name] [foreign table] ([field], …) REFERENCES [table] ([field], …) ATTRIBUTES
 namespace jetsql {
+
+using tmw::IndexSql;
+using tmw::NamesSql;
+using tmw::RelationSql;
+using tmw::SqlName;
 
 // A property that a field has beside its definition.
 struct NamedProperty {
@@ -19,7 +25,7 @@ struct NamedProperty {
   ports::DatabaseValue value;
 };
 
-// "TEXT(20)", "COUNTER", "DECIMAL(18, 2)"; raises an error for a type that no table here can have.
+// TypeWord; raises an error for a type that no table here can have.
 std::string TypeSql(const ports::FieldDefinition& field);
 
 // The table without its indexes, then its properties; without ";". What its rows must keep to comes
@@ -27,13 +33,5 @@ std::string TypeSql(const ports::FieldDefinition& field);
 std::vector<std::string> TableSql(const ports::TableDefinition& table,
                                   const std::vector<NamedProperty>& properties, bool rows_follow);
 std::vector<std::string> ConstraintSql(const ports::TableDefinition& table, bool had_rows);
-
-// Its own indexes: relations bring theirs along.
-std::vector<std::string> IndexSql(const ports::TableDefinition& table);
-
-std::string RelationSql(const ports::RelationDefinition& relation);
-
-// "([a], [b])".
-std::string NamesSql(const std::vector<std::string>& names);
 
 }  // namespace jetsql

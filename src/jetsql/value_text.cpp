@@ -181,8 +181,4 @@ std::string SqlLiteral(const DatabaseValue& value) {
   return std::visit(LiteralVisitor{}, value);
 }
 
-std::string SqlName(const std::string& name) {
-  return "[" + name + "]";
-}
-
 }  // namespace jetsql

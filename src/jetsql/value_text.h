@@ -17,7 +17,4 @@ std::string JsonString(const std::string& text);
 // A literal that a statement of the database takes for the same value.
 std::string SqlLiteral(const ports::DatabaseValue& value);
 
-// "[name]".
-std::string SqlName(const std::string& name);
-
 }  // namespace jetsql
