@@ -38,9 +38,9 @@ const char* PlacesOf(const std::string& cause) {
   if (is_one_of({texts::kUnknownKind, texts::kNotImported, texts::kTableTwice, texts::kVersionTable,
                  texts::kFileOfTable}))
     return texts::kTablesOfCause;
-  const bool is_of_lines =
-      is_one_of({texts::kUnknownAttribute, texts::kUnknownElement, texts::kMissing, texts::kNoTruth,
-                 texts::kNoPackMethod, texts::kNoAddress});
+  const bool is_of_lines = is_one_of(
+      {texts::kUnknownAttribute, texts::kUnknownElement, texts::kMissing, texts::kNoTruth,
+       texts::kNoPackMethod, texts::kNoAddress, texts::kMatchesNoFile, texts::kMatchesNoTable});
   return is_of_lines ? texts::kLinesOfCause : texts::kFilesOfCause;
 }
 

@@ -14,7 +14,7 @@
 #include "foundation/xml_helpers.h"
 #include "publish/digest.h"
 #include "publish/fault_texts.h"
-#include "tools/fill.h"
+#include "publish/located_xml.h"
 
 namespace publish {
 namespace {
@@ -28,15 +28,17 @@ bool Has(Names names, std::string_view name) {
 
 class Reader {
  public:
-  Reader(Description& description, Faults& faults) : result_(description), faults_(faults) {}
+  Reader(const LocatedXml& xml, Description& description, Faults& faults)
+      : xml_(xml), result_(description), faults_(faults) {}
 
   void Read(const XmlNode& root) {
     ExpectAttributes(root, {"Product", "Version", "VersionID", "Date", "Archive"});
     ExpectElements(root, {"Updater", "Servers", "Files", "Database"});
     if (Needed(root, "Product") != tmw::names::kProductCode) {
-      Blame(root, "Product", tools::Fill(texts::kMustBe, {std::string(tmw::names::kProductCode)}));
+      Blame(root, "Product", texts::kMustBe, {std::string(tmw::names::kProductCode)});
     }
     result_.version = Needed(root, "Version");
+    result_.version_place = PlaceOf(root, "Version");
     if (!IsVersion(result_.version, 4)) Blame(root, "Version", texts::kMustBeNumbers[4]);
     result_.version_id = tmw::XmlGetStringAttributeDef(root, "VersionID", result_.version);
     if (!tmw::CheckFileName(result_.version_id).IsAccepted()) {
@@ -55,10 +57,16 @@ class Reader {
   }
 
  private:
-  void Blame(const XmlNode& node, std::string_view attribute, const std::string& what) {
-    std::string place = tmw::XmlGetNodePath(node);
+  // "release.xml:3: /Release/Updater/@MinVersion"
+  std::string PlaceOf(const XmlNode& node, std::string_view attribute) const {
+    std::string place = xml_.PlaceOf(node) + ": " + tmw::XmlGetNodePath(node);
     if (!attribute.empty()) place.append("/@").append(attribute);
-    faults_.Add(place, what);
+    return place;
+  }
+
+  void Blame(const XmlNode& node, std::string_view attribute, const char* text,
+             const std::vector<std::string>& values = {}) {
+    faults_.Add(PlaceOf(node, attribute), text, values);
   }
 
   // Otherwise a misspelt name would be ignored silently.
@@ -124,6 +132,7 @@ class Reader {
     ExpectAttributes(*updater, {"MinVersion"});
     ExpectElements(*updater, {"Component"});
     result_.needed_updater = Needed(*updater, "MinVersion");
+    result_.updater_place = PlaceOf(*updater, "MinVersion");
     if (!IsVersion(result_.needed_updater, 2))
       Blame(*updater, "MinVersion", texts::kMustBeNumbers[2]);
     for (const XmlNode* const component : tmw::XmlGetChildElements(*updater, "Component")) {
@@ -137,7 +146,7 @@ class Reader {
       ExpectElements(*servers, {"Server"});
       for (const XmlNode* const server : tmw::XmlGetChildElements(*servers, "Server")) {
         ExpectAttributes(*server, {"Url"});
-        result_.servers.push_back(Needed(*server, "Url"));
+        result_.servers.push_back({Needed(*server, "Url"), PlaceOf(*server, "Url")});
       }
     }
     if (result_.servers.empty()) Blame(root, "", texts::kNamesNoServer);
@@ -146,12 +155,14 @@ class Reader {
   void ReadFiles(const XmlNode& files) {
     ExpectElements(files, {"Folder", "File"});
     for (const XmlNode* const folder : tmw::XmlGetChildElements(files, "Folder")) {
-      ExpectAttributes(*folder, {"Source", "Target"});
+      ExpectAttributes(*folder, {"Source", "Target", "Optional"});
       FolderRule rule;
       rule.source = tmw::XmlGetStringAttributeDef(*folder, "Source", "");
       std::replace(rule.source.begin(), rule.source.end(), '\\', '/');
       rule.source = tmw::TrimCharacters(rule.source, "/");
       rule.target = Needed(*folder, "Target");
+      rule.place = PlaceOf(*folder, "Source");
+      rule.is_optional = Truth(*folder, "Optional").value_or(false);
       result_.folders.push_back(rule);
     }
     for (const XmlNode* const file : tmw::XmlGetChildElements(files, "File"))
@@ -159,10 +170,13 @@ class Reader {
   }
 
   void ReadFileRule(const XmlNode& file) {
-    ExpectAttributes(file, {"Mask", "Skip", "IsCom", "Executable", "PackType", "Package"});
+    ExpectAttributes(file,
+                     {"Mask", "Skip", "IsCom", "Executable", "PackType", "Package", "Optional"});
     FileRule rule;
     rule.mask = Needed(file, "Mask");
     std::replace(rule.mask.begin(), rule.mask.end(), '\\', '/');
+    rule.place = PlaceOf(file, "Mask");
+    rule.is_optional = Truth(file, "Optional").value_or(false);
     rule.is_skipped = Truth(file, "Skip").value_or(false);
     rule.is_com = Truth(file, "IsCom");
     rule.is_executable = Truth(file, "Executable");
@@ -184,14 +198,16 @@ class Reader {
       Blame(database, "From", texts::kMustBeNumbers[3]);
     for (const auto& child : database.children) {
       if (child->kind != tmw::XmlNodeKind::kElement) continue;
-      ExpectAttributes(*child, {"Mask"});
+      ExpectAttributes(*child, {"Mask", "Optional"});
       const TableKind kind = child->name == "Dict"   ? TableKind::kDictionary
                              : child->name == "User" ? TableKind::kUser
                                                      : TableKind::kSkipped;
-      result_.tables.push_back({kind, Needed(*child, "Mask")});
+      result_.tables.push_back({kind, Needed(*child, "Mask"), PlaceOf(*child, "Mask"),
+                                Truth(*child, "Optional").value_or(false)});
     }
   }
 
+  const LocatedXml& xml_;
   Description& result_;
   Faults& faults_;
 };
@@ -200,14 +216,14 @@ class Reader {
 
 bool ReadDescription(const std::string& file, Description& description, Faults& faults) {
   description.folder = tmw::SplitFileName(tmw::GetAbsoluteFileName(file)).Folder;
-  const auto document = OpenXml(file, file, faults);
-  if (document == nullptr) return false;
+  const auto document = LocatedXml::Open(file, file, faults);
+  if (!document) return false;
   const XmlNode* const root = tmw::XmlFindSingleNode(document->Node(), "Release");
   if (root == nullptr) {
     faults.Add(file, texts::kWrongRoot, {"Release"});
     return false;
   }
-  Reader(description, faults).Read(*root);
+  Reader(*document, description, faults).Read(*root);
   return true;
 }
 

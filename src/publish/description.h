@@ -11,10 +11,18 @@
 // The description of a release, an XML file written by hand; docs/publishing.md explains it.
 namespace publish {
 
+// A value of the description and the line that it stands on, for faults.
+struct Located {
+  std::string text;
+  std::string place;
+};
+
 // A folder of the product and where the updater installs its files and subfolders.
 struct FolderRule {
   std::string source;  // relative to the product's folder, "/" between parts; empty for all of it
   std::string target;  // may contain constants, "{p}tm"
+  std::string place;   // the line
+  bool is_optional = false;  // it may match nothing
 };
 
 // Settings for the files that match a mask. Later rules override earlier ones.
@@ -25,6 +33,8 @@ struct FileRule {
   std::optional<bool> is_executable;
   std::optional<std::int32_t> pack_method;
   std::string package;  // a ready-made package, relative to the description's folder
+  std::string place;    // the line
+  bool is_optional = false;
 };
 
 enum class TableKind { kDictionary, kUser, kSkipped };
@@ -33,17 +43,21 @@ enum class TableKind { kDictionary, kUser, kSkipped };
 struct TableRule {
   TableKind kind = TableKind::kSkipped;
   std::string mask;
+  std::string place;  // the line
+  bool is_optional = false;
 };
 
 struct Description {
   std::string folder;  // that contains the description
   std::string version;
+  std::string version_place;
   std::string version_id;
   std::int64_t date = 0;  // noon of the release's day, seconds since 1970
   packing::RarFormat format = packing::RarFormat::kRar5;
   std::string needed_updater;
+  std::string updater_place;
   std::vector<std::string> updater_files;  // relative to the product's folder; the program first
-  std::vector<std::string> servers;
+  std::vector<Located> servers;
   std::vector<FolderRule> folders;
   std::vector<FileRule> files;
   std::vector<TableRule> tables;
@@ -54,10 +68,5 @@ struct Description {
 // file cannot be read at all.
 [[nodiscard]] bool ReadDescription(const std::string& file, Description& description,
                                    Faults& faults);
-
-// Returns whether the mask has wildcards. Other than a name, such a mask may match nothing.
-inline bool IsPattern(const std::string& mask) {
-  return mask.find_first_of("*?") != std::string::npos;
-}
 
 }  // namespace publish

@@ -5,12 +5,10 @@
 namespace publish::texts {
 
 // Where a fault was found, if not in a file or table.
-inline constexpr const char* kInDescription = "description";
 inline constexpr const char* kInDigest = "digest";
 inline constexpr const char* kInManifest = "manifest";
 inline constexpr const char* kInScripts = "scripts";
 inline constexpr const char* kInServers = "servers";
-inline constexpr const char* kInUpdater = "updater";
 
 // Any file and any name.
 inline constexpr const char* kReason = "%1";
@@ -142,7 +140,7 @@ inline constexpr const char* kNoStructure = "The package of structures has no %1
 // The product's files and packages.
 inline constexpr const char* kNoFolderRule =
     "No Folder of the description says where it is installed.";
-inline constexpr const char* kMatchesNoFile = "The product has no file %1.";
+inline constexpr const char* kMatchesNoFile = "\"%1\" matches no file of the product.";
 inline constexpr const char* kReadyWithIntegrity =
     "A ready-made package cannot have pack method 2.";
 inline constexpr const char* kPackageLacksFile = "Its package %1 does not give it: %2";
@@ -176,7 +174,7 @@ inline constexpr const char* kGap = "No script leads on from version %1 to %2.";
 inline constexpr const char* kUnknownKind =
     "The description does not say what kind of table it is.";
 inline constexpr const char* kMatchesNoTable =
-    "The reference database has no table %1, or a later line says otherwise.";
+    "\"%1\" matches no table of the reference database, or a later line matches all that it does.";
 inline constexpr const char* kNotImported = "The updater could not import it: line %1: %2";
 inline constexpr const char* kOtherTable = "It is the text of the table %1.";
 inline constexpr const char* kCarriesRows = "It carries rows.";

@@ -56,6 +56,16 @@ void Apply(const FileRule& rule, const Description& description, ProductFile& fi
   if (!rule.package.empty()) file.ready_package = tmw::JoinPath(description.folder, rule.package);
 }
 
+// A rule that nothing follows is a slip, unless the description says otherwise.
+template <typename Rule>
+void BlameUnused(const std::vector<Rule>& rules, std::string Rule::*written,
+                 const std::vector<bool>& is_used, Faults& faults) {
+  for (std::size_t i = 0; i < rules.size(); ++i) {
+    if (!is_used[i] && !rules[i].is_optional)
+      faults.Add(rules[i].place, texts::kMatchesNoFile, {rules[i].*written});
+  }
+}
+
 }  // namespace
 
 std::string MakeServerName(const std::string& path) {
@@ -77,6 +87,7 @@ std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
                                              const Description& description, Faults& faults) {
   std::vector<ProductFile> files;
   std::vector<bool> is_rule_used(description.files.size());
+  std::vector<bool> is_folder_used(description.folders.size());
   for (TreeEntry& entry : ListTree(product_folder)) {
     ProductFile file;
     file.path = std::move(entry.path);
@@ -87,12 +98,14 @@ std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
       is_rule_used[i] = true;
       Apply(description.files[i], description, file, is_skipped);
     }
+    const FolderRule* const rule = FolderOf(file.path, description.folders);
+    if (rule != nullptr)
+      is_folder_used[static_cast<std::size_t>(rule - description.folders.data())] = true;
     if (is_skipped) continue;
     if (!entry.fault.empty()) {
       faults.Add(file.path, entry.fault);
       continue;
     }
-    const FolderRule* const rule = FolderOf(file.path, description.folders);
     if (rule == nullptr) {
       faults.Add(file.path, texts::kNoFolderRule);
       continue;
@@ -102,11 +115,8 @@ std::vector<ProductFile> CollectProductFiles(const std::string& product_folder,
     file.record.server_name = MakeServerName(file.path);
     files.push_back(std::move(file));
   }
-  for (std::size_t i = 0; i < is_rule_used.size(); ++i) {
-    const std::string& mask = description.files[i].mask;
-    if (!is_rule_used[i] && !IsPattern(mask))
-      faults.Add(texts::kInDescription, texts::kMatchesNoFile, {mask});
-  }
+  BlameUnused(description.folders, &FolderRule::source, is_folder_used, faults);
+  BlameUnused(description.files, &FileRule::mask, is_rule_used, faults);
   std::sort(files.begin(), files.end(), [](const ProductFile& a, const ProductFile& b) {
     return std::tie(a.record.folder, a.record.name) < std::tie(b.record.folder, b.record.name);
   });

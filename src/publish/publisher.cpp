@@ -99,8 +99,8 @@ class Building {
 
 std::string ServerList(const Description& description) {
   std::string text;
-  for (const std::string& server : description.servers)
-    text += server + "\r\n";
+  for (const Located& server : description.servers)
+    text += server.text + "\r\n";
   return text;
 }
 
@@ -137,7 +137,8 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   if (!ReadDescription(options.description, description, faults)) return {};
   std::vector<ProductFile> files = CollectProductFiles(options.product, description, faults);
   const std::vector<UpdateScript> scripts = ReadScripts(options.scripts, faults);
-  CheckUpdater(description.needed_updater, description.updater_files, texts::kInUpdater, faults);
+  CheckUpdater(description.needed_updater, description.updater_files, description.updater_place,
+               faults);
   CheckServerList(ServerList(description), faults);
   CheckChain(scripts, description.oldest_database, description.version, faults);
   ReferenceTables reference(options.database);

@@ -76,9 +76,9 @@ std::vector<TableRecord> ReferenceTables::Choose(const Description& description,
     (is_user ? user_tables : dictionaries).push_back({table.name, is_user, 0, ""});
   }
   for (std::size_t i = 0; i < is_rule_used.size(); ++i) {
-    const std::string& mask = description.tables[i].mask;
-    if (!is_rule_used[i] && !IsPattern(mask))
-      faults.Add(texts::kInDescription, texts::kMatchesNoTable, {mask});
+    const TableRule& rule = description.tables[i];
+    if (!is_rule_used[i] && !rule.is_optional)
+      faults.Add(rule.place, texts::kMatchesNoTable, {rule.mask});
   }
   dictionaries.insert(dictionaries.end(), user_tables.begin(), user_tables.end());
   return dictionaries;

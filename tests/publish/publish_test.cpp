@@ -74,7 +74,7 @@ TEST(Publish, FaultyInputIsRefusedByName) {
        },
        {"/Release/@Colour: is no attribute", "/Release/@Product: must be \"TMW\"",
         "/Release/@Version: must be four", "/Release/@VersionID: ", "/Release/@Date: is a day",
-        "/Release/Updater/@MinVersion: ", "updater: The updater starts the first of its files",
+        "/Release/Updater/@MinVersion: ", "@MinVersion: The updater starts the first of its files",
         "/Release/Files/File[1]/@IsCom: is", "/Release/Files/File[3]/@PackType: is 1, 2 or 3",
         "/Release/Database/Skp: is not known"}},
       {[](Sample& s, const Sandbox&) { s.description = "<Release>"; },
@@ -87,10 +87,11 @@ TEST(Publish, FaultyInputIsRefusedByName) {
          s.Describe("3.5.0", "3.4.0");
        },
        {"tm/Calc.ocx: No Folder", "tm/Core.dll: No Folder", "tm/Updater.exe: No Folder",
-        "tm/Тексты/Бланк.uni: No Folder", "description: The product has no file tm/Kore.dll.",
+        "tm/Тексты/Бланк.uni: No Folder",
+        "release.xml:9: /Release/Files/File[2]/@Mask: \"tm/Kore.dll\" matches no file",
         "scripts: No script leads on from version 3.4.0 to 3.6.0.",
         "Документы: The description does not say", "Ставки: The description does not say",
-        "description: The reference database has no table Документ"}},
+        "release.xml:16: /Release/Database/User/@Mask: \"Документ\" matches no table"}},
       {[](Sample& s, const Sandbox&) {
          s.Execute("create table Blob (a long primary key, b binary)");
          const auto db =
