@@ -145,6 +145,7 @@ bool RunUpdateScriptsOnWorkingDB(const DatabaseBuild& build, UpdaterEvents& even
     LogEvent("script", {{"from", script.FromVersionText()}, {"to", script.ToVersionText()}});
     events.OnSetSubAction(
         database_texts::RunningScript(script.FromVersionText(), script.ToVersionText()));
+    events.OnRunScript(script.File(), script.FromVersionText(), script.ToVersionText());
     if (!script.Execute(database, relations)) return false;
     version = script.ToVersion();
     if (events.CancelPressed()) return false;

@@ -30,6 +30,9 @@ class WuDbVerUpdate {
   // the first failure, which has been reported.
   bool Execute(ports::Database& database, HeldRelations& relations) const;
 
+  // The path it was loaded from.
+  const std::string& File() const { return file_; }
+
   // As they stand in the file.
   const std::string& FromVersionText() const { return from_text_; }
   const std::string& ToVersionText() const { return to_text_; }
@@ -41,7 +44,7 @@ class WuDbVerUpdate {
   void LoadVersions(const XmlNode& root);
   void LoadingError(const std::string& reason) const;
 
-  std::string file_;  // for messages
+  std::string file_;
   std::string from_text_;
   std::string to_text_;
   DbVersion to_{};

@@ -3,6 +3,7 @@
 #include "publish/command_runs.h"
 #include "publish/digest.h"
 #include "publish/publish_texts.h"
+#include "publish/rehearsal_report.h"
 #include "publish/signer.h"
 #include "tools/fill.h"
 #include "tools/progress.h"
@@ -19,6 +20,7 @@ int RunCheck(const Arguments& arguments) {
   if (!options.oldest_database.empty() && !IsVersion(options.oldest_database, 3))
     throw tools::UsageError(texts::kFromNeedsVersion);
   if (const auto key = arguments.Value("--key")) options.key = ReadPublicKey(*key);
+  options.tries = arguments.Values("--try");
   Faults faults;
   CheckedRelease release;
   {
@@ -37,6 +39,7 @@ int RunCheck(const Arguments& arguments) {
     words +=
         WordsOf(*release.signed_part, key_id) + Fill(texts::kComment, {release.trusted_comment});
   }
+  words += AddTo(answer, release.tried);
   if (faults.IsEmpty()) {
     words +=
         Fill(texts::kInOrder, {release.version, std::to_string(release.files),

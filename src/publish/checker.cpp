@@ -190,6 +190,8 @@ class ServerCheck {
     release.files = manifest.files.size();
     release.tables = manifest.tables.size();
     release.volume = WholeVolume(manifest);
+    release.tried = TryDatabases(options.tries, source_, ReleaseFolder(digest.version) + "/",
+                                 manifest, scratch_, progress_, faults_);
     return release;
   }
 

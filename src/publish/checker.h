@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "publish/digest.h"
 #include "publish/faults.h"
 #include "publish/manifest.h"
+#include "publish/rehearsal.h"
 #include "publish/release_source.h"
 #include "signature/public_key.h"
 #include "tools/progress.h"
@@ -17,6 +19,7 @@ namespace publish {
 struct CheckOptions {
   std::string oldest_database;              // see CheckChain
   std::optional<signature::PublicKey> key;  // of an updater that demands signatures
+  std::vector<std::string> tries;           // databases of users, to rehearse the update on
 };
 
 struct CheckedRelease {
@@ -26,6 +29,7 @@ struct CheckedRelease {
   std::int64_t volume = 0;                // bytes a first installation downloads
   std::optional<SignedPart> signed_part;  // with a key, if the signature is good
   std::string trusted_comment;            // likewise
+  std::vector<TriedDatabase> tried;       // none if there are other faults
 };
 
 // Reads the release that a server announces as the updater will: digest, server list, manifest,

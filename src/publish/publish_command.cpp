@@ -2,6 +2,7 @@
 #include "publish/command_runs.h"
 #include "publish/publish_texts.h"
 #include "publish/publisher.h"
+#include "publish/rehearsal_report.h"
 #include "publish/signing_arguments.h"
 #include "tools/fill.h"
 #include "tools/progress.h"
@@ -24,6 +25,7 @@ int RunPublish(const Arguments& arguments) {
   options.database = arguments.NeededValue("--database");
   options.scripts = arguments.NeededValue("--scripts");
   options.output = arguments.NeededValue("--output");
+  options.tries = arguments.Values("--try");
   options.description = arguments.Words().front();
   Faults faults;
   PublishedRelease made;
@@ -31,7 +33,10 @@ int RunPublish(const Arguments& arguments) {
     tools::Progress progress;
     made = Publish(options, progress, faults);
   }
-  if (!faults.IsEmpty()) return Answer(arguments, Json::object(), faults, texts::kNothingPublished);
+  Json failure = Json::object();
+  const std::string tried = AddTo(failure, made.tried);
+  if (!faults.IsEmpty())
+    return Answer(arguments, failure, faults, tried + texts::kNothingPublished);
   Json answer = {{"version", made.version},
                  {"folder", made.folder},
                  {"files", made.files},
@@ -40,6 +45,7 @@ int RunPublish(const Arguments& arguments) {
                  {"scripts", made.scripts},
                  {"volume", made.volume}};
   std::string words =
+      AddTo(answer, made.tried) +
       Fill(texts::kPublished, {made.folder, std::to_string(made.files),
                                std::to_string(made.dictionaries), std::to_string(made.user_tables),
                                std::to_string(made.scripts), std::to_string(made.volume)});

@@ -28,6 +28,10 @@ inline std::vector<tools::Option> WithSigning(std::vector<tools::Option> options
 
 inline const tools::Option kAnnouncingFolder = {"--output", "FOLDER", "what the web server offers"};
 
+inline const tools::Option kTry = {
+    "--try", "DATABASE",
+    "... with a rehearsal of the update on a copy of this user's database (may be given again)"};
+
 inline const tools::Usage kPublish = {
     "publish",
     "DESCRIPTION",
@@ -39,6 +43,7 @@ inline const tools::Usage kPublish = {
          {"--database", "FILE", "the reference database"},
          {"--scripts", "FOLDER", "the update scripts (*.xml)"},
          {"--output", "FOLDER", "what the web server offers; older releases stay"},
+         kTry,
          {"--replace", "", "... even over a release of the same version"},
          {"--no-announce", "", "make the release, but leave the announced one announced"}})};
 inline const tools::Usage kAnnounce = {"announce",
@@ -74,6 +79,7 @@ inline const tools::Usage kCheck = {
     1,
     "read the announced release as the updater will and report every fault",
     {{"--from", "VERSION", "... with scripts for databases of this version (3.5.0) on"},
+     kTry,
      {"--key", "KEY", "... as an updater with this public key (or the key in this file) will"}}};
 inline const tools::Usage kDiff = {
     "diff",

@@ -21,6 +21,7 @@
 #include "publish/product_files.h"
 #include "publish/release_builder.h"
 #include "publish/release_names.h"
+#include "publish/release_source.h"
 #include "publish/scripts.h"
 #include "publish/tables.h"
 #include "tools/fill.h"
@@ -111,6 +112,9 @@ void RequireInputs(const PublishOptions& options) {
   for (const std::string& file : {options.description, options.database}) {
     if (!tmw::IsFileExists(file)) Raise(texts::kNoFile, file);
   }
+  for (const std::string& file : options.tries) {
+    if (!tmw::IsFileExists(file)) Raise(texts::kNoFile, file);
+  }
 }
 
 PublishedRelease Summary(const Manifest& manifest, std::size_t scripts) {
@@ -153,17 +157,22 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   const Building building(root, description.version);
   ReleaseBuilder builder(description, building.Release(), building.Work(), progress);
   builder.AddTables(reference, std::move(tables), faults);
-  builder.AddFiles(std::move(files), faults);
   builder.AddScripts(options.scripts);
+  // Before the files, whose packing takes longest.
+  const auto source = OpenReleaseSource(building.Release(), building.Work());
+  std::vector<TriedDatabase> tried = TryDatabases(options.tries, *source, "", builder.Content(),
+                                                  building.Work(), progress, faults);
+  builder.AddFiles(std::move(files), faults);
   builder.AddUpdater(options.product, faults);
   const std::string server_list = Encoded(ServerList(description), texts::kInServers, faults);
   builder.Finish(faults);
   const std::string digest = Encoded(WriteDigest(builder.Announcement()), texts::kInDigest, faults);
-  if (!faults.IsEmpty()) return {};
+  PublishedRelease made = Summary(builder.Content(), scripts.size());
+  made.tried = std::move(tried);
+  if (!faults.IsEmpty()) return made;
 
   KeepForAnnouncing(building.Release(), digest, server_list);
   building.MoveIntoPlace();
-  PublishedRelease made = Summary(builder.Content(), scripts.size());
   made.folder = building.Place();
   if (options.is_announced)
     made.announcement = Announce(root, description.version, options.signer, faults);

@@ -3,9 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "publish/announcement.h"
 #include "publish/faults.h"
+#include "publish/rehearsal.h"
 #include "tools/progress.h"
 
 namespace publish {
@@ -19,6 +21,7 @@ struct PublishOptions {
   bool may_replace = false;        // even if a release of this version is announced, or was before
   bool is_announced = true;        // else the release waits for AnnounceNewer
   const Signer* signer = nullptr;  // of the announcement; null: it is not signed
+  std::vector<std::string> tries;  // databases of users, to rehearse the update on
 };
 
 // A release that has been made.
@@ -31,6 +34,7 @@ struct PublishedRelease {
   std::size_t scripts = 0;
   std::int64_t volume = 0;  // bytes a first installation downloads
   Announcement announcement;
+  std::vector<TriedDatabase> tried;  // also if they are the reason why no release was made
 };
 
 // Makes a release, or none if there are faults. The same input gives the same bytes.

@@ -33,7 +33,7 @@ bool ReadRegistryBoolean(bool machine_wide, const std::string& key, const std::s
 std::string GetDataBasePath();
 std::string GetProductRootPath();
 
-// Forgets both, for a test that changes the settings.
+// Forgets both, for whoever has changed the settings.
 void ForgetProductPaths();
 
 }  // namespace tmw

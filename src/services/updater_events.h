@@ -37,6 +37,11 @@ class UpdaterEvents {
   // What the stage works on by its name alone; empty: nothing in particular.
   virtual void OnSetComponent(const std::string& /*name*/) {}
 
+  // The database update script that runs from here on: its file, and the versions it leads from and
+  // to.
+  virtual void OnRunScript(const std::string& /*file*/, const std::string& /*from*/,
+                           const std::string& /*to*/) {}
+
   // The answer of OnCheckCancelPressed.
   bool CancelPressed();
 

@@ -82,6 +82,14 @@ std::optional<std::string> Arguments::Value(const std::string& option) const {
   return found->second;
 }
 
+std::vector<std::string> Arguments::Values(const std::string& option) const {
+  std::vector<std::string> values;
+  for (const auto& [name, value] : options_) {
+    if (name == option) values.push_back(value);
+  }
+  return values;
+}
+
 std::string Arguments::NeededValue(const std::string& option) const {
   const auto value = Value(option);
   if (!value) throw UsageError(Fill(texts::kOptionIsMissing, {option}));

@@ -36,6 +36,9 @@ class Arguments {
   // The last value if the option was given several times, nothing if it was not given.
   std::optional<std::string> Value(const std::string& option) const;
 
+  // All its values, in the given order.
+  std::vector<std::string> Values(const std::string& option) const;
+
   // Raises a UsageError if the option was not given.
   std::string NeededValue(const std::string& option) const;
 

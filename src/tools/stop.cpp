@@ -27,6 +27,10 @@ void ListenForStop() {
   }
 }
 
+bool IsStopped() {
+  return is_stop_wanted;
+}
+
 void ThrowIfStopped() {
   if (is_stop_wanted) tmw::RaiseProgramError(texts::kStopped);
 }

@@ -7,6 +7,9 @@ namespace tools {
 // system's own way.
 void ListenForStop();
 
+// Whether the user has asked for a stop. May be called on any thread.
+bool IsStopped();
+
 // Raises a ProgramError if the user has asked for a stop. Cheap enough for every piece of a file;
 // may be called on any thread.
 void ThrowIfStopped();

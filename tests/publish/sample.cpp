@@ -102,7 +102,9 @@ std::vector<std::string> Sample::Publish() const {
 std::vector<std::string> Sample::Check(const std::string& place, const std::string& from) {
   tools::Progress progress(false);
   publish::Faults faults;
-  publish::CheckRelease(place, {from, {}}, progress, faults);
+  publish::CheckOptions options;
+  options.oldest_database = from;
+  publish::CheckRelease(place, options, progress, faults);
   return Lines(faults);
 }
 
