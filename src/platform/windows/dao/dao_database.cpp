@@ -25,24 +25,17 @@ DaoDatabase::~DaoDatabase() {
   }
 }
 
-// What statements made and changed is seen after a refresh only.
-DaoObject DaoDatabase::Refreshed(const wchar_t* name) const {
-  DaoObject collection = database_.GetObject(name);
-  collection.Call(L"Refresh");
-  return collection;
-}
-
 DaoObject DaoDatabase::TableObject(const std::string& name) const {
-  return Refreshed(L"TableDefs").Item(name);
+  return Refreshed(database_, L"TableDefs").Item(name);
 }
 
 DaoObject DaoDatabase::FieldObject(const std::string& table, const std::string& field) const {
-  return TableObject(table).GetObject(L"Fields").Item(field);
+  return Refreshed(TableObject(table), L"Fields").Item(field);
 }
 
 std::vector<ports::TableSummary> DaoDatabase::Tables() {
   std::vector<ports::TableSummary> tables;
-  const DaoObject collection = Refreshed(L"TableDefs");
+  const DaoObject collection = Refreshed(database_, L"TableDefs");
   for (std::int32_t i = 0; i < collection.Count(); ++i) {
     const DaoObject table = collection.Item(i);
     tables.push_back(
@@ -68,12 +61,12 @@ void DaoDatabase::CreateTable(const ports::TableDefinition& definition) {
 }
 
 void DaoDatabase::DeleteTable(const std::string& name) {
-  Refreshed(L"TableDefs").Call(L"Delete", {name});
+  Refreshed(database_, L"TableDefs").Call(L"Delete", {name});
 }
 
 void DaoDatabase::CreateField(const std::string& table, const ports::FieldDefinition& field) {
   const DaoObject definition = TableObject(table);
-  const DaoObject fields = definition.GetObject(L"Fields");
+  const DaoObject fields = Refreshed(definition, L"Fields");
   fields.Append(MakeField(definition, field, PositionBehind(fields)));
 }
 
@@ -84,7 +77,7 @@ void DaoDatabase::CreateIndex(const std::string& table, const ports::IndexDefini
 
 std::vector<ports::RelationDefinition> DaoDatabase::Relations() {
   std::vector<ports::RelationDefinition> relations;
-  const DaoObject collection = Refreshed(L"Relations");
+  const DaoObject collection = Refreshed(database_, L"Relations");
   for (std::int32_t i = 0; i < collection.Count(); ++i)
     relations.push_back(ReadRelation(collection.Item(i)));
   std::sort(relations.begin(), relations.end(), [](const auto& a, const auto& b) {
@@ -98,7 +91,7 @@ void DaoDatabase::CreateRelation(const ports::RelationDefinition& relation) {
 }
 
 void DaoDatabase::DeleteRelation(const std::string& name) {
-  Refreshed(L"Relations").Call(L"Delete", {name});
+  Refreshed(database_, L"Relations").Call(L"Delete", {name});
 }
 
 void DaoDatabase::SetFieldProperty(const std::string& table, const std::string& field,

@@ -35,7 +35,6 @@ class DaoDatabase final : public ports::Database {
   void Close() override;
 
  private:
-  DaoObject Refreshed(const wchar_t* collection) const;
   DaoObject TableObject(const std::string& name) const;
   DaoObject FieldObject(const std::string& table, const std::string& field) const;
 

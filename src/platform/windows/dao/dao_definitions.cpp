@@ -11,6 +11,12 @@ constexpr std::int32_t kDescendingField = 1;
 
 }  // namespace
 
+DaoObject Refreshed(const DaoObject& owner, const wchar_t* name) {
+  DaoObject collection = owner.GetObject(name);
+  collection.Call(L"Refresh");
+  return collection;
+}
+
 ports::FieldDefinition ReadField(const DaoObject& field) {
   ports::FieldDefinition definition;
   definition.name = TextOf(field.Get(L"Name"));
@@ -44,12 +50,10 @@ ports::TableDefinition ReadTable(const DaoObject& table) {
   ports::TableDefinition definition;
   definition.name = TextOf(table.Get(L"Name"));
   definition.attributes = static_cast<std::uint32_t>(LongOf(table.Get(L"Attributes")));
-  const DaoObject fields = table.GetObject(L"Fields");
-  fields.Call(L"Refresh");
+  const DaoObject fields = Refreshed(table, L"Fields");
   for (std::int32_t i = 0; i < fields.Count(); ++i)
     definition.fields.push_back(ReadField(fields.Item(i)));
-  const DaoObject indexes = table.GetObject(L"Indexes");
-  indexes.Call(L"Refresh");
+  const DaoObject indexes = Refreshed(table, L"Indexes");
   for (std::int32_t i = 0; i < indexes.Count(); ++i)
     definition.indexes.push_back(ReadIndex(indexes.Item(i)));
   return definition;

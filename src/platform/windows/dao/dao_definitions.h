@@ -6,6 +6,10 @@
 // Definitions of the port as DAO's objects and back.
 namespace platform {
 
+// A collection of that object as the database is now. Without a refresh DAO shows what it has shown
+// before: nothing that statements have made or changed since.
+DaoObject Refreshed(const DaoObject& owner, const wchar_t* collection);
+
 ports::FieldDefinition ReadField(const DaoObject& field);
 ports::IndexDefinition ReadIndex(const DaoObject& index);
 ports::TableDefinition ReadTable(const DaoObject& table);
