@@ -11,6 +11,8 @@ scripts/build.sh linux-debug windows-x64 windows-x86
 scripts/wine-run.sh cmd /c exit
 TMW_WINE_SCREEN=96 scripts/wine-run.sh cmd /c exit
 TMW_WINE_LOCALE=C.UTF-8 scripts/wine-run.sh cmd /c exit
+TMW_WINE_SCREEN=96 TMW_WINE_COMPONENTS=$PWD/build/windows-x64/tests/dao_server.dll \
+  scripts/wine-run.sh cmd /c exit
 
 # One run over all build folders, so that one closing line tells the whole result.
 mkdir -p build/all-tests

@@ -9,11 +9,15 @@
 # TMW_WINE_SCREEN=96 (or another number of dots per inch) gives the program a screen of that scale
 # that nobody sees, and windows that are really drawn and clicked. Such programs share a second
 # prefix and run one after another. TMW_WINE_DISPLAY=:N shows them on that display instead.
+#
+# TMW_WINE_COMPONENTS=LIBRARY gives the program a prefix of its own in which that library's components
+# are registered: what the other programs find does not change.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 screen=${TMW_WINE_SCREEN:-}
+components=${TMW_WINE_COMPONENTS:-}
 export LC_ALL=${TMW_WINE_LOCALE:-ru_RU.UTF-8}
-export WINEPREFIX="${TMW_WINEPREFIX:-$root/build/wine}${TMW_WINE_LOCALE:+-$TMW_WINE_LOCALE}${screen:+-screen}"
+export WINEPREFIX="${TMW_WINEPREFIX:-$root/build/wine}${TMW_WINE_LOCALE:+-$TMW_WINE_LOCALE}${components:+-components}${screen:+-screen}"
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
 unset DISPLAY
 mkdir -p "$(dirname "$WINEPREFIX")"
@@ -32,6 +36,14 @@ if [ ! -f "$WINEPREFIX/.ready" ]; then
     fi
   ) 9>"$WINEPREFIX.lock"
 fi
+# Registers the components if that has not been done; with the descriptor 9 closed in what it starts.
+register_components() {
+  [ -n "$components" ] && [ "$(cat "$WINEPREFIX/.components" 2>/dev/null)" != "$components" ] || return 0
+  wine regsvr32 /s "$components" >/dev/null 2>&1 9>&- ||
+    { echo "wine-run: $components cannot be registered" >&2; exit 1; }
+  echo "$components" >"$WINEPREFIX/.components"
+}
+
 state=$(mktemp -d)
 if [ -z "$screen" ]; then
   trap 'rm -rf "$state"' EXIT
@@ -75,6 +87,7 @@ if [ -z "$DISPLAY" ]; then
   DISPLAY=:$number
 fi
 export DISPLAY
+register_components
 # In the background: a signal to this script is heard while the program runs.
 wine "$@" <&0 9>&- &
 wait $!

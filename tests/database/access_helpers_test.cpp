@@ -38,7 +38,7 @@ TEST(AccessHelpers, OpenTheUserDatabaseOnceAndNameWhatFailed) {
   const tmw::ProgramError bad = tests::Caught([] { utils::TmExecuteSql("update U set a = 1"); });
   EXPECT_EQ(bad.Number, 3078);
   EXPECT_NE(bad.Source.find("::mTmDaoDataBaseForUtils.TmExecuteSql] {Запрос, вызвавший ошибку: "
-                            "\r\nupdate U set a = 1}\r\n[Jet]"),
+                            "\r\nupdate U set a = 1}\r\n["),
             std::string::npos)
       << bad.Source;
 

@@ -8,7 +8,7 @@
 #include <variant>
 
 #include "foundation/number_text.h"
-#include "jet/engine.h"
+#include "platform/factories.h"
 #include "ports/database.h"
 #include "tests/support/sandbox.h"
 
@@ -57,7 +57,8 @@ std::int32_t ErrorOf(Call call) {
   }
 }
 
-// An embedded engine with a new database in a sandbox.
+// The system's engine (on Windows the one that the environment names) with a new database in a
+// sandbox.
 class DatabaseTest : public testing::Test {
  protected:
   // All rows as "value, value; value, value", or "error N".
@@ -79,7 +80,7 @@ class DatabaseTest : public testing::Test {
   }
 
   Sandbox sandbox;
-  std::unique_ptr<ports::DatabaseEngine> engine = jet::MakeEngine();
+  std::unique_ptr<ports::DatabaseEngine> engine = platform::MakeDatabaseEngine();
   std::string path = sandbox.Path("база.mdb");
   std::unique_ptr<ports::Database> db = engine->CreateDatabase(path);
 };

@@ -165,6 +165,34 @@ TEST_F(DefinitionTest, TablesAreListedByNameWithTheSystemsOwn) {
   EXPECT_EQ(ErrorOf([&] { db->Table("Нет"); }), ports::kItemNotFound);
 }
 
+// Definitions change through the port and through statements by turns.
+TEST_F(DefinitionTest, WhatStatementsChangedIsSeenByTheNextCall) {
+  const auto set = [&](const char* field) {
+    return ErrorOf([&] {
+      db->SetFieldProperty("Т", field, "Caption", DataType::kText, std::string("подпись"));
+    });
+  };
+  db->CreateTable({"Т", 0, {{"я", DataType::kLong, 0, 0, false, false, ""}}, {}});
+  EXPECT_EQ(Fields("Т"), "я 4/4; ");
+  ASSERT_EQ(Run("alter table Т add column б text(9)"), 0);
+  EXPECT_EQ(set("б"), 0);
+  ASSERT_EQ(Run("alter table Т add column в long"), 0);
+  db->CreateField("Т", {"а", DataType::kLong, 0, 0, false, false, ""});
+  EXPECT_EQ(Fields("Т"), "я 4/4; б 10/9 zero; в 4/4; а 4/4; ") << "the last one made is the last";
+  ASSERT_EQ(Run("alter table Т drop column б"), 0);
+  EXPECT_EQ(set("б"), ports::kItemNotFound);
+  EXPECT_EQ(ErrorOf([&] { db->FieldProperty("Т", "б", "Caption"); }), ports::kItemNotFound);
+  ASSERT_EQ(Run("create index И on Т (в)"), 0);
+  db->CreateIndex("Т", {"Ключ", true, false, false, false, false, {{"я", true}}});
+  EXPECT_EQ(Indexes("Т"), "И(в+) Ключ primary unique required(я-) ");
+  ASSERT_EQ(Run("drop table Т"), 0);
+  ASSERT_EQ(Run("create table т (г long)"), 0);
+  EXPECT_EQ(Fields("Т"), "г 4/4; ");
+  EXPECT_EQ(set("г"), 0);
+  db->DeleteTable("Т");
+  EXPECT_EQ(ErrorOf([&] { db->CreateField("Т", {}); }), ports::kItemNotFound);
+}
+
 TEST_F(DefinitionTest, DefaultsFillNewRowsAndPropertiesAreKept) {
   ports::TableDefinition table;
   table.name = "Д";

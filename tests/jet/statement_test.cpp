@@ -111,7 +111,8 @@ TEST_F(StatementTest, DecimalsAreNumbersOfAllTheirDigits) {
   CheckStatements(*engine, *db, cases);
   db->Close();
   db = engine->OpenDatabase(path, true, false);
-  EXPECT_EQ(db->Table("Ч").fields[0].scale, 4);
+  // DAO says nothing of the scale.
+  EXPECT_EQ(db->Table("Ч").fields[0].scale, engine->TakesDefinitionsBack() ? 4 : 0);
   EXPECT_EQ(Query("select * from Ч"),
             "Decimal 9, Decimal 3; Decimal -1234567890123456.0002, Decimal 3");
 }

@@ -1,4 +1,4 @@
-#include "tests/platform/windows/dao_members.h"
+#include "tests/platform/windows/dao/members.h"
 
 #include <cstddef>
 
@@ -163,6 +163,9 @@ std::vector<DaoMember> MakeMembers() {
        {{"UpdateType", kNumber, kOptional}, {"Force", kTruth, kOptional}}},
       {"Recordset", "Delete"},
       {"Recordset", "Close"},
+
+      // The product's own component.
+      {"VersionInfo", "VersionEx", kRead, {}, kText},
   };
   AddCollection(members, "TableDefs", "TableDef");
   AddCollection(members, "Relations", "Relation");
