@@ -38,7 +38,8 @@ int RunAnnounce(const Arguments& arguments) {
   const std::string root = RootOf(arguments);
   const auto signer = MakeSigner(arguments);
   Faults faults;
-  const Announcement made = AnnounceNewer(root, version, signer.get(), faults);
+  if (!arguments.Has("--downgrade")) CheckNotOlder(root, version, texts::kInDigest, faults);
+  const Announcement made = Announce(root, version, signer.get(), faults);
   return AnswerAnnouncement(arguments, made, faults);
 }
 

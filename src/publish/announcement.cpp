@@ -172,12 +172,11 @@ Announcement Announce(const std::string& root, const std::string& version, const
   return Place(root, *digest, signer, faults);
 }
 
-Announcement AnnounceNewer(const std::string& root, const std::string& version,
-                           const Signer* signer, Faults& faults) {
+void CheckNotOlder(const std::string& root, const std::string& version, const std::string& place,
+                   Faults& faults) {
   const std::string announced = ReadPresent(root).digest.version;
-  if (!announced.empty() && NumbersOf(version) < NumbersOf(announced))
-    faults.Add(texts::kInDigest, texts::kNewerAnnounced, {announced});
-  return Announce(root, version, signer, faults);
+  if (IsVersion(version, 4) && !announced.empty() && NumbersOf(version) < NumbersOf(announced))
+    faults.Add(place, texts::kNewerAnnounced, {announced});
 }
 
 Announcement Retract(const std::string& root, const Signer* signer, Faults& faults) {

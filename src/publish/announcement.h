@@ -31,9 +31,9 @@ void CheckMayAnnounce(const std::string& root, const Signer* signer, Faults& fau
 Announcement Announce(const std::string& root, const std::string& version, const Signer* signer,
                       Faults& faults);
 
-// The same for a release that is not older than the announced one.
-Announcement AnnounceNewer(const std::string& root, const std::string& version,
-                           const Signer* signer, Faults& faults);
+// Checks that a version is not below the announced one: users would keep what they have.
+void CheckNotOlder(const std::string& root, const std::string& version, const std::string& place,
+                   Faults& faults);
 
 // Announces the newest release that is older than the announced one. The list of servers stays.
 Announcement Retract(const std::string& root, const Signer* signer, Faults& faults);

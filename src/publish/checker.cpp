@@ -17,8 +17,10 @@
 #include "publish/digest.h"
 #include "publish/fault_texts.h"
 #include "publish/file_tree.h"
+#include "publish/image_check.h"
 #include "publish/release_names.h"
 #include "publish/scripts.h"
+#include "publish/server_lines.h"
 #include "publish/tables.h"
 #include "publish/trust_check.h"
 #include "publish/workers.h"
@@ -61,14 +63,18 @@ class Checker {
     return publish::ReadManifest(tmw::JoinPath(scratch_, entry), manifest, faults);
   }
 
-  void CheckUpdaterFile(const UpdaterFile& file, Faults& faults) {
-    if (!tmw::CheckFileName(file.name).IsAccepted() || file.length < 0) return;
+  // Returns what the file's headers say, if it is a program.
+  std::optional<ImageFacts> CheckUpdaterFile(const UpdaterFile& file, Faults& faults) {
+    if (!tmw::CheckFileName(file.name).IsAccepted() || file.length < 0) return std::nullopt;
     const auto fetched = FetchSized(file.name, file.length, file.name, faults);
-    if (fetched != nullptr && HashOfFile(fetched->Path()) != file.hash)
-      faults.Add(file.name, texts::kDiffersFromDigest);
+    if (fetched == nullptr) return std::nullopt;
+    if (HashOfFile(fetched->Path()) != file.hash) faults.Add(file.name, texts::kDiffersFromDigest);
+    return ReadImage(fetched->Path());
   }
 
-  void CheckFile(const FileRecord& file, const std::string& scratch, Faults& faults) {
+  // image gets what the file's headers say, if it can be had.
+  void CheckFile(const FileRecord& file, const std::string& scratch, ReleaseImage& image,
+                 Faults& faults) {
     const std::string place = file.folder + " " + file.name;
     const std::int32_t method = file.pack_method;
     if (method != kPlain && method != kIntegrity && method != kText)
@@ -93,6 +99,8 @@ class Checker {
       faults.Add(place, texts::kWrongLength, {std::to_string(length), std::to_string(file.length)});
     }
     if (HashOfFile(*unpacked) != file.hash) faults.Add(place, texts::kDiffersFromManifest);
+    if (!file.is_com && !MayBeImage(file.name)) return;
+    image = {place, file.name, file.is_com ? texts::kTheManifest : "", ReadImage(*unpacked)};
   }
 
   void CheckDictionary(const TableRecord& table, const std::string& scratch, Faults& faults) {
@@ -179,12 +187,12 @@ class ServerCheck {
     release.version = digest.version;
     if (digest.version.empty()) return release;
     Checker checker(source_, ReleaseFolder(digest.version) + "/", scratch_);
-    for (const UpdaterFile& file : digest.files)
-      checker.CheckUpdaterFile(file, faults_);
+    CheckUpdaterFiles(digest, checker);
     Manifest manifest;
     if (!checker.ReadManifest(digest, manifest, faults_)) return release;
     CheckHead(manifest, digest.version);
     CheckManifest(manifest, faults_);
+    WarnOfCompanions(manifest, faults_);
     CheckComponents(manifest, checker);
     CheckPackages(manifest, checker, options.oldest_database);
     release.files = manifest.files.size();
@@ -214,15 +222,29 @@ class ServerCheck {
       faults_.Add(place, texts::kVersionIdRefused, {verdict.message});
   }
 
+  void CheckUpdaterFiles(const Digest& digest, Checker& checker) {
+    std::optional<ImageFacts> program;
+    std::string name;
+    for (const UpdaterFile& file : digest.files) {
+      auto facts = checker.CheckUpdaterFile(file, faults_);
+      if (!name.empty()) continue;
+      name = file.name;
+      program = std::move(facts);
+    }
+    CheckNeededUpdater(digest.needed_updater, name, program, std::string(tmw::names::kDigestFile),
+                       faults_);
+  }
+
   void CheckComponents(const Manifest& manifest, Checker& checker) {
     const std::size_t files = manifest.files.size();
     const std::size_t count = files + manifest.tables.size();
     progress_.Begin(texts::kComponents, count);
     std::vector<Faults> found(count);
+    std::vector<ReleaseImage> images(files);
     RunSideBySide(count, source_.Workers(), [&](std::size_t i) {
       const std::string scratch = tmw::JoinPath(scratch_, std::to_string(i));
       if (i < files) {
-        checker.CheckFile(manifest.files[i], scratch, found[i]);
+        checker.CheckFile(manifest.files[i], scratch, images[i], found[i]);
       } else if (!manifest.tables[i - files].is_user) {
         checker.CheckDictionary(manifest.tables[i - files], scratch, found[i]);
       }
@@ -231,13 +253,15 @@ class ServerCheck {
     });
     for (const Faults& faults : found)
       faults_.Append(faults);
+    CheckRegistered(images, faults_);
   }
 
   void CheckPackages(const Manifest& manifest, Checker& checker,
                      const std::string& oldest_database) {
     const std::string scripts = tmw::JoinPath(scratch_, "scripts");
     if (checker.CheckPackage(manifest.scripts, scripts, faults_))
-      CheckChain(ReadScripts(scripts, faults_), oldest_database, manifest.version, faults_);
+      CheckChain(ReadScripts(scripts, faults_), {oldest_database, texts::kInScripts},
+                 manifest.version, faults_);
     const std::string structures = tmw::JoinPath(scratch_, "structures");
     if (!checker.CheckPackage(manifest.structures, structures, faults_)) return;
     for (const TableRecord& table : manifest.tables) {

@@ -193,9 +193,10 @@ class Reader {
   void ReadTables(const XmlNode& database) {
     ExpectAttributes(database, {"From"});
     ExpectElements(database, {"Dict", "User", "Skip"});
-    result_.oldest_database = tmw::XmlGetStringAttributeDef(database, "From", "");
-    if (!result_.oldest_database.empty() && !IsVersion(result_.oldest_database, 3))
-      Blame(database, "From", texts::kMustBeNumbers[3]);
+    result_.oldest_database = {tmw::XmlGetStringAttributeDef(database, "From", ""),
+                               PlaceOf(database, "From")};
+    const std::string& oldest = result_.oldest_database.text;
+    if (!oldest.empty() && !IsVersion(oldest, 3)) Blame(database, "From", texts::kMustBeNumbers[3]);
     for (const auto& child : database.children) {
       if (child->kind != tmw::XmlNodeKind::kElement) continue;
       ExpectAttributes(*child, {"Mask", "Optional"});

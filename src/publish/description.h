@@ -11,12 +11,6 @@
 // The description of a release, an XML file written by hand; docs/publishing.md explains it.
 namespace publish {
 
-// A value of the description and the line that it stands on, for faults.
-struct Located {
-  std::string text;
-  std::string place;
-};
-
 // A folder of the product and where the updater installs its files and subfolders.
 struct FolderRule {
   std::string source;  // relative to the product's folder, "/" between parts; empty for all of it
@@ -61,7 +55,7 @@ struct Description {
   std::vector<FolderRule> folders;
   std::vector<FileRule> files;
   std::vector<TableRule> tables;
-  std::string oldest_database;  // the oldest version that scripts must update; may be empty
+  Located oldest_database;  // the oldest version that scripts must update; may be empty
 };
 
 // Reads a description. Everything wrong is a fault, but the rest is read too. Returns false if the

@@ -23,18 +23,6 @@ const std::string kProductLine = "product:";
 const std::string kSerialLine = "serial:";
 const std::string kExpiresLine = "expires:";
 
-// The updater splits at CR LF; any other line end would become part of a line.
-std::vector<std::string> LinesOf(const std::string& text, const std::string& place,
-                                 Faults& faults) {
-  std::vector<std::string> lines = tmw::Split(text, tmw::kCrLf);
-  for (const std::string& line : lines) {
-    if (line.find_first_of(tmw::kCrLf) == std::string::npos) continue;
-    faults.Add(place, texts::kWrongLineEnds);
-    break;
-  }
-  return lines;
-}
-
 void ReadUpdaterLine(const std::string& line, Digest& digest, Faults& faults) {
   const std::vector<std::string> fields =
       tmw::Split(std::string_view(line).substr(kUpdaterLine.size()), "|");
@@ -99,6 +87,17 @@ void ReadSignedPart(const std::vector<std::string>& lines, Digest& digest, Fault
 
 }  // namespace
 
+std::vector<std::string> LinesOf(const std::string& text, const std::string& place,
+                                 Faults& faults) {
+  std::vector<std::string> lines = tmw::Split(text, tmw::kCrLf);
+  for (const std::string& line : lines) {
+    if (line.find_first_of(tmw::kCrLf) == std::string::npos) continue;
+    faults.Add(place, texts::kWrongLineEnds);
+    break;
+  }
+  return lines;
+}
+
 std::string WriteDigest(const Digest& digest) {
   std::string text = digest.version + "\r\n" + digest.needed_updater + "\r\n";
   for (const UpdaterFile& file : digest.files) {
@@ -160,24 +159,6 @@ void CheckUpdater(const std::string& needed_updater, const std::vector<std::stri
   const std::string ending = tmw::LowerCase(tmw::SplitFileName(files.front()).Extension);
   if (ending == "dll" || ending == "so" || ending == "ocx")
     faults.Add(place, texts::kNoProgram, {files.front()});
-}
-
-void CheckServerList(const std::string& text, Faults& faults) {
-  const std::string place(tmw::names::kServerListFile);
-  std::size_t servers = 0;
-  for (const std::string& line : LinesOf(text, place, faults)) {
-    const std::string server = tmw::Trim(line);
-    if (server.empty()) continue;
-    ++servers;
-    const std::string lower = tmw::LowerCase(server);
-    const std::size_t scheme = lower.find("://");
-    const bool is_known = scheme == std::string::npos || lower.starts_with("http://") ||
-                          lower.starts_with("https://") || lower.starts_with("ftp://");
-    const std::size_t host = scheme == std::string::npos ? 0 : scheme + 3;
-    if (!is_known || host >= server.size() || server.find_first_of(" \t\\?#") != std::string::npos)
-      faults.Add(place, texts::kNoAddress, {server});
-  }
-  if (servers == 0) faults.Add(place, texts::kNoServer);
 }
 
 bool IsVersion(const std::string& text, int count) {

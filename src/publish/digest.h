@@ -7,7 +7,7 @@
 
 #include "publish/faults.h"
 
-// The two text files in the root of a server: digest and list of servers. Lines end with CR LF.
+// The digest in the root of a server, a text whose lines end with CR LF.
 namespace publish {
 
 // A file of the updater itself.
@@ -47,7 +47,9 @@ Digest ReadDigest(const std::string& text, Faults& faults);
 void CheckUpdater(const std::string& needed_updater, const std::vector<std::string>& files,
                   const std::string& place, Faults& faults);
 
-void CheckServerList(const std::string& text, Faults& faults);
+// The lines of a text that the updater splits at CR LF: any other line end is a fault, for it would
+// become part of a line.
+std::vector<std::string> LinesOf(const std::string& text, const std::string& place, Faults& faults);
 
 // Returns whether the text is exactly `count` decimal numbers with "." between them.
 bool IsVersion(const std::string& text, int count);

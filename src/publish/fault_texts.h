@@ -8,6 +8,7 @@ namespace publish::texts {
 inline constexpr const char* kInDigest = "digest";
 inline constexpr const char* kInManifest = "manifest";
 inline constexpr const char* kInScripts = "scripts";
+inline constexpr const char* kTheManifest = "The manifest";
 inline constexpr const char* kInServers = "servers";
 
 // Any file and any name.
@@ -48,6 +49,12 @@ inline constexpr const char* kNoNeededUpdater = "The second line is no version o
 inline constexpr const char* kFewFields = "A file of the updater has a name, a size and a hash.";
 inline constexpr const char* kNoSize = "The size is no number of bytes.";
 inline constexpr const char* kNameTwice = "The name comes twice.";
+inline constexpr const char* kUpdaterTooOld =
+    "It demands updaters of version %1, but %2, by which older ones replace themselves, has version "
+    "%3: nobody could update.";
+inline constexpr const char* kUpdaterUnknown =
+    "It demands updaters of version %1. The release's updater does not say its version, and this "
+    "program knows none above %2: nobody could update.";
 inline constexpr const char* kOldUpdatersStop =
     "Updaters older than %1 would stop: there is no file to replace themselves by.";
 inline constexpr const char* kNoProgram =
@@ -57,6 +64,8 @@ inline constexpr const char* kNotSizeAndHash = "It is no size and SHA-256 in low
 inline constexpr const char* kNotWholeNumber = "It is no number.";
 inline constexpr const char* kNoDay = "It is no day, YYYY-MM-DD.";
 inline constexpr const char* kNoAddress = "This is no address of a server: %1.";
+inline constexpr const char* kNoScheme =
+    "%1 has no scheme: updaters take it for http://%1, whose answers anybody on the way can replace.";
 inline constexpr const char* kNoServer = "It names no server.";
 
 // Signing and announcing.
@@ -72,7 +81,7 @@ inline constexpr const char* kNothingKept =
 inline constexpr const char* kKeptForOther = "It announces version %1.";
 inline constexpr const char* kChangedSincePublished = "It is not the file that was published.";
 inline constexpr const char* kNewerAnnounced =
-    "Version %1 is announced, which is newer; retract announces an older one.";
+    "Version %1 is announced, which is newer; retract announces an older one, --downgrade any.";
 inline constexpr const char* kNothingToGoBackTo = "There is no older release to announce.";
 inline constexpr const char* kNothingAnnounced = "Nothing is announced here.";
 
@@ -141,6 +150,16 @@ inline constexpr const char* kNoStructure = "The package of structures has no %1
 inline constexpr const char* kNoFolderRule =
     "No Folder of the description says where it is installed.";
 inline constexpr const char* kMatchesNoFile = "\"%1\" matches no file of the product.";
+inline constexpr const char* kNoImage =
+    "%1 marks it as IsCom, but it is no program or library that can be registered.";
+inline constexpr const char* kRegistersNothing =
+    "%1 marks it as IsCom, but it exports no DllRegisterServer: it could not be registered.";
+inline constexpr const char* kOtherBits =
+    "%1 marks it as IsCom, but it has %2 bits and the rest of the product has %3: it could not be "
+    "registered where the product looks for it.";
+inline constexpr const char* kScriptCompanion =
+    "%1 is a file of the release, too: the updater, which otherwise removes the .xml beside a .tms "
+    "that it replaces, leaves this one as the release has it.";
 inline constexpr const char* kReadyWithIntegrity =
     "A ready-made package cannot have pack method 2.";
 inline constexpr const char* kPackageLacksFile = "Its package %1 does not give it: %2";
@@ -167,6 +186,12 @@ inline constexpr const char* kHasNo = "%1 has no %2.";
 inline constexpr const char* kUnknownFieldType = "Unknown type of a field: %1.";
 inline constexpr const char* kUnknownMigration = "Unknown migration: %1.";
 inline constexpr const char* kUnknownAction = "Unknown type of an action: %1.";
+inline constexpr const char* kMalformedStatement = "Statement %1 cannot be read: %2 In: %3";
+inline constexpr const char* kStatementsNotRead =
+    "The statements have not been read: there is no database engine: %1";
+inline constexpr const char* kBeyond =
+    "It leads from %1 to %2, beyond the release's version %3, and so would the user's database be.";
+inline constexpr const char* kFromTooNew = "%1 is newer than the release's version %2.";
 inline constexpr const char* kSameStart = "Starts from %1, as %2 does.";
 inline constexpr const char* kGap = "No script leads on from version %1 to %2.";
 

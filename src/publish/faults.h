@@ -20,6 +20,12 @@ struct Fault {
   std::string cause;  // the text before the values were filled in; equal for faults of one cause
 };
 
+// A value and where it stands, for faults about it.
+struct Located {
+  std::string text;
+  std::string place;
+};
+
 // All faults, in the order in which they were found, and all warnings: what works today.
 class Faults {
  public:

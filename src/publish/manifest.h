@@ -65,6 +65,9 @@ std::string WriteManifest(const Manifest& manifest);
 // tables that must not be published, more bytes than the updater can count.
 void CheckManifest(const Manifest& manifest, Faults& faults);
 
+// Warns of files whose replacement has a side effect on another file of the release.
+void WarnOfCompanions(const Manifest& manifest, Faults& faults);
+
 // The file of a table on the server: the updater derives it from the table's name and ignores what
 // the manifest says.
 std::string TablePackage(const std::string& table);

@@ -106,4 +106,20 @@ void CheckManifest(const Manifest& manifest, Faults& faults) {
     faults.Add(texts::kInManifest, texts::kTooMuch);
 }
 
+void WarnOfCompanions(const Manifest& manifest, Faults& faults) {
+  constexpr std::string_view kScript = ".tms";
+  constexpr std::string_view kCompanion = ".xml";
+  std::map<std::string, const FileRecord*> by_place;
+  for (const FileRecord& file : manifest.files)
+    by_place.emplace(InstalledPlace(file), &file);
+  for (const auto& [place, file] : by_place) {
+    if (!place.ends_with(kScript)) continue;
+    const auto companion =
+        by_place.find(place.substr(0, place.size() - kScript.size()) + std::string(kCompanion));
+    if (companion != by_place.end())
+      faults.Warn(file->folder + " " + file->name, texts::kScriptCompanion,
+                  {companion->second->name});
+  }
+}
+
 }  // namespace publish

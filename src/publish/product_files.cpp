@@ -50,7 +50,10 @@ std::string TargetOf(const std::string& path, const FolderRule& rule) {
 void Apply(const FileRule& rule, const Description& description, ProductFile& file,
            bool& is_skipped) {
   is_skipped = rule.is_skipped;
-  if (rule.is_com) file.record.is_com = *rule.is_com;
+  if (rule.is_com) {
+    file.record.is_com = *rule.is_com;
+    file.com_place = rule.place;
+  }
   if (rule.is_executable) file.is_executable = *rule.is_executable;
   if (rule.pack_method) file.record.pack_method = *rule.pack_method;
   if (!rule.package.empty()) file.ready_package = tmw::JoinPath(description.folder, rule.package);

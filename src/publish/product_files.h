@@ -15,6 +15,7 @@ struct ProductFile {
   std::string source;  // the file itself
   FileRecord record;
   bool is_executable = false;
+  std::string com_place;      // the line of the description that says whether it is registered
   std::string ready_package;  // a ready-made package; empty if the file is to be packed
 };
 

@@ -20,10 +20,11 @@ int RunPublish(const Arguments& arguments) {
     throw tools::UsageError(texts::kSignsWhatIsAnnounced);
   const auto signer = MakeSigner(arguments);
   options.signer = signer.get();
+  options.may_downgrade = arguments.Has("--downgrade");
   options.may_replace = arguments.Has("--replace");
   options.product = arguments.NeededValue("--product");
   options.database = arguments.NeededValue("--database");
-  options.scripts = arguments.NeededValue("--scripts");
+  options.scripts = arguments.Value("--scripts").value_or("");
   options.output = arguments.NeededValue("--output");
   options.tries = arguments.Values("--try");
   options.description = arguments.Words().front();

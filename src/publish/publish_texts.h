@@ -31,6 +31,7 @@ inline const tools::Option kAnnouncingFolder = {"--output", "FOLDER", "what the 
 inline const tools::Option kTry = {
     "--try", "DATABASE",
     "... with a rehearsal of the update on a copy of this user's database (may be given again)"};
+inline const tools::Option kDowngrade = {"--downgrade", "", "even below the announced version"};
 
 inline const tools::Usage kPublish = {
     "publish",
@@ -41,9 +42,10 @@ inline const tools::Usage kPublish = {
     WithSigning(
         {{"--product", "FOLDER", "the product's files"},
          {"--database", "FILE", "the reference database"},
-         {"--scripts", "FOLDER", "the update scripts (*.xml)"},
+         {"--scripts", "FOLDER", "the update scripts (*.xml); without it there are none"},
          {"--output", "FOLDER", "what the web server offers; older releases stay"},
          kTry,
+         kDowngrade,
          {"--replace", "", "... even over a release of the same version"},
          {"--no-announce", "", "make the release, but leave the announced one announced"}})};
 inline const tools::Usage kAnnounce = {"announce",
@@ -51,7 +53,7 @@ inline const tools::Usage kAnnounce = {"announce",
                                        1,
                                        1,
                                        "announce a release that has been made",
-                                       WithSigning({kAnnouncingFolder})};
+                                       WithSigning({kAnnouncingFolder, kDowngrade})};
 inline const tools::Usage kRetract = {"retract",
                                       "",
                                       0,

@@ -18,11 +18,13 @@
 #include "publish/digest.h"
 #include "publish/fault_texts.h"
 #include "publish/file_tree.h"
+#include "publish/image_check.h"
 #include "publish/product_files.h"
 #include "publish/release_builder.h"
 #include "publish/release_names.h"
 #include "publish/release_source.h"
 #include "publish/scripts.h"
+#include "publish/server_lines.h"
 #include "publish/tables.h"
 #include "tools/fill.h"
 
@@ -106,15 +108,34 @@ std::string ServerList(const Description& description) {
 }
 
 void RequireInputs(const PublishOptions& options) {
-  for (const std::string& folder : {options.product, options.scripts}) {
-    if (!tmw::IsFolderExists(folder)) Raise(texts::kNoFolder, folder);
-  }
+  if (!tmw::IsFolderExists(options.product)) Raise(texts::kNoFolder, options.product);
+  if (!options.scripts.empty() && !tmw::IsFolderExists(options.scripts))
+    Raise(texts::kNoFolder, options.scripts);
   for (const std::string& file : {options.description, options.database}) {
     if (!tmw::IsFileExists(file)) Raise(texts::kNoFile, file);
   }
   for (const std::string& file : options.tries) {
     if (!tmw::IsFileExists(file)) Raise(texts::kNoFile, file);
   }
+}
+
+// What the headers of programs and libraries say against the description.
+void CheckImages(const std::string& product, const Description& description,
+                 const std::vector<ProductFile>& files, Faults& faults) {
+  if (std::any_of(files.begin(), files.end(),
+                  [](const ProductFile& file) { return file.record.is_com; })) {
+    std::vector<ReleaseImage> images;
+    for (const ProductFile& file : files) {
+      const std::string marked_by = file.record.is_com ? file.com_place : "";
+      if (file.record.is_com || MayBeImage(file.record.name))
+        images.push_back({file.path, file.record.name, marked_by, ReadImage(file.source)});
+    }
+    CheckRegistered(images, faults);
+  }
+  const std::string program =
+      description.updater_files.empty() ? "" : description.updater_files.front();
+  CheckNeededUpdater(description.needed_updater, program,
+                     ReadImage(tmw::JoinPath(product, program)), description.updater_place, faults);
 }
 
 PublishedRelease Summary(const Manifest& manifest, std::size_t scripts) {
@@ -140,16 +161,21 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   Description description;
   if (!ReadDescription(options.description, description, faults)) return {};
   std::vector<ProductFile> files = CollectProductFiles(options.product, description, faults);
-  const std::vector<UpdateScript> scripts = ReadScripts(options.scripts, faults);
+  CheckImages(options.product, description, files, faults);
+  std::vector<UpdateScript> scripts;
+  if (!options.scripts.empty()) scripts = ReadScripts(options.scripts, faults);
   CheckUpdater(description.needed_updater, description.updater_files, description.updater_place,
                faults);
-  CheckServerList(ServerList(description), faults);
+  for (const Located& server : description.servers)
+    CheckServer(server.text, server.place, faults);
   CheckChain(scripts, description.oldest_database, description.version, faults);
   ReferenceTables reference(options.database);
   std::vector<TableRecord> tables = reference.Choose(description, faults);
   const std::string place = tmw::JoinPath(root, ReleaseFolder(description.version));
   if (!options.may_replace && tmw::IsFolderExists(place) && IsAnnounced(root, description.version))
     faults.Add(place, texts::kPublishedAlready);
+  if (!options.may_downgrade)
+    CheckNotOlder(root, description.version, description.version_place, faults);
   if (options.is_announced) CheckMayAnnounce(root, options.signer, faults);
   // Without a version there is no folder to build in.
   if (!IsVersion(description.version, 4)) return {};
@@ -163,6 +189,7 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   std::vector<TriedDatabase> tried = TryDatabases(options.tries, *source, "", builder.Content(),
                                                   building.Work(), progress, faults);
   builder.AddFiles(std::move(files), faults);
+  WarnOfCompanions(builder.Content(), faults);
   builder.AddUpdater(options.product, faults);
   const std::string server_list = Encoded(ServerList(description), texts::kInServers, faults);
   builder.Finish(faults);

@@ -16,10 +16,11 @@ struct PublishOptions {
   std::string description;         // the file
   std::string product;             // the folder of the product's files
   std::string database;            // the reference database
-  std::string scripts;             // the folder of the update scripts
+  std::string scripts;             // the folder of the update scripts; empty: there are none
   std::string output;              // the folder that the web server offers
   bool may_replace = false;        // even if a release of this version is announced, or was before
-  bool is_announced = true;        // else the release waits for AnnounceNewer
+  bool may_downgrade = false;      // even below the announced version
+  bool is_announced = true;        // else the release waits for Announce
   const Signer* signer = nullptr;  // of the announcement; null: it is not signed
   std::vector<std::string> tries;  // databases of users, to rehearse the update on
 };

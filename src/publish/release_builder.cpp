@@ -200,9 +200,11 @@ void ReleaseBuilder::CheckText(const ProductFile& file, Faults& faults) const {
 
 void ReleaseBuilder::AddScripts(const std::string& folder) {
   std::vector<Entry> entries;
-  for (const std::string& name :
-       tmw::CollectFileNamesInFolder(folder, std::string(tmw::names::kScriptMask)))
-    entries.emplace_back(tmw::JoinPath(folder, name), name);
+  if (!folder.empty()) {
+    for (const std::string& name :
+         tmw::CollectFileNamesInFolder(folder, std::string(tmw::names::kScriptMask)))
+      entries.emplace_back(tmw::JoinPath(folder, name), name);
+  }
   manifest_.scripts = PackTogether(kScriptsPackage, entries);
 }
 

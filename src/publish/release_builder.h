@@ -30,7 +30,7 @@ class ReleaseBuilder {
   // the list has some: packing takes long, and there will be no release.
   void AddFiles(std::vector<ProductFile> files, Faults& faults);
 
-  // Packs the "*.xml" files of the folder.
+  // Packs the "*.xml" files of the folder; none if its name is empty.
   void AddScripts(const std::string& folder);
 
   // Copies the updater's own files from the product's folder.

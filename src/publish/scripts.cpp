@@ -7,13 +7,20 @@
 #include <set>
 #include <string_view>
 
+#include "database/engine_failures.h"
+#include "database/statement_cutter.h"
+#include "database/wu_db_upd_node.h"
 #include "foundation/contract_names.h"
+#include "foundation/error_handling.h"
 #include "foundation/file_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
+#include "foundation/text.h"
 #include "foundation/version.h"
 #include "foundation/xml_helpers.h"
 #include "publish/fault_texts.h"
+#include "publish/located_xml.h"
+#include "publish/statement_check.h"
 
 namespace publish {
 namespace {
@@ -43,13 +50,14 @@ std::optional<DatabaseVersion> ReadVersion(const std::string& text) {
 
 class ScriptReader {
  public:
-  ScriptReader(std::string file, Faults& faults) : faults_(faults) {
-    script_.file = std::move(file);
-  }
+  // statements: null if they are not to be checked.
+  ScriptReader(const LocatedXml& xml, StatementCheck* statements, Faults& faults)
+      : xml_(xml), statements_(statements), faults_(faults) {}
 
   // Returns nothing for a script that is not to be run.
-  std::optional<UpdateScript> Read(const XmlNode& document) {
-    const auto& children = document.children;
+  std::optional<UpdateScript> Read() {
+    script_.place = xml_.PlaceOf(xml_.Node());
+    const auto& children = xml_.Node().children;
     // The updater takes the second node as the root, so only the declaration may precede it.
     if (children.size() < 2 || children[0]->kind != tmw::XmlNodeKind::kDeclaration ||
         children[1]->kind != tmw::XmlNodeKind::kElement) {
@@ -57,6 +65,7 @@ class ScriptReader {
       return std::nullopt;
     }
     const XmlNode& root = *children[1];
+    script_.place = xml_.PlaceOf(root);
     if (root.name != std::string(tmw::names::kProductCode) + std::string(kRootEnding)) {
       if (!root.name.ends_with(kRootEnding)) Blame(texts::kWrongScriptRoot, {root.name});
       return std::nullopt;
@@ -67,7 +76,8 @@ class ScriptReader {
     if (!from) Blame(texts::kNoScriptVersion, {kFrom});
     if (!to) Blame(texts::kNoScriptVersion, {kTo});
     for (const XmlNode* const action : tmw::XmlGetChildElements(root, "Action"))
-      CheckAction(*action);
+      ReadAction(*action);
+    script_.place = xml_.PlaceOf(root);
     if (!from || !to) return std::nullopt;
     script_.from = *from;
     script_.to = *to;
@@ -79,13 +89,37 @@ class ScriptReader {
 
  private:
   void Blame(const char* text, const std::vector<std::string>& values = {}) {
-    faults_.Add(script_.file, text, values);
+    faults_.Add(script_.place, text, values);
   }
 
   std::string Attribute(const XmlNode& node, const char* name) {
     std::string value = tmw::XmlGetStringAttributeDef(node, name, "");
     if (value.empty()) Blame(texts::kHasNo, {tmw::XmlGetNodePath(node), name});
     return value;
+  }
+
+  // What only its own loading finds, is found by that.
+  void ReadAction(const XmlNode& action) {
+    script_.place = xml_.PlaceOf(action);
+    const std::size_t before = faults_.All().size();
+    CheckAction(action);
+    if (faults_.All().size() > before) return;
+    try {
+      tmw::WuDbUpdNode().LoadFromNode(action);
+    } catch (const tmw::ProgramError& error) {
+      Blame(texts::kRefused, {error.Description});
+    }
+  }
+
+  void CheckStatements(const XmlNode& action) {
+    if (statements_ == nullptr) return;
+    std::size_t number = 0;
+    for (const std::string& statement : tmw::CutStatements(tmw::XmlGetText(action))) {
+      ++number;
+      if (const auto reason = statements_->Judge(statement))
+        Blame(texts::kMalformedStatement,
+              {std::to_string(number), *reason, tmw::OneLine(statement)});
+    }
   }
 
   void CheckAction(const XmlNode& action) {
@@ -99,11 +133,15 @@ class ScriptReader {
     } else if (type == "customscript") {
       const std::string name = Attribute(action, "Name");
       if (!name.empty() && !kMigrations.contains(name)) Blame(texts::kUnknownMigration, {name});
-    } else if (type != "sql" && !type.empty()) {
+    } else if (type == "sql") {
+      CheckStatements(action);
+    } else if (!type.empty()) {
       Blame(texts::kUnknownAction, {type});
     }
   }
 
+  const LocatedXml& xml_;
+  StatementCheck* statements_;
   UpdateScript script_;
   Faults& faults_;
 };
@@ -112,17 +150,24 @@ class ScriptReader {
 
 std::vector<UpdateScript> ReadScripts(const std::string& folder, Faults& faults) {
   std::vector<UpdateScript> scripts;
+  std::unique_ptr<StatementCheck> statements;
+  try {
+    statements = std::make_unique<StatementCheck>();
+  } catch (const ports::DatabaseError& error) {
+    if (tmw::IsResourceFailure(error.Number)) throw tmw::CurrentError();
+    faults.Warn(texts::kInScripts, texts::kStatementsNotRead, {error.Description});
+  }
   for (const std::string& file :
        tmw::CollectFileNamesInFolder(folder, std::string(tmw::names::kScriptMask))) {
-    const auto document = OpenXml(tmw::JoinPath(folder, file), file, faults);
-    if (document == nullptr) continue;
-    if (auto script = ScriptReader(file, faults).Read(document->Node()))
+    const auto xml = LocatedXml::Open(tmw::JoinPath(folder, file), file, faults);
+    if (!xml) continue;
+    if (auto script = ScriptReader(*xml, statements.get(), faults).Read())
       scripts.push_back(std::move(*script));
   }
   return scripts;
 }
 
-void CheckChain(const std::vector<UpdateScript>& scripts, const std::string& oldest,
+void CheckChain(const std::vector<UpdateScript>& scripts, const Located& oldest,
                 const std::string& release_version, Faults& faults) {
   std::int32_t revision = 0;
   std::int32_t count = 0;
@@ -133,15 +178,23 @@ void CheckChain(const std::vector<UpdateScript>& scripts, const std::string& old
   for (const UpdateScript& script : scripts) {
     const auto [first, is_new] = by_start.emplace(script.from_text, &script);
     if (!is_new)
-      faults.Add(script.file, texts::kSameStart, {script.from_text, first->second->file});
+      faults.Add(script.place, texts::kSameStart, {script.from_text, first->second->place});
+    if (script.from < target && script.to > target) {
+      faults.Add(script.place, texts::kBeyond,
+                 {VersionText(script.from), VersionText(script.to), VersionText(target)});
+    }
   }
   const auto require_step = [&](const DatabaseVersion& version, const std::string& who) {
     if (version >= target || by_start.contains(VersionText(version))) return;
     faults.Add(who, texts::kGap, {VersionText(version), VersionText(target)});
   };
-  if (const auto version = ReadVersion(oldest)) require_step(*version, texts::kInScripts);
+  if (const auto version = ReadVersion(oldest.text)) {
+    require_step(*version, oldest.place);
+    if (*version > target)
+      faults.Add(oldest.place, texts::kFromTooNew, {oldest.text, VersionText(target)});
+  }
   for (const UpdateScript& script : scripts)
-    require_step(script.to, script.file);
+    require_step(script.to, script.place);
 }
 
 std::string VersionText(const DatabaseVersion& version) {

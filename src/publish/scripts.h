@@ -14,7 +14,7 @@ namespace publish {
 using DatabaseVersion = std::array<std::int32_t, 3>;
 
 struct UpdateScript {
-  std::string file;  // name without folder
+  std::string place;  // file and line of its root element, for faults
   std::string from_text;
   DatabaseVersion from{};
   DatabaseVersion to{};
@@ -25,8 +25,8 @@ struct UpdateScript {
 std::vector<UpdateScript> ReadScripts(const std::string& folder, Faults& faults);
 
 // Checks that every version that a script leads to, and the version `oldest` unless that is empty,
-// is updated to the release's version (the first three of its four numbers).
-void CheckChain(const std::vector<UpdateScript>& scripts, const std::string& oldest,
+// is updated to the release's version (the first three of its four numbers), and not beyond.
+void CheckChain(const std::vector<UpdateScript>& scripts, const Located& oldest,
                 const std::string& release_version, Faults& faults);
 
 std::string VersionText(const DatabaseVersion& version);

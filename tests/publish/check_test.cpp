@@ -92,15 +92,17 @@ const std::vector<Damage>& Damages() {
       {Digest("updater:", "updater:Updater.exe|7|x\r\nUPDATER:"),
        {"no SHA-256", "The name comes twice", "Its hash differs from the digest's"}},
       {Digest("manifest:", "manifest:1"), {"It is not the one that the digest announces"}},
-      {Digest("manifest:", "Manifest:x"), {"manifest:x1933|"}},
+      {Digest("manifest:", "Manifest:x"), {"manifest:x"}},
       {Digest("manifest:", "manifest:1|2\r\nmanifest:"),
        {"manifest:1|2: It is no size", "The line manifest: comes twice"}},
       {Digest("manifest:", "serial:-1\r\nexpires:2027-02-29\r\nmanifest:"),
        {"serial:-1: It is no number", "expires:2027-02-29: It is no day"}},
       {Written(kRelease + "Updater.exe", "upd4ter"), {"Its hash differs from the digest's"}},
       {Written("server/TMW_links.dat", " \r\n"), {"It names no server"}},
-      {Written("server/TMW_links.dat", "gopher://a\r\nhttp://\r\nb c\r\nhttp://a/?b\r\na%20b"),
-       {"server: gopher://a.", "server: http://.", "server: b c.", "server: http://a/?b."}},
+      {Written("server/TMW_links.dat",
+               "gopher://a\r\nhttp://\r\nb c\r\nhttp://a/?b\r\nhttps://[::1]:80/a%20b"),
+       {"TMW_links.dat:1: This is no address of a server: gopher://a.", "server: http://.",
+        "server: b c.", "server: http://a/?b."}},
       {Written("server/TMW_links.dat", std::string(2 << 20, 'x')), {"longer than 1048576 bytes"}},
       {Written(kRelease + "_PackageManifest.tmz", "damaged"), {"_PackageManifest.tmz: Ошибка"}},
       {Repacked("_PackageManifest.tmz", {{"ABC_manifest.xml", "<a/>"}}), {"не найден в архиве"}},
@@ -117,7 +119,7 @@ const std::vector<Damage>& Damages() {
       {InManifest("\"files/tm/Calc.ocx.tmz\"", "\"files/tm/Calc%2Eocx.tmz\""),
        {"Calc.ocx: Nobody could download it", "Cannot be had as files/tm/Calc%2E"}},
       {InManifest("name=\"{p}tm\"", "name=\"{q}tm\""),
-       {"unknown constant", "unknown constant", "unknown constant"}},
+       {"unknown constant", "unknown constant", "unknown constant", "unknown constant"}},
       {InManifest("OrigSize=\"7\"", "OrigSize=\"8\""), {"It has 7 bytes instead of 8"}},
       {InManifest("OrigSize=\"7\"", "OrigSize=\"seven\""), {"seven", "7 bytes instead of 0"}},
       {InManifest("IsCom=\"yes\"", "IsCom=\"да\""), {"IsCom is neither"}},
@@ -198,24 +200,31 @@ TEST(Scripts, WhatTheUpdaterWouldRefuseIsReported) {
     std::string oldest;
     Log faults;
   } cases[] = {
-      {{{"a", script("3.5.0", "3.6")}}, "", {"a.xml: db_version_to is not"}},
-      {{{"a", script("3.5.0", "3.5.9")}}, "", {"a.xml: No script leads on from version 3.5.9"}},
-      {{{"a", script("3.5.0", "3.6.1")}}, "", {}},
+      {{{"a", script("3.5.0", "3.6")}}, "", {"a.xml:1: db_version_to is not"}},
+      {{{"a", script("3.5.0", "3.5.9")}}, "", {"a.xml:1: No script leads on from version 3.5.9"}},
+      {{{"a", script("3.5.0", "3.6.1")}}, "", {"a.xml:1: It leads from 3.5.0 to 3.6.1, beyond"}},
+      {{{"a", script("3.6.0", "3.6.1")}}, "3.7.0", {"From: 3.7.0 is newer than the release"}},
       {{{"a", script("3.5.0", "3.6.0")}}, "3.6.0", {}},
-      {{{"a", script("3.5.0", "3.6.0")}},
-       "3.4.0",
-       {"scripts: No script leads on from version 3.4"}},
+      {{{"a", script("3.5.0", "3.6.0")}}, "3.4.0", {"From: No script leads on from version 3.4"}},
       {{{"a", script("3.5.0", "3.6.0")},
         {"b", script("3.5.0", "3.5.9")},
         {"c", script("3.5.9", "3.6.0")}},
        "",
-       {"b.xml: Starts from 3.5.0, as a.xml does."}},
-      {{{"a", script("3.6.0", "3.6.0")}}, "", {"a.xml: It ends at no later"}},
+       {"b.xml:1: Starts from 3.5.0, as a.xml:1 does."}},
+      {{{"a", script("3.6.0", "3.6.0")}}, "", {"a.xml:1: It ends at no later"}},
       {{{"a", script("3.05.0", "3.6.0")}},
        "3.5.0",
-       {"a.xml: The updater looks for the script of version 3.5.0", "scripts: No script leads"}},
+       {"a.xml:1: The updater looks for the script of version 3.5.0", "From: No script leads"}},
+      {{{"a",
+         script("3.5.0", "3.6.0",
+                "\n<Action type=\"sql\">delete from [A;B]; delete form T;\n drop tabel T</Action>\n"
+                "<!-- <x> -->\n<Action type=\"addfield\" Table=\"t\" FieldName=\"f\" "
+                "Type=\"text\" Size=\"2O\"/>")}},
+       "",
+       {"a.xml:2: Statement 2 cannot be read: ", "a.xml:2: Statement 3 cannot be read: ",
+        "a.xml:5: The updater refuses it: "}},
       {{{"a", head + "<ABC_Database_Update/>"}}, "", {}},
-      {{{"a", head + "<Update/>"}}, "", {"a.xml: The root element has a wrong name"}},
+      {{{"a", head + "<Update/>"}}, "", {"a.xml:1: The root element has a wrong name"}},
       {{{"a", "<TMW_Database_Update/>"}, {"b", head + "<!-- --><TMW_Database_Update/>"}},
        "",
        {"a.xml: It does not begin", "b.xml: It does not begin"}},
@@ -231,7 +240,8 @@ TEST(Scripts, WhatTheUpdaterWouldRefuseIsReported) {
     for (const auto& [name, text] : c.scripts)
       sandbox.Write(name + ".xml", text);
     publish::Faults faults;
-    publish::CheckChain(publish::ReadScripts(sandbox.Path(), faults), c.oldest, "3.6.0.2", faults);
+    publish::CheckChain(publish::ReadScripts(sandbox.Path(), faults), {c.oldest, "From"}, "3.6.0.2",
+                        faults);
     Log lines;
     for (const publish::Fault& fault : faults.All())
       lines.push_back(fault.place + ": " + fault.text);

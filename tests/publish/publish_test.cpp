@@ -34,7 +34,7 @@ TEST(Publish, TheRootHasItsTwoTextsAndTheReleaseItsListing) {
                 std::to_string(package.size()) + "|" + publish::HashOfBytes(package) + "\r\n");
   const std::string listing = sandbox.Read("server/TMW_3.6.0.2/_Listing.txt");
   for (const char* const name :
-       {"\tfiles/tm/Core.dll.tmz\t{p}tm Core.dll\n", "{p}tm Calc.ocx, COM\n", "{p}Help Счёт №1.htm",
+       {"\tfiles/tm/Core.dll.tmz\t{p}tm Core.dll\n", "{p}tm Reg.dll, COM\n", "{p}Help Счёт №1.htm",
         "\tСтавки.table.tmz\tdictionary Ставки\n", "{p}tm\\Тексты Бланк.uni"})
     EXPECT_NE(listing.find(name), std::string::npos) << name << listing;
   for (const char* const name : {"DBVersion", "TempLog", "pdb"})
@@ -86,10 +86,10 @@ TEST(Publish, FaultyInputIsRefusedByName) {
          s.Describe("<Dict Mask=\"*\"/>", "");
          s.Describe("3.5.0", "3.4.0");
        },
-       {"tm/Calc.ocx: No Folder", "tm/Core.dll: No Folder", "tm/Updater.exe: No Folder",
-        "tm/Тексты/Бланк.uni: No Folder",
+       {"tm/Calc.ocx: No Folder", "tm/Core.dll: No Folder", "tm/Reg.dll: No Folder",
+        "tm/Updater.exe: No Folder", "tm/Тексты/Бланк.uni: No Folder",
         "release.xml:9: /Release/Files/File[2]/@Mask: \"tm/Kore.dll\" matches no file",
-        "scripts: No script leads on from version 3.4.0 to 3.6.0.",
+        "/@From: No script leads on from version 3.4.0 to 3.6.0.",
         "Документы: The description does not say", "Ставки: The description does not say",
         "release.xml:16: /Release/Database/User/@Mask: \"Документ\" matches no table"}},
       {[](Sample& s, const Sandbox&) {
@@ -127,6 +127,29 @@ TEST(Publish, FaultyInputIsRefusedByName) {
         "{p}Help\\.. empty: The updater refuses it: Недопустимая папка",
         "{p}Help\\.. Ставки.table: The updater", "{p}Help\\.. Счёт №1.htm: The updater",
         "Ставки: A program file has the name of the table's file."}},
+      {[](Sample& s, const Sandbox& box) {
+         s.Describe("MinVersion=\"1.0\"", "MinVersion=\"3.13\"");
+         box.Write("product/tm/Updater.exe", PeImage(32, "", 4 << 16 | 12));
+         s.Describe("Source=\"tm\"", "Source=\"\"");
+         s.Describe("Source=\"Справка\"", "Source=\"Спавка\"");
+         s.Describe("Mask=\"Reg.dll\"", "Mask=\"Reg*\"");
+         s.Describe("two.example", "htp://two.example");
+         s.Describe("one.example", "one,example");
+         box.Write("product/tm/Reg.txt", "text");
+         box.Write("product/tm/Reg64.dll", PeImage(64, "DllRegisterServer", 0));
+         box.Write("product/tm/Reg0.dll", PeImage(32, "DllRegisterServer2", 0));
+         s.WriteScript("3.xml", "3.5.8", "3.6.1");
+         s.Execute("create table MSysOwn (a long)");
+       },
+       {"release.xml:3: /Release/Updater/@MinVersion: It demands updaters of version 3.13, but "
+        "tm/Updater.exe, by which older ones replace themselves, has version 4.12",
+        "release.xml:7: /Release/Files/Folder[2]/@Source: \"Спавка\" matches no file",
+        "release.xml:4: /Release/Servers/Server[1]/@Url: This is no address of a server",
+        "/Server[2]/@Url: This is no address of a server: htp://two.example",
+        "release.xml:8: /Release/Files/File[1]/@Mask marks it as IsCom, but it is no program",
+        "tm/Reg64.dll: ", "tm/Reg0.dll: ",
+        "3.xml:2: It leads from 3.5.8 to 3.6.1, beyond the release's version 3.6.0",
+        "MSysOwn: The table tells a database's version or belongs"}},
       {[](Sample& s, const Sandbox& box) {
          box.Write("product/Справка/core.DLL", "other");
          box.Write("product/tm/bad.uni", "\xFF\xFEx");

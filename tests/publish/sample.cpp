@@ -21,7 +21,7 @@ constexpr const char* kDescription = R"(<?xml version="1.0" encoding="utf-8"?>
   <Files>
     <Folder Source="tm" Target="{p}tm"/>
     <Folder Source="Справка" Target="{p}Help"/>
-    <File Mask="*.ocx" IsCom="yes"/>
+    <File Mask="Reg.dll" IsCom="yes"/>
     <File Mask="tm/Core.dll" PackType="2"/>
     <File Mask="*.uni" PackType="3"/>
     <File Mask="Updater.exe" Executable="yes"/>
@@ -54,6 +54,7 @@ Sample::Sample(const Sandbox& sandbox) : description(kDescription), sandbox_(san
                           {"tm/Core.dll", std::string(100'000, 'c')},
                           {"tm/Core.pdb", "symbols"},
                           {"tm/Calc.ocx", "control"},
+                          {"tm/Reg.dll", PeImage(32, "DllRegisterServer", 0)},
                           {"tm/Тексты/Бланк.uni", Utf16("текст")},
                           {"Справка/Счёт №1.htm", "help"},
                           {"Справка/empty", ""}};
@@ -135,6 +136,46 @@ std::string Everything(const Sandbox& sandbox, const std::string& folder) {
 
 std::string Utf16(const std::string& text) {
   return tmw::Utf16ToBytes(tmw::Utf8ToUtf16(text));
+}
+
+std::string PeImage(int bits, const std::string& exported, std::uint32_t major_and_minor) {
+  std::string bytes(0x400, '\0');
+  const auto put = [&](std::size_t place, std::uint32_t value) {
+    for (std::size_t i = 0; i < 4; ++i)
+      bytes[place + i] = static_cast<char>(value >> 8 * i);
+  };
+  const std::size_t directories = 0x58 + (bits == 64 ? 112U : 96U);
+  bytes.replace(0, 2, "MZ");
+  put(0x3C, 0x40);
+  bytes.replace(0x40, 2, "PE");
+  put(0x46, 1);  // sections
+  put(0x54, static_cast<std::uint32_t>(directories + 128 - 0x58));
+  put(0x58, bits == 64 ? 0x20B : 0x10B);
+  put(directories - 4, 16);
+  put(directories, 0x1000);       // exports
+  put(directories + 16, 0x1100);  // resources
+  put(directories + 128 + 12, 0x1000);
+  put(directories + 128 + 16, 0x200);
+  put(directories + 128 + 20, 0x200);
+  put(0x200 + 24, 1);
+  put(0x200 + 32, 0x1040);
+  put(0x240, 0x1050);
+  bytes.replace(0x250, exported.size(), exported);
+  // The version is the first language of the first resource of kind 16, behind another kind.
+  for (const auto& [place, value] :
+       std::initializer_list<std::pair<std::size_t, std::uint32_t>>{{0x30C, 2U << 16},
+                                                                    {0x310, 3},
+                                                                    {0x318, 16},
+                                                                    {0x31C, 0x80000020},
+                                                                    {0x32C, 1U << 16},
+                                                                    {0x334, 0x80000038},
+                                                                    {0x344, 1U << 16},
+                                                                    {0x34C, 0x50},
+                                                                    {0x350, 0x1160}})
+    put(place, value);
+  put(0x360 + 40, major_and_minor == 0 ? 0 : 0xFEEF04BD);
+  put(0x360 + 48, major_and_minor);
+  return bytes;
 }
 
 }  // namespace tests

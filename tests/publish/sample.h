@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -45,5 +46,8 @@ void Pack(const Sandbox& sandbox, const std::string& package, const Contents& co
 std::string Everything(const Sandbox& sandbox, const std::string& folder);
 
 std::string Utf16(const std::string& text);
+
+// A library of Windows with nothing in it but what registering and versions need.
+std::string PeImage(int bits, const std::string& exported, std::uint32_t major_and_minor);
 
 }  // namespace tests

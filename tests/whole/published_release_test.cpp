@@ -22,7 +22,7 @@ TEST_F(RunTest, APublishedAndSignedReleaseIsInstalled) {
   settings_.Set(ports::SettingsRoot::kMachine,
                 "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\UpdateKeys", keys.public_key);
   sample.Describe("http://one.example/\"/><Server Url=\"two.example", server_.Url(""));
-  sandbox_.Write("product/tm/Calc.ocx", tmw::ReadFileBytes(TMW_REGISTERING_LIBRARY));
+  sandbox_.Write("product/tm/Reg.dll", tmw::ReadFileBytes(TMW_REGISTERING_LIBRARY));
   ASSERT_EQ(sample.Publish(), Log{});
   EXPECT_EQ(Sample::Check(sample.options.output), Log{});
   ASSERT_EQ(Run().size(), 1U) << front_end_.log.back();
@@ -30,7 +30,7 @@ TEST_F(RunTest, APublishedAndSignedReleaseIsInstalled) {
   EXPECT_EQ(sandbox_.Read("Продукт/TmWebUpdate.serial"), "1\r\n");
   const std::pair<const char*, const char*> installed[] = {
       {"tm/Updater.exe", "Продукт/tm/Updater.exe"},
-      {"tm/Calc.ocx", "Продукт/tm/Calc.ocx"},
+      {"tm/Reg.dll", "Продукт/tm/Reg.dll"},
       {"tm/Тексты/Бланк.uni", "Продукт/tm/Тексты/Бланк.uni"},
       {"Справка/Счёт №1.htm", "Продукт/Help/Счёт №1.htm"},
       {"Справка/empty", "Продукт/Help/empty"}};
