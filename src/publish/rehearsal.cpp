@@ -149,8 +149,8 @@ class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
       const tmw::DbVersion version = tmw::GetDataBaseVersion(*database);
       tried_.old_version = tmw::DbVersionText(version);
       if (version > build_.TargetVersion) {
-        faults_.Add(file_, texts::kNewerThanRelease,
-                    {tried_.old_version, tmw::DbVersionText(build_.TargetVersion)});
+        Blame(texts::kNewerThanRelease,
+              {tried_.old_version, tmw::DbVersionText(build_.TargetVersion)});
         return false;
       }
       text = texts::kUpdateFails;
@@ -159,7 +159,7 @@ class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
       before_ = tmw::CountAllRows(*database);
     } catch (...) {
       tools::ThrowIfStopped();
-      faults_.Add(file_, text, {Cleaned(tmw::CurrentError().Description)});
+      Blame(text, {Cleaned(tmw::CurrentError().Description)});
       return false;
     }
     return true;
@@ -209,6 +209,11 @@ class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
     return false;
   }
 
+  void Blame(const char* text, const std::vector<std::string>& values) {
+    faults_.Add(file_, text, values);
+    tried_.failure = faults_.All().back().text;
+  }
+
   std::size_t ScriptCount() const {
     return tmw::CollectFileNamesInFolder(build_.ScriptsFolder, std::string(tmw::names::kScriptMask))
         .size();
@@ -222,13 +227,12 @@ class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
         tried_.scripts.empty() ? ""
                                : tmw::database_texts::ScriptFailed(tried_.scripts.back().to, "");
     if (script_fails.empty() || !reason.starts_with(script_fails)) {
-      faults_.Add(file_, texts::kUpdateFails, {Cleaned(reason)});
+      Blame(texts::kUpdateFails, {Cleaned(reason)});
       return;
     }
     ScriptRun& script = tried_.scripts.back();
     if (!failed_ || reason.find(failed_->Description) == std::string::npos) {
-      faults_.Add(file_, texts::kScriptFails,
-                  {script.file, Cleaned(reason.substr(script_fails.size()))});
+      Blame(texts::kScriptFails, {script.file, Cleaned(reason.substr(script_fails.size()))});
       return;
     }
     // The failure that has ended the script is not one of those that it allows.
@@ -236,7 +240,7 @@ class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
     script.passed_over.pop_back();
     const std::string line =
         last.line == 0 ? "" : tools::Fill(texts::kOnLine, {std::to_string(last.line)});
-    faults_.Add(file_, texts::kStatementFails, {script.file, line, last.sql, last.error});
+    Blame(texts::kStatementFails, {script.file, line, last.sql, last.error});
   }
 
   void Compare(const std::string& reference_file, const std::string& working_file) {

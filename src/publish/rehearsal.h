@@ -55,6 +55,7 @@ struct TriedDatabase {
   std::string file;         // as it was given
   std::string old_version;  // empty if it cannot be read
   std::string new_version;  // empty if the update fails
+  std::string failure;      // why it does
   std::int64_t reference_milliseconds = 0;
   std::int64_t working_milliseconds = 0;
   std::vector<std::string> replaced;  // dictionaries

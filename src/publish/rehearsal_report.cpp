@@ -121,6 +121,7 @@ Json ObjectOf(const TriedDatabase& tried) {
   return {{"file", tried.file},
           {"old_version", tried.old_version},
           {"new_version", tried.new_version},
+          {"failure", tried.failure},
           {"reference_milliseconds", tried.reference_milliseconds},
           {"working_milliseconds", tried.working_milliseconds},
           {"dictionaries_replaced", tried.replaced},
@@ -137,7 +138,7 @@ std::string WordsOf(const TriedDatabase& tried) {
   const bool is_done = !tried.new_version.empty();
   std::string words =
       is_done ? Fill(texts::kTriedOk, {tried.file, tried.old_version, tried.new_version})
-              : Fill(texts::kTriedBad, {tried.file, tried.old_version});
+              : Fill(texts::kTriedBad, {tried.file, tried.old_version, tried.failure});
   for (const ScriptRun& script : tried.scripts)
     words += ScriptWords(script);
   if (!is_done) return words;

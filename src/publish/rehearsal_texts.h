@@ -29,7 +29,7 @@ inline constexpr const char* kDictionaryRows =
 
 // The report.
 inline constexpr const char* kTriedOk = "%1: %2 -> %3\n";
-inline constexpr const char* kTriedBad = "%1: %2 -> the update fails\n";
+inline constexpr const char* kTriedBad = "%1: %2\n  %3\n";
 inline constexpr const char* kTriedUnread = "%1: not tried\n";
 inline constexpr const char* kTimes = "  reference database %1 s, working database %2 s\n";
 inline constexpr const char* kDictionaries = "  dictionaries replaced: %1, up to date: %2\n";
