@@ -115,6 +115,14 @@ void StoredRarWriter::Write(std::string_view bytes) {
   length_ += bytes.size();
 }
 
+std::int64_t StoredSize(RarFormat format, const RarEntryFacts& facts, std::int64_t length) {
+  EntryHeader header = HeaderOf(facts);
+  header.size = static_cast<std::uint64_t>(length);
+  const std::size_t blocks = MakeBeginning(format).size() + MakeEntryHeader(format, header).size() +
+                             MakeEnd(format).size();
+  return length + static_cast<std::int64_t>(blocks);
+}
+
 void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target,
                                   const std::function<void()>& on_piece) try {
   const std::unique_ptr<ports::File> file = Open(target, ports::FileMode::kWriteNew);

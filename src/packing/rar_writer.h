@@ -57,6 +57,9 @@ class StoredRarWriter {
   std::uint64_t length_ = 0;
 };
 
+// The length of the package of one such file, in bytes.
+std::int64_t StoredSize(RarFormat format, const RarEntryFacts& facts, std::int64_t length);
+
 // Copies a file and appends integrity data for pack method 2. on_piece is called for every piece.
 void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target,
                                   const std::function<void()>& on_piece = {});

@@ -94,6 +94,11 @@ class FileSystem {
   // what the target's file system cannot hold is left out.
   virtual Status CopyAttributes(const std::string& source, const std::string& target) = 0;
 
+  // Sets the last-write time, in seconds since 1970-01-01 00:00 UTC, and on Linux the permission
+  // bits.
+  virtual Status SetFacts(const std::string& path, std::int64_t modified,
+                          std::uint32_t unix_mode) = 0;
+
   // Gives target the owner, the group and the permission bits of source; what this user may not
   // give is left out. Windows: nothing to do, a file inherits its folder's rights.
   virtual Status CopyRights(const std::string& source, const std::string& target) = 0;

@@ -17,6 +17,9 @@ struct StartRequest {
   bool feedback_on = false;    // forced feedback cursor on / off (Windows)
   bool feedback_off = false;
   std::optional<std::uint16_t> show_window;  // a show-window command (Windows)
+  // What the program prints goes to this file, which is created anew, and it has nothing to read; a
+  // path that does not depend on the working folder. Empty: the streams are inherited.
+  std::string output_file;
   // The started program takes this updater's place: on Linux the process that waits for the
   // whole chain waits for it too.
   bool continues_chain = false;
@@ -38,6 +41,10 @@ class Process {
 
   // Waits up to that many milliseconds; true when the process has ended, false on a timeout.
   virtual Outcome<bool> Wait(std::int32_t milliseconds) = 0;
+
+  // Ends it at once; a process with an output file together with all that it has started. Nothing
+  // to do for one that has ended.
+  virtual Status Kill() = 0;
 
   // Valid once Wait has given true. Linux: a process ended by signal n has the code 128 + n.
   virtual Outcome<std::int32_t> ExitCode() = 0;

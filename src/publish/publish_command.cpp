@@ -1,5 +1,9 @@
+#include <optional>
+
+#include "foundation/number_text.h"
 #include "publish/answer.h"
 #include "publish/command_runs.h"
+#include "publish/packer_texts.h"
 #include "publish/publish_texts.h"
 #include "publish/publisher.h"
 #include "publish/rehearsal_report.h"
@@ -12,6 +16,29 @@ namespace publish {
 using tools::Arguments;
 using tools::Fill;
 using tools::Json;
+
+namespace {
+
+std::optional<PackerOptions> PackerFrom(const Arguments& arguments) {
+  PackerOptions packer;
+  packer.cache = arguments.Value("--cache").value_or("");
+  const auto limit = arguments.Value("--packer-limit");
+  const auto seconds = tmw::ReadWholeNumber(limit.value_or("600"));
+  if (!seconds || *seconds < 1) throw tools::UsageError(texts::kLimitNeedsSeconds);
+  packer.most_silence = *seconds;
+  const auto command = arguments.Value("--packer");
+  if (command) {
+    packer.command = *command;
+    RequireMarks(packer);
+    return packer;
+  }
+  for (const char* const option : {"--cache", "--packer-limit"}) {
+    if (arguments.Has(option)) throw tools::UsageError(Fill(texts::kNeedsPacker, {option}));
+  }
+  return std::nullopt;
+}
+
+}  // namespace
 
 int RunPublish(const Arguments& arguments) {
   PublishOptions options;
@@ -26,6 +53,7 @@ int RunPublish(const Arguments& arguments) {
   options.database = arguments.NeededValue("--database");
   options.scripts = arguments.Value("--scripts").value_or("");
   options.output = arguments.NeededValue("--output");
+  options.packer = PackerFrom(arguments);
   options.tries = arguments.Values("--try");
   options.description = arguments.Words().front();
   Faults faults;

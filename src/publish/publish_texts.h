@@ -46,6 +46,10 @@ inline const tools::Usage kPublish = {
          {"--output", "FOLDER", "what the web server offers; older releases stay"},
          kTry,
          kDowngrade,
+         {"--packer", "COMMAND",
+          "... packed by this archiver, \"NAME OPTIONS {archive} {file}\", where that is shorter"},
+         {"--cache", "FOLDER", "... which keeps its archives here for the next release"},
+         {"--packer-limit", "SECONDS", "... and is ended when it writes nothing for so long (600)"},
          {"--replace", "", "... even over a release of the same version"},
          {"--no-announce", "", "make the release, but leave the announced one announced"}})};
 inline const tools::Usage kAnnounce = {"announce",

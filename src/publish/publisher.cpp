@@ -181,7 +181,9 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   if (!IsVersion(description.version, 4)) return {};
 
   const Building building(root, description.version);
-  ReleaseBuilder builder(description, building.Release(), building.Work(), progress);
+  std::unique_ptr<Packer> packer;
+  if (options.packer) packer = std::make_unique<Packer>(*options.packer, description.format);
+  ReleaseBuilder builder(description, building.Release(), building.Work(), progress, packer.get());
   builder.AddTables(reference, std::move(tables), faults);
   builder.AddScripts(options.scripts);
   // Before the files, whose packing takes longest.

@@ -2,11 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "publish/announcement.h"
 #include "publish/faults.h"
+#include "publish/packer.h"
 #include "publish/rehearsal.h"
 #include "tools/progress.h"
 
@@ -22,6 +24,7 @@ struct PublishOptions {
   bool may_downgrade = false;      // even below the announced version
   bool is_announced = true;        // else the release waits for Announce
   const Signer* signer = nullptr;  // of the announcement; null: it is not signed
+  std::optional<PackerOptions> packer;
   std::vector<std::string> tries;  // databases of users, to rehearse the update on
 };
 

@@ -48,11 +48,12 @@ bool CheckReadable(const std::string& file, const std::string& place, Faults& fa
 }  // namespace
 
 ReleaseBuilder::ReleaseBuilder(const Description& description, std::string release,
-                               std::string work, tools::Progress& progress)
+                               std::string work, tools::Progress& progress, Packer* packer)
     : description_(description),
       release_(std::move(release)),
       work_(std::move(work)),
-      progress_(progress) {
+      progress_(progress),
+      packer_(packer) {
   manifest_.product = tmw::names::kProductCode;
   manifest_.version = description.version;
   manifest_.version_id = description.version_id;
@@ -83,6 +84,37 @@ PackageRecord ReleaseBuilder::PackTogether(const std::string& server_name,
   return {server_name, tmw::GetFileLength(path), HashOfFile(path)};
 }
 
+PackageRecord ReleaseBuilder::PackAlone(const std::string& server_name, const Entry& entry,
+                                        Faults& faults) {
+  const std::string path = PathOf(server_name);
+  if (packer_ != nullptr) {
+    PackJob job;
+    job.place = server_name;
+    job.source = entry.first;
+    job.name = entry.second;
+    job.length = tmw::GetFileLength(job.source);
+    job.hash = HashOfFile(job.source);
+    job.most_bytes = packing::StoredSize(description_.format, FactsOf(job.name), job.length);
+    if (PackShorter(job, path, false, tmw::JoinPath(work_, "alone"), faults))
+      return {server_name, tmw::GetFileLength(path), HashOfFile(path)};
+  }
+  return PackTogether(server_name, {entry});
+}
+
+// Has the maker's archiver pack a file. Returns false if the stored package is to be made, or if
+// there was a fault.
+bool ReleaseBuilder::PackShorter(const PackJob& job, const std::string& target, bool with_trailer,
+                                 const std::string& scratch, Faults& faults) const {
+  const auto archive = packer_->Pack(job, scratch, faults);
+  if (archive && with_trailer) {
+    packing::CopyFileWithIntegrityTrailer(*archive, target, tools::ThrowIfStopped);
+  } else if (archive) {
+    tmw::MoveFile(*archive, target);
+  }
+  RemoveTree(scratch);
+  return archive.has_value();
+}
+
 void ReleaseBuilder::AddTables(ReferenceTables& reference, std::vector<TableRecord> tables,
                                Faults& faults) {
   progress_.Begin(texts::kTables, tables.size());
@@ -97,8 +129,8 @@ void ReleaseBuilder::AddTables(ReferenceTables& reference, std::vector<TableReco
     } else {
       table.hash = reference.WriteText(table, table_file, faults);
       const PackageRecord package =
-          PackTogether(TablePackage(table.name),
-                       {{table_file, table.name + std::string(tmw::names::kTableEnding)}});
+          PackAlone(TablePackage(table.name),
+                    {table_file, table.name + std::string(tmw::names::kTableEnding)}, faults);
       table.server_length = package.length;
     }
     progress_.Advance();
@@ -157,13 +189,28 @@ void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& fau
     packing::CopyFileWithIntegrityTrailer(file.source, scratch, tools::ThrowIfStopped);
     source = scratch;
   }
-  packing::StoredRarWriter writer(target, description_.format, has_integrity);
-  const packing::PackedFile packed =
-      writer.AddFile(FactsOf(record.name, file.is_executable), source, tools::ThrowIfStopped);
-  writer.Finish();
+  const packing::RarEntryFacts facts = FactsOf(record.name, file.is_executable);
+  bool is_packed = false;
+  if (packer_ != nullptr) {
+    PackJob job;
+    job.place = file.path;
+    job.source = source;
+    job.name = record.name;
+    job.is_executable = file.is_executable;
+    job.length = record.length = tmw::GetFileLength(source);
+    job.hash = record.hash = HashOfFile(source);
+    job.most_bytes = packing::StoredSize(description_.format, facts, job.length);
+    is_packed = PackShorter(job, target, has_integrity, scratch + "p", faults);
+    if (!faults.IsEmpty()) return;
+  }
+  if (!is_packed) {
+    packing::StoredRarWriter writer(target, description_.format, has_integrity);
+    const packing::PackedFile packed = writer.AddFile(facts, source, tools::ThrowIfStopped);
+    writer.Finish();
+    record.length = packed.length;
+    record.hash = tmw::GetHashString(packed.digest);
+  }
   if (has_integrity) tmw::DeleteFile(scratch);
-  record.length = packed.length;
-  record.hash = tmw::GetHashString(packed.digest);
   record.server_length = tmw::GetFileLength(target);
   CheckSize(record.server_length, file.path, faults);
   if (record.pack_method == kText) CheckText(file, faults);
@@ -246,8 +293,8 @@ void ReleaseBuilder::Finish(Faults& faults) {
     return;
   }
   const PackageRecord package =
-      PackTogether(std::string(tmw::names::kManifestPackage),
-                   {{file, manifest_.product + std::string(tmw::names::kManifestFile)}});
+      PackAlone(std::string(tmw::names::kManifestPackage),
+                {file, manifest_.product + std::string(tmw::names::kManifestFile)}, faults);
   digest_.manifest = BoundManifest{package.length, package.hash};
   WriteWholeFile(PathOf(kListing), Listing());
 }

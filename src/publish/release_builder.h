@@ -10,6 +10,7 @@
 #include "publish/digest.h"
 #include "publish/faults.h"
 #include "publish/manifest.h"
+#include "publish/packer.h"
 #include "publish/product_files.h"
 #include "publish/tables.h"
 #include "tools/progress.h"
@@ -19,9 +20,10 @@ namespace publish {
 // Fills the folder of one release.
 class ReleaseBuilder {
  public:
-  // Both folders exist and are empty; work holds temporary files.
+  // Both folders exist and are empty; work holds temporary files. Without a packer everything is
+  // stored.
   ReleaseBuilder(const Description& description, std::string release, std::string work,
-                 tools::Progress& progress);
+                 tools::Progress& progress, Packer* packer = nullptr);
 
   // Writes the tables' packages and the package of structures.
   void AddTables(ReferenceTables& reference, std::vector<TableRecord> tables, Faults& faults);
@@ -51,6 +53,9 @@ class ReleaseBuilder {
   std::string PathOf(const std::string& server_name) const;
   packing::RarEntryFacts FactsOf(const std::string& name, bool is_executable = false) const;
   PackageRecord PackTogether(const std::string& server_name, const std::vector<Entry>& entries);
+  PackageRecord PackAlone(const std::string& server_name, const Entry& entry, Faults& faults);
+  bool PackShorter(const PackJob& job, const std::string& target, bool with_trailer,
+                   const std::string& scratch, Faults& faults) const;
   void PackFile(ProductFile& file, std::size_t number, Faults& faults) const;
   void TakeReadyPackage(ProductFile& file, const std::string& scratch, Faults& faults) const;
   void CheckText(const ProductFile& file, Faults& faults) const;
@@ -60,6 +65,7 @@ class ReleaseBuilder {
   std::string release_;
   std::string work_;
   tools::Progress& progress_;
+  Packer* packer_;
   Manifest manifest_;
   Digest digest_;
   bool is_packed_ = false;

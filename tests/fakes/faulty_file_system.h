@@ -91,6 +91,9 @@ class FaultyFileSystem final : public ports::FileSystem {
   Status CopyAttributes(const Path& source, const Path& target) override {
     return Do("attributes", attributes_code, [&] { return real_.CopyAttributes(source, target); });
   }
+  Status SetFacts(const Path& path, std::int64_t modified, std::uint32_t unix_mode) override {
+    return real_.SetFacts(path, modified, unix_mode);
+  }
   Status CopyRights(const Path& source, const Path& target) override {
     return Do("rights", 0, [&] { return real_.CopyRights(source, target); });
   }

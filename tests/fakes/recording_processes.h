@@ -70,6 +70,7 @@ class RecordingProcesses final : public ports::Processes {
     explicit EndedProcess(std::int32_t exit_code) : exit_code_(exit_code) {}
     std::int32_t Id() const override { return 4711; }
     ports::Outcome<bool> Wait(std::int32_t) override { return {true, 0, true}; }
+    ports::Status Kill() override { return ports::Status::Success(); }
     ports::Outcome<std::int32_t> ExitCode() override { return {true, 0, exit_code_}; }
 
    private:

@@ -224,6 +224,13 @@ class LinuxFileSystem final : public ports::FileSystem {
     return timed ? allowed : timed;
   }
 
+  ports::Status SetFacts(const std::string& path, std::int64_t modified,
+                         std::uint32_t unix_mode) override {
+    const timespec times[] = {{0, UTIME_OMIT}, {static_cast<time_t>(modified), 0}};
+    const ports::Status timed = StatusOf(utimensat(AT_FDCWD, Name(path), times, 0));
+    return timed ? StatusOf(chmod(Name(path), unix_mode & kPermissionBits)) : timed;
+  }
+
   ports::Status CopyRights(const std::string& source, const std::string& target) override {
     struct stat status {};
     if (stat(Name(source), &status) != 0) return ports::Status::Failure(errno);

@@ -64,7 +64,18 @@ class SpawnPlan {
     sigemptyset(&none);
     posix_spawnattr_setsigdefault(&attributes_, &signals);
     posix_spawnattr_setsigmask(&attributes_, &none);
-    posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+    flags_ |= POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+  }
+
+  // Nothing to read, the file to write to, and a group of processes of its own.
+  void Detach(const std::string& output_file) {
+    constexpr mode_t kMode = 0666;
+    posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, output_file.c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, kMode);
+    posix_spawn_file_actions_adddup2(&actions_, STDOUT_FILENO, STDERR_FILENO);
+    posix_spawnattr_setpgroup(&attributes_, 0);
+    flags_ |= POSIX_SPAWN_SETPGROUP;
   }
 
   // The child inherits this one descriptor, as kFirstOwnDescriptor.
@@ -80,6 +91,7 @@ class SpawnPlan {
   ports::Outcome<pid_t> Spawn(const std::string& program, const std::vector<std::string>& arguments,
                               bool search) {
     posix_spawn_file_actions_addclosefrom_np(&actions_, first_closed_);
+    posix_spawnattr_setflags(&attributes_, static_cast<short>(flags_));
     char** end = environ;
     while (*end != nullptr)
       ++end;
@@ -103,6 +115,7 @@ class SpawnPlan {
   posix_spawn_file_actions_t actions_{};
   posix_spawnattr_t attributes_{};
   int first_closed_ = kFirstOwnDescriptor;
+  int flags_ = 0;
   std::vector<std::string> variables_;
 };
 
@@ -121,6 +134,9 @@ class LinuxProcess final : public ports::Process {
     if (!is_reaped_ && !is_chain_member_) waitpid(id_, nullptr, WNOHANG);
   }
 
+  // It leads a group of processes that Kill ends with it.
+  void LeadGroup() { leads_group_ = true; }
+
   // The parent of the chain wants its exit code and inherits it when this process ends.
   void LeaveToChainParent() { is_chain_member_ = true; }
 
@@ -132,6 +148,12 @@ class LinuxProcess final : public ports::Process {
     const int count = poll(&ended, 1, milliseconds);
     if (count < 0 && errno != EINTR) return ports::Outcome<bool>::Failure(errno);
     return ports::Outcome<bool>::Success(count > 0);
+  }
+
+  ports::Status Kill() override {
+    if (is_reaped_) return ports::Status::Success();
+    const bool is_killed = kill(leads_group_ ? -id_ : id_, SIGKILL) == 0 || errno == ESRCH;
+    return is_killed ? ports::Status::Success() : ports::Status::Failure(errno);
   }
 
   ports::Outcome<std::int32_t> ExitCode() override {
@@ -163,6 +185,7 @@ class LinuxProcess final : public ports::Process {
   UniqueDescriptor handle_;
   bool is_reaped_ = false;
   bool is_chain_member_ = false;
+  bool leads_group_ = false;
   std::int32_t exit_code_ = 0;
 };
 
@@ -228,11 +251,13 @@ class LinuxProcesses final : public ports::Processes {
     SpawnPlan plan;
     plan.ResetSignals(resettable_signals_);
     plan.SetFolder(request.working_folder);
+    if (!request.output_file.empty()) plan.Detach(request.output_file);
     const bool continues_chain = request.continues_chain && ChainPipe() >= 0;
     if (continues_chain) PassChain(plan);
     const auto child = plan.Spawn(program, arguments, true);
     if (!child) return Result::Failure(child.code);
     auto process = std::make_unique<LinuxProcess>(child.value);
+    if (!request.output_file.empty()) process->LeadGroup();
     if (continues_chain) {
       AnnounceChainMember(child.value);
       process->LeaveToChainParent();

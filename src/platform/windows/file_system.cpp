@@ -226,6 +226,21 @@ class WindowsFileSystem final : public ports::FileSystem {
     return StatusOf(SetAttributes(native, found.dwFileAttributes & kCopiedAttributes));
   }
 
+  ports::Status SetFacts(const std::string& path, std::int64_t modified,
+                         std::uint32_t /*unix_mode*/) override {
+    // A FILETIME counts from 1601 in steps of 100 ns.
+    constexpr std::int64_t kSecondsFrom1601 = 11'644'473'600;
+    constexpr std::int64_t kStepsPerSecond = 10'000'000;
+    ULARGE_INTEGER steps{};
+    steps.QuadPart = static_cast<ULONGLONG>((modified + kSecondsFrom1601) * kStepsPerSecond);
+    const FILETIME time{steps.LowPart, steps.HighPart};
+    const UniqueFileHandle handle(CreateFileW(NativePath(path).c_str(), FILE_WRITE_ATTRIBUTES,
+                                              FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    if (!handle || !SetFileTime(handle.Get(), nullptr, nullptr, &time))
+      return ports::Status::Failure(LastError());
+    return ports::Status::Success();
+  }
+
   ports::Status CopyRights(const std::string& /*source*/, const std::string& /*target*/) override {
     return ports::Status::Success();
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <mutex>
 #include <utility>
 
 #include "foundation/command_line.h"
@@ -31,7 +32,9 @@ static_assert(WAIT_TIMEOUT == 258);
 class WindowsProcess final : public ports::Process {
  public:
   // The shell may have started something without a process of its own: handle none, id 0.
-  WindowsProcess(UniqueKernelHandle handle, DWORD id) : handle_(std::move(handle)), id_(id) {}
+  // The job, which may be none, holds the process and all that it starts.
+  WindowsProcess(UniqueKernelHandle handle, DWORD id, UniqueKernelHandle job = {})
+      : handle_(std::move(handle)), id_(id), job_(std::move(job)) {}
 
   std::int32_t Id() const override { return static_cast<std::int32_t>(id_); }
 
@@ -41,6 +44,15 @@ class WindowsProcess final : public ports::Process {
     const DWORD result = WaitForSingleObject(handle_.Get(), static_cast<DWORD>(milliseconds));
     if (result == WAIT_FAILED) return Result::Failure(LastError());
     return Result::Success(result != WAIT_TIMEOUT);
+  }
+
+  ports::Status Kill() override {
+    const bool is_killed = job_ ? TerminateJobObject(job_.Get(), 1) != FALSE
+                                : TerminateProcess(handle_.Get(), 1) != FALSE;
+    const ports::SystemCode code = is_killed ? 0 : LastError();
+    // A process that has ended cannot be ended again.
+    if (is_killed || Wait(0).value) return ports::Status::Success();
+    return ports::Status::Failure(code);
   }
 
   ports::Outcome<std::int32_t> ExitCode() override {
@@ -53,6 +65,7 @@ class WindowsProcess final : public ports::Process {
  private:
   UniqueKernelHandle handle_;
   DWORD id_;
+  UniqueKernelHandle job_;
 };
 
 // An empty text is passed as none.
@@ -72,6 +85,12 @@ STARTUPINFOW StartUpRecord(const ports::StartRequest& request) {
   return record;
 }
 
+UniqueFileHandle OpenInherited(const std::wstring& path, DWORD access, DWORD how) {
+  SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+  return UniqueFileHandle(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                      &inherited, how, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 // Other devices than a console have no mode.
 bool IsConsole(DWORD stream) {
   DWORD mode = 0;
@@ -87,16 +106,37 @@ class WindowsProcesses final : public ports::Processes {
       return Result::Failure(ERROR_INVALID_PARAMETER);  // not every system survives the call
     STARTUPINFOW record = StartUpRecord(request);
     PROCESS_INFORMATION started{};
+    // A program that another thread starts meanwhile would inherit the files too, and hold them.
+    std::unique_lock lock(guard_, std::defer_lock);
+    UniqueFileHandle input;
+    UniqueFileHandle output;
+    UniqueKernelHandle job;
+    DWORD flags = CREATE_DEFAULT_ERROR_MODE;
+    if (!request.output_file.empty()) {
+      lock.lock();
+      input = OpenInherited(L"NUL", GENERIC_READ, OPEN_EXISTING);
+      output = OpenInherited(ToWide(request.output_file), GENERIC_WRITE, CREATE_ALWAYS);
+      if (!input || !output) return Result::Failure(LastError());
+      record.dwFlags |= STARTF_USESTDHANDLES;
+      record.hStdInput = input.Get();
+      record.hStdOutput = output.Get();
+      record.hStdError = output.Get();
+      job.Reset(CreateJobObjectW(nullptr, nullptr));
+      flags |= CREATE_SUSPENDED | CREATE_NO_WINDOW;
+    }
     const std::wstring program = ToWide(request.program);
     std::wstring command_line = ToWide(request.command_line);
     const std::wstring folder = ToWide(request.working_folder);
     if (CreateProcessW(OrNone(program), command_line.empty() ? nullptr : command_line.data(),
-                       nullptr, nullptr, FALSE, CREATE_DEFAULT_ERROR_MODE, nullptr, OrNone(folder),
+                       nullptr, nullptr, output ? TRUE : FALSE, flags, nullptr, OrNone(folder),
                        &record, &started) == FALSE)
       return Result::Failure(LastError());
     const UniqueKernelHandle thread(started.hThread);
+    // Refused on Windows 7 where this process is in a job itself.
+    if (job && AssignProcessToJobObject(job.Get(), started.hProcess) == FALSE) job.Reset();
+    if ((flags & CREATE_SUSPENDED) != 0) ResumeThread(started.hThread);
     return Result::Success(std::make_unique<WindowsProcess>(UniqueKernelHandle(started.hProcess),
-                                                            started.dwProcessId));
+                                                            started.dwProcessId, std::move(job)));
   }
 
   ports::Outcome<std::unique_ptr<ports::Process>> StartElevated(
@@ -171,6 +211,9 @@ class WindowsProcesses final : public ports::Processes {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exit_code));
     return ports::Status::Failure(LastError());
   }
+
+ private:
+  std::mutex guard_;  // while handles may be inherited
 };
 
 }  // namespace
