@@ -23,7 +23,9 @@ struct CheckOptions {
 };
 
 struct CheckedRelease {
-  std::string version;  // empty if the digest has none
+  std::string version;      // empty if the digest has none
+  Digest digest;            // with the manifest that it binds, or should
+  std::string server_list;  // the text
   std::size_t files = 0;
   std::size_t tables = 0;
   std::int64_t volume = 0;                // bytes a first installation downloads

@@ -205,6 +205,9 @@ inline constexpr const char* kOtherTable = "It is the text of the table %1.";
 inline constexpr const char* kCarriesRows = "It carries rows.";
 inline constexpr const char* kCarriesNoRows = "It carries no rows.";
 
+inline constexpr const char* kServerNotReached = "The server cannot be reached: %1";
+inline constexpr const char* kAnotherAnnouncement = "Another announcement is being made here: %1.";
+
 // Errors that end a run; paths come in quotes. A text that ends with a blank is the line above the
 // system's error text.
 inline constexpr const char* kNoXmlComponent = "No XML component: %1";

@@ -1,11 +1,15 @@
 #include "publish/release_source.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "foundation/file_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
 #include "publish/faults.h"
 #include "publish/workers.h"
+#include "services/advice.h"
 #include "transfer/inet.h"
 
 namespace publish {
@@ -36,6 +40,14 @@ class FolderSource final : public ReleaseSource {
   std::string folder_;
 };
 
+bool IsOnTheWay(tmw::FailureKind kind) {
+  using Kind = tmw::FailureKind;
+  constexpr Kind kKinds[] = {Kind::kNoConnection, Kind::kNameNotResolved, Kind::kProxy,
+                             Kind::kProxyLogin,   Kind::kInterrupted,     Kind::kCertificateDate,
+                             Kind::kCertificate,  Kind::kNoSecureChannel, Kind::kUnknownAuthority};
+  return std::find(std::begin(kKinds), std::end(kKinds), kind) != std::end(kKinds);
+}
+
 // Reads from a web server. The internet session may be used by one thread only.
 class UrlSource final : public ReleaseSource {
  public:
@@ -46,9 +58,13 @@ class UrlSource final : public ReleaseSource {
                                      std::string& reason) override {
     const std::string path = tmw::JoinPath(scratch_, "download" + std::to_string(++count_));
     auto fetched = std::make_unique<FetchedFile>(path, true);
+    static_cast<void>(tmw::TakeNotedFailure());
     if (tmw::TryDownloadFile(tmw::JoinUrl(url_, name), path, reason, max_bytes)) return fetched;
+    is_reached_ = !IsOnTheWay(tmw::TakeNotedFailure());
     return nullptr;
   }
+
+  bool IsReached() const override { return is_reached_; }
 
   std::size_t Workers() const override { return 1; }
 
@@ -56,6 +72,7 @@ class UrlSource final : public ReleaseSource {
   std::string url_;
   std::string scratch_;
   std::size_t count_ = 0;
+  bool is_reached_ = true;
 };
 
 }  // namespace
@@ -63,6 +80,10 @@ class UrlSource final : public ReleaseSource {
 FetchedFile::~FetchedFile() {
   // What cannot be deleted is removed with the scratch folder.
   if (is_copy_) static_cast<void>(tmw::DeleteFile(path_, true));
+}
+
+void RequireReached(const ReleaseSource& source, const std::string& reason) {
+  if (!source.IsReached()) tmw::RaiseProgramError(tools::Fill(texts::kServerNotReached, {reason}));
 }
 
 std::unique_ptr<ReleaseSource> OpenReleaseSource(const std::string& place,

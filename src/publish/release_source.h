@@ -36,9 +36,15 @@ class ReleaseSource {
   virtual std::unique_ptr<FetchedFile> Fetch(const std::string& name, std::int64_t max_bytes,
                                              std::string& reason) = 0;
 
+  // Returns false if the last Fetch has failed on the way to the server, not by its answer.
+  virtual bool IsReached() const { return true; }
+
   // How many threads may call Fetch at the same time.
   virtual std::size_t Workers() const = 0;
 };
+
+// Raises the reason if the server has not been reached.
+void RequireReached(const ReleaseSource& source, const std::string& reason);
 
 // Opens a folder or, if place contains "://", an address; downloads go to the scratch folder.
 std::unique_ptr<ReleaseSource> OpenReleaseSource(const std::string& place,

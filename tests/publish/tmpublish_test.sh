@@ -57,7 +57,8 @@ expect 0 "file.\{p\} Программа.exe" diff server/TMW_3.6.0.2 server
 grep -qF '"name": "{p} ' output
 expect 3 "" check нет
 errors 'tmpublish: No folder "'
-expect 1 "TMW_version.dat: Cannot be had" check http://127.0.0.1:1/
+expect 3 "" check http://127.0.0.1:1/
+errors "tmpublish: The server cannot be reached: "
 for wrong in "" "чепуха" "publish release.xml" "check" "check a b" "diff a" "check --x a" "check --from 3 a"; do
   # shellcheck disable=SC2086  # the words are the arguments
   expect 2 "" $wrong
