@@ -17,6 +17,7 @@ foundation                        ports
 services                          ports foundation
 packing                           ports foundation sha256
 packages                          ports foundation services sha256
+unzip                             ports foundation packages
 companion                         ports/companion_abi foundation/encodings foundation/unique_handle sha256
 jet/errors                        ports foundation
 jet/values                        ports foundation jet/errors
@@ -43,13 +44,14 @@ platform/windows/dao              ports foundation platform/windows/com platform
 platform/windows/embedded_engine  ports jet/engine
 platform/windows/database         ports platform/factories platform/windows/dao platform/windows/embedded_engine
 platform/windows                  ports foundation services platform/factories platform/windows
-engine                            ports foundation services sha256 signature transfer packages database
+product                           ports foundation services sha256 packages
+engine                            ports foundation services sha256 signature transfer packages database product
 publish                           ports foundation services sha256 signature transfer packages packing database tools
 jetsql                            ports foundation services database tools jet/engine jet/file jet/values jet/store/field_properties jet/store/file_definitions
 support                           ports foundation services sha256 packages database tools
-rollback                          ports foundation services packages database tools
+rollback                          ports foundation services sha256 unzip packages database product tools
 ui                                ports foundation services engine
-startup                           ports foundation services
+startup                           ports foundation services product
 main                              ports foundation services ui startup
 '
 
@@ -60,7 +62,7 @@ curl/                platform/linux
 libxml/              platform/linux
 Q[A-Z]               platform/linux
 systemd/             platform/linux
-zlib.h               companion
+zlib.h               companion unzip
 sqlite3.h            jet
 sodium               signature
 cxxopts.hpp          tools

@@ -87,9 +87,9 @@ bool Pack(const std::string& database, const std::string& archive) {
 
 }  // namespace
 
-bool PackUserDatabase() {
+std::optional<Backup> PackUserDatabase() {
   const auto database = GetUserDBForReading();
-  if (!database) return false;
+  if (!database) return std::nullopt;
   const DbVersion version = GetDataBaseVersion(*database);
   database->Close();
   const std::string file = database_utils::GetUserDBFileName();
@@ -99,15 +99,15 @@ bool PackUserDatabase() {
     if (IsFileExists(archive)) {
       if (IsNamedBackupOf(archive, file)) earlier.push_back(archive);
     } else if (!IsFolderExists(archive)) {
-      if (!Pack(file, archive)) return false;
+      if (!Pack(file, archive)) return std::nullopt;
       // The same packed bytes: the earlier archive is whole, and the new one adds nothing.
       for (const std::string& other : earlier) {
         if (!HaveSameBytes(archive, other)) continue;
         LogEvent("backup_kept", {{"file", other}});
         DeleteFile(archive);
-        break;
+        return Backup{other, version};
       }
-      return true;
+      return Backup{archive, version};
     }
   }
 }

@@ -30,7 +30,10 @@ class DatabaseUpdate {
  private:
   UpdaterEvents& events_;
   DatabaseBuild build_;
+  std::string version_id_;
   std::string user_rows_hash_;  // from before the working database was copied
+  std::string reference_hash_;  // of the databases that were built
+  std::string working_hash_;
 };
 
 }  // namespace tmw

@@ -37,12 +37,6 @@ inline std::string VolumeQuestion(const std::string& size) {
          size + "." + kBreak + kBreak + "Осуществлять загрузку и установку?";
 }
 
-inline std::string NoTempFolder(const std::string& folder) {
-  return "Невозможно создать временную папку для загрузки " + Quoted(folder) +
-         ". Возможные причины: у текущего пользователя отсутствуют необходимые права; в системных "
-         "настройках Windows указан неверный путь к временной папке.";
-}
-
 inline std::string TwoDatabases(const std::string& file, const std::string& copy) {
   return "Рабочая база данных существует дважды: " + Quoted(file) + " и " + Quoted(copy) +
          ". Вторую Windows завела для программ, которые пишут в защищенную папку без прав "
@@ -337,6 +331,12 @@ inline std::string CopyDiffers(const std::string& built, const std::string& copy
          Quoted(built) + ". Рабочая база данных не изменена.";
 }
 
+inline std::string BuiltDatabaseChanged(const std::string& built) {
+  return "Новая база данных " + Quoted(built) +
+         " изменилась после того, как была построена. Она не установлена; при следующем запуске "
+         "обновления она будет построена заново.";
+}
+
 inline std::string NewDatabaseTooOld(const std::string& version) {
   return "В новой базе данных стоит номер версии " + version +
          ", который меньше номера версии обновления. Рабочая база данных не изменена.";
@@ -349,15 +349,21 @@ inline std::string CopyNotNamed(const std::string& reason, const std::string& co
          ". Запустите обновление еще раз: оно даст ей имя " + Quoted(database) + ".";
 }
 
+// Keeping what is going to be replaced.
+inline constexpr const char* kKeeping = "Сохранение предыдущей версии...";
+
+inline std::string NotKept(const std::string& reason) {
+  return "Не удалось сохранить предыдущую версию программы:" + kBreak + reason + kBreak + kBreak +
+         "Без нее нельзя будет вернуться к предыдущей версии после обновления. Резервная копия базы "
+         "данных создается в любом случае." +
+         kBreak + kBreak + "Продолжить обновление без возможности вернуться?";
+}
+
 // Installing.
 inline constexpr const char* kRemovingOld = "Удаление старых компонент...";
 inline constexpr const char* kInstalling = "Установка новых компонент...";
 inline constexpr const char* kBusyInstalling = "Идет установка обновления программы \"Tamrin\".";
 inline constexpr const char* kCleaning = "Удаление временных файлов...";
-
-inline std::string MarkNotWritten(const std::string& file) {
-  return "Ошибка записи в файл " + Quoted(file) + ":";
-}
 
 inline std::string LoadedFileMissing(const std::string& file) {
   return "По неизвестной причине отсутствует загруженный файл " + Quoted(file) + ".";
@@ -384,25 +390,6 @@ inline std::string InstallationUnfinished(const std::string& updater) {
          "еще раз: она завершит установку. Заново загружать то, что уже загружено, не "
          "понадобится." +
          kBreak + kBreak + "Программа обновления: " + Quoted(updater);
-}
-
-inline std::string RegisteredFileMissing(const std::string& file) {
-  return "Регистрируемый файл " + Quoted(file) + " не найден.";
-}
-
-inline std::string UnregisteredFileMissing(const std::string& file) {
-  return "Разрегистрируемый файл " + Quoted(file) + " не найден.";
-}
-
-inline std::string NotRegistered(const std::string& file, std::int32_t code,
-                                 const std::string& reason) {
-  return "Ошибка регистрации файла " + Quoted(file) + " (0x" + ToHex(code) + "):" + kBreak + reason;
-}
-
-inline std::string NotUnregistered(const std::string& file, std::int32_t code,
-                                   const std::string& reason) {
-  return "Ошибка разрегистрации файла " + Quoted(file) + " (0x" + ToHex(code) + "):" + kBreak +
-         reason;
 }
 
 // Restarting as a temporary copy, and as a newer updater.

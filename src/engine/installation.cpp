@@ -6,8 +6,6 @@
 
 #include "engine/engine_texts.h"
 #include "engine/installed_files.h"
-#include "engine/interruption_mark.h"
-#include "engine/registration.h"
 #include "engine/verified_copy.h"
 #include "foundation/contract_names.h"
 #include "foundation/file_utils.h"
@@ -17,6 +15,8 @@
 #include "ports/front_end.h"
 #include "ports/ports.h"
 #include "ports/processes.h"
+#include "product/interruption_mark.h"
+#include "product/registration.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
 #include "services/product_settings.h"
@@ -52,7 +52,7 @@ Installation::Installation(const Manifest& manifest, ReleasePaths release, std::
       was_interrupted_(IsInstallationInterrupted(temp_dir_)) {}
 
 bool Installation::ReplaceOwnFiles() {
-  MarkInstallation(release_, manifest_.VersionID);
+  MarkInstallation(release_.Folder, manifest_.VersionID);
   is_under_way_ = true;
   if (std::none_of(manifest_.Files.begin(), manifest_.Files.end(), IsReplacedInOneStep))
     return true;

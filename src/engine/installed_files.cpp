@@ -2,13 +2,10 @@
 
 #include <algorithm>
 
-#include "foundation/contract_names.h"
 #include "foundation/encodings.h"
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
-#include "ports/companion_library.h"
-#include "ports/ports.h"
-#include "ports/processes.h"
+#include "product/own_files.h"
 
 namespace tmw {
 namespace {
@@ -23,10 +20,7 @@ std::string InstalledPath(const WuFileNode& file) {
 }
 
 bool IsUpdatersOwnFile(const WuFileNode& file) {
-  const ports::Ports& ports = ports::CurrentPorts();
-  return EqualIgnoringCase(file.OrigName, std::string(names::kUpdaterProgram) +
-                                              ports.processes->ProgramEnding()) ||
-         EqualIgnoringCase(file.OrigName, SplitFileName(ports.companion->Path()).FileName());
+  return IsOwnFileName(file.OrigName);
 }
 
 std::optional<std::string> ScriptCompanion(const WuFileNode& file, const Manifest& manifest) {

@@ -10,8 +10,9 @@ namespace tmw {
 
 std::string InstalledPath(const WuFileNode& file);
 
-// True for the updater's program and its companion library, by their names, letter case aside. Each
-// is replaced in one step: the product's folder is never without its updater.
+// True for the updater's program, its companion library and the program of the way back, by their
+// names, letter case aside. Each is replaced in one step: the product's folder is never without its
+// updater.
 bool IsUpdatersOwnFile(const WuFileNode& file);
 
 // Beside a script of the product (".tms") lies its description, the file of the same base name that

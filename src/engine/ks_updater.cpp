@@ -4,7 +4,7 @@
 
 #include "engine/component_loader.h"
 #include "engine/engine_texts.h"
-#include "engine/interruption_mark.h"
+#include "engine/keeping.h"
 #include "engine/product_version_check.h"
 #include "engine/run_messages.h"
 #include "engine/run_record.h"
@@ -17,6 +17,7 @@
 #include "foundation/file_utils.h"
 #include "ports/ports.h"
 #include "ports/power.h"
+#include "product/interruption_mark.h"
 #include "services/box_titles.h"
 #include "services/run_module.h"
 #include "services/updater_settings.h"
@@ -80,6 +81,7 @@ bool KsUpdater::RunStages() {
   if (events_.CancelPressed()) return false;
   if (!BuildDatabases()) return false;
   if (!LookBeforeRemoval()) return false;
+  if (!KeepPrevious()) return false;
   EnterStep(is_client_ ? 4 : 5);
   events_.OnSetIcon("trash");
   events_.OnSetButtonMode(0);
@@ -96,7 +98,7 @@ bool KsUpdater::RunStages() {
 }
 
 bool KsUpdater::MoveToTempCopy() {
-  if (RunsInWorkingPlace(product_code_)) return true;
+  if (IsWorkingCopy(product_code_)) return true;
   if (old_product_version_.empty()) old_product_version_ = LoadOldProductVersion();
   return CopyToTempFolderAndRestart();
 }
@@ -243,6 +245,13 @@ bool KsUpdater::BuildEtalonDB() try { return databases_->BuildReference(); } cat
 
 bool KsUpdater::BuildWorkingDB() try { return databases_->BuildWorking(); } catch (...) {
   ReRaiseError(kRunModule, "BuildWorkingDB");
+}
+
+bool KsUpdater::KeepPrevious() try {
+  return tmw::KeepPrevious(
+      {manifest_, release_, temp_dir_, old_product_version_, digest_.Version, is_client_}, events_);
+} catch (...) {
+  ReRaiseError(kRunModule, "KeepPrevious");
 }
 
 bool KsUpdater::ReplaceOwnFiles() try {

@@ -60,6 +60,7 @@ class KsUpdater {
   bool BuildEtalonDB();
   bool BuildWorkingDB();
   bool LookBeforeRemoval();
+  bool KeepPrevious();
   bool ReplaceOwnFiles();
   bool UninstallOldFiles();
   bool InstallNewFiles();

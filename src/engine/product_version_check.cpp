@@ -3,13 +3,13 @@
 #include <cstdint>
 
 #include "engine/engine_texts.h"
-#include "engine/interruption_mark.h"
 #include "engine/run_messages.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/version.h"
 #include "ports/ports.h"
 #include "ports/product_version.h"
+#include "product/interruption_mark.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
 #include "services/run_module.h"

@@ -7,8 +7,6 @@
 #include "foundation/file_utils.h"
 #include "foundation/number_text.h"
 #include "foundation/text.h"
-#include "ports/file_system.h"
-#include "ports/ports.h"
 #include "services/product_settings.h"
 #include "services/run_log.h"
 
@@ -16,10 +14,6 @@ namespace tmw {
 namespace {
 
 constexpr std::int64_t kLongest = 64;  // bytes; a longer file is damaged
-
-ports::FileSystem& Files() {
-  return *ports::CurrentPorts().files;
-}
 
 std::string SerialFile() {
   return JoinPath(GetProductRootPath(), names::kSerialFile);
@@ -39,15 +33,8 @@ std::int64_t HighestSerial() {
 
 void RememberSerial(std::int64_t serial) {
   if (serial <= HighestSerial()) return;
-  const std::string file = SerialFile();
-  const std::string written = file + std::string(names::kNewSerialEnding);
-  ports::Status status = WriteFileBytes(written, std::to_string(serial) + std::string(kCrLf));
-  if (status) status = Files().Rename(written, file);
-  if (status) {
-    status = Files().FlushFolder(GetProductRootPath());
-  } else {
-    static_cast<void>(Files().RemoveFile(written));
-  }
+  const ports::Status status =
+      ReplaceFileBytes(SerialFile(), std::to_string(serial) + std::string(kCrLf));
   LogEvent("serial", {{"number", serial}, {"kept", static_cast<bool>(status)}});
 }
 

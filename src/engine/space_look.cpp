@@ -6,12 +6,12 @@
 
 #include "database/database_paths.h"
 #include "engine/installed_files.h"
-#include "engine/look_texts.h"
 #include "engine/run_messages.h"
 #include "foundation/contract_names.h"
 #include "foundation/file_utils.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
+#include "product/look_texts.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
 #include "services/product_settings.h"
@@ -78,16 +78,19 @@ std::int64_t LargestTable(const Manifest& manifest) {
   return largest;
 }
 
-// Old files are removed before the new ones come, except those that are replaced in one step.
+// Old files are kept, as second names or as copies, which are made before the old files are removed
+// and the new ones come. Those that are replaced in one step stand beside the new ones as well.
 std::int64_t GrowthOfFiles(const Manifest& manifest) {
+  std::int64_t copies = 0;
   std::int64_t growth = 0;
   std::int64_t largest_own = 0;
   for (const WuFileNode& file : manifest.Files) {
     if (!file.NeedUpdate) continue;
-    growth += file.OrigSize - LengthOf(InstalledPath(file));
+    copies += LengthOf(InstalledPath(file));
+    growth += file.OrigSize;
     if (IsUpdatersOwnFile(file)) largest_own = std::max<std::int64_t>(largest_own, file.OrigSize);
   }
-  return std::max<std::int64_t>(growth, 0) + largest_own;
+  return std::max(copies, growth) + largest_own;
 }
 
 ports::DiskSpace SpaceOf(const std::string& folder) {
@@ -153,8 +156,9 @@ std::vector<SpaceNeed> PlanSpace(const Manifest& manifest, bool is_client,
     const std::int64_t database = std::max(user, built);
     loading.Estimated = AddTexts(manifest, release, items) + LargestTable(manifest) +
                         (kBuiltDatabases + kStoredDatabases) * database;
-    const std::int64_t reference_growth =
-        std::max<std::int64_t>(database - LengthOf(InstalledReferencePath()), 0);
+    const std::int64_t reference = LengthOf(InstalledReferencePath());
+    const std::int64_t reference_growth = std::max<std::int64_t>(database - reference, 0);
+    program.Estimated += reference;  // is kept as a copy
     // The new database stands beside the old one for a moment.
     needs.push_back({ExistingFolder(SplitFileName(UserDatabasePlace()).Folder), 0, database});
     // The backup lies beside the name of the user database, where a link may lead elsewhere.

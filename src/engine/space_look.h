@@ -47,8 +47,8 @@ std::optional<SpaceShortage> FindShortage(const std::vector<SpaceNeed>& needs,
 enum class SpaceMoment { kBeforeDownload, kBeforeRemoval };
 
 // In the temporary folder: what is still to be loaded, the two databases that are built and the
-// engine's working store. In the product's folders: what the new files are larger by, the new
-// databases and the backup.
+// engine's working store. In the product's folders: the old files that are kept beside the new
+// ones, the new databases and the backup.
 std::vector<SpaceNeed> PlanSpace(const Manifest& manifest, bool is_client,
                                  const ReleasePaths& release, SpaceMoment moment);
 

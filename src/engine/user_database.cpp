@@ -9,6 +9,7 @@
 #include "database/database_texts.h"
 #include "database/open_mdb.h"
 #include "engine/engine_texts.h"
+#include "engine/verified_copy.h"
 #include "foundation/api_errors.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
@@ -26,16 +27,15 @@ namespace {
 constexpr std::size_t kPageBytes = 4096;
 constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 
-bool IsGoodCopy(const std::string& copy, const std::string& built,
-                const DbVersion& target_version) {
-  if (GetFileHash(copy) != GetFileHash(built)) {
-    DownloadError(engine_texts::CopyDiffers(built, copy), FailureKind::kDatabase);
+bool IsGoodCopy(const std::string& copy, const NewUserDatabase& replacement) {
+  if (GetFileHash(copy) != replacement.BuiltHash) {
+    DownloadError(engine_texts::CopyDiffers(replacement.Built, copy), FailureKind::kDatabase);
     return false;
   }
   const auto database = OpenMdb(copy, database_texts::kNewDatabase, true, true);
   if (!database) return false;
   const DbVersion version = GetDataBaseVersion(*database);
-  if (version >= target_version) return true;
+  if (version >= replacement.TargetVersion) return true;
   DownloadError(engine_texts::NewDatabaseTooOld(DbVersionText(version)), FailureKind::kDatabase);
   return false;
 }
@@ -107,18 +107,17 @@ std::string HashOfUserRows() {
   return hash.value;
 }
 
-bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
-                         const std::string& hash) {
+bool ReplaceUserDatabase(const NewUserDatabase& replacement) {
   const std::string database = UserDatabasePlace();
   const std::string copy = NewUserDatabasePath();
-  CopyFile(built, copy);
-  if (!IsGoodCopy(copy, built, target_version)) {
+  if (!CopyBuiltDatabase(replacement.Built, copy, replacement.BuiltHash)) return false;
+  if (!IsGoodCopy(copy, replacement)) {
     DeleteFile(copy, true);
     return false;
   }
   // Some systems delete a file that a program has open: what that writes would be lost.
   if (IsFileExists(database)) {
-    if (!IsUnchanged(hash)) {
+    if (!IsUnchanged(replacement.UserRowsHash)) {
       DeleteFile(copy, true);
       return false;
     }
@@ -126,8 +125,9 @@ bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_versi
     DeleteFileRepeatedly(database);
   }
   GiveCopyItsName(copy, database);
-  LogEvent("database_replaced", {{"file", database}, {"version", DbVersionText(target_version)}});
-  DeleteFile(built);
+  LogEvent("database_replaced",
+           {{"file", database}, {"version", DbVersionText(replacement.TargetVersion)}});
+  DeleteFile(replacement.Built);
   return true;
 }
 

@@ -19,10 +19,16 @@ void CheckUserDatabase(bool is_client);
 // open.
 std::string HashOfUserRows();
 
-// Puts the built database in the place of the user database and deletes it where it was built.
-// hash: HashOfUserRows from before the build. If the file has another one now, it has been written
-// to since, and stays as it is.
-bool ReplaceUserDatabase(const std::string& built, const DbVersion& target_version,
-                         const std::string& hash);
+struct NewUserDatabase {
+  std::string Built;      // where it was built
+  std::string BuiltHash;  // from then
+  DbVersion TargetVersion{};
+  std::string UserRowsHash;  // HashOfUserRows from before the build
+};
+
+// Puts the built database in the place of the user database and deletes it where it was built. A
+// user database with other rows than before the build has been written to since, and stays as it
+// is.
+bool ReplaceUserDatabase(const NewUserDatabase& replacement);
 
 }  // namespace tmw

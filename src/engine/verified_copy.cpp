@@ -11,12 +11,12 @@
 namespace tmw {
 namespace {
 
-bool CopyHashed(const WuFileNode& file, const std::string& loaded, const std::string& installed) {
+bool CopyHashed(const std::string& source, const std::string& target, const std::string& hash) {
   sha256::Stream stream;
   CopyCheck check;
   check.OnBytes = [&](const void* bytes, std::size_t length) { stream.Update(bytes, length); };
-  check.IsGood = [&] { return GetHashString(stream.Finish()) == file.Hash; };
-  return CopyFileChecked(loaded, installed, check);
+  check.IsGood = [&] { return GetHashString(stream.Finish()) == hash; };
+  return CopyFileChecked(source, target, check);
 }
 
 // The record's hash is that of the text, without a mark at its beginning.
@@ -35,10 +35,17 @@ bool CopyHashedText(const WuFileNode& file, const std::string& loaded,
 
 bool CopyVerified(const WuFileNode& file, const std::string& loaded, const std::string& installed) {
   const bool is_good = file.PackType == kPackText ? CopyHashedText(file, loaded, installed)
-                                                  : CopyHashed(file, loaded, installed);
+                                                  : CopyHashed(loaded, installed, file.Hash);
   if (is_good) return true;
   DownloadError(engine_texts::LoadedFileChanged(loaded), FailureKind::kOther);
   DeleteFileRepeatedly(loaded);
+  return false;
+}
+
+bool CopyBuiltDatabase(const std::string& built, const std::string& target,
+                       const std::string& hash) {
+  if (CopyHashed(built, target, hash)) return true;
+  DownloadError(engine_texts::BuiltDatabaseChanged(built), FailureKind::kDatabase);
   return false;
 }
 

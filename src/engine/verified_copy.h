@@ -13,4 +13,8 @@ namespace tmw {
 // report.
 bool CopyVerified(const WuFileNode& file, const std::string& loaded, const std::string& installed);
 
+// The same for a database that has been built, whose hash was taken then; it is not deleted.
+bool CopyBuiltDatabase(const std::string& built, const std::string& target,
+                       const std::string& hash);
+
 }  // namespace tmw

@@ -6,13 +6,9 @@
 // without a separator at the end.
 namespace tmw {
 
-// Creates "TMW_WebUpdate" in the user's temporary folder. Returns false if that cannot be done,
-// which has been reported. A run with administrator rights works in the system's instead, in a
-// folder that only administrators may write to: one that is not run from there yet makes it anew.
+// The updater's working place, "TMW_WebUpdate" (product/working_place.h).
 bool CreateTempDir(const std::string& product_code, std::string& temp_dir);
-
-// Whether this process is the copy that does the run, where it has to be.
-bool RunsInWorkingPlace(const std::string& product_code);
+bool IsWorkingCopy(const std::string& product_code);
 
 struct ReleasePaths {
   std::string Folder;      // in the temporary folder, named by the release

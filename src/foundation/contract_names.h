@@ -69,7 +69,6 @@ inline constexpr std::string_view kNetworkMarkMask = "client*.cln";
 inline constexpr std::string_view kUserDatabase = "Tamrin.mdb";
 inline constexpr std::string_view kLockFile = "TmWebUpdate.lock";
 inline constexpr std::string_view kSerialFile = "TmWebUpdate.serial";
-inline constexpr std::string_view kNewSerialEnding = ".new";
 
 // The log: one for people, one of JSON lines, and what each was before it grew too long.
 inline constexpr std::string_view kLogName = "TmWebUpdate";
@@ -81,6 +80,16 @@ inline constexpr std::string_view kOldJsonLogEnding = ".old.jsonl";
 // The marks of an installation under way: in the release's working folder, in the product's root.
 inline constexpr std::string_view kReleaseMark = "_Installing.txt";
 inline constexpr std::string_view kRootMark = "TMW_Installing.txt";
+
+// The way back. What the last update replaced is kept in a folder of the product's root, with a
+// list of it; the mark of a rollback under way and the record of the last one lie in the root.
+inline constexpr std::string_view kRollbackProgram = "TmRollback";  // and the system's ending
+inline constexpr std::string_view kKeptFolder = "Предыдущая версия";
+inline constexpr std::string_view kKeptList = "TMW_Kept.txt";
+inline constexpr std::string_view kRollbackMark = "TMW_Rollback.txt";
+inline constexpr std::string_view kRollbackRecord = "TMW_LastRollback.txt";
+inline constexpr std::string_view kSetAsideName = " (до отката ";  // behind the database's name
+inline constexpr std::string_view kRollbackFolderEnding = "_Rollback";
 
 // The maker's server.
 inline constexpr std::string_view kDigestFile = "TMW_version.dat";

@@ -25,6 +25,7 @@ constexpr const char* kModule = "mTmFilesOld";
 constexpr std::size_t kCopyBytes = std::size_t{256} << 10;
 
 constexpr const char* kGrowingEnding = ".copying";
+constexpr const char* kReplacementEnding = ".new";
 // Bytes of the target's name that the growing copy's name takes over, so that it fits wherever the
 // target's own name does.
 constexpr std::size_t kLongestNameTaken = 200;
@@ -121,6 +122,15 @@ bool CopyFileChecked(const std::string& source, const std::string& target,
   return is_good;
 } catch (...) {
   ReRaiseError(kModule, "CopyFile");
+}
+
+Status ReplaceFileBytes(const std::string& path, std::string_view bytes) {
+  GrowingCopy copy(path + kReplacementEnding);
+  Status status = WriteFileBytes(copy.Path(), bytes);
+  if (status) status = RenamePatiently(copy.Path(), path);
+  if (!status) return status;
+  copy.Keep();
+  return FlushFolderOf(path);
 }
 
 void CopyFile(const std::string& source, const std::string& target) {

@@ -3,6 +3,9 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <string_view>
+
+#include "ports/outcome.h"
 
 // Copying and moving such that no file is ever seen half written (module mTmFilesOld). Failures are
 // raised as those of file_utils.h.
@@ -23,6 +26,10 @@ struct CopyCheck {
 // bytes good.
 [[nodiscard]] bool CopyFileChecked(const std::string& source, const std::string& target,
                                    const CopyCheck& check);
+
+// Gives the file that content in one step: at any moment it has the old content or the new one, on
+// the disk when the call returns. The caller words a failure, which leaves the old content.
+ports::Status ReplaceFileBytes(const std::string& path, std::string_view bytes);
 
 // Gives target the rights of source, as far as this user may give them.
 void CopyRights(const std::string& source, const std::string& target);

@@ -88,6 +88,10 @@ class FileSystem {
   // The same within one folder where nothing has the new name; fails when something does.
   virtual Status RenameToFree(const std::string& from, const std::string& to) = 0;
 
+  // Gives a file a second name in the same file system. Fails where something has that name, where
+  // the file is a link and where the file system has no second names.
+  virtual Status AddName(const std::string& file, const std::string& name) = 0;
+
   virtual Status SetReadOnly(const std::string& path, bool read_only) = 0;
 
   // Gives target the permission bits (Windows: the attributes) and the last-write time of source;

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "engine/registration.h"
 #include "ports/companion_library.h"
+#include "product/registration.h"
 #include "tests/engine/run_fixture.h"
 #include "tests/fakes/faulty_file_system.h"
 
@@ -81,6 +81,7 @@ TEST_F(RunTest, AClientInstallationIsBroughtUpToDate) {
                          "main Отбор компонент, подлежащих загрузке...",
                          "icon download",
                          "main Загрузка компонент...",
+                         "main Сохранение предыдущей версии...",
                          "icon trash",
                          "mode 0",
                          "awake",
@@ -316,7 +317,7 @@ TEST_F(RunTest, TheUpdatersOwnFilesAreReplacedInOneStepBeforeAnyOtherIsRemoved) 
   };
   Run();
   EXPECT_TRUE(updated_);
-  EXPECT_EQ(seen, (Log{"old updater, help", "old updater, help, mark",
+  EXPECT_EQ(seen, (Log{"old updater, help", "old updater, help", "old updater, help, mark",
                        "new updater, library, help, mark", "new updater, library, mark"}));
   EXPECT_EQ(sandbox_.Read("Продукт/tm/" + library), "new library");
 }

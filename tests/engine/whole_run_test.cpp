@@ -166,7 +166,7 @@ TEST_F(WholeRunTest, AFailedRunIsReportedLeavesTheBooksAloneAndIsMadeGoodByTheNe
       {kInUse, [&] { When("icon install", [&] { HoldDatabase(); }); }, true},
       {"error|Ошибка копирования файла ", [&] { When(kPlacing, [&] { disk_->write_budget = 5; }); },
        true},
-      {"warning|Ошибка обновления базы данных|Файл новой базы данных (",
+      {kError + "Новая база данных \"",
        [&] {
          When(kPlacing,
               [&] { sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/DBUpdates/Tamrin.mdb", "x"); });
@@ -223,10 +223,10 @@ TEST_F(WholeRunTest, WhicheverChangeOfTheDiskFailsTheRowsAreWholeAndTheNextRunFi
     int without_database = 0;
     bool has_failed = true;
     for (std::size_t allowed = 0; has_failed; allowed += kStep) {
-      ASSERT_LT(allowed, 200U);
+      ASSERT_LT(allowed, 300U);
       Restore();
       disk_->fails_once = once;
-      When("icon trash", [&] { disk_->changes_left = allowed; });
+      When("main Сохранение предыдущей версии...", [&] { disk_->changes_left = allowed; });
       Run();
       SCOPED_TRACE(std::to_string(allowed) + front_end_.log.back());
       has_failed = disk_->failures > 0;

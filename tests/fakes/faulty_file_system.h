@@ -47,6 +47,7 @@ class FaultyFileSystem final : public ports::FileSystem {
   bool fails_once = false;
   std::size_t failures = 0;
   Code flush_code = 0;
+  bool has_links = true;
   Code attributes_code = 0;
   Code executable_code = 0;
   Code temporary_code = 0;
@@ -86,6 +87,9 @@ class FaultyFileSystem final : public ports::FileSystem {
   }
   Status RenameToFree(const Path& from, const Path& to) override {
     return Do("rename", Next(rename_codes), [&] { return real_.RenameToFree(from, to); });
+  }
+  Status AddName(const Path& file, const Path& name) override {
+    return Do("link", has_links ? 0 : kBroken, [&] { return real_.AddName(file, name); });
   }
   Status SetReadOnly(const Path& path, bool on) override { return real_.SetReadOnly(path, on); }
   Status CopyAttributes(const Path& source, const Path& target) override {

@@ -206,6 +206,13 @@ class LinuxFileSystem final : public ports::FileSystem {
     return StatusOf(unlink(Name(from)));
   }
 
+  ports::Status AddName(const std::string& file, const std::string& name) override {
+    struct stat status {};
+    if (lstat(Name(file), &status) != 0) return ports::Status::Failure(errno);
+    if (!S_ISREG(status.st_mode)) return ports::Status::Failure(EINVAL);
+    return StatusOf(link(Name(file), Name(name)));
+  }
+
   ports::Status SetReadOnly(const std::string& path, bool read_only) override {
     struct stat status {};
     if (stat(Name(path), &status) != 0) return ports::Status::Failure(errno);

@@ -203,6 +203,15 @@ class WindowsFileSystem final : public ports::FileSystem {
         ::MoveFileExW(NativePath(from).c_str(), NativePath(to).c_str(), MOVEFILE_WRITE_THROUGH));
   }
 
+  ports::Status AddName(const std::string& file, const std::string& name) override {
+    const std::wstring native = NativePath(file);
+    const DWORD attributes = GetFileAttributesW(native.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return ports::Status::Failure(LastError());
+    constexpr DWORD kNoPlainFile = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY;
+    if ((attributes & kNoPlainFile) != 0) return ports::Status::Failure(ERROR_NOT_SUPPORTED);
+    return StatusOf(CreateHardLinkW(NativePath(name).c_str(), native.c_str(), nullptr));
+  }
+
   ports::Status SetReadOnly(const std::string& path, bool read_only) override {
     const std::wstring native = NativePath(path);
     const DWORD old = GetFileAttributesW(native.c_str());

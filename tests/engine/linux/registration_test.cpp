@@ -1,4 +1,4 @@
-#include "engine/registration.h"
+#include "product/registration.h"
 
 #include "ports/system_info.h"
 #include "tests/engine/run_fixture.h"

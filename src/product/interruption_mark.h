@@ -1,8 +1,7 @@
 #pragma once
 
+#include <optional>
 #include <string>
-
-#include "engine/working_folders.h"
 
 // The marks of an installation under way: two files that hold the release's VersionID, one in the
 // release's folder and one in the product's root, which outlives a lost temporary folder. They lie
@@ -11,11 +10,15 @@
 namespace tmw {
 
 // The marks are on the disk when the call returns.
-void MarkInstallation(const ReleasePaths& release, const std::string& version_id);
+void MarkInstallation(const std::string& release_folder, const std::string& version_id);
 
 // Removes the marks of all releases: one that was interrupted has been replaced by the one that is
 // complete now.
 void UnmarkInstallations(const std::string& temp_dir);
+
+// The release that the mark in the product's root names, else the first mark found; nothing if
+// there is no mark.
+std::optional<std::string> InterruptedRelease(const std::string& temp_dir);
 
 // True if the product's root or the folder holds the mark of any release.
 bool IsInstallationInterrupted(const std::string& temp_dir);

@@ -1,13 +1,13 @@
-#include "engine/interruption_mark.h"
+#include "product/interruption_mark.h"
 
 #include <vector>
 
-#include "engine/engine_texts.h"
 #include "foundation/api_errors.h"
 #include "foundation/contract_names.h"
 #include "foundation/file_utils.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
+#include "product/product_texts.h"
 #include "services/product_settings.h"
 
 namespace tmw {
@@ -17,9 +17,8 @@ namespace {
 void WriteMark(const std::string& folder, std::string_view name, const std::string& version_id) {
   const std::string path = JoinPath(folder, name);
   if (IsFileExists(path) && ReadFileBytes(path) == version_id) return;
-  ports::Status status = WriteFileBytes(path, version_id);
-  if (status) status = ports::CurrentPorts().files->FlushFolder(folder);
-  if (!status) RaiseApiErrorWithMessage(engine_texts::MarkNotWritten(path), status.code);
+  const ports::Status status = ReplaceFileBytes(path, version_id);
+  if (!status) RaiseApiErrorWithMessage(product_texts::MarkNotWritten(path), status.code);
 }
 
 std::vector<std::string> Marks(const std::string& temp_dir) {
@@ -41,16 +40,22 @@ std::vector<std::string> Marks(const std::string& temp_dir) {
 
 }  // namespace
 
-void MarkInstallation(const ReleasePaths& release, const std::string& version_id) {
+void MarkInstallation(const std::string& release_folder, const std::string& version_id) {
   const std::string root = GetProductRootPath();
   CreateFolderIfAbsent(root);
   WriteMark(root, names::kRootMark, version_id);
-  WriteMark(release.Folder, names::kReleaseMark, version_id);
+  WriteMark(release_folder, names::kReleaseMark, version_id);
 }
 
 void UnmarkInstallations(const std::string& temp_dir) {
   for (const std::string& mark : Marks(temp_dir))
     DeleteFile(mark);
+}
+
+std::optional<std::string> InterruptedRelease(const std::string& temp_dir) {
+  const std::vector<std::string> marks = Marks(temp_dir);
+  if (marks.empty()) return std::nullopt;
+  return ReadFileBytes(marks.back());
 }
 
 bool IsInstallationInterrupted(const std::string& temp_dir) {

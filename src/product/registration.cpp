@@ -1,8 +1,7 @@
-#include "engine/registration.h"
+#include "product/registration.h"
 
 #include <cstdint>
 
-#include "engine/engine_texts.h"
 #include "foundation/api_errors.h"
 #include "foundation/contract_names.h"
 #include "foundation/error_handling.h"
@@ -12,6 +11,7 @@
 #include "ports/companion_library.h"
 #include "ports/ports.h"
 #include "ports/system_info.h"
+#include "product/product_texts.h"
 #include "services/message_boxes.h"
 #include "services/processes.h"
 #include "services/product_settings.h"
@@ -42,10 +42,10 @@ struct Direction {
   std::int32_t (COMPANION_CALL* ports::EntryPoints::*call)(const char* path);
 };
 
-constexpr Direction kRegister = {" -s ", engine_texts::RegisteredFileMissing,
-                                 engine_texts::NotRegistered, &ports::EntryPoints::RegisterDll};
-constexpr Direction kUnregister = {" -u -s ", engine_texts::UnregisteredFileMissing,
-                                   engine_texts::NotUnregistered,
+constexpr Direction kRegister = {" -s ", product_texts::RegisteredFileMissing,
+                                 product_texts::NotRegistered, &ports::EntryPoints::RegisterDll};
+constexpr Direction kUnregister = {" -u -s ", product_texts::UnregisteredFileMissing,
+                                   product_texts::NotUnregistered,
                                    &ports::EntryPoints::UnregisterDll};
 
 bool TryChange(const Direction& direction, const std::string& file, std::string& reason) {

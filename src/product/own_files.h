@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace tmw {
+
+// True for the names of the updater's program, its companion library and the program of the way
+// back, letter case aside. These files are exchanged in one step: the product's folder always holds
+// programs that can finish what was begun.
+bool IsOwnFileName(const std::string& name);
+
+}  // namespace tmw
