@@ -1,0 +1,94 @@
+"""Says what is wrong with a home, right after a run was stopped and after the run that mends it."""
+
+import hashlib
+from pathlib import Path
+
+import world
+
+DATABASE = "product/db/Tamrin.mdb"
+REFERENCE = "product/db/Tamrin_LastVer.mdb"
+UPDATER = ("product/tm/TmWebUpdate", "product/tm/UnTmz.so")
+# Files that only the updater knows, and endings of what it has not finished.
+OWN_FILES = ("product/TMW_Installing.txt", "product/TmWebUpdate.lock", "product/TmWebUpdate.serial")
+UNFINISHED = (".copying", ".tmp", ".new", "/TmWebUpdate.probe")
+
+
+def files(home: Path):
+    """Content and rights of everything that a run may leave, by path."""
+    facts = {}
+    for top in ("product", "registered", "tmp"):
+        for path in (home / top).rglob("*"):
+            name = str(path.relative_to(home))
+            kind = oct(path.lstat().st_mode)
+            facts[name] = (kind, hashlib.sha256(path.read_bytes()).hexdigest()) if path.is_file() \
+                else (kind, "")
+    return facts
+
+
+class Judge:
+    """Knows the state before a run, and the one after it when nothing has disturbed it."""
+
+    def __init__(self, made: world.World, before: Path, after: Path):
+        self.world = made
+        self.known = {}  # the text of databases by their hash
+        self.before, self.after = files(before), files(after)
+        self.old_tables, self.new_tables = self._tables(before / DATABASE), self._tables(after / DATABASE)
+        self.tables = (self.old_tables, self.new_tables)
+        self.reference = (self._tables(before / REFERENCE), self._tables(after / REFERENCE))
+        self.old_rows = (before / DATABASE).read_bytes()
+        if None in self.tables or self.old_tables == self.new_tables:
+            raise SystemExit("an undisturbed run has not made a new database of the old one")
+
+    def _tables(self, file):
+        if not file.exists():
+            return b""
+        key = hashlib.sha256(file.read_bytes()).digest()
+        if key not in self.known:
+            self.known[key] = self.world.tables(file)
+        return self.known[key]
+
+    def _backups(self, home):
+        return {path: world.backup(path) for path in (home / "product/db").glob("*.zip")}
+
+    def stopped(self, home):
+        """What is lost and what is torn at this moment."""
+        lost, torn, facts = [], [], files(home)
+        rows = self._tables(home / DATABASE)
+        if rows == b"":
+            rows = self._tables(home / (DATABASE + ".new"))
+            if rows != self.new_tables:
+                lost.append("there is no whole database")
+        elif rows not in self.tables:
+            torn.append("the database is neither the old one nor the new one")
+        if rows != self.old_tables and self.old_rows not in self._backups(home).values():
+            lost.append("the old database is gone and there is no backup of it")
+        for name in UPDATER:
+            if facts.get(name) not in (self.before[name], self.after[name]):
+                lost.append(f"{name} is neither the old one nor the new one")
+        if self._tables(home / REFERENCE) not in (*self.reference, b""):
+            torn.append("the reference database is neither the old one nor the new one")
+        torn += [f"{path.name} is no whole backup"
+                 for path, content in self._backups(home).items() if content is None]
+        for name, fact in facts.items():
+            named = name.startswith("product/") and not name.endswith((".mdb", ".zip", *UNFINISHED))
+            if named and name not in OWN_FILES and fact not in (self.before.get(name), self.after.get(name)):
+                torn.append(f"{name} is neither the old one nor the new one")
+        return lost, torn
+
+    def mended(self, home, code, shown):
+        """What differs from the end of an undisturbed run, further backups excepted."""
+        faults = [] if code == 0 else [f"exit code {code}: {shown[-600:]}"]
+        if self._tables(home / DATABASE) != self.new_tables:
+            faults.append("the database differs")
+        if self._tables(home / REFERENCE) != self.reference[1]:
+            faults.append("the reference database differs")
+        backups = self._backups(home)
+        if self.old_rows not in backups.values() or None in backups.values():
+            faults.append("there is no whole backup")
+        facts = files(home)
+        for name in sorted(facts.keys() | self.after.keys()):
+            if name.endswith(".zip") or (name.endswith(".mdb") and name in facts and name in self.after):
+                continue
+            if facts.get(name) != self.after.get(name):
+                faults.append(f"{name}: {facts.get(name)}, not {self.after.get(name)}")
+        return faults
