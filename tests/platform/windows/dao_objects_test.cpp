@@ -8,7 +8,9 @@
 #include "platform/windows/dao/dao_engine.h"
 #include "platform/windows/wide.h"
 #include "ports/ports.h"
+#include "ports/processes.h"
 #include "ports/product_version.h"
+#include "services/processes.h"
 #include "tests/support/sandbox.h"
 
 // The components that stand in for the product's: what is not as DAO documents it fails, so that
@@ -126,6 +128,19 @@ TEST_F(DaoObjectsTest, EqualPositionsComeInNameOrder) {
   const DaoObject fields = table.GetObject(L"Fields");
   fields.Call(L"Refresh");
   EXPECT_EQ(fields.Item(0).Get(L"Name"), ports::DatabaseValue(std::string("а")));
+}
+
+// Also while something else of the program uses components: the update replaces this one's library.
+TEST_F(DaoObjectsTest, TheProductsComponentSaysItsVersionAndIsLetGo) {
+  for (const std::string version : {"3.6.0.4", "3.6.2.1"}) {
+    const std::string library = "version_server_" + version + ".dll";
+    const std::string folder =
+        tmw::SplitFileName(ports::CurrentPorts().processes->OwnProgram()).Folder;
+    const std::string command = "regsvr32 /s \"" + tmw::JoinPath(folder, library) + "\"";
+    ASSERT_EQ(tmw::RunProcess("", command, "", true, 0), 0);
+    EXPECT_EQ(ports::CurrentPorts().product_version->InstalledVersion(), version);
+    EXPECT_EQ(GetModuleHandleW(ToWide(library).c_str()), nullptr);
+  }
 }
 
 // A statement that is not to fail leaves out what does not fit.
