@@ -77,9 +77,9 @@ DWORD WINAPI Seek(HINTERNET, LONG asked, PVOID, DWORD, DWORD_PTR) {
   return static_cast<DWORD>(asked + script->seek_shift);
 }
 
-// As at the end of a body: a read says what is there.
+// Without pieces as at the end of a body: a read says what is there.
 BOOL WINAPI QueryAvailable(HINTERNET, LPDWORD count, DWORD, DWORD_PTR) {
-  *count = 0;
+  *count = static_cast<DWORD>(script->piece);
   return TRUE;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@ struct InternetScript {
   int silence_in_opening = 0;         // milliseconds
   int silence_in_reading = 0;         // milliseconds, in every read
   std::string body;
+  std::size_t piece = 0;  // bytes that arrive at once; 0: a read brings what it has room for
 
   std::vector<std::string> log;  // "open", "open anew" (past the cache), "seek", "read", in order
   unsigned long flags = 0;       // of the last opening

@@ -74,10 +74,31 @@ TEST_F(WinInet, ASeekCountsOnceBytesFromThereHaveArrived) {
       {"no bytes", {0, 0, 0, 1}, "ABCD", fails_behind, ""}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    script_ = {c.seek[0], c.seek[1], c.seek[2], c.seek[3] != 0, 0, 0, kBody, {}, 0, {}};
+    script_ = {c.seek[0], c.seek[1], c.seek[2], c.seek[3] != 0, 0, 0, kBody, 0, {}, 0, {}};
     EXPECT_EQ(Resume(c.part), "done");
     EXPECT_EQ(sandbox_.Read("f"), c.whole.empty() ? kBody : c.whole);
     EXPECT_EQ(script_.log, c.log);
+  }
+}
+
+// The rest arrives in pieces, smaller and larger than what is read behind the seek.
+TEST_F(WinInet, ALongFileGoesOnFromAnyPlaceWithOneRequest) {
+  std::string body;
+  for (int i = 0; body.size() < 100'000; ++i)
+    body += std::to_string(i) + " ";
+  for (const std::size_t piece : {0, 700, 4096}) {
+    for (const std::size_t kept : {std::size_t{1}, std::size_t{50'000}, body.size() - 1024,
+                                   body.size() - 1023, body.size() - 1}) {
+      SCOPED_TRACE(std::to_string(piece) + ", " + std::to_string(kept));
+      script_ = {0, 0, 0, false, 0, 0, body, piece, {}, 0, {}};
+      listener_ = {};
+      EXPECT_EQ(Resume(body.substr(0, kept)), "done");
+      EXPECT_TRUE(sandbox_.Read("f") == body);
+      EXPECT_EQ(listener_.skipped, static_cast<std::int32_t>(kept));
+      EXPECT_EQ(listener_.loaded, static_cast<std::int64_t>(body.size() - kept));
+      std::erase(script_.log, "read");
+      EXPECT_EQ(script_.log, (Log{"open", "seek"}));
+    }
   }
 }
 
