@@ -10,15 +10,19 @@ import struct
 import subprocess
 import sys
 
-SHIPPED = {  # name -> the description that Explorer shows; whether it has a manifest
-    "TmWebUpdate.exe": ("Web-обновление Tamrin", True),
-    "TmSupport.exe": ("Сведения для поддержки Tamrin", True),
-    "UnTmz.dll": ("Библиотека Tamrin для пакетов", False),
+SHIPPED = {  # name -> the description that Explorer shows; who it is for
+    "TmWebUpdate.exe": ("Web-обновление Tamrin", "users"),
+    "TmSupport.exe": ("Сведения для поддержки Tamrin", "users"),
+    "UnTmz.dll": ("Библиотека Tamrin для пакетов", "programs"),
+    "jetsql.exe": ("Запросы к базам данных Tamrin", "the maker"),
+    "tmpublish.exe": ("Публикация обновлений Tamrin", "the maker"),
 }
-FOR_TESTS = [b"TMW_TEST_DATABASE_ENGINE", b"SQLite format"]  # of the embedded engine
+DESCRIBED = {"CompanyName": "Kestrel Soft", "ProductName": "Tamrin",
+             "LegalCopyright": "© 2026 The TmWebUpdate authors"}
+EMBEDDED_ENGINE = [b"TMW_TEST_DATABASE_ENGINE", b"SQLite format"]
 LARGE_ADDRESS, HIGH_ENTROPY, DYNAMIC_BASE, NX = 0x20, 0x20, 0x40, 0x100
 WRITE, EXECUTE = 0x80000000, 0x20000000
-VERSION, MANIFEST = 16, 24
+VERSION, MANIFEST, ICON = 16, 24, 14
 
 failures = []
 
@@ -27,10 +31,12 @@ class Image:
     def __init__(self, path):
         self.bytes = path.read_bytes()
         head = struct.unpack_from("<I", self.bytes, 0x3C)[0] + 4
-        (_, count, _, strings, self.symbols, size, self.flags) = struct.unpack_from(
+        (_, count, self.made, strings, self.symbols, size, self.flags) = struct.unpack_from(
             "<HHIIIHH", self.bytes, head)
         head += 20
         self.is_64 = struct.unpack_from("<H", self.bytes, head)[0] == 0x20B
+        self.base = int.from_bytes(
+            self.bytes[head + 24:head + 32] if self.is_64 else self.bytes[head + 28:head + 32], "little")
         self.system = struct.unpack_from("<HH", self.bytes, head + 40)
         self.subsystem = struct.unpack_from("<HH", self.bytes, head + 48)
         self.traits = struct.unpack_from("<H", self.bytes, head + 70)[0]
@@ -100,10 +106,10 @@ def version_text(resource, name):
     return found.group(1) if found else ""
 
 
-def check(path, symbols, allowed):
+def check(path, symbols, allowed, own_version):
     name = path.name
     image = Image(path)
-    description, has_manifest = SHIPPED[name]
+    description, audience = SHIPPED[name]
     for flag, what in ((DYNAMIC_BASE, "DYNAMIC_BASE"), (NX, "NX")):
         expect(image.traits & flag, f"{name}: no {what}")
     if image.is_64:
@@ -120,22 +126,37 @@ def check(path, symbols, allowed):
     expect("__stack_chk_fail" in names, f"{name}: no stack protector in {symbols}")
     for library, entry in image.imports():
         expect(entry in allowed.get(library, ()), f"{name}: {library} {entry} is not in the list")
-    version = image.resource(VERSION)
-    found = version_text(version, "FileDescription")
-    expect(found == description, f"{name}: FileDescription is {found!r}")
-    found = version_text(version, "OriginalFilename")
-    expect(found == name, f"{name}: OriginalFilename is {found!r}")
+    expected = {**DESCRIBED, "FileDescription": description, "OriginalFilename": name,
+                "FileVersion": own_version, "ProductVersion": own_version}
+    resource = image.resource(VERSION)
+    for value, text in expected.items():
+        found = version_text(resource, value)
+        expect(found == text, f"{name}: {value} is {found!r}")
     manifest = image.resource(MANIFEST).decode()
-    expect(not has_manifest or 'level="asInvoker"' in manifest, f"{name}: manifest without a level")
+    expect('level="asInvoker"' in manifest, f"{name}: manifest without a level")
+    expect(f'name="{path.stem}"' in manifest, f"{name}: the manifest has another name")
     expect("activeCodePage" not in manifest, f"{name}: another code page than the system's")
-    for mark in FOR_TESTS:
+    expect(bool(image.resource(ICON)) == (audience == "users"), f"{name}: icon")
+    expect(image.made == 0, f"{name}: holds the time of its building")
+    source = str(pathlib.Path(__file__).resolve().parent.parent).encode()
+    expect(source not in image.bytes, f"{name}: holds the folder of its building")
+    for mark in EMBEDDED_ENGINE if audience != "the maker" else []:
         expect(mark not in image.bytes, f"{name}: holds the database engine of the tests")
+    # A crash is reported by its distance from the image's beginning.
+    place = re.search(r"^([0-9a-f]+) T _?(main|Sha256_GetHashLength)(@0)?$", names, re.M)
+    offset = hex(int(place[1], 16) - image.base)
+    reader = pathlib.Path(__file__).with_name("crash_address.sh")
+    line = subprocess.run([reader, symbols, offset], capture_output=True, text=True).stdout
+    expect(re.match(rf"{place[2]}\S*\n(\./)?src/\S+\.cpp:[1-9]", line),
+           f"{name}: {offset} is read as {line!r}")
     print(f"{name}: {'64' if image.is_64 else '32'} bits, {len(image.bytes)} bytes")
 
 
 def main():
     build = pathlib.Path(sys.argv[1])
     allowed = {}
+    project = (pathlib.Path(__file__).parent.parent / "CMakeLists.txt").read_text()
+    own_version = re.search(r"project\(\w+ VERSION ([0-9.]+)", project)[1]
     library = ""
     for line in (pathlib.Path(__file__).parent / "windows7_imports.txt").read_text().splitlines():
         if line.startswith("#"):
@@ -146,7 +167,7 @@ def main():
     for name in SHIPPED:
         path = build / "bin" / name
         if path.exists():
-            check(path, build / "symbols" / (name + ".debug"), allowed)
+            check(path, build / "symbols" / (name + ".debug"), allowed, own_version)
         else:
             expect(False, f"{path} is not there")
     for failure in failures:
