@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Runs the examples of the page and of the man page, each in the order in which they stand: all succeed.
+# Runs the examples of a page in the order in which they stand: all succeed.
 #   examples_test.sh JETSQL DOCUMENT...
 set -euo pipefail
 jetsql=$1
 shift
 for document in "$@"; do
   work=$(mktemp -d)
-  sed -n '/^## Examples$/,/^## What/p; /^.SH EXAMPLES$/,$p' "$document" | grep '^jetsql ' >"$work/examples"
+  sed -n '/^## Examples$/,/^## What/p' "$document" | grep '^jetsql ' >"$work/examples"
   [ "$(wc -l <"$work/examples")" -gt 10 ] || { echo "FAILED: no examples in $document"; exit 1; }
   (
     cd "$work"
