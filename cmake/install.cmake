@@ -24,6 +24,7 @@ if(WIN32)
   endforeach()
   install(TARGETS companion RUNTIME DESTINATION . COMPONENT update)
   install(FILES LICENSE CHANGELOG.md DESTINATION . COMPONENT update)
+  install(DIRECTORY docs/ru DESTINATION docs COMPONENT update)
   return()
 endif()
 
