@@ -1,5 +1,9 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -13,7 +17,38 @@ namespace {
 
 thread_local int allocations_left = -1;  // -1: as many as are asked for
 
+// The library's calls of the disk: r for reading, f for flushing, n for renaming; and its faults.
+struct {
+  std::string log;
+  bool flushing_fails = false;
+  off_t changed_byte = -1;  // comes back wrong after the first flush
+
+  void Note(char call) {
+    if (!log.ends_with(call)) log += call;
+  }
+} disk;
+
 }  // namespace
+
+// The companion's calls of the system are this program's.
+extern "C" int fsync(int file) {
+  disk.Note('f');
+  errno = EIO;
+  return disk.flushing_fails ? -1 : static_cast<int>(syscall(SYS_fsync, file));
+}
+extern "C" ssize_t pread(int file, void* buffer, std::size_t length, off_t offset) {
+  const ssize_t got = syscall(SYS_pread64, file, buffer, length, offset);
+  const off_t at = disk.changed_byte - offset;
+  if (disk.log.find('f') != std::string::npos && at >= 0 && at < got)
+    static_cast<char*>(buffer)[at] ^= 4;
+  disk.Note('r');
+  return got;
+}
+extern "C" int renameat2(int from_folder, const char* from, int to_folder, const char* to,
+                         unsigned flags) noexcept {
+  disk.Note('n');
+  return static_cast<int>(syscall(SYS_renameat2, from_folder, from, to_folder, to, flags));
+}
 
 // The companion's allocations are this program's.
 void* operator new(std::size_t size) {
@@ -92,6 +127,41 @@ TEST(Boundary, NoExceptionLeavesTheLibraryWhereverMemoryEnds) {
   }
   for (const auto& entry : std::filesystem::directory_iterator(ToPath(sandbox.Path())))
     EXPECT_NE(entry.path().extension(), ".tmp");
+}
+
+TEST(Boundary, AZipFileIsFlushedAndReadBackBeforeItHasItsName) {
+  const Sandbox sandbox;
+  const std::string file = sandbox.Write("in/a", std::string(100, 'x') + "end");
+  const std::string zip = sandbox.Path("out.zip");
+  const std::string root = sandbox.Path("in");
+  const char* names[] = {file.c_str()};
+  ports::ZpFunctions functions{};
+  ports::ZpOptions options{};
+  options.Level = '9';
+  options.RootDir = root.c_str();
+  ZpInit(&functions);
+  ZpSetOptions(&options);
+  const auto pack = [&](off_t changed_byte, bool flushing_fails) {
+    disk = {"", flushing_fails, changed_byte};
+    const int code = ZpArchive({1, zip.c_str(), names});
+    disk = {disk.log};
+    return code;
+  };
+  ASSERT_EQ(pack(-1, false), 0);
+  EXPECT_EQ(disk.log, "rfrnf");
+  const auto length = static_cast<off_t>(std::filesystem::file_size(ToPath(zip)));
+  std::filesystem::remove(ToPath(zip));
+  EXPECT_EQ(pack(-1, true), 14);
+  EXPECT_EQ(disk.log, "rf");
+  // The local mark, the content, the directory's mark, checksum and name, the end mark.
+  const off_t directory = length - 22 - 46 - 1 - 9;
+  for (const off_t changed :
+       {off_t{0}, directory - 6, directory, directory + 17, directory + 46, length - 22}) {
+    EXPECT_EQ(pack(changed, false), 14) << changed;
+    EXPECT_EQ(disk.log, "rfr") << changed;
+  }
+  const std::filesystem::directory_iterator left(ToPath(sandbox.Path()));
+  EXPECT_EQ(std::distance(begin(left), end(left)), 1);
 }
 
 }  // namespace

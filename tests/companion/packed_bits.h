@@ -3,14 +3,16 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <map>
 #include <random>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "companion/rar/decoder.h"
 #include "companion/rar/failure.h"
 
-// Packed streams written by the tests, with prefix codes of fixed lengths, and their content.
+// Packed streams written by the tests, with prefix codes by frequency, and their content.
 namespace tests {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -44,23 +46,151 @@ class BitWriter {
   std::size_t bit_ = 0;
 };
 
-// All codes of a table have one length, so a code is the symbol's number.
-struct FlatTable {
-  std::uint32_t symbols;
-  unsigned bits;
+// How often a symbol of each table occurs, or the length of its code.
+using PerSymbol = std::vector<std::uint32_t>;
+
+// The lengths of a prefix code, 1 to 15; 0 for a symbol that does not occur.
+inline PerSymbol CodeLengths(PerSymbol counts) {
+  PerSymbol lengths(counts.size());
+  std::multimap<std::uint64_t, std::vector<std::size_t>> groups;
+  for (std::size_t i = 0; i < counts.size(); ++i)
+    if (counts[i] > 0) groups.insert({counts[i], {i}});
+  if (groups.size() == 1) ++lengths[groups.begin()->second[0]];
+  // The two rarest groups are joined: one bit more for each member.
+  while (groups.size() > 1) {
+    auto first = groups.extract(groups.begin());
+    const auto second = groups.extract(groups.begin());
+    auto& members = first.mapped();
+    members.insert(members.end(), second.mapped().begin(), second.mapped().end());
+    for (const std::size_t member : members)
+      ++lengths[member];
+    first.key() += second.key();
+    groups.insert(std::move(first));
+  }
+  if (*std::max_element(lengths.begin(), lengths.end()) <= 15) return lengths;
+  for (std::uint32_t& count : counts)
+    count = (count + 1) / 2;
+  return CodeLengths(counts);
+}
+
+// The symbols of a canonical code as bits.
+class PrefixCode {
+ public:
+  explicit PrefixCode(std::span<const std::uint32_t> lengths)
+      : lengths_(lengths.begin(), lengths.end()), codes_(lengths.size()) {
+    std::uint32_t next = 0;
+    for (unsigned length = 1; length <= 15; ++length, next <<= 1U) {
+      for (std::size_t i = 0; i < codes_.size(); ++i)
+        if (lengths_[i] == length) codes_[i] = next++;
+    }
+  }
+  void Put(BitWriter& out, std::size_t symbol) const { out.Put(codes_[symbol], lengths_[symbol]); }
+
+ private:
+  PerSymbol lengths_;
+  PerSymbol codes_;
 };
 
-// Code lengths as the formats store them: a code of 4 bits for the lengths 0 to 15.
-inline void PutTables(BitWriter& out, std::span<const FlatTable> tables) {
-  for (unsigned i = 0; i < 16; ++i)
-    out.Put(4, 4);
-  for (unsigned i = 16; i < 20; ++i)
-    out.Put(0, 4);
-  for (const FlatTable& table : tables) {
-    for (std::uint32_t i = 0; i < table.symbols; ++i)
-      out.Put(table.bits, 4);
+// Code lengths as the formats store them: as differences to the lengths before them, with runs of a
+// repeated length (16 short, 17 long) and of zeros (18, 19), in a code whose own 20 lengths come
+// first. The steep one has symbols of all lengths up to 15.
+inline void PutLengths(BitWriter& out, const PerSymbol& before, const PerSymbol& lengths,
+                       bool is_steep) {
+  struct Stored {
+    std::uint32_t symbol, extra;
+  };
+  std::vector<Stored> stored;
+  PerSymbol counts(20);
+  for (std::size_t i = 0, run = 0; i < lengths.size(); i += run) {
+    const auto differs = [&](std::uint32_t length) { return length != lengths[i]; };
+    run = static_cast<std::size_t>(
+        std::find_if(lengths.begin() + static_cast<std::ptrdiff_t>(i), lengths.end(), differs) -
+        lengths.begin() - static_cast<std::ptrdiff_t>(i));
+    run = std::min<std::size_t>(run, 138);
+    const bool repeats = i > 0 && lengths[i - 1] == lengths[i];
+    if (run < 3 || (lengths[i] > 0 && !repeats)) run = 1;
+    if (run == 1) {
+      stored.push_back({(lengths[i] - before[i]) & 15U, 0});
+    } else {
+      const bool is_long = run > 10;
+      stored.push_back({(lengths[i] > 0 ? 16U : 18U) + is_long,
+                        static_cast<std::uint32_t>(run - (is_long ? 11 : 3))});
+    }
+    ++counts[stored.back().symbol];
+  }
+  if (is_steep) {
+    std::uint32_t weight = 1;
+    for (std::uint32_t& count : counts)
+      count = std::min(weight <<= 1U, 1U << 14U);
+  }
+  const PerSymbol code = CodeLengths(counts);
+  for (std::size_t i = 0; i < 20;) {
+    std::size_t zeros = 0;
+    while (i + zeros < 20 && zeros < 17 && code[i + zeros] == 0)
+      ++zeros;
+    if (zeros > 2) {
+      out.Put(15, 4);
+      out.Put(static_cast<std::uint32_t>(zeros - 2), 4);
+      i += zeros;
+    } else {
+      out.Put(code[i], 4);
+      if (code[i++] == 15) out.Put(0, 4);
+    }
+  }
+  const PrefixCode prefix_code(code);
+  for (const Stored& each : stored) {
+    prefix_code.Put(out, each.symbol);
+    if (each.symbol >= 16) out.Put(each.extra, each.symbol % 2 == 0 ? 3 : 7);
   }
 }
+
+// The symbols of a block, collected so that their codes can be chosen by how often they occur.
+class SymbolBlock {
+ public:
+  explicit SymbolBlock(const std::array<std::size_t, 4>& sizes) : sizes_(sizes) {}
+
+  void Put(unsigned table, std::uint32_t symbol) { parts_.push_back({table, symbol, 0}); }
+  void PutPlain(std::uint32_t value, unsigned bits) { parts_.push_back({kPlain, value, bits}); }
+
+  // The lengths of all tables. With every symbol the codes serve another block as well.
+  PerSymbol Lengths(bool every_symbol) const {
+    PerSymbol all;
+    for (unsigned table = 0; table < sizes_.size(); ++table) {
+      PerSymbol counts(sizes_[table], every_symbol ? 1 : 0);
+      for (const Part& part : parts_)
+        if (part.table == table) counts[part.value] += 4;
+      const PerSymbol lengths = CodeLengths(counts);
+      all.insert(all.end(), lengths.begin(), lengths.end());
+    }
+    return all;
+  }
+
+  // Writes the symbols and forgets them.
+  void Write(BitWriter& out, const PerSymbol& all) {
+    std::vector<PrefixCode> codes;
+    for (std::size_t first = 0; const std::size_t size : sizes_) {
+      codes.emplace_back(std::span(all).subspan(first, size));
+      first += size;
+    }
+    for (const Part& part : std::exchange(parts_, {})) {
+      if (part.table == kPlain) {
+        out.Put(part.value, part.bits);
+      } else {
+        codes[part.table].Put(out, part.value);
+      }
+    }
+  }
+
+ private:
+  static constexpr unsigned kPlain = 4;
+  struct Part {
+    unsigned table;
+    std::uint32_t value;
+    unsigned bits;
+  };
+  std::array<std::size_t, 4> sizes_;
+  std::vector<Part> parts_;
+};
 
 // The content of a stream, recorded while the stream is written.
 struct Content {

@@ -31,6 +31,11 @@ class StreamWriter {
     length_ = length;
     content.Copy(distance, length);
   }
+  void RememberAgain(unsigned index, std::uint32_t length) {
+    std::rotate(distances_.begin(), distances_.begin() + index, distances_.begin() + index + 1);
+    length_ = length;
+    content.Copy(distances_[0], length);
+  }
   std::array<std::uint32_t, 4> distances_{};
   std::uint32_t length_ = 0;
 };
@@ -48,94 +53,91 @@ class Rar5Writer final : public StreamWriter {
     entry.version = 50;
     entry.method = 3;
     entry.dictionary_kib = dictionary_kib;
-    BeginBlock();
   }
   void Literal(std::uint8_t byte) override {
-    block_.Put(byte, 9);
+    block_.Put(0, byte);
     content.bytes.push_back(byte);
   }
   void Match(std::uint32_t distance, std::uint32_t length) override {
-    const std::uint32_t stored =
-        length - (distance > 0x100) - (distance > 0x2000) - (distance > 0x40000);
-    PutLength(262, 9, stored);
+    PutLength(0, 262, length - (distance > 0x100) - (distance > 0x2000) - (distance > 0x40000));
     const std::uint32_t from = distance - 1;
     if (from < 4) {
-      block_.Put(from, 6);
+      block_.Put(1, from);
     } else {
       const unsigned high = HighestBit(from);
       const unsigned bits = high - 1;
-      block_.Put(2 * high + ((from >> bits) & 1U), 6);
+      block_.Put(1, 2 * high + ((from >> bits) & 1U));
       const std::uint32_t extra = from & ((1U << bits) - 1);
       if (bits >= 4) {
-        block_.Put(extra >> 4U, bits - 4);
-        block_.Put(extra & 15U, 4);
+        block_.PutPlain(extra >> 4U, bits - 4);
+        block_.Put(2, extra & 15U);
       } else {
-        block_.Put(extra, bits);
+        block_.PutPlain(extra, bits);
       }
     }
     Remember(distance, length);
   }
   void RepeatDistance(unsigned index, std::uint32_t length) override {
-    block_.Put(258 + index, 9);
-    PutLength(0, 6, length);
-    const std::uint32_t distance = distances_[index];
-    std::rotate(distances_.begin(), distances_.begin() + index, distances_.begin() + index + 1);
-    length_ = length;
-    content.Copy(distance, length);
+    block_.Put(0, 258 + index);
+    PutLength(3, 0, length);
+    RememberAgain(index, length);
   }
   void RepeatLast() override {
-    block_.Put(257, 9);
+    block_.Put(0, 257);
     content.Copy(distances_[0], length_);
   }
   void Filter(std::uint32_t start, std::uint32_t length, std::uint32_t kind,
               std::uint32_t channels) {
-    block_.Put(256, 9);
+    block_.Put(0, 256);
     for (std::uint32_t number : {start, length}) {
-      block_.Put(3, 2);
-      for (int i = 0; i < 4; ++i, number >>= 8U)
-        block_.Put(number & 0xFFU, 8);
+      const unsigned bytes = number == 0 ? 1 : HighestBit(number) / 8 + 1;
+      block_.PutPlain(bytes - 1, 2);
+      for (unsigned i = 0; i < bytes; ++i, number >>= 8U)
+        block_.PutPlain(number & 0xFFU, 8);
     }
-    block_.Put(kind, 3);
-    if (kind == 0) block_.Put(channels - 1, 5);
+    block_.PutPlain(kind, 3);
+    if (kind == 0) block_.PutPlain(channels - 1, 5);
   }
+  // Of three blocks the second goes on with the codes of the first.
   void EndBlock(bool is_last) override {
-    const std::size_t bits = block_.size();
-    block_.Align();
-    const auto length = static_cast<std::uint32_t>(block_.bytes().size());
-    const std::uint32_t flags = static_cast<std::uint32_t>((bits + 7) % 8) | 2U << 3U |
-                                (is_last ? 0x40U : 0U) | (has_tables_ ? 0x80U : 0U);
+    const bool has_tables = number_ % 3 != 1;
+    BitWriter out;
+    if (has_tables) {
+      lengths_ = block_.Lengths(number_ % 3 == 0);
+      PutLengths(out, PerSymbol(lengths_.size()), lengths_, number_ % 2 == 0);
+    }
+    ++number_;
+    block_.Write(out, lengths_);
+    const std::size_t bits = out.size();
+    out.Align();
+    const auto length = static_cast<std::uint32_t>(out.bytes().size());
+    const unsigned length_bytes = length == 0 ? 1 : HighestBit(length) / 8 + 1;
+    const std::uint32_t flags = static_cast<std::uint32_t>((bits + 7) % 8) |
+                                (length_bytes - 1) << 3U | (is_last ? 0x40U : 0U) |
+                                (has_tables ? 0x80U : 0U);
     std::uint32_t check = 0x5AU ^ flags;
-    for (unsigned i = 0; i < 3; ++i)
+    for (unsigned i = 0; i < length_bytes; ++i)
       check ^= length >> (8 * i);
     packed_.insert(packed_.end(),
                    {static_cast<std::uint8_t>(flags), static_cast<std::uint8_t>(check)});
-    for (unsigned i = 0; i < 3; ++i)
+    for (unsigned i = 0; i < length_bytes; ++i)
       packed_.push_back(static_cast<std::uint8_t>(length >> (8 * i)));
-    packed_.insert(packed_.end(), block_.bytes().begin(), block_.bytes().end());
-    block_ = {};
-    has_tables_ = false;
+    packed_.insert(packed_.end(), out.bytes().begin(), out.bytes().end());
   }
   Bytes Finish() override { return std::exchange(packed_, {}); }
 
  private:
-  void BeginBlock() {
-    // 306 symbols: nine bits leave a part of the code unused.
-    PutTables(block_, std::array<FlatTable, 4>{{{306, 9}, {64, 6}, {16, 4}, {44, 6}}});
-    has_tables_ = true;
-  }
-  void PutLength(std::uint32_t first_symbol, unsigned symbol_bits, std::uint32_t length) {
+  void PutLength(unsigned table, std::uint32_t first_symbol, std::uint32_t length) {
     const std::uint32_t from = length - 2;
-    if (from < 8) {
-      block_.Put(first_symbol + from, symbol_bits);
-      return;
-    }
+    if (from < 8) return block_.Put(table, first_symbol + from);
     const unsigned bits = HighestBit(from) - 2;
-    block_.Put(first_symbol + 4 * (bits + 1) + ((from >> bits) & 3U), symbol_bits);
-    block_.Put(from & ((1U << bits) - 1), bits);
+    block_.Put(table, first_symbol + 4 * (bits + 1) + ((from >> bits) & 3U));
+    block_.PutPlain(from & ((1U << bits) - 1), bits);
   }
 
-  BitWriter block_;
-  bool has_tables_ = false;
+  SymbolBlock block_{{306, 64, 16, 44}};
+  PerSymbol lengths_;
+  unsigned number_ = 0;
   Bytes packed_;
 };
 
@@ -144,48 +146,53 @@ class Rar3Writer final : public StreamWriter {
   Rar3Writer() {
     entry.version = 29;
     entry.method = 3;
-    BeginBlock();
   }
   void Literal(std::uint8_t byte) override {
-    out_.Put(byte, 9);
+    block_.Put(0, byte);
     content.bytes.push_back(byte);
   }
   void Match(std::uint32_t distance, std::uint32_t length) override {
     if (length == 2) {
-      PutSlot(263, 9, kShorts, distance - 1);
+      PutSlot(0, 263, kShorts, distance - 1);
     } else {
-      PutSlot(271, 9, kLengths, length - 3 - (distance >= 0x2000) - (distance >= 0x40000));
+      PutSlot(0, 271, kLengths, length - 3 - (distance >= 0x2000) - (distance >= 0x40000));
       PutDistance(distance - 1);
     }
     Remember(distance, length);
   }
   void RepeatDistance(unsigned index, std::uint32_t length) override {
-    out_.Put(259 + index, 9);
-    PutSlot(0, 5, kLengths, length - 2);
-    const std::uint32_t distance = distances_[index];
-    std::rotate(distances_.begin(), distances_.begin() + index, distances_.begin() + index + 1);
-    length_ = length;
-    content.Copy(distance, length);
+    block_.Put(0, 259 + index);
+    PutSlot(3, 0, kLengths, length - 2);
+    RememberAgain(index, length);
   }
   void RepeatLast() override {
-    out_.Put(258, 9);
+    block_.Put(0, 258);
     content.Copy(distances_[0], length_);
   }
   void Declaration(std::uint8_t flags, const Bytes& bytes) {
-    out_.Put(257, 9);
-    out_.Put(flags | 7U, 8);
-    out_.Put(static_cast<std::uint32_t>(bytes.size()), 16);
+    block_.Put(0, 257);
+    block_.PutPlain(flags | 7U, 8);
+    block_.PutPlain(static_cast<std::uint32_t>(bytes.size()), 16);
     for (const std::uint8_t byte : bytes)
-      out_.Put(byte, 8);
+      block_.PutPlain(byte, 8);
   }
+  // The codes stay valid for the next entry; another block of the same entry has its own. Every
+  // second table is stored as differences to the one before.
   void EndBlock(bool is_last) override {
-    out_.Put(256, 9);
-    out_.Put(is_last ? 0 : 1, 1);
-    if (is_last) {
-      out_.Put(0, 1);  // the tables stay valid for the next entry
-    } else {
-      BeginBlock();
+    block_.Put(0, 256);
+    block_.PutPlain(is_last ? 0 : 1, 1);
+    if (is_last) block_.PutPlain(0, 1);
+    if (needs_tables_) {
+      out_.Align();
+      out_.Put(number_ % 2, 2);  // prefix codes
+      const PerSymbol before = std::exchange(lengths_, block_.Lengths(is_last));
+      PutLengths(out_, number_ % 2 == 0 ? PerSymbol(404) : before, lengths_, number_ % 4 < 2);
+      ++number_;
     }
+    block_.Write(out_, lengths_);
+    needs_tables_ = !is_last;
+    low_ = 0;
+    same_low_ = 0;
   }
   Bytes Finish() override { return std::exchange(out_, {}).bytes(); }
 
@@ -197,19 +204,12 @@ class Rar3Writer final : public StreamWriter {
   static const Slots kLengths;
   static const Slots kShorts;
 
-  void BeginBlock() {
-    out_.Align();
-    out_.Put(0, 2);  // prefix codes, with new lengths
-    PutTables(out_, std::array<FlatTable, 4>{{{299, 9}, {60, 6}, {17, 5}, {28, 5}}});
-    low_ = 0;
-    same_low_ = 0;
-  }
-  void PutSlot(std::uint32_t first_symbol, unsigned symbol_bits, const Slots& slots,
+  void PutSlot(unsigned table, std::uint32_t first_symbol, const Slots& slots,
                std::uint32_t value) {
     const auto above = std::upper_bound(slots.bases.begin(), slots.bases.end(), value);
     const auto slot = static_cast<std::size_t>(above - slots.bases.begin()) - 1;
-    out_.Put(first_symbol + static_cast<std::uint32_t>(slot), symbol_bits);
-    out_.Put(value - slots.bases[slot], slots.bits[slot]);
+    block_.Put(table, first_symbol + static_cast<std::uint32_t>(slot));
+    block_.PutPlain(value - slots.bases[slot], slots.bits[slot]);
   }
   void PutDistance(std::uint32_t from) {
     std::uint32_t slot = from;
@@ -224,18 +224,18 @@ class Rar3Writer final : public StreamWriter {
       bits = HighestBit(from) - 1;
       slot = 2 * HighestBit(from) + ((from >> bits) & 1U);
     }
-    out_.Put(slot, 6);
+    block_.Put(1, slot);
     const std::uint32_t extra = from & ((1U << bits) - 1);
-    if (slot < 10) return out_.Put(extra, bits);
-    out_.Put(extra >> 4U, bits - 4);
+    if (slot < 10) return block_.PutPlain(extra, bits);
+    block_.PutPlain(extra >> 4U, bits - 4);
     if (same_low_ > 0) {
       --same_low_;
     } else if ((extra & 15U) == low_) {
-      out_.Put(16, 5);
+      block_.Put(2, 16);
       same_low_ = 15;
     } else {
       low_ = extra & 15U;
-      out_.Put(low_, 5);
+      block_.Put(2, low_);
     }
   }
 
@@ -248,6 +248,10 @@ class Rar3Writer final : public StreamWriter {
 
  private:
   BitWriter out_;
+  SymbolBlock block_{{299, 60, 17, 28}};
+  PerSymbol lengths_ = PerSymbol(404);
+  bool needs_tables_ = true;
+  unsigned number_ = 0;
   std::uint32_t low_ = 0;
   unsigned same_low_ = 0;
 };

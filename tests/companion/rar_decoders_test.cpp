@@ -2,9 +2,12 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <numeric>
 #include <optional>
 #include <string>
 
+#include "companion/rar/blake2sp.h"
+#include "companion/rar/filters.h"
 #include "companion/rar/ppmd_model.h"
 #include "companion/rar/sliding_window.h"
 #include "tests/companion/packed_streams.h"
@@ -180,29 +183,179 @@ TEST(RarDecoders, Rar5FilterReachesOverWindowAndBlocks) {
   EXPECT_EQ(result.content[15 + length], 0xFF);
 }
 
+// A program as the recognition sees it: of that length and CRC32, its first byte the exclusive or
+// of the others. The CRC comes about through the last four bytes.
+Bytes MakeProgram(std::size_t length, std::uint32_t crc) {
+  const std::uint32_t* const table = get_crc_table();
+  std::uint32_t wanted = ~crc;
+  for (int i = 0; i < 4; ++i) {
+    std::uint32_t at = 0;
+    while (table[at] >> 24U != wanted >> 24U)
+      ++at;
+    wanted = (wanted ^ table[at]) << 8U | at;
+  }
+  for (std::uint32_t attempt = 0;; ++attempt) {
+    Bytes program(length);
+    program[0] = static_cast<std::uint8_t>(attempt);
+    program[1] = static_cast<std::uint8_t>(attempt >> 8U);
+    const std::uint32_t last =
+        wanted ^ ~static_cast<std::uint32_t>(crc32_z(0, program.data(), length - 4));
+    for (unsigned i = 0; i < 4; ++i)
+      program[length - 4 + i] = static_cast<std::uint8_t>(last >> (8 * i));
+    std::uint8_t check = 0;
+    for (const std::uint8_t byte : program)
+      check ^= byte;
+    if (check == 0) return program;
+  }
+}
+
+// Declarations of filters, with numbers in each of their forms.
+class Declaration : public BitWriter {
+ public:
+  void Number(std::uint32_t value) {
+    const unsigned form = value < 16 ? 0 : value < 256 ? 1 : value < 65536 ? 2 : 3;
+    Put(form, 2);
+    Put(value, 4U << form);
+  }
+  void Raw(const Bytes& data) {
+    Number(static_cast<std::uint32_t>(data.size()));
+    for (const std::uint8_t byte : data)
+      Put(byte, 8);
+  }
+};
+
+// Declares a program for a block that begins `ahead` bytes later.
+Bytes Declare(const Bytes& program, std::uint32_t ahead, std::uint32_t length,
+              const std::vector<std::uint32_t>& registers) {
+  Declaration bits;
+  bits.Number(0);  // the first program
+  bits.Number(ahead);
+  bits.Number(length);
+  bits.Put((1U << registers.size()) - 1, 7);
+  for (const std::uint32_t value : registers)
+    bits.Number(value);
+  bits.Raw(program);
+  return bits.bytes();
+}
+
+FilterRequest Asked(FilterKind kind, std::uint32_t first, std::uint32_t second) {
+  FilterRequest request;
+  request.kind = kind;
+  request.channels = first;
+  request.stride = first;
+  request.red_offset = second;
+  return request;
+}
+
+constexpr std::uint8_t kNamesProgram = 0x80, kStartsLater = 0x40, kHasLength = 0x20,
+                       kHasRegisters = 0x10, kHasData = 0x08;
+
+TEST(RarDecoders, Rar3ProgramsOfTheOriginalPackerAreKnown) {
+  const struct {
+    std::size_t length;
+    std::uint32_t crc;
+    FilterKind kind;
+    std::vector<std::uint32_t> registers;
+  } cases[] = {
+      {29, 0x0E06077D, FilterKind::kDelta, {3}},    {53, 0xAD576887, FilterKind::kX86Call, {}},
+      {57, 0x3CD7E57E, FilterKind::kX86Jump, {}},   {120, 0x3769893F, FilterKind::kItanium, {}},
+      {149, 0x1C2C5DC8, FilterKind::kRgb, {30, 1}}, {216, 0xBC85E701, FilterKind::kAudio, {2}}};
+  constexpr std::uint32_t kLength = 70000, kAhead = 20;
+  Random random(1);
+  Bytes content(2 * kLength + kAhead + 600);
+  for (std::uint8_t& byte : content) {
+    const std::uint32_t choices[] = {0xE8 + random() % 2, random() % 256, random() % 3, 0};
+    byte = static_cast<std::uint8_t>(choices[random() % 4]);
+  }
+  for (const auto& each : cases) {
+    Rar3Writer writer;
+    writer.Declaration(
+        kNamesProgram | kHasLength | kHasRegisters,
+        Declare(MakeProgram(each.length, each.crc), kAhead, kLength, each.registers));
+    // The program once more, by its number, for as many bytes; data of its own is passed over.
+    Declaration again;
+    again.Number(1);
+    again.Number(kAhead + kLength + 5 - 258);
+    again.Put(each.registers.empty() ? 0 : 3, 7);
+    for (std::size_t i = 0; !each.registers.empty() && i < 2; ++i)
+      again.Number(i < each.registers.size() ? each.registers[i] : 0);
+    again.Raw(Bytes(100, 1));
+    writer.Declaration(kNamesProgram | kStartsLater | kHasRegisters | kHasData, again.bytes());
+    for (const std::uint8_t byte : content)
+      writer.Literal(byte);
+    writer.EndBlock(true);
+    Bytes expected = content;
+    for (const std::uint32_t at : {kAhead, kAhead + kLength + 5}) {
+      const auto begin = expected.begin() + at;
+      Bytes block(begin, begin + kLength);
+      Bytes scratch;
+      const auto& registers = each.registers;
+      UndoFilter(Asked(each.kind, registers.empty() ? 0 : registers[0],
+                       registers.size() < 2 ? 0 : registers[1]),
+                 at, block, scratch);
+      std::copy(block.begin(), block.end(), begin);
+    }
+    const Unpacked result =
+        Unpack(*MakeDecompressor(DecoderFamily::kRar3), writer.entry, writer.Finish());
+    EXPECT_EQ(result.code, 0) << each.length;
+    EXPECT_TRUE(result.content == expected && expected != content) << each.length;
+  }
+}
+
 TEST(RarDecoders, Rar3ProgramThatIsNotKnownEndsWithItsCode) {
-  // The block begins 0 bytes ahead and has 15 bytes; the program has 3 bytes.
-  const auto declare = [](std::uint8_t check) {
-    BitWriter bits;
-    for (const std::uint32_t number : {0U, 0U, 15U, 3U})
-      bits.Put(number, 6);
-    for (const std::uint32_t byte : {0U + check, 0x12U, 0x34U})
-      bits.Put(byte, 8);
-    return bits.bytes();
-  };
+  const Bytes delta = MakeProgram(29, 0x0E06077D);
+  Bytes damaged = delta;
+  damaged[7] ^= 1;
+  const auto declare = [](const Bytes& program) { return Declare(program, 0, 15, {}); };
   const struct {
     Bytes declaration;
     int code;
-  } cases[] = {{declare(0x12 ^ 0x34), 14}, {declare(0), 12}, {Bytes{0}, 12}};
+  } cases[] = {{declare({0x12 ^ 0x34, 0x12, 0x34}), 14},
+               {declare({0, 0x12, 0x34}), 12},
+               {declare(damaged), 12},
+               {declare(MakeProgram(29, 0x0E06077C)), 14},
+               {declare(MakeProgram(30, 0x0E06077D)), 14},
+               {Declare(delta, 0, 0x1E001, {3}), 12},  // more than the machine's memory
+               {Declare(delta, 0, 15, {0}), 12},       // no channels
+               {Declare(delta, 0, 15, {3, 0, 0, 0, 14}), 12},
+               {declare({}), 12},
+               {Bytes{0}, 12}};
   for (const auto& each : cases) {
     Rar3Writer writer;
     writer.Literal('a');
-    writer.Declaration(0x80 | 0x20, each.declaration);
+    writer.Declaration(kNamesProgram | kHasLength | kHasRegisters, each.declaration);
     for (int i = 0; i < 20; ++i)
       writer.Literal('b');
     writer.EndBlock(true);
     const auto decoder = MakeDecompressor(DecoderFamily::kRar3);
     EXPECT_EQ(Unpack(*decoder, writer.entry, writer.Finish()).code, each.code);
+  }
+}
+
+// The sums of the bytes 0, 1, 2, ...: up to 255 of them as published with the algorithm, of more
+// bytes those of an independent implementation.
+TEST(RarDecoders, Blake2spAgreesWithItsPublishedVectors) {
+  const struct {
+    std::size_t length;
+    const char* digest;
+  } cases[] = {{0, "dd0e891776933f43c7d032b08a917e25741f8aa9a12c12e1cac8801500f2ca4f"},
+               {1, "a6b9eecc25227ad788c99d3f236debc8da408849e9a5178978727a81457f7239"},
+               {64, "52603b6cbfad4966cb044cb267568385cf35f21e6c45cf30aed19832cb51e9f5"},
+               {255, "25059f10605e67adfe681350666e15ae976a5a571c13cf5bc8053f430e120a52"},
+               {1000, "7e2830f74fc7c4d224a201b46f95e37ebbfb56dddc492f8227e4d905201734b8"},
+               {5000, "d7ad4ed26ce85b35d95db276deacd48df0e532fdf2683622a4a97999aa97e5c2"}};
+  for (const auto& each : cases) {
+    Bytes message(each.length);
+    std::iota(message.begin(), message.end(), std::uint8_t{0});
+    for (const std::size_t piece : {std::size_t{7}, std::size_t{5000}}) {
+      Blake2sp sum;
+      for (std::size_t at = 0; at < message.size(); at += piece)
+        sum.Update(&message[at], std::min(piece, message.size() - at));
+      std::string digest;
+      for (const std::uint8_t byte : sum.Finish())
+        digest += {"0123456789abcdef"[byte / 16], "0123456789abcdef"[byte % 16]};
+      EXPECT_EQ(digest, each.digest) << each.length;
+    }
   }
 }
 

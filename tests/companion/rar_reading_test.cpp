@@ -277,5 +277,42 @@ TEST(RarReading, AFileGoesOnThroughItsVolumes) {
   }
 }
 
+TEST(RarReading, OnlyTheNextPartOfAFileIsTakenForIt) {
+  const std::string half = "half";
+  for (const RarFormat format : kBoth) {
+    const bool is_rar5 = format == RarFormat::kRar5;
+    const RarFormat other = is_rar5 ? RarFormat::kRar4 : RarFormat::kRar5;
+    const auto part = [&](RarFormat volume, const char* name, bool goes_on, bool has_next) {
+      EntryHeader header = FileHeader(name, half + half);
+      header.packed_size = half.size();
+      header.split_before = goes_on;
+      header.split_after = has_next;
+      return MakeVolumeBeginning(volume, !goes_on) + MakeEntryHeader(volume, header) + half;
+    };
+    const std::string sound = part(format, "a", true, false);
+    std::string damaged = sound;
+    damaged[damaged.size() - half.size() - 1] ^= 1;
+    const struct {
+      const char* what;
+      std::string bytes;
+      int code;
+    } cases[] = {{"sound", sound, 0},
+                 {"the other format", part(other, "a", true, false), 12},
+                 {"another file", part(format, "b", true, false), 12},
+                 {"a file's beginning", part(format, "a", false, false), 12},
+                 {"damage", damaged, 12},
+                 {"no file", MakeVolumeBeginning(format, false) + MakeEnd(format), 12},
+                 {"nothing behind the header", MakeVolumeBeginning(format, false), 12},
+                 {"a page", "<html>", 12},
+                 {"data cut off", sound.substr(0, sound.size() - 1), 18}};
+    for (const auto& each : cases) {
+      const Sandbox sandbox;
+      sandbox.Write("a.part2.rar", each.bytes);
+      const std::string path = sandbox.Write("a.part1.rar", part(format, "a", false, true));
+      EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).entries[0].code, each.code) << each.what;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace tests

@@ -7,7 +7,6 @@
 
 #include "companion/rar/checksum.h"
 #include "companion/rar/failure.h"
-#include "companion/rar/limits.h"
 #include "companion/rar/names.h"
 
 namespace companion::rar {
@@ -43,7 +42,7 @@ class Archive::Sink final : public ContentSink {
         file_(file),
         checksum_(archive.entry_),
         limit_(std::min(archive.entry_.unpacked_size.value_or(kMaxEntrySize),
-                        kMaxTotalSize - archive.total_written_)) {}
+                        archive.most_content_ - archive.total_written_)) {}
 
   void Write(const std::uint8_t* data, std::size_t length) override {
     if (length > Left()) throw Failure{ports::kRarBadData};
@@ -77,8 +76,12 @@ class Archive::Sink final : public ContentSink {
   std::uint64_t written_ = 0;
 };
 
-Archive::Archive(std::string path, bool for_extraction, VolumeOpener opener)
-    : path_(std::move(path)), for_extraction_(for_extraction), opener_(std::move(opener)) {
+Archive::Archive(std::string path, bool for_extraction, VolumeOpener opener,
+                 std::uint64_t most_content)
+    : path_(std::move(path)),
+      for_extraction_(for_extraction),
+      opener_(std::move(opener)),
+      most_content_(most_content) {
   file_ = opener_(path_);
   if (!file_) throw Failure{ports::kRarOpenFailed};
   reader_ = RecogniseFormat(*file_);

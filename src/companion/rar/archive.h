@@ -6,6 +6,7 @@
 
 #include "companion/rar/block.h"
 #include "companion/rar/decoder.h"
+#include "companion/rar/limits.h"
 
 namespace companion::rar {
 
@@ -18,8 +19,10 @@ using ContentListener = std::function<bool(const std::uint8_t* data, std::size_t
 // An open archive, read entry by entry from its first block through all its volumes.
 class Archive {
  public:
-  // Throws Failure: kRarOpenFailed, kRarBadArchive.
-  Archive(std::string path, bool for_extraction, VolumeOpener opener);
+  // Gives at most that many bytes of content, all entries together. Throws Failure: kRarOpenFailed,
+  // kRarBadArchive.
+  Archive(std::string path, bool for_extraction, VolumeOpener opener,
+          std::uint64_t most_content = kMaxTotalSize);
 
   // Finds the next entry, skipping the data of one that was not processed.
   ports::RarResult ReadHeader();
@@ -77,6 +80,7 @@ class Archive {
   Entry entry_;           // as in the volume where it begins
   Block part_;            // its part in the current volume
   bool pending_ = false;  // an entry was found and not processed
+  std::uint64_t most_content_;
   std::uint64_t total_written_ = 0;
 
   std::unique_ptr<Decoder> stored_decoder_;
