@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <random>
@@ -225,11 +226,14 @@ TEST_F(Zipping, WhileItIsWrittenOnlyItsOwnerMayReadAZipFile) {
 }
 
 TEST_F(Zipping, OptionsChangeWhatIsPacked) {
+  constexpr std::chrono::year_month_day kOld{std::chrono::year(2024), std::chrono::month(6),
+                                             std::chrono::day(1)};
   sandbox.Write("in/a.txt", "one\ntwo\n");
   sandbox.Write("in/sub/b.txt", "one\r\ntwo\r\n");
   sandbox.Write("in/sub/data.bin", std::string("\0\n", 2));
-  fs::last_write_time(ToPath(sandbox.Path("in/sub/b.txt")),
-                      fs::file_time_type::clock::now() - std::chrono::hours(24 * 800));
+  fs::last_write_time(
+      ToPath(sandbox.Path("in/sub/b.txt")),
+      std::chrono::file_clock::from_sys(std::chrono::sys_seconds(std::chrono::sys_days{kOld})));
   const struct {
     const char* what;
     std::function<void(TmZipper&)> change;
