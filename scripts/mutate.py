@@ -75,8 +75,8 @@ def changes_of(line, code, before):
                 continue  # texts are only ever joined
             yield line[:match.start()] + other[match[0]] + line[match.end():]
     for match in NUMBER.finditer(code):
-        value = int(match[1], 0) + 1
-        number = hex(value) if match[1].startswith("0x") else str(value)
+        base = 16 if match[1].startswith("0x") else 8 if match[1].startswith("0") else 10
+        number = {16: "0x{:X}", 8: "0{:o}", 10: "{}"}[base].format(int(match[1], base) + 1)
         yield line[:match.start(1)] + number + line[match.end(1):]
     for match in CONDITION.finditer(code):
         opening = match.end() - 1
