@@ -18,7 +18,7 @@ struct ProcessEnded : std::runtime_error {
 
 // Starts nothing: records every start as "program|command line|folder" and hands back a process
 // that has ended with exit_code.
-class RecordingProcesses final : public ports::Processes {
+class RecordingProcesses : public ports::Processes {
  public:
   std::vector<std::string> starts;
   std::string own_arguments;

@@ -205,12 +205,6 @@ TEST_F(StartUp, ARunWaitsLocksUpdatesTellsReleasesAndStartsTheProduct) {
 }
 
 TEST_F(StartUp, ARunIsAFailureUnlessItSaysOtherwise) {
-  run_.updated = true;
-  run_.fails = true;
-  Run("-e \"" + product_ + "\"");
-  EXPECT_EQ(processes_.starts, Log{});
-  EXPECT_EQ(GetRunOutcome(), RunOutcome::kFailed);
-  run_.fails = run_.updated = false;
   Run("");
   EXPECT_EQ(GetRunOutcome(), RunOutcome::kFailed);
 }
@@ -248,15 +242,29 @@ TEST_F(StartUp, TheProductStartsOnceTheLockIsFree) {
   EXPECT_EQ(at_start.back(), "close Local\\TMW_WebUpdate_Mutex");
 }
 
-TEST_F(StartUp, AnErrorOfTheStartIsShown) {
-  run_.fails = true;
-  auto saved =
-      SetErrorEnvironment({[this] { return std::make_unique<NotingWindow>(run_.calls); }, nullptr});
+TEST_F(StartUp, AnErrorOfTheStartIsShownAndIsAFailure) {
+  for (const bool is_updated : {false, true}) {
+    run_ = {is_updated, "", !is_updated, {}};
+    processes_.refusals = {2, 2};  // the product cannot be started again
+    auto saved = SetErrorEnvironment(
+        {[this] { return std::make_unique<NotingWindow>(run_.calls); }, nullptr});
+    Run("-y -e \"" + product_ + "\"");
+    SetErrorEnvironment(std::move(saved));
+    ASSERT_EQ(run_.calls.size(), 2U);
+    const std::string& shown = run_.calls[1];
+    EXPECT_EQ(shown.starts_with("Сбой|1001|["), !is_updated) << shown;
+    EXPECT_EQ(shown.find("::miMain.RunMainExeFile]") != std::string::npos, is_updated) << shown;
+    EXPECT_NE(shown.find("::miMain.Main]"), std::string::npos) << shown;
+    EXPECT_EQ(GetRunOutcome(), RunOutcome::kFailed);
+    ReleaseUpdaterLock();
+  }
+}
+
+TEST_F(StartUp, AProductFolderThatIsMissingIsNotLocked) {
+  settings_.Set(SettingsRoot::kMachine, kGeneral + std::string("RootPath"), sandbox_.Path("нет"));
   Run("");
-  SetErrorEnvironment(std::move(saved));
-  ASSERT_EQ(run_.calls.size(), 2U);
-  EXPECT_TRUE(run_.calls[1].starts_with("Сбой|1001|[")) << run_.calls[1];
-  EXPECT_NE(run_.calls[1].find("::miMain.Main]"), std::string::npos) << run_.calls[1];
+  EXPECT_EQ(run_.calls.size(), 1U);
+  EXPECT_EQ(front_end_.log, Log{});
 }
 
 TEST_F(StartUp, EndingTheUpdaterFreesTheLockFirst) {
@@ -266,6 +274,14 @@ TEST_F(StartUp, EndingTheUpdaterFreesTheLockFirst) {
   // The fake ends the process by an exception, which passes through the frames.
   EXPECT_THROW(ExitUpdater(), ProgramError);
   EXPECT_EQ(mutexes_.log, Log{"close Local\\TMW_WebUpdate_Mutex"});
+}
+
+TEST_F(StartUp, AnEndThatTheSystemRefusesIsAnError) {
+  struct : tests::RecordingProcesses {
+    ports::Status Terminate(std::int32_t) override { return {false, 5}; }
+  } unending;
+  ports_->processes = &unending;
+  EXPECT_THROW(UnconditionallyTerminateApplication(), ProgramError);
 }
 
 #ifndef _WIN32  // where a test can fork
