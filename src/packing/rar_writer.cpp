@@ -24,7 +24,7 @@ void Require(const ports::Status& status, const std::string& path) {
 }
 
 // Passes the file's bytes to take, piece by piece.
-void ForEachPiece(const std::string& path, const std::function<void()>& on_piece,
+void ForEachPiece(const std::string& path, const PieceHandler& on_piece,
                   const std::function<void(std::string_view)>& take) {
   const std::unique_ptr<ports::File> file = Open(path, ports::FileMode::kRead);
   std::vector<char> buffer(256U << 10U);
@@ -32,8 +32,8 @@ void ForEachPiece(const std::string& path, const std::function<void()>& on_piece
     const auto got = file->Read(buffer.data(), buffer.size());
     if (!got) tmw::RaiseApiErrorWithMessage(texts::ReadingFailed(path), got.code);
     if (got.value == 0) return;
-    if (on_piece) on_piece();
     take({buffer.data(), got.value});
+    if (on_piece) on_piece(got.value);
   }
 }
 
@@ -64,7 +64,7 @@ StoredRarWriter::StoredRarWriter(const std::string& package, RarFormat format,
 // The header precedes the data but contains its checksum, so the source is read twice. A file that
 // changes in between is an error.
 PackedFile StoredRarWriter::AddFile(const RarEntryFacts& facts, const std::string& source,
-                                    const std::function<void()>& on_piece) try {
+                                    const PieceHandler& on_piece) try {
   EntryHeader header = HeaderOf(facts);
   sha256::Stream content;
   ForEachPiece(source, on_piece, [&](std::string_view piece) {
@@ -96,13 +96,13 @@ void StoredRarWriter::AddFolder(const RarEntryFacts& facts) try {
   tmw::ReRaiseError(kModule, "AddFolder");
 }
 
-void StoredRarWriter::Finish() try {
+void StoredRarWriter::Finish(bool is_flushed) try {
   Write(MakeEnd(format_));
   if (digest_) {
     const std::string trailer = TrailerBytes(*digest_, length_);
     Require(file_->Write(trailer.data(), trailer.size()), package_);
   }
-  Require(file_->Flush(), package_);
+  if (is_flushed) Require(file_->Flush(), package_);
   Require(file_->Close(), package_);
   file_ = nullptr;
 } catch (...) {
@@ -124,7 +124,7 @@ std::int64_t StoredSize(RarFormat format, const RarEntryFacts& facts, std::int64
 }
 
 void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target,
-                                  const std::function<void()>& on_piece) try {
+                                  const PieceHandler& on_piece) try {
   const std::unique_ptr<ports::File> file = Open(target, ports::FileMode::kWriteNew);
   sha256::Stream digest;
   std::uint64_t length = 0;
@@ -135,7 +135,6 @@ void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& 
   });
   const std::string trailer = TrailerBytes(digest, length);
   Require(file->Write(trailer.data(), trailer.size()), target);
-  Require(file->Flush(), target);
   Require(file->Close(), target);
 } catch (...) {
   tmw::ReRaiseError(kModule, "CopyFileWithIntegrityTrailer");

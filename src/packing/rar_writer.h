@@ -20,6 +20,10 @@ struct RarEntryFacts {
   std::optional<std::uint32_t> unix_mode;  // the nine permission bits; absent in a Windows entry
 };
 
+// Called for every piece that has been read or written, with its length in bytes; an exception from
+// it ends the work.
+using PieceHandler = std::function<void(std::size_t)>;
+
 // The content of a file as it was packed.
 struct PackedFile {
   std::int64_t length = 0;  // bytes
@@ -39,13 +43,14 @@ class StoredRarWriter {
   StoredRarWriter(const std::string& package, RarFormat format, bool with_trailer = false);
 
   // on_piece is called for every piece of the source, once while it is hashed and once while it is
-  // copied; an exception from it ends the work.
+  // copied.
   PackedFile AddFile(const RarEntryFacts& facts, const std::string& source,
-                     const std::function<void()>& on_piece = {});
+                     const PieceHandler& on_piece = {});
   void AddFolder(const RarEntryFacts& facts);
 
-  // Completes the package and flushes it to the disk.
-  void Finish();
+  // Completes the package. It is flushed to the disk unless the caller will do that for many files
+  // at once.
+  void Finish(bool is_flushed = true);
 
  private:
   void Write(std::string_view bytes);
@@ -60,8 +65,8 @@ class StoredRarWriter {
 // The length of the package of one such file, in bytes.
 std::int64_t StoredSize(RarFormat format, const RarEntryFacts& facts, std::int64_t length);
 
-// Copies a file and appends integrity data for pack method 2. on_piece is called for every piece.
+// Copies a file and appends integrity data for pack method 2. The copy is not flushed to the disk.
 void CopyFileWithIntegrityTrailer(const std::string& source, const std::string& target,
-                                  const std::function<void()>& on_piece = {});
+                                  const PieceHandler& on_piece = {});
 
 }  // namespace packing

@@ -79,7 +79,8 @@ void PackageCache::Keep(const std::string& key, const std::string& archive) {
     if (!kept_.insert(key).second) return;
   }
   const std::string fresh = PathOf(key) + std::string(tmw::names::kNewPartEnding);
-  packing::CopyFileWithIntegrityTrailer(archive, fresh, tools::ThrowIfStopped);
+  packing::CopyFileWithIntegrityTrailer(archive, fresh,
+                                        [](std::size_t /*piece*/) { tools::ThrowIfStopped(); });
   const ports::Status named = ports::CurrentPorts().files->Rename(fresh, PathOf(key));
   if (!named) {
     tmw::RaiseApiErrorWithMessage(

@@ -27,6 +27,7 @@
 #include "publish/server_lines.h"
 #include "publish/tables.h"
 #include "tools/fill.h"
+#include "tools/tools_texts.h"
 
 namespace publish {
 namespace {
@@ -70,6 +71,11 @@ class Building {
 
   // Renames the release to its final name.
   void MoveIntoPlace() const {
+    const ports::Status flushed = ports::CurrentPorts().files->FlushTree(Release());
+    if (!flushed) {
+      tmw::RaiseApiErrorWithMessage(
+          tools::Fill(tools::texts::kCannotWrite, {tmw::Quoted(Release())}), flushed.code);
+    }
     if (tmw::IsFolderExists(place_)) Rename(place_, Old());
     Rename(Release(), place_);
     static_cast<void>(ports::CurrentPorts().files->FlushFolder(root_));

@@ -34,6 +34,16 @@ void CheckSize(std::int64_t length, const std::string& place, Faults& faults) {
   if (length > kLargestNumber) faults.Add(place, texts::kTooLong);
 }
 
+void StopOnRequest(std::size_t /*piece*/) {
+  tools::ThrowIfStopped();
+}
+
+// A file's part of the progress: its bytes are read twice, and opening it counts too.
+std::int64_t WorkOf(const ProductFile& file) {
+  constexpr std::int64_t kOpening = 16384;
+  return 2 * file.record.length + kOpening;
+}
+
 // A file that cannot be read is a fault like any other and does not end the run.
 bool CheckReadable(const std::string& file, const std::string& place, Faults& faults) {
   try {
@@ -79,8 +89,8 @@ PackageRecord ReleaseBuilder::PackTogether(const std::string& server_name,
   const std::string path = PathOf(server_name);
   packing::StoredRarWriter writer(path, description_.format);
   for (const auto& [file, name] : entries)
-    writer.AddFile(FactsOf(name), file, tools::ThrowIfStopped);
-  writer.Finish();
+    writer.AddFile(FactsOf(name), file, StopOnRequest);
+  writer.Finish(false);
   return {server_name, tmw::GetFileLength(path), HashOfFile(path)};
 }
 
@@ -107,7 +117,7 @@ bool ReleaseBuilder::PackShorter(const PackJob& job, const std::string& target, 
                                  const std::string& scratch, Faults& faults) const {
   const auto archive = packer_->Pack(job, scratch, faults);
   if (archive && with_trailer) {
-    packing::CopyFileWithIntegrityTrailer(*archive, target, tools::ThrowIfStopped);
+    packing::CopyFileWithIntegrityTrailer(*archive, target, StopOnRequest);
   } else if (archive) {
     tmw::MoveFile(*archive, target);
   }
@@ -145,13 +155,15 @@ void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
   CheckManifest(manifest_, faults);
   if (!faults.IsEmpty()) return;
   is_packed_ = true;
-  progress_.Begin(texts::kFiles, files.size());
+  std::int64_t bytes = 0;
   for (ProductFile& file : files) {
     if (!file.ready_package.empty())
       tmw::CompanionFunctions();  // loads the library before other threads start
     file.record.length = tmw::GetFileLength(file.source);
+    bytes += WorkOf(file);
     tmw::CreateFolderIfAbsent(tmw::SplitFileName(PathOf(file.record.server_name)).Folder);
   }
+  progress_.BeginBytes(texts::kFiles, bytes);
   // Largest first, so that no thread starts a large file when the others have finished.
   std::vector<std::size_t> order(files.size());
   std::iota(order.begin(), order.end(), 0);
@@ -161,8 +173,16 @@ void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
   std::vector<Faults> found(files.size());
   RunSideBySide(files.size(), WorkerCount(), [&](std::size_t i) {
     const std::size_t number = order[i];
-    PackFile(files[number], number, found[number]);
-    progress_.Advance();
+    const std::int64_t work = WorkOf(files[number]);
+    std::int64_t done = 0;
+    PackFile(
+        files[number], number,
+        [&](std::size_t piece) {
+          done += static_cast<std::int64_t>(piece);
+          progress_.Advance(piece);
+        },
+        found[number]);
+    progress_.Advance(static_cast<std::size_t>(std::max<std::int64_t>(work - done, 0)));
   });
   for (std::size_t i = 0; i < files.size(); ++i) {
     faults.Append(found[i]);
@@ -170,7 +190,8 @@ void ReleaseBuilder::AddFiles(std::vector<ProductFile> files, Faults& faults) {
   }
 }
 
-void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& faults) const {
+void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number,
+                              const packing::PieceHandler& on_piece, Faults& faults) const {
   FileRecord& record = file.record;
   if (!CheckReadable(file.source, file.path, faults)) return;
   if (record.length > packing::StoredRarWriter::kLargestFile) {
@@ -186,7 +207,7 @@ void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& fau
   const bool has_integrity = record.pack_method == kIntegrity;
   std::string source = file.source;
   if (has_integrity) {
-    packing::CopyFileWithIntegrityTrailer(file.source, scratch, tools::ThrowIfStopped);
+    packing::CopyFileWithIntegrityTrailer(file.source, scratch, StopOnRequest);
     source = scratch;
   }
   const packing::RarEntryFacts facts = FactsOf(record.name, file.is_executable);
@@ -205,8 +226,8 @@ void ReleaseBuilder::PackFile(ProductFile& file, std::size_t number, Faults& fau
   }
   if (!is_packed) {
     packing::StoredRarWriter writer(target, description_.format, has_integrity);
-    const packing::PackedFile packed = writer.AddFile(facts, source, tools::ThrowIfStopped);
-    writer.Finish();
+    const packing::PackedFile packed = writer.AddFile(facts, source, on_piece);
+    writer.Finish(false);
     record.length = packed.length;
     record.hash = tmw::GetHashString(packed.digest);
   }

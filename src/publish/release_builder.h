@@ -56,7 +56,8 @@ class ReleaseBuilder {
   PackageRecord PackAlone(const std::string& server_name, const Entry& entry, Faults& faults);
   bool PackShorter(const PackJob& job, const std::string& target, bool with_trailer,
                    const std::string& scratch, Faults& faults) const;
-  void PackFile(ProductFile& file, std::size_t number, Faults& faults) const;
+  void PackFile(ProductFile& file, std::size_t number, const packing::PieceHandler& on_piece,
+                Faults& faults) const;
   void TakeReadyPackage(ProductFile& file, const std::string& scratch, Faults& faults) const;
   void CheckText(const ProductFile& file, Faults& faults) const;
   std::string Listing() const;

@@ -22,5 +22,6 @@ inline constexpr const char* kCannotWrite = "Cannot write %1: ";
 
 inline constexpr const char* kJsonHelp = "with any command: one JSON object on standard output";
 inline constexpr const char* kProgress = "%1: %2 %";
+inline constexpr const char* kPace = ", %1/s, %2 left";
 
 }  // namespace tools::texts

@@ -116,6 +116,7 @@ class FaultyFileSystem final : public ports::FileSystem {
   Status FlushFolder(const Path& folder) override {
     return Do("flush folder", 0, [&] { return real_.FlushFolder(folder); });
   }
+  Status FlushTree(const Path& folder) override { return real_.FlushTree(folder); }
   Status MakeExecutable(const Path& path) override {
     return executable_code != 0 ? Status::Failure(executable_code) : real_.MakeExecutable(path);
   }

@@ -320,6 +320,12 @@ class LinuxFileSystem final : public ports::FileSystem {
     return is_unable ? ports::Status::Success() : status;
   }
 
+  ports::Status FlushTree(const std::string& folder) override {
+    const UniqueDescriptor descriptor(open(Name(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!descriptor) return ports::Status::Failure(errno);
+    return StatusOf(syncfs(descriptor.Get()));
+  }
+
   ports::Status MakeExecutable(const std::string& path) override {
     struct stat status {};
     if (stat(Name(path), &status) != 0) return ports::Status::Failure(errno);

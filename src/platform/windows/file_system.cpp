@@ -312,6 +312,24 @@ class WindowsFileSystem final : public ports::FileSystem {
     return ports::Status::Success();
   }
 
+  ports::Status FlushTree(const std::string& folder) override {
+    const auto listed = List(folder);
+    if (!listed) return listed.ToStatus();
+    for (const ports::FolderEntry& entry : listed.value) {
+      const std::string path = folder + "\\" + entry.name;
+      if (entry.kind == ports::FileKind::kFolder) {
+        const ports::Status flushed = FlushTree(path);
+        if (!flushed) return flushed;
+        continue;
+      }
+      const UniqueFileHandle handle(CreateFileW(NativePath(path).c_str(), GENERIC_WRITE,
+                                                FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                                OPEN_EXISTING, 0, nullptr));
+      if (!handle || !FlushFileBuffers(handle.Get())) return ports::Status::Failure(LastError());
+    }
+    return ports::Status::Success();
+  }
+
   ports::Status MakeExecutable(const std::string& /*path*/) override {
     return ports::Status::Success();
   }
