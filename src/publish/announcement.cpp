@@ -113,8 +113,8 @@ Announcement Place(const std::string& root, Digest digest, const Signer* signer,
 }
 
 // The digest that the release's folder keeps. Returns nothing and a fault if there is none.
-std::optional<Digest> ReadKept(const std::string& folder, const std::string& version,
-                               Faults& faults) {
+std::optional<Digest> ReadKeptDigest(const std::string& folder, const std::string& version,
+                                     Faults& faults) {
   const std::string file = tmw::JoinPath(folder, kAnnouncement);
   if (!tmw::IsFileExists(file)) {
     faults.Add(folder, texts::kNothingKept);
@@ -160,16 +160,28 @@ void CheckMayAnnounce(const std::string& root, const Signer* signer, Faults& fau
   CheckMayFollow(ReadPresent(root), signer, faults);
 }
 
+AnnouncingLock::AnnouncingLock(const std::string& root) {
+  if (!tmw::IsFolderExists(root)) Raise(texts::kNoFolder, root);
+  lock_ = LockFile(tmw::JoinPath(root, kAnnouncingLock), texts::kAnotherAnnouncement, root);
+}
+
+KeptAnnouncement ReadKept(const std::string& root, const std::string& version, Faults& faults) {
+  const std::string folder = FolderOf(root, version);
+  std::optional<Digest> digest = ReadKeptDigest(folder, version, faults);
+  if (!digest) return {};
+  const std::string servers = tmw::JoinPath(folder, kServers);
+  if (tmw::IsFileExists(servers)) return {std::move(*digest), tmw::ReadFileBytes(servers)};
+  faults.Add(servers, texts::kNoSuchFile);
+  return {};
+}
+
 Announcement Announce(const std::string& root, const std::string& version, const Signer* signer,
                       Faults& faults) {
-  const std::string folder = FolderOf(root, version);
-  const std::optional<Digest> digest = ReadKept(folder, version, faults);
-  const std::string servers = tmw::JoinPath(folder, kServers);
-  if (digest && !tmw::IsFileExists(servers)) faults.Add(servers, texts::kNoSuchFile);
+  const KeptAnnouncement kept = ReadKept(root, version, faults);
   CheckMayAnnounce(root, signer, faults);
   if (!faults.IsEmpty()) return {};
-  ReplaceFile(tmw::JoinPath(root, tmw::names::kServerListFile), tmw::ReadFileBytes(servers));
-  return Place(root, *digest, signer, faults);
+  ReplaceFile(tmw::JoinPath(root, tmw::names::kServerListFile), kept.server_list);
+  return Place(root, kept.digest, signer, faults);
 }
 
 void CheckNotOlder(const std::string& root, const std::string& version, const std::string& place,
@@ -186,7 +198,7 @@ Announcement Retract(const std::string& root, const Signer* signer, Faults& faul
     faults.Add(root, texts::kNothingToGoBackTo);
     return {};
   }
-  const std::optional<Digest> digest = ReadKept(FolderOf(root, older), older, faults);
+  const std::optional<Digest> digest = ReadKeptDigest(FolderOf(root, older), older, faults);
   return digest ? Place(root, *digest, signer, faults) : Announcement{};
 }
 
@@ -199,6 +211,17 @@ Announcement Renew(const std::string& root, const Signer& signer, Faults& faults
   faults.Append(present.faults);
   CheckBound(FolderOf(root, present.digest.version), present.digest, faults);
   return Place(root, present.digest, &signer, faults);
+}
+
+bool IsOlder(const std::string& version, const std::string& other) {
+  return NumbersOf(version) < NumbersOf(other);
+}
+
+std::string AnnouncedVersion(const std::string& root, Faults& faults) {
+  const Present present = ReadPresent(root);
+  if (!present.is_there) faults.Add(root, texts::kNothingAnnounced);
+  faults.Append(present.faults);
+  return present.digest.version;
 }
 
 bool IsAnnounced(const std::string& root, const std::string& version) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "ports/file_lock.h"
 #include "publish/digest.h"
 #include "publish/faults.h"
 #include "publish/signer.h"
@@ -26,6 +28,25 @@ void KeepForAnnouncing(const std::string& release_folder, const std::string& dig
 // ones only, with a higher serial. signer: null for none.
 void CheckMayAnnounce(const std::string& root, const Signer* signer, Faults& faults);
 
+// What the folder of a release keeps for its announcement. Whatever is missing or has been changed
+// since it was published is a fault.
+struct KeptAnnouncement {
+  Digest digest;
+  std::string server_list;  // the bytes
+};
+KeptAnnouncement ReadKept(const std::string& root, const std::string& version, Faults& faults);
+
+// Keeps other runs from announcing in that folder, until it is destroyed. Whoever calls Announce,
+// Retract or Renew, or takes releases away, holds it from the first look at the digest on.
+class AnnouncingLock {
+ public:
+  // Raises if there is no such folder or another run has locked it.
+  explicit AnnouncingLock(const std::string& root);
+
+ private:
+  std::unique_ptr<ports::FileLock> lock_;
+};
+
 // Announces a release that is there, and its list of servers. Nothing is announced if there are
 // faults: its manifest and the updater's files must be those that were published.
 Announcement Announce(const std::string& root, const std::string& version, const Signer* signer,
@@ -40,6 +61,12 @@ Announcement Retract(const std::string& root, const Signer* signer, Faults& faul
 
 // Announces the announced release once more: a new signature, serial and last day.
 Announcement Renew(const std::string& root, const Signer& signer, Faults& faults);
+
+// Returns whether a version of four numbers is below another.
+bool IsOlder(const std::string& version, const std::string& other);
+
+// The version that the digest in the folder announces. What keeps it from being read is a fault.
+std::string AnnouncedVersion(const std::string& root, Faults& faults);
 
 // Returns whether users may be downloading that release: the digest announces it or a later one, or
 // cannot be read. A release that a killed run has not announced may be replaced.

@@ -23,13 +23,6 @@ namespace {
 // More faults of one cause become one line.
 constexpr std::size_t kMostLines = 3;
 
-Json ListOf(const std::vector<Fault>& faults) {
-  Json list = Json::array();
-  for (const Fault& fault : faults)
-    list.push_back({{"place", fault.place}, {"text", fault.text}});
-  return list;
-}
-
 // What the places of faults of that cause are.
 const char* PlacesOf(const std::string& cause) {
   const auto is_one_of = [&](std::initializer_list<std::string_view> causes) {
@@ -64,6 +57,13 @@ std::string LinesOf(const std::vector<Fault>& faults, const char* line) {
 }
 
 }  // namespace
+
+Json ListOf(const std::vector<Fault>& faults) {
+  Json list = Json::array();
+  for (const Fault& fault : faults)
+    list.push_back({{"place", fault.place}, {"text", fault.text}});
+  return list;
+}
 
 int Answer(const Arguments& arguments, Json answer, const Faults& faults,
            const std::string& words) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "publish/announcement.h"
 #include "publish/faults.h"
@@ -18,6 +19,9 @@ inline constexpr int kFailed = 3;
 // and the words. Returns the exit code, which depends on whether there are faults.
 int Answer(const tools::Arguments& arguments, tools::Json answer, const Faults& faults,
            const std::string& words);
+
+// Faults or warnings as a JSON list.
+tools::Json ListOf(const std::vector<Fault>& faults);
 
 // What was signed, as members of the answer and as words.
 void AddTo(tools::Json& answer, const SignedPart& part, const std::string& key_id);

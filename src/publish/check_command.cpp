@@ -1,7 +1,10 @@
+#include <algorithm>
+
 #include "publish/answer.h"
 #include "publish/checker.h"
 #include "publish/command_runs.h"
 #include "publish/digest.h"
+#include "publish/mirror_report.h"
 #include "publish/publish_texts.h"
 #include "publish/rehearsal_report.h"
 #include "publish/signer.h"
@@ -20,12 +23,16 @@ int RunCheck(const Arguments& arguments) {
   if (!options.oldest_database.empty() && !IsVersion(options.oldest_database, 3))
     throw tools::UsageError(texts::kFromNeedsVersion);
   if (const auto key = arguments.Value("--key")) options.key = ReadPublicKey(*key);
+  const std::optional<std::size_t> sample = SampleOf(arguments);
   options.tries = arguments.Values("--try");
   Faults faults;
   CheckedRelease release;
+  std::vector<MirrorState> mirrors;
   {
     tools::Progress progress;
     release = CheckRelease(arguments.Words().front(), options, progress, faults);
+    if (arguments.Has("--mirrors") && release.digest.manifest)
+      mirrors = CheckMirrors(release.digest, release.server_list, sample, progress);
   }
   Json answer = {{"version", release.version},
                  {"files", release.files},
@@ -45,7 +52,8 @@ int RunCheck(const Arguments& arguments) {
         Fill(texts::kInOrder, {release.version, std::to_string(release.files),
                                std::to_string(release.tables), std::to_string(release.volume)});
   }
-  return Answer(arguments, answer, faults, words);
+  if (arguments.Has("--mirrors")) words += AddTo(answer, mirrors);
+  return std::max(Answer(arguments, answer, faults, words), CodeOf(mirrors));
 }
 
 }  // namespace publish

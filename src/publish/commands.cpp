@@ -14,6 +14,7 @@ tools::Program MakeProgram() {
            {texts::kAnnounce, RunAnnounce},
            {texts::kRetract, RunRetract},
            {texts::kRenew, RunRenew},
+           {texts::kPrune, RunPrune},
            {texts::kCheck, RunCheck},
            {texts::kDiff, RunDiff},
            {texts::kKeygen, RunKeygen}},

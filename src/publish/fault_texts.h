@@ -83,6 +83,8 @@ inline constexpr const char* kChangedSincePublished = "It is not the file that w
 inline constexpr const char* kNewerAnnounced =
     "Version %1 is announced, which is newer; retract announces an older one, --downgrade any.";
 inline constexpr const char* kNothingToGoBackTo = "There is no older release to announce.";
+inline constexpr const char* kAnnouncedMissing =
+    "Version %1 is announced, and its folder is not here: nothing is removed.";
 inline constexpr const char* kNothingAnnounced = "Nothing is announced here.";
 
 // The signature of a digest, as an updater with the key judges it.

@@ -13,6 +13,7 @@
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "publish/fault_texts.h"
+#include "publish/faults.h"
 #include "sha256/sha256.h"
 #include "tools/fill.h"
 #include "tools/stop.h"
@@ -185,6 +186,15 @@ std::string HashOfBytes(std::string_view bytes) {
   sha256::Stream stream;
   stream.Update(bytes.data(), bytes.size());
   return TextOf(stream);
+}
+
+std::unique_ptr<ports::FileLock> LockFile(const std::string& path, const char* held,
+                                          const std::string& folder) {
+  if (!tmw::IsFileExists(path)) tmw::CreateEmptyFile(path);
+  auto locked = ports::CurrentPorts().file_locks->TryLock(path, ports::FileLockMode::kExclusive);
+  Require(locked.ToStatus(), texts::kCannotLock, path);
+  if (locked.value.verdict != ports::FileLockVerdict::kLocked) Raise(held, folder);
+  return std::move(locked.value.lock);
 }
 
 ScratchFolder::ScratchFolder(const std::string& parent) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ports/file_lock.h"
 #include "ports/file_system.h"
 
 namespace publish {
@@ -42,6 +43,11 @@ void CloseWritten(ports::File& file, const std::string& path);
 // SHA-256 as text.
 std::string HashOfFile(const std::string& path);
 std::string HashOfBytes(std::string_view bytes);
+
+// Locks a file, which is made if it is not there. Raises `held` with the folder's name if another
+// process has locked it.
+std::unique_ptr<ports::FileLock> LockFile(const std::string& path, const char* held,
+                                          const std::string& folder);
 
 // A folder for temporary files; the destructor removes it.
 class ScratchFolder {

@@ -31,6 +31,10 @@ inline const tools::Option kAnnouncingFolder = {"--output", "FOLDER", "what the 
 inline const tools::Option kTry = {
     "--try", "DATABASE",
     "... with a rehearsal of the update on a copy of this user's database (may be given again)"};
+inline const tools::Option kMirrors = {"--mirrors", "",
+                                       "... as well as on every server of its list"};
+inline const tools::Option kSample = {"--sample", "NUMBER",
+                                      "... there only so many of its files, chosen at random"};
 inline const tools::Option kDowngrade = {"--downgrade", "", "even below the announced version"};
 
 inline const tools::Usage kPublish = {
@@ -52,12 +56,16 @@ inline const tools::Usage kPublish = {
          {"--packer-limit", "SECONDS", "... and is ended when it writes nothing for so long (600)"},
          {"--replace", "", "... even over a release of the same version"},
          {"--no-announce", "", "make the release, but leave the announced one announced"}})};
-inline const tools::Usage kAnnounce = {"announce",
-                                       "VERSION",
-                                       1,
-                                       1,
-                                       "announce a release that has been made",
-                                       WithSigning({kAnnouncingFolder, kDowngrade})};
+inline const tools::Usage kAnnounce = {
+    "announce",
+    "VERSION",
+    1,
+    1,
+    "announce a release that has been made",
+    WithSigning({kAnnouncingFolder,
+                 kDowngrade,
+                 {"--mirrors", "", "only if every server of its list has it, whole"},
+                 kSample})};
 inline const tools::Usage kRetract = {"retract",
                                       "",
                                       0,
@@ -70,6 +78,15 @@ inline const tools::Usage kRenew = {"renew",
                                     0,
                                     "sign the announced release again, for another time",
                                     WithSigning({kAnnouncingFolder})};
+inline const tools::Usage kPrune = {
+    "prune",
+    "",
+    0,
+    0,
+    "remove old releases; the announced one and all newer ones stay",
+    {kAnnouncingFolder,
+     {"--keep", "NUMBER", "so many stay, the announced one and those before it"},
+     {"--dry-run", "", "only name what would be removed"}}};
 inline const tools::Usage kKeygen = {
     "keygen",
     "KEYFILE",
@@ -86,7 +103,9 @@ inline const tools::Usage kCheck = {
     "read the announced release as the updater will and report every fault",
     {{"--from", "VERSION", "... with scripts for databases of this version (3.5.0) on"},
      kTry,
-     {"--key", "KEY", "... as an updater with this public key (or the key in this file) will"}}};
+     {"--key", "KEY", "... as an updater with this public key (or the key in this file) will"},
+     kMirrors,
+     kSample}};
 inline const tools::Usage kDiff = {
     "diff",
     "OLD NEW",
@@ -105,6 +124,14 @@ inline constexpr const char* kSignsWhatIsAnnounced =
 inline constexpr const char* kTwoPasswords = "--no-password and --password-file exclude each other";
 inline constexpr const char* kFromNeedsVersion = "--from needs a version of three numbers";
 
+inline constexpr const char* kNeedsMirrors = "%1 needs --mirrors";
+inline constexpr const char* kSampleNeedsNumber = "--sample needs a number above 0";
+inline constexpr const char* kKeepNeedsNumber = "--keep needs a number above 0";
+
+inline constexpr const char* kMirrorWhole = "%1: whole, checked %2 of %3 files\n";
+inline constexpr const char* kMirrorFaulty = "%1: faults: %2, for example %3: %4\n";
+inline constexpr const char* kMirrorUnreached = "%1: out of reach: %2\n";
+
 inline constexpr const char* kFault = "%1: %2\n";
 inline constexpr const char* kFilesOfCause = "%1 files, for example %2";
 inline constexpr const char* kTablesOfCause = "%1 tables, for example %2";
@@ -116,6 +143,9 @@ inline constexpr const char* kPublished =
     "%1\n  files: %2, dictionaries: %3, user tables: %4, scripts: %5, bytes of a whole download: "
     "%6\n";
 inline constexpr const char* kAnnounced = "announced: %1\n";
+inline constexpr const char* kRemoved = "removed: %1, bytes: %2\n";
+inline constexpr const char* kWouldRemove = "would remove: %1, bytes: %2\n";
+inline constexpr const char* kNothingToRemove = "nothing to remove\n";
 inline constexpr const char* kSignedAs = "signed by the key %1: serial %2, last day %3\n";
 inline constexpr const char* kNotAnnounced =
     "not announced; tmpublish announce %1 --output %2 does it\n";

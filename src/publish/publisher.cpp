@@ -89,16 +89,7 @@ class Building {
     if (tmw::IsFolderExists(Old()) && !tmw::IsFolderExists(place_)) Rename(Old(), place_);
   }
 
-  void Lock() {
-    const std::string file = tmw::JoinPath(folder_, "lock");
-    if (!tmw::IsFileExists(file)) tmw::CreateEmptyFile(file);
-    auto locked = ports::CurrentPorts().file_locks->TryLock(file, ports::FileLockMode::kExclusive);
-    if (!locked)
-      tmw::RaiseApiErrorWithMessage(tools::Fill(texts::kCannotLock, {tmw::Quoted(file)}),
-                                    locked.code);
-    if (locked.value.verdict != ports::FileLockVerdict::kLocked) Raise(texts::kAnotherRun, folder_);
-    lock_ = std::move(locked.value.lock);
-  }
+  void Lock() { lock_ = LockFile(tmw::JoinPath(folder_, "lock"), texts::kAnotherRun, folder_); }
 
   std::string root_;
   std::string place_;
@@ -209,8 +200,12 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   KeepForAnnouncing(building.Release(), digest, server_list);
   building.MoveIntoPlace();
   made.folder = building.Place();
-  if (options.is_announced)
+  if (options.is_announced) {
+    const AnnouncingLock lock(root);
+    if (!options.may_downgrade)
+      CheckNotOlder(root, description.version, description.version_place, faults);
     made.announcement = Announce(root, description.version, options.signer, faults);
+  }
   return made;
 }
 

@@ -17,8 +17,9 @@ inline const std::string kScriptsPackage = "_DBUpdates" + std::string(tmw::names
 inline const std::string kStructuresPackage = "_DBStruct" + std::string(tmw::names::kPackageEnding);
 inline constexpr const char* kFilesFolder = "files";
 inline constexpr const char* kListing = "_Listing.txt";
-inline constexpr const char* kAnnouncement = "_Announcement.txt";  // the digest, not signed
-inline constexpr const char* kServers = "_Servers.txt";            // the list of servers
+inline constexpr const char* kAnnouncement = "_Announcement.txt";   // the digest, not signed
+inline constexpr const char* kAnnouncingLock = "_Announcing.lock";  // in the root
+inline constexpr const char* kServers = "_Servers.txt";             // the list of servers
 
 // Returns whether a name can be part of an address: the updater does not escape it.
 inline bool FitsAddresses(const std::string& name) {
