@@ -51,10 +51,10 @@ inline constexpr const char* kNoSize = "The size is no number of bytes.";
 inline constexpr const char* kNameTwice = "The name comes twice.";
 inline constexpr const char* kUpdaterTooOld =
     "It demands updaters of version %1, but %2, by which older ones replace themselves, has version "
-    "%3: nobody could update.";
+    "%3 (of each number by itself): nobody could update.";
 inline constexpr const char* kUpdaterUnknown =
     "It demands updaters of version %1. The release's updater does not say its version, and this "
-    "program knows none above %2: nobody could update.";
+    "program knows none above %2 (in each number by itself): nobody could update.";
 inline constexpr const char* kOldUpdatersStop =
     "Updaters older than %1 would stop: there is no file to replace themselves by.";
 inline constexpr const char* kNoProgram =
@@ -193,6 +193,9 @@ inline constexpr const char* kStatementsNotRead =
     "The statements have not been read: there is no database engine: %1";
 inline constexpr const char* kBeyond =
     "It leads from %1 to %2, beyond the release's version %3, and so would the user's database be.";
+inline constexpr const char* kNeverRun =
+    "No update runs it: it starts from %1, and the release's version is %2.";
+inline constexpr const char* kIgnored = "The updater knows no %1 here and would pass over it.";
 inline constexpr const char* kFromTooNew = "%1 is newer than the release's version %2.";
 inline constexpr const char* kSameStart = "Starts from %1, as %2 does.";
 inline constexpr const char* kGap = "No script leads on from version %1 to %2.";

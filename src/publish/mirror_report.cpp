@@ -39,10 +39,11 @@ std::string AddTo(Json& answer, const std::vector<MirrorState>& states) {
                    {"faults", ListOf(faults)}};
     list.push_back(std::move(mirror));
     if (!state.unreached.empty()) {
-      words += Fill(texts::kMirrorUnreached, {state.server, state.unreached});
+      words += Fill(texts::kMirrorUnreached, {state.server, tmw::OneLine(state.unreached)});
     } else if (!faults.empty()) {
-      words += Fill(texts::kMirrorFaulty, {state.server, std::to_string(faults.size()),
-                                           faults.front().place, faults.front().text});
+      words +=
+          Fill(texts::kMirrorFaulty, {state.server, std::to_string(faults.size()),
+                                      faults.front().place, tmw::OneLine(faults.front().text)});
     } else {
       words += Fill(texts::kMirrorWhole, {state.server, std::to_string(state.checked),
                                           std::to_string(state.components)});

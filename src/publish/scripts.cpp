@@ -34,6 +34,10 @@ constexpr std::string_view kRootEnding = "_Database_Update";
 const std::set<std::string_view> kFieldTypes = {"text", "date", "integer",  "boolean",
                                                 "byte", "char", "currency", "double",
                                                 "long", "memo", "single"};
+const std::set<std::string_view> kActionAttributes = {
+    "type",        "SuppressErrors",  "Name",         "Table",   "FieldName", "Type",
+    "Size",        "AllowZeroString", "DefaultValue", "NotNull", "Counter",   "UnicodeCompression",
+    "Description", "Caption",         "Format"};
 const std::set<std::string_view> kMigrations = {
     "NormalizePfrNumbers",  "ConvertNonImnsAccStreams", "NormalizePfrNumbers2",
     "ConvertAuthorityDocs", "ConvertPfrCitizenship",    "ConvertPfrMultiMainRates"};
@@ -75,8 +79,16 @@ class ScriptReader {
     const auto to = ReadVersion(Attribute(root, kTo));
     if (!from) Blame(texts::kNoScriptVersion, {kFrom});
     if (!to) Blame(texts::kNoScriptVersion, {kTo});
-    for (const XmlNode* const action : tmw::XmlGetChildElements(root, "Action"))
-      ReadAction(*action);
+    ExpectAttributes(root, {kFrom, kTo});
+    for (const auto& child : root.children) {
+      if (child->kind != tmw::XmlNodeKind::kElement) continue;
+      if (child->name == "Action") {
+        ReadAction(*child);
+      } else {
+        script_.place = xml_.PlaceOf(*child);
+        Blame(texts::kIgnored, {child->name});
+      }
+    }
     script_.place = xml_.PlaceOf(root);
     if (!from || !to) return std::nullopt;
     script_.from = *from;
@@ -92,6 +104,13 @@ class ScriptReader {
     faults_.Add(script_.place, text, values);
   }
 
+  // The updater passes over what it does not know.
+  void ExpectAttributes(const XmlNode& node, const std::set<std::string_view>& names) {
+    for (const ports::XmlAttribute& attribute : node.attributes) {
+      if (!names.contains(attribute.name)) Blame(texts::kIgnored, {attribute.name});
+    }
+  }
+
   std::string Attribute(const XmlNode& node, const char* name) {
     std::string value = tmw::XmlGetStringAttributeDef(node, name, "");
     if (value.empty()) Blame(texts::kHasNo, {tmw::XmlGetNodePath(node), name});
@@ -102,6 +121,7 @@ class ScriptReader {
   void ReadAction(const XmlNode& action) {
     script_.place = xml_.PlaceOf(action);
     const std::size_t before = faults_.All().size();
+    ExpectAttributes(action, kActionAttributes);
     CheckAction(action);
     if (faults_.All().size() > before) return;
     try {
@@ -179,6 +199,8 @@ void CheckChain(const std::vector<UpdateScript>& scripts, const Located& oldest,
     const auto [first, is_new] = by_start.emplace(script.from_text, &script);
     if (!is_new)
       faults.Add(script.place, texts::kSameStart, {script.from_text, first->second->place});
+    if (script.from >= target)
+      faults.Warn(script.place, texts::kNeverRun, {script.from_text, VersionText(target)});
     if (script.from < target && script.to > target) {
       faults.Add(script.place, texts::kBeyond,
                  {VersionText(script.from), VersionText(script.to), VersionText(target)});

@@ -219,10 +219,10 @@ TEST(Scripts, WhatTheUpdaterWouldRefuseIsReported) {
          script("3.5.0", "3.6.0",
                 "\n<Action type=\"sql\">delete from [A;B]; delete form T;\n drop tabel T</Action>\n"
                 "<!-- <x> -->\n<Action type=\"addfield\" Table=\"t\" FieldName=\"f\" "
-                "Type=\"text\" Size=\"2O\"/>")}},
+                "Type=\"text\" Size=\"2O\"/><Acton/><Action type=\"sql\" Suppress=\"no\"/>")}},
        "",
        {"a.xml:2: Statement 2 cannot be read: ", "a.xml:2: Statement 3 cannot be read: ",
-        "a.xml:5: The updater refuses it: "}},
+        "a.xml:5: The updater refuses it: ", "knows no Acton here", "knows no Suppress here"}},
       {{{"a", head + "<ABC_Database_Update/>"}}, "", {}},
       {{{"a", head + "<Update/>"}}, "", {"a.xml:1: The root element has a wrong name"}},
       {{{"a", "<TMW_Database_Update/>"}, {"b", head + "<!-- --><TMW_Database_Update/>"}},
