@@ -159,6 +159,7 @@ int RarArchive::OnLibraryEvent(std::uint32_t message, std::intptr_t user_data, s
   if (message != ports::kRarProcessData) return p2 == kVolumeOpened ? 0 : -1;
   auto& self = *reinterpret_cast<RarArchive*>(user_data);
   self.unpacked_ += p2;
+  if (self.goes_on_ && !self.goes_on_()) return -1;
   return self.unpacked_ > self.max_unpacked_ ? -1 : 0;
 }
 
@@ -185,9 +186,11 @@ namespace {
 // Opens the package, runs the action and closes it; returns false and the description of an error.
 template <typename Action>
 bool TryWithPackage(const std::string& package, const std::string& password,
-                    std::string& error_text, std::int64_t max_bytes, Action action) {
+                    std::string& error_text, std::int64_t max_bytes,
+                    const std::function<bool()>& goes_on, Action action) {
   try {
     RarArchive archive;
+    archive.SetGoesOn(goes_on);
     archive.LimitUnpacked(max_bytes);
     if (!password.empty()) archive.SetPassword(password);
     archive.OpenArchive(package, ports::kRarExtract);
@@ -204,22 +207,24 @@ bool TryWithPackage(const std::string& package, const std::string& password,
 
 bool UnrarOneFile(const std::string& package, const std::string& entry_name,
                   const std::string& folder, const std::string& password, std::string& error_text,
-                  std::int64_t max_bytes) {
-  return TryWithPackage(package, password, error_text, max_bytes, [&](RarArchive& archive) {
-    archive.ExtractFile(entry_name, folder);
-    // The companion uses the name as the package spells it. On a system where letter case counts,
-    // the caller would not find that file.
-    if (WithSlashes(archive.CurrentName()) == WithSlashes(entry_name)) return;
-    const std::string asked = JoinPath(folder, entry_name);
-    const std::string asked_folder = SplitFileName(asked).Folder;
-    if (!asked_folder.empty()) CreateFolderIfAbsent(asked_folder);
-    MoveFile(JoinPath(folder, archive.CurrentName()), asked);
-  });
+                  std::int64_t max_bytes, const std::function<bool()>& goes_on) {
+  return TryWithPackage(package, password, error_text, max_bytes, goes_on,
+                        [&](RarArchive& archive) {
+                          archive.ExtractFile(entry_name, folder);
+                          // The companion uses the name as the package spells it. On a system where
+                          // letter case counts, the caller would not find that file.
+                          if (WithSlashes(archive.CurrentName()) == WithSlashes(entry_name)) return;
+                          const std::string asked = JoinPath(folder, entry_name);
+                          const std::string asked_folder = SplitFileName(asked).Folder;
+                          if (!asked_folder.empty()) CreateFolderIfAbsent(asked_folder);
+                          MoveFile(JoinPath(folder, archive.CurrentName()), asked);
+                        });
 }
 
 bool UnrarAllFiles(const std::string& package, const std::string& folder,
-                   const std::string& password, std::string& error_text, std::int64_t max_bytes) {
-  return TryWithPackage(package, password, error_text, max_bytes,
+                   const std::string& password, std::string& error_text, std::int64_t max_bytes,
+                   const std::function<bool()>& goes_on) {
+  return TryWithPackage(package, password, error_text, max_bytes, goes_on,
                         [&](RarArchive& archive) { archive.ExtractAllFiles(folder); });
 }
 

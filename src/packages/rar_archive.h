@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "ports/companion_library.h"
 
@@ -39,6 +41,9 @@ class RarArchive {
   // extracted, and one that announces less than it has ends at the limit.
   void LimitUnpacked(std::int64_t max_bytes) { max_unpacked_ = max_bytes > 0 ? max_bytes : 0; }
 
+  // Asked before each piece that is extracted is written; false ends the extraction.
+  void SetGoesOn(std::function<bool()> goes_on) { goes_on_ = std::move(goes_on); }
+
   // Returns false at the end of the archive. The sizes are the low 32 bits of the real ones.
   bool ReadHeader(std::string& file_name, std::uint32_t& flags, std::uint32_t& packed_size,
                   std::uint32_t& unpacked_size);
@@ -73,16 +78,19 @@ class RarArchive {
   std::uint64_t announced_ = 0;  // unpacked size of the current entry
   std::int64_t max_unpacked_ = kNoUnpackLimit;
   std::int64_t unpacked_ = 0;  // bytes so far
+  std::function<bool()> goes_on_;
 };
 
 // Extract one entry, which gets exactly the given name on the disk, or all entries. Return false
-// and the error's description on any failure, more than max_bytes included; what has been written
-// by then stays.
+// and the error's description on any failure, more than max_bytes and an end by goes_on included;
+// what has been written by then stays.
 [[nodiscard]] bool UnrarOneFile(const std::string& package, const std::string& entry_name,
                                 const std::string& folder, const std::string& password,
-                                std::string& error_text, std::int64_t max_bytes = kNoUnpackLimit);
+                                std::string& error_text, std::int64_t max_bytes = kNoUnpackLimit,
+                                const std::function<bool()>& goes_on = {});
 [[nodiscard]] bool UnrarAllFiles(const std::string& package, const std::string& folder,
                                  const std::string& password, std::string& error_text,
-                                 std::int64_t max_bytes = kNoUnpackLimit);
+                                 std::int64_t max_bytes = kNoUnpackLimit,
+                                 const std::function<bool()>& goes_on = {});
 
 }  // namespace tmw

@@ -99,10 +99,22 @@ class ServerCheck {
                        faults_);
   }
 
+  // A component's part of the progress: its bytes on the server, and opening it counts too.
+  static std::int64_t WorkOf(const Manifest& manifest, std::size_t number) {
+    constexpr std::int64_t kOpening = 16384;
+    const std::size_t files = manifest.files.size();
+    const std::int64_t length = number < files ? manifest.files[number].server_length
+                                               : manifest.tables[number - files].server_length;
+    return std::max<std::int64_t>(length, 0) + kOpening;
+  }
+
   void CheckComponents(const Manifest& manifest, ComponentCheck& checker) {
     const std::size_t files = manifest.files.size();
     const std::size_t count = files + manifest.tables.size();
-    progress_.Begin(texts::kComponents, count);
+    std::int64_t bytes = 0;
+    for (std::size_t i = 0; i < count; ++i)
+      bytes += WorkOf(manifest, i);
+    progress_.BeginBytes(texts::kComponents, bytes);
     std::vector<Faults> found(count);
     std::mutex images_guard;
     std::map<std::size_t, ReleaseImage> images_by_number;
@@ -117,7 +129,7 @@ class ServerCheck {
         checker.CheckDictionary(manifest.tables[i - files], scratch, found[i]);
       }
       RemoveTree(scratch);
-      progress_.Advance();
+      progress_.Advance(static_cast<std::size_t>(WorkOf(manifest, i)));
     });
     for (const Faults& faults : found)
       faults_.Append(faults);

@@ -6,12 +6,11 @@
 #include "foundation/file_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
-#include "packages/companion_functions.h"
 #include "packages/rar_archive.h"
-#include "ports/ports.h"
 #include "publish/fault_texts.h"
 #include "publish/file_tree.h"
 #include "publish/tables.h"
+#include "tools/stop.h"
 
 namespace publish {
 namespace {
@@ -21,18 +20,17 @@ std::int64_t MostBytes(std::int64_t announced) {
   return announced * 2 + (std::int64_t{1} << 20);
 }
 
-using IntegrityCheck = std::int32_t(COMPANION_CALL*)(const char* path);
-
-bool IsIntact(IntegrityCheck check, const std::string& file) {
-  return check(ports::CurrentPorts().companion->NarrowPath(file).c_str()) != 0;
+bool IsIntact(const std::string& file) {
+  return ReadWithTrailer(file, [](std::string_view /*piece*/) {});
 }
 
 std::optional<std::string> Unpack(const FetchedFile& package, const std::string& entry,
                                   std::int64_t max_bytes, const std::string& scratch,
                                   const std::string& place, Faults& faults) {
   std::string reason;
-  if (tmw::UnrarOneFile(package.Path(), entry, scratch, "", reason, max_bytes))
+  if (tmw::UnrarOneFile(package.Path(), entry, scratch, "", reason, max_bytes, tools::GoesOn))
     return tmw::JoinPath(scratch, entry);
+  tools::ThrowIfStopped();
   faults.Add(place, texts::kReason, {reason});
   return std::nullopt;
 }
@@ -51,7 +49,8 @@ bool ComponentCheck::ReadManifest(Digest& digest, const std::string& scratch, Ma
   const std::string entry =
       std::string(tmw::names::kProductCode) + std::string(tmw::names::kManifestFile);
   std::string reason;
-  if (!tmw::UnrarOneFile(fetched->Path(), entry, scratch, "", reason)) {
+  if (!tmw::UnrarOneFile(fetched->Path(), entry, scratch, "", reason, tmw::kNoUnpackLimit,
+                         tools::GoesOn)) {
     faults.Add(package, texts::kReason, {reason});
     return false;
   }
@@ -80,14 +79,12 @@ std::optional<ReleaseImage> ComponentCheck::CheckFile(const FileRecord& file,
   const auto fetched = FetchSized(file.server_name, file.server_length, place, faults);
   if (fetched == nullptr) return std::nullopt;
   const bool has_integrity = method == kIntegrity;
-  if (has_integrity && !IsIntact(tmw::CompanionFunctions().Sha256_GetFileCrcEx, fetched->Path()))
-    faults.Add(place, texts::kPackageLacksIntegrity);
+  if (has_integrity && !IsIntact(fetched->Path())) faults.Add(place, texts::kPackageLacksIntegrity);
   // A wrong length is a fault of its own; the limit is for bombs.
   const std::int64_t max_bytes = std::max(file.length, tmw::MaxUnpacked(file.server_length));
   const auto unpacked = Unpack(*fetched, file.name, max_bytes, scratch, place, faults);
   if (!unpacked) return std::nullopt;
-  if (has_integrity && !IsIntact(tmw::CompanionFunctions().Sha256_GetFileCrc, *unpacked))
-    faults.Add(place, texts::kFileLacksIntegrity);
+  if (has_integrity && !IsIntact(*unpacked)) faults.Add(place, texts::kFileLacksIntegrity);
   const std::int64_t length = tmw::GetFileLength(*unpacked);
   if (length != file.length) {
     faults.Add(place, texts::kWrongLength, {std::to_string(length), std::to_string(file.length)});
@@ -120,7 +117,8 @@ bool ComponentCheck::CheckPackage(const PackageRecord& package, const std::strin
   if (HashOfFile(fetched->Path()) != package.hash)
     faults.Add(package.server_name, texts::kDiffersFromManifest);
   std::string reason;
-  if (tmw::UnrarAllFiles(fetched->Path(), scratch, "", reason, tmw::MaxUnpacked(package.length)))
+  if (tmw::UnrarAllFiles(fetched->Path(), scratch, "", reason, tmw::MaxUnpacked(package.length),
+                         tools::GoesOn))
     return true;
   faults.Add(package.server_name, texts::kReason, {reason});
   return false;

@@ -14,6 +14,7 @@
 #include "ports/ports.h"
 #include "publish/fault_texts.h"
 #include "publish/faults.h"
+#include "sha256/integrity_trailer.h"
 #include "sha256/sha256.h"
 #include "tools/fill.h"
 #include "tools/stop.h"
@@ -25,6 +26,7 @@ namespace {
 using ports::FileKind;
 
 constexpr int kScratchAttempts = 1000;
+constexpr std::int64_t kPieceBytes = 256 << 10;
 constexpr int kMostLinks = 40;  // followed in one path
 
 ports::FileSystem& Files() {
@@ -151,6 +153,7 @@ std::unique_ptr<ports::File> OpenToRead(const std::string& path) {
 
 std::size_t ReadPiece(ports::File& file, char* buffer, std::size_t length,
                       const std::string& path) {
+  tools::ThrowIfStopped();
   const auto got = file.Read(buffer, length);
   Require(got.ToStatus(), texts::kCannotRead, path);
   return got.value;
@@ -172,10 +175,9 @@ void CloseWritten(ports::File& file, const std::string& path) {
 
 std::string HashOfFile(const std::string& path) {
   const auto file = OpenToRead(path);
-  std::vector<char> buffer(256U << 10U);
+  std::vector<char> buffer(kPieceBytes);
   sha256::Stream stream;
   for (;;) {
-    tools::ThrowIfStopped();
     const std::size_t got = ReadPiece(*file, buffer.data(), buffer.size(), path);
     if (got == 0) return TextOf(stream);
     stream.Update(buffer.data(), got);
@@ -195,6 +197,45 @@ std::unique_ptr<ports::FileLock> LockFile(const std::string& path, const char* h
   Require(locked.ToStatus(), texts::kCannotLock, path);
   if (locked.value.verdict != ports::FileLockVerdict::kLocked) Raise(held, folder);
   return std::move(locked.value.lock);
+}
+
+bool ReadWithTrailer(const std::string& path, const std::function<void(std::string_view)>& take) {
+  constexpr auto kTrailer = static_cast<std::int64_t>(sha256::kIntegrityTrailerLength);
+  const std::int64_t length = tmw::GetFileLength(path) - kTrailer;
+  if (length < 0) return false;
+  const auto file = OpenToRead(path);
+  std::vector<char> buffer(kPieceBytes);
+  sha256::Stream stream;
+  for (std::int64_t left = length; left > 0;) {
+    const auto wanted = static_cast<std::size_t>(std::min<std::int64_t>(left, kPieceBytes));
+    const std::size_t got = ReadPiece(*file, buffer.data(), wanted, path);
+    if (got == 0) return false;
+    stream.Update(buffer.data(), got);
+    take({buffer.data(), got});
+    left -= static_cast<std::int64_t>(got);
+  }
+  sha256::IntegrityTrailer bytes{};
+  for (std::size_t read = 0; read < bytes.size();) {
+    const std::size_t got = ReadPiece(*file, buffer.data(), bytes.size() - read, path);
+    if (got == 0) return false;
+    std::copy_n(buffer.data(), got, bytes.begin() + static_cast<std::ptrdiff_t>(read));
+    read += got;
+  }
+  const auto facts = sha256::ParseIntegrityTrailer(bytes);
+  return facts && facts->content_length == static_cast<std::uint64_t>(length) &&
+         facts->digest == stream.Finish();
+}
+
+void CopyContent(const std::string& source, const std::string& target) {
+  const auto from = OpenToRead(source);
+  const auto to = OpenToWrite(target);
+  std::vector<char> buffer(kPieceBytes);
+  for (;;) {
+    const std::size_t got = ReadPiece(*from, buffer.data(), buffer.size(), source);
+    if (got == 0) break;
+    WritePiece(*to, {buffer.data(), got}, target);
+  }
+  CloseWritten(*to, target);
 }
 
 ScratchFolder::ScratchFolder(const std::string& parent) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -32,6 +33,8 @@ void WriteWholeFile(const std::string& path, std::string_view bytes);
 // The same for a file that others may be reading: it always has the old content or the new one.
 void ReplaceFile(const std::string& path, std::string_view bytes);
 
+// All that follows raises if the user has asked for a stop.
+
 // Files piece by piece; the path is for error messages. 0 bytes read mean the end. A written file
 // has to be closed, so that no failure is missed.
 std::unique_ptr<ports::File> OpenToRead(const std::string& path);
@@ -48,6 +51,13 @@ std::string HashOfBytes(std::string_view bytes);
 // process has locked it.
 std::unique_ptr<ports::FileLock> LockFile(const std::string& path, const char* held,
                                           const std::string& folder);
+
+// Passes everything in front of a file's integrity data to take, and returns whether it fits the
+// data.
+bool ReadWithTrailer(const std::string& path, const std::function<void(std::string_view)>& take);
+
+// Copies the bytes alone, and gives the copy the rights of a new file.
+void CopyContent(const std::string& source, const std::string& target);
 
 // A folder for temporary files; the destructor removes it.
 class ScratchFolder {

@@ -1,9 +1,7 @@
 #include "publish/package_cache.h"
 
-#include <algorithm>
-#include <span>
+#include <string_view>
 #include <utility>
-#include <vector>
 
 #include "foundation/api_errors.h"
 #include "foundation/contract_names.h"
@@ -16,42 +14,19 @@
 #include "ports/ports.h"
 #include "publish/fault_texts.h"
 #include "publish/file_tree.h"
-#include "sha256/integrity_trailer.h"
 #include "tools/fill.h"
 #include "tools/stop.h"
 
 namespace publish {
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{256} << 10;
-
 // Copies everything but the trailer; returns whether the trailer is that of the content.
-bool CopyVerified(const std::string& entry, const std::string& archive, std::int64_t length) {
-  const auto from = OpenToRead(entry);
+bool CopyVerified(const std::string& entry, const std::string& archive) {
   const auto to = OpenToWrite(archive);
-  sha256::Stream stream;
-  std::vector<char> buffer(kPiece);
-  for (std::int64_t left = length; left > 0;) {
-    tools::ThrowIfStopped();
-    const std::size_t wanted = static_cast<std::size_t>(std::min<std::int64_t>(left, kPiece));
-    const std::size_t got = ReadPiece(*from, buffer.data(), wanted, entry);
-    if (got == 0) return false;
-    stream.Update(buffer.data(), got);
-    WritePiece(*to, {buffer.data(), got}, archive);
-    left -= static_cast<std::int64_t>(got);
-  }
+  const bool is_sound =
+      ReadWithTrailer(entry, [&](std::string_view piece) { WritePiece(*to, piece, archive); });
   CloseWritten(*to, archive);
-  sha256::IntegrityTrailer bytes{};
-  std::size_t read = 0;
-  while (read < bytes.size()) {
-    const std::size_t got = ReadPiece(*from, buffer.data(), bytes.size() - read, entry);
-    if (got == 0) return false;
-    std::copy_n(buffer.data(), got, bytes.begin() + static_cast<std::ptrdiff_t>(read));
-    read += got;
-  }
-  const auto facts = sha256::ParseIntegrityTrailer(std::span(bytes));
-  return facts && facts->content_length == static_cast<std::uint64_t>(length) &&
-         facts->digest == stream.Finish();
+  return is_sound;
 }
 
 }  // namespace
@@ -64,9 +39,7 @@ bool PackageCache::Find(const std::string& key, const std::string& archive) cons
   if (folder_.empty()) return false;
   const std::string entry = PathOf(key);
   if (!tmw::IsFileExists(entry)) return false;
-  const std::int64_t length =
-      tmw::GetFileLength(entry) - static_cast<std::int64_t>(sha256::kIntegrityTrailerLength);
-  if (length >= 0 && CopyVerified(entry, archive, length)) return true;
+  if (CopyVerified(entry, archive)) return true;
   tmw::DeleteFile(archive);
   return false;
 }

@@ -147,8 +147,7 @@ bool Packer::Run(const PackJob& job, const std::string& scratch, const std::stri
   const std::string folder = JoinPath(scratch, "in");
   const std::string copy = JoinPath(folder, job.name);
   tmw::CreateFolderIfAbsent(folder);
-  tmw::CopyFile(job.source, copy);
-  tmw::ClearReadOnlyAttributeFromFile(copy);
+  CopyContent(job.source, copy);
   const ports::Status set =
       ports.files->SetFacts(copy, kTimeOfFiles, job.is_executable ? 0755 : 0644);
   if (!set) tmw::RaiseApiErrorWithMessage(tmw::Quoted(copy) + ": ", set.code);
@@ -210,7 +209,7 @@ bool Packer::IsSound(const PackJob& job, const std::string& archive, const std::
       return false;
     }
     std::string reason;
-    if (!tmw::UnrarOneFile(archive, job.name, folder, "", reason, job.length)) {
+    if (!tmw::UnrarOneFile(archive, job.name, folder, "", reason, job.length, tools::GoesOn)) {
       tools::ThrowIfStopped();
       faults.Add(job.place, texts::kPackerMadeUnreadable, {reason});
       return false;

@@ -60,8 +60,7 @@ bool CopyDatabase(const std::string& file, const std::string& copy, Faults& faul
     faults.Add(file, texts::kMayNotBeRead);
     return false;
   }
-  tmw::CopyFile(file, copy);
-  tmw::ClearReadOnlyAttributeFromFile(copy);
+  CopyContent(file, copy);
   return true;
 }
 
@@ -79,7 +78,9 @@ class Unpacker {
     const auto fetched = source_.Fetch(folder_ + name, length, reason);
     if (fetched == nullptr) {
       faults.Add(name, texts::kNotFetched, {reason});
-    } else if (!tmw::UnrarAllFiles(fetched->Path(), place, "", reason, tmw::MaxUnpacked(length))) {
+    } else if (!tmw::UnrarAllFiles(fetched->Path(), place, "", reason, tmw::MaxUnpacked(length),
+                                   tools::GoesOn)) {
+      tools::ThrowIfStopped();
       faults.Add(name, reason);
     }
   }

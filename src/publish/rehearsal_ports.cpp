@@ -5,6 +5,7 @@
 
 #include "foundation/contract_names.h"
 #include "services/product_settings.h"
+#include "tools/stop.h"
 
 namespace publish {
 namespace {
@@ -66,17 +67,60 @@ class FolderSettings final : public ports::SettingsStore {
   std::string folder_;
 };
 
+class StoppingPageFile final : public ports::PageFile {
+ public:
+  explicit StoppingPageFile(std::unique_ptr<ports::PageFile> file) : file_(std::move(file)) {}
+
+  ports::Outcome<std::uint64_t> Size() override { return file_->Size(); }
+  ports::Outcome<ports::FileIdentity> Identity() override { return file_->Identity(); }
+  ports::Outcome<std::size_t> ReadAt(std::uint64_t offset, void* data,
+                                     std::size_t length) override {
+    tools::ThrowIfStopped();
+    return file_->ReadAt(offset, data, length);
+  }
+  ports::Status WriteAt(std::uint64_t offset, const void* data, std::size_t length) override {
+    tools::ThrowIfStopped();
+    return file_->WriteAt(offset, data, length);
+  }
+  ports::Status Flush() override { return file_->Flush(); }
+  ports::Status Close() override { return file_->Close(); }
+  bool MeansFull(ports::SystemCode code) const override { return file_->MeansFull(code); }
+
+ private:
+  std::unique_ptr<ports::PageFile> file_;
+};
+
+class StoppingPageFiles final : public ports::PageFiles {
+ public:
+  explicit StoppingPageFiles(ports::PageFiles& files) : files_(files) {}
+
+  ports::Outcome<std::unique_ptr<ports::PageFile>> Open(const std::string& path,
+                                                        ports::PageFileMode mode) override {
+    auto opened = files_.Open(path, mode);
+    if (opened) opened.value = std::make_unique<StoppingPageFile>(std::move(opened.value));
+    return opened;
+  }
+  ports::Outcome<ports::FileIdentity> IdentityOf(const std::string& path) override {
+    return files_.IdentityOf(path);
+  }
+
+ private:
+  ports::PageFiles& files_;
+};
+
 }  // namespace
 
 RehearsalPorts::RehearsalPorts(const std::string& database_folder, EngineListener& listener)
     : saved_(ports::CurrentPorts()),
       front_end_(std::make_unique<KeepingFrontEnd>(boxes_)),
       settings_(std::make_unique<FolderSettings>(database_folder)),
-      engine_(MakeWatchedEngine(*saved_.database, listener)) {
+      engine_(MakeWatchedEngine(*saved_.database, listener)),
+      page_files_(std::make_unique<StoppingPageFiles>(*saved_.page_files)) {
   ports::Ports& ports = ports::CurrentPorts();
   ports.front_end = front_end_.get();
   ports.settings = settings_.get();
   ports.database = engine_.get();
+  ports.page_files = page_files_.get();
   tmw::ForgetProductPaths();
 }
 

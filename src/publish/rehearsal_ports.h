@@ -6,6 +6,7 @@
 
 #include "ports/database.h"
 #include "ports/front_end.h"
+#include "ports/page_file.h"
 #include "ports/ports.h"
 #include "ports/settings_store.h"
 #include "publish/watched_engine.h"
@@ -14,7 +15,8 @@ namespace publish {
 
 // While it exists, the code of the updater meets a machine of its own: the product's databases lie
 // in the given folder, boxes are kept instead of shown, questions are answered no, and a listener
-// hears what is done with the database engine.
+// hears what is done with the database engine. A stop that the user asks for ends every reading and
+// writing of a database by the embedded engine.
 class RehearsalPorts {
  public:
   RehearsalPorts(const std::string& database_folder, EngineListener& listener);
@@ -31,6 +33,7 @@ class RehearsalPorts {
   std::unique_ptr<ports::FrontEnd> front_end_;
   std::unique_ptr<ports::SettingsStore> settings_;
   std::unique_ptr<ports::DatabaseEngine> engine_;
+  std::unique_ptr<ports::PageFiles> page_files_;
 };
 
 }  // namespace publish

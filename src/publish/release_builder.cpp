@@ -248,11 +248,13 @@ void ReleaseBuilder::TakeReadyPackage(ProductFile& file, const std::string& scra
   if (!CheckReadable(file.ready_package, file.path, faults)) return;
   record.hash = HashOfFile(file.source);
   const std::string target = PathOf(record.server_name);
-  tmw::CopyFile(file.ready_package, target);
+  CopyContent(file.ready_package, target);
   record.server_length = tmw::GetFileLength(target);
   CheckSize(record.server_length, file.path, faults);
   std::string reason;
-  if (!tmw::UnrarOneFile(target, record.name, scratch, "", reason)) {
+  if (!tmw::UnrarOneFile(target, record.name, scratch, "", reason, tmw::kNoUnpackLimit,
+                         tools::GoesOn)) {
+    tools::ThrowIfStopped();
     faults.Add(file.path, texts::kPackageLacksFile, {file.ready_package, reason});
   } else if (HashOfFile(tmw::JoinPath(scratch, record.name)) != record.hash) {
     faults.Add(file.path, texts::kPackageHoldsOther, {file.ready_package});

@@ -10,6 +10,7 @@
 #include "publish/faults.h"
 #include "publish/workers.h"
 #include "services/advice.h"
+#include "tools/stop.h"
 #include "transfer/inet.h"
 
 namespace publish {
@@ -59,7 +60,9 @@ class UrlSource final : public ReleaseSource {
     const std::string path = tmw::JoinPath(scratch_, "download" + std::to_string(++count_));
     auto fetched = std::make_unique<FetchedFile>(path, true);
     static_cast<void>(tmw::TakeNotedFailure());
-    if (tmw::TryDownloadFile(tmw::JoinUrl(url_, name), path, reason, max_bytes)) return fetched;
+    if (tmw::TryDownloadFile(tmw::JoinUrl(url_, name), path, reason, max_bytes, tools::GoesOn))
+      return fetched;
+    tools::ThrowIfStopped();
     is_reached_ = !IsOnTheWay(tmw::TakeNotedFailure());
     return nullptr;
   }

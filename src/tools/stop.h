@@ -10,6 +10,11 @@ void ListenForStop();
 // Whether the user has asked for a stop. May be called on any thread.
 bool IsStopped();
 
+// The reverse, for calls that ask whether to go on.
+inline bool GoesOn() {
+  return !IsStopped();
+}
+
 // Raises a ProgramError if the user has asked for a stop. Cheap enough for every piece of a file;
 // may be called on any thread.
 void ThrowIfStopped();

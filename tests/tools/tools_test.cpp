@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "foundation/program_error.h"
+#include "tests/fakes/hand_clock.h"
+#include "tests/support/scoped_ports.h"
 #include "tools/json.h"
 #include "tools/program.h"
+#include "tools/progress.h"
 
 namespace tests {
 namespace {
@@ -103,6 +106,31 @@ TEST(Tools, JsonKeepsTheOrderOfItsMembers) {
   tools::Json json = {{"z", 1}, {"a", "x\ty"}};
   json["list"] = tools::Json::array();
   EXPECT_EQ(tools::JsonLine(json), "{\"z\":1,\"a\":\"x\\ty\",\"list\":[]}\n");
+}
+
+TEST(Tools, ProgressShowsShareRateAndRestAndNothingUnlessSomebodyWatches) {
+  ScopedPorts ports;
+  HandClock clock;
+  ports->clock = &clock;
+  for (const bool is_shown : {true, false}) {
+    testing::internal::CaptureStderr();
+    {
+      tools::Progress progress(is_shown);
+      progress.BeginBytes("files", 400 << 20);
+      clock.Sleep(100);
+      progress.Advance(100);  // too early for a new line
+      clock.Sleep(1900);
+      progress.Advance((100 << 20) - 100);
+      progress.Begin("parts", 9000);
+      clock.Sleep(4000);
+      progress.Advance();
+      clock.Sleep(100);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              is_shown ? "\rfiles: 0 %\x1B[K\rfiles: 25 %, 50 MB/s, 0:06 left\x1B[K\r\x1B[K"
+                         "\rparts: 0 %\x1B[K\rparts: 0 %, 0.3/s, 9:59:56 left\x1B[K\r\x1B[K"
+                       : "");
+  }
 }
 
 }  // namespace
