@@ -12,6 +12,7 @@ import sys
 
 SHIPPED = {  # name -> the description that Explorer shows; who it is for
     "TmWebUpdate.exe": ("Web-обновление Tamrin", "users"),
+    "TmRollback.exe": ("Возврат к предыдущей версии Tamrin", "users"),
     "TmSupport.exe": ("Сведения для поддержки Tamrin", "users"),
     "UnTmz.dll": ("Библиотека Tamrin для пакетов", "programs"),
     "jetsql.exe": ("Запросы к базам данных Tamrin", "the maker"),

@@ -48,7 +48,7 @@ product                           ports foundation services sha256 packages
 engine                            ports foundation services sha256 signature transfer packages database product
 publish                           ports foundation services sha256 signature transfer packages packing database tools
 jetsql                            ports foundation services database tools jet/engine jet/file jet/values jet/store/field_properties jet/store/file_definitions
-support                           ports foundation services sha256 packages database tools
+support                           ports foundation services sha256 packages database product tools
 rollback                          ports foundation services sha256 unzip packages database product tools
 ui                                ports foundation services engine
 startup                           ports foundation services product

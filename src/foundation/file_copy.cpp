@@ -124,6 +124,10 @@ bool CopyFileChecked(const std::string& source, const std::string& target,
   ReRaiseError(kModule, "CopyFile");
 }
 
+void DeleteGrowingCopy(const std::string& target) {
+  DeleteFile(NameOfGrowingCopy(target), true);
+}
+
 Status ReplaceFileBytes(const std::string& path, std::string_view bytes) {
   GrowingCopy copy(path + kReplacementEnding);
   Status status = WriteFileBytes(copy.Path(), bytes);
@@ -131,6 +135,10 @@ Status ReplaceFileBytes(const std::string& path, std::string_view bytes) {
   if (!status) return status;
   copy.Keep();
   return FlushFolderOf(path);
+}
+
+void DeleteReplacement(const std::string& path) {
+  DeleteFile(path + kReplacementEnding, true);
 }
 
 void CopyFile(const std::string& source, const std::string& target) {

@@ -27,9 +27,15 @@ struct CopyCheck {
 [[nodiscard]] bool CopyFileChecked(const std::string& source, const std::string& target,
                                    const CopyCheck& check);
 
+// Deletes what a killed process has left of its copy to that target.
+void DeleteGrowingCopy(const std::string& target);
+
 // Gives the file that content in one step: at any moment it has the old content or the new one, on
 // the disk when the call returns. The caller words a failure, which leaves the old content.
 ports::Status ReplaceFileBytes(const std::string& path, std::string_view bytes);
+
+// Deletes what a killed process has left of that.
+void DeleteReplacement(const std::string& path);
 
 // Gives target the rights of source, as far as this user may give them.
 void CopyRights(const std::string& source, const std::string& target);

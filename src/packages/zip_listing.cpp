@@ -64,7 +64,9 @@ std::optional<std::vector<ZipListing>> TryListZip(const std::string& file) {
     const auto name = static_cast<std::size_t>(NumberAt(*directory, at + 28, 2));
     entries.push_back({directory->substr(at + kCentralLength, name),
                        NumberAt(*directory, at + 24, 4),
-                       static_cast<std::uint32_t>(NumberAt(*directory, at + 16, 4))});
+                       static_cast<std::uint32_t>(NumberAt(*directory, at + 16, 4)),
+                       static_cast<std::uint32_t>(NumberAt(*directory, at + 10, 2)),
+                       NumberAt(*directory, at + 20, 4), NumberAt(*directory, at + 42, 4)});
     const std::uint64_t rest = NumberAt(*directory, at + 30, 2) + NumberAt(*directory, at + 32, 2);
     at += kCentralLength + name + static_cast<std::size_t>(rest);
   }

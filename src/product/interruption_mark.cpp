@@ -50,6 +50,7 @@ void MarkInstallation(const std::string& release_folder, const std::string& vers
 void UnmarkInstallations(const std::string& temp_dir) {
   for (const std::string& mark : Marks(temp_dir))
     DeleteFile(mark);
+  DeleteReplacement(JoinPath(GetProductRootPath(), names::kRootMark));
 }
 
 std::optional<std::string> InterruptedRelease(const std::string& temp_dir) {

@@ -1,0 +1,108 @@
+#include "rollback/restoring.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "database/database_paths.h"
+#include "foundation/file_utils.h"
+#include "foundation/program_error.h"
+#include "packages/hash_api.h"
+#include "ports/clock.h"
+#include "ports/front_end.h"
+#include "ports/ports.h"
+#include "product/own_files.h"
+#include "product/registration.h"
+#include "rollback/rollback_texts.h"
+#include "services/run_log.h"
+#include "services/updater_settings.h"
+#include "sha256/sha256.h"
+
+namespace rollback {
+namespace {
+
+constexpr std::int32_t kAfterUnregistering = 10;  // milliseconds
+
+bool IsRestored(const tmw::KeptFile& file) {
+  return tmw::IsFileExists(file.Path) && tmw::GetFileLength(file.Path) == file.Length &&
+         tmw::GetFileHash(file.Path) == file.Hash;
+}
+
+void Unregister(const std::string& path) {
+  static_cast<void>(tmw::UnregisterDll(path, true));
+  ports::CurrentPorts().clock->Sleep(kAfterUnregistering);
+}
+
+void Restore(const tmw::KeptList& list, const tmw::KeptFile& file) {
+  tmw::DeleteGrowingCopy(file.Path);
+  if (IsRestored(file)) return;
+  if (file.IsRegistered && tmw::IsFileExists(file.Path)) Unregister(file.Path);
+  tmw::CreateFolderIfAbsent(tmw::SplitFileName(file.Path).Folder);
+  const std::string kept = tmw::KeptPlace(list, file);
+  sha256::Stream stream;
+  tmw::CopyCheck check;
+  check.OnBytes = [&](const void* bytes, std::size_t length) { stream.Update(bytes, length); };
+  check.IsGood = [&] { return tmw::GetHashString(stream.Finish()) == file.Hash; };
+  if (!tmw::CopyFileChecked(kept, file.Path, check))
+    tmw::RaiseProgramError(texts::KeptFileSpoiled(kept));
+  tmw::LogEvent("restored", {{"file", file.Path}});
+}
+
+}  // namespace
+
+Group GroupOf(const std::string& path) {
+  const tmw::SplitName split = tmw::SplitFileName(path);
+  if (tmw::IsOwnFileName(split.FileName())) return Group::kOwnFiles;
+  // A client may know no folder of databases.
+  if (tmw::GetUpdaterSettings().IsClientInstallation) return Group::kProgram;
+  const bool is_of_database =
+      tmw::PathKey(path) == tmw::PathKey(tmw::InstalledReferencePath()) ||
+      tmw::PathKey(split.Folder) == tmw::PathKey(tmw::InstalledScriptsFolder());
+  return is_of_database ? Group::kDatabase : Group::kProgram;
+}
+
+void RestoreFiles(const tmw::KeptList& list, Group group, tmw::UpdaterEvents& events) {
+  events.OnSetMainAction(texts::kRestoring);
+  events.OnSetupProgress(static_cast<std::int32_t>(list.Files.size()), false);
+  std::int32_t count = 0;
+  for (const tmw::KeptFile& file : list.Files) {
+    events.OnSetProgress(++count);
+    if (GroupOf(file.Path) != group) continue;
+    events.OnSetSubAction(tmw::SplitFileName(file.Path).FileName());
+    Restore(list, file);
+    // Keeps the window responsive: nothing here can be cancelled.
+    ports::CurrentPorts().front_end->RunPendingEvents();
+  }
+  events.ClearProgress();
+}
+
+std::vector<std::string> RegisterRestored(const tmw::KeptList& list, tmw::UpdaterEvents& events) {
+  std::vector<std::string> reasons;
+  events.OnSetMainAction(texts::kRegistering);
+  for (const tmw::KeptFile& file : list.Files) {
+    if (!file.IsRegistered) continue;
+    events.OnSetSubAction(tmw::SplitFileName(file.Path).FileName());
+    std::string reason;
+    if (!tmw::TryRegisterDll(file.Path, reason)) reasons.push_back(reason);
+  }
+  events.ClearProgress();
+  return reasons;
+}
+
+std::vector<std::string> RemoveAdded(const tmw::KeptList& list, Group group) {
+  std::vector<std::string> left;
+  for (const tmw::AddedFile& file : list.Added) {
+    if (GroupOf(file.Path) != group) continue;
+    tmw::DeleteGrowingCopy(file.Path);
+    if (!tmw::IsFileExists(file.Path)) continue;
+    if (!file.Hash.empty() && tmw::GetFileHash(file.Path) != file.Hash) {
+      left.push_back(file.Path);
+      continue;
+    }
+    if (file.IsRegistered) Unregister(file.Path);
+    tmw::DeleteFileRepeatedly(file.Path);
+    tmw::LogEvent("removed", {{"file", file.Path}});
+  }
+  return left;
+}
+
+}  // namespace rollback
