@@ -17,6 +17,8 @@
 #include "foundation/version.h"
 #include "ports/ports.h"
 #include "ports/processes.h"
+#include "ports/settings_store.h"
+#include "product/rollback_mark.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
 #include "services/mutexes.h"
@@ -138,6 +140,29 @@ bool WaitForOthersAndLock() {
   return root.empty() || !IsFolderExists(root) || LockProductFolder(root);
 }
 
+bool IsRollbackMarked() {
+  const bool has_root = !MachineSetting(names::kRootPathSetting).empty() ||
+                        ports::CurrentPorts().settings->HasFolderDefaults();
+  return has_root && IsRollbackUnderWay();
+}
+
+// Nothing else may change the product now.
+void OfferToFinishRollback() {
+  const std::string program = JoinPath(
+      JoinPath(GetProductRootPath(), names::kProgramFolder),
+      std::string(names::kRollbackProgram) + ports::CurrentPorts().processes->ProgramEnding());
+  if (!IsFileExists(program)) {
+    ShowWarning(box_titles::kUpdateImpossible, start_up_texts::RollbackProgramMissing(program),
+                FailureKind::kOwnFiles);
+    return;
+  }
+  if (!AskQuestion(box_titles::kUpdateImpossible, start_up_texts::kRollbackUnfinished)) return;
+  ReleaseUpdaterLock();
+  RunProcess(program, Quoted(program) + " --finish", SplitFileName(program).Folder, false,
+             kContinuesChain);
+  SetRunOutcome(RunOutcome::kDone);
+}
+
 // Shows the progress window, which performs the run, and then the result.
 void RunUpdate(const ProgressWindowFactory& make_progress_window) {
   const UpdaterSettings& settings = GetUpdaterSettings();
@@ -167,6 +192,10 @@ void Main(const ProgressWindowFactory& make_progress_window) try {
     return;
   }
   if (!WaitForOthersAndLock()) return;
+  if (IsRollbackMarked()) {
+    OfferToFinishRollback();
+    return;
+  }
   SetRunOutcome(RunOutcome::kFailed);
   if (make_progress_window) RunUpdate(make_progress_window);
   ReleaseUpdaterLock();

@@ -20,6 +20,15 @@ inline std::string UnknownOption(const std::string& option) {
   return "Неизвестный параметр \"" + option + "\".";
 }
 
+inline constexpr const char* kRollbackUnfinished =
+    "Возврат к предыдущей версии программы \"Tamrin\" был прерван. До его завершения обновлять "
+    "программу и работать с ней нельзя.\r\n\r\nЗавершить возврат?";
+
+inline std::string RollbackProgramMissing(const std::string& program) {
+  return "Возврат к предыдущей версии программы \"Tamrin\" был прерван, а программа " +
+         Quoted(program) + ", которая его завершает, не найдена.";
+}
+
 inline std::string Updated(const std::string& version) {
   return "Программа \"Tamrin\" обновлена до версии " + version + ".";
 }

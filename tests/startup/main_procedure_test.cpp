@@ -6,6 +6,7 @@
 #include "foundation/error_handling.h"
 #include "foundation/program_error.h"
 #include "services/mutexes.h"
+#include "services/product_settings.h"
 #include "services/run_outcome.h"
 #include "services/updater_settings.h"
 #include "startup/default_urls.h"
@@ -96,6 +97,27 @@ class StartUp : public testing::Test {
   ScriptedRun run_;
   std::string product_;
 };
+
+TEST_F(StartUp, ARollbackUnderWayIsFinishedBeforeAnythingElse) {
+  tests::Sandbox product;
+  settings_.Set(SettingsRoot::kMachine, kGeneral + std::string("RootPath"), product.Path());
+  ForgetProductPaths();
+  product.Write("TMW_Rollback.txt", "");
+  Run("");
+  ASSERT_EQ(front_end_.log.size(), 1U);
+  EXPECT_TRUE(front_end_.log[0].ends_with("TmRollback.exe\", которая его завершает, не найдена."));
+  const std::string program = product.Write("tm/TmRollback.exe", "");
+  for (const bool finishes : {false, true}) {
+    front_end_.answers = {finishes};
+    Run("");
+    EXPECT_TRUE(front_end_.log.back().ends_with("\r\n\r\nЗавершить возврат?"));
+    EXPECT_EQ(GetRunOutcome(), finishes ? RunOutcome::kDone : RunOutcome::kRefused);
+    EXPECT_EQ(processes_.starts.size(), finishes ? 1U : 0U);
+  }
+  EXPECT_NE(processes_.starts[0].find("|\"" + program + "\" --finish|"), std::string::npos);
+  EXPECT_EQ(run_.calls, Log());
+  ForgetProductPaths();
+}
 
 TEST_F(StartUp, WithoutSettingsAndOptionsEverythingHasItsDefault) {
   ASSERT_TRUE(Parse(""));
