@@ -230,6 +230,11 @@ inline std::string UserFileNamed(const std::string& name) {
          "не заменяет.";
 }
 
+inline std::string UpdatersFolderNamed(const std::string& folder) {
+  return "В списке файлов встречается папка " + Quoted(OneLine(folder)) +
+         ". В ней программа обновления хранит предыдущую версию.";
+}
+
 inline std::string UpdatersNoteNamed(const std::string& name) {
   return "В списке файлов встречается " + Quoted(name) +
          ". В этом файле программа обновления хранит собственные записи; из обновления он не "

@@ -31,6 +31,7 @@ std::string CheckedFolder(const std::string& written) {
   const std::string root = GetProductRootPath();
   const std::string expanded = ParseConsts(written, {{"p", root}});
   RequireFolderUnderRoot(expanded, root);
+  if (IsUpdatersFolder(written)) RaiseProgramError(engine_texts::UpdatersFolderNamed(written));
   std::string folder = GetAbsoluteFileName(NativePath(expanded));
   const char separator = ports::CurrentPorts().files->Separator();
   while (folder.size() > 1 && folder.back() == separator)

@@ -11,9 +11,13 @@ namespace tmw {
 // Tables that a release never brings: the database's version and the engine's own tables.
 bool IsReservedTable(std::string_view table);
 
-// The user's database, whatever begins with its name (copies, the new one beside it), and its
-// backups. The updater refuses them in the database's folder, whose place the maker cannot know.
+// The user's database, whatever begins with its name (copies, the new one beside it), its backups
+// and what a rollback has set aside. The updater refuses them in the database's folder, whose place
+// the maker cannot know.
 bool IsUserDatabaseName(std::string_view file);
+
+// A target folder, constants not expanded, that is or lies in the one of the previous version.
+bool IsUpdatersFolder(std::string_view folder);
 
 // Files in the product's root in which the updater keeps what it must remember.
 bool IsUpdatersNote(std::string_view file);

@@ -112,7 +112,7 @@ inline constexpr const char* kIsComUnclear = "IsCom is neither yes nor no.";
 inline constexpr const char* kUsersOwn =
     "It has the name of the user's own database or of a backup, which the updater never replaces.";
 inline constexpr const char* kUpdatersNotes =
-    "It has the name of a file in which the updater keeps what it must remember.";
+    "It has the name of a file or lies in a folder in which the updater keeps what it must remember.";
 inline constexpr const char* kUnknownConstant = "Its folder has an unknown constant: %1.";
 inline constexpr const char* kSamePlace = "It is installed where %1 is installed.";
 inline constexpr const char* kSameServerName = "On the server it has the name of %1.";

@@ -41,7 +41,8 @@ std::optional<std::string> Expand(const std::string& folder) {
 void CheckNames(const FileRecord& file, const std::string& place, Faults& faults) {
   faults.Require(tmw::CheckFileName(file.name), place);
   if (tmw::IsUserDatabaseName(file.name)) faults.Add(place, texts::kUsersOwn);
-  if (tmw::IsUpdatersNote(file.name)) faults.Add(place, texts::kUpdatersNotes);
+  if (tmw::IsUpdatersNote(file.name) || tmw::IsUpdatersFolder(file.folder))
+    faults.Add(place, texts::kUpdatersNotes);
   faults.Require(tmw::CheckRelativeName(file.server_name), place);
   const std::optional<std::string> folder = Expand(file.folder);
   if (!folder) {

@@ -115,6 +115,8 @@ TEST_F(ManifestTest, FaultsAreNamed) {
        "raised В списке файлов дважды и с разным содержимым встречается файл \"Dict1.table\"."},
       {"OrigName=\"b\"", "OrigName=\"tmwebupdate.Serial\"",
        "raised В списке файлов встречается \"tmwebupdate.Serial\". В этом файле программа"},
+      {"{p}Bin\\Sub/", "{p}предыдущая Версия\\Sub/",
+       "raised В списке файлов встречается папка \"{p}предыдущая Версия\\Sub/\"."},
       {"Dict1", "DBVersion", "raised В списке файлов встречается служебная таблица \"DBVersion\"."},
       {"User1", "MSysX", "raised В списке файлов встречается служебная таблица \"MSysX\"."},
       {"{p}Bin\\Sub/\"><File OrigName=\"a.dll", "{p}db\"><File OrigName=\"Tamrin.mdb",
