@@ -18,7 +18,7 @@ elif [ $# -gt 0 ]; then
 fi
 
 scripts/setup.sh
-TMW_TARGETS="TmWebUpdate companion tmpublish jetsql" scripts/build.sh linux-release
+TMW_TARGETS="TmWebUpdate TmRollback companion tmpublish jetsql" scripts/build.sh linux-release
 
 bin=$PWD/build/linux-release/bin
 demo=$PWD/build/demo
@@ -85,7 +85,7 @@ echo "Tamrin $version started with: \$*" >"$demo/started.txt"
 END
   chmod +x "$folder/tm/Tamrin"
   # As products are delivered, without what only debuggers read.
-  for name in TmWebUpdate UnTmz.so; do strip -o "$folder/tm/$name" "$bin/$name"; done
+  for name in TmWebUpdate TmRollback UnTmz.so; do strip -o "$folder/tm/$name" "$bin/$name"; done
 }
 
 # table NAME FIELDS ROWS-PROGRAM: writes a table's text; the awk program prints its rows.
@@ -157,6 +157,7 @@ cat >"$demo/release.xml" <<END
     <File Mask="*.ocx" IsCom="yes"/>
     <File Mask="Tamrin" Executable="yes"/>
     <File Mask="TmWebUpdate" Executable="yes"/>
+    <File Mask="TmRollback" Executable="yes"/>
     <File Mask="db/*" Skip="yes"/>
   </Files>
   <Database>
@@ -205,7 +206,7 @@ END
 state() {
   local database=$demo/product/db/Tamrin.mdb
   printf '  program: %s\n' "$(grep -o 'Tamrin [0-9.]*' "$demo/product/tm/Tamrin")"
-  printf '  files: %s, of which as in %s: %s\n' "$(find "$demo/product" -type f ! -path '*/db/*' ! -name 'TmWebUpdate.*' | wc -l)" \
+  printf '  files: %s, of which as in %s: %s\n' "$(find "$demo/product" -type f ! -path '*/db/*' ! -name 'TmWebUpdate.*' ! -name 'TMW_*' ! -path '*/Предыдущая версия/*' | wc -l)" \
     $new "$(cd "$demo/newer" && find . -type f -exec cmp -s {} "$demo/product/{}" \; -print | wc -l)"
   printf '  database: version %s\n' "$("$bin/jetsql" run "$database" 'select * from DBVersion' | tail -n 1 | tr '\t' .)"
   "$bin/jetsql" run "$database" 'select count(*), sum(Сумма) from Документы; select count(*), max(Название) from Контрагенты;
@@ -219,8 +220,15 @@ state() {
   done
 }
 
+# Every file of the installation by its hash, without what programs remember there.
+hashes() {
+  (cd "$demo/product" && find . -type f ! -name 'TmWebUpdate.*' ! -name 'TMW_LastRollback.txt' \
+    ! -path './Предыдущая версия/*' ! -name '*.zip' ! -name '* (до отката *' -exec sha256sum {} + | sort -k 2)
+}
+
 title "Before"
 state | tee "$demo/before.txt"
+hashes >"$demo/before.sha256"
 
 title "The update, from the product's folder"
 [ -z "$window" ] || echo "(Its window asks and waits for the answer.)"
@@ -260,10 +268,23 @@ grep -q "version 3.6.2" "$demo/after.txt"
 [ "$(grep -c '^  relations: .* error 3200$' "$demo/after.txt")" = 3 ]
 grep -q "Tamrin $new started with: -open books" "$demo/started.txt"
 strange=$(diff -r "$demo/newer" "$demo/product" |
-  grep -vE '^Only in .*/product: (db|TmWebUpdate\.(serial|lock))$' || true)
+  grep -vE '^Only in .*/product: (db|Предыдущая версия|TmWebUpdate\.(serial|lock))$' || true)
 if [ -n "$strange" ]; then
   echo "FAILED: the installation is not the release: $strange" >&2
   exit 1
 fi
+
+title "The way back: yesterday's program with yesterday's books"
+"$bin/jetsql" run "$demo/product/db/Tamrin.mdb" "update Документы set Сумма = 1 where Ид = 1" >/dev/null
+run ./TmRollback --dry-run | sed 's/^/  /'
+run ./TmRollback --yes </dev/null 2>&1 | sed 's/^/  /'
+state | tee "$demo/back.txt"
+tail -n 4 "$TAMRIN_DEMO_LOG" | sed 's/^/  /'
+(cd "$demo/product/db" && find . -type f -printf '  %P\n' | sort)
+diff "$demo/before.txt" "$demo/back.txt"
+hashes | diff "$demo/before.sha256" -
+[ "$("$bin/jetsql" run "$(echo "$demo"/product/db/*отката*.mdb)" 'select Сумма from Документы where Ид = 1' |
+  tail -n 1)" = 1 ]
+[ ! -e "$demo/product/Предыдущая версия" ]
 echo
-echo "The installation is the release $new; all is in ${demo#"$OLDPWD"/}."
+echo "The installation is the release $old again; all is in ${demo#"$OLDPWD"/}."
