@@ -56,8 +56,9 @@ class WritableFile {
   [[nodiscard]] virtual bool Write(const void* data, std::size_t length) = 0;
   [[nodiscard]] virtual bool WriteAt(std::uint64_t offset, const void* data,
                                      std::size_t length) = 0;
-  // Sets what the system supports. To be called last before Close.
-  virtual void Apply(const Attributes& attributes) = 0;
+  // Sets what the system supports. To be called last before Close. Returns false if the owner could
+  // not use the file as the attributes say.
+  [[nodiscard]] virtual bool Apply(const Attributes& attributes) = 0;
   // Flushes everything to the disk itself.
   [[nodiscard]] virtual bool Flush() = 0;
   [[nodiscard]] virtual bool Close() = 0;

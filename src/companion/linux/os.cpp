@@ -64,18 +64,28 @@ class LinuxWritableFile final : public WritableFile {
     });
   }
 
-  void Apply(const Attributes& attributes) override {
-    if (attributes.unix_mode) (void)!fchmod(fd_.Get(), *attributes.unix_mode & 0777U);
+  bool Apply(const Attributes& attributes) override {
     if (attributes.modified) {
       const timespec times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(*attributes.modified), 0}};
       (void)!futimens(fd_.Get(), times);
     }
+    return !attributes.unix_mode || SetMode(*attributes.unix_mode & 0777U);
   }
 
   bool Flush() override { return fsync(fd_.Get()) == 0; }
   bool Close() override { return !fd_ || close(fd_.Release()) == 0; }
 
  private:
+  // A mount may decide on the rights alone, and give the owner what they need.
+  bool SetMode(mode_t mode) const {
+    if (fchmod(fd_.Get(), mode) == 0) return true;
+    const int code = errno;
+    struct stat facts {};
+    const bool is_enough = fstat(fd_.Get(), &facts) == 0 && (mode & S_IRWXU & ~facts.st_mode) == 0;
+    errno = code;
+    return is_enough;
+  }
+
   template <typename Step>
   static bool Put(std::size_t length, Step step) {
     for (std::size_t done = 0; done < length;) {

@@ -305,8 +305,7 @@ void Archive::ExtractTo(const std::string& folder, const std::string& target) {
   const std::unique_ptr<os::WritableFile> file = os::CreateBeneath(root, beneath);
   if (!file) throw Failure{ports::kRarCreateFailed};
   Decode(file.get());
-  file->Apply(attributes);
-  if (!file->Close()) throw Failure{ports::kRarWriteFailed};
+  if (!file->Apply(attributes) || !file->Close()) throw Failure{ports::kRarWriteFailed};
 }
 
 }  // namespace companion::rar

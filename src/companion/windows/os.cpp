@@ -137,7 +137,7 @@ class WindowsWritableFile final : public WritableFile {
            Write(data, length) && SetFilePointerEx(file_.Get(), here, nullptr, FILE_BEGIN) != FALSE;
   }
 
-  void Apply(const Attributes& attributes) override {
+  bool Apply(const Attributes& attributes) override {
     if (attributes.modified) {
       const FILETIME time = ToFileTime(*attributes.modified);
       SetFileTime(file_.Get(), nullptr, nullptr, &time);
@@ -147,6 +147,7 @@ class WindowsWritableFile final : public WritableFile {
     if (attributes.dos_attributes && (*attributes.dos_attributes & kTaken) != 0) {
       SetFileAttributesW(path_.c_str(), *attributes.dos_attributes & kTaken);
     }
+    return true;
   }
 
   bool Flush() override { return FlushFileBuffers(file_.Get()) != FALSE; }

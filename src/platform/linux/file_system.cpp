@@ -42,12 +42,21 @@ ports::Status StatusOf(int returned) {
 }
 
 // What the file system does not support, or this user may not set, is no failure.
-ports::Status AsFarAsPossible(int returned) {
-  const ports::Status status = StatusOf(returned);
+ports::Status AsFarAsPossible(ports::Status status) {
   const bool is_refused = status.code == EPERM || status.code == EACCES ||
                           status.code == EOPNOTSUPP || status.code == ENOSYS ||
                           status.code == EINVAL || status.code == EOVERFLOW;
   return !status && is_refused ? ports::Status::Success() : status;
+}
+
+// A mount may decide on the rights alone. That is a failure only if it keeps the owner from what
+// the mode would allow them: a program would not start.
+ports::Status SetMode(const char* name, mode_t mode) {
+  const ports::Status set = StatusOf(chmod(name, mode));
+  if (set || !AsFarAsPossible(set)) return set;
+  struct stat facts {};
+  const bool is_enough = stat(name, &facts) == 0 && (mode & S_IRWXU & ~facts.st_mode) == 0;
+  return is_enough ? ports::Status::Success() : set;
 }
 
 // Where others may write they could have planted files or links: only a folder of this user's own
@@ -225,9 +234,9 @@ class LinuxFileSystem final : public ports::FileSystem {
     struct stat status {};
     if (stat(Name(source), &status) != 0) return ports::Status::Failure(errno);
     const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
-    const ports::Status timed = AsFarAsPossible(utimensat(AT_FDCWD, Name(target), times, 0));
-    const ports::Status allowed =
-        AsFarAsPossible(chmod(Name(target), status.st_mode & kPermissionBits));
+    const ports::Status timed =
+        AsFarAsPossible(StatusOf(utimensat(AT_FDCWD, Name(target), times, 0)));
+    const ports::Status allowed = SetMode(Name(target), status.st_mode & kPermissionBits);
     return timed ? allowed : timed;
   }
 
@@ -243,10 +252,11 @@ class LinuxFileSystem final : public ports::FileSystem {
     if (stat(Name(source), &status) != 0) return ports::Status::Failure(errno);
     // First the group alone: its members may set it, the owner only root.
     for (const uid_t owner : {static_cast<uid_t>(-1), status.st_uid}) {
-      const ports::Status owned = AsFarAsPossible(chown(Name(target), owner, status.st_gid));
+      const ports::Status owned =
+          AsFarAsPossible(StatusOf(chown(Name(target), owner, status.st_gid)));
       if (!owned) return owned;
     }
-    return AsFarAsPossible(chmod(Name(target), status.st_mode & kPermissionBits));
+    return SetMode(Name(target), status.st_mode & kPermissionBits);
   }
 
   ports::Outcome<std::string> FollowLinks(const std::string& path) override {
