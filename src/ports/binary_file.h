@@ -49,7 +49,7 @@ class BinaryFiles {
   virtual ~BinaryFiles() = default;
 
   // Takes CreateFileA's arguments. Linux: share modes are advisory locks, flags and attributes are
-  // ignored, folders are refused.
+  // ignored, folders are refused, and so are links to a writer.
   virtual Outcome<std::unique_ptr<BinaryFileHandle>> Open(const std::string& path,
                                                           std::uint32_t access,
                                                           std::uint32_t share_mode,

@@ -62,7 +62,8 @@ int AccessFlags(std::uint32_t access) {
   const bool reads = (access & ports::win32::kGenericRead) != 0;
   const bool writes = (access & ports::win32::kGenericWrite) != 0;
   if (!writes) return O_RDONLY;
-  return reads ? O_RDWR : O_WRONLY;
+  // Whoever plants a link would choose what is overwritten.
+  return (reads ? O_RDWR : O_WRONLY) | O_NOFOLLOW;
 }
 
 // Truncation is left to Open: it must not happen before the lock is held.
