@@ -2,8 +2,9 @@
 # Makes everything that is handed out of a release, from a tag and nothing else, and prints the hashes:
 #   scripts/release.sh [--sign CERTIFICATE] [--timestamp URL] [--twice] TAG [OUTPUT]
 # The tag is v<version>, the version of CMakeLists.txt. OUTPUT (build/release) gets the source archive,
-# the Debian packages, the archives and installers for Windows, and SHA256SUMS.
-#   --sign       signs the Windows programs, libraries and installers; CERTIFICATE is a PKCS #12 file,
+# the Debian packages, archive, symbols and installer for Windows (32 bits: the product's database
+# engine has no other), and SHA256SUMS.
+#   --sign       signs the Windows programs, libraries and the installer; CERTIFICATE is a PKCS #12 file,
 #                its password is read from the variable TMW_SIGN_PASSWORD
 #   --timestamp  lets this server confirm the time, so that signatures outlive the certificate
 #   --twice      makes all of it once more in another folder and compares (takes twice as long)
@@ -18,11 +19,11 @@ while [ $# -gt 0 ]; do
     --sign) certificate=$(realpath "$2"); shift 2 ;;
     --timestamp) timestamp=$2; shift 2 ;;
     --twice) twice=yes; shift ;;
-    -*) sed -n '2,12s/^# \?//p' "$0"; exit 2 ;;
+    -*) sed -n '2,13s/^# \?//p' "$0"; exit 2 ;;
     *) break ;;
   esac
 done
-[ $# -ge 1 ] && [ $# -le 2 ] || { sed -n '2,12s/^# \?//p' "$0"; exit 2; }
+[ $# -ge 1 ] && [ $# -le 2 ] || { sed -n '2,13s/^# \?//p' "$0"; exit 2; }
 tag=$1
 output=${2:-build/release}
 mkdir -p "$output"
@@ -55,17 +56,15 @@ make_all() {
   mkdir -p "$1" "$result"
   git -C "$top" archive --format=tar --prefix="tmwebupdate-$version/" "$commit" >"$1/source.tar"
   tar -xf "$1/source.tar" -C "$1"
-  xz -9 --threads=1 --stdout "$1/source.tar" >"$result/tmwebupdate-$version.tar.xz"
-  for preset in linux-release windows-x86 windows-x64; do
+  xz --threads=1 --stdout "$1/source.tar" >"$result/tmwebupdate-$version.tar.xz"
+  for preset in linux-release windows-x86; do
     echo "release: $preset"
     (cd "$source" && cmake --preset $preset -DTMW_BUILD_TESTS=OFF && cmake --build --preset $preset) \
       >"$1/$preset.log" 2>&1 || { tail -n 40 "$1/$preset.log"; fail "$preset does not build"; }
   done
   (cd "$source/build/linux-release" && cpack -B "$result" >/dev/null)
   rm -rf "$result/_CPack_Packages"
-  for preset in windows-x86 windows-x64; do
-    "$source/scripts/make_windows_packages.sh" "$source/build/$preset" "$result" >/dev/null
-  done
+  "$source/scripts/make_windows_packages.sh" "$source/build/windows-x86" "$result" >/dev/null
 }
 
 # In the build folder: what the cache of the compiler knows of it is known the next time too.
