@@ -6,11 +6,12 @@
 set(TMW_UPDATE_PROGRAMS TmWebUpdate TmSupport)
 set(TMW_PUBLISH_PROGRAMS tmpublish jetsql)
 set(TMW_UPDATE_PAGES docs/locks.md docs/security.md docs/settings.md)
-set(TMW_PUBLISH_PAGES docs/database_file.md docs/jetsql.md docs/publishing.md docs/security.md)
+set(TMW_PUBLISH_PAGES docs/database_file.md docs/formats.md docs/jetsql.md docs/publishing.md
+  docs/security.md)
 
 include(GNUInstallDirs)
 
-# tmw_install_pages(COMPONENT FOLDER): the licence, what has changed and the pages.
+# tmw_install_pages(COMPONENT FOLDER): the pages.
 function(tmw_install_pages component folder)
   string(TOUPPER ${component} upper)
   install(FILES ${TMW_${upper}_PAGES} DESTINATION ${folder} COMPONENT ${component})
