@@ -1,4 +1,4 @@
-// The update list over 5,000 files beside sha256sum over those whose length matches: two thirds of
+// The update list over 5,000 files beside openssl over those whose length matches: two thirds of
 // the files are current, a sixth has another length, a sixth another content of the same length.
 // Prints both wall times (the best of five rounds, taken in turn) and their ratio.
 #include <algorithm>
@@ -70,7 +70,8 @@ int main(int argc, char** argv) {
   fs::create_directories(folder);
   tmw::Manifest manifest;
   manifest.Files = MakeFiles(folder);
-  const std::string judge = "cd '" + folder.string() + "' && xargs sha256sum <hashed.txt >sums.txt";
+  const std::string judge =
+      "cd '" + folder.string() + "' && xargs openssl dgst -sha256 <hashed.txt >sums.txt";
   SilentEvents events;
   double ours = 1e9;
   double theirs = 1e9;
@@ -86,7 +87,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "a round failed\n");
     return 1;
   }
-  std::printf("update list %.3f s / sha256sum %.3f s = %.2f (at most 1.15)\n", ours, theirs,
+  std::printf("update list %.3f s / openssl %.3f s = %.3f (at most 1.05)\n", ours, theirs,
               ours / theirs);
   return 0;
 }

@@ -76,6 +76,9 @@ class MeasuredView final : public ports::ProgressView {
   void SetPace(const std::string& text) override {
     Measure([&] { inner_->SetPace(text); });
   }
+  void SetNotes(const ports::ProgressNotes& notes) override {
+    Measure([&] { inner_->SetNotes(notes); });
+  }
   void SetButton(const std::string& caption, bool is_enabled) override {
     Measure([&] { inner_->SetButton(caption, is_enabled); });
   }
@@ -144,9 +147,9 @@ class Remembering final : public ports::FrontEnd {
   MeasuredView* view = nullptr;
 
   bool CanAsk() override { return inner_->CanAsk(); }
-  void ShowMessage(ports::MessageKind kind, const std::string& title,
-                   const std::string& text) override {
-    inner_->ShowMessage(kind, title, text);
+  void ShowMessage(ports::MessageKind kind, const std::string& title, const std::string& text,
+                   const std::string& advice) override {
+    inner_->ShowMessage(kind, title, text, advice);
   }
   bool AskYesNo(const std::string& title, const std::string& question) override {
     return inner_->AskYesNo(title, question);
@@ -154,6 +157,10 @@ class Remembering final : public ports::FrontEnd {
   std::optional<std::string> AskText(const std::string& title, const std::string& prompt,
                                      bool is_secret) override {
     return inner_->AskText(title, prompt, is_secret);
+  }
+  std::optional<std::string> AskSavePlace(const std::string& title,
+                                          const std::string& suggested_name) override {
+    return inner_->AskSavePlace(title, suggested_name);
   }
   void RunPendingEvents() override { inner_->RunPendingEvents(); }
   void ResetCursor() override { inner_->ResetCursor(); }
