@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "foundation/program_error.h"
+#include "foundation/utc_day.h"
 #include "publish/announcement.h"
 #include "publish/checker.h"
 #include "publish/file_tree.h"
@@ -34,7 +35,7 @@ class Signing : public testing::Test {
   }
 
   publish::SigningOptions Options(std::int64_t days) const {
-    return {key_file_, "", publish::Today() + days, {}};
+    return {key_file_, "", tmw::UtcDayOf(clock_.utc) + days, {}};
   }
 
   // The faults of a check with the key, then the warnings.
