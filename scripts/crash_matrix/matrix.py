@@ -10,6 +10,7 @@ import time
 from dataclasses import dataclass, field
 from pathlib import Path
 
+import judge
 import stages
 import tracing
 import world
@@ -145,6 +146,9 @@ def main():
     base = Path("/dev/shm") if Path("/dev/shm").is_dir() else Path(tempfile.gettempdir())
     folder = Path(tempfile.mkdtemp(prefix="crash_matrix.", dir=base))
     is_good = True
+    if options.errors:
+        # Where rights cannot be set, the owner must still get those that they need.
+        judge.Judge.rights = 0o700
     made = world.World(folder, options.bin.resolve())
     try:
         made.serve()
