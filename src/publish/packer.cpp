@@ -163,7 +163,8 @@ bool Packer::Run(const PackJob& job, const std::string& scratch, const std::stri
   request.output_file = JoinPath(scratch, "output");
   const auto started = ports.processes->Start(request);
   if (!started) {
-    faults.Add(job.place, texts::kPackerNotStarted, {tmw::GetApiErrorText(started.code, "")});
+    faults.Add(job.place, texts::kPackerNotStarted,
+               {tmw::TrimCharacters(tmw::GetApiErrorText(started.code, ""), tmw::kCrLf)});
     return false;
   }
   ports::Process& process = *started.value;
