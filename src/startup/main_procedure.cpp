@@ -148,9 +148,11 @@ bool IsRollbackMarked() {
 
 // Nothing else may change the product now.
 void OfferToFinishRollback() {
-  const std::string program = JoinPath(
-      JoinPath(GetProductRootPath(), names::kProgramFolder),
-      std::string(names::kRollbackProgram) + ports::CurrentPorts().processes->ProgramEnding());
+  const ports::Processes& processes = *ports::CurrentPorts().processes;
+  const std::string name = std::string(names::kRollbackProgram) + processes.ProgramEnding();
+  std::string program = JoinPath(JoinPath(GetProductRootPath(), names::kProgramFolder), name);
+  if (!IsFileExists(program))
+    program = JoinPath(SplitFileName(processes.OwnProgram()).Folder, name);
   if (!IsFileExists(program)) {
     ShowWarning(box_titles::kUpdateImpossible, start_up_texts::RollbackProgramMissing(program),
                 FailureKind::kOwnFiles);
