@@ -159,12 +159,5 @@ TEST_F(DatabaseRunTest, AnAmountThatIsChangedWhileTheUpdateIsMadeIsKept) {
   EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|13\r\n2|-3\r\n");
 }
 
-TEST_F(DatabaseRunTest, ScriptsOfAnEarlierFormOfTheReleaseAreForgotten) {
-  Publish();
-  sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/DBUpdates/old.xml", release_.scripts[0].second);
-  Run();
-  EXPECT_TRUE(updated_) << front_end_.log.back();
-}
-
 }  // namespace
 }  // namespace tests

@@ -63,6 +63,8 @@ class Writer {
                 PackageElement("DBUpdates", release_.scripts_package, release_.scripts) +
                 PackageElement("DBStruct", release_.structures_package, release_.structures) +
                 "</KSUpdateManifest>";
+    for (const auto& [text, instead] : release_.manifest_edits)
+      manifest.replace(manifest.find(text), text.size(), instead);
     WriteBytes(source_, manifest);
     Pack("_PackageManifest.tmz", "TMW_manifest.xml");
     std::filesystem::remove(ToPath(source_));

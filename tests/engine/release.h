@@ -33,6 +33,7 @@ struct Release {
   std::vector<std::pair<std::string, std::string>> updater_components{};  // name, file
   bool is_bound = false;     // the digest announces the manifest's package
   std::string more_lines{};  // of the digest
+  std::vector<std::pair<std::string, std::string>> manifest_edits{};  // text, what replaces it
 };
 
 // Writes the release's files into the folder of a server with that address.

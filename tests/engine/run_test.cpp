@@ -170,33 +170,6 @@ TEST_F(RunTest, ABrokenTransferIsContinuedAndNamedIfThatDoesNotHelp) {
   }
 }
 
-TEST_F(RunTest, APartThatDoesNotBelongToTheFileIsReplacedSilently) {
-  for (const bool is_longer : {false, true}) {
-    Publish();
-    const std::size_t size = sandbox_.Read("server/TMW_3.6.0.2/f1.tmz").size();
-    sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/Parts/Программа.dll.tmz.part",
-                   std::string(is_longer ? size + 1 : 10, 'x'));
-    front_end_.answers = {true};
-    EXPECT_EQ(Run(), Log{Volume(SumOf(sandbox_, {"f1.tmz", "f2.tmz"}))});
-    EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), "new program");
-    const Log requests = Requests();
-    if (!kOnWindows) {  // Wine's layer cannot continue
-      EXPECT_EQ(std::count(requests.begin(), requests.end(), "/TMW_3.6.0.2/f1.tmz"),
-                is_longer ? 1 : 3);
-    }
-    std::filesystem::remove_all(ToPath(Path("Продукт")));
-  }
-}
-
-TEST_F(RunTest, ASpoiledLoadedFileIsFetchedAgain) {
-  Publish();
-  sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/Программа.dll", "new pr0gram");
-  sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/help.txt", "new help");
-  Run();
-  EXPECT_EQ(Requests(), Asked({"f1.tmz"}));
-  EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), "new program");
-}
-
 TEST_F(RunTest, AnInterruptedInstallationIsFinishedThoughAllFilesAreNew) {
   release_.files = {{"one", "1", "{p}"}, {"two", "2", "{p}sub"}};
   Publish();
@@ -424,25 +397,6 @@ TEST_F(RunTest, AFaultyDigestServerListOrManifestIsShownBeforeAnythingIsTouched)
     EXPECT_EQ(Requests().size(), c.requests) << c.box;
   }
   EXPECT_FALSE(sandbox_.Has("Продукт"));
-}
-
-TEST_F(RunTest, WhatAServerMaySendIsLimited) {
-  const std::string many(3 << 20, 'x');
-  Publish();
-  sandbox_.Write("server/TMW_3.6.0.2/f1.tmz", many);
-  ASSERT_EQ(Run().size(), 2U);
-  EXPECT_EQ(front_end_.log[1],
-            "error|Сервер передает больше данных, чем объявлено в списке файлов: \"" +
-                server_.Url("/TMW_3.6.0.2/f1.tmz") + "\".");
-  EXPECT_FALSE(sandbox_.Has("tmp/TMW_WebUpdate/R 3.6.0.2/Parts/Программа.dll.tmz.part"));
-  sandbox_.Write("server/TMW_links.dat", many);
-  ASSERT_EQ(Run().size(), 1U);
-  EXPECT_TRUE(front_end_.log[0].starts_with(
-      kError + "Ошибка загрузки Файла со списком серверов обновлений:\r\n"));
-  sandbox_.Write("server/TMW_version.dat", many);
-  ASSERT_EQ(Run().size(), 1U);
-  EXPECT_TRUE(
-      front_end_.log[0].starts_with(kError + "Ошибка загрузки файла с информацией о версии:\r\n"));
 }
 
 TEST_F(RunTest, WhatFailsItsCheckIsNamedAndNotInstalled) {

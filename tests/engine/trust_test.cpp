@@ -33,43 +33,7 @@ class TrustTest : public RunTest {
     WriteRelease(other, sandbox_.Path("server"), server_.Url(""));
     sandbox_.Write("server/TMW_version.dat", digest);
   }
-
-  std::string NotAnnounced() const {
-    return kError + "Список файлов, загруженный по адресу \"" +
-           server_.Url("/TMW_3.6.0.2/_PackageManifest.tmz") +
-           "\", не совпадает с объявленным в файле с информацией о версии: этот сервер отдает "
-           "устаревший, поврежденный или чужой список. На данном компьютере ничего не изменено.";
-  }
 };
-
-TEST_F(TrustTest, AnotherManifestThanTheAnnouncedOneIsRefused) {
-  release_.is_bound = true;
-  Publish();
-  SwapRelease();
-  const std::string swapped = sandbox_.Read(kManifest);
-  EXPECT_EQ(Refusal(), NotAnnounced());
-  const Log twice = {"/TMW_version.dat", "/TMW_links.dat", "/TMW_3.6.0.2/_PackageManifest.tmz",
-                     "/TMW_version.dat", "/TMW_3.6.0.2/_PackageManifest.tmz"};
-  EXPECT_EQ(Requests(), twice);
-  sandbox_.Write(kManifest, swapped + "more");
-  EXPECT_EQ(Refusal(), NotAnnounced());
-
-  // The release is replaced while the run is about to read its manifest.
-  Publish();
-  bool is_replaced = false;
-  on_request_ = [&](const std::string& path) {
-    if (path != kManifest || is_replaced) return;
-    is_replaced = true;
-    release_.files[1].content = "newer help";
-    Publish();
-  };
-  const std::string digest = sandbox_.Read("server/TMW_version.dat");
-  Run();
-  EXPECT_NE(sandbox_.Read("server/TMW_version.dat"), digest);
-  EXPECT_TRUE(updated_) << testing::PrintToString(front_end_.log);
-  EXPECT_EQ(Requests().size(), 7U);
-  EXPECT_EQ(sandbox_.Read("Продукт/help.txt"), "newer help");
-}
 
 TEST_F(TrustTest, ARunEndsWhenAnotherVersionIsAnnouncedMeanwhile) {
   release_.is_bound = true;
@@ -264,38 +228,6 @@ TEST_F(SignedTest, EveryAttackOnTheDigestIsNamedBeforeAnythingElseIsAskedFor) {
     EXPECT_EQ(Requests().size(), cases[i].requests) << i;
     EXPECT_EQ(sandbox_.Read("Продукт/TmWebUpdate.serial"), "4\r\n") << i;
     std::filesystem::remove_all(ToPath(Path("server")));
-  }
-}
-
-TEST_F(SignedTest, WhatTheSignedManifestBindsCannotBeSwapped) {
-  SetMode(false);
-  release_.dict = "Справочник1";
-  release_.dict_text = "Table:Справочник1\r\n";
-  release_.scripts = release_.structures = {{"added", "keep"}};
-  PublishSigned();
-  const std::string folder = "server/TMW_3.6.0.2/";
-  const std::string hash = "Контрольная сумма файла не совпадает с ожидаемой.";
-  // The mirror's own release of that version: packages with good sums of their own.
-  Release other = release_;
-  other.files = {{"Программа.dll", "bad program"}};
-  other.dict_text = "TABLE:Справочник1\r\n";
-  other.scripts = other.structures = {{"added", "drop"}};
-  WriteRelease(other, sandbox_.Path("other"), server_.Url(""));
-  for (const auto& [file, box] : std::vector<std::pair<std::string, std::string>>{
-           {"_PackageManifest.tmz", NotAnnounced()},
-           {"f1.tmz", "Программа.dll:\r\n" + hash},
-           {"Справочник1.table.tmz", ".table:\r\n" + hash},
-           {"updates.tmz", "updates.tmz:\r\n" + hash},
-           {"structures.tmz", "structures.tmz:\r\n" + hash}}) {
-    const std::string good = sandbox_.Read(folder + file);
-    sandbox_.Write(folder + file, sandbox_.Read("other/TMW_3.6.0.2/" + file));
-    front_end_.answers = {true};
-    Run();
-    EXPECT_TRUE(front_end_.log.back().ends_with(box)) << file << front_end_.log.back();
-    EXPECT_FALSE(updated_);
-    EXPECT_FALSE(sandbox_.Has("Продукт/help.txt"));
-    sandbox_.Write(folder + file, good);
-    std::filesystem::remove_all(ToPath(Path("tmp/TMW_WebUpdate")));
   }
 }
 

@@ -119,7 +119,14 @@ TEST_F(WholeRunTest, WhicheverChangeOfTheDiskFailsTheRowsAreWholeAndTheNextRunFi
       const std::string updater = sandbox_.Read("Продукт/tm/tmwebupdate.EXE");
       EXPECT_TRUE(updater == "old updater" || updater == "new updater") << updater;
       EXPECT_TRUE(sandbox_.Has("Продукт/help.txt") || updater == "new updater");
-      if (!is_there) ++without_database;
+      if (!is_there) {
+        ++without_database;
+        EXPECT_TRUE(front_end_.log.back().ends_with(
+            "\r\n\r\nНовая рабочая база данных со всеми вашими записями лежит в файле \"" +
+            Path(tmw::NativePath(file)) + "\". Запустите обновление еще раз: оно даст ей имя \"" +
+            Path(tmw::NativePath("db/Tamrin.mdb")) + "\"."))
+            << front_end_.log.back();
+      }
       if (has_failed) RunUnattended();
       ExpectAllNew();
     }

@@ -5,50 +5,19 @@
 #include <vector>
 
 #include "foundation/text.h"
+#include "tests/foundation/bad_names.h"
 #include "tests/support/caught.h"
 
 namespace tmw {
 namespace {
 
 using namespace std::string_literals;
-
-// n letters of two bytes.
-std::string Cyrillic(int n) {
-  return n == 0 ? "" : "ж" + Cyrillic(n - 1);
-}
-
-struct Refused {
-  const char* reason;
-  std::vector<std::string> names;
-};
-
-constexpr const char* kSeparator = "в нём есть разделитель папок.";
-
-const Refused kBadNames[] = {
-    {"имя пустое.", {""}},
-    {"так обозначается папка, а не файл в ней.", {".", ".."}},
-    {"оно оканчивается точкой.", {"...", "a.", "a.dll."}},
-    {kSeparator,
-     {"/", "\\", "..\\a.dll", "../a.dll", "a/b.dll", "a\\b.dll", "/etc/passwd",
-      "\\\\server\\share\\a", "\\\\?\\C:\\a"}},
-    {"в нём есть двоеточие.", {"C:", "C:a.dll", "C:\\a.dll", "a.txt:stream", "a.txt::$DATA"}},
-    {"так в Windows называется устройство.",
-     {"CON", "con", "Prn.txt", "AUX.tar.gz", "nul", "NUL.dll", "NUL .dll", "COM1", "com9.log",
-      "COM\u00B9", "com\u00B2.txt", "LPT1", "lpt9", "LPT\u00B3.prn", "CONIN$", "conout$.txt",
-      "CLOCK$"}},
-    {"оно оканчивается пробелом.", {"a ", "a.dll ", "a. ", "a\u00A0", ".. "}},
-    {"оно начинается с пробела.", {" ", " a"}},
-    {"в нём есть управляющий символ.",
-     {"a\0.dll"s, "\0"s, "a\x01", "a\tb", "a\r\nb", "a\x1F", "a\x7F", "a\u0085b"}},
-    // NOLINTNEXTLINE(misc-misleading-bidirectional): this is what is refused
-    {"в нём есть невидимый символ.", {"a\u202Egpj.exe", "a\u200B.dll", "\uFEFFa.dll"}},
-    {"в нём есть один из символов < > \" | ? *.", {"a<b", "a>b", "a\"b", "a|b", "a?b", "*.dll"}},
-    {"это не текст в кодировке UTF-8.",
-     {"a\xFF", "\xC0\xAE\xC0\xAE", "\xC0\xAF", "\xED\xA0\x80", "\xD0"}},
-    {"оно слишком длинное.", {std::string(256, 'a'), Cyrillic(128)}}};
+using tests::Cyrillic;
+using tests::kSeparator;
+using tests::Refused;
 
 TEST(PathGuard, EveryBadNameIsRefusedForItsReason) {
-  for (const Refused& refused : kBadNames) {
+  for (const Refused& refused : tests::kBadNames) {
     for (const std::string& name : refused.names) {
       const std::string message = CheckFileName(name).message;
       EXPECT_TRUE(message.starts_with("Недопустимое имя файла \"")) << name;
