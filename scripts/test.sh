@@ -22,6 +22,7 @@ subdirs("$PWD/build/windows-x64")
 add_test(windows_x86_abi "$PWD/scripts/check_abi.sh" "$PWD/build/windows-x86")
 add_test(windows_x86_pe "$PWD/scripts/check_pe.py" "$PWD/build/windows-x86")
 add_test(windows_x86_packages "$PWD/scripts/make_windows_packages.sh" "$PWD/build/windows-x86" "$PWD/build/windows-x86/packages")
+add_test(source "$PWD/scripts/check_source.sh" "$PWD/build/windows-x86")
 END
 
 echo "test: set up and built in $((SECONDS - started)) s"
