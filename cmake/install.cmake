@@ -3,7 +3,7 @@
 # folder, as in an installation.
 #
 # Components: update (users), publish (the maker and whoever looks after databases).
-set(TMW_UPDATE_PROGRAMS TmWebUpdate TmSupport)
+set(TMW_UPDATE_PROGRAMS TmWebUpdate TmSupport TmRollback)
 set(TMW_PUBLISH_PROGRAMS tmpublish jetsql)
 set(TMW_UPDATE_PAGES docs/locks.md docs/security.md docs/settings.md)
 set(TMW_PUBLISH_PAGES docs/database_file.md docs/formats.md docs/jetsql.md docs/publishing.md

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Holds the pages against the code:
     check_docs.py [JETSQL]
-Every message that docs/ru quotes is one of a texts header; links lead to files; the types and the sample
-that docs/formats.md gives are those that the code reads, the latter tried with JETSQL if it is given."""
+Every message that docs/ru quotes is one of a texts header; links lead to files; docs/architecture.md
+names each room of src/; docs/formats.md has the types that the code reads, and a sample that it reads,
+which is tried with JETSQL if it is given."""
 import pathlib
 import re
 import subprocess
@@ -86,6 +87,14 @@ def check_links():
                 failures.append(f"{page.relative_to(TOP)}: there is no {target}")
 
 
+def check_rooms():
+    page = (TOP / "docs/architecture.md").read_text()
+    rooms = {path.parent.name for path in TOP.glob("src/*/CMakeLists.txt")} | {"ports"}
+    named = set(re.findall(r"^src/(\w+)/ ", page, re.M))
+    if rooms != named:
+        failures.append(f"docs/architecture.md: rooms differ: {sorted(rooms ^ named)}")
+
+
 def check_formats(jetsql):
     page = (TOP / "docs/formats.md").read_text()
 
@@ -118,6 +127,7 @@ def check_formats(jetsql):
 
 quotes = check_quotes()
 check_links()
+check_rooms()
 check_formats(sys.argv[1] if len(sys.argv) > 1 else None)
 for failure in failures:
     print("FAILED:", failure)

@@ -58,7 +58,7 @@ uninstall() {
 
 run "$setup" /S '/D=C:\Обновление' || fail "the installer ends with $?"
 unzip -q "$scratch"/signed/*-win64.zip -d "$scratch/zip"
-for name in TmWebUpdate.exe TmSupport.exe UnTmz.dll uninstall.exe; do signed_by_us "$folder/$name"; done
+for name in TmWebUpdate.exe TmSupport.exe TmRollback.exe UnTmz.dll uninstall.exe; do signed_by_us "$folder/$name"; done
 for name in TmWebUpdate.exe docs/ru/README.md; do
   cmp "$folder/$name" "$scratch"/zip/*/"$name" || fail "$name is not what the archive has"
 done
@@ -66,7 +66,7 @@ done
   fail "the version of the installation is $(value DisplayVersion)"
 run 'C:\Обновление\TmSupport.exe' --output 'C:\Обновление\s.zip' && rm "$folder/s.zip" ||
   fail "the installed TmSupport saves nothing"
-[ "$(find "$menu" -name '*.lnk' | wc -l)" -eq 2 ] || fail "the menu"
+[ "$(find "$menu" -name '*.lnk' | wc -l)" -eq 3 ] || fail "the menu"
 
 run "$build/tests/child_program.exe" hold 'Local\TMW_WebUpdate_Mutex' "$(basename "$scratch")" \
   sleep 8000 &

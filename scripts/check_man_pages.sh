@@ -29,7 +29,7 @@ for page in "$pages"/*.1.gz; do
   expect "$name.1, its options" "$(options <<<"$shown")" "$("$name" --help | options)"
   grep -q "$name - " <<<"$shown" || fail "$name.1 has no name for whatis"
 done
-[ "$checked" -ge 4 ] || fail "pages of $checked programs only"
+[ "$checked" -ge 5 ] || fail "pages of $checked programs only"
 # Every option of the updater that people type; the others it writes for itself.
 typed=$(sed -nE 's/.*kOption(Url|MainExe|MainParams|OldVersion|NoFinalMessage) = "(.*)".*/\2/p' \
   src/foundation/contract_names.h | sort)

@@ -64,7 +64,7 @@ port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0));
 mkdir "$work/srv"
 within <<END
 dpkg --install /*.deb >/dev/null
-for program in TmWebUpdate TmSupport tmpublish jetsql; do \$program --version; done
+for program in TmWebUpdate TmSupport TmRollback tmpublish jetsql; do \$program --version; done
 mkdir -p /opt/tamrin/tm /srv/db /srv/new/tm /srv/scripts /etc/tamrin
 echo old >/opt/tamrin/tm/Core.dat
 echo new >/srv/new/tm/Core.dat

@@ -94,6 +94,7 @@ Section
   CreateDirectory "$SMPROGRAMS\${MAKER}"
   CreateShortcut "$SMPROGRAMS\${MAKER}\${TITLE}.lnk" "$INSTDIR\TmWebUpdate.exe"
   CreateShortcut "$SMPROGRAMS\${MAKER}\Сведения для поддержки Tamrin.lnk" "$INSTDIR\TmSupport.exe"
+  CreateShortcut "$SMPROGRAMS\${MAKER}\Возврат к предыдущей версии Tamrin.lnk" "$INSTDIR\TmRollback.exe"
   WriteRegStr HKLM "${ENTRY}" DisplayName "${TITLE}"
   WriteRegStr HKLM "${ENTRY}" DisplayVersion "${VERSION}"
   WriteRegStr HKLM "${ENTRY}" DisplayIcon "$INSTDIR\TmWebUpdate.exe"
@@ -115,6 +116,7 @@ Section Uninstall
   RMDir "${PROGRAMS}\${MAKER}"
   Delete "$SMPROGRAMS\${MAKER}\${TITLE}.lnk"
   Delete "$SMPROGRAMS\${MAKER}\Сведения для поддержки Tamrin.lnk"
+  Delete "$SMPROGRAMS\${MAKER}\Возврат к предыдущей версии Tamrin.lnk"
   RMDir "$SMPROGRAMS\${MAKER}"
   DeleteRegKey HKLM "${ENTRY}"
 SectionEnd
