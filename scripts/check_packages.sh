@@ -92,7 +92,10 @@ sed 's|/srv/tamrin/db|/srv/db|' /usr/share/doc/tamrin-update/examples/machine.re
 END
 python3 -m http.server --bind 127.0.0.1 --directory "$root/srv/server" "$port" >/dev/null 2>&1 &
 server=$!
-sleep 0.5
+until (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; do
+  kill -0 "$server" || fail "no server"
+  sleep 0.1
+done
 within <<END
 TmWebUpdate -y -v 3.6.0.1 -w http://127.0.0.1:$port/ </dev/null >/dev/null 2>&1
 cmp /opt/tamrin/tm/Core.dat /srv/new/tm/Core.dat

@@ -25,6 +25,7 @@ while [ $# -gt 0 ]; do
 done
 [ $# -ge 1 ] && [ $# -le 2 ] || { sed -n '2,13s/^# \?//p' "$0"; exit 2; }
 tag=$1
+[ $# -gt 1 ] || rm -rf build/release
 output=${2:-build/release}
 mkdir -p "$output"
 output=$(realpath "$output")
@@ -33,6 +34,7 @@ fail() {
   echo "release: $*" >&2
   exit 1
 }
+[ -z "$(ls -A "$output")" ] || fail "$output is not empty"
 commit=$(git rev-parse --verify --quiet "refs/tags/$tag^{commit}") || fail "there is no tag $tag"
 version=$(git show "$commit:CMakeLists.txt" | sed -nE 's/^project\(.*VERSION ([0-9.]+).*/\1/p')
 [ "$tag" = "v$version" ] || fail "the tag $tag is not of version $version"
@@ -68,7 +70,7 @@ make_all() {
 }
 
 # In the build folder: what the cache of the compiler knows of it is known the next time too.
-rm -rf build/release-work "$output"
+rm -rf build/release-work
 make_all "$top/build/release-work" "$output"
 if [ -n "$twice" ]; then
   rm -rf build/release-again
