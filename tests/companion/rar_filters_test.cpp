@@ -30,6 +30,8 @@ TEST(RarFilters, DeltaAddsUpEachChannel) {
 }
 
 TEST(RarFilters, X86TargetsBecomeRelative) {
+  constexpr auto kCall = FilterKind::kX86Call;
+  constexpr std::uint8_t kFF = 0xFF;
   const struct {
     FilterKind kind;
     std::uint64_t position;
@@ -38,35 +40,19 @@ TEST(RarFilters, X86TargetsBecomeRelative) {
     Bytes expected;
   } cases[] = {
       // 0x1000 after an operand at 0x101.
-      {FilterKind::kX86Call,
-       0x100,
-       false,
-       {0xE8, 0x00, 0x10, 0, 0, 0x90},
-       {0xE8, 0xFF, 0x0E, 0, 0, 0x90}},
-      {FilterKind::kX86Call, 0x100, false, {0xE9, 0x00, 0x10, 0, 0}, {0xE9, 0x00, 0x10, 0, 0}},
-      {FilterKind::kX86Jump, 0x100, false, {0xE9, 0x00, 0x10, 0, 0}, {0xE9, 0xFF, 0x0E, 0, 0}},
+      {kCall, 0x100, false, {0xE8, 0, 0x10, 0, 0, 0x90}, {0xE8, kFF, 0x0E, 0, 0, 0x90}},
+      {kCall, 0x100, false, {0xE9, 0, 0x10, 0, 0}, {0xE9, 0, 0x10, 0, 0}},
+      {FilterKind::kX86Jump, 0x100, false, {0xE9, 0, 0x10, 0, 0}, {0xE9, kFF, 0x0E, 0, 0}},
       // Negative, and still within the file: moved by the file's assumed size.
-      {FilterKind::kX86Call,
-       0x100,
-       false,
-       {0xE8, 0xFF, 0xFF, 0xFF, 0xFF},
-       {0xE8, 0xFF, 0xFF, 0xFF, 0x00}},
+      {kCall, 0x100, false, {0xE8, kFF, kFF, kFF, kFF}, {0xE8, kFF, kFF, kFF, 0}},
       // Neither: left as it is.
-      {FilterKind::kX86Call,
-       0,
-       false,
-       {0xE8, 0x00, 0x00, 0x00, 0x80},
-       {0xE8, 0x00, 0x00, 0x00, 0x80}},
-      {FilterKind::kX86Call,
-       0,
-       false,
-       {0xE8, 0x00, 0x00, 0x00, 0x01},
-       {0xE8, 0x00, 0x00, 0x00, 0x01}},
+      {kCall, 0, false, {0xE8, 0, 0, 0, 0x80}, {0xE8, 0, 0, 0, 0x80}},
+      {kCall, 0, false, {0xE8, 0, 0, 0, 1}, {0xE8, 0, 0, 0, 1}},
       // Beyond 16 MiB the two formats count differently.
-      {FilterKind::kX86Call, 0x1000000, true, {0xE8, 0x05, 0, 0, 0}, {0xE8, 0x04, 0, 0, 0}},
-      {FilterKind::kX86Call, 0x1000000, false, {0xE8, 0x05, 0, 0, 0}, {0xE8, 0x04, 0, 0, 0xFF}},
+      {kCall, 0x1000000, true, {0xE8, 5, 0, 0, 0}, {0xE8, 4, 0, 0, 0}},
+      {kCall, 0x1000000, false, {0xE8, 5, 0, 0, 0}, {0xE8, 4, 0, 0, kFF}},
       // With one byte missing there is no operand.
-      {FilterKind::kX86Call, 0x100, false, {0xE8, 0x00, 0x10, 0}, {0xE8, 0x00, 0x10, 0}},
+      {kCall, 0x100, false, {0xE8, 0, 0x10, 0}, {0xE8, 0, 0x10, 0}},
   };
   for (const auto& each : cases) {
     FilterRequest request = Asked(each.kind);

@@ -15,6 +15,7 @@ namespace tests {
 namespace {
 
 constexpr RarFormat kBoth[] = {RarFormat::kRar4, RarFormat::kRar5};
+constexpr std::uint64_t kModified = 1700000000;  // of FileHeader
 
 // Signature and main header with those flags.
 std::string Beginning(RarFormat format, unsigned flags, const std::string& more = {}) {
@@ -110,31 +111,26 @@ TEST(RarInterface, AllEntriesTogetherKeepToTheMostContent) {
 }
 
 TEST(RarInterface, FlagsOfTheMainHeaderAreReported) {
-  constexpr auto k4 = RarFormat::kRar4;
   constexpr auto k5 = RarFormat::kRar5;
   const std::string encryption =
       MakeBeginning(k5).substr(0, 8) + packing::MakeRar5Block(4, 0, std::string(3, 0));
-  const struct {
+  struct Case {
     std::string bytes;
     std::uint32_t flags;
     int code;  // of ReadHeader
-  } cases[] = {{Beginning(k4, 0), 0, 10},
-               {Beginning(k4, 1), 1, 10},
-               {Beginning(k4, 4), 4, 10},
-               {Beginning(k4, 8), 8, 10},
-               {Beginning(k4, 0x10), 0x10, 10},
-               {Beginning(k4, 0x40), 0x40, 10},
-               {Beginning(k4, 0x80), 0x80, 22},
-               {Beginning(k4, 0x100), 0x100, 10},
-               {Beginning(k5, 0), 0x10, 10},
-               {Beginning(k5, 1), 0x111, 10},
-               {Beginning(k5, 3, MakeVint(0)), 0x111, 10},
-               {Beginning(k5, 3, MakeVint(1)), 0x11, 10},
-               {Beginning(k5, 4), 0x18, 10},
-               {Beginning(k5, 8), 0x50, 10},
-               {Beginning(k5, 0x10), 0x14, 10},
-               {encryption, 0x80, 22},
-               {Beginning(k5, 0) + encryption.substr(8), 0x10, 22}};
+  };
+  std::vector<Case> cases = {{Beginning(k5, 0), 0x10, 10},
+                             {Beginning(k5, 1), 0x111, 10},
+                             {Beginning(k5, 3, MakeVint(0)), 0x111, 10},
+                             {Beginning(k5, 3, MakeVint(1)), 0x11, 10},
+                             {Beginning(k5, 4), 0x18, 10},
+                             {Beginning(k5, 8), 0x50, 10},
+                             {Beginning(k5, 0x10), 0x14, 10},
+                             {encryption, 0x80, 22},
+                             {Beginning(k5, 0) + encryption.substr(8), 0x10, 22}};
+  // RAR 4 stores them as they are reported.
+  for (const unsigned flag : {0U, 1U, 4U, 8U, 0x10U, 0x40U, 0x80U, 0x100U})
+    cases.push_back({Beginning(RarFormat::kRar4, flag), flag, flag == 0x80 ? 22 : 10});
   const ports::EntryPoints& functions = tmw::CompanionFunctions();
   for (const auto& each : cases) {
     const Sandbox sandbox;
@@ -151,7 +147,8 @@ TEST(RarInterface, FlagsOfTheMainHeaderAreReported) {
   }
 }
 
-// What the extended record says of the first entry, apart from names.
+// What the extended record says of the first entry: flags, packed and unpacked size, host, version,
+// method, attributes, dictionary, kind and ends of the hash, kind and target of the link.
 std::string Described(const std::string& bytes) {
   const Sandbox sandbox;
   const std::u16string path = tmw::Utf8ToUtf16(sandbox.Write("a.rar", bytes));
@@ -166,103 +163,63 @@ std::string Described(const std::string& bytes) {
   EXPECT_EQ(functions.RARReadHeaderEx(handle, header.get()), 0);
   functions.RARCloseArchive(handle);
   EXPECT_EQ(std::u16string(header->ArcNameW), path);
+  EXPECT_EQ(header->FileCRC, 2286445522);
+  EXPECT_EQ(header->FileTime, companion::rar::ToDosTime(kModified));
   const std::uint64_t ticks = header->MtimeLow | std::uint64_t{header->MtimeHigh} << 32U;
-  std::string text;
-  const auto add = [&](const char* name, std::uint64_t value) {
-    if (value != 0) text += name + std::to_string(value) + " ";
+  EXPECT_EQ(ticks / 10000000, kModified + 11644473600);
+  const auto whole = [](std::uint32_t low, std::uint32_t high) {
+    return low | std::uint64_t{high} << 32U;
   };
-  add("flags ", header->Flags);
-  add("packed ", header->PackSize | std::uint64_t{header->PackSizeHigh} << 32U);
-  add("size ", header->UnpSize | std::uint64_t{header->UnpSizeHigh} << 32U);
-  add("host ", header->HostOS);
-  add("crc ", header->FileCRC);
-  add("version ", header->UnpVer);
-  add("method ", header->Method);
-  add("attributes ", header->FileAttr);
-  add("dictionary ", header->DictSize);
-  add("hash ", header->HashType);
-  add("to ", header->Hash[0] + header->Hash[31]);
-  add("link ", header->RedirType);
-  add("time ", ticks == 0 ? 0 : ticks / 10000000 - 11644473600);
-  add("other dos time ", header->FileTime ^ companion::rar::ToDosTime(1700000000));
+  std::string text;
+  for (const std::uint64_t value : std::initializer_list<std::uint64_t>{
+           header->Flags, whole(header->PackSize, header->PackSizeHigh),
+           whole(header->UnpSize, header->UnpSizeHigh), header->HostOS, header->UnpVer,
+           header->Method, header->FileAttr, header->DictSize, header->HashType, header->Hash[0],
+           header->Hash[31], header->RedirType})
+    text += std::to_string(value) + " ";
   return text + tmw::Utf16ToUtf8(target);
 }
 
 TEST(RarInterface, FieldsOfEntriesAreReported) {
-  const auto changed = [](RarFormat format, const std::function<void(EntryHeader&)>& change) {
-    EntryHeader header = FileHeader("a", "123");
-    change(header);
-    return Archive(format, header, "123");
-  };
   const auto record = [](const std::string& body) { return MakeVint(body.size()) + body; };
   const auto plain = [](EntryHeader&) {};
-  const auto mode = [](EntryHeader& h) {
+  const auto many = [](EntryHeader& h) {
     h.unix_mode = 0100640;
-    h.is_encrypted = true;
+    h.is_encrypted = h.split_after = h.is_solid = true;
     h.extra = MakeVint(2) + MakeVint(1) + MakeVint(0);
     h.method = 5;
-    h.split_after = true;
-    h.is_solid = true;
   };
   const auto large = [](EntryHeader& h) { h.size = 5ULL << 30U, h.version = 3U << 10U; };
-  const auto hashed = [&](EntryHeader& h) {
-    h.extra = record(MakeVint(2) + MakeVint(0) + "\x05" + std::string(30, 1) + "\x07");
+  const auto with = [&](const std::string& extra) {
+    return [=](EntryHeader& h) { h.modified = 1, h.extra = extra; };
   };
-  const auto unknown_hash = [&](EntryHeader& h) {
-    h.extra = record(MakeVint(2) + MakeVint(1) + std::string(32, 1));
-  };
-  const auto link = [&](EntryHeader& h) {
-    h.extra = record(MakeVint(5) + MakeVint(2) + MakeVint(0) + MakeVint(9) + "long/name");
-  };
-  // Times in units of 100 ns and in seconds, where the record has them, before a version.
-  const auto windows_time = [&](EntryHeader& h) {
-    h.modified = 1;
-    h.extra = record(MakeVint(3) + MakeVint(2) + Number(133444736000000000, 8)) +
-              record(MakeVint(4) + MakeVint(0) + MakeVint(3));
-  };
-  const auto unix_time = [&](EntryHeader& h) {
-    h.modified = 1;
-    h.extra = record(MakeVint(3) + MakeVint(3) + Number(1700000000, 4));
-  };
-  constexpr auto k4 = RarFormat::kRar4;
-  constexpr auto k5 = RarFormat::kRar5;
+  const std::string unix_time = record(MakeVint(3) + MakeVint(3) + Number(kModified, 4));
+  const std::string windows_time =  // in units of 100 ns
+      record(MakeVint(3) + MakeVint(2) + Number(133444736000000000, 8));
+  const std::string hash = record(MakeVint(2) + MakeVint(0) + "\x05" + std::string(30, 1) + "\x07");
+  const std::string unknown_hash = record(MakeVint(2) + MakeVint(1) + std::string(32, 1));
+  const std::string link =
+      record(MakeVint(5) + MakeVint(2) + MakeVint(0) + MakeVint(9) + "long/name");
   const struct {
-    std::string archive;
+    RarFormat format;
+    std::function<void(EntryHeader&)> change;
     const char* description;
   } cases[] = {
-      {changed(k4, plain),
-       "packed 3 size 3 host 2 crc 2286445522 version 20 method 48 attributes 32 dictionary 64 "
-       "hash 1 time 1700000000 unset"},
-      {changed(k4, mode),
-       "flags 22 packed 3 size 3 host 3 crc 2286445522 version 20 method 53 attributes 33184 "
-       "dictionary 64 hash 1 time 1700000000 unset"},
-      {changed(k5, plain),
-       "packed 3 size 3 host 2 crc 2286445522 version 50 method 48 attributes 32 dictionary 128 "
-       "hash 1 time 1700000000 unset"},
-      {changed(k5, mode),
-       "flags 22 packed 3 size 3 host 3 crc 2286445522 version 50 method 53 attributes 33184 "
-       "dictionary 128 hash 1 time 1700000000 unset"},
-      {changed(k5, large),
-       "packed 3 size 5368709120 host 2 crc 2286445522 version 50 method 48 attributes 32 "
-       "dictionary 1024 hash 1 time 1700000000 unset"},
-      {changed(k5, hashed),
-       "packed 3 size 3 host 2 crc 2286445522 version 50 method 48 attributes 32 dictionary 128 "
-       "hash 2 to 12 time 1700000000 unset"},
-      {changed(k5, unknown_hash),
-       "packed 3 size 3 host 2 crc 2286445522 version 50 method 48 attributes 32 dictionary 128 "
-       "hash 1 time 1700000000 unset"},
-      {changed(k5, link),
-       "packed 3 size 3 host 2 crc 2286445522 version 50 method 48 attributes 32 dictionary 128 "
-       "hash 1 link 2 time 1700000000 long/na"},
-      {changed(k5, windows_time),
-       "packed 3 size 3 host 2 crc 2286445522 version 50 method 48 attributes 32 dictionary 128 "
-       "hash 1 time 1700000000 unset"},
-      {changed(k5, unix_time),
-       "packed 3 size 3 host 2 crc 2286445522 version 50 method 48 attributes 32 dictionary 128 "
-       "hash 1 time 1700000000 unset"},
+      {RarFormat::kRar4, plain, "0 3 3 2 20 48 32 64 1 0 0 0 unset"},
+      {RarFormat::kRar4, many, "22 3 3 3 20 53 33184 64 1 0 0 0 unset"},
+      {RarFormat::kRar5, plain, "0 3 3 2 50 48 32 128 1 0 0 0 unset"},
+      {RarFormat::kRar5, many, "22 3 3 3 50 53 33184 128 1 0 0 0 unset"},
+      {RarFormat::kRar5, large, "0 3 5368709120 2 50 48 32 1024 1 0 0 0 unset"},
+      {RarFormat::kRar5, with(unix_time), "0 3 3 2 50 48 32 128 1 0 0 0 unset"},
+      {RarFormat::kRar5, with(windows_time + hash), "0 3 3 2 50 48 32 128 2 5 7 0 unset"},
+      {RarFormat::kRar5, with(unknown_hash + unix_time), "0 3 3 2 50 48 32 128 1 0 0 0 unset"},
+      {RarFormat::kRar5, with(link + unix_time), "0 3 3 2 50 48 32 128 1 0 0 2 long/na"},
   };
-  for (const auto& each : cases)
-    EXPECT_EQ(Described(each.archive), each.description);
+  for (const auto& each : cases) {
+    EntryHeader header = FileHeader("a", "123");
+    each.change(header);
+    EXPECT_EQ(Described(Archive(each.format, header, "123")), each.description);
+  }
 }
 
 TEST(RarInterface, OldEntryPointsDoTheSame) {
