@@ -11,16 +11,9 @@
 // What an independent reader makes of the files written here.
 namespace {
 
-using jet::file::ColumnType;
-using jet::file::PackMemo;
-using jet::file::PackText;
-using jet::file::StoredNumber;
-using tests::Column;
-using tests::InQuotes;
-using tests::Judge;
-using tests::NewTable;
-using tests::TableOf;
-namespace flags = jet::file::definition::real_index;
+using namespace tests;
+using namespace jet::file;
+namespace flags = definition::real_index;
 
 class Mdbtools : public testing::Test {
  protected:
@@ -37,12 +30,12 @@ class Mdbtools : public testing::Test {
   }
 
   void Write(const std::vector<NewTable>& tables,
-             const std::vector<jet::file::Relation>& relations = {}) const {
-    sandbox_.Write("file.mdb", tests::Written(tables, relations));
+             const std::vector<Relation>& relations = {}) const {
+    sandbox_.Write("file.mdb", Written(tables, relations));
   }
 
  private:
-  tests::Sandbox sandbox_;
+  Sandbox sandbox_;
 };
 
 std::string Utf16(std::string_view text) {
@@ -96,21 +89,17 @@ TEST_F(Mdbtools, ReadsLongTextsOfEveryForm) {
 TEST_F(Mdbtools, FindsIndexesRelationsAndProperties) {
   NewTable parent = TableOf("Parent", {Column("Id", ColumnType::kLong)});
   parent.layout.page = 0x700001;
-  jet::file::AddIndex(parent.layout, "PrimaryKey", {{0, false}}, flags::kUnique | flags::kRequired,
-                      true);
+  AddIndex(parent.layout, "PrimaryKey", {{0, false}}, flags::kUnique | flags::kRequired, true);
   NewTable child = TableOf(
       "Child", {Column("ParentId", ColumnType::kLong), Column("Name", ColumnType::kText, 100)});
   child.layout.page = 0x700002;
-  jet::file::AddIndex(child.layout, "ByName", {{1, true}, {0, false}}, flags::kUnique);
-  child.properties = {{jet::file::properties::kOfColumn,
+  AddIndex(child.layout, "ByName", {{1, true}, {0, false}}, flags::kUnique);
+  child.properties = {{properties::kOfColumn,
                        "Name",
                        {{"Caption", 10, 0, Utf16("Имя")}, {"Required", 1, 1, "\1"}}}};
-  const jet::file::Relation relation{"ParentChild",
-                                     jet::file::relation_flags::kCascadesDeletions,
-                                     "Child",
-                                     "Parent",
-                                     {{"ParentId", "Id"}}};
-  jet::file::AddRelationIndexes(child.layout, parent.layout, relation);
+  const Relation relation{
+      "ParentChild", relation_flags::kCascadesDeletions, "Child", "Parent", {{"ParentId", "Id"}}};
+  AddRelationIndexes(child.layout, parent.layout, relation);
   Write({parent, child}, {relation});
 
   const std::string schema = Ask("mdb-schema", "mysql");
@@ -127,7 +116,7 @@ TEST_F(Mdbtools, FindsIndexesRelationsAndProperties) {
 TEST_F(Mdbtools, CountsTheRowsOfManyPages) {
   NewTable table =
       TableOf("T", {Column("N", ColumnType::kLong), Column("S", ColumnType::kText, 400)});
-  jet::file::AddIndex(table.layout, "K", {{0, false}}, flags::kUnique, true);
+  AddIndex(table.layout, "K", {{0, false}}, flags::kUnique, true);
   for (std::int32_t i = 0; i < 8000; ++i)
     table.rows.push_back({StoredNumber(i), Utf16(std::string(190, 's'))});
   Write({table});

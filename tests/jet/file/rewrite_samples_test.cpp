@@ -14,17 +14,12 @@
 
 namespace {
 
-using jet::file::CatalogueObject;
-using jet::file::DatabaseReader;
-using jet::file::DatabaseWriter;
-using jet::file::PageNumber;
-using jet::file::TableLayout;
-using tests::JetSamples;
-using tests::MemoryPageFile;
+using namespace tests;
+using namespace jet::file;
 
 // Bytes that nobody judges: the file's own engine leaves there what was in its memory.
 void MaskDefinition(const TableLayout& table, std::string& contents) {
-  namespace definition = jet::file::definition;
+  namespace definition = definition;
   constexpr std::size_t kLeftAsTheyWere = 0x14;
   std::fill_n(contents.begin() + kLeftAsTheyWere, 12, '\0');
   std::size_t at = definition::kFixedLength + table.indexes.size() * definition::statistics::kWidth;
@@ -37,7 +32,7 @@ void MaskDefinition(const TableLayout& table, std::string& contents) {
     at += definition::column::kWidth;
   }
   for (std::size_t i = 0; i < table.columns.size(); ++i)
-    at += definition::kNameLengthWidth + jet::file::LoadLittle<std::uint16_t>(contents.data() + at);
+    at += definition::kNameLengthWidth + LoadLittle<std::uint16_t>(contents.data() + at);
   for (const auto& index : table.indexes) {
     namespace real_index = definition::real_index;
     for (std::size_t i = index.columns.size(); i < real_index::kKeyColumnCount; ++i)
@@ -63,15 +58,15 @@ std::string Difference(std::string_view a, std::string_view b) {
 
 template <typename Call>
 void ForEachTable(const Call& call) {
-  for (const std::string& name : tests::SampleNames()) {
-    DatabaseReader reader(tests::OpenSample(name), name);
+  for (const std::string& name : SampleNames()) {
+    DatabaseReader reader(OpenSample(name), name);
     for (const CatalogueObject& object : reader.Objects()) {
-      if (jet::file::IsStoredTable(object)) call(reader, object, name + ": " + object.name);
+      if (IsStoredTable(object)) call(reader, object, name + ": " + object.name);
     }
   }
 }
 
-std::string Rewritten(DatabaseReader& reader, jet::file::Copying copying) {
+std::string Rewritten(DatabaseReader& reader, Copying copying) {
   const auto target = std::make_shared<MemoryPageFile>();
   DatabaseWriter writer({target, "unused"}, reader);
   writer.CopyAll(copying);
@@ -82,12 +77,12 @@ std::string Rewritten(DatabaseReader& reader, jet::file::Copying copying) {
 TEST_F(JetSamples, DefinitionsAreParsedAndPackedToTheSameBytes) {
   std::size_t count = 0;
   ForEachTable([&](DatabaseReader& reader, const CatalogueObject& object, const std::string& name) {
-    auto chain = jet::file::ReadDefinitionChain(reader.Pages(), object.id, 0);
-    const TableLayout layout = jet::file::ParseDefinition(chain);
+    auto chain = ReadDefinitionChain(reader.Pages(), object.id, 0);
+    const TableLayout layout = ParseDefinition(chain);
     MaskDefinition(layout, chain.contents);
-    const std::string packed = jet::file::PackDefinition(layout);
+    const std::string packed = PackDefinition(layout);
     EXPECT_EQ(Difference(packed, chain.contents), "") << name;
-    EXPECT_EQ(jet::file::DefinitionPageCount(packed.size()), chain.pages.size()) << name;
+    EXPECT_EQ(DefinitionPageCount(packed.size()), chain.pages.size()) << name;
     ++count;
   });
   EXPECT_GT(count, 140U);
@@ -95,16 +90,16 @@ TEST_F(JetSamples, DefinitionsAreParsedAndPackedToTheSameBytes) {
 
 // The record with zeroes in the fixed part where no value stands: the bytes of Null and of deleted
 // columns are left as they were.
-std::string Masked(const TableLayout& layout, const jet::file::RowView& row) {
+std::string Masked(const TableLayout& layout, const RowView& row) {
   std::string record(row.Record().Bytes());
-  const std::size_t fixed = jet::file::ShapeOf(layout).fixed_length;
+  const std::size_t fixed = ShapeOf(layout).fixed_length;
   std::string part(fixed, '\0');
   for (const auto& column : layout.columns) {
     const auto value = row.Stored(column);
-    if (column.IsFixed() && column.type != jet::file::ColumnType::kBoolean && value)
+    if (column.IsFixed() && column.type != ColumnType::kBoolean && value)
       std::copy(value->begin(), value->end(), part.begin() + column.fixed_offset);
   }
-  return record.replace(jet::file::record::kFixedPart, fixed, part);
+  return record.replace(record::kFixedPart, fixed, part);
 }
 
 TEST_F(JetSamples, RecordsAreTakenApartAndPackedToTheSameBytes) {
@@ -112,11 +107,11 @@ TEST_F(JetSamples, RecordsAreTakenApartAndPackedToTheSameBytes) {
   std::vector<std::string> different;
   ForEachTable([&](DatabaseReader& reader, const CatalogueObject& object, const std::string& name) {
     const TableLayout layout = reader.Definition(object);
-    jet::file::RowPacker packer(layout);
-    jet::file::TableCursor cursor(reader.Pages(), layout);
+    RowPacker packer(layout);
+    TableCursor cursor(reader.Pages(), layout);
     std::vector<std::optional<std::string_view>> values(layout.columns.size());
     while (cursor.Next()) {
-      const jet::file::RowView row = cursor.Row();
+      const RowView row = cursor.Row();
       for (std::size_t i = 0; i < values.size(); ++i)
         values[i] = row.Stored(layout.columns[i]);
       const std::string difference = Difference(packer.Pack(values), Masked(layout, row));
@@ -138,17 +133,17 @@ TEST_F(JetSamples, IndexEntriesAreMadeAgainOfTheirRows) {
   std::vector<std::string> different;
   ForEachTable([&](DatabaseReader& reader, const CatalogueObject& object, const std::string& name) {
     const TableLayout layout = reader.Definition(object);
-    const jet::file::RowShape shape = jet::file::ShapeOf(layout);
+    const RowShape shape = ShapeOf(layout);
     std::vector<std::optional<std::string_view>> values(layout.columns.size());
-    for (const jet::file::IndexLayout& index : layout.indexes) {
-      const jet::file::IndexKey key(layout, index);
-      jet::file::IndexWalker walker(reader.Pages(), layout, index);
+    for (const IndexLayout& index : layout.indexes) {
+      const IndexKey key(layout, index);
+      IndexWalker walker(reader.Pages(), layout, index);
       while (walker.Next()) {
-        const jet::file::RowPointer pointer = walker.Entry().row;
-        const jet::file::DataPage page(reader.Pages().Read(pointer.page));
-        const auto placed = jet::file::RecordAt(reader.Pages(), layout, page, pointer.row);
+        const RowPointer pointer = walker.Entry().row;
+        const DataPage page(reader.Pages().Read(pointer.page));
+        const auto placed = RecordAt(reader.Pages(), layout, page, pointer.row);
         ASSERT_TRUE(placed) << name;
-        const jet::file::RowView row(placed->record, shape);
+        const RowView row(placed->record, shape);
         for (std::size_t i = 0; i < values.size(); ++i)
           values[i] = row.Stored(layout.columns[i]);
         std::string made;
@@ -169,43 +164,42 @@ TEST_F(JetSamples, IndexEntriesAreMadeAgainOfTheirRows) {
 
 TEST_F(JetSamples, PropertiesSurviveBeingPacked) {
   std::size_t same_bytes = 0;
-  for (const std::string& name : tests::SampleNames()) {
-    DatabaseReader reader(tests::OpenSample(name), name);
+  for (const std::string& name : SampleNames()) {
+    DatabaseReader reader(OpenSample(name), name);
     for (const CatalogueObject& object : reader.Objects()) {
-      const auto& stored = object.stored[jet::file::objects_column::kLvProp];
+      const auto& stored = object.stored[objects_column::kLvProp];
       if (!stored) continue;
       auto sets = reader.Properties(object);
       std::erase_if(sets, [](const auto& set) { return set.properties.empty(); });
-      const std::string packed = jet::file::PackProperties(sets);
-      EXPECT_EQ(jet::file::ParseProperties({0, packed}), sets) << name << ": " << object.name;
+      const std::string packed = PackProperties(sets);
+      EXPECT_EQ(ParseProperties({0, packed}), sets) << name << ": " << object.name;
       // Others list names that no property has any more.
-      if (packed == jet::file::ReadLongValue(reader.Pages(), {object.place.page, *stored}))
-        ++same_bytes;
+      if (packed == ReadLongValue(reader.Pages(), {object.place.page, *stored})) ++same_bytes;
     }
   }
   EXPECT_GT(same_bytes, 50U);
 }
 
 TEST_F(JetSamples, AnEmptyDatabaseIsThatOfTheFormatsOwnEnginePageForPage) {
-  std::string expected = tests::SampleBytes("adox_jet4.mdb");
-  DatabaseReader reader(tests::OpenSample("adox_jet4.mdb"), "adox_jet4.mdb");
-  const auto& created = reader.Objects().front().stored[jet::file::objects_column::kDateCreate];
+  std::string expected = SampleBytes("adox_jet4.mdb");
+  DatabaseReader reader(OpenSample("adox_jet4.mdb"), "adox_jet4.mdb");
+  const auto& created = reader.Objects().front().stored[objects_column::kDateCreate];
   const auto target = std::make_shared<MemoryPageFile>();
   DatabaseWriter writer({target, "unused"}, reader.FileHeader(),
-                        jet::file::LoadLittle<double>(created->data()));
+                        LoadLittle<double>(created->data()));
   writer.Finish();
   for (const CatalogueObject& object : reader.Objects()) {
-    if (!jet::file::IsStoredTable(object)) continue;
-    auto chain = jet::file::ReadDefinitionChain(reader.Pages(), object.id, 0);
-    MaskDefinition(jet::file::ParseDefinition(chain), chain.contents);
-    std::copy(chain.contents.begin(), chain.contents.end(),
-              expected.begin() + static_cast<std::ptrdiff_t>(object.id * jet::file::kPageSize +
-                                                             jet::file::definition::kHead));
+    if (!IsStoredTable(object)) continue;
+    auto chain = ReadDefinitionChain(reader.Pages(), object.id, 0);
+    MaskDefinition(ParseDefinition(chain), chain.contents);
+    std::copy(
+        chain.contents.begin(), chain.contents.end(),
+        expected.begin() + static_cast<std::ptrdiff_t>(object.id * kPageSize + definition::kHead));
   }
   ASSERT_EQ(target->bytes.size(), expected.size());
-  for (std::size_t page = 0; page * jet::file::kPageSize < expected.size(); ++page) {
+  for (std::size_t page = 0; page * kPageSize < expected.size(); ++page) {
     const auto bytes = [page](const std::string& file) {
-      return file.substr(page * jet::file::kPageSize, jet::file::kPageSize);
+      return file.substr(page * kPageSize, kPageSize);
     };
     EXPECT_EQ(Difference(bytes(target->bytes), bytes(expected)), "") << "page " << page;
   }
@@ -224,17 +218,17 @@ std::vector<std::string> Contents(const std::string& bytes) {
         line += " " + property.name + "=" + property.value;
     }
     lines.push_back(std::move(line));
-    if (!jet::file::IsStoredTable(object)) continue;
+    if (!IsStoredTable(object)) continue;
     const TableLayout layout = reader.Definition(object);
     std::size_t rows = 0;
-    for (jet::file::TableRows each = reader.Rows(layout); each.Next();)
+    for (TableRows each = reader.Rows(layout); each.Next();)
       ++rows;
     lines.push_back(std::to_string(rows) + " rows");
     for (const auto& index : layout.logical_indexes)
       lines.push_back(index.name + " " + std::to_string(index.kind));
     // The catalogue's rows hold page numbers.
     if (object.flags == 0) {
-      for (std::string& row : tests::CanonicalRows(reader, layout))
+      for (std::string& row : CanonicalRows(reader, layout))
         lines.push_back(std::move(row));
     }
   }
@@ -244,15 +238,15 @@ std::vector<std::string> Contents(const std::string& bytes) {
 }
 
 TEST_F(JetSamples, ARewrittenFileIsCleanAndHoldsTheSame) {
-  for (const std::string& name : tests::SampleNames()) {
+  for (const std::string& name : SampleNames()) {
     SCOPED_TRACE(name);
-    for (const auto copying : {jet::file::Copying::kAsItStands, jet::file::Copying::kCompacted}) {
-      DatabaseReader reader(tests::OpenSample(name), name);
+    for (const auto copying : {Copying::kAsItStands, Copying::kCompacted}) {
+      DatabaseReader reader(OpenSample(name), name);
       const std::string copy = Rewritten(reader, copying);
-      EXPECT_TRUE(Contents(copy) == Contents(tests::SampleBytes(name)));
-      const auto report = jet::file::CheckDatabase(std::make_shared<MemoryPageFile>(copy), "copy");
+      EXPECT_TRUE(Contents(copy) == Contents(SampleBytes(name)));
+      const auto report = CheckDatabase(std::make_shared<MemoryPageFile>(copy), "copy");
       for (const auto& finding : report.findings.Kept())
-        EXPECT_EQ(finding.severity, jet::file::Severity::kNote) << finding.Text();
+        EXPECT_EQ(finding.severity, Severity::kNote) << finding.Text();
       EXPECT_TRUE(report.IsClean());
       DatabaseReader again(std::make_shared<MemoryPageFile>(copy), "copy");
       EXPECT_EQ(Difference(Rewritten(again, copying), copy), "");

@@ -11,16 +11,12 @@
 
 namespace {
 
-using jet::file::CatalogueObject;
-using jet::file::ColumnLayout;
-using jet::file::ColumnType;
-using jet::file::DatabaseReader;
-using jet::file::TableLayout;
+using namespace tests;
+using namespace jet::file;
 using nlohmann::json;
-using tests::JetSamples;
 
 json ExpectedContents() {
-  std::ifstream file(tests::SamplesFolder() / "expected.json");
+  std::ifstream file(SamplesFolder() / "expected.json");
   return json::parse(file);
 }
 
@@ -40,7 +36,7 @@ const char* TypeName(ColumnType type) {
 
 json Columns(const TableLayout& table) {
   json columns = json::array();
-  for (const std::size_t position : jet::file::FieldOrder(table)) {
+  for (const std::size_t position : FieldOrder(table)) {
     const ColumnLayout& column = table.columns[position];
     const int size = column.type == ColumnType::kBoolean ? 0 : column.size;
     columns.push_back({{"name", column.name}, {"type", TypeName(column.type)}, {"size", size}});
@@ -55,23 +51,22 @@ std::string Beginning(const std::string& row) {
 }
 
 bool IsUserTable(const CatalogueObject& object) {
-  return jet::file::IsStoredTable(object) && (object.flags & ports::kSystemObject) == 0;
+  return IsStoredTable(object) && (object.flags & ports::kSystemObject) == 0;
 }
 
 TEST_F(JetSamples, GiveWhatAnIndependentReaderFoundInThem) {
   const json expected = ExpectedContents();
-  ASSERT_EQ(tests::SampleNames().size(), expected.size());
+  ASSERT_EQ(SampleNames().size(), expected.size());
   for (const auto& [name, contents] : expected.items()) {
     SCOPED_TRACE(name);
-    DatabaseReader reader(tests::OpenSample(name), name);
+    DatabaseReader reader(OpenSample(name), name);
     json tables = json::object();
     for (const CatalogueObject& object : reader.Objects()) {
       if (!IsUserTable(object)) continue;
       const TableLayout table = reader.Definition(object);
-      const auto rows = tests::CanonicalRows(reader, table);
+      const auto rows = CanonicalRows(reader, table);
       json& facts = tables[object.name];
-      facts = {
-          {"columns", Columns(table)}, {"rows", rows.size()}, {"sha256", tests::DigestOf(rows)}};
+      facts = {{"columns", Columns(table)}, {"rows", rows.size()}, {"sha256", DigestOf(rows)}};
       facts["first"] = json::array();
       for (std::size_t i = 0; i < rows.size() && i < 2; ++i)
         facts["first"].push_back(Beginning(rows[i]));
@@ -83,11 +78,10 @@ TEST_F(JetSamples, GiveWhatAnIndependentReaderFoundInThem) {
   }
 }
 
-std::string Words(const jet::file::CheckReport& report) {
+std::string Words(const CheckReport& report) {
   std::string words;
-  for (const jet::file::Finding& finding : report.findings.Kept())
-    words +=
-        (finding.severity == jet::file::Severity::kFault ? "! " : "  ") + finding.Text() + "\n";
+  for (const Finding& finding : report.findings.Kept())
+    words += (finding.severity == Severity::kFault ? "! " : "  ") + finding.Text() + "\n";
   return words;
 }
 
@@ -101,8 +95,8 @@ TEST_F(JetSamples, PassTheCheck) {
        "  индекс \"Unicode\" таблицы \"Table\": в индексе есть ключи длиннее 510 байт "
        "(страница 57): 1\n"},
   };
-  for (const std::string& name : tests::SampleNames()) {
-    const auto report = jet::file::CheckDatabase(tests::OpenSample(name), name);
+  for (const std::string& name : SampleNames()) {
+    const auto report = CheckDatabase(OpenSample(name), name);
     const auto note = notes.find(name);
     EXPECT_EQ(Words(report), note == notes.end() ? "" : note->second) << name;
   }
@@ -115,7 +109,7 @@ TEST_F(JetSamples, AreRefusedWithTheirReasonWhenTheyAreOfAnotherFormat) {
   };
   for (const auto& [name, reason] : cases) {
     try {
-      const DatabaseReader reader(tests::OpenSample(name), name);
+      const DatabaseReader reader(OpenSample(name), name);
       ADD_FAILURE() << name;
     } catch (const ports::DatabaseError& error) {
       EXPECT_EQ(error.Number, jet::kUnknownFormat);
@@ -138,7 +132,7 @@ std::string PropertiesOf(DatabaseReader& reader, const char* table) {
 }
 
 TEST_F(JetSamples, ShowTheirCatalogue) {
-  DatabaseReader reader(tests::OpenSample("indexv2000.mdb"), "indexv2000.mdb");
+  DatabaseReader reader(OpenSample("indexv2000.mdb"), "indexv2000.mdb");
   EXPECT_NE(reader.FindTable("TABLE1"), nullptr);
   EXPECT_EQ(reader.FindTable("Table9"), nullptr);
   std::string relations;
@@ -165,8 +159,8 @@ TEST_F(JetSamples, ShowTheirCatalogue) {
 }
 
 TEST_F(JetSamples, NameTheObjectsThatARewrittenFileWouldLose) {
-  for (const std::string& name : tests::SampleNames())
-    EXPECT_TRUE(DatabaseReader(tests::OpenSample(name), name).ForeignObjects().empty()) << name;
+  for (const std::string& name : SampleNames())
+    EXPECT_TRUE(DatabaseReader(OpenSample(name), name).ForeignObjects().empty()) << name;
   // A container that becomes a form, the other kinds likewise.
   const std::map<int, std::string> kinds = {{0x8000, "форма"},
                                             {0x8002, "макрос"},
@@ -174,10 +168,9 @@ TEST_F(JetSamples, NameTheObjectsThatARewrittenFileWouldLose) {
                                             {0x8007, "модуль"},
                                             {0x800C, "страница доступа"}};
   for (const auto& [type, words] : kinds) {
-    tests::Patient patient("adox_jet4.mdb");
+    Patient patient("adox_jet4.mdb");
     const auto row = patient.Row("MSysObjects");
-    patient.Set(row.page,
-                tests::Field<std::uint16_t>{patient.ValueOffset("MSysObjects", row, "Type")},
+    patient.Set(row.page, Field<std::uint16_t>{patient.ValueOffset("MSysObjects", row, "Type")},
                 static_cast<std::uint16_t>(type));
     const auto objects = patient.Reader().ForeignObjects();
     ASSERT_EQ(objects.size(), 1U) << type;

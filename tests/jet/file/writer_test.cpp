@@ -9,19 +9,9 @@
 
 namespace {
 
-using jet::file::ColumnLayout;
-using jet::file::ColumnType;
-using jet::file::DatabaseReader;
-using jet::file::StoredNumber;
-using jet::file::TableLayout;
-using tests::Column;
-using tests::Dice;
-using tests::ErrorOf;
-using tests::MemoryPageFile;
-using tests::NewTable;
-using tests::StoredRow;
-using tests::TableOf;
-namespace flags = jet::file::definition::real_index;
+using namespace tests;
+using namespace jet::file;
+namespace flags = definition::real_index;
 
 // Bytes before compression, around the borders between the three ways of storing a long value.
 constexpr std::size_t kLongLengths[] = {0,    2,    62,   64,   66,   1024, 3814, 3816, 3818,
@@ -32,9 +22,9 @@ std::string RandomValue(Dice& dice, const ColumnLayout& column) {
     case ColumnType::kBoolean:
       return std::string(1, static_cast<char>(dice.Below(2)));
     case ColumnType::kText:
-      return jet::file::PackText(dice.Text(dice.Below(column.size / 2U + 1)), dice.OneIn(2));
+      return PackText(dice.Text(dice.Below(column.size / 2U + 1)), dice.OneIn(2));
     case ColumnType::kMemo:
-      return jet::file::PackMemo(dice.Text(dice.Of(kLongLengths) / 2), dice.OneIn(2));
+      return PackMemo(dice.Text(dice.Of(kLongLengths) / 2), dice.OneIn(2));
     case ColumnType::kOle:
       return dice.Bytes(dice.Of(kLongLengths) + dice.Below(2));
     case ColumnType::kBinary:
@@ -59,7 +49,7 @@ NewTable RandomTable(Dice& dice, const std::string& name, std::size_t row_count)
                              static_cast<std::uint16_t>(2 + 2 * dice.Below(60))));
   NewTable table = TableOf(name, columns);
   for (std::size_t i = dice.Below(4); i > 0; --i) {
-    std::vector<jet::file::KeyColumn> key;
+    std::vector<KeyColumn> key;
     for (std::size_t k = 1 + dice.Below(3); k > 0; --k) {
       const ColumnLayout& column =
           dice.OneIn(2) ? columns.front() : columns[dice.Below(columns.size())];
@@ -67,8 +57,8 @@ NewTable RandomTable(Dice& dice, const std::string& name, std::size_t row_count)
       if (column.type != ColumnType::kOle) key.push_back({place, dice.OneIn(2)});
     }
     if (key.empty()) continue;
-    jet::file::AddIndex(table.layout, "Индекс " + std::to_string(i), key,
-                        dice.OneIn(2) ? flags::kIgnoreNulls : std::uint8_t{0});
+    AddIndex(table.layout, "Индекс " + std::to_string(i), key,
+             dice.OneIn(2) ? flags::kIgnoreNulls : std::uint8_t{0});
   }
   for (std::size_t i = 0; i < row_count; ++i) {
     StoredRow row;
@@ -88,26 +78,25 @@ TEST(JetFileWriter, RandomTablesComeBackAsTheyWereWritten) {
     std::vector<NewTable> tables;
     for (const std::size_t row_count : {std::size_t{0}, std::size_t{1}, 20 + dice.Below(150)})
       tables.push_back(RandomTable(dice, "Таблица " + std::to_string(row_count), row_count));
-    const std::string bytes = tests::Written(tables);
-    tests::ExpectSound(bytes);
-    DatabaseReader reader = tests::OpenWritten(bytes);
+    const std::string bytes = Written(tables);
+    ExpectSound(bytes);
+    DatabaseReader reader = OpenWritten(bytes);
     for (const NewTable& table : tables)
-      EXPECT_TRUE(tests::RowsOf(reader, table.name) == table.rows) << table.name;
-    const std::string copy = tests::Copied(reader, jet::file::Copying::kAsItStands);
-    tests::ExpectSound(copy);
-    DatabaseReader copied = tests::OpenWritten(copy);
+      EXPECT_TRUE(RowsOf(reader, table.name) == table.rows) << table.name;
+    const std::string copy = Copied(reader, Copying::kAsItStands);
+    ExpectSound(copy);
+    DatabaseReader copied = OpenWritten(copy);
     for (const NewTable& table : tables)
-      EXPECT_TRUE(tests::RowsOf(copied, table.name) == table.rows) << table.name;
-    EXPECT_TRUE(tests::Copied(copied, jet::file::Copying::kAsItStands) == copy);
+      EXPECT_TRUE(RowsOf(copied, table.name) == table.rows) << table.name;
+    EXPECT_TRUE(Copied(copied, Copying::kAsItStands) == copy);
   }
 }
 
 TEST(JetFileWriter, TheWayOfALongValueFollowsItsLengthBeforeCompression) {
   struct Case {
     std::size_t length;  // of the text in UTF-16
-    jet::file::LongValueForm form;
+    LongValueForm form;
   };
-  using jet::file::LongValueForm;
   constexpr Case kCases[] = {
       {0, LongValueForm::kInline},     {64, LongValueForm::kInline},
       {66, LongValueForm::kSingleRow}, {3816, LongValueForm::kSingleRow},
@@ -117,16 +106,16 @@ TEST(JetFileWriter, TheWayOfALongValueFollowsItsLengthBeforeCompression) {
   for (const bool may_compress : {false, true}) {
     NewTable table = TableOf("T", {Column("M", ColumnType::kMemo)});
     for (const Case& each : kCases)
-      table.rows.push_back({jet::file::PackMemo(std::string(each.length / 2, 'x'), may_compress)});
-    const std::string bytes = tests::Written({table});
-    tests::ExpectSound(bytes);
-    DatabaseReader reader = tests::OpenWritten(bytes);
+      table.rows.push_back({PackMemo(std::string(each.length / 2, 'x'), may_compress)});
+    const std::string bytes = Written({table});
+    ExpectSound(bytes);
+    DatabaseReader reader = OpenWritten(bytes);
     const TableLayout layout = reader.Definition(*reader.FindTable("T"));
-    jet::file::TableCursor cursor(reader.Pages(), layout);
+    TableCursor cursor(reader.Pages(), layout);
     for (const Case& each : kCases) {
       ASSERT_TRUE(cursor.Next());
-      const jet::file::ByteView stored(0, *cursor.Row().Stored(layout.columns[0]));
-      EXPECT_EQ(jet::file::LongValueReference::Parse(stored).form, each.form) << each.length;
+      const ByteView stored(0, *cursor.Row().Stored(layout.columns[0]));
+      EXPECT_EQ(LongValueReference::Parse(stored).form, each.form) << each.length;
       const std::string value = ReadLongValue(reader.Pages(), stored);
       const bool is_compressed = value.starts_with("\xFF\xFE");
       EXPECT_EQ(is_compressed, may_compress && each.length > 0 && each.length <= 3816);
@@ -146,16 +135,16 @@ TEST(JetFileWriter, ATableOfBooleansKeepsItsBitsAndNoMoreThan255RowsAPage) {
       for (std::size_t i = 0; i < count; ++i)
         table.rows.back().emplace_back(std::string(1, static_cast<char>((row >> (i % 10)) & 1U)));
     }
-    const std::string bytes = tests::Written({table});
-    tests::ExpectSound(bytes);
-    DatabaseReader reader = tests::OpenWritten(bytes);
-    EXPECT_TRUE(tests::RowsOf(reader, "T") == table.rows) << count;
+    const std::string bytes = Written({table});
+    ExpectSound(bytes);
+    DatabaseReader reader = OpenWritten(bytes);
+    EXPECT_TRUE(RowsOf(reader, "T") == table.rows) << count;
   }
 }
 
 TEST(JetFileWriter, RefusesWhatTheFormatsOwnEngineWouldNotOpen) {
   const auto judged = [](NewTable table) {
-    return ErrorOf([&table] { jet::file::JudgeLayout(table.name, table.layout); });
+    return ErrorOf([&table] { JudgeLayout(table.name, table.layout); });
   };
   const auto named = [](const std::string& table, const std::string& column) {
     return TableOf(table, {Column(column, ColumnType::kLong)});
@@ -184,11 +173,11 @@ TEST(JetFileWriter, RefusesWhatTheFormatsOwnEngineWouldNotOpen) {
 
   const auto indexed = [&columns](std::size_t indexes, std::size_t parts) {
     NewTable table = columns(12, ColumnType::kLong, 0);
-    std::vector<jet::file::KeyColumn> key;
+    std::vector<KeyColumn> key;
     for (std::size_t i = 0; i < parts; ++i)
       key.push_back({static_cast<std::uint16_t>(i), false});
     for (std::size_t i = 0; i < indexes; ++i)
-      jet::file::AddIndex(table.layout, "I" + std::to_string(i), key, 0);
+      AddIndex(table.layout, "I" + std::to_string(i), key, 0);
     return table;
   };
   EXPECT_EQ(judged(indexed(32, 10)), 0);
@@ -202,14 +191,14 @@ TEST(JetFileWriter, RefusesWhatTheFormatsOwnEngineWouldNotOpen) {
     constexpr std::size_t kOverhead = 2 + 2 * 10 + 1;
     table.rows.push_back(StoredRow(8, std::string(500, 'b')));
     table.rows[0][0] = std::string(4060 - kOverhead - 7 * 500 + more, 'b');
-    return ErrorOf([&table] { tests::Written({table}); });
+    return ErrorOf([&table] { Written({table}); });
   };
   EXPECT_EQ(written(0), 0);
   EXPECT_EQ(written(1), jet::kRecordTooLong);
 }
 
-jet::file::Relation RelationOf(const std::string& name, const std::string& table,
-                               const std::string& column, std::uint32_t relation_flags = 0) {
+Relation RelationOf(const std::string& name, const std::string& table, const std::string& column,
+                    std::uint32_t relation_flags = 0) {
   return {name, relation_flags, table, "Отделы", {{column, "Код"}}};
 }
 
@@ -217,23 +206,22 @@ TEST(JetFileWriter, RelationsStandAtBothEnds) {
   NewTable departments =
       TableOf("Отделы", {Column("Код", ColumnType::kLong), Column("Старший", ColumnType::kLong)});
   departments.layout.page = 0x700001;
-  jet::file::AddIndex(departments.layout, "Ключ", {{0, false}}, flags::kUnique | flags::kRequired,
-                      true);
+  AddIndex(departments.layout, "Ключ", {{0, false}}, flags::kUnique | flags::kRequired, true);
   departments.rows = {{StoredNumber(1), std::nullopt}, {StoredNumber(2), StoredNumber(1)}};
   NewTable staff = TableOf("Люди", {Column("Отдел", ColumnType::kLong)});
   staff.layout.page = 0x700002;
   staff.rows = {{StoredNumber(2)}, {StoredNumber(2)}};
-  using namespace jet::file::relation_flags;
+  using namespace relation_flags;
   const auto own = RelationOf("СамНаСебя", "Отделы", "Старший");
   const auto other = RelationOf("ЛюдиОтдела", "Люди", "Отдел", kCascadesUpdates);
-  jet::file::AddRelationIndexes(departments.layout, departments.layout, own);
-  jet::file::AddRelationIndexes(staff.layout, departments.layout, other);
+  AddRelationIndexes(departments.layout, departments.layout, own);
+  AddRelationIndexes(staff.layout, departments.layout, other);
   EXPECT_EQ(departments.layout.indexes.size(), 2U) << "the key serves both hidden indexes";
 
   // The table that is referred to comes last: its place is not known before.
-  const std::string bytes = tests::Written({staff, departments}, {own, other});
-  tests::ExpectSound(bytes);
-  DatabaseReader reader = tests::OpenWritten(bytes);
+  const std::string bytes = Written({staff, departments}, {own, other});
+  ExpectSound(bytes);
+  DatabaseReader reader = OpenWritten(bytes);
   EXPECT_EQ(reader.Relations().size(), 2U);
   const TableLayout layout = reader.Definition(*reader.FindTable("Люди"));
   ASSERT_EQ(layout.logical_indexes.size(), 1U);
@@ -242,44 +230,41 @@ TEST(JetFileWriter, RelationsStandAtBothEnds) {
   EXPECT_EQ(end->other_table, reader.FindTable("Отделы")->id);
   EXPECT_TRUE(end->cascades_updates);
   EXPECT_FALSE(end->cascades_deletions);
-  const std::string copy = tests::Copied(reader, jet::file::Copying::kAsItStands);
-  tests::ExpectSound(copy);
-  EXPECT_EQ(tests::OpenWritten(copy).Relations(), reader.Relations());
+  const std::string copy = Copied(reader, Copying::kAsItStands);
+  ExpectSound(copy);
+  EXPECT_EQ(OpenWritten(copy).Relations(), reader.Relations());
 
   TableLayout without = reader.Definition(*reader.FindTable("Отделы"));
-  jet::file::RemoveRelationIndexes(without);
+  RemoveRelationIndexes(without);
   EXPECT_EQ(without.logical_indexes.size(), 1U);
   EXPECT_EQ(without.indexes.size(), 1U) << "the tree that only the relation needed";
 
   EXPECT_EQ(ErrorOf([&] {
-              jet::file::AddRelationIndexes(staff.layout, without,
-                                            {"R", 0, "Люди", "Отделы", {{"Отдел", "Старший"}}});
+              AddRelationIndexes(staff.layout, without,
+                                 {"R", 0, "Люди", "Отделы", {{"Отдел", "Старший"}}});
             }),
             jet::kNoUniqueReference);
 }
 
 TEST(JetFileWriter, RefusesASourceWithAFormInIt) {
   NewTable table = TableOf("Отделы", {Column("Код", ColumnType::kLong)});
-  std::string bytes = tests::Written({table}, {RelationOf("Форма", "Отделы", "Код")});
+  std::string bytes = Written({table}, {RelationOf("Форма", "Отделы", "Код")});
   {
-    DatabaseReader reader = tests::OpenWritten(bytes);
+    DatabaseReader reader = OpenWritten(bytes);
     const auto place = reader.Objects().back().place;
-    const jet::file::DataPage page(reader.Pages().Read(place.page));
+    const DataPage page(reader.Pages().Read(place.page));
     // The type stands behind two numbers of four bytes.
-    const std::size_t type = page.At(place.row).offset + jet::file::record::kFixedPart + 8;
-    jet::file::StoreLittle(bytes.data() + place.page * jet::file::kPageSize + type,
-                           jet::file::object_type::kForm);
+    const std::size_t type = page.At(place.row).offset + record::kFixedPart + 8;
+    StoreLittle(bytes.data() + place.page * kPageSize + type, object_type::kForm);
   }
-  DatabaseReader source = tests::OpenWritten(bytes);
-  EXPECT_EQ(ErrorOf([&] { tests::Copied(source, jet::file::Copying::kAsItStands); }),
-            jet::kUnknownFormat);
+  DatabaseReader source = OpenWritten(bytes);
+  EXPECT_EQ(ErrorOf([&] { Copied(source, Copying::kAsItStands); }), jet::kUnknownFormat);
 }
 
 TEST(JetFileWriter, TablesOfTheUserDoNotShareThePagesOfTheirMaps) {
   const std::vector<ColumnLayout> columns = {Column("A", ColumnType::kMemo)};
-  DatabaseReader reader =
-      tests::OpenWritten(tests::Written({TableOf("T1", columns), TableOf("T2", columns)}));
-  std::set<jet::file::PageNumber> pages;
+  DatabaseReader reader = OpenWritten(Written({TableOf("T1", columns), TableOf("T2", columns)}));
+  std::set<PageNumber> pages;
   for (const char* name : {"T1", "T2"}) {
     const TableLayout layout = reader.Definition(*reader.FindTable(name));
     EXPECT_TRUE(pages.insert(layout.rows_map.page).second);
@@ -289,54 +274,54 @@ TEST(JetFileWriter, TablesOfTheUserDoNotShareThePagesOfTheirMaps) {
 
 TEST(JetFileWriter, CompactingOrdersRowsByTheKeyAndTakesUnusedNumbersBack) {
   NewTable table = TableOf("T", {Column("Код", ColumnType::kLong), Column("M", ColumnType::kMemo)});
-  table.layout.columns[0].flags |= jet::file::definition::column::kAutonumber;
-  jet::file::AddIndex(table.layout, "Ключ", {{0, false}}, flags::kUnique, true);
+  table.layout.columns[0].flags |= definition::column::kAutonumber;
+  AddIndex(table.layout, "Ключ", {{0, false}}, flags::kUnique, true);
   table.layout.last_autonumber = 5000;
   for (std::int32_t i = 600; i > 0; --i)
     table.rows.push_back({StoredNumber(i), std::string(static_cast<std::size_t>(i), 'm')});
-  DatabaseReader source = tests::OpenWritten(tests::Written({table}));
+  DatabaseReader source = OpenWritten(Written({table}));
   EXPECT_EQ(source.Definition(*source.FindTable("T")).last_autonumber, 5000U);
-  const std::string bytes = tests::Copied(source, jet::file::Copying::kCompacted);
-  tests::ExpectSound(bytes);
-  DatabaseReader reader = tests::OpenWritten(bytes);
+  const std::string bytes = Copied(source, Copying::kCompacted);
+  ExpectSound(bytes);
+  DatabaseReader reader = OpenWritten(bytes);
   EXPECT_EQ(reader.Definition(*reader.FindTable("T")).last_autonumber, 600U);
   std::reverse(table.rows.begin(), table.rows.end());
-  EXPECT_EQ(tests::RowsOf(reader, "T"), table.rows);
+  EXPECT_EQ(RowsOf(reader, "T"), table.rows);
 }
 
 TEST(JetFileWriter, ATableMayBeChangedWhileTheRestIsCarried) {
   NewTable first = TableOf("Первая", {Column("A", ColumnType::kLong)});
   first.rows = {{StoredNumber(1)}};
-  first.properties = {{jet::file::properties::kOfColumn, "A", {{"Caption", 10, 0, "x"}}}};
+  first.properties = {{properties::kOfColumn, "A", {{"Caption", 10, 0, "x"}}}};
   NewTable second = TableOf("Вторая", {Column("B", ColumnType::kLong)});
   second.rows = {{StoredNumber(2)}};
-  DatabaseReader source = tests::OpenWritten(tests::Written({first, second}));
+  DatabaseReader source = OpenWritten(Written({first, second}));
 
   const auto target = std::make_shared<MemoryPageFile>();
-  jet::file::DatabaseWriter writer({target, "unused"}, source);
+  DatabaseWriter writer({target, "unused"}, source);
   const std::vector<StoredRow> changed = {{StoredNumber(7)}, {StoredNumber(8)}};
   for (const auto& object : source.Objects()) {
     if (object.name == "Первая") {
-      tests::RowsAtHand rows(changed);
+      RowsAtHand rows(changed);
       auto properties = first.properties;
       properties[0].properties[0].value = "y";
       writer.WriteTable({object.name, source.Definition(object), properties, 46000, &object}, rows);
     } else if (object.name == "Вторая") {
-      writer.CopyTable(object, jet::file::Copying::kAsItStands);
+      writer.CopyTable(object, Copying::kAsItStands);
     } else {
       writer.CarryObject(object);
     }
   }
   NewTable third = TableOf("Третья", {Column("C", ColumnType::kLong)});
-  tests::RowsAtHand none(third.rows);
+  RowsAtHand none(third.rows);
   writer.WriteTable({third.name, third.layout, {}, 46000}, none);
   writer.Finish();
 
-  tests::ExpectSound(target->bytes);
-  DatabaseReader reader = tests::OpenWritten(target->bytes);
-  EXPECT_EQ(tests::RowsOf(reader, "Первая"), changed);
-  EXPECT_EQ(tests::RowsOf(reader, "Вторая"), second.rows);
-  EXPECT_TRUE(tests::RowsOf(reader, "Третья").empty());
+  ExpectSound(target->bytes);
+  DatabaseReader reader = OpenWritten(target->bytes);
+  EXPECT_EQ(RowsOf(reader, "Первая"), changed);
+  EXPECT_EQ(RowsOf(reader, "Вторая"), second.rows);
+  EXPECT_TRUE(RowsOf(reader, "Третья").empty());
   const auto properties = reader.Properties(*reader.FindTable("Первая"));
   ASSERT_EQ(properties.size(), 1U);
   EXPECT_EQ(properties[0].properties[0].value, "y");
