@@ -164,11 +164,14 @@ ulimit -v 33554432 && exec "$@" """
 
 def passes(test, limit):
     as_root = [] if os.geteuid() == 0 else ["--map-root-user"]
-    result = run(["unshare", *as_root, "--mount", "--pid", "--fork", "--kill-child", "--mount-proc",
-                  "sh", "-c", FENCE, "sh", "ctest", "--test-dir", BUILD, "-R", f"^{test}$",
-                  "--timeout", str(limit), "--no-tests=error", "--output-on-failure"],
-                 env=dict(os.environ, GTEST_FAIL_FAST="1", LC_ALL="C.UTF-8"))
-    return result.returncode == 0, "Timeout" in result.stdout, result.stdout
+    try:
+        result = run(["unshare", *as_root, "--mount", "--pid", "--fork", "--kill-child",
+                      "--mount-proc", "sh", "-c", FENCE, "sh", "ctest", "--test-dir", BUILD,
+                      "-R", f"^{test}$", "--no-tests=error", "--output-on-failure"],
+                     env=dict(os.environ, GTEST_FAIL_FAST="1", LC_ALL="C.UTF-8"), timeout=limit)
+    except subprocess.TimeoutExpired:
+        return False, True, ""
+    return result.returncode == 0, False, result.stdout
 
 
 def fingerprint(programs):
