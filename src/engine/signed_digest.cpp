@@ -1,7 +1,6 @@
 #include "engine/signed_digest.h"
 
 #include <optional>
-#include <span>
 
 #include "engine/engine_texts.h"
 #include "engine/limits.h"
@@ -11,18 +10,16 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "foundation/utc_day.h"
+#include "packages/signature_name.h"
 #include "ports/clock.h"
 #include "ports/ports.h"
 #include "services/message_boxes.h"
 #include "services/run_log.h"
-#include "sha256/sha256.h"
 #include "signature/verification.h"
 #include "transfer/inet.h"
 
 namespace tmw {
 namespace {
-
-constexpr std::size_t kNamedDigits = 16;
 
 std::string JudgementOf(const signature::Verification& result, const std::string& url) {
   switch (result.verdict) {
@@ -113,13 +110,6 @@ class PairLoader {
 };
 
 }  // namespace
-
-std::string SignatureName(const std::string& digest_bytes) {
-  const std::string hash = sha256::CSHA256().SHA256(
-      std::span(reinterpret_cast<const std::uint8_t*>(digest_bytes.data()), digest_bytes.size()));
-  return std::string(names::kDigestFile) + "." + hash.substr(0, kNamedDigits) +
-         std::string(names::kSignatureEnding);
-}
 
 bool FetchSignedDigest(UpdaterEvents& events, const UpdateServers& servers,
                        const std::string& product_code,

@@ -13,9 +13,6 @@
 // "TMW_version.dat.<first 16 digits of the SHA-256>.minisig".
 namespace tmw {
 
-// The signature's file on the server for a digest with these bytes.
-std::string SignatureName(const std::string& digest_bytes);
-
 // Loads digest and signature from the first server, or both from the second one if the first pair
 // is not good, and judges what is signed. Nothing else is asked of the servers. local: where the
 // digest goes, and the signature behind it. Returns false if there is no good digest, which has

@@ -5,6 +5,7 @@
 #include "foundation/number_text.h"
 #include "foundation/text.h"
 #include "foundation/utc_day.h"
+#include "packages/hash_api.h"
 
 namespace tmw {
 namespace {
@@ -13,8 +14,6 @@ constexpr std::string_view kManifest = "manifest:";
 constexpr std::string_view kProduct = "product:";
 constexpr std::string_view kSerial = "serial:";
 constexpr std::string_view kExpires = "expires:";
-
-constexpr std::size_t kHashLength = 64;
 
 // What follows the name in each line that begins with it; the digest's first two lines are others.
 std::vector<std::string> ValuesOf(const std::vector<std::string>& lines, std::string_view name) {
@@ -45,9 +44,7 @@ std::optional<BoundPackage> ReadBoundPackage(const std::string& text) {
   const std::vector<std::string> fields = Split(text, "|");
   if (fields.size() != 2) return std::nullopt;
   const std::optional<std::int64_t> size = ReadWholeNumber(fields[0]);
-  const bool is_hash = fields[1].size() == kHashLength &&
-                       fields[1].find_first_not_of("0123456789abcdef") == std::string::npos;
-  if (!size || !is_hash) return std::nullopt;
+  if (!size || !IsHashText(fields[1])) return std::nullopt;
   return BoundPackage{*size, fields[1]};
 }
 

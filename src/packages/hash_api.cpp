@@ -55,4 +55,10 @@ std::string GetHashString(std::span<const std::uint8_t> bytes) try {
   ReRaiseError(kModule, "GetHashString");
 }
 
+bool IsHashText(std::string_view text) {
+  constexpr std::size_t kDigits = 64;
+  return text.size() == kDigits &&
+         text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
 }  // namespace tmw

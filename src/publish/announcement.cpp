@@ -8,6 +8,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
 #include "foundation/version.h"
+#include "packages/signature_name.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "publish/file_tree.h"
@@ -106,7 +107,7 @@ Announcement Place(const std::string& root, Digest digest, const Signer* signer,
     return {digest.version, {}, {}};
   }
   const std::string signature = signer->Sign(digest, bytes);
-  ReplaceFile(tmw::JoinPath(root, SignatureName(bytes)), signature);
+  ReplaceFile(tmw::JoinPath(root, tmw::SignatureName(bytes)), signature);
   ReplaceFile(file, bytes);
   ReplaceFile(file + std::string(tmw::names::kSignatureEnding), signature);
   return {digest.version, digest.signed_part, signer->KeyId()};

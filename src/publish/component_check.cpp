@@ -6,6 +6,7 @@
 #include "foundation/file_names.h"
 #include "foundation/file_utils.h"
 #include "foundation/path_guard.h"
+#include "packages/hash_api.h"
 #include "packages/rar_archive.h"
 #include "publish/fault_texts.h"
 #include "publish/file_tree.h"
@@ -72,7 +73,7 @@ std::optional<ReleaseImage> ComponentCheck::CheckFile(const FileRecord& file,
   const std::int32_t method = file.pack_method;
   if (method != kPlain && method != kIntegrity && method != kText)
     faults.Add(place, texts::kUnknownPackMethod, {std::to_string(method)});
-  if (!IsHash(file.hash)) faults.Add(place, texts::kNoHash);
+  if (!tmw::IsHashText(file.hash)) faults.Add(place, texts::kNoHash);
   const bool has_names = tmw::CheckRelativeName(file.server_name).IsAccepted() &&
                          tmw::CheckFileName(file.name).IsAccepted();
   if (!has_names) return std::nullopt;  // CheckManifest reports them

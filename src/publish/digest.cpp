@@ -11,6 +11,7 @@
 #include "foundation/text.h"
 #include "foundation/utc_day.h"
 #include "foundation/version.h"
+#include "packages/hash_api.h"
 #include "publish/fault_texts.h"
 #include "publish/release_names.h"
 
@@ -37,7 +38,7 @@ void ReadUpdaterLine(const std::string& line, Digest& digest, Faults& faults) {
   if (read.ec != std::errc() || read.ptr != size.data() + size.size() || length < 0)
     faults.Add(line, texts::kNoSize);
   file.length = length;
-  if (!IsHash(file.hash)) faults.Add(line, texts::kNoHash);
+  if (!tmw::IsHashText(file.hash)) faults.Add(line, texts::kNoHash);
   faults.Require(tmw::CheckFileName(file.name), line);
   if (!FitsAddresses(file.name)) faults.Add(line, texts::kFitsNoAddress);
   for (const UpdaterFile& other : digest.files) {
@@ -66,7 +67,7 @@ void ReadManifestLine(const std::vector<std::string>& lines, Digest& digest, Fau
   if (!value) return;
   const std::vector<std::string> fields = tmw::Split(*value, "|");
   const auto length = tmw::ReadWholeNumber(fields[0]);
-  if (fields.size() == 2 && length && IsHash(fields[1])) {
+  if (fields.size() == 2 && length && tmw::IsHashText(fields[1])) {
     digest.manifest = BoundManifest{*length, fields[1]};
   } else {
     faults.Add(kManifestLine + *value, texts::kNotSizeAndHash);
@@ -170,10 +171,6 @@ bool IsVersion(const std::string& text, int count) {
     if (number.empty() || number.find_first_not_of("0123456789") != std::string::npos) return false;
   }
   return found == count;
-}
-
-bool IsHash(const std::string& text) {
-  return text.size() == 64 && text.find_first_not_of("0123456789abcdef") == std::string::npos;
 }
 
 }  // namespace publish

@@ -54,7 +54,4 @@ std::vector<std::string> LinesOf(const std::string& text, const std::string& pla
 // Returns whether the text is exactly `count` decimal numbers with "." between them.
 bool IsVersion(const std::string& text, int count);
 
-// Returns whether the text is a hash as in manifest and digest: 64 lower-case hexadecimal digits.
-bool IsHash(const std::string& text);
-
 }  // namespace publish

@@ -18,7 +18,6 @@
 namespace publish {
 namespace {
 
-constexpr std::size_t kNamedDigits = 16;
 constexpr std::string_view kMark = "\xEF\xBB\xBF";
 
 std::string FirstLineOf(const std::string& file) {
@@ -116,12 +115,6 @@ signature::PublicKey ReadPublicKey(const std::string& text_or_file) {
     key = signature::ParsePublicKey(tmw::ReadFileBytes(text_or_file));
   if (!key) Raise(texts::kNoPublicKey, text_or_file);
   return *key;
-}
-
-std::string SignatureName(std::string_view digest_bytes) {
-  return std::string(tmw::names::kDigestFile) + "." +
-         HashOfBytes(digest_bytes).substr(0, kNamedDigits) +
-         std::string(tmw::names::kSignatureEnding);
 }
 
 std::int64_t Today() {

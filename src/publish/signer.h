@@ -52,9 +52,6 @@ KeyPair MakeKeys(const std::string& key_file, const std::optional<std::string>& 
 // Reads a public key, given as its text or as the name of its file. Raises if there is none.
 signature::PublicKey ReadPublicKey(const std::string& text_or_file);
 
-// The signature's file for a digest with these bytes; see docs/publishing.md.
-std::string SignatureName(std::string_view digest_bytes);
-
 // Today's day, UTC.
 std::int64_t Today();
 

@@ -7,6 +7,7 @@
 #include "foundation/file_utils.h"
 #include "foundation/text.h"
 #include "foundation/utc_day.h"
+#include "packages/signature_name.h"
 #include "publish/fault_texts.h"
 #include "publish/signer.h"
 #include "signature/verification.h"
@@ -65,7 +66,7 @@ void CheckSignedPart(const Digest& digest, const std::string& place, Faults& fau
 void CheckTrust(ReleaseSource& source, const std::string& bytes, const Digest& digest,
                 const signature::PublicKey& key, CheckedRelease& release, Faults& faults) {
   const std::string place(tmw::names::kDigestFile);
-  const std::string name = SignatureName(bytes);
+  const std::string name = tmw::SignatureName(bytes);
   std::string reason;
   const auto signature = FetchBytes(source, name, reason);
   if (!signature) {

@@ -1,6 +1,7 @@
 #include "engine/signed_digest.h"
 #include "engine/update_keys.h"
 #include "foundation/contract_names.h"
+#include "packages/signature_name.h"
 #include "signature/secret_key.h"
 #include "tests/engine/run_fixture.h"
 

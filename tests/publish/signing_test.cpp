@@ -5,6 +5,7 @@
 
 #include "foundation/program_error.h"
 #include "foundation/utc_day.h"
+#include "packages/signature_name.h"
 #include "publish/announcement.h"
 #include "publish/checker.h"
 #include "publish/file_tree.h"
@@ -59,7 +60,7 @@ class Signing : public testing::Test {
   }
 
   std::string SignatureFile() const {
-    return "server/" + publish::SignatureName(sandbox_.Read("server/TMW_version.dat"));
+    return "server/" + tmw::SignatureName(sandbox_.Read("server/TMW_version.dat"));
   }
 
   // Changes the digest and signs it with the key, as somebody may by hand.
