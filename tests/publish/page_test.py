@@ -23,37 +23,24 @@ def run(line, command):
     return result.returncode, result.stdout.replace("\r", "")
 
 
-def write(name, text, mode="w"):
-    if os.path.dirname(name):
-        os.makedirs(os.path.dirname(name), exist_ok=True)
-    with open(name, mode) as file:
+def write(name, text):
+    os.makedirs(os.path.dirname(os.path.abspath(name)), exist_ok=True)
+    with open(name, "w") as file:
         file.write(text)
 
 
-# The page's blocks, its addresses on this machine.
-ports = []
-for _ in range(2):
+# The page's addresses become addresses of this machine.
+mirrors = {}
+for mirror in "one", "two":
     with socket.socket() as free:
         free.bind(("127.0.0.1", 0))
-        ports.append(free.getsockname()[1])
-local = [(f"https://{name}.example", f"http://127.0.0.1:{port}") for name, port in zip(("one", "two"), ports)]
-blocks, opened = [], None
-for number, text in enumerate(open(page, encoding="utf-8"), 1):
-    if text.startswith("```"):
-        opened = None if opened else blocks.append((number, text[3:].strip(), [])) or blocks[-1]
-    elif opened:
-        opened[2].append(text)
-
-
-def here(lines):
-    text = "".join(lines)
-    for there, address in local:
-        text = text.replace(there, address)
-    return text
-
+        mirrors[mirror] = f"127.0.0.1:{free.getsockname()[1]}"
+text = re.sub(r"https://(one|two)\.example", lambda at: "http://" + mirrors[at[1]], open(page, encoding="utf-8").read())
+blocks = [(text[:at.start()].count("\n") + 1, at[1], at[2])
+          for at in re.finditer(r"^```(\w*)\n(.*?)^```$", text, re.M | re.S)]
 
 # What the page takes for granted.
-description = next(here(lines) for _, kind, lines in blocks if kind == "xml" and "<Release" in "".join(lines))
+description = next(block for _, kind, block in blocks if kind == "xml" and "<Release" in block)
 write("release.xml", description)
 write("newer.xml", description.replace("3.6.0.2", "3.6.0.3"))
 for name in ("tm/TmWebUpdate.exe", "tm/UnTmz.dll", "tm/Core.dll", "tm/Large.dll", "tm/Core.pdb", "tm/Schet.dll",
@@ -77,14 +64,14 @@ code, output = run(0, "tmpublish publish first.xml --product product --database 
                    "--output first && mkdir packed && cp first/TMW_3.6.0.2/files/tm/Large.dll.tmz packed/Large.rar")
 if code:
     fail(0, output)
-for mirror in "one", "two":
+for mirror in mirrors:
     os.makedirs(f"mirrors/{mirror}/tmw")
 
 
 def start_server(line, text):
     servers = ""
-    for mirror, port in zip(("one", "two"), ports):
-        mine = re.sub(r"ssl_.*;\n", "", text).replace("443 ssl", f"127.0.0.1:{port}")
+    for mirror, address in mirrors.items():
+        mine = re.sub(r"ssl_.*;\n", "", text).replace("443 ssl", address)
         servers += mine.replace("/srv/one", f"{work}/mirrors/{mirror}")
     folders = "".join(f"{kind}_temp_path {work}/{kind};" for kind in ("client_body", "proxy", "fastcgi", "uwsgi", "scgi"))
     write("nginx.conf", f"pid {work}/nginx.pid; error_log {work}/nginx.log; events {{}}\n"
@@ -92,12 +79,6 @@ def start_server(line, text):
     code, output = run(line, f"nginx -e {work}/nginx.log -p {work} -c {work}/nginx.conf")
     if code:
         fail(line, output)
-
-
-def check_endings(line, text):
-    for ending in "tmz", "dat", "minisig", "exe", "dll":
-        if f".{ending}" not in text:
-            fail(line, f"the configuration does not name .{ending}")
 
 
 def compare(line, text):
@@ -110,39 +91,34 @@ def compare(line, text):
 
 
 known = run(0, "tmpublish --help")[1]
-# The server comes first: the examples before its configuration ask it.
-order = sorted(blocks, key=lambda block: block[1] != "nginx")
 try:
-    done = 0
-    for line, kind, lines in order:
-        text = here(lines)
-        for option in re.findall(r"(?<= )--[a-z-]+", text):
-            if kind in ("sh", "console") and option not in known:
-                fail(line, f"there is no option {option}")
+    for option in re.findall(r"(?<=[ `\[])--[a-z-]+", text):
+        if option not in known:
+            fail(0, f"there is no option {option}")
+    # The server comes first: the examples before its configuration ask it.
+    for line, kind, block in sorted(blocks, key=lambda block: block[1] != "nginx"):
         if kind == "nginx":
-            start_server(line, text)
-        elif kind == "apache":
-            check_endings(line, text)
-        elif kind == "xml" and "<configuration" in text:
-            xml.dom.minidom.parseString(text)
-            check_endings(line, text)
-        elif kind == "sh" and "…" not in text:
-            code, output = run(line, text)
+            start_server(line, block)
+        elif kind == "apache" or "<configuration" in block:
+            if kind == "xml":
+                xml.dom.minidom.parseString(block)
+            for ending in ".tmz", ".dat", ".minisig", ".exe", ".dll":
+                if ending not in block:
+                    fail(line, f"the configuration does not name {ending}")
+        elif kind == "sh" and "…" not in block:
+            code, output = run(line, block)
             if code:
                 fail(line, f"exit code {code}\n{output}")
         elif kind == "console":
-            compare(line, text)
-        done += kind != ""
-    for option in re.findall(r"(?<=[ `\[])--[a-z-]+", open(page, encoding="utf-8").read()):
-        if option not in known:
-            fail(0, f"there is no option {option}")
+            compare(line, block)
     # The server hands out what it should, and as it should.
     for name, wanted in ("TMW_version.dat", "no-cache"), ("TMW_3.6.0.3/_DBUpdates.tmz", "immutable"):
-        if wanted not in run(0, f"curl -sI http://127.0.0.1:{ports[0]}/tmw/{name}")[1]:
+        if wanted not in run(0, f"curl -sI http://{mirrors['one']}/tmw/{name}")[1]:
             fail(0, f"{name} is not {wanted}")
-    if done < 10:
-        fail(0, f"only {done} blocks were found")
-    print(f"page_test: done, {done} blocks")
+    kinds = [kind for _, kind, _ in blocks]
+    if kinds.count("console") < 5 or not {"sh", "nginx", "apache", "xml"} <= set(kinds):
+        fail(0, f"blocks are missing: {kinds}")
+    print("page_test: done")
 finally:
     if os.path.exists("nginx.pid"):
         run(0, "kill $(cat nginx.pid)")

@@ -90,6 +90,10 @@ minisign -S -s other.key -m server/TMW_version.dat -x "server/$name" -t "by hand
 expect 0 "^trusted comment: by hand$" check server --key other.pub
 expect 0 '"serial":9,"expires":"2[0-9-]*","key":"[0-9A-F]{16}"' renew --output server --sign other.key --serial 9 --expires 20 --json
 expect 0 "^warning: TMW_version.dat: It expires on 2" check server --key other.pub
+for i in 1 2 3 4 5; do echo >product/$i.ocx; done
+sed 's|</Files>|<File Mask="*.ocx" IsCom="yes"/></Files>|' release.xml >com.xml
+expect 1 "^5 files, for example .* marks it as IsCom" "${publish[@]/release.xml/com.xml}" --replace
+rm product/*.ocx
 expect 1 "sign this one too" announce 3.6.0.3 --output server
 expect 1 "retract announces an older one" announce 3.6.0.2 --output server --sign maker.key
 expect 0 "^announced: 3.6.0.2$" retract --output server --sign maker.key
@@ -104,6 +108,16 @@ for wrong in "renew --output server" "publish release.xml --sign k --no-announce
 done
 expect 3 "" check server --key нет
 errors 'No public key, and no file of one: "нет"'
+# Nothing that is announced, newer or being replaced goes; what a killed run has left does.
+mkdir server/TMW_3.6.0.1 server/TMW_3.6.0.9 server/TMW_3.6.0.0.pruned
+ln -s "$work/product" server/TMW_3.5.0.0
+expect 0 "^removed: 3.6.0.1, bytes: 0$" prune --output server --keep 2
+[ "$(ls server | grep TMW_3)" = $'TMW_3.6.0.2\nTMW_3.6.0.3\nTMW_3.6.0.9' ] && [ -e product/Программа.exe ]
+flock --no-fork server/_Announcing.lock sleep 30 &
+until ! flock -n server/_Announcing.lock true; do sleep 0.1; done
+expect 3 "" prune --output server --keep 1
+errors "Another announcement is being made here"
+kill $! && rmdir server/TMW_3.6.0.9
 sed 's/3.6.0.3/3.6.0.4/' release.xml >newest.xml
 head -c 100M /dev/zero >product/large
 "$tmpublish" "${publish[@]/release.xml/newest.xml}" --sign maker.key 2>errors &
