@@ -5,7 +5,7 @@
 # Components: update (users), publish (the maker and whoever looks after databases).
 set(TMW_UPDATE_PROGRAMS TmWebUpdate TmSupport TmRollback)
 set(TMW_PUBLISH_PROGRAMS tmpublish jetsql)
-set(TMW_UPDATE_PAGES docs/locks.md docs/security.md docs/settings.md)
+set(TMW_UPDATE_PAGES docs/locks.md docs/rollback.md docs/security.md docs/settings.md)
 set(TMW_PUBLISH_PAGES docs/database_file.md docs/formats.md docs/jetsql.md docs/publishing.md
   docs/security.md)
 

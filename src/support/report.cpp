@@ -22,6 +22,8 @@
 #include "ports/ports.h"
 #include "ports/product_version.h"
 #include "ports/settings_store.h"
+#include "product/kept_list.h"
+#include "product/rollback_mark.h"
 #include "services/product_settings.h"
 #include "services/run_log.h"
 #include "support/support_texts.h"
@@ -116,6 +118,21 @@ std::string DatabaseLines() {
   return lines;
 }
 
+std::string WayBackLines() {
+  std::string reason;
+  std::string lines;
+  if (const auto list = tmw::TryReadKeptList(reason)) {
+    lines += Line(texts::Kept(list->OldVersion, list->NewVersion, list->Date, list->Files.size()));
+    if (list->Backup) lines += Line(list->Backup->Archive);
+  } else {
+    lines += Line(reason.empty() ? texts::kNothingKept : reason);
+  }
+  if (tmw::IsRollbackUnderWay()) lines += Line(texts::kRollbackUnderWay);
+  const std::string record = tmw::JoinPath(tmw::GetProductRootPath(), names::kRollbackRecord);
+  if (tmw::IsFileExists(record)) lines += texts::kLastRollback + tmw::ReadFileToString(record);
+  return lines;
+}
+
 std::string FileLine(const std::string& verdict, const std::string& path, const std::string& hash) {
   return Line(verdict + "\t" + path + "\t" + hash);
 }
@@ -172,7 +189,7 @@ std::string ListedLines(const std::string& root) {
 std::string MakeReport(const std::string& manifest) {
   return Section(texts::kProgram, ProgramLines) + Section(texts::kSettings, SettingsLines) +
          Section(texts::kSpace, SpaceLines) + Section(texts::kDatabase, DatabaseLines) +
-         Section(texts::kFiles, [&] {
+         Section(texts::kWayBack, WayBackLines) + Section(texts::kFiles, [&] {
            const std::string root = tmw::GetProductRootPath();
            return tmw::IsFileExists(manifest) ? ComparedLines(manifest, root) : ListedLines(root);
          });

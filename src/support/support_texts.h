@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "foundation/text.h"
@@ -40,6 +41,18 @@ inline constexpr const char* kSettings = "Настройки";
 inline constexpr const char* kSpace = "Свободное место, байт";
 inline constexpr const char* kDatabase = "База данных";
 inline constexpr const char* kFiles = "Файлы программы";
+inline constexpr const char* kWayBack = "Возврат к предыдущей версии";
+inline constexpr const char* kNothingKept = "Предыдущая версия не сохранена";
+inline constexpr const char* kRollbackUnderWay = "Возврат начат и не завершен";
+inline constexpr const char* kLastRollback = "Последний возврат: ";
+
+// Of the list of kept files.
+inline std::string Kept(const std::string& old_version, const std::string& new_version,
+                        const std::string& date, std::size_t files) {
+  return "Сохранена версия " + old_version + " (до обновления до " + new_version + "), " + date +
+         ", файлов: " + std::to_string(files);
+}
+
 inline constexpr const char* kBuild = "Сборка: ";
 inline constexpr const char* kProductVersion = "Версия программы \"Tamrin\": ";
 inline constexpr const char* kUnknown = "неизвестна";

@@ -77,12 +77,16 @@ TEST_F(SupportBundle, ReportsTheInstallationWithoutPasswordsAndBooks) {
                          "\"/><File OrigName=\"other.dll\" Hash=\"00\"/>"
                          "<File OrigName=\"gone.dll\" Hash=\"00\"/></Folder></Files>"
                          "</KSUpdateManifest>");
+  sandbox_.Write("root/TMW_LastRollback.txt",
+                 "\xEF\xBB\xBF"
+                 "2026-11-22|3.6.2.1|3.6.0.4|\r\n");
   const std::string report = support::MakeReport(manifest);
   for (const char* const line :
        {"\r\n  SOFTWARE\\Kestrel Soft\\Tamrin\\AutoUpdate\\ProxyServer = \"u:***@proxy:3128\"\r\n",
         "\\ProxyType = 3\r\n", "\\NoFtp = не задан\r\n", "\r\nВерсия: 3.6.117\r\n",
-        "\r\n  Книги: 1\r\n", "\r\n3.6.0.2\r\nсовпадает\t", "same.dll\t", "\r\nотличается\t",
-        "other.dll\t", "\r\nотсутствует\t"}) {
+        "\r\n  Книги: 1\r\n", "\r\nПоследний возврат: 2026-11-22|3.6.2.1|3.6.0.4|\r\n",
+        "\r\n3.6.0.2\r\nсовпадает\t", "same.dll\t", "\r\nотличается\t", "other.dll\t",
+        "\r\nотсутствует\t"}) {
     EXPECT_NE(report.find(line), std::string::npos) << line << "\n" << report;
   }
   for (const char* const secret : {"тайна", "Секрет", "Не удалось"})
