@@ -82,7 +82,8 @@ def check_quotes():
 def check_links():
     pages = [TOP / "README.md", TOP / "CONTRIBUTING.md", *TOP.glob("docs/**/*.md")]
     for page in pages:
-        for target in re.findall(r"\]\(([^)#:]+)[^)]*\)", page.read_text()):
+        text = re.sub(r"```.*?```|`[^`\n]*`", "", page.read_text(), flags=re.S)
+        for target in re.findall(r"\]\(([^)#:]+)[^)]*\)", text):
             if not (page.parent / target).exists():
                 failures.append(f"{page.relative_to(TOP)}: there is no {target}")
 
