@@ -61,16 +61,17 @@ VIAddVersionKey /LANG=1049 ProductVersion "${VERSION}"
   ${EndIf}
 !macroend
 
+Var installed ; the folder of an installed version
+
 Function .onInit
   SetRegView ${VIEW}
   SetShellVarContext all
   !insertmacro RefuseWhileRunning
   ; An installed version is replaced where it lies.
+  ReadRegStr $installed HKLM "${ENTRY}" InstallLocation
   ${If} $INSTDIR == "${PROGRAMS}\${MAKER}\Tamrin Update"
-    ReadRegStr $0 HKLM "${ENTRY}" InstallLocation
-    ${If} $0 != ""
-      StrCpy $INSTDIR $0
-    ${EndIf}
+  ${AndIf} $installed != ""
+    StrCpy $INSTDIR $installed
   ${EndIf}
 FunctionEnd
 
@@ -81,6 +82,11 @@ Function un.onInit
 FunctionEnd
 
 Section
+  ; Removed first, so that no file of another version stays.
+  ${If} $installed != ""
+  ${AndIf} ${FileExists} "$installed\uninstall.exe"
+    ExecWait '"$installed\uninstall.exe" /S _?=$installed'
+  ${EndIf}
   SetOutPath "$INSTDIR\docs"
   File /r "${STAGE}/docs/*"
   SetOutPath "$INSTDIR"
