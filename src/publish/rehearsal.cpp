@@ -45,6 +45,10 @@ std::int64_t Now() {
   return ports::CurrentPorts().clock->TickCount();
 }
 
+std::unique_ptr<ports::Database> OpenBuilt(const std::string& path) {
+  return ports::CurrentPorts().database->OpenDatabase(path, true, true);
+}
+
 // Copies a database that others may have open, but none of them exclusively.
 bool CopyDatabase(const std::string& file, const std::string& copy, Faults& faults) {
   if (!tmw::IsFileExists(file)) {
@@ -145,7 +149,7 @@ class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
     std::unique_ptr<ports::Database> database;
     const char* text = texts::kNotOpened;
     try {
-      database = ports::CurrentPorts().database->OpenDatabase(copy, true, true);
+      database = OpenBuilt(copy);
       text = texts::kNoVersionOf;
       const tmw::DbVersion version = tmw::GetDataBaseVersion(*database);
       tried_.old_version = tmw::DbVersionText(version);
@@ -232,7 +236,8 @@ class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
       return;
     }
     ScriptRun& script = tried_.scripts.back();
-    if (!failed_ || reason.find(failed_->Description) == std::string::npos) {
+    if (!failed_ || script.passed_over.empty() ||
+        reason.find(failed_->Description) == std::string::npos) {
       Blame(texts::kScriptFails, {script.file, Cleaned(reason.substr(script_fails.size()))});
       return;
     }
@@ -245,9 +250,8 @@ class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
   }
 
   void Compare(const std::string& reference_file, const std::string& working_file) {
-    ports::DatabaseEngine& engine = *ports::CurrentPorts().database;
-    const auto reference = engine.OpenDatabase(reference_file, true, true);
-    const auto working = engine.OpenDatabase(working_file, true, true);
+    const auto reference = OpenBuilt(reference_file);
+    const auto working = OpenBuilt(working_file);
     tried_.new_version = tmw::DbVersionText(tmw::GetDataBaseVersion(*working));
     std::size_t faulty = 0;
     for (tmw::StructureDifference& difference : tmw::CompareStructures(*reference, *working)) {
