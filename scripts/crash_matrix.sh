@@ -14,7 +14,7 @@
 #     --bin FOLDER  the programs to try; without it those of linux-release, built first
 set -euo pipefail
 cd "$(dirname "$0")/.."
-programs="TmWebUpdate companion jetsql newer_updater tmpublish"
+programs="TmWebUpdate TmRollback companion jetsql newer_updater tmpublish"
 if [[ " $* " != *" --bin "* ]]; then
   TMW_TARGETS=$programs scripts/build.sh linux-release
   set -- --bin build/linux-release/bin "$@"

@@ -11,8 +11,9 @@ KEPT = "product/Предыдущая версия/"  # what an update has replac
 REFERENCE = "product/db/Tamrin_LastVer.mdb"
 UPDATER = ("product/tm/TmWebUpdate", "product/tm/UnTmz.so")
 # Files that only the updater knows, and endings of what it has not finished.
-OWN_FILES = ("product/TMW_Installing.txt", "product/TmWebUpdate.lock", "product/TmWebUpdate.serial")
-UNFINISHED = (".copying", ".tmp", ".new", "/TmWebUpdate.probe")
+OWN_FILES = ("product/TMW_Installing.txt", "product/TmWebUpdate.lock", "product/TmWebUpdate.serial",
+             "product/TMW_Rollback.txt", "product/TMW_LastRollback.txt")
+UNFINISHED = (".copying", ".tmp", ".new", ".unpacking", "/TmWebUpdate.probe")
 
 
 def files(home: Path, rights):
@@ -21,8 +22,11 @@ def files(home: Path, rights):
     for top in ("product", "registered", "tmp"):
         for path in (home / top).rglob("*"):
             name = re.sub(f"^{KEPT}\\d+", KEPT + "N", str(path.relative_to(home)))
+            name = re.sub(r"\d{4}-\d\d-\d\d \d\d-\d\d-\d\d", "DATE", name)
             kind = oct(path.lstat().st_mode & (0o170000 | rights))
             content = path.read_bytes() if path.is_file() else b""
+            if name in OWN_FILES:
+                content = b""
             if name == KEPT + "TMW_Kept.txt":
                 content = b"\n".join(kept(home, content))
             facts[name] = kind, hashlib.sha256(content).hexdigest()
@@ -62,8 +66,8 @@ class Judge:
 
     rights = 0o7777  # to be compared
 
-    def __init__(self, made: world.World, before: Path, after: Path):
-        self.world = made
+    def __init__(self, made: world.World, before: Path, after: Path, codes):
+        self.world, self.codes = made, codes  # of a run that mends, or has nothing to mend
         self.known = {}  # the text of databases by their hash
         self.before, self.after = files(before, self.rights), files(after, self.rights)
         self.old_tables, self.new_tables = self._tables(before / DATABASE), self._tables(after / DATABASE)
@@ -82,7 +86,9 @@ class Judge:
         return self.known[key]
 
     def _backups(self, home):
-        return {path: world.backup(path) for path in (home / "product/db").glob("*.zip")}
+        folder = home / "product/db"
+        return {path: world.backup(path) for path in folder.glob("*.zip")} | \
+            {path: path.read_bytes() for path in folder.glob("Tamrin (*).mdb")}
 
     def stopped(self, home):
         """What is lost and what is torn at this moment."""
@@ -112,7 +118,7 @@ class Judge:
 
     def mended(self, home, code, shown):
         """What differs from the end of an undisturbed run, further backups excepted."""
-        faults = [] if code == 0 else [f"exit code {code}: {shown[-600:]}"]
+        faults = [] if code in self.codes else [f"exit code {code}: {shown[-600:]}"]
         if self._tables(home / DATABASE) != self.new_tables:
             faults.append("the database differs")
         if self._tables(home / REFERENCE) != self.reference[1]:

@@ -129,7 +129,7 @@ def stop(home, link, call, number, how):
                "-e", f"trace={call.name},clock_nanosleep,nanosleep", *NO_WAITS,
                "-e", f"inject={call.name}:{how}:when={number}"]
     _start(home, link.command, options, member=True)
-    first, count, turns = None, 0, {}
+    first, count, near, turns = None, 0, 0, {}
     for process, name, arguments, result in _events(trace):
         first = first or process
         if process != first or name != call.name:
@@ -139,10 +139,10 @@ def stop(home, link, call, number, how):
         turns[path] = turns.get(path, 0) + (0 if result.startswith("-1") and "INJ" not in result else 1)
         if count == number:
             has_met = result == "?" if is_kill else "INJECTED" in result
-            return (path, turns[path]) if has_met else None, number + 1
-        if (path, turns[path]) == (call.path, call.turn):
-            return None, count
-    return None, number - 1
+            return (path, turns[path]) if has_met else None, near or number + 3
+        if path == call.path and turns[path] <= call.turn:
+            near = count
+    return None, near or number - 1
 
 
 def explore(start, command, home, folder):

@@ -4,10 +4,13 @@ A home is one folder with everything that an installation has: the product and i
 folder for temporary files, the log, the locks and what registered libraries have left.
 """
 
+import hashlib
 import os
+import re
 import shutil
 import socket
 import subprocess
+import time
 import zipfile
 from pathlib import Path
 
@@ -62,6 +65,7 @@ RELEASE = """<?xml version="1.0" encoding="utf-8"?>
     <File Mask="*.ocx" IsCom="yes"/>
     <File Mask="Tamrin" Executable="yes"/>
     <File Mask="TmWebUpdate" Executable="yes"/>
+    <File Mask="TmRollback" Executable="yes"/>
   </Files>
   <Database><Dict Mask="Ставки"/><User Mask="Документы"/></Database>
 </Release>
@@ -128,7 +132,8 @@ class World:
         (folder / "tm/Tamrin").write_text(f"#!/bin/sh\n# {version}\n")
         (folder / "tm/Tamrin").chmod(0o755)
         call("strip", "-o", folder / "tm/TmWebUpdate", updater)
-        call("strip", "-o", folder / "tm/UnTmz.so", programs / "UnTmz.so")
+        for name in ("TmRollback", "UnTmz.so"):
+            call("strip", "-o", folder / "tm" / name, programs / name)
 
     def _make_database(self, file, numbers):
         call(self.jetsql, "create", file)
@@ -171,6 +176,7 @@ class World:
             except OSError:
                 if self.server.poll() is not None:
                     break
+                time.sleep(0.05)
         raise SystemExit("nginx does not answer: " + (self.folder / "error.log").read_text())
 
     def close(self):
@@ -191,6 +197,13 @@ def fill(home: Path, state: Path):
         shutil.rmtree(home)
     shutil.copytree(state, home, symlinks=True)
     (home / "machine.reg").write_text(SETTINGS.format(home=home, version=OLD))
+    kept = home / "product/Предыдущая версия/TMW_Kept.txt"
+    if kept.exists():  # it knows where the product stood
+        text = kept.read_bytes().rpartition(b"end|")[0]
+        root = re.search(rb"root\|(.*)/product\r\n", text)[1]
+        text = text.replace(root, bytes(home))
+        digest = hashlib.sha256(text[3:]).hexdigest()  # behind the mark of UTF-8
+        kept.write_bytes(text + f"end|{digest}\r\n".encode())
 
 
 def environment(home: Path):
