@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/signed_digest.h"
+#include "packages/signature_name.h"
 #include "signature/secret_key.h"
 #include "tests/engine/database_run_fixture.h"
 #include "tests/transfer/download_fixture.h"
