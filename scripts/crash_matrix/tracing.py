@@ -121,15 +121,16 @@ def run(home, command):
 def stop(home, link, call, number, how):
     """Runs a link and all that follows it, with a signal or an error at a call of that number.
 
-    Returns the path and the turn of the call that it met, if it met one, and the number to try next
-    if it was not the one wanted: a download may come in other pieces than when it was recorded."""
+    Returns the path and the turn of the call that it met, if it met one, the number that the wanted
+    call had in this run, if it came, and that of the last one before it with the same path: a
+    download may come in other pieces than when it was recorded."""
     trace = home.parent / f"{home.name}.trace"
     is_kill = how.startswith("signal")
     options = [*([] if is_kill else [QUICK]), "-y", "-o", trace,
                "-e", f"trace={call.name},clock_nanosleep,nanosleep", *NO_WAITS,
                "-e", f"inject={call.name}:{how}:when={number}"]
     _start(home, link.command, options, member=True)
-    first, count, near, turns = None, 0, 0, {}
+    first, count, exact, near, turns = None, 0, 0, 0, {}
     for process, name, arguments, result in _events(trace):
         first = first or process
         if process != first or name != call.name:
@@ -139,10 +140,11 @@ def stop(home, link, call, number, how):
         turns[path] = turns.get(path, 0) + (0 if result.startswith("-1") and "INJ" not in result else 1)
         if count == number:
             has_met = result == "?" if is_kill else "INJECTED" in result
-            return (path, turns[path]) if has_met else None, near or number + 3
-        if path == call.path and turns[path] <= call.turn:
+            return (path, turns[path]) if has_met else None, exact, near
+        if path == call.path:
             near = count
-    return None, near or number - 1
+            exact = count if turns[path] == call.turn else exact
+    return None, exact, near
 
 
 def explore(start, command, home, folder):
