@@ -10,7 +10,7 @@
 #include "ports/host.h"
 #include "ports/ports.h"
 
-// One operation of the packages room a run, for packages_bench.sh to time. Prints the peak of the
+// One operation of the packages room a run, for run.py to time. Prints the peak of the
 // process's memory.
 namespace {
 
