@@ -28,8 +28,8 @@ const char* PlacesOf(const std::string& cause) {
   const auto is_one_of = [&](std::initializer_list<std::string_view> causes) {
     return std::find(causes.begin(), causes.end(), cause) != causes.end();
   };
-  if (is_one_of({texts::kUnknownKind, texts::kNotImported, texts::kTableTwice, texts::kVersionTable,
-                 texts::kFileOfTable}))
+  if (is_one_of({texts::kUnknownKind, texts::kBecomesDictionary, texts::kNotImported,
+                 texts::kTableTwice, texts::kVersionTable, texts::kFileOfTable}))
     return texts::kTablesOfCause;
   const bool is_of_lines = is_one_of(
       {texts::kUnknownAttribute, texts::kUnknownElement, texts::kMissing, texts::kNoTruth,

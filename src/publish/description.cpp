@@ -199,12 +199,15 @@ class Reader {
     if (!oldest.empty() && !IsVersion(oldest, 3)) Blame(database, "From", texts::kMustBeNumbers[3]);
     for (const auto& child : database.children) {
       if (child->kind != tmw::XmlNodeKind::kElement) continue;
-      ExpectAttributes(*child, {"Mask", "Optional"});
-      const TableKind kind = child->name == "Dict"   ? TableKind::kDictionary
+      const bool is_dictionary = child->name == "Dict";
+      ExpectAttributes(*child, is_dictionary ? Names{"Mask", "Optional", "TakesOver"}
+                                             : Names{"Mask", "Optional"});
+      const TableKind kind = is_dictionary           ? TableKind::kDictionary
                              : child->name == "User" ? TableKind::kUser
                                                      : TableKind::kSkipped;
       result_.tables.push_back({kind, Needed(*child, "Mask"), PlaceOf(*child, "Mask"),
-                                Truth(*child, "Optional").value_or(false)});
+                                Truth(*child, "Optional").value_or(false),
+                                is_dictionary && Truth(*child, "TakesOver").value_or(false)});
     }
   }
 

@@ -39,6 +39,7 @@ struct TableRule {
   std::string mask;
   std::string place;  // the line
   bool is_optional = false;
+  bool takes_over = false;  // a dictionary may replace what has been a user's table
 };
 
 struct Description {

@@ -201,6 +201,11 @@ inline constexpr const char* kSameStart = "Starts from %1, as %2 does.";
 inline constexpr const char* kGap = "No script leads on from version %1 to %2.";
 
 // The tables of the reference database and their texts.
+inline constexpr const char* kBecomesDictionary =
+    "In the announced release %1 it is a user's table, and as a dictionary it would replace the "
+    "user's rows; TakesOver=\"yes\" of its Dict says that this is meant.";
+inline constexpr const char* kMoves =
+    "In the announced release %1 it lies in %2, where the old file will stay.";
 inline constexpr const char* kUnknownKind =
     "The description does not say what kind of table it is.";
 inline constexpr const char* kMatchesNoTable =

@@ -25,6 +25,7 @@
 #include "publish/release_source.h"
 #include "publish/scripts.h"
 #include "publish/server_lines.h"
+#include "publish/succession.h"
 #include "publish/tables.h"
 #include "tools/fill.h"
 #include "tools/tools_texts.h"
@@ -168,6 +169,11 @@ PublishedRelease Publish(const PublishOptions& options, tools::Progress& progres
   CheckChain(scripts, description.oldest_database, description.version, faults);
   ReferenceTables reference(options.database);
   std::vector<TableRecord> tables = reference.Choose(description, faults);
+  Manifest lists;
+  lists.tables = tables;
+  for (const ProductFile& file : files)
+    lists.files.push_back(file.record);
+  CheckSuccession(root, lists, description, faults);
   const std::string place = tmw::JoinPath(root, ReleaseFolder(description.version));
   if (!options.may_replace && tmw::IsFolderExists(place) && IsAnnounced(root, description.version))
     faults.Add(place, texts::kPublishedAlready);

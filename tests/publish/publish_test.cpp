@@ -175,6 +175,28 @@ TEST(Publish, FaultyInputIsRefusedByName) {
   }
 }
 
+TEST(Publish, WhatTheAnnouncedReleaseHasOtherwiseIsNoticed) {
+  const Sandbox sandbox;
+  Sample sample(sandbox);
+  ASSERT_EQ(sample.Publish(), Log{});
+  sample.Describe("Version=\"3.6.0.2", "Version=\"3.6.0.3");
+  sample.Describe("<User Mask=\"Документы\"/>", "");
+  sample.Describe("{p}Help", "{p}Hepl");
+  const std::string refused = "Документы: In the announced release 3.6.0.2 it is a user's table";
+  const Log faults = sample.Publish();
+  EXPECT_TRUE(faults.size() == 1 && HasFault(faults, refused)) << testing::PrintToString(faults);
+  sample.Describe("<Dict Mask=\"*\"", "<Dict Mask=\"*\" TakesOver=\"yes\"");
+  sandbox.Write("release.xml", sample.description);
+  tools::Progress progress(false);
+  publish::Faults found;
+  publish::Publish(sample.options, progress, found);
+  ASSERT_EQ(found.All().size(), 0U);
+  ASSERT_EQ(found.Warnings().size(), 3U);
+  EXPECT_EQ(found.Warnings()[1].place, "{p}Hepl empty");
+  EXPECT_EQ(found.Warnings()[1].text,
+            "In the announced release 3.6.0.2 it lies in {p}Help, where the old file will stay.");
+}
+
 TEST(Publish, AReadyMadePackageIsTakenAsItIs) {
   const Sandbox sandbox;
   Sample sample(sandbox);
