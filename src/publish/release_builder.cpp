@@ -105,7 +105,7 @@ PackageRecord ReleaseBuilder::PackAlone(const std::string& server_name, const En
     job.length = tmw::GetFileLength(job.source);
     job.hash = HashOfFile(job.source);
     job.most_bytes = packing::StoredSize(description_.format, FactsOf(job.name), job.length);
-    if (PackShorter(job, path, false, tmw::JoinPath(work_, "alone"), faults))
+    if (PackShorter(job, path, false, tmw::JoinPath(work_, "p" + server_name), faults))
       return {server_name, tmw::GetFileLength(path), HashOfFile(path)};
   }
   return PackTogether(server_name, {entry});
@@ -121,7 +121,8 @@ bool ReleaseBuilder::PackShorter(const PackJob& job, const std::string& target, 
   } else if (archive) {
     tmw::MoveFile(*archive, target);
   }
-  RemoveTree(scratch);
+  // The system may hold the archiver's folder for a moment; all of it goes with the work folder.
+  tmw::DeleteFolderTree(scratch);
   return archive.has_value();
 }
 

@@ -122,7 +122,7 @@ class WindowsProcesses final : public ports::Processes {
       record.hStdOutput = output.Get();
       record.hStdError = output.Get();
       job.Reset(CreateJobObjectW(nullptr, nullptr));
-      flags |= CREATE_SUSPENDED | CREATE_NO_WINDOW;
+      flags |= CREATE_SUSPENDED;
     }
     const std::wstring program = ToWide(request.program);
     std::wstring command_line = ToWide(request.command_line);
