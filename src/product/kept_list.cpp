@@ -226,4 +226,8 @@ void RemoveKept() {
   DeleteFolderTree(KeptRoot());
 }
 
+void RemoveUnlisted() {
+  if (!IsFileExists(ListPath())) DeleteFolderTree(KeptRoot());
+}
+
 }  // namespace tmw

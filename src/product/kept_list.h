@@ -86,4 +86,8 @@ void WriteKeptList(const KeptList& list);
 // the folder is replaced by the next update.
 void RemoveKept();
 
+// Deletes a folder that no list goes with: its removal was interrupted, or an update that did not
+// get so far has left it.
+void RemoveUnlisted();
+
 }  // namespace tmw

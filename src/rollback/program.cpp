@@ -159,8 +159,7 @@ RunOutcome BringBackInWindow(const Wishes& wishes) {
 
 RunOutcome Work(const Options& options) {
   if (IsNetworkInstallation()) return Refuse(texts::kNetworkInstallation);
-  std::string reason;
-  if (!tmw::IsRollbackUnderWay() && !tmw::TryReadKeptList(reason) && reason.empty())
+  if (!tmw::IsRollbackUnderWay() && !tmw::IsFolderExists(tmw::KeptRoot()))
     return Refuse(texts::kNothingKept);
   if (!WaitForOthersAndLock()) return RunOutcome::kRefused;
   if (!tmw::RunsInWorkingPlace(WorkingPlace())) return GoOnAsCopy();

@@ -146,7 +146,10 @@ inline std::string LeftInPlace(const std::vector<std::string>& files) {
 }
 
 inline std::string NotRegistered(const std::vector<std::string>& reasons) {
-  return "Не удалось зарегистрировать компоненты:" + kBreak + tmw::Joined(reasons, kBreak);
+  return "Не удалось зарегистрировать компоненты:" + kBreak + tmw::Joined(reasons, kBreak) +
+         kBreak + kBreak +
+         "Завершить возврат без их регистрации? Если ответить \"Нет\", ее повторит следующий запуск "
+         "этой программы.";
 }
 
 inline constexpr const char* kUnfinished =

@@ -92,25 +92,24 @@ void TidyUp(const std::optional<tmw::KeptList>& list, const std::string& set_asi
 }
 
 void ShowEnd(const tmw::KeptList& list, const std::vector<std::string>& left,
-             const std::vector<std::string>& reasons, const std::string& set_aside, bool is_quiet) {
+             const std::string& set_aside, bool is_quiet) {
+  if (is_quiet && left.empty()) return;
   std::string text = texts::Done(list.OldVersion);
   if (!set_aside.empty() && tmw::IsFileExists(set_aside))
     text += texts::kBreak + texts::SetAside(set_aside);
   if (!left.empty()) text += texts::kBreak + texts::LeftInPlace(left);
-  if (!reasons.empty()) {
-    tmw::ShowWarning(texts::kTitle,
-                     text + texts::kBreak + texts::kBreak + texts::NotRegistered(reasons),
-                     tmw::FailureKind::kRegistration);
-  } else if (!is_quiet || !left.empty()) {
-    tmw::ShowInformation(texts::kTitle, text);
-  }
+  tmw::ShowInformation(texts::kTitle, text);
 }
 
-void TakeSteps(const tmw::KeptList& list, const tmw::RollbackMark& mark, bool is_quiet,
+// Returns false if components could not be registered and the user does not want to go on without:
+// the next rollback tries again.
+bool TakeSteps(const tmw::KeptList& list, const tmw::RollbackMark& mark, bool is_quiet,
                tmw::UpdaterEvents& events) {
   RestoreFiles(list, Group::kProgram, events);
   if (!mark.SetAside.empty()) ExchangeBooks(*list.Backup, mark.SetAside, events);
   const std::vector<std::string> reasons = RegisterRestored(list, events);
+  if (!reasons.empty() && !tmw::AskQuestion(texts::kTitle, texts::NotRegistered(reasons)))
+    return false;
   std::vector<std::string> left = RemoveAdded(list, Group::kProgram);
   RestoreFiles(list, Group::kDatabase, events);
   for (std::string& path : RemoveAdded(list, Group::kDatabase))
@@ -118,7 +117,8 @@ void TakeSteps(const tmw::KeptList& list, const tmw::RollbackMark& mark, bool is
   RestoreFiles(list, Group::kOwnFiles, events);
   tmw::WriteRollbackMark({mark.SetAside, true});
   TidyUp(list, mark.SetAside);
-  ShowEnd(list, left, reasons, mark.SetAside, is_quiet);
+  ShowEnd(list, left, mark.SetAside, is_quiet);
+  return true;
 }
 
 // The decision of now or, if a rollback was interrupted, of then. Nothing if there is to be none.
@@ -148,6 +148,7 @@ RunOutcome TidyUpOnly(const tmw::RollbackMark& mark) {
 RunOutcome BringBack(const Wishes& wishes, tmw::UpdaterEvents& events,
                      const std::function<void()>& on_denied) {
   std::optional<tmw::RollbackMark> mark = tmw::ReadRollbackMark();
+  if (!tmw::IsRollbackUnderWay()) tmw::RemoveUnlisted();
   if (mark && !wishes.IsConfirmed && !wishes.Finishes &&
       !tmw::AskQuestion(texts::kTitle, texts::kFinishQuestion))
     return RunOutcome::kRefused;
@@ -180,8 +181,8 @@ RunOutcome BringBack(const Wishes& wishes, tmw::UpdaterEvents& events,
   events.OnSetButtonMode(0);
   const auto awake = ports::CurrentPorts().power->KeepAwake(texts::kTitle, texts::kBusy);
   tmw::WriteRollbackMark(*mark);
-  TakeSteps(list, *mark, wishes.IsConfirmed, events);
-  return RunOutcome::kDone;
+  return TakeSteps(list, *mark, wishes.IsConfirmed, events) ? RunOutcome::kDone
+                                                            : RunOutcome::kFailed;
 }
 
 RunOutcome Rehearse(const Wishes& wishes, tmw::UpdaterEvents& events, std::string& report) {

@@ -175,18 +175,21 @@ TEST_F(RollbackTest, NothingIsTouchedUnlessAllThatIsKeptIsWhole) {
 TEST_F(RollbackTest, WhicheverChangeFailsTheBooksAreWholeAndTheNextRollbackFinishes) {
   constexpr std::size_t kStep = kOnWindows ? 9 : 1;
   ASSERT_TRUE(Update());
-  const Sandbox updated;
-  fs::copy(ToPath(Path("")), ToPath(updated.Path()), fs::copy_options::recursive);
+  const auto copy_all = [&](const std::string& from, const std::string& to) {
+    for (const std::string folder : {"Продукт", "db", "tmp"}) {
+      fs::remove_all(ToPath(Path(to + folder)));
+      fs::create_directories(ToPath(Path(to + folder)));
+      fs::copy(ToPath(Path(from + folder)), ToPath(Path(to + folder)), fs::copy_options::recursive);
+    }
+  };
+  copy_all("", "updated/");
   const std::string present = sandbox_.Read("db/Tamrin.mdb");
   for (const bool once : {false, true}) {
     bool has_failed = true;
     for (std::size_t allowed = 0; has_failed; allowed += kStep) {
       ASSERT_LT(allowed, 300U);
       EndFaults();
-      for (const char* const folder : {"Продукт", "db", "tmp"}) {
-        fs::remove_all(ToPath(Path(folder)));
-        fs::copy(ToPath(updated.Path(folder)), ToPath(Path(folder)), fs::copy_options::recursive);
-      }
+      copy_all("updated/", "");
       disk_->fails_once = once;
       disk_->changes_left = allowed;
       RollBack();
