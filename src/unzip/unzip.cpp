@@ -121,8 +121,9 @@ const char* Unpack(const std::string& archive, const UnpackedBytes& take) {
   if (!count || count.value != sizeof header) return unzip_texts::kNotRead;
   if (std::string_view(reinterpret_cast<const char*>(header), 4) != "PK\x03\x04")
     return unzip_texts::kDamaged;
-  const std::uint64_t begin =
-      entry.Offset + kLocalLength + header[26] + header[27] * 256U + header[28] + header[29] * 256U;
+  const std::uint64_t begin = entry.Offset + kLocalLength + header[26] +
+                              header[27] * std::uint64_t{256} + header[28] +
+                              header[29] * std::uint64_t{256};
   PackedBytes packed(*opened.value, begin, entry.PackedLength);
   CheckedOutput output(entry, take);
   const char* why = unzip_texts::kUnknownMethod;
