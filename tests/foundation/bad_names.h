@@ -35,8 +35,8 @@ inline const Refused kBadNames[] = {
     {"в нём есть управляющий символ.",
      {std::string("a\0.dll", 6), std::string(1, '\0'), "a\x01", "a\tb", "a\r\nb", "a\x1F", "a\x7F",
       "a\u0085b"}},
-    // NOLINTNEXTLINE(misc-misleading-bidirectional): this is what is refused
     {"в нём есть невидимый символ.",
+     // NOLINTNEXTLINE(misc-misleading-bidirectional): this is what is refused
      {"a\u202Egpj.exe", "a\u200B.dll", "\uFEFFa.dll", "a\u200F", "a\u2066b\u2069", "\u061Ca"}},
     {"в нём есть один из символов < > \" | ? *.", {"a<b", "a>b", "a\"b", "a|b", "a?b", "*.dll"}},
     {"это не текст в кодировке UTF-8.",
