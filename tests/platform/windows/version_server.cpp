@@ -25,11 +25,11 @@ platform::ComPointer<ServedObject> MakeVersionInfo() {
 }  // namespace
 
 const std::vector<ServedComponent>& ServedComponents() {
-  static const std::vector<ServedComponent> components = {
+  static const std::vector<ServedComponent> kComponents = {
       {L"Tm_Version.VersionInfo",
        {0x1d9e7a30, 0x4c62, 0x4f8d, {0xb5, 0x0e, 0x73, 0xc8, 0x21, 0x96, 0xfa, 0x4d}},
        MakeVersionInfo}};
-  return components;
+  return kComponents;
 }
 
 }  // namespace tests

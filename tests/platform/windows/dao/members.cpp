@@ -188,8 +188,8 @@ bool DaoNumbers::Allow(std::int32_t number) const {
 }
 
 const std::vector<DaoMember>& DaoMembers() {
-  static const std::vector<DaoMember> members = MakeMembers();
-  return members;
+  static const std::vector<DaoMember> kMembers = MakeMembers();
+  return kMembers;
 }
 
 int FindDaoMember(std::string_view object, std::string_view name) {

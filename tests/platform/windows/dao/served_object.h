@@ -35,6 +35,7 @@ class ServedObject : public IDispatch {
   explicit ServedObject(std::string class_name);
   ServedObject(const ServedObject&) = delete;
   ServedObject& operator=(const ServedObject&) = delete;
+  virtual ~ServedObject();
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override;
   ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
@@ -50,8 +51,6 @@ class ServedObject : public IDispatch {
   static int Living();  // objects of the process that have references
 
  protected:
-  virtual ~ServedObject();
-
   // A property is read or a method called; the arguments are as the table says.
   virtual void Answer(const DaoMember& member, const Arguments& arguments, VARIANT& result) = 0;
   virtual void Put(const DaoMember& property, const ports::DatabaseValue& value);
