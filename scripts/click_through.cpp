@@ -306,6 +306,9 @@ int main() {
   wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
   const auto word = [&](int i) { return i < count ? FromWide(words[i]) : std::string(); };
   folder = word(1);
+  // The updater's temporary folder and log lie there too: nothing is left over from other runs.
+  for (const char* const name : {"TMP", "TEMP", "LOCALAPPDATA"})
+    SetEnvironmentVariableW(ToWide(name).c_str(), ToWide(folder + "\\tmp").c_str());
   for (int i = 2; i < count;) {
     const std::string verb = word(i);
     const bool is_done = verb == "run"      ? Run(word(i + 1))
