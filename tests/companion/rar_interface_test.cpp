@@ -197,6 +197,8 @@ TEST(RarInterface, FieldsOfEntriesAreReported) {
   const std::string windows_time =  // in units of 100 ns
       record(MakeVint(3) + MakeVint(2) + Number(133444736000000000, 8));
   const std::string hash = record(MakeVint(2) + MakeVint(0) + "\x05" + std::string(30, 1) + "\x07");
+  // A version, and bytes that no known field needs.
+  const std::string version = record(MakeVint(4) + MakeVint(0) + MakeVint(3) + MakeVint(2));
   const std::string unknown_hash = record(MakeVint(2) + MakeVint(1) + std::string(32, 1));
   const std::string link =
       record(MakeVint(5) + MakeVint(2) + MakeVint(0) + MakeVint(9) + "long/name");
@@ -211,7 +213,7 @@ TEST(RarInterface, FieldsOfEntriesAreReported) {
       {RarFormat::kRar5, many, "22 3 3 3 50 53 33184 128 1 0 0 0 unset"},
       {RarFormat::kRar5, large, "0 3 5368709120 2 50 48 32 1024 1 0 0 0 unset"},
       {RarFormat::kRar5, with(unix_time), "0 3 3 2 50 48 32 128 1 0 0 0 unset"},
-      {RarFormat::kRar5, with(windows_time + hash), "0 3 3 2 50 48 32 128 2 5 7 0 unset"},
+      {RarFormat::kRar5, with(windows_time + version + hash), "0 3 3 2 50 48 32 128 2 5 7 0 unset"},
       {RarFormat::kRar5, with(unknown_hash + unix_time), "0 3 3 2 50 48 32 128 1 0 0 0 unset"},
       {RarFormat::kRar5, with(link + unix_time), "0 3 3 2 50 48 32 128 1 0 0 2 long/na"},
   };
