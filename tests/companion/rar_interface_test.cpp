@@ -4,6 +4,7 @@
 #include <map>
 
 #include "companion/exports.h"
+#include "companion/os.h"
 #include "companion/rar/archive.h"
 #include "companion/rar/failure.h"
 #include "tests/companion/archive_run.h"
@@ -231,8 +232,11 @@ TEST(RarInterface, OldEntryPointsDoTheSame) {
       MakeBeginning(RarFormat::kRar5) +
       MakeEntryHeader(RarFormat::kRar5, FileHeader("a.txt", "content")) + "content" +
       MakeEntryHeader(RarFormat::kRar5, FileHeader(long_name, "")) + MakeEnd(RarFormat::kRar5);
-  const std::string path = sandbox.Write("a.rar", bytes);
-  const std::string target = sandbox.Path("out/b.txt");
+  const auto narrow = [](const std::string& path) {
+    return companion::os::ToNarrow(tmw::CodePage::k866, path);
+  };
+  const std::string path = narrow(sandbox.Write("a.rar", bytes));
+  const std::string target = narrow(sandbox.Path("out/b.txt"));
   ports::RAROpenArchiveData record{};
   record.ArcName = path.c_str();
   record.OpenMode = ports::kRarExtract;
@@ -251,7 +255,7 @@ TEST(RarInterface, OldEntryPointsDoTheSame) {
   EXPECT_EQ(RARProcessFile(handle, 2, nullptr, nullptr), 10);
   EXPECT_EQ(RARCloseArchive(handle), 0);
 
-  const std::string missing = sandbox.Path("none");
+  const std::string missing = narrow(sandbox.Path("none"));
   record.ArcName = missing.c_str();
   EXPECT_EQ(RAROpenArchive(&record), nullptr);
   EXPECT_EQ(record.OpenResult, 15U);

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "product/kept_list.h"
 #include "rollback/run.h"
 #include "tests/engine/whole_run_fixture.h"
@@ -54,7 +56,9 @@ class RollbackTest : public WholeRunTest {
       const bool is_left = path.ends_with(".zip") || path.ends_with("TMW_LastRollback.txt") ||
                            path.find("Предыдущая версия") != std::string::npos ||
                            path.find(" (до отката ") != std::string::npos;
-      if (!is_left) files[path.substr(sandbox_.Path().size() + 1)] = bytes;
+      std::string name = path.substr(sandbox_.Path().size() + 1);
+      std::replace(name.begin(), name.end(), '\\', '/');
+      if (!is_left) files[name] = bytes;
     }
     return files;
   }
@@ -179,7 +183,12 @@ TEST_F(RollbackTest, WhicheverChangeFailsTheBooksAreWholeAndTheNextRollbackFinis
     for (const std::string folder : {"Продукт", "db", "tmp"}) {
       fs::remove_all(ToPath(Path(to + folder)));
       fs::create_directories(ToPath(Path(to + folder)));
-      fs::copy(ToPath(Path(from + folder)), ToPath(Path(to + folder)), fs::copy_options::recursive);
+      const fs::path source = ToPath(Path(from + folder));
+      for (const auto& entry : fs::recursive_directory_iterator(source)) {
+        const fs::path target = ToPath(Path(to + folder)) / entry.path().lexically_relative(source);
+        fs::create_directories(entry.is_directory() ? target : target.parent_path());
+        if (!entry.is_directory()) fs::copy_file(entry.path(), target);
+      }
     }
   };
   copy_all("", "updated/");
