@@ -10,19 +10,23 @@
 // step, so that it always goes with whole files.
 //
 // The file is a text, UTF-8 with its mark, lines that end in CR LF, parts separated by "|":
-//   TamrinKept|1                      the format's number
-//   folder|1                          the subfolder
-//   root|C:\Tamrin                    where the product stood
-//   date|2026-11-22 07:15:30          of this computer's clock
-//   versions|3.6.0.4|3.6.2.1          before and after
-//   content|<hash>                    of the release's list of files
-//   release|TMW 3.6.2.1               its name; a further line for each release that was
-//   interrupted repairing                         only while a repair of that release has not been
-//   completed file|<length>|<hash>|com|<name in the subfolder>|<path>     "-" instead of "com": not
-//   registered added|<hash>|com|<path>           a file that the release brought; "-" as hash: any
-//   content backup|<length>|<hash>|3.6.0|<hash of what replaced them>|<path>     the archive of the
-//   books;
-//                                     length, hash and version of its content
+//   TamrinKept|1                 the format's number
+//   folder|1                     the subfolder
+//   root|C:\Tamrin               where the product stood
+//   date|2026-11-22 07:15:30     of this computer's clock
+//   versions|3.6.0.4|3.6.2.1     before and after
+//   content|<hash>               of the release's list of files
+//   release|TMW 3.6.2.1          its name; a further line for each
+//                                release that was interrupted
+//   repairing                    only while a repair of that release
+//                                has not been completed
+//   file|<length>|<hash>|com|<name in the subfolder>|<path>
+//                                "-" instead of "com": not registered
+//   added|<hash>|com|<path>      a file that the release brought;
+//                                "-" as hash: any content
+//   backup|<length>|<hash>|3.6.0|<hash of what replaced them>|<path>
+//                                the archive of the books; length,
+//                                hash and version of its content
 //   end|<hash of everything above>
 // Paths are absolute, hashes lower-case SHA-256 texts.
 namespace tmw {

@@ -180,7 +180,7 @@ class Silent final : public tmw::UpdaterEvents {
   void OnCheckCancelPressed(bool& cancel) override { cancel = false; }
 };
 
-RunOutcome RehearseAndTell(const Wishes& wishes) {
+RunOutcome RehearseAndReport(const Wishes& wishes) {
   Silent events;
   std::string report;
   const RunOutcome outcome = Rehearse(wishes, events, report);
@@ -205,7 +205,7 @@ RunOutcome RunWith(Options& options) {
                                    {"rehearsal", options.is_rehearsal},
                                    {"temp_copy", options.settings.IsTempCopy}});
   try {
-    return options.is_rehearsal ? RehearseAndTell(options.wishes) : Work(options);
+    return options.is_rehearsal ? RehearseAndReport(options.wishes) : Work(options);
   } catch (...) {
     const tmw::ProgramError error = tmw::CurrentError();
     tmw::ShowWarning(texts::kTitle, error.Description, tmw::KindOfNumber(error.Number));
