@@ -4,7 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -88,24 +89,38 @@ void KeepFile(const Concerned& concerned, KeptList& list) {
   list.Files.push_back(std::move(file));
 }
 
+// The places of a list by the form in which they are compared: a release may have 30,000 files.
+struct ListedPlaces {
+  explicit ListedPlaces(const KeptList& list) {
+    for (const KeptFile& file : list.Files)
+      Files.insert(PathKey(file.Path));
+    for (std::size_t at = 0; at < list.Added.size(); ++at)
+      Added.emplace(PathKey(list.Added[at].Path), at);
+  }
+
+  std::unordered_set<std::string> Files;
+  std::unordered_map<std::string, std::size_t> Added;  // the index in the list
+};
+
 // What is listed already stays: it is older than what lies in its place now.
-void Keep(const Concerned& concerned, KeptList& list) {
+void Keep(const Concerned& concerned, KeptList& list, ListedPlaces& listed) {
   const std::string key = PathKey(concerned.Path);
-  const auto is_same = [&](const auto& listed) { return PathKey(listed.Path) == key; };
-  if (std::any_of(list.Files.begin(), list.Files.end(), is_same)) return;
-  const auto added = std::find_if(list.Added.begin(), list.Added.end(), is_same);
-  if (added == list.Added.end() && IsFileExists(concerned.Path)) {
+  if (listed.Files.contains(key)) return;
+  const auto added = listed.Added.find(key);
+  if (added == listed.Added.end() && IsFileExists(concerned.Path)) {
     KeepFile(concerned, list);
+    listed.Files.insert(key);
     return;
   }
   if (concerned.IsRemovedOnly) return;
   const bool is_known = !concerned.Source.empty() && IsFileExists(concerned.Source);
   const AddedFile file = {concerned.Path, is_known ? GetFileHash(concerned.Source) : "",
                           concerned.IsRegistered};
-  if (added == list.Added.end()) {
+  if (added == listed.Added.end()) {
+    listed.Added.emplace(key, list.Added.size());
     list.Added.push_back(file);
   } else {
-    *added = file;
+    list.Added[added->second] = file;
   }
 }
 
@@ -116,10 +131,11 @@ bool KeepAll(const KeepingRun& run, KeptList& list, UpdaterEvents& events) {
   CreateFolderIfAbsent(folder);
   events.OnSetMainAction(engine_texts::kKeeping);
   events.OnSetupProgress(static_cast<std::int32_t>(places.size()), false);
+  ListedPlaces listed(list);
   std::int32_t count = 0;
   for (const Concerned& concerned : places) {
     events.OnSetSubAction(SplitFileName(concerned.Path).FileName());
-    Keep(concerned, list);
+    Keep(concerned, list, listed);
     events.OnSetProgress(++count);
     if (events.CancelPressed()) return false;
   }
