@@ -78,14 +78,6 @@ TEST_F(ErrorHandling, AFailureWithoutACodeStillRaises) {
   EXPECT_EQ(error.Description, "Ошибка \"x\": \r\nUnknown API error.");
 }
 
-TEST_F(ErrorHandling, SystemCodesKeepTheirNumberAndBringTheSystemsText) {
-  const ProgramError error = Caught([] { RaiseApiErrorWithMessage("Сообщение: ", 2); });
-  EXPECT_EQ(error.Number, 2);
-  EXPECT_EQ(error.Description, "Сообщение: \r\n" + GetApiErrorText(2, ""));
-  EXPECT_TRUE(error.Description.ends_with("\r\n"));
-  EXPECT_EQ(Caught([] { RaiseApiError(2); }).Description, GetApiErrorText(2, ""));
-}
-
 TEST_F(ErrorHandling, ALoadedModuleExplainsItsOwnCodes) {
   // On Linux a table stands in for the library, which on Windows this program does not load.
   const bool has_module =

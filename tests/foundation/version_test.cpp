@@ -7,7 +7,6 @@
 #include "ports/ports.h"
 #include "ports/system_info.h"
 #include "tests/support/environment.h"
-#include "tests/support/scoped_ports.h"
 
 namespace tmw {
 namespace {
@@ -44,48 +43,6 @@ TEST(Version, ParsingLeavesOutputsOfMissingPiecesAlone) {
   EXPECT_EQ((std::vector<std::int32_t>(n, n + 5)), (std::vector<std::int32_t>{3, 5, -7, -7, 2}));
   EXPECT_TRUE(ParseVersionString("1.2.3.4.5.6", n[0], n[1], n[2], n[3], n[4]));
   EXPECT_EQ((std::vector<std::int32_t>(n, n + 5)), (std::vector<std::int32_t>{1, 2, 3, 4, 6}));
-}
-
-TEST(Version, TheProgramsOwnVersionHasATwoDigitMinorNumber) {
-  const std::string text = GetAppVersionString();
-  EXPECT_TRUE(std::regex_match(text, std::regex(R"(\d+\.\d\d+\.\d+)"))) << text;
-}
-
-TEST(Version, ZeroCharacterEndsAText) {
-  EXPECT_EQ(TrimZString(std::string("ab\0cd", 5)), "ab");
-  EXPECT_EQ(TrimZString("ab"), "ab");
-}
-
-class FixedSystem final : public ports::SystemInfo {
- public:
-  std::optional<ports::OsFacts> os;
-  ports::HardwareFacts hardware;
-  std::optional<ports::OsFacts> Os() override { return os; }
-  ports::HardwareFacts Hardware() override { return hardware; }
-  ports::SystemFolders Folders() override { return {}; }
-  std::string DecimalSeparator() override { return ","; }
-};
-
-TEST(SystemDescription, NamesSystemAndMachine) {
-  tests::ScopedPorts ports;
-  FixedSystem system;
-  ports->system_info = &system;
-  EXPECT_EQ(GetOSInfoString(), "");
-  system.os = ports::OsFacts{6, 1, 7601, 2, std::string("Service Pack 1\0\0x", 17), ""};
-  EXPECT_EQ(GetOSInfoString(), "6.1.7601 (NT), Service Pack 1");
-  system.os = ports::OsFacts{4, 10, 1998, 1, "", ""};
-  EXPECT_EQ(GetOSInfoString(), "4.10.1998 (9x)");
-  system.os = ports::OsFacts{6, 1, 0, 0, "", ""};
-  EXPECT_EQ(GetOSInfoString(), "6.1.0");
-  system.os->name = "Система 12, Ядро 6.1.0-18";
-  EXPECT_EQ(GetOSInfoString(), "Система 12, Ядро 6.1.0-18");
-  // Half a megabyte rounds to the even number.
-  system.hardware = {-0x40000000, 0x00180000, 0x7FFE0000, 0x00080000, 4};
-  EXPECT_EQ(GetHardwareInfoString(),
-            "RAM: -1024 Mb, free: 2 Mb; VM: 2048 Mb, free VM: 0 Mb; processors: 4");
-  system.hardware.total_physical = std::int64_t{64} << 30;
-  EXPECT_TRUE(GetHardwareInfoString().starts_with("RAM: 65536 Mb, "));
-  EXPECT_EQ(GetOSVersionString(), GetOSInfoString() + "\r\n" + GetHardwareInfoString());
 }
 
 TEST(SystemDescription, TheRealSystemTellsItsVersion) {

@@ -6,7 +6,6 @@
 #include "foundation/program_error.h"
 #include "ports/ports.h"
 #include "tests/support/sandbox.h"
-#include "tests/support/scoped_ports.h"
 
 namespace tmw {
 namespace {
@@ -317,27 +316,6 @@ TEST_F(Xml, AnyTextMakesANameThatTheParserTakes) {
     const std::string name = c.name;
     EXPECT_TRUE(name.empty() || Load("<" + name + "/>") == "(" + name + ")") << name;
   }
-}
-
-class AbsentParser final : public ports::XmlParser {
- public:
-  bool IsAvailable(std::string& reason) override {
-    reason = "нет компоненты";
-    return false;
-  }
-  ports::XmlParseResult Parse(std::string_view) override { return {}; }
-};
-
-TEST_F(Xml, ADocumentNeedsTheSystemsComponent) {
-  std::string reason;
-  const auto document = XmlCreateDocument(reason);
-  ASSERT_NE(document, nullptr) << reason;
-  EXPECT_TRUE(document->Node().children.empty());
-  const tests::ScopedPorts ports;
-  AbsentParser absent;
-  ports->xml = &absent;
-  EXPECT_EQ(XmlCreateDocument(reason), nullptr);
-  EXPECT_EQ(reason, "нет компоненты");
 }
 
 }  // namespace
