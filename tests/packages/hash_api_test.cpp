@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "sha256/sha256.h"
 #include "tests/support/caught.h"
 #include "tests/support/environment.h"
@@ -41,10 +39,6 @@ TEST(HashApi, ATextIsHashedAsItsUtf16Units) {
   const std::vector<std::uint8_t> units = {0x61, 0, 0x62, 0, 0x4F, 0x04};
   EXPECT_EQ(GetStringHash("abя"), sha256::CSHA256().SHA256(units));
   EXPECT_EQ(GetStringHash(""), sha256::CSHA256().SHA256({}));
-}
-
-TEST(HashApi, BytesBecomeTwoLowerCaseDigitsEach) {
-  EXPECT_EQ(GetHashString(std::array<std::uint8_t, 2>{0x0A, 0xFF}), "0aff");
 }
 
 TEST(HashApi, AMissingFileIsNamedWithTheSystemsReason) {

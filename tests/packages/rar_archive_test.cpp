@@ -126,15 +126,6 @@ TEST(RarArchive, FailuresSayWhatWentWrongWithWhichArchive) {
   EXPECT_NE(damaged.Source.find("::RarArchive.RaiseRarError]"), std::string::npos);
 }
 
-TEST(RarArchive, AnEmptyArchiveHasNothingToExtract) {
-  Sandbox sandbox;
-  const std::string package = MakePackage(sandbox, {});
-  std::string error;
-  EXPECT_TRUE(UnrarAllFiles(package, sandbox.Path("out"), "", error)) << error;
-  EXPECT_FALSE(UnrarOneFile(package, "a", sandbox.Path("out"), "", error));
-  EXPECT_EQ(error, "Файл \"a\" не найден в архиве \"" + package + "\".");
-}
-
 TEST(RarArchive, NothingUnpacksToMoreThanAllowed) {
   Sandbox sandbox;
   const std::string two = MakePackage(sandbox, {"twelve bytes", "two"});

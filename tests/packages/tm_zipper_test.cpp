@@ -52,14 +52,6 @@ class Zipping : public testing::Test {
   Sandbox sandbox;
 };
 
-TEST_F(Zipping, DefaultsAreTheStrongestCompressionAndANewFile) {
-  const TmZipper zipper;
-  EXPECT_EQ(zipper.Level, 9);
-  EXPECT_TRUE(zipper.DeleteExistingZipFile);
-  EXPECT_FALSE(zipper.RaiseErrorOnFail);
-  EXPECT_TRUE(zipper.FileNames().empty());
-}
-
 TEST_F(Zipping, AFailureIsACodeAndLeavesNoFile) {
   sandbox.Write("a.txt", "a");
   sandbox.Write("folder/x", "x");

@@ -30,15 +30,6 @@ class ProductSettings : public testing::Test {
   tests::MemorySettings store_;
 };
 
-TEST_F(ProductSettings, KeysAreJoinedWithOneBackslash) {
-  const char* const cases[][3] = {
-      {"A\\", "\\B", "A\\B"}, {"A", "B", "A\\B"}, {"A\\\\", "\\\\B", "A\\\\\\B"},
-      {"A\\", "", "A\\"},     {"", "B", "\\B"},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(ConcatenateRegistryKeys(c[0], c[1]), c[2]) << c[0] << " " << c[1];
-}
-
 TEST_F(ProductSettings, NumbersOutOfRangeGiveTheDefault) {
   for (const auto& [stored, read] :
        std::map<std::int32_t, std::int32_t>{{-1, 2}, {0, 0}, {4, 4}, {5, 2}, {7, 2}}) {

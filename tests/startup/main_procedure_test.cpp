@@ -298,14 +298,6 @@ TEST_F(StartUp, EndingTheUpdaterFreesTheLockFirst) {
   EXPECT_EQ(mutexes_.log, Log{"close Local\\TMW_WebUpdate_Mutex"});
 }
 
-TEST_F(StartUp, AnEndThatTheSystemRefusesIsAnError) {
-  struct : tests::RecordingProcesses {
-    ports::Status Terminate(std::int32_t) override { return {false, 5}; }
-  } unending;
-  ports_->processes = &unending;
-  EXPECT_THROW(UnconditionallyTerminateApplication(), ProgramError);
-}
-
 #ifndef _WIN32  // where a test can fork
 TEST_F(StartUp, TheNormalEndIsANormalOneIfAsked) {
   ASSERT_TRUE(Parse("-d"));

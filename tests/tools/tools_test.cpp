@@ -82,26 +82,6 @@ TEST(Tools, ACommandGetsItsOptionsAndWordsOrTheUserAComplaint) {
     EXPECT_EQ(ResultOf(c.arguments), c.result) << testing::PrintToString(c.arguments);
 }
 
-TEST(Tools, TheHelpIsAlignedAndWrapped) {
-  const std::string head = "0 tool - tries things out\n\n";
-  const std::string fail =
-      "  tool fail                             always\n"
-      "      --why REASON                      why\n";
-  const std::string end =
-      "  tool --help | --version\n\n"
-      "      --json                            with any command: one JSON "
-      "object on standard output\nThe end.\n";
-  EXPECT_EQ(ResultOf({"fail", "-h"}), head + fail + end);
-  EXPECT_EQ(ResultOf({"--help", "fail"}),
-            head +
-                "  tool print ONE [TWO]                  взять много слов, которые вместе не "
-                "помещаются на одной\n"
-                "                                        строке помощи\n"
-                "      --flag                            a flag\n"
-                "      --name VALUE                      a value\n" +
-                fail + end);
-}
-
 TEST(Tools, JsonKeepsTheOrderOfItsMembers) {
   tools::Json json = {{"z", 1}, {"a", "x\ty"}};
   json["list"] = tools::Json::array();
