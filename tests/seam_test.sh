@@ -22,40 +22,29 @@ while IFS='|' read -r file line; do
   fi
 done <<'FAULTS'
 src/foundation/a.h|#include "services/processes.h"
-src/services/a.cpp|#include "transfer/inet.h"
-src/transfer/a.cpp|#include "database/open_mdb.h"
 src/jet/values/a.h|#include "jet/sql/ast.h"
-src/jet/values/a.h|#include "jet/engine.h"
 src/jet/table_info.h|#include "jet/engine.h"
-src/jet/sql/a.h|#include "jet/store/session.h"
-src/jet/file/a.h|#include "jet/sql/ast.h"
 src/jet/errors.h|#include "jet/values/calendar.h"
 src/companion/rar/a.h|#include "foundation/text.h"
 src/database/a.cpp|#include "jet/engine.h"
-src/engine/a.cpp|#include "platform/factories.h"
 src/engine/a.cpp|  #  include "ui/error_form.h"
 src/publish/a.cpp|#include "engine/digest.h"
 src/platform/host.cpp|#include "platform/linux/descriptor.h"
 src/platform/linux/a.cpp|#include "platform/windows/wide.h"
 src/platform/linux/qt/a.cpp|#include "platform/linux/terminal/terminal.h"
-src/platform/linux/terminal/a.cpp|#include "platform/linux/reg_file.h"
 src/platform/windows/wide.h|#include "platform/windows/com.h"
 src/platform/windows/dao/a.h|#include "platform/windows/view_window.h"
 src/platform/windows/a.cpp|#include "jet/engine.h"
-src/platform/windows/database.cpp|#include "jet/store/session.h"
 src/newroom/a.cpp|int number = 0;
 src/services/a.cpp|#include "newroom/a.h"
 src/services/a.cpp|#include "a.h"
 src/services/a.cpp|#include "../ui/error_form.h"
 src/services/a.cpp|#include HEADER
 src/foundation/a.cpp|#include <unistd.h>
-src/companion/zip/a.cpp|#include <sys/stat.h>
 src/platform/windows/a.cpp|#include <QWidget>
 src/jet/store/a.cpp|#include <zlib.h>
 src/packages/a.cpp|#include <sqlite3.h>
-src/services/a.cpp|#include <sodium.h>
 src/engine/a.cpp|#include <nlohmann/json.hpp>
-src/jetsql/a.cpp|#include <cxxopts.hpp>
 src/jet/store/a.cpp|#include <sodium/core.h>
 src/publish/a.cpp|#ifdef _WIN32
 src/ports/a.h|int code = errno;
