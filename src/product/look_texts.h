@@ -29,26 +29,24 @@ inline std::string RegistryForbidden(const std::string& reason) {
 
 inline std::string FolderInThePlace(const std::string& file) {
   return "На месте файла " + Quoted(file) +
-         " находится папка. Переименуйте ее или перенесите в другое место и запустите обновление "
-         "еще раз.";
+         " находится папка. Переименуйте ее или перенесите в другое место и повторите попытку.";
 }
 
 inline std::string DeviceInThePlace(const std::string& file) {
   return "На месте файла " + Quoted(file) +
          " находится объект, который не является файлом. Переименуйте его или перенесите в другое "
-         "место и запустите обновление еще раз.";
+         "место и повторите попытку.";
 }
 
 inline std::string FileInThePlace(const std::string& folder) {
   return "На месте папки " + Quoted(folder) +
-         " находится файл. Переименуйте его или перенесите в другое место и запустите обновление "
-         "еще раз.";
+         " находится файл. Переименуйте его или перенесите в другое место и повторите попытку.";
 }
 
 inline std::string Protected(const std::string& place, bool is_folder, const std::string& reason) {
   return (is_folder ? "Папка " : "Файл ") + Quoted(place) + (is_folder ? " защищена" : " защищен") +
          " от изменений:\r\n" + reason +
-         "\r\nСнимите защиту или обратитесь к администратору и запустите обновление еще раз.";
+         "\r\nСнимите защиту или обратитесь к администратору и повторите попытку.";
 }
 
 inline std::string OtherPlaces(const std::vector<std::string>& places, std::size_t unnamed) {
@@ -64,8 +62,8 @@ inline std::string HeldQuestion(const std::string& file, const std::vector<std::
           : holders.size() == 1 ? "программой " + Quoted(holders[0])
                                 : "программами " + Quoted(Joined(holders, "\", \""))) +
          ", поэтому его невозможно заменить." + others +
-         "\r\n\r\nЗакройте программы, которые используют файлы обновляемой программы, и нажмите "
-         "\"Да\". Нажмите \"Нет\", чтобы прервать обновление; пока ничего не изменено.\r\n\r\n"
+         "\r\n\r\nЗакройте программы, которые используют файлы программы \"Tamrin\", и нажмите "
+         "\"Да\". Нажмите \"Нет\", чтобы прервать работу; пока ничего не изменено.\r\n\r\n"
          "Повторить попытку?";
 }
 

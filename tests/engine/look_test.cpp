@@ -241,11 +241,11 @@ TEST(Look, OneBoxNamesEveryKindOfObstacleAndFiveOfAKind) {
   };
   const std::string folder = "Невозможно заменить файлы в папке \"P\":\r\n" + reason +
                              "\r\nВозможно, у текущего пользователя нет необходимых прав.";
-  EXPECT_EQ(tmw::DescribeObstacles(obstacles),
-            folder +
-                "\r\nТо же относится к следующему: \"Q\".\r\n\r\nНа месте файла \"a\" находится "
-                "папка. Переименуйте ее или перенесите в другое место и запустите обновление еще "
-                "раз. Ничего не изменено.");
+  EXPECT_EQ(
+      tmw::DescribeObstacles(obstacles),
+      folder +
+          "\r\nТо же относится к следующему: \"Q\".\r\n\r\nНа месте файла \"a\" находится "
+          "папка. Переименуйте ее или перенесите в другое место и повторите попытку. Ничего не изменено.");
   EXPECT_EQ(tmw::DescribeObstacles({obstacles[0]}), folder + " Ничего не изменено.");
   for (const char* const name : {"b", "c", "d", "e", "f", "g"})
     obstacles.push_back({ObstacleSite::kFile, Hindrance::kFolder, name, 0});
