@@ -80,14 +80,17 @@ RunOutcome Refuse(const std::string& text) {
   return RunOutcome::kRefused;
 }
 
+constexpr tmw::WaitingTexts kWaits = {texts::kTitle, texts::ApplicationIsOpen,
+                                      texts::UpdaterIsRunning};
+
 bool WaitForOthersAndLock() {
   for (const names::GuardedApplication& application : names::kGuardedApplications) {
     if (!tmw::WaitUntilAppMutexClosed(std::string(application.mutex),
-                                      std::string(application.title)))
+                                      std::string(application.title), kWaits))
       return false;
   }
-  return tmw::LockUpdaterMutex(std::string(names::kUpdaterMutex)) &&
-         tmw::LockProductFolder(tmw::GetProductRootPath());
+  return tmw::LockUpdaterMutex(std::string(names::kUpdaterMutex), kWaits) &&
+         tmw::LockProductFolder(tmw::GetProductRootPath(), kWaits);
 }
 
 std::string CommandLine(const std::string& program, std::string_view option) {
@@ -149,8 +152,7 @@ RunOutcome BringBackInWindow(const Wishes& wishes) {
           {{"number", error.Number}, {"text", error.Description}, {"chain", error.Source}});
       const bool is_under_way = tmw::IsRollbackUnderWay();
       tmw::ShowWarning(texts::kTitle,
-                       error.Description + (is_under_way ? texts::kBreak + texts::kBreak : "") +
-                           (is_under_way ? texts::kUnfinished : ""),
+                       is_under_way ? texts::Unfinished(error.Description) : error.Description,
                        tmw::KindOfNumber(error.Number));
     }
   });

@@ -38,6 +38,17 @@ inline constexpr const char* kExchangingBooks = "Возврат базы дан�
 inline constexpr const char* kRegistering = "Регистрация компонент предыдущей версии...";
 inline constexpr const char* kBusy = "Идет возврат к предыдущей версии программы \"Tamrin\".";
 
+// Before it starts.
+inline std::string ApplicationIsOpen(const std::string& title) {
+  return "Для возврата к предыдущей версии необходимо закрыть приложение " + tmw::Quoted(title) +
+         "." + kBreak + kBreak + "В данный момент приложение открыто. Продолжать ожидание?";
+}
+
+inline std::string UpdaterIsRunning() {
+  return "Программа обновления или возврата к предыдущей версии уже работает." + kBreak + kBreak +
+         "Подождать, пока она не будет закрыта?";
+}
+
 // Why nothing is brought back.
 inline constexpr const char* kNothingKept =
     "Возвращаться не к чему: предыдущая версия программы не сохранена. Она сохраняется при каждом "
@@ -152,8 +163,11 @@ inline std::string NotRegistered(const std::vector<std::string>& reasons) {
          "этой программы.";
 }
 
-inline constexpr const char* kUnfinished =
-    "Возврат к предыдущей версии не завершен. Устраните причину и запустите эту программу еще раз: "
-    "она продолжит с того же места. До завершения работать с программой \"Tamrin\" нельзя.";
+// The system's words, with which a reason may end, end with a line break.
+inline std::string Unfinished(const std::string& reason) {
+  return tmw::TrimCharacters(reason, "\r\n") + kBreak + kBreak +
+         "Возврат к предыдущей версии не завершен. Устраните причину и запустите эту программу еще "
+         "раз: она продолжит с того же места. До завершения работать с программой \"Tamrin\" нельзя.";
+}
 
 }  // namespace rollback::texts

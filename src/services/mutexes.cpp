@@ -49,30 +49,30 @@ void PreparePlace() {
   RaiseApiErrorWithMessage(services_texts::NoLockFolder(place), prepared.code);
 }
 
-bool AskToGoOnWaiting(const std::string& question) {
-  return AskQuestion(box_titles::kUpdaterStart, question);
-}
-
 void SleepOnePoll() {
   ports::CurrentPorts().clock->Sleep(kPollMilliseconds);
 }
 
 }  // namespace
 
-bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& app_title) try {
+const WaitingTexts kUpdaterWaits = {box_titles::kUpdaterStart, services_texts::ApplicationIsOpen,
+                                    services_texts::SeveralCopies};
+
+bool WaitUntilAppMutexClosed(const std::string& mutex_name, const std::string& app_title,
+                             const WaitingTexts& texts) try {
   PreparePlace();
   for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
     for (; attempts > 0; --attempts) {
       if (!IsRunning(mutex_name)) return true;
       SleepOnePoll();
     }
-    if (!AskToGoOnWaiting(services_texts::ApplicationIsOpen(app_title))) return false;
+    if (!AskQuestion(texts.Title, texts.ApplicationIsOpen(app_title))) return false;
   }
 } catch (...) {
   ReRaiseError(kModule, "WaitUntilAppMutexClosed");
 }
 
-bool LockUpdaterMutex(const std::string& mutex_name) try {
+bool LockUpdaterMutex(const std::string& mutex_name, const WaitingTexts& texts) try {
   ReleaseUpdaterLock();
   PreparePlace();
   for (int attempts = kFirstAttempts;; attempts = kLaterAttempts) {
@@ -88,13 +88,13 @@ bool LockUpdaterMutex(const std::string& mutex_name) try {
       created.value.mutex.reset();
       SleepOnePoll();
     }
-    if (!AskToGoOnWaiting(services_texts::SeveralCopies())) return false;
+    if (!AskQuestion(texts.Title, texts.SeveralCopies())) return false;
   }
 } catch (...) {
   ReRaiseError(kModule, "LockUpdaterMutex");
 }
 
-bool LockProductFolder(const std::string& root) try {
+bool LockProductFolder(const std::string& root, const WaitingTexts& texts) try {
   const std::string file = JoinPath(root, names::kLockFile);
   // Fails where it is there already, which is as good.
   static_cast<void>(ports::CurrentPorts().files->Open(file, ports::FileMode::kCreateNew));
@@ -110,7 +110,7 @@ bool LockProductFolder(const std::string& root) try {
       }
       SleepOnePoll();
     }
-    if (!AskToGoOnWaiting(services_texts::SeveralCopies())) return false;
+    if (!AskQuestion(texts.Title, texts.SeveralCopies())) return false;
   }
 } catch (...) {
   ReRaiseError(kModule, "LockProductFolder");
