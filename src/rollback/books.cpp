@@ -141,6 +141,7 @@ bool PrepareBooks(const tmw::KeptBackup& backup, const std::string& set_aside,
   const std::string database = tmw::UserDatabasePlace();
   if (IsThere(database) && !AreFree()) return false;
   events.OnSetMainAction(texts::kUnpackingBooks);
+  events.OnSetIcon("dbgear");
   DeleteUnusedCopies();
   const std::string copy = tmw::NewUserDatabasePath();
   const Unpacked unpacked(database + kUnpackingEnding);
@@ -154,6 +155,7 @@ void ExchangeBooks(const tmw::KeptBackup& backup, const std::string& set_aside,
                    tmw::UpdaterEvents& events) {
   if (AreExchanged(backup, set_aside)) return;
   events.OnSetMainAction(texts::kExchangingBooks);
+  events.OnSetIcon("dbgear");
   const std::string copy = tmw::NewUserDatabasePath();
   const std::string database = tmw::UserDatabasePlace();
   const bool had_books = IsThere(database);

@@ -13,11 +13,11 @@ const std::string kParagraph = texts::kBreak + texts::kBreak;
 
 std::string Heading(const Findings& findings) {
   const tmw::KeptList& list = findings.List;
-  std::vector<std::string> lines = {texts::Versions(list.OldVersion, list.NewVersion, list.Date),
-                                    texts::Files(findings.Replaced, findings.Added)};
+  std::vector<std::string> lines = {texts::Files(findings.Replaced, findings.Added)};
   if (findings.IsUpdateUnfinished) lines.emplace_back(texts::kUpdateUnfinished);
   if (!tmw::GetUpdaterSettings().IsClientInstallation) lines.emplace_back(texts::kClientsStayNew);
-  return tmw::Joined(lines, texts::kBreak);
+  return texts::Versions(list.OldVersion, list.NewVersion, list.Date) + kParagraph +
+         tmw::Joined(lines, texts::kBreak);
 }
 
 bool Ask(const std::string& text, const char* question) {
@@ -29,9 +29,9 @@ bool Ask(const std::string& text, const char* question) {
 std::string Summary(const Findings& findings, const std::string& set_aside) {
   std::string text = Heading(findings);
   if (findings.BooksState == Books::kChanged) {
-    text += texts::kBreak + texts::BooksComeBack(findings.List.Date, set_aside);
+    text += kParagraph + texts::BooksComeBack(findings.List.Date, set_aside);
   } else if (!tmw::GetUpdaterSettings().IsClientInstallation) {
-    text += texts::kBreak + texts::kBooksUntouched;
+    text += kParagraph + texts::kBooksUntouched;
   }
   return text;
 }

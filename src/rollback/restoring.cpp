@@ -62,6 +62,7 @@ Group GroupOf(const std::string& path) {
 
 void RestoreFiles(const tmw::KeptList& list, Group group, tmw::UpdaterEvents& events) {
   events.OnSetMainAction(texts::kRestoring);
+  events.OnSetIcon("install");
   events.OnSetupProgress(static_cast<std::int32_t>(list.Files.size()), false);
   std::int32_t count = 0;
   for (const tmw::KeptFile& file : list.Files) {
@@ -78,6 +79,7 @@ void RestoreFiles(const tmw::KeptList& list, Group group, tmw::UpdaterEvents& ev
 std::vector<std::string> RegisterRestored(const tmw::KeptList& list, tmw::UpdaterEvents& events) {
   std::vector<std::string> reasons;
   events.OnSetMainAction(texts::kRegistering);
+  events.OnSetIcon("install");
   for (const tmw::KeptFile& file : list.Files) {
     if (!file.IsRegistered) continue;
     events.OnSetSubAction(tmw::SplitFileName(file.Path).FileName());

@@ -193,7 +193,7 @@ RunOutcome Rehearse(const Wishes& wishes, tmw::UpdaterEvents& events, std::strin
   const bool has_books = findings.BooksState == Books::kChanged;
   report = !IsAnythingToDo(findings) ? texts::kNothingToDo
                                      : Summary(findings, has_books ? NameToSetAside() : "") +
-                                           texts::kBreak + texts::kAllVerified;
+                                           texts::kBreak + texts::kBreak + texts::kAllVerified;
   return IsAnythingToDo(findings) ? RunOutcome::kDone : RunOutcome::kRefused;
 }
 

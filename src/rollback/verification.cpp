@@ -107,6 +107,7 @@ Verdict Verify(bool with_books, tmw::UpdaterEvents& events, Findings& findings,
     }
   }
   events.OnSetMainAction(texts::kVerifying);
+  events.OnSetIcon("scan");
   const Verdict of_files = CompareFiles(findings, events, reason);
   if (of_files != Verdict::kGood) return of_files;
   const auto& backup = findings.List.Backup;
@@ -119,6 +120,7 @@ Verdict Verify(bool with_books, tmw::UpdaterEvents& events, Findings& findings,
     }
   }
   events.ClearProgress();
+  events.OnSetIcon("");
   return Verdict::kGood;
 }
 
