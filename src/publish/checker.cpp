@@ -6,6 +6,8 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/contract_names.h"
@@ -28,6 +30,35 @@
 
 namespace publish {
 namespace {
+
+// A folder to unpack into for each worker: to make and remove one for every file would take longer
+// than everything else.
+class UnpackFolders {
+ public:
+  explicit UnpackFolders(std::string parent) : parent_(std::move(parent)) {}
+
+  std::string Take() {
+    const std::lock_guard lock(guard_);
+    if (free_.empty()) return tmw::JoinPath(parent_, std::to_string(made_++));
+    std::string folder = std::move(free_.back());
+    free_.pop_back();
+    return folder;
+  }
+
+  // Deletes the files in the folder, which may not have been made.
+  void Return(const std::string& folder) {
+    for (const std::string& name : tmw::CollectFileNamesInFolder(folder, "*"))
+      tmw::DeleteFile(tmw::JoinPath(folder, name));
+    const std::lock_guard lock(guard_);
+    free_.push_back(folder);
+  }
+
+ private:
+  std::string parent_;
+  std::mutex guard_;
+  std::vector<std::string> free_;
+  std::size_t made_ = 0;
+};
 
 // Checks everything that a server offers.
 class ServerCheck {
@@ -118,8 +149,9 @@ class ServerCheck {
     std::vector<Faults> found(count);
     std::mutex images_guard;
     std::map<std::size_t, ReleaseImage> images_by_number;
+    UnpackFolders folders(scratch_);
     RunSideBySide(count, source_.Workers(), [&](std::size_t i) {
-      const std::string scratch = tmw::JoinPath(scratch_, std::to_string(i));
+      const std::string scratch = folders.Take();
       if (i < files) {
         if (auto image = checker.CheckFile(manifest.files[i], scratch, found[i])) {
           const std::lock_guard lock(images_guard);
@@ -128,7 +160,7 @@ class ServerCheck {
       } else if (!manifest.tables[i - files].is_user) {
         checker.CheckDictionary(manifest.tables[i - files], scratch, found[i]);
       }
-      RemoveTree(scratch);
+      folders.Return(scratch);
       progress_.Advance(static_cast<std::size_t>(WorkOf(manifest, i)));
     });
     for (const Faults& faults : found)
