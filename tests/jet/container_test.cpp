@@ -81,46 +81,6 @@ TEST_F(ContainerTest, TablesThatACascadeReachesAreWrittenToo) {
   ExpectClean();
 }
 
-TEST_F(ContainerTest, DefinitionsComeBackAsTheyWere) {
-  ports::FieldDefinition field;
-  field.name = "Сумма";
-  field.type = ports::DataType::kCurrency;
-  field.default_value = "1.5";
-  field.required = true;
-  ASSERT_EQ(Run("create table Новая (Ид long)"), 0);
-  db->CreateField("Новая", field);
-  db->CreateIndex("Новая", {"Убыв", false, true, false, true, false, {{"Сумма", true}}});
-  db->SetFieldProperty("Папки", "Имя", "Caption", ports::DataType::kText, std::string("Её имя"));
-  db->SetFieldProperty("Папки", "Имя", "UnicodeCompression", ports::DataType::kBoolean, true);
-  db->DeleteRelation("Связь");
-  db->CreateRelation(
-      {"Другая", "Папки", "Бумаги", ports::kRelationDeleteCascade, {{"Ид", "Папка"}}});
-  const ports::TableDefinition before = db->Table("Новая");
-  Reopen();
-  const ports::TableDefinition table = db->Table("новая");
-  ASSERT_EQ(table.fields.size(), 2U);
-  EXPECT_EQ(table.fields[1].default_value, "1.5");
-  EXPECT_TRUE(table.fields[1].required);
-  EXPECT_EQ(table.fields[1].size, before.fields[1].size);
-  ASSERT_EQ(table.indexes.size(), 1U);
-  EXPECT_TRUE(table.indexes[0].unique && table.indexes[0].ignore_nulls &&
-              table.indexes[0].fields[0].descending && !table.indexes[0].required);
-  EXPECT_EQ(Words(*db->FieldProperty("Папки", "имя", "caption")), "Text Её имя");
-  EXPECT_EQ(Words(*db->FieldProperty("Папки", "Имя", "UnicodeCompression")), "True");
-  const auto relations = db->Relations();
-  ASSERT_EQ(relations.size(), 1U);
-  EXPECT_EQ(relations[0].name, "Другая");
-  EXPECT_EQ(relations[0].attributes, ports::kRelationDeleteCascade);
-  EXPECT_EQ(db->Table("Бумаги").indexes.size(), 2U) << "the key and the relation's own";
-  EXPECT_EQ(Run("update Папки set Ид = 7 where Ид = 2"), 3200);
-  EXPECT_EQ(Run("drop table Папки"), 3281);
-  EXPECT_EQ(Run("drop table Бумаги"), 0);
-  Reopen();
-  EXPECT_TRUE(db->Relations().empty());
-  EXPECT_EQ(Run("drop table Папки"), 0);
-  ExpectClean();
-}
-
 TEST_F(ContainerTest, RowsThatATransactionLoadedOutliveIt) {
   engine->BeginTrans();
   const auto rows = db->OpenRecordset("Папки", RecordsetType::kTable);

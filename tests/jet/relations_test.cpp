@@ -121,29 +121,6 @@ TEST_F(RelationTest, RelationsAreMadeAndKeepTheirTablesFromHarm) {
   CheckStatements(*engine, *db, cases);
 }
 
-TEST_F(RelationTest, RelationsOutliveCompactionAndEndWithTheirTransaction) {
-  engine->BeginTrans();
-  ASSERT_EQ(Run(LINK), 0);
-  engine->Rollback();
-  EXPECT_EQ(db->Table("Товары").indexes.size(), 1U);
-  ASSERT_EQ(Run(LINK " on update cascade"), 0);
-  EXPECT_TRUE(db->Table("Товары").indexes[1].foreign);
-  engine->BeginTrans();
-  ASSERT_EQ(Run("alter table Товары drop constraint Связь"), 0);
-  ASSERT_EQ(Run("delete from Группы"), 0);
-  engine->Rollback();
-  db->Close();
-  const std::string copy = sandbox.Path("сжатая.mdb");
-  engine->CompactDatabase(path, copy);
-  db = engine->OpenDatabase(copy, true, false);
-  EXPECT_EQ(Run("delete from Группы"), 3200);
-  ASSERT_EQ(Run("update Группы set Ид = 4 where Ид = 1"), 0);
-  EXPECT_EQ(tests::AnswerOf(*db, ROWS, tests::Kinds::kHidden), "4|ель;4|пихта;Null|гриб");
-  const auto rows = db->OpenRecordset("Группы", ports::RecordsetType::kTable);
-  EXPECT_EQ(ErrorOf([&] { rows->Delete(); }), 3200);
-  EXPECT_EQ(Run("alter table Товары drop constraint Связь"), 0);
-}
-
 // "name: foreign table(fields) -> table(fields) attributes"
 std::string Listed(ports::Database& db) {
   std::string text;

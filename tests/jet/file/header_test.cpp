@@ -18,12 +18,6 @@ namespace file = jet::file;
 
 constexpr double kDate = 42329.94480300926;
 
-file::PageView View(const file::PageBuffer& page) {
-  auto bytes = std::make_shared<file::PageBytes>();
-  page.Bytes().copy(bytes->data(), bytes->size());
-  return {0, bytes};
-}
-
 std::string Reason(const std::function<void(file::PageBuffer&)>& change) {
   file::PageBuffer page = file::PackHeader(file::MakeHeader({kDate}));
   change(page);
@@ -42,20 +36,6 @@ void SetMasked(file::PageBuffer& page, file::Field<T> field, T value) {
   file::Header header = file::MakeHeader({kDate});
   header.Set(field, value);
   page = file::PackHeader(header);
-}
-
-TEST(JetFileHeader, IsReadAsItWasWritten) {
-  for (const double date : {kDate, 0.0, -5.25, 1e300}) {
-    const file::Header made = file::MakeHeader({date, 1251, 0x419, 4518});
-    const file::Header read = file::ParseHeader(View(file::PackHeader(made)));
-    EXPECT_EQ(read, made) << date;
-    EXPECT_EQ(read.CreationDate(), date);
-    EXPECT_EQ(read.CodePage(), 1251);
-    EXPECT_EQ(read.SortOrder(), 0x419U);
-    EXPECT_EQ(read.BuildNumber(), 4518U);
-    EXPECT_EQ(read.ObjectsTable(), 2U);
-    EXPECT_EQ(read.RelationsTable(), 5U);
-  }
 }
 
 TEST(JetFileHeader, IsRefusedWithItsReason) {

@@ -113,16 +113,4 @@ TEST_F(Mdbtools, FindsIndexesRelationsAndProperties) {
   EXPECT_NE(properties.find("Required: yes"), std::string::npos) << properties;
 }
 
-TEST_F(Mdbtools, CountsTheRowsOfManyPages) {
-  NewTable table =
-      TableOf("T", {Column("N", ColumnType::kLong), Column("S", ColumnType::kText, 400)});
-  AddIndex(table.layout, "K", {{0, false}}, flags::kUnique, true);
-  for (std::int32_t i = 0; i < 8000; ++i)
-    table.rows.push_back({StoredNumber(i), Utf16(std::string(190, 's'))});
-  Write({table});
-  EXPECT_EQ(Ask("mdb-count", "T"), "8000\n");
-  const std::string rows = Ask("mdb-export -H", "T");
-  EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 8000);
-}
-
 }  // namespace

@@ -25,45 +25,8 @@ Rows RowsOfFile(jet::file::DatabaseReader& reader, const TableLayout& table) {
   return rows;
 }
 
-Rows RowsOfEngine(ports::Database& database, const std::string& table) {
-  Rows rows;
-  const auto source = database.OpenRecordset(table, ports::RecordsetType::kTable);
-  const std::size_t count = source->FieldNames().size();
-  for (; !source->AtEnd(); source->MoveNext()) {
-    auto& row = rows.emplace_back();
-    for (std::size_t i = 0; i < count; ++i)
-      row.push_back(source->Value(i));
-  }
-  return rows;
-}
-
 bool IsUserTable(const CatalogueObject& object) {
   return jet::file::IsStoredTable(object) && (object.flags & ports::kSystemObject) == 0;
-}
-
-TEST_F(JetSamples, AreReadByTheEngineAsTheyLieInTheFile) {
-  const auto engine = jet::MakeEngine();
-  for (const std::string& name : tests::SampleNames()) {
-    SCOPED_TRACE(name);
-    jet::file::DatabaseReader reader(tests::OpenSample(name), name);
-    const auto database =
-        engine->OpenDatabase(tests::FromPath(tests::SamplesFolder() / name), false, true);
-    std::size_t listed = 0;
-    for (const CatalogueObject& object : reader.Objects()) {
-      if (!jet::file::IsTable(object)) continue;
-      ++listed;
-      if (!IsUserTable(object)) continue;
-      const TableLayout layout = reader.Definition(object);
-      EXPECT_EQ(RowsOfEngine(*database, object.name), RowsOfFile(reader, layout)) << object.name;
-      const ports::TableDefinition table = database->Table(object.name);
-      for (const ports::IndexDefinition& index : table.indexes) {
-        const auto rows = database->OpenRecordset(object.name, ports::RecordsetType::kTable);
-        rows->SetIndex(index.name);
-        EXPECT_EQ(rows->AtEnd(), rows->AtBeginning());
-      }
-    }
-    EXPECT_EQ(database->Tables().size(), listed);
-  }
 }
 
 // Every table is changed and so goes through the working store, its rows and its definition.

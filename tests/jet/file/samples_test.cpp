@@ -119,45 +119,6 @@ TEST_F(JetSamples, AreRefusedWithTheirReasonWhenTheyAreOfAnotherFormat) {
   }
 }
 
-std::string PropertiesOf(DatabaseReader& reader, const char* table) {
-  std::string words;
-  for (const auto& set : reader.Properties(*reader.FindTable(table))) {
-    words += "[" + set.owner + "]";
-    for (const auto& property : set.properties)
-      words += " " + property.name + ":" + std::to_string(property.type) + "/" +
-               std::to_string(property.value.size());
-    words += "\n";
-  }
-  return words;
-}
-
-TEST_F(JetSamples, ShowTheirCatalogue) {
-  DatabaseReader reader(OpenSample("indexv2000.mdb"), "indexv2000.mdb");
-  EXPECT_NE(reader.FindTable("TABLE1"), nullptr);
-  EXPECT_EQ(reader.FindTable("Table9"), nullptr);
-  std::string relations;
-  for (const auto& relation : reader.Relations()) {
-    if (relation.name.starts_with("MSys")) continue;
-    relations += relation.name + " " + std::to_string(relation.flags) + ": ";
-    for (const auto& column : relation.columns)
-      relations += relation.table + "." + column.column + " " + relation.referenced_table + "." +
-                   column.referenced_column + "\n";
-  }
-  EXPECT_EQ(relations,
-            "Table2Table1 4096: Table1.otherfk1 Table2.id\n"
-            "Table3Table1 256: Table1.otherfk2 Table3.id\n");
-  const std::string properties = PropertiesOf(reader, "Table1");
-  EXPECT_TRUE(properties.starts_with("[] Orientation:2/1 OrderByOn:1/1 NameMap:11/370 "));
-  EXPECT_NE(properties.find("\n[id] ColumnWidth:3/4 ColumnOrder:3/4 ColumnHidden:1/1 "
-                            "DecimalPlaces:2/1 DefaultValue:12/2 Required:1/1 "),
-            std::string::npos);
-  const TableLayout table = reader.Definition(*reader.FindTable("Table1"));
-  std::string indexes;
-  for (const auto& index : table.logical_indexes)
-    indexes += index.name + ":" + std::to_string(index.kind) + " ";
-  EXPECT_EQ(indexes, "id:0 PrimaryKey:1 Table2Table1:2 Table3Table1:2 ");
-}
-
 TEST_F(JetSamples, NameTheObjectsThatARewrittenFileWouldLose) {
   for (const std::string& name : SampleNames())
     EXPECT_TRUE(DatabaseReader(OpenSample(name), name).ForeignObjects().empty()) << name;

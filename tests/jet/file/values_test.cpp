@@ -48,20 +48,6 @@ TEST(JetFileText, IsUnpackedWhateverItsForm) {
     EXPECT_EQ(jet::file::UnpackText(c.stored), c.text);
 }
 
-TEST(JetFileText, IsPackedSoThatItComesBack) {
-  const std::string texts[] = {
-      "",         "a",          "ab",      "abc",           "Ёлка",
-      "a\0b"s,    "naïve",      "naïve б", "\xEF\xBB\xBFq", "\xF0\x9F\x98\x80 :-)",
-      "\x01\x7F", "abc\xC4\x80"};
-  for (const std::string& text : texts) {
-    for (const bool may_compress : {false, true})
-      EXPECT_EQ(jet::file::UnpackText(jet::file::PackText(text, may_compress)), text);
-  }
-  EXPECT_EQ(jet::file::PackText("naïve", true).size(), 2 + 5U);
-  EXPECT_EQ(jet::file::PackText("naïve", false).size(), 10U);
-  EXPECT_EQ(jet::file::CountUnits(jet::file::PackText("naïve", true)), 5U);
-}
-
 TEST(JetFileDecimals, KeepEveryDigit) {
   const struct {
     const char* text;
