@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "foundation/api_errors.h"
 #include "tests/support/caught.h"
 #include "tests/support/sandbox.h"
 
@@ -60,25 +59,6 @@ TEST(BinaryFiles, AnOpenFileIsReplacedByTheNextAndKeepsOtherWritersOut) {
   Open(file, sandbox.Path("b"), ports::win32::kCreateNew);
   Open(other, sandbox.Path("a"), ports::win32::kOpenExisting);
   EXPECT_EQ(other.GetSize(), 5);
-}
-
-TEST(BinaryFiles, MessagesNameTheFileAndEndWithTheSystemsWords) {
-  const tests::Sandbox sandbox;
-  const std::string path = sandbox.Path("нет");
-  BinaryFile file;
-  const ProgramError missing = Caught([&] { Open(file, path, ports::win32::kOpenExisting); });
-  EXPECT_EQ(missing.Description,
-            "Ошибка открытия файла \"" + path + "\": \r\n" + GetApiErrorText(2, ""));
-  EXPECT_TRUE(missing.Source.ends_with("::BinaryFile.OpenFile]"));
-  Open(file, path, ports::win32::kCreateAlways);
-  const ProgramError seek = Caught([&] { file.SetFilePos(-7, ports::win32::kMoveFromBegin); });
-  EXPECT_EQ(seek.Description, "Ошибка установки указателя в файле \"" + path +
-                                  "\" на позицию -7 (0):\r\n" + GetApiErrorText(seek.Number, ""));
-  file.OpenFile(path, ports::win32::kGenericRead, ports::win32::kShareRead,
-                ports::win32::kOpenExisting, 0);
-  const ProgramError write = Caught([&] { file.WriteBuffer("x", 1, false); });
-  EXPECT_EQ(write.Description,
-            "Ошибка записи в файл \"" + path + "\":\r\n" + GetApiErrorText(write.Number, ""));
 }
 
 }  // namespace

@@ -74,14 +74,6 @@ TEST_F(Inet, ARaisedFailureNamesTheUrlTheStatusAndEveryProcedure) {
   EXPECT_EQ(sandbox_.Read("f"), "12345");
 }
 
-TEST_F(Inet, AFailedSeekNamesTheUrl) {
-  InetOpenedUrl opened;
-  opened.OpenUrl(tests::Connect(1), server_.Url("/good"), 0);
-  EXPECT_TRUE(Caught([&] { opened.SetFilePos(2); })
-                  .Description.starts_with("Ошибка установки позиции в файле \"" +
-                                           server_.Url("/good") + "\":\r\n"));
-}
-
 TEST_F(Inet, NamesAreAskedForInPercentEncodedUtf8) {
   std::string text;
   EXPECT_FALSE(TryDownloadFile(server_.Url("/Ставки/№1.tmz"), file_, text));

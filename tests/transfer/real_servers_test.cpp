@@ -43,8 +43,7 @@ server { listen 127.0.0.1:$right ssl; ssl_certificate right.pem; ssl_certificate
 log_format proof '\$uri \$http_range \$status \$body_bytes_sent'; access_log access.log proof;
 client_body_temp_path t; proxy_temp_path t; fastcgi_temp_path t; uwsgi_temp_path t; scgi_temp_path t;
 root files; server { listen 127.0.0.1:$http;
-  location /slow/ { alias files/; limit_rate 2m; }
-  location /norange/ { alias files/; max_ranges 0; } } }
+  location /slow/ { alias files/; limit_rate 2m; } } }
 END
 timeout 120 nginx -p . -e error.log -c nginx.conf -g 'daemon off;' & echo $! >web.pid
 printf 'Port %s\nListen 127.0.0.1\nLogFile "proxy.log"\n' $proxy >proxy.conf
@@ -135,14 +134,6 @@ TEST_F(RealServers, AKilledDownloadContinuesWithTheRestOnly) {
     AwaitLog("access.log", "/big bytes=" + std::to_string(kept) + "- 206 " +
                                std::to_string(kBigSize - kept) + "\n");
   }
-}
-
-TEST_F(RealServers, AServerWithoutRangesSendsTheWholeAgain) {
-  sandbox_.Write("big.part", "old bytes");
-  tests::Listener listener;
-  ASSERT_EQ(tests::Download(listener, Http("/norange/big"), sandbox_.Path("big")), "done");
-  EXPECT_EQ(listener.skipped, -1);
-  EXPECT_TRUE(sandbox_.Read("big") == BigFile());
 }
 
 TEST_F(RealServers, FtpContinuesTooAndMissingFilesAreTold) {
