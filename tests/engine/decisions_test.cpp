@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <array>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,9 +7,7 @@
 #include "engine/limits.h"
 #include "engine/run_messages.h"
 #include "engine/server_list.h"
-#include "ports/system_info.h"
 #include "tests/support/caught.h"
-#include "tests/support/scoped_ports.h"
 
 namespace tmw {
 namespace {
@@ -34,14 +30,6 @@ TEST(Digest, MinorNumbersCountEvenBelowAGreaterMajorOne) {
   };
   for (const auto& c : cases)
     EXPECT_EQ(CheckForUpdaterVersion(c.required, 3, 5), c.result) << c.required;
-}
-
-TEST(Digest, TheVersionOfAnUpdateHasExactlyFourNumbers) {
-  std::array<std::int32_t, 4> numbers{};
-  EXPECT_TRUE(TryParseUpdateVersion("3.6.0.12", numbers));
-  EXPECT_EQ(numbers, (std::array<std::int32_t, 4>{3, 6, 0, 12}));
-  for (const char* const line : {"", "1.2.3", "1.2.3.4.5", "1.2.3.99999999999"})
-    EXPECT_FALSE(TryParseUpdateVersion(line, numbers)) << line;
 }
 
 TEST(Digest, ComponentLinesAreReadFromTheThirdLineOn) {
@@ -166,20 +154,6 @@ TEST(FriendlySize, SwitchesUnitsAtEightHundred) {
     EXPECT_EQ(GetFriendlySizeString(c.bytes, false), c.words);
     EXPECT_EQ(GetFriendlySizeString(c.bytes, true), c.letters);
   }
-}
-
-TEST(FriendlySize, HasTheUsersDecimalSeparator) {
-  class PointSystem final : public ports::SystemInfo {
-   public:
-    std::optional<ports::OsFacts> Os() override { return std::nullopt; }
-    ports::HardwareFacts Hardware() override { return {}; }
-    ports::SystemFolders Folders() override { return {}; }
-    std::string DecimalSeparator() override { return "."; }
-  };
-  const tests::ScopedPorts ports;
-  PointSystem system;
-  ports->system_info = &system;
-  EXPECT_EQ(GetFriendlySizeString(2048, false), "2.0 килобайт");
 }
 
 TEST(SumsOfBytes, OverflowIsAnError) {

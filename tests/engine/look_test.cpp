@@ -185,27 +185,6 @@ TEST(Look, LoadingTakesTheMostRoomAtSomeMoment) {
     EXPECT_EQ(tmw::DownloadPeak(items), peak);
 }
 
-TEST_F(LookTest, ADatabaseNeedsRoomFiveTimesInTheTemporaryFolderAndTwiceInItsOwn) {
-  tmw::Manifest manifest;
-  manifest.VersionID = "R";
-  manifest.Tables.push_back({false, "Т", "", 100, "", true});
-  manifest.ScriptsPackage.PackSize = 7;
-  const auto release = tmw::MakeReleasePaths(Path("tmp"), "R");
-  sandbox_.Write("db/Tamrin.mdb", std::string(1000, 'x'));
-  sandbox_.Write("db/Tamrin_LastVer.mdb", std::string(400, 'x'));
-  for (const bool is_client : {true, false}) {
-    std::int64_t announced = 0;
-    std::int64_t estimated = 0;
-    for (const auto& need :
-         tmw::PlanSpace(manifest, is_client, release, tmw::SpaceMoment::kBeforeDownload)) {
-      announced += need.Announced;
-      estimated += need.Estimated;
-    }
-    EXPECT_EQ(announced, is_client ? 0 : 100);
-    EXPECT_EQ(estimated, is_client ? 0 : 5000 + 107 * 8 + 100 * 8 + 1000 + 1000 + 600 + 400);
-  }
-}
-
 TEST_F(LookTest, EveryFileConcernedIsLookedAt) {
   sandbox_.Write("db/DBUpdates/1.xml", "x");
   tmw::Manifest manifest;

@@ -62,28 +62,6 @@ class ManifestTest : public testing::Test {
   tmw::Manifest manifest_;
 };
 
-TEST_F(ManifestTest, GivesTheRecordsOfARelease) {
-  ASSERT_EQ(Read("Hash=\"x\"", ""), "");
-  EXPECT_EQ(manifest_.VersionID + manifest_.VersionIDNodeName, "R 3R_00203");
-  ASSERT_EQ(manifest_.Files.size(), 2U);
-  const tmw::WuFileNode& file = manifest_.Files[0];
-  EXPECT_EQ(file.OrigName + "|" + file.SrvName + "|" + file.Hash, "a.dll|parts/a.tmz|Hf");
-  EXPECT_EQ(file.Folder, tmw::JoinPath(tmw::JoinPath(sandbox_.Path(), "Bin"), "Sub"));
-  EXPECT_EQ(std::to_string(file.OrigSize) + std::to_string(file.SrvSize), "79");
-  EXPECT_TRUE(file.PackType == 4 && file.IsCom && !file.NeedUpdate);
-  EXPECT_EQ(manifest_.Files[1].Folder, sandbox_.Path()) << "the root itself";
-  EXPECT_FALSE(manifest_.Files[1].IsCom);
-  ASSERT_EQ(manifest_.Tables.size(), 2U);
-  const tmw::WuTableNode& dict = manifest_.Tables[0];
-  EXPECT_EQ(dict.TableName + dict.SrvFile + std::to_string(dict.SrvSize) + dict.Hash,
-            "Dict1d.bin5hd")
-      << "dictionaries come first";
-  EXPECT_TRUE(manifest_.Tables[1].IsUser && manifest_.Tables[1].Hash.empty());
-  const tmw::WuPackage& scripts = manifest_.ScriptsPackage;
-  EXPECT_EQ(scripts.SrvName + std::to_string(scripts.PackSize) + scripts.PackHash, "u.tmz3hu");
-  EXPECT_EQ(manifest_.StructuresPackage.SrvName, "s.tmz");
-}
-
 TEST_F(ManifestTest, FaultsAreNamed) {
   const std::string user_file =
       "\" в папке базы данных. В этом файле лежат данные пользователя; программа обновления его "
