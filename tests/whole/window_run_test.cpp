@@ -12,6 +12,14 @@ TEST_F(RunTest, AnUnfinishedInstallationIsSaidToBeOneAndTheNextRunHandsItsVersio
   tmw::DownloadingForm unfinished([] {});
   unfinished.Execute("TMW", server_.Url(""), "");
   EXPECT_FALSE(unfinished.Updated());
+  std::string notes;
+  for (const std::string& line : front_end_.windows.log) {
+    if (line.starts_with("notes ") && !notes.ends_with(line + "\n")) notes += line + "\n";
+  }
+  const std::string third = "notes этап 3 из 4|";
+  EXPECT_EQ(notes, "notes этап 1 из 4||\nnotes этап 2 из 4||\n" + third + "|\n" + third +
+                       "|байт\n" + third + "Программа.dll|байт\n" + third + "help.txt|байт\n" +
+                       third + "|байт\n" + third + "|\nnotes этап 4 из 4||\n");
   ASSERT_EQ(front_end_.log.size(), 3U);
   EXPECT_TRUE(front_end_.log[1].starts_with("warning|Ошибка загрузки|Ошибка регистрации файла"));
   EXPECT_TRUE(front_end_.log[2].starts_with(
