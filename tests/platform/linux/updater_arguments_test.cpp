@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "foundation/version.h"
 #include "ports/host.h"
 #include "tests/support/environment.h"
 
@@ -48,20 +47,6 @@ TEST(UpdaterArguments, RelativePathsAreMadeAbsoluteBeforeTheFolderChanges) {
     MakePathsAbsolute(0, nullptr);
     EXPECT_EQ(std::getenv(name), here + "/a/user.reg");
   }
-}
-
-TEST(UpdaterArguments, HelpAndVersionArePrintedAndEndTheProgram) {
-  const auto answer = [](const char* option) {
-    Words words = {"program", option, "-y"};
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(ports::PrepareUpdater(3, Pointers(words).data()), 0);
-    return testing::internal::GetCapturedStdout();
-  };
-  EXPECT_EQ(answer("--version"), "TmWebUpdate " + tmw::GetAppVersionString() + "\n");
-  const std::string help = answer("--help");
-  for (const char* const word : {" -w ", " -e ", " -p ", " -v ", " -y ", "--help", "--version",
-                                 "\n  0 ", "\n  1 ", "\n  2 ", "\n  3 "})
-    EXPECT_NE(help.find(word), std::string::npos) << word;
 }
 
 }  // namespace
