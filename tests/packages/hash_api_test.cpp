@@ -12,17 +12,6 @@ namespace {
 
 using namespace tmw;
 
-TEST(HashApi, FileAndArrayOfTheSameBytesHaveOneText) {
-  Sandbox sandbox;
-  for (const std::size_t length : {0U, 1U, 300000U}) {
-    const std::string bytes(length, '\xA5');
-    const std::vector<std::uint8_t> array(bytes.begin(), bytes.end());
-    EXPECT_EQ(GetFileHash(sandbox.Write("Файл.dat", bytes)), sha256::CSHA256().SHA256(array));
-  }
-  EXPECT_EQ(GetFileHash(sandbox.Write("empty", "")),
-            "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
-}
-
 TEST(HashApi, FilesAreFoundWhateverTheirPathLooksLike) {
   Sandbox sandbox;
   const std::string deep = std::string(90, 'a') + "/" + std::string(90, 'b') + "/";

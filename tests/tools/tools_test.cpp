@@ -3,7 +3,6 @@
 #include "foundation/program_error.h"
 #include "tests/fakes/hand_clock.h"
 #include "tests/support/scoped_ports.h"
-#include "tools/json.h"
 #include "tools/program.h"
 #include "tools/progress.h"
 
@@ -80,12 +79,6 @@ TEST(Tools, ACommandGetsItsOptionsAndWordsOrTheUserAComplaint) {
   };
   for (const auto& c : cases)
     EXPECT_EQ(ResultOf(c.arguments), c.result) << testing::PrintToString(c.arguments);
-}
-
-TEST(Tools, JsonKeepsTheOrderOfItsMembers) {
-  tools::Json json = {{"z", 1}, {"a", "x\ty"}};
-  json["list"] = tools::Json::array();
-  EXPECT_EQ(tools::JsonLine(json), "{\"z\":1,\"a\":\"x\\ty\",\"list\":[]}\n");
 }
 
 TEST(Tools, ProgressShowsShareRateAndRestAndNothingUnlessSomebodyWatches) {
