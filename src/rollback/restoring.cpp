@@ -1,5 +1,6 @@
 #include "rollback/restoring.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -58,6 +59,18 @@ Group GroupOf(const std::string& path) {
       tmw::PathKey(path) == tmw::PathKey(tmw::InstalledReferencePath()) ||
       tmw::PathKey(split.Folder) == tmw::PathKey(tmw::InstalledScriptsFolder());
   return is_of_database ? Group::kDatabase : Group::kProgram;
+}
+
+std::int64_t RoomNeeded(const tmw::KeptList& list) {
+  std::int64_t growth = 0;
+  std::int64_t largest = 0;
+  for (const tmw::KeptFile& file : list.Files) {
+    if (IsRestored(file)) continue;
+    const std::int64_t present = tmw::IsFileExists(file.Path) ? tmw::GetFileLength(file.Path) : 0;
+    growth += std::max<std::int64_t>(file.Length - present, 0);
+    largest = std::max(largest, file.Length);
+  }
+  return growth + largest;
 }
 
 void RestoreFiles(const tmw::KeptList& list, Group group, tmw::UpdaterEvents& events) {

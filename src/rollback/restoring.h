@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,10 @@ enum class Group {
 };
 
 Group GroupOf(const std::string& path);
+
+// The bytes that the disk must have free for all files: what they grow by, and the largest one,
+// which stands beside the file that it replaces.
+std::int64_t RoomNeeded(const tmw::KeptList& list);
 
 // Exchanges each file of the group in one step for the kept one, which stays where it is.
 // Components are unregistered before. Raises an error at the first file that cannot be exchanged.

@@ -81,6 +81,15 @@ inline std::string BackupSpoiled(const std::string& archive, const std::string& 
          "Без нее можно вернуть только файлы программы (TmRollback --files-only).";
 }
 
+// In kilobytes: a few of them may be all that is missing.
+inline std::string NoRoom(const std::string& folder, std::int64_t needed, std::int64_t free) {
+  constexpr std::int64_t kKilobyte = 1024;
+  return "Недостаточно места на диске, на котором находится папка " + tmw::Quoted(folder) + "." +
+         kBreak + "Для возврата необходимо не менее " +
+         std::to_string((needed + kKilobyte - 1) / kKilobyte) + " КБ, свободно " +
+         std::to_string(free / kKilobyte) + " КБ." + kUnchangedSentence;
+}
+
 inline std::string OwnFileMissing(const std::string& file) {
   return "Файл " + tmw::Quoted(file) + ", необходимый для возврата, не найден.";
 }

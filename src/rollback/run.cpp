@@ -1,5 +1,6 @@
 #include "rollback/run.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -9,6 +10,7 @@
 #include "foundation/api_errors.h"
 #include "foundation/contract_names.h"
 #include "foundation/file_utils.h"
+#include "ports/file_probe.h"
 #include "ports/ports.h"
 #include "ports/power.h"
 #include "product/interruption_mark.h"
@@ -65,6 +67,28 @@ tmw::LookPlan PlanLook(const tmw::KeptList& list, bool with_books) {
     plan.Folders.push_back(tmw::SplitFileName(database).Folder);
   }
   return plan;
+}
+
+// Two versions must not be left mixed for want of room. Of other disks than the product's nothing
+// is known. The books that have been unpacked go again if there is no room.
+bool HasRoom(const tmw::KeptList& list, bool with_books) {
+  ports::FileProbe& probe = *ports::CurrentPorts().file_probe;
+  const std::string root = tmw::GetProductRootPath();
+  const auto space = probe.SpaceOf(root);
+  const std::int64_t needed = RoomNeeded(list);
+  if (!space || space.value.free >= needed) return true;
+  std::int64_t unpacked = 0;
+  if (!IsClient()) {
+    const std::string copy = tmw::NewUserDatabasePath();
+    const auto of_books = probe.SpaceOf(tmw::SplitFileName(copy).Folder);
+    const bool is_counted = with_books && of_books && of_books.value.disk == space.value.disk;
+    unpacked = is_counted && tmw::IsFileExists(copy) ? tmw::GetFileLength(copy) : 0;
+    DeleteUnusedCopies();
+  }
+  tmw::ShowWarning(texts::kTitle,
+                   texts::NoRoom(root, needed + unpacked, space.value.free + unpacked),
+                   tmw::FailureKind::kDiskFull);
+  return false;
 }
 
 void WriteRecord(const tmw::KeptList& list, const std::string& set_aside) {
@@ -177,6 +201,8 @@ RunOutcome BringBack(const Wishes& wishes, tmw::UpdaterEvents& events,
   }
   if (!mark->SetAside.empty() &&
       (!list.Backup || !PrepareBooks(*list.Backup, mark->SetAside, events)))
+    return RunOutcome::kFailed;
+  if (!tmw::IsRollbackUnderWay() && !HasRoom(list, !mark->SetAside.empty()))
     return RunOutcome::kFailed;
   events.OnSetButtonMode(0);
   const auto awake = ports::CurrentPorts().power->KeepAwake(texts::kTitle, texts::kBusy);

@@ -3,6 +3,7 @@
 #include "product/kept_list.h"
 #include "rollback/run.h"
 #include "tests/engine/whole_run_fixture.h"
+#include "tests/fakes/scripted_file_probe.h"
 
 namespace tests {
 namespace {
@@ -131,6 +132,7 @@ TEST_F(RollbackTest, TheFilesAloneComeBackAfterAWarning) {
 TEST_F(RollbackTest, NothingIsTouchedUnlessAllThatIsKeptIsWhole) {
   const std::string spoiled = "warning" + kTitle + "Сохраненный файл предыдущей версии \"";
   const std::string list = kKept + "TMW_Kept.txt";
+  ScriptedFileProbe probe(*ports::CurrentPorts().file_probe);
   const struct {
     std::string box;  // its beginning
     std::function<void()> arrange;
@@ -162,6 +164,11 @@ TEST_F(RollbackTest, NothingIsTouchedUnlessAllThatIsKeptIsWhole) {
        },
        RunOutcome::kRefused},
       {"question|Файл уже используется|", [&] { HoldDatabase(); }},
+      {"warning" + kTitle + "Недостаточно места на диске",
+       [&] {  // for the largest file
+         ports::CurrentPorts().file_probe = &probe;
+         probe.space = [](const std::string&) { return ports::DiskSpace{"", 11}; };
+       }},
   };
   for (const auto& c : cases) {
     Renew();
