@@ -113,7 +113,7 @@ take_all() {
   for name in $("$@" | tr -d '\r'); do
     take "$front_end-$name" "$@" "$name"
     case $name in
-      question | message | error-*) ;;
+      question | message | error-* | rollback-*) ;;
       *) states+=("$pictures/$front_end-$name.png") ;;
     esac
   done

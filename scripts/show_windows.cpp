@@ -1,7 +1,10 @@
 // Shows one window as it looks in the middle of a run, until the program is ended: for looking at
 // it and for scripts/screenshots.sh. Without a name it lists the names.
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <string_view>
+#include <thread>
 
 #include "database/database_texts.h"
 #include "engine/engine_texts.h"
@@ -10,6 +13,9 @@
 #include "ports/host.h"
 #include "ports/ports.h"
 #include "ports/system_info.h"
+#include "rollback/decision.h"
+#include "rollback/rollback_texts.h"
+#include "rollback/window.h"
 #include "services/advice.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
@@ -22,6 +28,7 @@ using ports::BarKind;
 namespace box_titles = tmw::box_titles;
 namespace database_texts = tmw::database_texts;
 namespace engine_texts = tmw::engine_texts;
+namespace rollback_texts = rollback::texts;
 namespace ui_texts = tmw::ui_texts;
 
 struct State {
@@ -143,6 +150,69 @@ void ShowMessage() {
       tmw::FailureKind::kNameNotResolved);
 }
 
+constexpr const char* kSetAside = "C:\\Tamrin\\db\\Tamrin (до отката 2026-11-22 18-05-41).mdb";
+
+rollback::Findings ExampleFindings() {
+  rollback::Findings findings;
+  findings.List.Date = "2026-11-22 07:15:30";
+  findings.List.OldVersion = "5.12.339";
+  findings.List.NewVersion = "5.12.340";
+  findings.BooksState = rollback::Books::kChanged;
+  findings.Replaced = 123;
+  findings.Added = 4;
+  return findings;
+}
+
+void ShowWork(tmw::UpdaterEvents& events) {
+  events.OnSetMainAction(rollback_texts::kRestoring);
+  events.OnSetIcon("install");
+  events.OnSetButtonMode(0);
+  events.OnSetupProgress(100, false);
+  events.OnSetSubAction("TmReports.dll");
+  events.OnSetProgress(64);
+}
+
+void ShowEnd(tmw::UpdaterEvents& events) {
+  events.OnSetButtonMode(0);
+  tmw::ShowInformation(rollback_texts::kTitle, rollback_texts::Done("5.12.339") +
+                                                   rollback_texts::kBreak +
+                                                   rollback_texts::SetAside(kSetAside));
+}
+
+// The window of the way back as it looks while it works, asks or reports.
+struct WayBackState {
+  const char* name;
+  void (*show)(tmw::UpdaterEvents& events);
+};
+
+constexpr WayBackState kWayBackStates[] = {
+    {"rollback", ShowWork},
+    {"rollback-question", [](auto&) { Decide(ExampleFindings(), {}, kSetAside); }},
+    {"rollback-question-files",
+     [](auto&) {
+       Decide(ExampleFindings(), {false, true}, kSetAside);
+     }},
+    {"rollback-warning",
+     [](auto& events) {
+       events.OnSetMainAction(rollback_texts::kVerifying);
+       events.OnSetIcon("scan");
+       tmw::ShowWarning(
+           rollback_texts::kTitle,
+           rollback_texts::KeptFileSpoiled("C:\\Tamrin\\Предыдущая версия\\1\\17 TmReports.dll"));
+     }},
+    {"rollback-end", ShowEnd},
+};
+
+void ShowWayBack(const WayBackState& state) {
+  rollback::Window window;
+  window.Run([&] {
+    static_cast<void>(std::signal(SIGTERM, SIG_DFL));  // ends even what cannot be cancelled
+    state.show(window);
+    while (!window.CancelPressed())
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -155,6 +225,10 @@ int main(int argc, char** argv) {
   for (const State& state : kStates) {
     if (wanted.empty()) std::puts(state.name);
     if (wanted == state.name) return ShowState(state, false), 0;
+  }
+  for (const WayBackState& state : kWayBackStates) {
+    if (wanted.empty()) std::puts(state.name);
+    if (wanted == state.name) return ShowWayBack(state), 0;
   }
   if (wanted.empty()) return std::puts("question\nmessage\nerror-short\nerror-detailed"), 0;
   if (wanted == "question") return ShowState(kStates[1], true), 0;
