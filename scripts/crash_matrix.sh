@@ -11,12 +11,12 @@
 #     --double      the run that mends is killed too, at a spread of points after a spread of points
 #     --sample N    N points only, evenly distributed
 #     --stage NAME  only this one of scripts/crash_matrix/stages.py
-#     --bin FOLDER  the programs to try; without it those of linux-release, built first
+#     --bin FOLDER  the programs to try; without it those of linux-debug, built first
 set -euo pipefail
 cd "$(dirname "$0")/.."
 programs="TmWebUpdate TmRollback companion jetsql newer_updater tmpublish"
 if [[ " $* " != *" --bin "* ]]; then
-  TMW_TARGETS=$programs scripts/build.sh linux-release
-  set -- --bin build/linux-release/bin "$@"
+  TMW_TARGETS=$programs scripts/build.sh linux-debug
+  set -- --bin build/linux-debug/bin "$@"
 fi
 exec /usr/bin/python3 -B scripts/crash_matrix/matrix.py "$@"
