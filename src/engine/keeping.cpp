@@ -61,7 +61,7 @@ std::vector<Concerned> ConcernedPlaces(const KeepingRun& run) {
   return places;
 }
 
-// Tells a repair of the listed release from one that has been published anew.
+// Distinguishes a repair of the listed release from one that has been published anew.
 std::string ContentOf(const Manifest& manifest) {
   std::string text;
   for (const WuFileNode& file : manifest.Files)

@@ -120,7 +120,7 @@ inline constexpr const char* kTwoContents =
     "The updater keeps one content for a file's name, and %1 has another file of this name.";
 inline constexpr const char* kTableTwice = "The table comes twice.";
 inline constexpr const char* kVersionTable =
-    "The table tells a database's version or belongs to the database engine, and is never carried.";
+    "The table holds a database's version or belongs to the database engine, and is never carried.";
 inline constexpr const char* kFileOfTable = "A program file has the name of the table's file.";
 inline constexpr const char* kTooMuch =
     "All together is more than the 2147483647 bytes that the updater counts.";

@@ -9,7 +9,7 @@
 
 namespace publish {
 
-// Tells whether the database engine can read the statements of scripts. Each is run on an empty
+// Finds out whether the database engine can read the statements of scripts. Each is run on an empty
 // database of its own, where a sound one fails too, for want of its table: only what the engine
 // says of the statement's form counts.
 class StatementCheck {

@@ -149,7 +149,7 @@ TEST(Publish, FaultyInputIsRefusedByName) {
         "release.xml:8: /Release/Files/File[1]/@Mask marks it as IsCom, but it is no program",
         "tm/Reg64.dll: ", "tm/Reg0.dll: ",
         "3.xml:2: It leads from 3.5.8 to 3.6.1, beyond the release's version 3.6.0",
-        "MSysOwn: The table tells a database's version or belongs"}},
+        "MSysOwn: The table holds a database's version or belongs"}},
       {[](Sample& s, const Sandbox& box) {
          box.Write("product/Справка/core.DLL", "other");
          box.Write("product/tm/bad.uni", "\xFF\xFEx");
