@@ -1,7 +1,6 @@
 #include "engine/self_update.h"
 
 #include <cstdint>
-#include <span>
 #include <string>
 #include <utility>
 
@@ -16,10 +15,10 @@
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "foundation/text.h"
-#include "ports/companion_library.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "ports/processes.h"
+#include "product/own_files.h"
 #include "services/message_boxes.h"
 #include "services/processes.h"
 #include "services/product_settings.h"
@@ -37,13 +36,6 @@ ports::Processes& OwnProcess() {
   return *ports::CurrentPorts().processes;
 }
 
-// The options that this process was started with come last, because the later of two equal ones
-// counts.
-std::string RestartLine(const std::string& program, const std::string& own_options) {
-  const std::string received = OwnProcess().OwnArguments();
-  return Quoted(program) + own_options + (received.empty() ? "" : " " + received);
-}
-
 // The first free name in the folder, after an attempt to delete the file that has it. A running
 // program keeps its own file, so its successor gets the next number. Empty if no name is free.
 std::string FindFreeName(const std::string& folder, const std::string& name) {
@@ -55,10 +47,6 @@ std::string FindFreeName(const std::string& folder, const std::string& name) {
     if (!IsFileExists(candidate)) return candidate;
   }
   return {};
-}
-
-std::string CompanionFileName() {
-  return SplitFileName(ports::CurrentPorts().companion->Path()).FileName();
 }
 
 // The updater that was installed with the product, with its library; empty if there is none. Other
@@ -84,11 +72,6 @@ bool IsProgram(const std::string& name) {
   return LowerCase(SplitFileName(name).Extension) == "exe";
 }
 
-std::string HashOf(const std::string& bytes) {
-  return sha256::CSHA256().SHA256(
-      std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
-}
-
 bool VerifyUpdaterComponent(const std::string& url, const WuUpdaterComponent& component) {
   const std::string& file = component.LocalFileName;
   if (!IsFileExists(file)) {
@@ -101,7 +84,7 @@ bool VerifyUpdaterComponent(const std::string& url, const WuUpdaterComponent& co
                   FailureKind::kDamagedFile);
     return false;
   }
-  if (HashOf(ReadFileBytes(file)) != component.Hash) {
+  if (sha256::CSHA256().SHA256(ReadFileBytes(file)) != component.Hash) {
     DownloadError(engine_texts::ComponentHashDiffers(url), FailureKind::kDamagedFile);
     return false;
   }
@@ -127,7 +110,7 @@ bool SelfUpdate::CopyToTempFolderAndRestart(const std::string& product_code,
     return false;
   events_.OnSetMainAction(engine_texts::kRestarting);
   events_.OnSetSubAction("");
-  std::string options = " " + std::string(names::kOptionTempCopy);
+  std::string options(names::kOptionTempCopy);
   if (!old_version.empty())
     options += " " + std::string(names::kOptionOldVersion) + " " + old_version;
   RunProcess(program, RestartLine(program, options), SplitFileName(program).Folder, false,
@@ -142,8 +125,7 @@ void SelfUpdate::RestartWithRights(const Manifest& manifest) {
   if (program.empty()) return;
   events_.OnSetMainAction(engine_texts::kRestarting);
   try {
-    RunProcessInElevationMode(program,
-                              RestartLine(program, " " + std::string(names::kOptionElevated)),
+    RunProcessInElevationMode(program, RestartLine(program, std::string(names::kOptionElevated)),
                               SplitFileName(program).Folder, false, kContinuesChain);
   } catch (const ProgramError&) {
     // Declined, most likely: what is in the way is reported instead.
@@ -217,7 +199,7 @@ bool SelfUpdate::StartNewUpdater(const std::vector<WuUpdaterComponent>& componen
   const std::string& program = components.front().LocalFileName;
   const ports::Status status = ports::CurrentPorts().files->MakeExecutable(program);
   if (!status) RaiseApiErrorWithMessage(engine_texts::ProgramNotPrepared(program), status.code);
-  RunProcess(program, RestartLine(program, " " + std::string(names::kOptionRestarted)), "", false,
+  RunProcess(program, RestartLine(program, std::string(names::kOptionRestarted)), "", false,
              kContinuesChain);
   exit_updater_();
   return true;

@@ -5,19 +5,11 @@
 #include "engine/engine_texts.h"
 #include "foundation/file_utils.h"
 #include "packages/hash_api.h"
+#include "packages/hashed_copy.h"
 #include "services/message_boxes.h"
-#include "sha256/sha256.h"
 
 namespace tmw {
 namespace {
-
-bool CopyHashed(const std::string& source, const std::string& target, const std::string& hash) {
-  sha256::Stream stream;
-  CopyCheck check;
-  check.OnBytes = [&](const void* bytes, std::size_t length) { stream.Update(bytes, length); };
-  check.IsGood = [&] { return GetHashString(stream.Finish()) == hash; };
-  return CopyFileChecked(source, target, check);
-}
 
 // The record's hash is that of the text, without a mark at its beginning.
 bool CopyHashedText(const WuFileNode& file, const std::string& loaded,
@@ -35,7 +27,7 @@ bool CopyHashedText(const WuFileNode& file, const std::string& loaded,
 
 bool CopyVerified(const WuFileNode& file, const std::string& loaded, const std::string& installed) {
   const bool is_good = file.PackType == kPackText ? CopyHashedText(file, loaded, installed)
-                                                  : CopyHashed(loaded, installed, file.Hash);
+                                                  : CopyFileHashed(loaded, installed, file.Hash);
   if (is_good) return true;
   DownloadError(engine_texts::LoadedFileChanged(loaded), FailureKind::kOther);
   DeleteFileRepeatedly(loaded);
@@ -44,7 +36,7 @@ bool CopyVerified(const WuFileNode& file, const std::string& loaded, const std::
 
 bool CopyBuiltDatabase(const std::string& built, const std::string& target,
                        const std::string& hash) {
-  if (CopyHashed(built, target, hash)) return true;
+  if (CopyFileHashed(built, target, hash)) return true;
   DownloadError(engine_texts::BuiltDatabaseChanged(built), FailureKind::kDatabase);
   return false;
 }

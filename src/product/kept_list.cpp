@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <span>
 #include <string_view>
 
 #include "foundation/api_errors.h"
@@ -30,11 +29,6 @@ constexpr std::string_view kNone = "-";
 
 std::string ListPath() {
   return JoinPath(KeptRoot(), names::kKeptList);
-}
-
-std::string HashOf(std::string_view bytes) {
-  return sha256::CSHA256().SHA256(
-      std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
 }
 
 std::string RootOfProduct() {
@@ -71,7 +65,7 @@ std::string TextOf(const KeptList& list) {
     text += Line({"backup", std::to_string(list.Backup->Length), list.Backup->Hash,
                   list.Backup->Version, list.Backup->NewHash, list.Backup->Archive});
   }
-  return text + std::string(kEnd) + HashOf(text) + std::string(kCrLf);
+  return text + std::string(kEnd) + sha256::CSHA256().SHA256(text) + std::string(kCrLf);
 }
 
 // The parts of a line; the last one takes the rest of it. Nothing if there are fewer.
@@ -139,7 +133,8 @@ std::optional<std::vector<std::string>> WholeLines(std::string_view bytes) {
   const std::size_t end = bytes.rfind(kEnd);
   if (end == std::string_view::npos) return std::nullopt;
   const std::string_view text = bytes.substr(0, end);
-  if (bytes.substr(end) != std::string(kEnd) + HashOf(text) + std::string(kCrLf) ||
+  if (bytes.substr(end) !=
+          std::string(kEnd) + sha256::CSHA256().SHA256(text) + std::string(kCrLf) ||
       !text.ends_with(kCrLf))
     return std::nullopt;
   return Split(text.substr(0, text.size() - kCrLf.size()), kCrLf);

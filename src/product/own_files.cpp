@@ -9,13 +9,17 @@
 
 namespace tmw {
 
+std::string CompanionFileName() {
+  return SplitFileName(ports::CurrentPorts().companion->Path()).FileName();
+}
+
 bool IsOwnFileName(const std::string& name) {
   const ports::Ports& ports = ports::CurrentPorts();
   for (const std::string_view program : {names::kUpdaterProgram, names::kRollbackProgram}) {
     if (EqualIgnoringCase(name, std::string(program) + ports.processes->ProgramEnding()))
       return true;
   }
-  return EqualIgnoringCase(name, SplitFileName(ports.companion->Path()).FileName());
+  return EqualIgnoringCase(name, CompanionFileName());
 }
 
 }  // namespace tmw

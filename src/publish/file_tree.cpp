@@ -96,10 +96,6 @@ class TreeLister {
   std::vector<TreeEntry> files_;
 };
 
-std::string TextOf(sha256::Stream& stream) {
-  return tmw::GetHashString(stream.Finish());
-}
-
 }  // namespace
 
 std::vector<TreeEntry> ListTree(const std::string& folder) {
@@ -179,15 +175,9 @@ std::string HashOfFile(const std::string& path) {
   sha256::Stream stream;
   for (;;) {
     const std::size_t got = ReadPiece(*file, buffer.data(), buffer.size(), path);
-    if (got == 0) return TextOf(stream);
+    if (got == 0) return tmw::GetHashString(stream.Finish());
     stream.Update(buffer.data(), got);
   }
-}
-
-std::string HashOfBytes(std::string_view bytes) {
-  sha256::Stream stream;
-  stream.Update(bytes.data(), bytes.size());
-  return TextOf(stream);
 }
 
 std::unique_ptr<ports::FileLock> LockFile(const std::string& path, const char* held,

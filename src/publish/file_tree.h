@@ -45,7 +45,6 @@ void CloseWritten(ports::File& file, const std::string& path);
 
 // SHA-256 as text.
 std::string HashOfFile(const std::string& path);
-std::string HashOfBytes(std::string_view bytes);
 
 // Locks a file, which is made if it is not there. Raises `held` with the folder's name if another
 // process has locked it.

@@ -19,6 +19,7 @@
 #include "ports/processes.h"
 #include "publish/file_tree.h"
 #include "publish/packer_texts.h"
+#include "sha256/sha256.h"
 #include "tools/command_line.h"
 #include "tools/fill.h"
 #include "tools/stop.h"
@@ -231,7 +232,7 @@ bool Packer::IsSound(const PackJob& job, const std::string& archive, const std::
 std::string Packer::KeyOf(const PackJob& job) const {
   std::string text =
       "1\n" + command_ + "\n" + job.hash + "\n" + job.name + (job.is_executable ? "\nx" : "\n-");
-  return HashOfBytes(text + (format_ == packing::RarFormat::kRar4 ? "\n4" : "\n5"));
+  return sha256::CSHA256().SHA256(text + (format_ == packing::RarFormat::kRar4 ? "\n4" : "\n5"));
 }
 
 }  // namespace publish

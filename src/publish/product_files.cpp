@@ -10,6 +10,7 @@
 #include "publish/fault_texts.h"
 #include "publish/file_tree.h"
 #include "publish/release_names.h"
+#include "sha256/sha256.h"
 
 namespace publish {
 namespace {
@@ -82,7 +83,7 @@ std::string MakeServerName(const std::string& path) {
     if (is_plain || !name.ends_with('_')) name += is_plain ? c : '_';
   }
   if (name.size() > kLongest) name = name.substr(0, kLongest);
-  if (name != path) name += "-" + HashOfBytes(path).substr(0, kHashDigits);
+  if (name != path) name += "-" + sha256::CSHA256().SHA256(path).substr(0, kHashDigits);
   return std::string(kFilesFolder) + "/" + name + std::string(tmw::names::kPackageEnding);
 }
 

@@ -8,12 +8,13 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/version.h"
-#include "ports/companion_library.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
 #include "ports/processes.h"
 #include "product/kept_list.h"
+#include "product/own_files.h"
 #include "product/rollback_mark.h"
+#include "product/start_conditions.h"
 #include "product/working_place.h"
 #include "rollback/rollback_texts.h"
 #include "rollback/run.h"
@@ -70,11 +71,6 @@ bool IsInTerminal() {
          !ports::CurrentPorts().front_end->CanAsk();
 }
 
-bool IsNetworkInstallation() {
-  const std::string folder = tmw::JoinPath(tmw::GetProductRootPath(), names::kProgramFolder);
-  return !tmw::CollectFileNamesInFolder(folder, std::string(names::kNetworkMarkMask)).empty();
-}
-
 RunOutcome Refuse(const std::string& text) {
   tmw::ShowInformation(texts::kTitle, text);
   return RunOutcome::kRefused;
@@ -83,30 +79,12 @@ RunOutcome Refuse(const std::string& text) {
 constexpr tmw::WaitingTexts kWaits = {texts::kTitle, texts::ApplicationIsOpen,
                                       texts::UpdaterIsRunning};
 
-bool WaitForOthersAndLock() {
-  for (const names::GuardedApplication& application : names::kGuardedApplications) {
-    if (!tmw::WaitUntilAppMutexClosed(std::string(application.mutex),
-                                      std::string(application.title), kWaits))
-      return false;
-  }
-  return tmw::LockUpdaterMutex(std::string(names::kUpdaterMutex), kWaits) &&
-         tmw::LockProductFolder(tmw::GetProductRootPath(), kWaits);
-}
-
-std::string CommandLine(const std::string& program, std::string_view option) {
-  const std::string received = ports::CurrentPorts().processes->OwnArguments();
-  return tmw::Quoted(program) + " " + std::string(option) + (received.empty() ? "" : " ") +
-         received;
-}
-
 // The program in the product's folder can then be exchanged too.
 RunOutcome GoOnAsCopy() {
   std::string folder;
   if (!tmw::CreateWorkingPlace(WorkingPlace(), folder)) return RunOutcome::kFailed;
   const tmw::SplitName own = tmw::SplitFileName(ports::CurrentPorts().processes->OwnProgram());
-  const std::string library =
-      tmw::SplitFileName(ports::CurrentPorts().companion->Path()).FileName();
-  for (const std::string& name : {own.FileName(), library}) {
+  for (const std::string& name : {own.FileName(), tmw::CompanionFileName()}) {
     const std::string file = tmw::JoinPath(own.Folder, name);
     if (!tmw::IsFileExists(file)) {
       tmw::ShowWarning(texts::kTitle, texts::OwnFileMissing(file), tmw::FailureKind::kOwnFiles);
@@ -116,7 +94,8 @@ RunOutcome GoOnAsCopy() {
   }
   const std::string copy = tmw::JoinPath(folder, own.FileName());
   tmw::ReleaseUpdaterLock();
-  tmw::RunProcess(copy, CommandLine(copy, names::kOptionTempCopy), "", false, tmw::kContinuesChain);
+  tmw::RunProcess(copy, tmw::RestartLine(copy, std::string(names::kOptionTempCopy)), "", false,
+                  tmw::kContinuesChain);
   return RunOutcome::kDone;
 }
 
@@ -130,7 +109,8 @@ void RestartWithRights() {
                     tmw::SplitFileName(processes.OwnProgram()).FileName());
   if (!tmw::IsFileExists(program)) return;
   try {
-    tmw::RunProcessInElevationMode(program, CommandLine(program, names::kOptionElevated),
+    tmw::RunProcessInElevationMode(program,
+                                   tmw::RestartLine(program, std::string(names::kOptionElevated)),
                                    tmw::SplitFileName(program).Folder, false, tmw::kContinuesChain);
   } catch (const tmw::ProgramError&) {
     return;  // declined, most likely: what is in the way is reported instead
@@ -160,10 +140,12 @@ RunOutcome BringBackInWindow(const Wishes& wishes) {
 }
 
 RunOutcome Work(const Options& options) {
-  if (IsNetworkInstallation()) return Refuse(texts::kNetworkInstallation);
+  const std::string root = tmw::GetProductRootPath();
+  if (tmw::HasClientLists(root)) return Refuse(texts::kNetworkInstallation);
   if (!tmw::IsRollbackUnderWay() && !tmw::IsFolderExists(tmw::KeptRoot()))
     return Refuse(texts::kNothingKept);
-  if (!WaitForOthersAndLock()) return RunOutcome::kRefused;
+  if (!tmw::WaitForOthersAndLock(kWaits) || !tmw::LockProductFolder(root, kWaits))
+    return RunOutcome::kRefused;
   if (!tmw::RunsInWorkingPlace(WorkingPlace())) return GoOnAsCopy();
   const RunOutcome outcome = BringBackInWindow(options.wishes);
   tmw::ReleaseUpdaterLock();
@@ -197,10 +179,7 @@ RunOutcome RehearseAndReport(const Wishes& wishes) {
 }
 
 RunOutcome RunWith(Options& options) {
-  options.settings.IsClientInstallation =
-      tmw::LowerCase(tmw::GetProductSetting_String(true, std::string(names::kGeneralSection),
-                                                   std::string(names::kInstallationTypeSetting),
-                                                   "")) == names::kClientInstallation;
+  options.settings.IsClientInstallation = tmw::IsClientInstallation();
   tmw::SetUpdaterSettings(options.settings);
   tmw::LogEvent("rollback_start", {{"program", ports::CurrentPorts().processes->OwnProgram()},
                                    {"build", tmw::GetAppVersionString()},

@@ -1,13 +1,13 @@
 #include "rollback/restoring.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 
 #include "database/database_paths.h"
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
 #include "packages/hash_api.h"
+#include "packages/hashed_copy.h"
 #include "ports/clock.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
@@ -16,7 +16,6 @@
 #include "rollback/rollback_texts.h"
 #include "services/run_log.h"
 #include "services/updater_settings.h"
-#include "sha256/sha256.h"
 
 namespace rollback {
 namespace {
@@ -39,11 +38,7 @@ void Restore(const tmw::KeptList& list, const tmw::KeptFile& file) {
   if (file.IsRegistered && tmw::IsFileExists(file.Path)) Unregister(file.Path);
   tmw::CreateFolderIfAbsent(tmw::SplitFileName(file.Path).Folder);
   const std::string kept = tmw::KeptPlace(list, file);
-  sha256::Stream stream;
-  tmw::CopyCheck check;
-  check.OnBytes = [&](const void* bytes, std::size_t length) { stream.Update(bytes, length); };
-  check.IsGood = [&] { return tmw::GetHashString(stream.Finish()) == file.Hash; };
-  if (!tmw::CopyFileChecked(kept, file.Path, check))
+  if (!tmw::CopyFileHashed(kept, file.Path, file.Hash))
     tmw::RaiseProgramError(texts::KeptFileSpoiled(kept));
   tmw::LogEvent("restored", {{"file", file.Path}});
 }

@@ -86,6 +86,11 @@ std::int32_t RunProcessInElevationMode(const std::string& exe_name, const std::s
   return RunElevated(exe_name, cmd_line, work_dir, wait, (flags & kContinuesChain) != 0);
 }
 
+std::string RestartLine(const std::string& program, const std::string& own_options) {
+  const std::string received = ports::CurrentPorts().processes->OwnArguments();
+  return Quoted(program) + " " + own_options + (received.empty() ? "" : " ") + received;
+}
+
 void NormalizeExeNameAndCmdLine(std::string& exe_name, std::string& cmd_line) try {
   cmd_line = Trim(cmd_line);
   bool is_inside_quotes = false;

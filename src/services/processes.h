@@ -32,6 +32,10 @@ std::int32_t RunProcessInElevationMode(const std::string& exe_name, const std::s
                                        const std::string& work_dir, bool wait,
                                        std::int32_t flags = 0);
 
+// The command line of a successor of this process: the program, own_options (with blanks between
+// them), then what this process was started with, because the later of two equal options counts.
+std::string RestartLine(const std::string& program, const std::string& own_options);
+
 // Splits the program off a full command line at its first blank outside quotes. exe_name is filled
 // only when empty, and keeps its quotes; cmd_line becomes the parameters. A line without such a
 // blank stays whole in cmd_line.

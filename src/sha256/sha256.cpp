@@ -97,7 +97,7 @@ Digest Stream::Finish() {
   return digest;
 }
 
-std::string CSHA256::SHA256(std::span<const std::uint8_t> bytes) const {
+std::string CSHA256::SHA256(std::string_view bytes) const {
   Stream stream;
   stream.Update(bytes.data(), bytes.size());
   constexpr char kDigits[] = "0123456789abcdef";
@@ -107,6 +107,10 @@ std::string CSHA256::SHA256(std::span<const std::uint8_t> bytes) const {
     text.push_back(kDigits[byte & 15U]);
   }
   return text;
+}
+
+std::string CSHA256::SHA256(std::span<const std::uint8_t> bytes) const {
+  return SHA256(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
 }
 
 }  // namespace sha256

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 // SHA-256 (FIPS 180-4), without dependencies: the check of a new updater needs nothing else, and
 // the companion library is built from the same source.
@@ -47,10 +48,11 @@ class Stream {
   std::uint64_t total_ = 0;
 };
 
-// The digest of a byte array as text.
+// The digest of bytes as text.
 class CSHA256 {
  public:
   // 64 lower-case hexadecimal digits.
+  std::string SHA256(std::string_view bytes) const;
   std::string SHA256(std::span<const std::uint8_t> bytes) const;
 };
 

@@ -19,6 +19,7 @@
 #include "ports/processes.h"
 #include "ports/settings_store.h"
 #include "product/rollback_mark.h"
+#include "product/start_conditions.h"
 #include "services/box_titles.h"
 #include "services/message_boxes.h"
 #include "services/mutexes.h"
@@ -37,11 +38,6 @@ constexpr const char* kModule = "miMain";
 
 constexpr std::int32_t kNamedProxy = 3;
 constexpr std::int32_t kLastProxyType = 4;
-
-bool HasClientLists(const std::string& root_path) {
-  const std::string folder = JoinPath(root_path, names::kProgramFolder);
-  return !CollectFileNamesInFolder(folder, std::string(names::kNetworkMarkMask)).empty();
-}
 
 std::string MachineSetting(std::string_view name) {
   return GetProductSetting_String(true, std::string(names::kGeneralSection), std::string(name), "");
@@ -65,8 +61,7 @@ void ReadUpdateSettings(UpdaterSettings& settings) {
 
 UpdaterSettings ReadProductSettings() {
   UpdaterSettings settings;
-  const std::string installation = MachineSetting(names::kInstallationTypeSetting);
-  settings.IsClientInstallation = LowerCase(installation) == names::kClientInstallation;
+  settings.IsClientInstallation = IsClientInstallation();
   const std::string root_path = MachineSetting(names::kRootPathSetting);
   if (!root_path.empty()) settings.IsNetworkInstallation = HasClientLists(root_path);
   ReadUpdateSettings(settings);
@@ -129,13 +124,8 @@ void RefuseNetworkInstallation() {
   RunMainExeFile();
 }
 
-bool WaitForOthersAndLock() {
-  for (const names::GuardedApplication& application : names::kGuardedApplications) {
-    if (!WaitUntilAppMutexClosed(std::string(application.mutex), std::string(application.title))) {
-      return false;
-    }
-  }
-  if (!LockUpdaterMutex(std::string(names::kUpdaterMutex))) return false;
+bool LockAgainstOthers() {
+  if (!WaitForOthersAndLock()) return false;
   const std::string root = MachineSetting(names::kRootPathSetting);
   return root.empty() || !IsFolderExists(root) || LockProductFolder(root);
 }
@@ -193,7 +183,7 @@ void Main(const ProgressWindowFactory& make_progress_window) try {
     RefuseNetworkInstallation();
     return;
   }
-  if (!WaitForOthersAndLock()) return;
+  if (!LockAgainstOthers()) return;
   if (IsRollbackMarked()) {
     OfferToFinishRollback();
     return;

@@ -38,8 +38,7 @@ std::vector<std::string> Quoted(const std::string& line) {
 }
 
 std::string HashOf(const std::string& bytes) {
-  return sha256::CSHA256().SHA256(
-      {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+  return sha256::CSHA256().SHA256(bytes);
 }
 
 // expected.json is indented by depth: samples, their properties, files and volumes.

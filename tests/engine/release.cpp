@@ -21,8 +21,7 @@ void WriteBytes(const std::string& path, const std::string& bytes) {
 }
 
 std::string HashOf(const std::string& bytes) {
-  return sha256::CSHA256().SHA256(
-      std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
+  return sha256::CSHA256().SHA256(bytes);
 }
 
 std::string Attribute(const std::string& name, const std::string& value) {

@@ -27,7 +27,7 @@ TEST(HashApi, FilesAreFoundWhateverTheirPathLooksLike) {
 TEST(HashApi, ATextIsHashedAsItsUtf16Units) {
   const std::vector<std::uint8_t> units = {0x61, 0, 0x62, 0, 0x4F, 0x04};
   EXPECT_EQ(GetStringHash("abя"), sha256::CSHA256().SHA256(units));
-  EXPECT_EQ(GetStringHash(""), sha256::CSHA256().SHA256({}));
+  EXPECT_EQ(GetStringHash(""), sha256::CSHA256().SHA256(""));
 }
 
 TEST(HashApi, AMissingFileIsNamedWithTheSystemsReason) {

@@ -6,6 +6,7 @@
 #include "packages/rar_archive.h"
 #include "publish/file_tree.h"
 #include "publish/scripts.h"
+#include "sha256/sha256.h"
 #include "tests/publish/sample.h"
 
 namespace tests {
@@ -32,7 +33,7 @@ void Rebind(const Sandbox& sandbox) {
   if (at == std::string::npos) return;
   digest.resize(at);
   sandbox.Write("server/TMW_version.dat", digest + "manifest:" + std::to_string(package.size()) +
-                                              "|" + publish::HashOfBytes(package) + "\r\n");
+                                              "|" + sha256::CSHA256().SHA256(package) + "\r\n");
 }
 
 void ChangeManifest(const Sandbox& sandbox, const std::string& piece, const std::string& instead) {

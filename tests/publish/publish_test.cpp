@@ -11,6 +11,7 @@
 #include "publish/difference.h"
 #include "publish/file_tree.h"
 #include "publish/product_files.h"
+#include "sha256/sha256.h"
 #include "tests/fakes/faulty_file_system.h"
 #include "tests/publish/sample.h"
 #include "tests/support/caught.h"
@@ -31,7 +32,7 @@ TEST(Publish, TheRootHasItsTwoTextsAndTheReleaseItsListing) {
   EXPECT_EQ(sandbox.Read("server/TMW_version.dat"),
             "3.6.0.2\r\n1.0\r\nupdater:Updater.exe|7|"
             "196c23750e800642e7c008dc0416536449f295069c8161c23283c86334f8d251\r\nmanifest:" +
-                std::to_string(package.size()) + "|" + publish::HashOfBytes(package) + "\r\n");
+                std::to_string(package.size()) + "|" + sha256::CSHA256().SHA256(package) + "\r\n");
   const std::string listing = sandbox.Read("server/TMW_3.6.0.2/_Listing.txt");
   for (const char* const name :
        {"\tfiles/tm/Core.dll.tmz\t{p}tm Core.dll\n", "{p}tm Reg.dll, COM\n", "{p}Help Счёт №1.htm",
