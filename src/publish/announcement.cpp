@@ -139,8 +139,8 @@ std::string FindOlder(const std::string& root, const std::string& version) {
     const bool is_release =
         IsVersion(candidate, 4) &&
         tmw::IsFileExists(tmw::JoinPath(tmw::JoinPath(root, entry.name), kAnnouncement));
-    if (!is_release || NumbersOf(candidate) >= NumbersOf(version)) continue;
-    if (found.empty() || NumbersOf(candidate) > NumbersOf(found)) found = candidate;
+    if (!is_release || !IsOlder(candidate, version)) continue;
+    if (found.empty() || IsOlder(found, candidate)) found = candidate;
   }
   return found;
 }
@@ -188,7 +188,7 @@ Announcement Announce(const std::string& root, const std::string& version, const
 void CheckNotOlder(const std::string& root, const std::string& version, const std::string& place,
                    Faults& faults) {
   const std::string announced = ReadPresent(root).digest.version;
-  if (IsVersion(version, 4) && !announced.empty() && NumbersOf(version) < NumbersOf(announced))
+  if (IsVersion(version, 4) && !announced.empty() && IsOlder(version, announced))
     faults.Add(place, texts::kNewerAnnounced, {announced});
 }
 
@@ -228,7 +228,7 @@ std::string AnnouncedVersion(const std::string& root, Faults& faults) {
 bool IsAnnounced(const std::string& root, const std::string& version) {
   const Present present = ReadPresent(root);
   if (!present.is_there) return false;
-  return present.digest.version.empty() || NumbersOf(present.digest.version) >= NumbersOf(version);
+  return present.digest.version.empty() || !IsOlder(present.digest.version, version);
 }
 
 std::string Encoded(const std::string& text, const std::string& place, Faults& faults) {

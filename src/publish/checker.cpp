@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -26,39 +25,11 @@
 #include "publish/server_lines.h"
 #include "publish/tables.h"
 #include "publish/trust_check.h"
+#include "publish/unpack_folders.h"
 #include "publish/workers.h"
 
 namespace publish {
 namespace {
-
-// A folder to unpack into for each worker: to make and remove one for every file would take longer
-// than everything else.
-class UnpackFolders {
- public:
-  explicit UnpackFolders(std::string parent) : parent_(std::move(parent)) {}
-
-  std::string Take() {
-    const std::lock_guard lock(guard_);
-    if (free_.empty()) return tmw::JoinPath(parent_, std::to_string(made_++));
-    std::string folder = std::move(free_.back());
-    free_.pop_back();
-    return folder;
-  }
-
-  // Deletes the files in the folder, which may not have been made.
-  void Return(const std::string& folder) {
-    for (const std::string& name : tmw::CollectFileNamesInFolder(folder, "*"))
-      tmw::DeleteFile(tmw::JoinPath(folder, name));
-    const std::lock_guard lock(guard_);
-    free_.push_back(folder);
-  }
-
- private:
-  std::string parent_;
-  std::mutex guard_;
-  std::vector<std::string> free_;
-  std::size_t made_ = 0;
-};
 
 // Checks everything that a server offers.
 class ServerCheck {

@@ -11,6 +11,7 @@
 #include "publish/release_names.h"
 #include "publish/release_source.h"
 #include "publish/server_lines.h"
+#include "publish/unpack_folders.h"
 
 namespace publish {
 namespace {
@@ -45,14 +46,15 @@ void CheckMirror(Digest digest, std::optional<std::size_t> sample, const std::st
   const std::vector<std::size_t> chosen = Choose(manifest, sample);
   state.components = Choose(manifest, std::nullopt).size();
   progress.Begin(state.server, chosen.size());
+  UnpackFolders folders(scratch);
   for (const std::size_t number : chosen) {
-    const std::string folder = tmw::JoinPath(scratch, std::to_string(number));
+    const std::string folder = folders.Take();
     if (number < manifest.files.size()) {
       check.CheckFile(manifest.files[number], folder, state.faults);
     } else {
       check.CheckDictionary(manifest.tables[number - manifest.files.size()], folder, state.faults);
     }
-    RemoveTree(folder);
+    folders.Return(folder);
     ++state.checked;
     progress.Advance();
   }
