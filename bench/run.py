@@ -199,7 +199,7 @@ def files():
     compare("compact / twice cp and mdb-export", 1.0, "jet_file compact big.mdb compact.mdb",
             ["cp big.mdb copy.mdb; sync copy.mdb", "cp big.mdb copy2.mdb; sync copy2.mdb",
              "mdb-export big.mdb Документы >mdb.csv"], "rm -f copy*.mdb compact.mdb")
-    shell("rm compact.mdb")
+    shell("rm -f compact.mdb")
     memory("reading", 128, "jet_file read big.mdb")
     memory("compacting", 128, "jet_file compact big.mdb compact.mdb")
     opening = statistics.median(float(shell("jet_file list many.mdb").split()[0])

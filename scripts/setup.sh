@@ -8,7 +8,7 @@ packages=(
   g++ cmake make ninja-build ccache git pkg-config clang-format
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
   libcurl4-openssl-dev libcxxopts-dev libsodium-dev libsqlite3-dev libsystemd-dev libxml2-dev zlib1g-dev
-  googletest libbenchmark-dev nlohmann-json3-dev
+  googletest nlohmann-json3-dev
   # the windows: Qt, and the pictures of both front ends
   qt6-base-dev librsvg2-bin
   # screenshots, and clicks into the windows
