@@ -47,9 +47,9 @@ Outcome RunOurs(const std::vector<std::string>& volumes) {
     outcome.bytes += length;
     return true;
   });
-  while (archive.ReadHeader() == kRarOk) {
+  while (archive.ReadHeader() == ports::kRarOk) {
     if (archive.Current().special) continue;
-    if (archive.Test() != kRarOk) outcome.is_right = false;
+    if (archive.Test() != ports::kRarOk) outcome.is_right = false;
   }
   return outcome;
 }

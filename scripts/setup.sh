@@ -20,7 +20,7 @@ packages=(
   # servers of the tests
   dbus nginx-light openssl python3 python3-dbusmock python3-pyftpdlib tinyproxy
   # judges of what we write, and what tests hold locks and processes with
-  bsdutils curl libarchive-tools mdbtools minisign p7zip-full procps sqlite3 strace unar unzip util-linux
+  bsdutils curl libarchive-dev libarchive-tools mdbtools minisign p7zip-full procps sqlite3 strace unar unzip util-linux
   # packages: making, checking, signing them, and a clean system to try them in
   desktop-file-utils dpkg-dev fakeroot lintian man-db mmdebstrap nsis osslsigncode
   # fuzzing
