@@ -81,17 +81,15 @@ std::string UnescapedText(std::string_view text) {
   constexpr std::array<std::string_view, 7> kMeanings = {"^",  "|",  "\r\n",       "\r",
                                                          "\n", "\t", kNoBreakSpace};
   std::string result;
-  result.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char next = i + 1 < text.size() ? text[i + 1] : '\0';
-    if (text[i] == '^' && next >= '1' && next <= '7') {
-      result += kMeanings[static_cast<std::size_t>(next - '1')];
-      ++i;
-    } else {
-      result += text[i];
-    }
+  for (;;) {
+    const std::size_t mark = text.find('^');
+    result += text.substr(0, mark);
+    if (mark == std::string_view::npos) return result;
+    const char next = mark + 1 < text.size() ? text[mark + 1] : '\0';
+    const bool is_escape = next >= '1' && next <= '7';
+    result += is_escape ? kMeanings[static_cast<std::size_t>(next - '1')] : "^";
+    text.remove_prefix(mark + (is_escape ? 2 : 1));
   }
-  return result;
 }
 
 void PutDigits(std::string& text, std::int32_t value, int count) {

@@ -58,7 +58,8 @@ std::string_view TableTextReader::Peek(const char* expected) {
 std::string_view TableTextReader::Take(const char* expected) {
   ++line_;
   const std::string_view line = Peek(expected);
-  if (line.find_first_of(kCrLf) != std::string_view::npos)
+  if (line.find(kCrLf[0]) != std::string_view::npos ||
+      line.find(kCrLf[1]) != std::string_view::npos)
     RaiseProgramError(database_texts::StrayLineBreak());
   position_ += line.size() + kCrLf.size();
   return line;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 
 #include "foundation/encoding_tables.h"
@@ -54,13 +56,49 @@ char32_t NextCodePoint(std::string_view text, std::size_t& position) {
   return value;
 }
 
-void AppendUtf16(std::u16string& text, char32_t c) {
-  if (c < 0x10000) {
-    text.push_back(static_cast<char16_t>(c));
-    return;
+// How many ASCII characters stand from the position on.
+std::size_t AsciiRun(std::string_view text, std::size_t position) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::size_t end = position;
+  for (std::uint64_t eight = 0; text.size() - end >= sizeof eight; end += sizeof eight) {
+    std::memcpy(&eight, text.data() + end, sizeof eight);
+    if ((eight & kHighBits) != 0) break;
   }
-  text.push_back(static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10U)));
-  text.push_back(static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FFU)));
+  while (end < text.size() && static_cast<unsigned char>(text[end]) < 0x80)
+    ++end;
+  return end - position;
+}
+
+char16_t* PutUtf16(char16_t* to, char32_t c) {
+  if (c < 0x10000) {
+    *to++ = static_cast<char16_t>(c);
+    return to;
+  }
+  *to++ = static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10U));
+  *to++ = static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FFU));
+  return to;
+}
+
+// Decodes a text; `malformed` stands for each malformed byte. Returns false if there is one and
+// malformed is kMalformed.
+bool DecodeUtf8(std::string_view text, char32_t malformed, std::u16string& result) {
+  // No character has more units than bytes.
+  result.resize(text.size());
+  char16_t* to = result.data();
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t run = AsciiRun(text, i);
+    to = std::copy_n(text.data() + i, run, to);
+    i += run;
+    // Most texts are not ASCII for a whole word.
+    while (i < text.size() && static_cast<unsigned char>(text[i]) >= 0x80) {
+      char32_t c = NextCodePoint(text, i);
+      if (c == kMalformed) c = malformed;
+      if (c == kMalformed) return false;
+      to = PutUtf16(to, c);
+    }
+  }
+  result.resize(static_cast<std::size_t>(to - result.data()));
+  return true;
 }
 
 const std::array<char16_t, 128>& UpperHalf(CodePage page) {
@@ -99,7 +137,7 @@ void AppendUtf8(std::string& text, char32_t code_point) {
 }
 
 bool IsWellFormedUtf8(std::string_view text) {
-  for (std::size_t i = 0; i < text.size();) {
+  for (std::size_t i = AsciiRun(text, 0); i < text.size(); i += AsciiRun(text, i)) {
     if (NextCodePoint(text, i) == kMalformed) return false;
   }
   return true;
@@ -112,22 +150,13 @@ std::size_t CountCharacters(std::string_view text) {
 
 std::u16string Utf8ToUtf16(std::string_view text) {
   std::u16string result;
-  result.reserve(text.size());
-  for (std::size_t i = 0; i < text.size();) {
-    const char32_t c = NextCodePoint(text, i);
-    AppendUtf16(result, c == kMalformed ? kReplacement : c);
-  }
+  DecodeUtf8(text, kReplacement, result);
   return result;
 }
 
 std::optional<std::u16string> TryUtf8ToUtf16(std::string_view text) {
   std::u16string result;
-  result.reserve(text.size());
-  for (std::size_t i = 0; i < text.size();) {
-    const char32_t c = NextCodePoint(text, i);
-    if (c == kMalformed) return std::nullopt;
-    AppendUtf16(result, c);
-  }
+  if (!DecodeUtf8(text, kMalformed, result)) return std::nullopt;
   return result;
 }
 
@@ -184,11 +213,11 @@ std::string CodePageToUtf8(CodePage page, std::string_view bytes) {
 }
 
 std::string Utf16ToBytes(std::u16string_view text) {
-  std::string result;
-  result.reserve(text.size() * 2);
+  std::string result(text.size() * 2, '\0');
+  char* to = result.data();
   for (const char16_t unit : text) {
-    result.push_back(static_cast<char>(unit & 0xFFU));
-    result.push_back(static_cast<char>(unit >> 8U));
+    *to++ = static_cast<char>(unit & 0xFFU);
+    *to++ = static_cast<char>(unit >> 8U);
   }
   return result;
 }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/date_parts.h"
 #include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/number_text.h"
@@ -85,6 +86,17 @@ bool IsDate(const std::string& text) {
   return true;
 }
 
+// The moment of a text that IsDate accepts; nothing if there is none, as on 30 February.
+std::optional<double> ReadDate(std::string_view text) {
+  const auto part = [text](std::size_t from, std::size_t count) {
+    std::int32_t number = 0;
+    if (from < text.size()) std::from_chars(&text[from], &text[from] + count, number);
+    return number;
+  };
+  return tmw::DateFromParts(
+      {part(0, 4), part(5, 2), part(8, 2), part(11, 2), part(14, 2), part(17, 2)});
+}
+
 // What the values of a column have in common.
 struct ColumnFacts {
   bool all_truth = true;
@@ -147,10 +159,15 @@ void CreateTable(const std::string& name, const std::string& path,
 // As texts are written and read here; the engine converts the rest.
 DatabaseValue ValueOf(const std::optional<std::string>& text, DataType type) {
   if (!text) return ports::NullValue{};
-  if (type == DataType::kLong && IsWhole(*text)) {
+  const bool is_whole_kind =
+      type == DataType::kLong || type == DataType::kInteger || type == DataType::kByte;
+  if (is_whole_kind && IsWhole(*text)) {
     std::int32_t number = 0;
     std::from_chars(text->data(), text->data() + text->size(), number);
     return number;
+  }
+  if (type == DataType::kDate && IsDate(*text)) {
+    if (const auto days = ReadDate(*text)) return ports::DateValue{*days};
   }
   const bool is_floating = type == DataType::kDouble || type == DataType::kSingle;
   if (is_floating && IsNumber(*text)) return tmw::ReadNumberPrefix(*text);

@@ -81,6 +81,7 @@ std::shared_ptr<Connection> MakeWorkingStore() {
 }
 
 void Catalogue::Forget() {
+  latest_ = nullptr;
   tables_.clear();
   names_loaded_ = false;
 }
@@ -101,9 +102,12 @@ void Catalogue::LoadNames() {
 
 TablePtr Catalogue::FindTable(std::string_view name) {
   LoadNames();
-  const auto found = tables_.find(tmw::LowerCase(name));
-  if (found == tables_.end()) return nullptr;
-  Entry& entry = found->second;
+  if (latest_ == nullptr || latest_->summary.name != name) {
+    const auto found = tables_.find(tmw::LowerCase(name));
+    if (found == tables_.end()) return nullptr;
+    latest_ = &found->second;
+  }
+  Entry& entry = *latest_;
   if (!IsReadable(entry.summary)) return nullptr;
   if (!entry.loaded) entry.loaded = LoadTable(entry);
   return entry.loaded;

@@ -88,6 +88,7 @@ class Catalogue final : public TableFinder {
   std::shared_ptr<Connection> connection_;
   TableDefiner& definer_;
   std::map<std::string, Entry> tables_;  // by lower-case name
+  Entry* latest_ = nullptr;  // the one found last: every change of a row asks for its table
   bool names_loaded_ = false;
 };
 

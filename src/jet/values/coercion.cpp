@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "foundation/date_parts.h"
+#include "foundation/encodings.h"
 #include "foundation/number_text.h"
 #include "foundation/text.h"
 #include "jet/errors.h"
@@ -59,6 +60,7 @@ double NumberOrFail(const DatabaseValue& value, std::int32_t mismatch_number) {
 
 template <typename Integer>
 DatabaseValue ToInteger(const DatabaseValue& value, std::int32_t mismatch_number) {
+  if (std::holds_alternative<Integer>(value)) return value;
   const double number = std::nearbyint(NumberOrFail(value, mismatch_number));
   if (number < std::numeric_limits<Integer>::min() || number > std::numeric_limits<Integer>::max())
     Fail(mismatch_number);
@@ -66,13 +68,11 @@ DatabaseValue ToInteger(const DatabaseValue& value, std::int32_t mismatch_number
 }
 
 DatabaseValue ToBoolean(const DatabaseValue& value, std::int32_t mismatch_number) {
+  if (std::holds_alternative<bool>(value)) return value;
   if (const auto* const text = std::get_if<std::string>(&value)) {
-    for (const char* const word : {"true", "yes", "on"}) {
-      if (tmw::EqualIgnoringCase(*text, word)) return true;
-    }
-    for (const char* const word : {"false", "no", "off"}) {
-      if (tmw::EqualIgnoringCase(*text, word)) return false;
-    }
+    const std::string word = tmw::LowerCase(*text);
+    if (word == "true" || word == "yes" || word == "on") return true;
+    if (word == "false" || word == "no" || word == "off") return false;
   }
   return NumberOrFail(value, mismatch_number) != 0;
 }

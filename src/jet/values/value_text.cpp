@@ -127,6 +127,7 @@ std::optional<double> ParseDateText(std::string_view text) {
 }
 
 std::string PlainNumber(std::string_view text) {
+  if (text.find_first_not_of("-.0123456789") == std::string_view::npos) return std::string(text);
   std::string number;
   bool is_whole_part = true;
   for (std::size_t i = 0; i < text.size(); ++i) {
