@@ -26,17 +26,6 @@ class NoWaits final : public ports::Clock {
   std::int64_t UtcSeconds() override { return 0; }
 };
 
-class SilentEvents final : public tmw::UpdaterEvents {
- public:
-  void OnSetMainAction(const std::string& /*text*/) override {}
-  void OnSetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
-  void OnSetProgress(std::int32_t /*value*/) override {}
-  void OnSetSubAction(const std::string& /*text*/) override {}
-  void OnSetButtonMode(std::int32_t /*mode*/) override {}
-  void OnSetIcon(const std::string& /*name*/) override {}
-  void OnCheckCancelPressed(bool& /*cancel*/) override {}
-};
-
 bool Build(const std::string& folder) {
   std::vector<tmw::WuTableNode> tables(2);
   tables[0].TableName = "Справочник";
@@ -50,7 +39,7 @@ bool Build(const std::string& folder) {
   build.ScriptsFolder = folder + "/DBUpdates";
   build.StructuresFolder = folder + "/DBStruct";
   build.Tables = &tables;
-  SilentEvents events;
+  tmw::SilentEvents events;
   return tmw::BuildEtalonDB(build, events) && tmw::BuildWorkingDB(build, events);
 }
 

@@ -20,17 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class SilentEvents final : public tmw::UpdaterEvents {
- public:
-  void OnSetMainAction(const std::string& /*text*/) override {}
-  void OnSetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
-  void OnSetProgress(std::int32_t /*value*/) override {}
-  void OnSetSubAction(const std::string& /*text*/) override {}
-  void OnSetButtonMode(std::int32_t /*mode*/) override {}
-  void OnSetIcon(const std::string& /*name*/) override {}
-  void OnCheckCancelPressed(bool& /*cancel*/) override {}
-};
-
 // Writes the files and their list; names of those to be hashed go to hashed.txt.
 std::vector<tmw::WuFileNode> MakeFiles(const fs::path& folder) {
   constexpr int kFiles = 5000;
@@ -72,7 +61,7 @@ int main(int argc, char** argv) {
   manifest.Files = MakeFiles(folder);
   const std::string judge =
       "cd '" + folder.string() + "' && xargs openssl dgst -sha256 <hashed.txt >sums.txt";
-  SilentEvents events;
+  tmw::SilentEvents events;
   double ours = 1e9;
   double theirs = 1e9;
   bool is_done = true;

@@ -110,7 +110,7 @@ bool IsFault(const tmw::StructureDifference& difference) {
 }  // namespace
 
 // One database, from its copy to the comparison.
-class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
+class Rehearsal::Run final : public tmw::SilentEvents, public EngineListener {
  public:
   Run(const Rehearsal& rehearsal, const std::string& file, tools::Progress& progress,
       Faults& faults)
@@ -324,15 +324,11 @@ class Rehearsal::Run final : public tmw::UpdaterEvents, public EngineListener {
   }
 
   // UpdaterEvents.
-  void OnSetMainAction(const std::string& /*text*/) override {}
   void OnSetSubAction(const std::string& /*text*/) override {
     EndScript();
     if (is_working_) progress_.Advance();
   }
-  void OnSetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
   void OnSetProgress(std::int32_t /*value*/) override { progress_.Advance(); }
-  void OnSetButtonMode(std::int32_t /*mode*/) override {}
-  void OnSetIcon(const std::string& /*name*/) override {}
   void OnCheckCancelPressed(bool& cancel) override { cancel = tools::IsStopped(); }
   void OnRunScript(const std::string& file, const std::string& from,
                    const std::string& to) override {

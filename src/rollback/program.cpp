@@ -152,20 +152,8 @@ RunOutcome Work(const Options& options) {
   return outcome;
 }
 
-// Nobody waits for a rehearsal.
-class Silent final : public tmw::UpdaterEvents {
- public:
-  void OnSetMainAction(const std::string& /*text*/) override {}
-  void OnSetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
-  void OnSetProgress(std::int32_t /*value*/) override {}
-  void OnSetSubAction(const std::string& /*text*/) override {}
-  void OnSetButtonMode(std::int32_t /*mode*/) override {}
-  void OnSetIcon(const std::string& /*name*/) override {}
-  void OnCheckCancelPressed(bool& cancel) override { cancel = false; }
-};
-
 RunOutcome RehearseAndReport(const Wishes& wishes) {
-  Silent events;
+  tmw::SilentEvents events;
   std::string report;
   const RunOutcome outcome = Rehearse(wishes, events, report);
   if (!IsInTerminal()) {

@@ -49,4 +49,16 @@ class UpdaterEvents {
   void ClearProgress();
 };
 
+// For runs that nobody watches, and for those who watch a part only.
+class SilentEvents : public UpdaterEvents {
+ public:
+  void OnSetMainAction(const std::string& /*text*/) override {}
+  void OnSetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
+  void OnSetProgress(std::int32_t /*value*/) override {}
+  void OnSetSubAction(const std::string& /*text*/) override {}
+  void OnSetButtonMode(std::int32_t /*mode*/) override {}
+  void OnSetIcon(const std::string& /*name*/) override {}
+  void OnCheckCancelPressed(bool& /*cancel*/) override {}
+};
+
 }  // namespace tmw

@@ -23,7 +23,7 @@
 namespace tests {
 
 // A user database and the folders of a release; listens to the building of the databases.
-class BuildTest : public testing::Test, protected tmw::UpdaterEvents {
+class BuildTest : public testing::Test, protected tmw::SilentEvents {
  protected:
   BuildTest() {
     ports->clock = &clock;
@@ -73,12 +73,9 @@ class BuildTest : public testing::Test, protected tmw::UpdaterEvents {
     sub_action = text;
     if (on_sub_action) on_sub_action(text);
   }
-  void OnSetupProgress(std::int32_t /*max*/, bool /*show_count*/) override {}
   void OnSetProgress(std::int32_t value) override {
     if (on_progress) on_progress(value);
   }
-  void OnSetButtonMode(std::int32_t /*mode*/) override {}
-  void OnSetIcon(const std::string& /*name*/) override {}
   void OnCheckCancelPressed(bool& cancel) override { cancel = questions_left-- == 0; }
 
   Sandbox sandbox;
