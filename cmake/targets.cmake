@@ -26,7 +26,7 @@ if(WIN32)
   set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
   # Windows 7 is the oldest system; static linking keeps the updater one self-contained file.
   target_compile_definitions(tmw_settings INTERFACE
-    UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601 _FILE_OFFSET_BITS=64
+    COMPANION_CALL=__stdcall UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601 _FILE_OFFSET_BITS=64
     $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>:__MINGW_USE_VC2005_COMPAT>)  # times of 64 bits
   # -g1: functions and lines for the symbol files.
   target_compile_options(tmw_settings INTERFACE
@@ -36,7 +36,7 @@ if(WIN32)
     -Wl,--tsaware,--dynamicbase,--nxcompat,--major-subsystem-version=6,--minor-subsystem-version=1
     $<IF:$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>,-Wl$<COMMA>--large-address-aware,-Wl$<COMMA>--high-entropy-va>)
 else()
-  target_compile_definitions(tmw_settings INTERFACE _FILE_OFFSET_BITS=64)
+  target_compile_definitions(tmw_settings INTERFACE COMPANION_CALL= _FILE_OFFSET_BITS=64)
 endif()
 if(TMW_SANITIZE)
   target_compile_options(tmw_settings INTERFACE

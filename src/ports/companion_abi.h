@@ -9,11 +9,10 @@
 // 8-bit texts come in three forms: archive names in code page 866, passwords, zip names and file
 // names in code page 1251; on Linux every path and name is UTF-8 instead. 16-bit texts are UTF-16
 // units on both systems.
-#ifdef _WIN32
-#define COMPANION_CALL __stdcall
-#else
-#define COMPANION_CALL
-#endif
+//
+// COMPANION_CALL, the calling convention of the entry points and callbacks, is defined by the
+// build:
+// __stdcall on Windows, nothing on Linux.
 
 namespace ports {
 
