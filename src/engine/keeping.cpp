@@ -96,11 +96,21 @@ struct ListedPlaces {
       Files.insert(PathKey(file.Path));
     for (std::size_t at = 0; at < list.Added.size(); ++at)
       Added.emplace(PathKey(list.Added[at].Path), at);
+    for (const std::string& folder : list.MadeFolders)
+      Folders.insert(PathKey(folder));
   }
 
   std::unordered_set<std::string> Files;
   std::unordered_map<std::string, std::size_t> Added;  // the index in the list
+  std::unordered_set<std::string> Folders;             // those that are there too
 };
+
+// Lists the folder, and before it the ones it lies in, unless they are there already.
+void ListMissingFolders(const std::string& folder, KeptList& list, ListedPlaces& listed) {
+  if (!listed.Folders.insert(PathKey(folder)).second || IsFolderExists(folder)) return;
+  ListMissingFolders(SplitFileName(folder).Folder, list, listed);
+  list.MadeFolders.push_back(folder);
+}
 
 // What is listed already stays: it is older than what lies in its place now.
 void Keep(const Concerned& concerned, KeptList& list, ListedPlaces& listed) {
@@ -119,6 +129,7 @@ void Keep(const Concerned& concerned, KeptList& list, ListedPlaces& listed) {
   if (added == listed.Added.end()) {
     listed.Added.emplace(key, list.Added.size());
     list.Added.push_back(file);
+    ListMissingFolders(SplitFileName(concerned.Path).Folder, list, listed);
   } else {
     list.Added[added->second] = file;
   }

@@ -61,6 +61,8 @@ std::string TextOf(const KeptList& list) {
   }
   for (const AddedFile& file : list.Added)
     text += Line({"added", OrNone(file.Hash), ComWord(file.IsRegistered), file.Path});
+  for (const std::string& folder : list.MadeFolders)
+    text += Line({"made", folder});
   if (list.Backup) {
     text += Line({"backup", std::to_string(list.Backup->Length), list.Backup->Hash,
                   list.Backup->Version, list.Backup->NewHash, list.Backup->Archive});
@@ -94,6 +96,7 @@ bool TakeLine(const std::string& line, KeptList& list) {
   if (word == "date") return take_text(list.Date);
   if (word == "content") return take_text(list.Content);
   if (word == "release") return take_text(list.Releases.emplace_back());
+  if (word == "made") return take_text(list.MadeFolders.emplace_back());
   if (word == "repairing") return list.IsUnderRepair = true;
   if (word == "versions") {
     return take(3, [&](const auto& parts) {
@@ -164,6 +167,9 @@ std::string FirstPathOutside(const KeptList& list) {
   }
   for (const AddedFile& file : list.Added) {
     if (!LiesInside(file.Path)) return file.Path;
+  }
+  for (const std::string& folder : list.MadeFolders) {
+    if (!LiesInside(folder)) return folder;
   }
   if (list.Backup && !LiesInside(list.Backup->Archive)) return list.Backup->Archive;
   return {};

@@ -24,6 +24,7 @@
 //                                "-" instead of "com": not registered
 //   added|<hash>|com|<path>      a file that the release brought;
 //                                "-" as hash: any content
+//   made|<path>                  a folder that the release brought, after the ones it lies in
 //   backup|<length>|<hash>|3.6.0|<hash of what replaced them>|<path>
 //                                the archive of the books; length,
 //                                hash and version of its content
@@ -64,6 +65,7 @@ struct KeptList {
   bool IsUnderRepair = false;
   std::vector<KeptFile> Files;
   std::vector<AddedFile> Added;
+  std::vector<std::string> MadeFolders;
   std::optional<KeptBackup> Backup;
 
   bool operator==(const KeptList&) const;

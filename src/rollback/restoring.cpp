@@ -9,6 +9,7 @@
 #include "packages/hash_api.h"
 #include "packages/hashed_copy.h"
 #include "ports/clock.h"
+#include "ports/file_system.h"
 #include "ports/front_end.h"
 #include "ports/ports.h"
 #include "product/own_files.h"
@@ -113,6 +114,11 @@ std::vector<std::string> RemoveAdded(const tmw::KeptList& list, Group group) {
     tmw::LogEvent("removed", {{"file", file.Path}});
   }
   return left;
+}
+
+void RemoveMadeFolders(const tmw::KeptList& list) {
+  for (auto folder = list.MadeFolders.rbegin(); folder != list.MadeFolders.rend(); ++folder)
+    static_cast<void>(ports::CurrentPorts().files->RemoveFolder(*folder));
 }
 
 }  // namespace rollback

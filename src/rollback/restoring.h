@@ -34,4 +34,7 @@ std::vector<std::string> RegisterRestored(const tmw::KeptList& list, tmw::Update
 // somebody has changed them since.
 std::vector<std::string> RemoveAdded(const tmw::KeptList& list, Group group);
 
+// Removes the folders that the release had made and in which there is nothing any more.
+void RemoveMadeFolders(const tmw::KeptList& list);
+
 }  // namespace rollback

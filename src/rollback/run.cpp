@@ -106,6 +106,7 @@ void TidyUp(const std::optional<tmw::KeptList>& list, const std::string& set_asi
   for (const std::string& folder : UpdaterWorkingPlaces())
     tmw::UnmarkInstallations(folder);
   if (list) {
+    RemoveMadeFolders(*list);
     WriteRecord(*list, set_aside);
     tmw::LogEvent("rolled_back",
                   {{"from", list->NewVersion}, {"to", list->OldVersion}, {"set_aside", set_aside}});
