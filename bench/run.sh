@@ -4,6 +4,7 @@
 #   bench/run.sh --only packages,update
 set -euo pipefail
 cd "$(dirname "$0")/.."
+scripts/setup.sh
 cmake --preset linux-release -DTMW_BUILD_BENCH=ON >/dev/null
 targets="TmWebUpdate companion tmpublish jetsql database_build download jet_file jet_statements"
 targets+=" packages_bench rar_extraction run_log_bench update_list window_share"

@@ -21,6 +21,8 @@ packages=(
   dbus nginx-light openssl python3 python3-dbusmock python3-pyftpdlib tinyproxy
   # judges of what we write, and what tests hold locks and processes with
   bsdutils curl libarchive-dev libarchive-tools mdbtools minisign p7zip-full procps sqlite3 strace unar unzip util-linux
+  # what is measured beside them
+  mawk time zip
   # packages: making, checking, signing them, and a clean system to try them in
   desktop-file-utils dpkg-dev fakeroot lintian man-db mmdebstrap nsis osslsigncode
   # fuzzing
