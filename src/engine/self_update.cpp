@@ -14,7 +14,6 @@
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/program_error.h"
-#include "foundation/text.h"
 #include "ports/file_system.h"
 #include "ports/ports.h"
 #include "ports/processes.h"

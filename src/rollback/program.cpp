@@ -1,10 +1,8 @@
 #include "rollback/program.h"
 
 #include <iostream>
-#include <optional>
 
 #include "foundation/contract_names.h"
-#include "foundation/encodings.h"
 #include "foundation/error_handling.h"
 #include "foundation/file_utils.h"
 #include "foundation/version.h"
