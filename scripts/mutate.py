@@ -20,6 +20,7 @@ import json
 import os
 import random
 import re
+import shutil
 import subprocess
 import sys
 import time
@@ -63,8 +64,8 @@ def balanced_end(code, opening):
     return None
 
 
-def changes_of(line, code, before):
-    """All changed forms of one line; code is the line masked, before the masked code above it."""
+def changes_of(line, code, before, after):
+    """All changed forms of a line; code: the line masked, before and after: its neighbours."""
     if not code.strip() or code.lstrip().startswith("#") or "static_assert" in code:
         return
     if "= delete" in code or "= default" in code or re.search(r"\)( const)?( noexcept)? = 0;", code):
@@ -75,7 +76,7 @@ def changes_of(line, code, before):
                 continue  # texts are only ever joined
             yield line[:match.start()] + other[match[0]] + line[match.end():]
     for match in NUMBER.finditer(code):
-        base = 16 if match[1].startswith("0x") else 8 if match[1].startswith("0") else 10
+        base = 16 if match[1].startswith("0x") else 8 if match[1][0] == "0" < match[1] else 10
         number = {16: "0x{:X}", 8: "0{:o}", 10: "{}"}[base].format(int(match[1], base) + 1)
         yield line[:match.start(1)] + number + line[match.end(1):]
     for match in CONDITION.finditer(code):
@@ -83,6 +84,8 @@ def changes_of(line, code, before):
         closing = balanced_end(code, opening)
         if closing and ";" not in code[opening:closing]:
             yield line[:opening] + "(!" + line[opening:closing + 1] + ")" + line[closing + 1:]
+    if code.strip() == "break;" and re.match(r"case\b|default:", after):
+        return  # the compiler refuses that
     if STATEMENT.match(code) and (not before or before[-1] in ";{}:)" or before.endswith("else")):
         yield line[:len(line) - len(line.lstrip())] + ";"
 
@@ -94,7 +97,8 @@ def mutants_of(path, chosen):
     before = ""
     for number, (line, code) in enumerate(zip(lines, code_lines)):
         if chosen(path, number + 1):
-            changed = [(path, number, each) for each in changes_of(line, code, before)]
+            after = next((each.strip() for each in code_lines[number + 1:] if each.strip()), "")
+            changed = [(path, number, each) for each in changes_of(line, code, before, after)]
             if changed:
                 yield changed
         before = code.strip() or before
@@ -185,37 +189,45 @@ def fingerprint(programs):
 class Judge:
     def __init__(self, room, extra):
         self.limits = {}
+        self.targets = {}
+        self.killers = {}  # by source file: the test that last killed a mutant of it
         build_tests = tests_of(room, extra)
         if not build_tests:
             sys.exit("mutate: no tests of " + room)
-        self.targets = sorted({p for _, programs in build_tests for p in programs if "." not in p})
-        if not self.build(keeps=True):
+        everything = sorted({p for _, programs in build_tests for p in programs if "." not in p})
+        if not self.build(everything, keeps=True):
             sys.exit("mutate: does not build\n" + self.output[-4000:])
-        for name, _ in build_tests:
+        for name, programs in build_tests:
             started = time.monotonic()
             passed, _, output = passes(name, 600)
             if not passed:
                 sys.exit(f"mutate: {name} fails without any change\n{output[-4000:]}")
             self.limits[name] = time.monotonic() - started
-        self.sound = fingerprint(self.targets)
+            # A script needs whatever the programs need.
+            self.targets[name] = [p for p in programs if p in everything] or everything
+        self.sound = {name: fingerprint(targets) for name, targets in self.targets.items()}
 
-    def build(self, keeps=False):
-        result = run(["cmake", "--build", BUILD, "-j", "2", "-t", *self.targets],
+    def build(self, targets, keeps=False):
+        result = run(["cmake", "--build", BUILD, "-j", "2", "-t", *targets],
                      env=build_environment(keeps))
         self.output = result.stdout
         return result.returncode == 0
 
-    def verdict(self):
-        if not self.build():
-            return "not built", ""
-        if fingerprint(self.targets) == self.sound:
-            return "the same program", ""
-        for name, seconds in sorted(self.limits.items(), key=lambda each: each[1]):
-            passed, timed_out, output = passes(name, int(10 + 4 * seconds))
+    def verdict(self, path):
+        """Builds and runs one test after the other, the likeliest killer first."""
+        for name in sorted(self.limits, key=lambda each: (
+                each != self.killers.get(path), len(self.targets[each]), self.limits[each])):
+            if not self.build(self.targets[name]):
+                return "not built", ""
+            if fingerprint(self.targets[name]) == self.sound[name]:
+                continue
+            passed, timed_out, output = passes(name, int(10 + 4 * self.limits[name]))
             if not passed:
+                self.killers[path] = name
                 failed = re.search(r"\[  FAILED  \] (\S+)", output)
                 return "timed out" if timed_out else "killed", failed[1] if failed else name
-        return "survived", ""
+        is_same = all(fingerprint(self.targets[name]) == self.sound[name] for name in self.sound)
+        return ("the same program" if is_same else "survived"), ""
 
 
 def parse():
@@ -250,8 +262,10 @@ def main():
     except OSError:
         sys.exit("mutate: another run works in build/mutate")
     make_copy()
+    linker = "-fuse-ld=lld" if shutil.which("ld.lld") else ""  # links in a fraction of the time
     must(["cmake", "-S", COPY, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=",
-          "-DCMAKE_CXX_FLAGS=-O1 -w"])
+          "-DCMAKE_CXX_FLAGS=-O1 -w", f"-DCMAKE_EXE_LINKER_FLAGS={linker}",
+          f"-DCMAKE_SHARED_LINKER_FLAGS={linker}"])
     room = COPY / "src" / options.room
     if not room.is_dir():
         sys.exit("mutate: no room " + options.room)
@@ -277,7 +291,7 @@ def main():
         original, rows[number] = rows[number], changed
         try:
             path.write_text("\n".join(rows))
-            verdict, by = judge.verdict()
+            verdict, by = judge.verdict(path)
         finally:
             path.write_text(text)
         counts[verdict] = counts.get(verdict, 0) + 1
