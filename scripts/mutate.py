@@ -10,7 +10,8 @@ file system of which only that copy and an empty /tmp can be written, so that a 
 the wrong thing removes nothing of the user's.
 
 Survivors are listed with the line and the change. A test that takes too long counts as failed; a
-mutant that does not compile, or compiles to the same program, is left out.
+mutant that does not compile, or compiles to the same program, is left out. Lines that write to the
+run's log are not changed.
 """
 
 import argparse
@@ -29,7 +30,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 COPY = ROOT / "build" / "mutate" / "tree"
 BUILD = ROOT / "build" / "mutate" / "build"
-TESTED_WITH = {"companion": ["packages"]}  # rooms whose tests reach the room's code too
+TESTED_WITH = {"companion": ["packages"], "engine": ["rollback"]}  # their tests reach it too
 LEFT_OUT = re.compile("^(fuzz_|seam)")  # they take a minute, or judge the text of the sources
 
 SWAPS = [(re.compile(r"(?<= )(<=|>=|==|!=|<|>)(?= )"),
@@ -66,7 +67,7 @@ def balanced_end(code, opening):
 
 def changes_of(line, code, before, after):
     """All changed forms of a line; code: the line masked, before and after: its neighbours."""
-    if not code.strip() or code.lstrip().startswith("#") or "static_assert" in code:
+    if not code.strip() or code.lstrip().startswith(("#", "LogEvent(")) or "static_assert" in code:
         return
     if "= delete" in code or "= default" in code or re.search(r"\)( const)?( noexcept)? = 0;", code):
         return
@@ -180,8 +181,8 @@ def passes(test, limit):
 
 def fingerprint(programs):
     digest = hashlib.sha256()
-    for path in sorted((BUILD / "tests").iterdir()):
-        if path.name in programs or path.suffix == ".so":
+    for path in sorted([*BUILD.glob("tests/*"), *BUILD.glob("bin/*")]):
+        if path.name in programs or path.suffix == ".so" or path.parent.name == "bin":
             digest.update(path.read_bytes())
     return digest.digest()
 
