@@ -221,10 +221,9 @@ class MemorySink final : public companion::rar::ContentSink {
  public:
   explicit MemorySink(std::uint64_t limit) : limit_(limit) {}
   void Write(const std::uint8_t* data, std::size_t length) override {
-    if (length > Left()) throw companion::rar::Failure{ports::kRarBadData};
+    if (length > limit_ - content.size()) throw companion::rar::Failure{ports::kRarBadData};
     content.insert(content.end(), data, data + length);
   }
-  std::uint64_t Left() const override { return limit_ - content.size(); }
   Bytes content;
 
  private:

@@ -42,7 +42,6 @@ class CappedSink final : public ContentSink {
       sum_ = sum_ * 31 + data[i];
     if (sum_ == 0x5EED5EED) throw Failure{ports::kRarWriteFailed};
   }
-  std::uint64_t Left() const override { return left_; }
 
  private:
   std::uint64_t left_ = kMostContent;

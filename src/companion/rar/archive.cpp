@@ -45,15 +45,13 @@ class Archive::Sink final : public ContentSink {
                         archive.most_content_ - archive.total_written_)) {}
 
   void Write(const std::uint8_t* data, std::size_t length) override {
-    if (length > Left()) throw Failure{ports::kRarBadData};
+    if (length > limit_ - written_) throw Failure{ports::kRarBadData};
     checksum_.Update(data, length);
     written_ += length;
     archive_.total_written_ += length;
     if (archive_.listener_ && !archive_.listener_(data, length)) throw Failure{ports::kRarUnknown};
     if (file_ != nullptr && !file_->Write(data, length)) throw Failure{ports::kRarWriteFailed};
   }
-
-  std::uint64_t Left() const override { return limit_ - written_; }
 
   // entry: as its last part describes it, which has the checksum of the whole entry.
   void CheckWhole(const Entry& last_part) {
@@ -139,7 +137,7 @@ ports::RarResult Archive::FindEntry() {
 ports::RarResult Archive::OpenNextVolume() {
   const bool new_names = reader_->IsRar5() || (flags_ & ports::kRarArchiveNewNames) != 0;
   const auto next = NextVolumeName(path_, new_names);
-  if (!next || ++volumes_ > kMaxVolumes) return ports::kRarOpenFailed;
+  if (!next) return ports::kRarOpenFailed;
   std::unique_ptr<os::ReadableFile> file = opener_(*next);
   if (!file) return ports::kRarOpenFailed;
   std::unique_ptr<BlockReader> reader = RecogniseFormat(*file);

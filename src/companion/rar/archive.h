@@ -72,7 +72,6 @@ class Archive {
   std::unique_ptr<BlockReader> reader_;
   std::uint64_t offset_ = 0;  // of the next block
   std::uint32_t flags_ = 0;
-  int volumes_ = 1;
   bool headers_encrypted_ = false;
   bool main_seen_ = false;
   ports::RarResult ended_ = ports::kRarOk;  // how reading has ended, if it has

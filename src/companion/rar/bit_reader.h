@@ -59,7 +59,6 @@ class BitReader {
   void CheckNotOverrun() const {
     if (cursor_.bit > end_ * 8) ThrowOverrun();
   }
-  bool IsAtEnd() { return UncheckedBits() <= 0; }
 
   // Reads 0 to 32 bits with all checks, for headers and tables.
   std::uint32_t Take(unsigned count) {

@@ -39,7 +39,6 @@ void ReadCodeLengths(BitReader& reader, bool add, std::span<std::uint8_t> length
   for (std::size_t i = 0; i < lengths.size();) {
     reader.UncheckedBits();
     const std::uint32_t symbol = code.Decode(reader.Cursor());
-    reader.CheckNotOverrun();
     if (symbol < 16) {
       lengths[i] = static_cast<std::uint8_t>((symbol + (add ? lengths[i] : 0U)) & 15U);
       ++i;

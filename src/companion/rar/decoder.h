@@ -21,8 +21,6 @@ class ContentSink {
   virtual ~ContentSink() = default;
   // Throws Failure: kRarBadData if the declared size would be exceeded, kRarWriteFailed.
   virtual void Write(const std::uint8_t* data, std::size_t length) = 0;
-  // How many bytes may still follow.
-  virtual std::uint64_t Left() const = 0;
 };
 
 // Turns packed bytes into content. One object serves a whole archive: for a solid entry it

@@ -12,6 +12,5 @@ inline constexpr std::uint64_t kMaxPackedSize = std::uint64_t{1} << 48U;
 inline constexpr std::uint64_t kMaxEntrySize = std::uint64_t{32} << 30U;
 inline constexpr std::uint64_t kMaxTotalSize = std::uint64_t{64} << 30U;  // of one open archive
 inline constexpr std::uint32_t kMaxDictionaryKib = 1U << 20U;             // 1 GiB
-inline constexpr int kMaxVolumes = 10000;
 
 }  // namespace companion::rar

@@ -23,7 +23,7 @@ void SlidingWindow::Reserve(std::size_t length, std::uint64_t expected) {
 }
 
 void SlidingWindow::Grow(std::size_t size) {
-  const std::size_t old_size = data_ ? mask_ + 1 : 0;
+  const std::size_t old_size = mask_ + 1;
   if (position_ <= old_size) {
     // Not wrapped around yet: the content is at the beginning.
     auto* grown = static_cast<std::uint8_t*>(std::realloc(data_.get(), size));
