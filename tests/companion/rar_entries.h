@@ -57,6 +57,10 @@ inline std::string MakeRar4Entry(const EntryHeader& entry) {
   if (entry.version != 0) fields.replace(17, 1, Number(entry.version, 1));
   fields.replace(18, 1, Number(0x30 + entry.method, 1));
   if (entry.unix_mode) fields.replace(21, 4, Number(*entry.unix_mode, 4));
+  if (entry.size >> 32U != 0) {
+    fields.insert(25, Number(entry.packed_size >> 32U, 4) + Number(entry.size >> 32U, 4));
+    high_flags |= 1U;
+  }
   flags |= (entry.split_before ? 1U : 0U) | (entry.split_after ? 2U : 0U) |
            (entry.is_encrypted ? 4U : 0U) | (entry.is_solid ? 0x10U : 0U);
   const unsigned all_flags = flags | static_cast<unsigned>(high_flags) << 8U;

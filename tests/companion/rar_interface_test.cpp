@@ -43,7 +43,7 @@ SolidArchive MakeSolid(RarFormat format) {
   SolidArchive archive{Beginning(format, format == RarFormat::kRar5 ? 4 : 8), {}};
   for (const std::string name : {"first", "folder", "second", "stored", "third"}) {
     EntryHeader header;
-    std::string packed = "as it is";
+    std::string packed(300000, 's');  // more than one piece
     if (name == "stored") {
       header = FileHeader(name, packed);
       archive.contents[name] = packed;
@@ -64,7 +64,7 @@ SolidArchive MakeSolid(RarFormat format) {
       header = FileHeader(name, content);
       header.packed_size = packed.size();
       header.method = 3;
-      header.version = format == RarFormat::kRar5 ? 0 : 29;
+      header.version = format == RarFormat::kRar5 ? 0 : begin > 0 ? 36 : 29;
       header.is_solid = begin > 0;
       archive.contents[name] = content;
     }
@@ -102,12 +102,16 @@ TEST(RarInterface, AllEntriesTogetherKeepToTheMostContent) {
     companion::os::ErrorCode error = 0;
     return companion::os::OpenForReading(volume, error);
   };
-  for (const bool fits : {true, false}) {
-    companion::rar::Archive reader(path, true, open, fits ? total : total - 1);
+  const struct {
+    std::uint64_t most;
+    std::vector<int> codes;
+  } cases[] = {{total, {0, 0, 0, 0, 0}}, {total - 1, {0, 0, 0, 0, 12}}, {270000, {0, 0, 0, 12, 0}}};
+  for (const auto& each : cases) {
+    companion::rar::Archive reader(path, true, open, each.most);
     std::vector<int> codes;
     while (reader.ReadHeader() == ports::kRarOk)
       codes.push_back(reader.Test());
-    EXPECT_EQ(codes, (std::vector<int>{0, 0, 0, 0, fits ? 0 : 12}));
+    EXPECT_EQ(codes, each.codes) << each.most;
   }
 }
 
@@ -191,6 +195,7 @@ TEST(RarInterface, FieldsOfEntriesAreReported) {
     h.method = 5;
   };
   const auto large = [](EntryHeader& h) { h.size = 5ULL << 30U, h.version = 3U << 10U; };
+  const auto huge = [](EntryHeader& h) { h.size = 5ULL << 30U, h.packed_size = 6ULL << 30U; };
   const auto with = [&](const std::string& extra) {
     return [=](EntryHeader& h) { h.modified = 1, h.extra = extra; };
   };
@@ -210,6 +215,7 @@ TEST(RarInterface, FieldsOfEntriesAreReported) {
   } cases[] = {
       {RarFormat::kRar4, plain, "0 3 3 2 20 48 32 64 1 0 0 0 unset"},
       {RarFormat::kRar4, many, "22 3 3 3 20 53 33184 64 1 0 0 0 unset"},
+      {RarFormat::kRar4, huge, "0 6442450944 5368709120 2 20 48 32 64 1 0 0 0 unset"},
       {RarFormat::kRar5, plain, "0 3 3 2 50 48 32 128 1 0 0 0 unset"},
       {RarFormat::kRar5, many, "22 3 3 3 50 53 33184 128 1 0 0 0 unset"},
       {RarFormat::kRar5, large, "0 3 5368709120 2 50 48 32 1024 1 0 0 0 unset"},

@@ -169,7 +169,10 @@ const DamageCase kDamages[] = {
     {"cut in the main header", [](RarFormat f) { return MakeBeginning(f).substr(0, 13); }, "| 18",
      "| 10", false},
     {"no end block", [](RarFormat f) { return Cut(f, 10); }, "0 | 10", "0 | 10", true},
-    {"garbage behind the end", [](RarFormat f) { return With(f, [](EntryHeader&) {}) + "garbage"; },
+    {"an entry behind the end",
+     [](RarFormat f) {
+       return With(f, [](EntryHeader&) {}) + MakeEntryHeader(f, FileHeader("b.txt", ""));
+     },
      "0 | 10", "0 | 10", true},
     {"data cut off", [](RarFormat f) { return Cut(f, 4); }, "18 | 18", "18 | 18", true},
     {"wrong data", [](RarFormat f) { return With(f, [](EntryHeader& h) { h.crc ^= 1; }); },
@@ -181,6 +184,9 @@ const DamageCase kDamages[] = {
      [](RarFormat f) { return With(f, [](EntryHeader& h) { h.size = 11; }); }, "12 | 10", "12 | 10",
      true},
     {"an unknown method", [](RarFormat f) { return With(f, [](EntryHeader& h) { h.method = 6; }); },
+     "14 | 10", "14 | 10", false},
+    {"an old version",
+     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.version = 28, h.method = 3; }); },
      "14 | 10", "14 | 10", false},
     {"an unknown version",
      [](RarFormat f) { return With(f, [](EntryHeader& h) { h.version = 63; }); }, "14 | 10",
@@ -217,6 +223,7 @@ TEST(RarReading, DamageEndsWithTheCodeOfItsCause) {
       Sandbox sandbox;
       const std::string path = sandbox.Write("a.rar", damage.bytes(format));
       const char* const expected = format == RarFormat::kRar4 ? damage.rar4 : damage.rar5;
+      EXPECT_EQ(RunArchive(path, 1, "").Codes(), expected) << damage.what;
       EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), expected) << damage.what;
       EXPECT_EQ(sandbox.Has("out/a.txt"), damage.leaves_file) << damage.what;
     }
@@ -242,7 +249,7 @@ TEST(RarReading, ADestinationThatCannotBeMadeIsCode16) {
   EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), "16 | 10");
 }
 
-// Writes a file in three parts into three volumes.
+// Writes a file in three parts into three volumes, and another file into the fourth.
 void WriteVolumes(const Sandbox& sandbox, RarFormat format, const std::vector<std::string>& names,
                   const std::string& content) {
   const std::size_t third = content.size() / 3;
@@ -254,23 +261,27 @@ void WriteVolumes(const Sandbox& sandbox, RarFormat format, const std::vector<st
     header.split_after = i < 2;
     if (i < 2) header.crc = UpdateCrc32(0, part);
     sandbox.Write(names[i], MakeVolumeBeginning(format, i == 0) + MakeEntryHeader(format, header) +
-                                part + MakeVolumeEnd(format, i == 2));
+                                part + MakeVolumeEnd(format, false));
   }
+  sandbox.Write(names[3], MakeVolumeBeginning(format, false) +
+                              MakeEntryHeader(format, FileHeader("last", "x")) + "x" +
+                              MakeEnd(format));
 }
 
 TEST(RarReading, AFileGoesOnThroughItsVolumes) {
   const std::string content = std::string(100000, 'a') + std::string(100001, 'b') + "end";
   const std::vector<std::vector<std::string>> names = {
-      {"x.part1.rar", "x.part2.rar", "x.part3.rar"},
-      {"y.part09.rar", "y.part10.rar", "y.part11.rar"},
-      {"2020.v9.rar", "2020.v10.rar", "2020.v11.rar"}};
+      {"x.part1.rar", "x.part2.rar", "x.part3.rar", "x.part4.rar"},
+      {"y.part09.rar", "y.part10.rar", "y.part11.rar", "y.part12.rar"},
+      {"2020.v9.rar", "2020.v10.rar", "2020.v11.rar", "2020.v12.rar"}};
   for (const RarFormat format : kBoth) {
     for (const auto& volumes : names) {
       Sandbox sandbox;
       WriteVolumes(sandbox, format, volumes, content);
-      EXPECT_EQ(RunArchive(sandbox.Path(volumes[0]), 2, sandbox.Path("out")).Codes(), "0 | 10");
+      EXPECT_EQ(RunArchive(sandbox.Path(volumes[0]), 2, sandbox.Path("out")).Codes(), "0 0 | 10");
       EXPECT_EQ(sandbox.Read("out/Большой.bin"), content);
-      EXPECT_EQ(RunArchive(sandbox.Path(volumes[0]), 0, "").Codes(), "0 | 10");
+      fs::remove(ToPath(sandbox.Path(volumes[3])));
+      EXPECT_EQ(RunArchive(sandbox.Path(volumes[0]), 0, "").Codes(), "0 | 15");
       fs::remove(ToPath(sandbox.Path(volumes[2])));
       EXPECT_EQ(RunArchive(sandbox.Path(volumes[0]), 2, sandbox.Path("out")).Codes(), "15 | 15");
     }

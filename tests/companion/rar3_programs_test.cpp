@@ -1,0 +1,305 @@
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+#include "companion/rar/filters.h"
+#include "companion/rar/ppmd_model.h"
+#include "tests/companion/packed_streams.h"
+
+namespace tests {
+namespace {
+
+using namespace companion::rar;
+
+// A program as the recognition sees it: of that length and CRC32, its first byte the exclusive or
+// of the others. The CRC comes about through the last four bytes.
+Bytes MakeProgram(std::size_t length, std::uint32_t crc) {
+  const std::uint32_t* const table = get_crc_table();
+  std::uint32_t wanted = ~crc;
+  for (int i = 0; i < 4; ++i) {
+    std::uint32_t at = 0;
+    while (table[at] >> 24U != wanted >> 24U)
+      ++at;
+    wanted = (wanted ^ table[at]) << 8U | at;
+  }
+  for (std::uint32_t attempt = 0;; ++attempt) {
+    Bytes program(length);
+    program[0] = static_cast<std::uint8_t>(attempt);
+    program[1] = static_cast<std::uint8_t>(attempt >> 8U);
+    const std::uint32_t last =
+        wanted ^ ~static_cast<std::uint32_t>(crc32_z(0, program.data(), length - 4));
+    for (unsigned i = 0; i < 4; ++i)
+      program[length - 4 + i] = static_cast<std::uint8_t>(last >> (8 * i));
+    std::uint8_t check = 0;
+    for (const std::uint8_t byte : program)
+      check ^= byte;
+    if (check == 0) return program;
+  }
+}
+
+// Declarations of filters, with numbers in each of their forms.
+class Declaration : public BitWriter {
+ public:
+  void Number(std::uint32_t value) {
+    const unsigned form = value < 16 ? 0 : value < 256 ? 1 : value < 65536 ? 2 : 3;
+    Put(form, 2);
+    Put(value, 4U << form);
+  }
+  void Raw(const Bytes& data) {
+    Number(static_cast<std::uint32_t>(data.size()));
+    for (const std::uint8_t byte : data)
+      Put(byte, 8);
+  }
+};
+
+// Declares a program for a block that begins `ahead` bytes later. Number 0 forgets all others.
+Bytes Declare(std::optional<std::uint32_t> number, const Bytes& program, std::uint32_t ahead,
+              std::uint32_t length, const std::vector<std::uint32_t>& registers) {
+  Declaration bits;
+  if (number) bits.Number(*number);
+  bits.Number(ahead);
+  bits.Number(length);
+  bits.Put((1U << registers.size()) - 1, 7);
+  for (const std::uint32_t value : registers)
+    bits.Number(value);
+  bits.Raw(program);
+  return bits.bytes();
+}
+
+FilterRequest Asked(FilterKind kind, std::uint32_t first, std::uint32_t second) {
+  FilterRequest request;
+  request.kind = kind;
+  request.channels = first;
+  request.stride = first;
+  request.red_offset = second;
+  return request;
+}
+
+constexpr std::uint8_t kNamesProgram = 0x80, kStartsLater = 0x40, kHasLength = 0x20,
+                       kHasRegisters = 0x10, kHasData = 0x08;
+
+TEST(Rar3Programs, ProgramsOfTheOriginalPackerAreKnown) {
+  const struct {
+    std::size_t length;
+    std::uint32_t crc;
+    FilterKind kind;
+    std::vector<std::uint32_t> registers;
+  } cases[] = {
+      {29, 0x0E06077D, FilterKind::kDelta, {3}},    {53, 0xAD576887, FilterKind::kX86Call, {}},
+      {57, 0x3CD7E57E, FilterKind::kX86Jump, {}},   {120, 0x3769893F, FilterKind::kItanium, {}},
+      {149, 0x1C2C5DC8, FilterKind::kRgb, {30, 1}}, {216, 0xBC85E701, FilterKind::kAudio, {2}}};
+  constexpr std::uint32_t kLength = 70000, kAhead = 20;
+  Random random(1);
+  Bytes content(2 * kLength + kAhead + 600);
+  for (std::uint8_t& byte : content) {
+    const std::uint32_t choices[] = {0xE8 + random() % 2, random() % 256, random() % 3, 0};
+    byte = static_cast<std::uint8_t>(choices[random() % 4]);
+  }
+  const Bytes delta = MakeProgram(cases[0].length, cases[0].crc);
+  const auto decoder = MakeDecompressor(DecoderFamily::kRar3);
+  for (const auto& each : cases) {
+    Rar3Writer writer;
+    // The first program of an entry, which is forgotten at once with its block.
+    writer.Declaration(kHasLength | kHasRegisters, Declare({}, delta, 3, 50, {1}));
+    writer.Declaration(
+        kNamesProgram | kHasLength | kHasRegisters,
+        Declare(0, MakeProgram(each.length, each.crc), kAhead, kLength, each.registers));
+    // The program once more, by its number, for as many bytes; data of its own is passed over.
+    Declaration again;
+    again.Number(1);
+    again.Number(kAhead + kLength + 5 - 258);
+    again.Put(each.registers.empty() ? 0 : 3, 7);
+    for (std::size_t i = 0; !each.registers.empty() && i < 2; ++i)
+      again.Number(i < each.registers.size() ? each.registers[i] : 0);
+    again.Raw(Bytes(100, 1));
+    writer.Declaration(kNamesProgram | kStartsLater | kHasRegisters | kHasData, again.bytes());
+    constexpr std::uint32_t kRest = kAhead + 2 * kLength + 9;
+    writer.Declaration(kNamesProgram | kHasLength | kHasRegisters,
+                       Declare(2, delta, kRest, 100, {2}));
+    for (const std::uint8_t byte : content)
+      writer.Literal(byte);
+    writer.EndBlock(true);
+    Bytes expected = content;
+    const auto undo = [&](const FilterRequest& request, std::uint32_t at, std::uint32_t length) {
+      const auto begin = expected.begin() + at;
+      Bytes block(begin, begin + length);
+      Bytes scratch;
+      UndoFilter(request, at, block, scratch);
+      std::copy(block.begin(), block.end(), begin);
+    };
+    const auto& registers = each.registers;
+    const FilterRequest request = Asked(each.kind, registers.empty() ? 0 : registers[0],
+                                        registers.size() < 2 ? 0 : registers[1]);
+    undo(request, kAhead, kLength);
+    undo(request, kAhead + kLength + 5, kLength);
+    undo(Asked(FilterKind::kDelta, 2, 0), kRest, 100);
+    const Unpacked result = Unpack(*decoder, writer.entry, writer.Finish());
+    EXPECT_EQ(result.code, 0) << each.length;
+    EXPECT_TRUE(result.content == expected && expected != content) << each.length;
+  }
+}
+
+TEST(Rar3Programs, ProgramThatIsNotKnownEndsWithItsCode) {
+  const Bytes delta = MakeProgram(29, 0x0E06077D);
+  Bytes damaged = delta;
+  damaged[7] ^= 1;
+  const auto declare = [](const Bytes& program) { return Declare(0, program, 0, 15, {}); };
+  const struct {
+    Bytes declaration;
+    int code;
+  } cases[] = {{declare({0x12 ^ 0x34, 0x12, 0x34}), 14},
+               {declare({0, 0x12, 0x34}), 12},
+               {declare(damaged), 12},
+               {declare(MakeProgram(29, 0x0E06077C)), 14},
+               {declare(MakeProgram(30, 0x0E06077D)), 14},
+               {Declare(0, delta, 0, 0x1E001, {3}), 12},  // more than the machine's memory
+               {Declare(0, delta, 0, 15, {0}), 12},       // no channels
+               {Declare(0, delta, 0, 15, {3, 0, 0, 0, 14}), 12},
+               {declare({}), 12},
+               {Bytes{0}, 12}};
+  for (const auto& each : cases) {
+    Rar3Writer writer;
+    writer.Literal('a');
+    writer.Declaration(kNamesProgram | kHasLength | kHasRegisters, each.declaration);
+    for (int i = 0; i < 20; ++i)
+      writer.Literal('b');
+    writer.EndBlock(true);
+    const auto decoder = MakeDecompressor(DecoderFamily::kRar3);
+    EXPECT_EQ(Unpack(*decoder, writer.entry, writer.Finish()).code, each.code);
+  }
+}
+
+constexpr std::uint8_t kEscape = 77;
+
+struct ModelRun {
+  Bytes content;
+  std::optional<std::size_t> failed_at;  // bytes of the packed data
+};
+
+ModelRun RunModel(const Bytes& packed, std::uint32_t order) {
+  MemorySource source(packed, packed.size());
+  BitReader reader;
+  reader.Begin(source);
+  RangeDecoder range;
+  PpmdModel model;
+  ModelRun run;
+  try {
+    range.Begin(reader);
+    model.Start(order, 1U << 20U);
+    while (reader.Position() / 8 + 6 < packed.size()) {
+      run.content.push_back(model.Decode(range));
+      if (run.content.back() == kEscape) throw Failure{ports::kRarBadData};
+    }
+  } catch (const Failure&) {
+    run.failed_at = static_cast<std::size_t>(reader.Position() / 8);
+  }
+  return run;
+}
+
+// Commands stand after the escape, the letter M here. The model's bytes were encoded by hand.
+TEST(Rar3Model, ModelObeysItsCommandsBetweenOtherBlocks) {
+  Rar3Writer writer;
+  writer.Declaration(kHasLength | kHasRegisters,
+                     Declare({}, MakeProgram(29, 0x0E06077D), 0, 0, {}));
+  for (const std::uint8_t digit : std::string("0123456789"))
+    writer.Literal(digit);
+  while (writer.content.bytes.size() < 70000)
+    writer.Match(10, 250);
+  writer.EndBlock(false);
+  Bytes packed = writer.Finish();
+  const std::size_t model_begins = packed.size();
+  const Bytes model = {0xE3, 0,    'M',  // a new model
+                       0x61, 0x03, 0x6D, 0xD5, 0xA1, 0xDC, 0x47, 0x91, 0x7F, 0x19, 0x4C,
+                       0x76, 0xFD, 0x8F, 0xA9, 0xB6, 0x20, 0x41, 0x7B, 0xAD, 0xE3, 0xD0,
+                       0x37, 0x86, 0x1C, 0x2D, 0xA0, 0xEC, 0xDF, 0x7A, 0x01, 0x00,
+                       0x80,  // the same model, in a new block
+                       0xC6, 0xC2, 0x0E, 0xE1, 0x79, 0xA0, 0x0D, 0x1E, 0x00};
+  packed.insert(packed.end(), model.begin(), model.end());
+  Content& content = writer.content;
+  const auto add = [&](const std::string& text) {
+    content.bytes.insert(content.bytes.end(), text.begin(), text.end());
+  };
+  add("abc");
+  content.Copy(0x010203 + 2, 5 + 32);
+  content.Copy(1, 2 + 4);
+  add("M");
+  const std::size_t filtered = content.bytes.size() + 2;
+  add("xyzxyzxyzxyz"
+      "tail");
+  Bytes expected = content.bytes;
+  const auto begin = expected.begin() + static_cast<std::ptrdiff_t>(filtered);
+  Bytes block(begin, begin + 10);
+  Bytes scratch;
+  UndoFilter(Asked(FilterKind::kDelta, 2, 0), filtered, block, scratch);
+  std::copy(block.begin(), block.end(), begin);
+
+  const auto decoder = MakeDecompressor(DecoderFamily::kRar3);
+  for (const bool is_size_known : {true, false}) {
+    writer.entry.solid = false;
+    writer.entry.unpacked_size.reset();
+    if (is_size_known) writer.entry.unpacked_size = expected.size();
+    for (std::size_t length = model_begins; length < packed.size() - 10; ++length) {
+      const Unpacked cut = Unpack(*decoder, writer.entry, std::span(packed).first(length));
+      EXPECT_TRUE(cut.code == 12 || cut.content != expected) << length;
+    }
+    const Unpacked result = Unpack(*decoder, writer.entry, packed);
+    EXPECT_EQ(result.code, 0);
+    EXPECT_TRUE(result.content == expected);
+  }
+  // A solid entry goes on with other blocks.
+  writer.Match(20, 30);
+  writer.EndBlock(true);
+  writer.entry.solid = true;
+  writer.entry.unpacked_size.reset();
+  EXPECT_EQ(Unpack(*decoder, writer.entry, writer.Finish()).content,
+            Bytes(content.bytes.end() - 30, content.bytes.end()));
+  for (const Bytes& damaged : {Bytes{0x80, 0, 0, 0, 0, 0}, Bytes{0xE0, 0, 'M', 0, 0, 0, 0, 0}}) {
+    writer.entry.solid = false;
+    const auto afresh = MakeDecompressor(DecoderFamily::kRar3);
+    EXPECT_EQ(Unpack(*afresh, writer.entry, damaged).code, 12);
+  }
+}
+
+// Nearly every bit pattern stands for some text. Where one does not, or holds the escape, its bytes
+// are changed. The sums are those of an independent decoder; the model runs out of memory once.
+TEST(Rar3Model, ModelAgreesWithAnIndependentDecoder) {
+  const struct {
+    std::uint32_t order;
+    std::size_t packed_length;
+    std::size_t length;
+    std::uint32_t crc;
+  } cases[] = {{4, 4000, 9262, 1271526284}, {64, 10000, 30201, 4073077575}};
+  for (const auto& each : cases) {
+    Random random(each.order);
+    Bytes packed(each.packed_length);
+    for (std::uint8_t& byte : packed)
+      byte = static_cast<std::uint8_t>(random());
+    ModelRun run = RunModel(packed, each.order);
+    for (int tries = 0; run.failed_at && tries < 100; ++tries) {
+      const std::size_t from = *run.failed_at > 4 ? *run.failed_at - 4 : 0;
+      for (std::size_t i = from; i < *run.failed_at + 2; ++i) {
+        packed[i] = static_cast<std::uint8_t>(random());
+      }
+      run = RunModel(packed, each.order);
+    }
+    ASSERT_FALSE(run.failed_at);
+    EXPECT_EQ(run.content.size(), each.length);
+    EXPECT_EQ(crc32_z(0, run.content.data(), run.content.size()), each.crc);
+
+    // The same as an entry: a new model with its order, 1 MiB and the escape; then the end.
+    Entry entry;
+    entry.version = 29;
+    entry.unpacked_size = run.content.size();
+    const std::uint32_t order = each.order <= 16 ? each.order - 1 : 15 + (each.order - 16) / 3;
+    Bytes block = {static_cast<std::uint8_t>(0xE0 | order), 0, kEscape};
+    block.insert(block.end(), packed.begin(), packed.end());
+    EXPECT_TRUE(Unpack(*MakeDecompressor(DecoderFamily::kRar3), entry, block).content ==
+                run.content);
+  }
+}
+
+}  // namespace
+}  // namespace tests
