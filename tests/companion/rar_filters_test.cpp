@@ -51,6 +51,8 @@ TEST(RarFilters, X86TargetsBecomeRelative) {
       // Beyond 16 MiB the two formats count differently.
       {kCall, 0x1000000, true, {0xE8, 5, 0, 0, 0}, {0xE8, 4, 0, 0, 0}},
       {kCall, 0x1000000, false, {0xE8, 5, 0, 0, 0}, {0xE8, 4, 0, 0, kFF}},
+      // What an operand holds is no opcode.
+      {kCall, 0, false, {0xE8, 0x10, 0xE8, 0, 0, 5, 0, 0}, {0xE8, 0x0F, 0xE8, 0, 0, 5, 0, 0}},
       // With one byte missing there is no operand.
       {kCall, 0x100, false, {0xE8, 0, 0x10, 0}, {0xE8, 0, 0x10, 0}},
   };

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "companion/rar/blake2sp.h"
 #include "tests/companion/archive_run.h"
 #include "tests/companion/rar_entries.h"
 #include "tests/support/sandbox.h"
@@ -47,13 +48,40 @@ TEST(RarReading, StoredEntriesComeOutWithNamesAndFolders) {
 }
 
 TEST(RarReading, HostileNamesAreRefusedAndNothingIsMade) {
-  const std::string long_name(1100, 'n');
-  const std::vector<std::string> names = {
-      "../x",   "..\\..\\x", "a/../../x",    "/abs",    "\\abs",   "C:\\x",
-      "C:x",    "//s/h/x",   "\\\\?\\C:\\x", "",        ".",       "..",
-      "a//b",   "a/./b",     "a/",           "CON",     "aux.txt", "a/nul.tmz",
-      "COM1",   "lpt9.log",  "con .txt",     "a.txt:s", "trail. ", "trail.",
-      "tab\tx", "line\nx",   "del\x7Fx",     "a/../b",  long_name, std::string("nul\0x", 5)};
+  std::string long_name = "n";
+  while (long_name.size() < 1024)
+    long_name += "/n";
+  const std::vector<std::string> names = {"../x",
+                                          "..\\..\\x",
+                                          "a/../../x",
+                                          "/abs",
+                                          "\\abs",
+                                          "C:\\x",
+                                          "C:x",
+                                          "//s/h/x",
+                                          "\\\\?\\C:\\x",
+                                          "",
+                                          ".",
+                                          "..",
+                                          "a//b",
+                                          "a/./b",
+                                          "a/",
+                                          "CON",
+                                          "aux.txt",
+                                          "a/nul.tmz",
+                                          "COM1",
+                                          "conin$",
+                                          "lpt9.log",
+                                          "con .txt",
+                                          "a.txt:s",
+                                          "trail. ",
+                                          "trail.",
+                                          "tab\tx",
+                                          "line\nx",
+                                          "del\x7Fx",
+                                          "a/../b",
+                                          long_name,
+                                          std::string("nul\0x", 5)};
   for (const RarFormat format : kBoth) {
     for (const std::string& name : names) {
       Sandbox sandbox;
@@ -65,10 +93,18 @@ TEST(RarReading, HostileNamesAreRefusedAndNothingIsMade) {
       EXPECT_EQ(RunArchive(path, 0, "").Codes(), "0 | 10") << name;
     }
   }
-  // Malformed UTF-8, in the format that uses UTF-8.
   Sandbox sandbox;
-  const std::string path = sandbox.Write("a.rar", Archive(RarFormat::kRar5, "a\xFF", "bad"));
-  EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), "16 | 10");
+  for (const std::string name : {"com0", "com10", "comx", "console", "aux1.txt", ".con", "a b"}) {
+    const std::string path = sandbox.Write("a.rar", Archive(RarFormat::kRar5, name, "good"));
+    EXPECT_EQ(RunArchive(path, 2, sandbox.Path("good")).Codes(), "0 | 10") << name;
+    EXPECT_EQ(sandbox.Read("good/" + name), "good");
+  }
+  // In the format that uses UTF-8: malformed, and digits that Windows takes for such.
+  for (const std::string name : {"a\xFF", "com²", "LPT³.x", "prn¹"}) {
+    const bool is_sound = name == "prn¹";
+    const std::string path = sandbox.Write("a.rar", Archive(RarFormat::kRar5, name, "bad"));
+    EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), is_sound ? "0 | 10" : "16 | 10");
+  }
 }
 
 std::string LinkRecord(unsigned kind, const std::string& target) {
@@ -134,105 +170,98 @@ TEST(RarReading, OnlyThePermissionBitsOfAModeAreApplied) {
 }
 #endif
 
-// Damage to a sound archive of one entry "a.txt" with 10 bytes, and the codes of extracting it, for
-// RAR 4 and RAR 5.
-struct DamageCase {
-  const char* what;
-  std::function<std::string(RarFormat)> bytes;
-  const char* rar4;
-  const char* rar5;
-  bool leaves_file;
-};
+constexpr const char* kContent = "0123456789";
 
+// A sound archive of one entry "a.txt", with a difference.
 std::string With(RarFormat format, const std::function<void(EntryHeader&)>& change) {
-  EntryHeader header = FileHeader("a.txt", "0123456789");
+  EntryHeader header = FileHeader("a.txt", kContent);
   change(header);
-  return Archive(format, header, "0123456789");
+  return Archive(format, header, kContent);
 }
 
-std::string Cut(RarFormat format, std::size_t kept_of_content) {
-  const std::string head =
-      MakeBeginning(format) + MakeEntryHeader(format, FileHeader("a.txt", "0123456789"));
-  return head + std::string("0123456789").substr(0, kept_of_content);
+std::string WithBlake2(std::uint8_t difference) {
+  companion::rar::Blake2sp sum;
+  sum.Update(reinterpret_cast<const std::uint8_t*>(kContent), 10);
+  auto digest = sum.Finish();
+  digest[31] ^= difference;
+  const std::string record = MakeVint(2) + MakeVint(0) + std::string(digest.begin(), digest.end());
+  return With(RarFormat::kRar5,
+              [&](EntryHeader& h) { h.extra = MakeVint(record.size()) + record; });
 }
-
-const DamageCase kDamages[] = {
-    {"nothing", [](RarFormat f) { return With(f, [](EntryHeader&) {}); }, "0 | 10", "0 | 10", true},
-    {"no bytes", [](RarFormat) { return std::string(); }, "open 13", "open 13", false},
-    {"a page", [](RarFormat) { return std::string("<html>not found</html>"); }, "open 13",
-     "open 13", false},
-    {"a zip", [](RarFormat) { return std::string("PK\3\4aaaaaaaaaaaaaaaa"); }, "open 13", "open 13",
-     false},
-    {"signature only",
-     [](RarFormat f) { return MakeBeginning(f).substr(0, f == RarFormat::kRar5 ? 8 : 7); }, "| 10",
-     "| 10", false},
-    {"cut in the main header", [](RarFormat f) { return MakeBeginning(f).substr(0, 13); }, "| 18",
-     "| 10", false},
-    {"no end block", [](RarFormat f) { return Cut(f, 10); }, "0 | 10", "0 | 10", true},
-    {"an entry behind the end",
-     [](RarFormat f) {
-       return With(f, [](EntryHeader&) {}) + MakeEntryHeader(f, FileHeader("b.txt", ""));
-     },
-     "0 | 10", "0 | 10", true},
-    {"data cut off", [](RarFormat f) { return Cut(f, 4); }, "18 | 18", "18 | 18", true},
-    {"wrong data", [](RarFormat f) { return With(f, [](EntryHeader& h) { h.crc ^= 1; }); },
-     "12 | 10", "12 | 10", true},
-    {"more data than declared",
-     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.size = 3; }); }, "12 | 10", "12 | 10",
-     true},
-    {"less data than declared",
-     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.size = 11; }); }, "12 | 10", "12 | 10",
-     true},
-    {"an unknown method", [](RarFormat f) { return With(f, [](EntryHeader& h) { h.method = 6; }); },
-     "14 | 10", "14 | 10", false},
-    {"an old version",
-     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.version = 28, h.method = 3; }); },
-     "14 | 10", "14 | 10", false},
-    {"an unknown version",
-     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.version = 63; }); }, "14 | 10",
-     "14 | 10", false},
-    {"the second half of a file",
-     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.split_before = true; }); }, "12 | 10",
-     "12 | 10", false},
-    {"a next volume that is missing",
-     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.split_after = true; }); }, "15 | 15",
-     "15 | 15", true},
-    {"a folder with data",
-     [](RarFormat f) { return With(f, [](EntryHeader& h) { h.is_folder = true; }); }, "12 | 10",
-     "12 | 10", false},
-    {"encrypted",
-     [](RarFormat f) {
-       return With(f, [](EntryHeader& h) {
-         h.is_encrypted = true;
-         h.extra = MakeVint(2) + MakeVint(1) + MakeVint(0);
-       });
-     },
-     "22 | 10", "22 | 10", false},
-    {"a damaged header behind a good entry",
-     [](RarFormat f) {
-       std::string second = MakeEntryHeader(f, FileHeader("b.txt", ""));
-       second[second.size() - 1] ^= 1;
-       return Cut(f, 10) + second;
-     },
-     "0 | 12", "0 | 12", true},
-};
 
 TEST(RarReading, DamageEndsWithTheCodeOfItsCause) {
-  for (const DamageCase& damage : kDamages) {
-    for (const RarFormat format : kBoth) {
+  for (const RarFormat format : kBoth) {
+    const bool is_rar5 = format == RarFormat::kRar5;
+    const auto with = [&](void (*change)(EntryHeader&)) { return With(format, change); };
+    const std::string main = MakeBeginning(format);
+    const std::string signature = main.substr(0, is_rar5 ? 8 : 7);
+    const std::string header = MakeEntryHeader(format, FileHeader("a.txt", kContent));
+    const std::string entry = header + kContent;
+    std::string damaged = header;
+    damaged.back() ^= 1;
+    const std::string service = is_rar5 ? packing::MakeRar5Block(3, 0, "", "", 10)
+                                        : packing::MakeRar4Block(0x7A, 0x8000, header.substr(7));
+    const std::string other = is_rar5 ? packing::MakeRar5Block(9, 0, "", "", 10)
+                                      : packing::MakeRar4Block(0x77, 0x8000, Number(10, 4));
+    const std::string end = MakeEnd(format);
+    const struct {
+      const char* what;
+      std::string bytes;
+      const char* codes;
+      bool leaves_file;
+    } cases[] = {
+        {"nothing", main + entry + end, "0 | 10", true},
+        {"no bytes", "", "open 13", false},
+        {"a page", "<html>not found</html>", "open 13", false},
+        {"a zip", "PK\3\4aaaaaaaaaaaaaaaa", "open 13", false},
+        {"signature only", signature, "| 10", false},
+        {"cut in the main header", main.substr(0, 13), is_rar5 ? "| 10" : "| 18", false},
+        {"an entry before the main header", signature + entry + main.substr(signature.size()),
+         "| 10", false},
+        {"other blocks", main + service + kContent + other + kContent + entry + end, "0 | 10",
+         true},
+        {"another block that is cut off", main + other + "0123", "| 18", false},
+        {"no end block", main + entry, "0 | 10", true},
+        {"an entry behind the end", main + end + entry, "| 10", false},
+        {"data cut off", main + header + "0123", "18 | 18", true},
+        {"a damaged header behind a good entry", main + entry + damaged, "0 | 12", true},
+        {"wrong data", with([](EntryHeader& h) { h.crc ^= 1; }), "12 | 10", true},
+        {"more data than declared", with([](EntryHeader& h) { h.size = 3; }), "12 | 10", true},
+        {"less data than declared", with([](EntryHeader& h) { h.size = 11; }), "12 | 10", true},
+        {"a size that is not known in RAR 4", with([](EntryHeader& h) { h.size = 0xFFFFFFFF; }),
+         is_rar5 ? "12 | 10" : "0 | 10", true},
+        {"too large", with([](EntryHeader& h) { h.size = (32ULL << 30U) + 1; }), "12 | 10", false},
+        {"an unknown method", with([](EntryHeader& h) { h.method = 6; }), "14 | 10", false},
+        {"an old version", with([](EntryHeader& h) { h.version = 28, h.method = 3; }), "14 | 10",
+         false},
+        {"an unknown version", with([](EntryHeader& h) { h.version = 63; }), "14 | 10", false},
+        {"the second half of a file", with([](EntryHeader& h) { h.split_before = true; }),
+         "12 | 10", false},
+        {"no next volume", with([](EntryHeader& h) { h.split_after = true; }), "15 | 15", true},
+        {"a folder with data", with([](EntryHeader& h) { h.is_folder = true; }), "12 | 10", false},
+        {"encrypted", with([](EntryHeader& h) {
+           h.is_encrypted = true;
+           h.extra = MakeVint(2) + MakeVint(1) + MakeVint(0);
+         }),
+         "22 | 10", false},
+        {"a BLAKE2 sum", WithBlake2(0), "0 | 10", true},
+        {"a wrong BLAKE2 sum", WithBlake2(1), "12 | 10", true},
+    };
+    for (const auto& each : cases) {
       Sandbox sandbox;
-      const std::string path = sandbox.Write("a.rar", damage.bytes(format));
-      const char* const expected = format == RarFormat::kRar4 ? damage.rar4 : damage.rar5;
-      EXPECT_EQ(RunArchive(path, 1, "").Codes(), expected) << damage.what;
-      EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), expected) << damage.what;
-      EXPECT_EQ(sandbox.Has("out/a.txt"), damage.leaves_file) << damage.what;
+      const std::string path = sandbox.Write("a.rar", each.bytes);
+      EXPECT_EQ(RunArchive(path, 1, "").Codes(), each.codes) << each.what;
+      EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), each.codes) << each.what;
+      EXPECT_EQ(sandbox.Has("out/a.txt"), each.leaves_file) << each.what;
     }
   }
 }
 
 TEST(RarReading, SkippingAsksForTheDataButNotForItsContent) {
   Sandbox sandbox;
-  EXPECT_EQ(RunArchive(sandbox.Write("a.rar", Cut(RarFormat::kRar4, 4)), 0, "").Codes(), "18 | 18");
+  const std::string sound = With(RarFormat::kRar4, [](EntryHeader&) {});
+  const std::string cut = sound.substr(0, sound.find(kContent) + 4);
+  EXPECT_EQ(RunArchive(sandbox.Write("a.rar", cut), 0, "").Codes(), "18 | 18");
   const std::string wrong = With(RarFormat::kRar5, [](EntryHeader& h) { h.crc ^= 1; });
   EXPECT_EQ(RunArchive(sandbox.Write("b.rar", wrong), 0, "").Codes(), "0 | 10");
   EXPECT_EQ(RunArchive(sandbox.Write("b.rar", wrong), 1, "").Codes(), "12 | 10");

@@ -15,7 +15,6 @@ namespace {
 
 struct Sample {
   std::string name;
-  std::string kind;
   int code = 0;  // of extracting everything
   std::map<std::string, std::string> files;
   std::string first_volume;
@@ -53,8 +52,6 @@ std::vector<Sample> ReadExpectations(const std::string& path) {
       samples.emplace_back().name = texts[0];
     } else if (depth == 2 && texts[0] == "code") {
       samples.back().code = std::stoi(texts[1]);
-    } else if (depth == 2 && texts[0] == "kind") {
-      samples.back().kind = texts[1];
     } else if (depth == 3 && texts.size() == 2) {
       samples.back().files[texts[0]] = texts[1];
     } else if (depth == 3 && samples.back().first_volume.empty()) {
@@ -100,21 +97,6 @@ TEST(RarSamples, ArchivesOfOtherMakersGiveTheirFilesOrTheirCode) {
     }
   }
   std::cout << samples.size() << " sample archives judged\n";
-}
-
-TEST(RarSamples, OneEntryOfSolidArchiveComesOutAlone) {
-  const std::string folder = SamplesFolder();
-  int judged = 0;
-  for (const Sample& sample : ReadExpectations(folder + "/expected.json")) {
-    if (sample.code != 0 || sample.kind.find("solid") == std::string::npos) continue;
-    for (const auto& [name, hash] : sample.files) {
-      const Sandbox sandbox;
-      RunArchive(folder + "/" + sample.first_volume, 2, sandbox.Path(), name);
-      EXPECT_EQ(HashOf(sandbox.Read(name)), hash) << sample.name << " " << name;
-      ++judged;
-    }
-  }
-  if (judged == 0) GTEST_SKIP() << "no sample archives in " << folder;
 }
 
 }  // namespace
