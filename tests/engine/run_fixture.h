@@ -109,6 +109,7 @@ class RunTest : public testing::Test {
     } catch (const tmw::ProgramError& error) {
       front_end_.log.push_back("error|" + error.Description);
     }
+    EXPECT_TRUE(!updated_ || listener_.Has("icon brush")) << "the last stage";
     advice_ = updater.AdviceOnUnfinished();
     return front_end_.log;
   }

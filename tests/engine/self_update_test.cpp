@@ -33,6 +33,7 @@ class SelfUpdateTest : public RunTest {
   // Returns true if the run has ended this process after starting another.
   bool Restarts() {
     Run();
+    EXPECT_EQ(processes_.waits, 0);
     return has_exited_;
   }
 

@@ -80,13 +80,17 @@ TEST_F(WholeRunTest, AFailedRunIsReportedLeavesTheBooksAloneAndIsMadeGoodByTheNe
 }
 
 TEST_F(WholeRunTest, AFallbackServerServesAndARepairMendsWhatIsDamaged) {
-  fs::permissions(ToPath(Path("db/Tamrin.mdb")), fs::perms{0600});
-  const auto rights = fs::status(ToPath(Path("db/Tamrin.mdb"))).permissions();
+  const fs::path database = ToPath(Path("db/Tamrin.mdb"));
+  auto rights = fs::perms::none;
+  When("icon trash", [&] {  // the copy of it is ready by then
+    fs::permissions(database, fs::perms{0600});
+    rights = fs::status(database).permissions();
+  });
   url_ = "http://127.0.0.1:" + std::to_string(UnusedPort());
   fallback_url_ = server_.Url("");
   Run();
   ExpectAllNew();
-  EXPECT_EQ(fs::status(ToPath(Path("db/Tamrin.mdb"))).permissions(), rights);
+  EXPECT_EQ(fs::status(database).permissions(), rights);
   sandbox_.Write("Продукт/Bin/Программа.dll", "new pr0gram");
   old_version_ = "3.6.2.0";
   front_end_.answers = {true, true};

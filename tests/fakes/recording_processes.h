@@ -28,6 +28,7 @@ class RecordingProcesses : public ports::Processes {
   // the second.
   std::optional<std::pair<ports::SystemCode, ports::SystemCode>> refusals;
   std::function<void()> on_start;
+  int waits = 0;  // for processes to end
   bool can_gain_rights = false;
   ports::StartRequest last_start;
   ports::ElevatedStartRequest last_elevated_start;
@@ -38,7 +39,7 @@ class RecordingProcesses : public ports::Processes {
     last_start = request;
     if (on_start) on_start();
     if (refusals) return {false, refusals->first, nullptr};
-    return {true, 0, std::make_unique<EndedProcess>(exit_code)};
+    return {true, 0, std::make_unique<EndedProcess>(*this)};
   }
 
   ports::Outcome<std::unique_ptr<ports::Process>> StartElevated(
@@ -47,7 +48,7 @@ class RecordingProcesses : public ports::Processes {
                      request.working_folder);
     last_elevated_start = request;
     if (refusals) return {false, refusals->second, nullptr};
-    return {true, 0, std::make_unique<EndedProcess>(exit_code)};
+    return {true, 0, std::make_unique<EndedProcess>(*this)};
   }
 
   bool CanGainRights() const override { return can_gain_rights; }
@@ -67,13 +68,18 @@ class RecordingProcesses : public ports::Processes {
  private:
   class EndedProcess final : public ports::Process {
    public:
-    explicit EndedProcess(std::int32_t exit_code) : exit_code_(exit_code) {}
+    explicit EndedProcess(RecordingProcesses& starter)
+        : starter_(starter), exit_code_(starter.exit_code) {}
     std::int32_t Id() const override { return 4711; }
-    ports::Outcome<bool> Wait(std::int32_t) override { return {true, 0, true}; }
+    ports::Outcome<bool> Wait(std::int32_t) override {
+      ++starter_.waits;
+      return {true, 0, true};
+    }
     ports::Status Kill() override { return ports::Status::Success(); }
     ports::Outcome<std::int32_t> ExitCode() override { return {true, 0, exit_code_}; }
 
    private:
+    RecordingProcesses& starter_;
     std::int32_t exit_code_;
   };
 };

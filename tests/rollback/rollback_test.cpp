@@ -267,6 +267,7 @@ TEST_F(RollbackTest, WhatWasKeptFirstStaysWhateverRunComesNext) {
     old_version_ = "3.6.0.0";
   };
   const auto publish_other = [&] {
+    release_.version = "3.6.2.1";
     release_.version_id = "R other";
     release_.files.back() = {"more.dll", "more", "{p}Bin"};
     release_.files[0].content = "newer program";
@@ -296,6 +297,8 @@ TEST_F(RollbackTest, WhatWasKeptFirstStaysWhateverRunComesNext) {
     Renew();
     arrange();
     EXPECT_TRUE(Update()) << what << front_end_.log.back();
+    std::string reason;
+    EXPECT_EQ(tmw::TryReadKeptList(reason)->NewVersion, release_.version) << what;
     EXPECT_EQ(RollBack(), RunOutcome::kDone) << what << front_end_.log.back();
     EXPECT_EQ(Differences(), std::vector<std::string>()) << what;
   }
