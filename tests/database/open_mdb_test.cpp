@@ -95,11 +95,4 @@ TEST_F(OpenMdbTest, EveryNumberForAFileThatOthersHaveOpenIsRetriedAndNoOther) {
   }
 }
 
-TEST_F(OpenMdbTest, SharedOpeningIsNotRetried) {
-  const auto holder = ports->database->CreateDatabase(path);
-  EXPECT_EQ(tmw::OpenMdb(path, kWhat, false, true), nullptr);
-  EXPECT_TRUE(clock.sleeps.empty());
-  EXPECT_EQ(front_end.log.size(), 1U);
-}
-
 }  // namespace

@@ -119,15 +119,17 @@ TEST_F(StartUp, ARollbackUnderWayIsFinishedBeforeAnythingElse) {
   ForgetProductPaths();
 }
 
-TEST_F(StartUp, WithoutSettingsAndOptionsEverythingHasItsDefault) {
-  ASSERT_TRUE(Parse(""));
-  const UpdaterSettings& s = GetUpdaterSettings();
-  EXPECT_EQ(s.Url, kPrimaryUrl);
-  EXPECT_TRUE(s.IsDefaultUrl);
-  EXPECT_FALSE(s.NoFinalMessage || s.IsRestartedAfterSelfUpdate || s.UseNormalExit ||
-               s.IsTempCopy || s.NoFtp || s.IsClientInstallation || s.IsNetworkInstallation);
-  EXPECT_EQ(s.OldProductVersion + s.MainExeFile + s.MainExeParams + s.ProxyServer, "");
-  EXPECT_EQ(s.ProxyType, 0);
+TEST_F(StartUp, WithoutSettingsAndOptionsWithAValueEverythingHasItsDefault) {
+  for (const char* const option : {"", "-w", "-v", "-e", "-p"}) {
+    ASSERT_TRUE(Parse(option)) << option;
+    const UpdaterSettings& s = GetUpdaterSettings();
+    EXPECT_EQ(s.Url, kPrimaryUrl);
+    EXPECT_TRUE(s.IsDefaultUrl);
+    EXPECT_FALSE(s.NoFinalMessage || s.IsRestartedAfterSelfUpdate || s.UseNormalExit ||
+                 s.IsTempCopy || s.NoFtp || s.IsClientInstallation || s.IsNetworkInstallation);
+    EXPECT_EQ(s.OldProductVersion + s.MainExeFile + s.MainExeParams + s.ProxyServer, "");
+    EXPECT_EQ(s.ProxyType, 0);
+  }
 }
 
 TEST_F(StartUp, OptionsIgnoreCaseAndTheirValuesKeepIt) {
@@ -139,14 +141,6 @@ TEST_F(StartUp, OptionsIgnoreCaseAndTheirValuesKeepIt) {
   EXPECT_EQ(s.OldProductVersion, "2.0");  // the later one holds
   EXPECT_EQ(s.MainExeFile, "C:\\A b\\Т.exe");
   EXPECT_EQ(s.MainExeParams, "-y");  // a value, though it looks like an option
-}
-
-TEST_F(StartUp, AValueMissingAtTheEndIsIgnored) {
-  for (const char* option : {"-w", "-v", "-e", "-p"}) {
-    ASSERT_TRUE(Parse(option)) << option;
-    EXPECT_EQ(GetUpdaterSettings().Url, kPrimaryUrl);
-    EXPECT_TRUE(GetUpdaterSettings().IsDefaultUrl);
-  }
 }
 
 TEST_F(StartUp, AnUnknownOptionIsNamedAndEndsTheStart) {
@@ -209,6 +203,8 @@ TEST_F(StartUp, ARunWaitsLocksUpdatesTellsReleasesAndStartsTheProduct) {
   run_.updated = true;
   run_.new_version = "3.1.0.7";
   const std::string without_ending = product_.substr(0, product_.size() - 4);
+  Log at_start;
+  processes_.on_start = [&] { at_start = mutexes_.log; };
   Run("-e \"" + without_ending + "\" -p \"/a\"");
   EXPECT_EQ(run_.calls, Log{std::string("TMW|") + kPrimaryUrl + "|" + kFallbackUrl});
   EXPECT_EQ(front_end_.log,
@@ -219,16 +215,12 @@ TEST_F(StartUp, ARunWaitsLocksUpdatesTellsReleasesAndStartsTheProduct) {
       (Log{"probe Local\\Tamrin_Mutex", "close Local\\Tamrin_Mutex", "probe Local\\Fsk_Mutex",
            "close Local\\Fsk_Mutex", "probe Local\\DocLens_Mutex", "close Local\\DocLens_Mutex",
            "own Local\\TMW_WebUpdate_Mutex", "close Local\\TMW_WebUpdate_Mutex"}));
+  EXPECT_EQ(at_start, mutexes_.log) << "the lock is free by then";
   ASSERT_EQ(processes_.starts.size(), 1U);
   const std::string start = processes_.starts.front();
   EXPECT_EQ(start.substr(0, start.find('|')), product_);
   EXPECT_NE(start.find("|\"" + product_ + "\" /a|"), std::string::npos) << start;
   EXPECT_EQ(GetRunOutcome(), RunOutcome::kDone);
-}
-
-TEST_F(StartUp, ARunIsAFailureUnlessItSaysOtherwise) {
-  Run("");
-  EXPECT_EQ(GetRunOutcome(), RunOutcome::kFailed);
 }
 
 TEST_F(StartUp, TheFinalMessageNeedsAnUpdateAndAnAttendedRun) {
@@ -250,20 +242,6 @@ TEST_F(StartUp, GivingUpOnARunningApplicationEndsEverything) {
   EXPECT_EQ(GetRunOutcome(), RunOutcome::kRefused);
 }
 
-TEST_F(StartUp, AMissingProductIsSkippedWithoutAWord) {
-  Run("-e \"" + product_ + "-нет\"");
-  EXPECT_EQ(processes_.starts, Log{});
-  EXPECT_EQ(front_end_.log, Log{});
-}
-
-TEST_F(StartUp, TheProductStartsOnceTheLockIsFree) {
-  Log at_start;
-  processes_.on_start = [&] { at_start = mutexes_.log; };
-  Run("-e \"" + product_ + "\"");
-  ASSERT_FALSE(at_start.empty());
-  EXPECT_EQ(at_start.back(), "close Local\\TMW_WebUpdate_Mutex");
-}
-
 TEST_F(StartUp, AnErrorOfTheStartIsShownAndIsAFailure) {
   for (const bool is_updated : {false, true}) {
     run_ = {is_updated, "", !is_updated, {}};
@@ -282,11 +260,13 @@ TEST_F(StartUp, AnErrorOfTheStartIsShownAndIsAFailure) {
   }
 }
 
-TEST_F(StartUp, AProductFolderThatIsMissingIsNotLocked) {
+TEST_F(StartUp, AFolderThatIsMissingIsNotLockedAndAMissingProductSkippedWithoutAWord) {
   settings_.Set(SettingsRoot::kMachine, kGeneral + std::string("RootPath"), sandbox_.Path("нет"));
-  Run("");
+  Run("-e \"" + product_ + "-нет\"");
   EXPECT_EQ(run_.calls.size(), 1U);
+  EXPECT_EQ(processes_.starts, Log{});
   EXPECT_EQ(front_end_.log, Log{});
+  EXPECT_EQ(GetRunOutcome(), RunOutcome::kFailed) << "unless the run says otherwise";
 }
 
 TEST_F(StartUp, EndingTheUpdaterFreesTheLockFirst) {
