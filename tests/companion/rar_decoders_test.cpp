@@ -13,7 +13,7 @@ namespace {
 
 using namespace companion::rar;
 
-// Matches of every reach and length, across the window's end, in several blocks.
+// Matches of every reach and length, across the window's end, in many blocks.
 void WriteAtRandom(StreamWriter& writer, std::size_t size, std::uint32_t reach,
                    std::uint32_t longest) {
   Random random(5);
@@ -21,7 +21,7 @@ void WriteAtRandom(StreamWriter& writer, std::size_t size, std::uint32_t reach,
   writer.RepeatLast();  // nothing yet
   for (int i = 0; i < 600; ++i)
     writer.Literal(static_cast<std::uint8_t>(random()));
-  for (std::size_t next_block = size / 3; writer.content.bytes.size() < size;) {
+  for (std::size_t next_block = size / 300; writer.content.bytes.size() < size;) {
     const auto known =
         static_cast<std::uint32_t>(std::min<std::size_t>(writer.content.bytes.size(), reach));
     const std::uint32_t bits = 1 + random() % HighestBit(known);
@@ -47,7 +47,7 @@ void WriteAtRandom(StreamWriter& writer, std::size_t size, std::uint32_t reach,
         if (distance <= known) writer.Match(distance, length);
     }
     if (writer.content.bytes.size() > next_block) {
-      next_block += size / 3;
+      next_block += size / 300;
       if (next_block < size) writer.EndBlock(false);
     }
   }

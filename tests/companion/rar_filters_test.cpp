@@ -26,7 +26,6 @@ TEST(RarFilters, DeltaAddsUpEachChannel) {
   // Two channels, stored one after the other, as differences with inverted sign.
   EXPECT_EQ(Undo(Asked(FilterKind::kDelta, 2), 0, {0xFF, 0xFF, 0xFF, 0xF0, 0x10}),
             (Bytes{1, 0x10, 2, 0x00, 3}));
-  EXPECT_THROW(Undo(Asked(FilterKind::kDelta, 0), 0, {1}), Failure);
 }
 
 TEST(RarFilters, X86TargetsBecomeRelative) {
@@ -84,29 +83,6 @@ TEST(RarFilters, ItaniumBranchesBecomeRelative) {
   EXPECT_EQ(Undo(Asked(FilterKind::kItanium), 0x30, block), block);
 }
 
-TEST(RarFilters, PicturesArePredictedFromTheNearestNeighbour) {
-  // Two rows of two pixels, stored colour by colour as what is to be subtracted from the
-  // prediction; red and blue are less green. In the last pixel red is predicted from above, green
-  // from the corner, blue from the left; the first pixel of a row always from the left.
-  FilterRequest request = Asked(FilterKind::kRgb);
-  request.stride = 6 + 3;
-  const Bytes packed = {0xF6, 0xD8, 0x28, 0xFE, 0xF6, 0xF6, 0x14, 0x00, 0xE2, 0x00, 0x00, 0x00};
-  EXPECT_EQ(Undo(request, 0, packed), (Bytes{20, 10, 40, 70, 20, 50, 10, 0, 30, 62, 10, 40}));
-  request.stride = 3;
-  EXPECT_THROW(Undo(request, 0, packed), Failure);
-}
-
-TEST(RarFilters, SamplesFollowThePrediction) {
-  // Calculated by hand: by the end the first weight has grown to 3.
-  Bytes packed(100);
-  for (std::size_t i = 0; i < packed.size(); ++i)
-    packed[i] = static_cast<std::uint8_t>(250 - i % 3);
-  const Bytes samples = Undo(Asked(FilterKind::kAudio, 1), 0, packed);
-  EXPECT_EQ(Bytes(samples.begin() + 30, samples.begin() + 36),
-            (Bytes{216, 223, 231, 238, 245, 253}));
-  EXPECT_EQ(Bytes(samples.end() - 6, samples.end()), (Bytes{222, 232, 240, 250, 5, 15}));
-}
-
 class Collected final : public ContentSink {
  public:
   void Write(const std::uint8_t* data, std::size_t length) override {
@@ -137,6 +113,9 @@ TEST(RarFilters, FiltersOfOneBlockRunInOrderWhereverPiecesEnd) {
     pipeline.Announce(100, 10, Asked(FilterKind::kArm));
     pipeline.Announce(110, 10, Asked(FilterKind::kArm));
     pipeline.Write(Bytes(5));
+    if (piece % 2 == 0) continue;
+    pipeline.ForgetAnnounced();
+    EXPECT_EQ(sink.bytes.size(), expected.size() + 5);
   }
 }
 
@@ -148,6 +127,8 @@ TEST(RarFilters, BlocksThatNoArchiveHoldsAreRefused) {
   const FilterRequest request = Asked(FilterKind::kArm);
   EXPECT_THROW(pipeline.Announce(29, 10, request), Failure);
   EXPECT_THROW(pipeline.Announce(30, (4U << 20U) + 1, request), Failure);
+  pipeline.Announce(30, 4U << 20U, request);
+  pipeline.ForgetAnnounced();
   pipeline.Announce(40, 10, request);
   EXPECT_THROW(pipeline.Announce(45, 10, request), Failure);
   EXPECT_THROW(

@@ -234,6 +234,8 @@ TEST(RarReading, DamageEndsWithTheCodeOfItsCause) {
         {"an unknown method", with([](EntryHeader& h) { h.method = 6; }), "14 | 10", false},
         {"an old version", with([](EntryHeader& h) { h.version = 28, h.method = 3; }), "14 | 10",
          false},
+        {"too large a dictionary",
+         with([](EntryHeader& h) { h.version = 14U << 10U, h.method = 3; }), "14 | 10", false},
         {"an unknown version", with([](EntryHeader& h) { h.version = 63; }), "14 | 10", false},
         {"the second half of a file", with([](EntryHeader& h) { h.split_before = true; }),
          "12 | 10", false},

@@ -91,8 +91,6 @@ void Rar3Decoder::ResetState() {
   lengths_.fill(0);
   last_distances_.fill(0);
   last_length_ = 0;
-  low_distance_ = 0;
-  low_distance_repeats_ = 0;
   model_.Forget();
   escape_ = 2;
   in_model_ = false;
