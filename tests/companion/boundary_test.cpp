@@ -134,7 +134,8 @@ TEST(Boundary, AZipFileIsFlushedAndReadBackBeforeItHasItsName) {
   const std::string file = sandbox.Write("in/a", std::string(100, 'x') + "end");
   const std::string zip = sandbox.Path("out.zip");
   const std::string root = sandbox.Path("in");
-  const char* names[] = {file.c_str()};
+  const std::string other = sandbox.Write("in/b", std::string(50, 'x') + "end");
+  const char* names[] = {file.c_str(), other.c_str()};
   ports::ZpFunctions functions{};
   ports::ZpOptions options{};
   options.Level = '9';
@@ -143,7 +144,7 @@ TEST(Boundary, AZipFileIsFlushedAndReadBackBeforeItHasItsName) {
   ZpSetOptions(&options);
   const auto pack = [&](off_t changed_byte, bool flushing_fails) {
     disk = {"", flushing_fails, changed_byte};
-    const int code = ZpArchive({1, zip.c_str(), names});
+    const int code = ZpArchive({2, zip.c_str(), names});
     disk = {disk.log};
     return code;
   };
@@ -154,7 +155,7 @@ TEST(Boundary, AZipFileIsFlushedAndReadBackBeforeItHasItsName) {
   EXPECT_EQ(pack(-1, true), 14);
   EXPECT_EQ(disk.log, "rf");
   // The local mark, the content, the directory's mark, checksum and name, the end mark.
-  const off_t directory = length - 22 - 46 - 1 - 9;
+  const off_t directory = length - 22 - 2 * (46 + 1 + 9);
   for (const off_t changed :
        {off_t{0}, directory - 6, directory, directory + 17, directory + 46, length - 22}) {
     EXPECT_EQ(pack(changed, false), 14) << changed;

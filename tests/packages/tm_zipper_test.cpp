@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <functional>
 #include <random>
@@ -48,6 +49,11 @@ class Zipping : public testing::Test {
     std::sort(names.begin(), names.end());
     return names;
   }
+  void SetTime(const std::string& name, std::int64_t seconds) {
+    fs::last_write_time(
+        ToPath(sandbox.Path(name)),
+        std::chrono::file_clock::from_sys(std::chrono::sys_seconds(std::chrono::seconds(seconds))));
+  }
 
   Sandbox sandbox;
 };
@@ -82,6 +88,7 @@ TEST_F(Zipping, AFailureIsACodeAndLeavesNoFile) {
   sandbox.Write("twice/a.txt", "another");
   for (const auto& test : kCases) {
     TmZipper zipper = Zipper("a.txt");
+    zipper.Move = 1;  // nothing is removed then
     test.change(zipper);
     EXPECT_EQ(zipper.DoZipping(), test.code) << test.what;
     EXPECT_EQ(Files(), (std::vector<std::string>{"a.txt", "folder", "twice"})) << test.what;
@@ -146,6 +153,7 @@ TEST_F(Zipping, OtherProgramsReadWhatIsWritten) {
     c = static_cast<char>("0123456789абв"[random() % 16]);
   sandbox.Write("База Әлии Müller.mdb", large);
   sandbox.Write("exact.bin", large.substr(0, 1 << 20));  // ends exactly at the end of a piece
+  SetTime("exact.bin", 1700000001);                      // an odd second
   sandbox.Write("empty", "");
   for (const int level : {0, 1, 9}) {
     TmZipper zipper = Zipper(sandbox.Path("База Әлии Müller.mdb"));
@@ -198,13 +206,14 @@ TEST_F(Zipping, WhileItIsWrittenOnlyItsOwnerMayReadAZipFile) {
   const ports::EntryPoints& library = *ports::CurrentPorts().companion->Load().value;
   static std::string folder;
   static fs::perms seen;
+  static int answer = 1;
   folder = sandbox.Path();
   sandbox.Write("a.txt", "a");
   ports::ZpFunctions functions{};
   functions.Service = [](const char*, std::uint32_t) COMPANION_CALL {
     for (const auto& entry : fs::directory_iterator(ToPath(folder)))
       if (entry.path().extension() == ".tmp") seen = entry.status().permissions();
-    return 0;
+    return answer;
   };
   ports::ZpOptions options{};
   options.Level = '9';
@@ -213,54 +222,69 @@ TEST_F(Zipping, WhileItIsWrittenOnlyItsOwnerMayReadAZipFile) {
   const char* names[] = {file.c_str()};
   library.ZpInit(&functions);
   library.ZpSetOptions(&options);
+  EXPECT_EQ(library.ZpArchive({1, zip.c_str(), names}), 9);
+  EXPECT_EQ(Files(), std::vector<std::string>{"a.txt"});
+  answer = 0;
   EXPECT_EQ(library.ZpArchive({1, zip.c_str(), names}), 0);
   EXPECT_EQ(seen, fs::perms::owner_read | fs::perms::owner_write);
 }
 
 TEST_F(Zipping, OptionsChangeWhatIsPacked) {
-  constexpr std::chrono::year_month_day kOld{std::chrono::year(2024), std::chrono::month(6),
-                                             std::chrono::day(1)};
   sandbox.Write("in/a.txt", "one\ntwo\n");
-  sandbox.Write("in/sub/b.txt", "one\r\ntwo\r\n");
+  sandbox.Write("in/sub/A.txt", "one\r\ntwo\r\n");
   sandbox.Write("in/sub/data.bin", std::string("\0\n", 2));
-  fs::last_write_time(
-      ToPath(sandbox.Path("in/sub/b.txt")),
-      std::chrono::file_clock::from_sys(std::chrono::sys_seconds(std::chrono::sys_days{kOld})));
+  std::tm date{};  // the beginning of a day, local
+  date.tm_year = 126;
+  date.tm_mday = 1;
+  date.tm_isdst = -1;
+  const std::int64_t that_day = std::mktime(&date);
+  SetTime("in/sub/A.txt", that_day);
+  SetTime("in/sub/data.bin", 1700000000);
   const struct {
     const char* what;
     std::function<void(TmZipper&)> change;
     const char* listing;
   } kCases[] = {
-      {"a folder alone", [](TmZipper&) {}, "in/ 0\n"},
+      {"a folder alone", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("in/"); }, "in/ 0\n"},
       {"recursion", [](TmZipper& z) { z.Recurse = 1; },
-       "in/ 0\nin/a.txt 8\nin/sub/ 0\nin/sub/b.txt 10\nin/sub/data.bin 2\n"},
+       "in/ 0\nin/a.txt 8\nin/sub/ 0\nin/sub/A.txt 10\nin/sub/data.bin 2\n"},
       {"no folder entries", [](TmZipper& z) { z.Recurse = 1, z.NoDirEntries = 1; },
-       "in/a.txt 8\nin/sub/b.txt 10\nin/sub/data.bin 2\n"},
+       "in/a.txt 8\nin/sub/A.txt 10\nin/sub/data.bin 2\n"},
       {"names alone", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1; },
-       "a.txt 8\nb.txt 10\ndata.bin 2\n"},
+       "A.txt 10\na.txt 8\ndata.bin 2\n"},
       {"CR LF to LF", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.CRLF_LF = 1; },
-       "a.txt 8\nb.txt 8\ndata.bin 2\n"},
+       "A.txt 8\na.txt 8\ndata.bin 2\n"},
       {"LF to CR LF", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.LF_CRLF = 1; },
-       "a.txt 10\nb.txt 10\ndata.bin 2\n"},
-      {"newer than a date",
+       "A.txt 10\na.txt 10\ndata.bin 2\n"},
+      {"not older than a date",
        [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.IncludeDate = 1, z.ZipDate = "01/01/26"; },
-       "a.txt 8\ndata.bin 2\n"},
+       "A.txt 10\na.txt 8\n"},
       {"older than a date",
-       [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.ExcludeDate = 1, z.ZipDate = "01/01/26"; },
-       "b.txt 10\n"},
+       [](TmZipper& z) {
+         z.Recurse = 1, z.JunkDir = 1, z.ExcludeDate = 1, z.ZipDate = "01/01/26", z.LatestTime = 1;
+       },
+       "data.bin 2\n"},
       {"a mask in all folders",
        [](TmZipper& z) {
          z.Recurse = 2, z.NoDirEntries = 1, z.ClearFileNames(), z.AddFileName("*.txt");
        },
-       "in/a.txt 8\nin/sub/b.txt 10\n"},
-      {"a mask", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("in/?.t*"); }, "in/a.txt 8\n"},
+       "in/a.txt 8\nin/sub/A.txt 10\n"},
+      {"a mask", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("in/?.*xt*"); },
+       "in/a.txt 8\n"},
+      {"moving", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 0, z.Move = 1; },
+       "in/ 0\nin/a.txt 8\nin/sub/ 0\nin/sub/A.txt 10\nin/sub/data.bin 2\n"},
   };
   for (const auto& test : kCases) {
     TmZipper zipper = Zipper("in");
     test.change(zipper);
     EXPECT_EQ(zipper.DoZipping(), 0) << test.what;
     EXPECT_EQ(Listing(zipper.ZipFileName), test.listing) << test.what;
+    if (zipper.LatestTime != 0) {
+      EXPECT_EQ(fs::last_write_time(ToPath(zipper.ZipFileName)),
+                fs::last_write_time(ToPath(sandbox.Path("in/sub/data.bin"))));
+    }
   }
+  EXPECT_FALSE(sandbox.Has("in"));
 }
 #endif
 

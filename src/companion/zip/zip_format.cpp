@@ -18,27 +18,12 @@ constexpr std::uint32_t kLocator64Mark = 0x07064b50;
 constexpr std::uint32_t kAll32 = 0xFFFFFFFF;
 constexpr std::uint16_t kAll16 = 0xFFFF;
 constexpr std::uint16_t kZip64Field = 1;
-constexpr std::size_t kLocalLength = 30;
-constexpr std::size_t kCentralLength = 46;
-constexpr std::size_t kEndLength = 22;
 
 template <typename T>
 void Put(std::string& bytes, T value) {
   for (std::size_t i = 0; i < sizeof(T); ++i) {
     bytes.push_back(static_cast<char>(value >> (8 * i) & 0xFFU));
   }
-}
-
-template <typename T>
-T Get(const std::string& bytes, std::size_t offset) {
-  if (offset > bytes.size() || bytes.size() - offset < sizeof(T))
-    throw Failure{ports::kZipBadStructure};
-  T value = 0;
-  for (std::size_t i = 0; i < sizeof(T); ++i) {
-    value = static_cast<T>(value | static_cast<T>(static_cast<unsigned char>(bytes[offset + i]))
-                                       << (8 * i));
-  }
-  return value;
 }
 
 std::uint32_t Cut32(std::uint64_t value) {
@@ -75,11 +60,11 @@ std::string MakeCentralHeader(const ZipEntry& entry) {
   Put(bytes, is_large ? kAll32 : Cut32(entry.size));
   Put(bytes, Cut16(entry.name.size()));
   Put(bytes, Cut16(extra.size()));
-  Put(bytes, Cut16(entry.comment.size()));
+  Put<std::uint16_t>(bytes, 0);  // comment
   Put<std::uint32_t>(bytes, 0);  // disk, internal attributes
   Put(bytes, entry.external_attributes);
   Put(bytes, is_large ? kAll32 : Cut32(entry.offset));
-  return bytes + entry.name + extra + entry.comment;
+  return bytes + entry.name + extra;
 }
 
 std::string ReadExactly(os::ReadableFile& file, std::uint64_t offset, std::uint64_t length) {
@@ -89,72 +74,6 @@ std::string ReadExactly(os::ReadableFile& file, std::uint64_t offset, std::uint6
   if (!got) throw SystemFailure(ports::kZipReadFailed);
   if (*got != bytes.size()) throw Failure{ports::kZipReadFailed};
   return bytes;
-}
-
-// Takes the 64-bit numbers from the extra area, each only if the 32-bit one says so.
-void TakeZip64(ZipEntry& entry) {
-  std::string rest;
-  for (std::size_t at = 0; at + 4 <= entry.extra.size();) {
-    const auto type = Get<std::uint16_t>(entry.extra, at);
-    const std::size_t length = Get<std::uint16_t>(entry.extra, at + 2);
-    std::size_t field = at + 4;
-    const std::size_t end = field + length;
-    if (end > entry.extra.size()) break;
-    if (type == kZip64Field) {
-      for (std::uint64_t* const number : {&entry.size, &entry.packed_size, &entry.offset}) {
-        if (*number != kAll32 || field + 8 > end) continue;
-        *number = Get<std::uint64_t>(entry.extra, field);
-        field += 8;
-      }
-    } else {
-      rest += entry.extra.substr(at, 4 + length);
-    }
-    at = end;
-  }
-  entry.extra = rest;
-}
-
-struct End {
-  std::uint64_t directory_offset = 0;
-  std::uint64_t directory_length = 0;
-  std::uint64_t count = 0;
-  std::string comment;
-};
-
-End FindEnd(os::ReadableFile& file) {
-  const std::uint64_t length = std::min<std::uint64_t>(file.Size(), kEndLength + 0xFFFF);
-  const std::uint64_t start = file.Size() - length;
-  const std::string tail = ReadExactly(file, start, length);
-  if (tail.size() < kEndLength) throw Failure{ports::kZipBadStructure};
-  for (std::size_t at = tail.size() - kEndLength + 1; at-- > 0;) {
-    if (Get<std::uint32_t>(tail, at) != kEndMark) continue;
-    const std::size_t comment = Get<std::uint16_t>(tail, at + 20);
-    if (at + kEndLength + comment > tail.size()) continue;
-    End end{Get<std::uint32_t>(tail, at + 16), Get<std::uint32_t>(tail, at + 12),
-            Get<std::uint16_t>(tail, at + 10), tail.substr(at + kEndLength, comment)};
-    const bool has_locator = at >= 20 && Get<std::uint32_t>(tail, at - 20) == kLocator64Mark;
-    if (has_locator) {
-      const std::string end64 = ReadExactly(file, Get<std::uint64_t>(tail, at - 12), 56);
-      if (Get<std::uint32_t>(end64, 0) != kEnd64Mark) throw Failure{ports::kZipBadStructure};
-      end.count = Get<std::uint64_t>(end64, 32);
-      end.directory_length = Get<std::uint64_t>(end64, 40);
-      end.directory_offset = Get<std::uint64_t>(end64, 48);
-    }
-    return end;
-  }
-  throw Failure{ports::kZipBadStructure};
-}
-
-// The offset of an entry's data according to its local header.
-std::uint64_t DataOffset(os::ReadableFile& file, const ZipEntry& entry) {
-  const std::string local = ReadExactly(file, entry.offset, kLocalLength);
-  if (Get<std::uint32_t>(local, 0) != kLocalMark) throw Failure{ports::kZipBadStructure};
-  const std::uint64_t offset =
-      entry.offset + kLocalLength + Get<std::uint16_t>(local, 26) + Get<std::uint16_t>(local, 28);
-  if (offset > file.Size() || entry.packed_size > file.Size() - offset) {
-    throw Failure{ports::kZipBadStructure};
-  }
-  return offset;
 }
 
 // Inflates the packed bytes of an entry piece by piece.
@@ -255,41 +174,14 @@ std::string MakeDirectory(const ZipDirectory& directory, std::uint64_t offset) {
   return bytes + directory.comment;
 }
 
-ZipDirectory ReadDirectory(os::ReadableFile& file) {
-  const End end = FindEnd(file);
-  const std::string bytes = ReadExactly(file, end.directory_offset, end.directory_length);
-  ZipDirectory directory;
-  directory.comment = end.comment;
-  for (std::size_t at = 0; at < bytes.size();) {
-    if (Get<std::uint32_t>(bytes, at) != kCentralMark) throw Failure{ports::kZipBadStructure};
-    ZipEntry entry;
-    entry.made_by = Get<std::uint16_t>(bytes, at + 4);
-    entry.flags = Get<std::uint16_t>(bytes, at + 8);
-    entry.method = Get<std::uint16_t>(bytes, at + 10);
-    entry.dos_time = Get<std::uint32_t>(bytes, at + 12);
-    entry.crc = Get<std::uint32_t>(bytes, at + 16);
-    entry.packed_size = Get<std::uint32_t>(bytes, at + 20);
-    entry.size = Get<std::uint32_t>(bytes, at + 24);
-    const std::size_t name = Get<std::uint16_t>(bytes, at + 28);
-    const std::size_t extra = Get<std::uint16_t>(bytes, at + 30);
-    const std::size_t comment = Get<std::uint16_t>(bytes, at + 32);
-    entry.external_attributes = Get<std::uint32_t>(bytes, at + 38);
-    entry.offset = Get<std::uint32_t>(bytes, at + 42);
-    const std::size_t texts = at + kCentralLength;
-    at = texts + name + extra + comment;
-    if (at > bytes.size()) throw Failure{ports::kZipBadStructure};
-    entry.name = bytes.substr(texts, name);
-    entry.extra = bytes.substr(texts + name, extra);
-    entry.comment = bytes.substr(texts + name + extra, comment);
-    TakeZip64(entry);
-    directory.entries.push_back(std::move(entry));
-  }
-  if (directory.entries.size() != end.count) throw Failure{ports::kZipBadStructure};
-  return directory;
+void CheckBytes(os::ReadableFile& file, std::uint64_t offset, const std::string& bytes) {
+  if (ReadExactly(file, offset, bytes.size()) != bytes) throw Failure{ports::kZipBadStructure};
 }
 
 void CheckEntry(os::ReadableFile& file, const ZipEntry& entry) {
-  std::uint64_t offset = DataOffset(file, entry);
+  const std::string header = MakeLocalHeader(entry);
+  CheckBytes(file, entry.offset, header);
+  std::uint64_t offset = entry.offset + header.size();
   const bool is_deflated = entry.method == kMethodDeflated;
   Unpacker unpacker;
   std::uint32_t crc = 0;

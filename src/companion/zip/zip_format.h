@@ -23,9 +23,8 @@ struct ZipEntry {
   std::uint64_t packed_size = 0;
   std::uint64_t size = 0;
   std::uint32_t external_attributes = 0;
-  std::uint64_t offset = 0;  // of the local header
-  std::string extra;         // without the Zip64 field
-  std::string comment;
+  std::uint64_t offset = 0;      // of the local header
+  std::string extra;             // without the Zip64 field
   bool has_local_zip64 = false;  // the local header has room for 64-bit sizes
 };
 
@@ -41,12 +40,11 @@ std::string MakeLocalHeader(const ZipEntry& entry);
 // Central directory and end records for a directory that begins at that offset.
 std::string MakeDirectory(const ZipDirectory& directory, std::uint64_t offset);
 
-// Reads the central directory; its entries must add up to what the end record says. Throws Failure
-// kZipBadStructure, kZipReadFailed.
-ZipDirectory ReadDirectory(os::ReadableFile& file);
+// Compares the file at that offset with the bytes. Throws Failure kZipBadStructure, kZipReadFailed.
+void CheckBytes(os::ReadableFile& file, std::uint64_t offset, const std::string& bytes);
 
-// Unpacks an entry, stored or deflated, without storing it and compares length and CRC. Throws the
-// same.
+// Compares an entry's local header, unpacks the content, stored or deflated, without storing it and
+// compares length and CRC. Throws the same.
 void CheckEntry(os::ReadableFile& file, const ZipEntry& entry);
 
 }  // namespace companion::zip
