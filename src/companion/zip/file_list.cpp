@@ -9,8 +9,6 @@
 namespace companion::zip {
 namespace {
 
-constexpr int kMaxDepth = 64;
-
 bool IgnoresCase() {
   return os::Separator() == '\\';
 }
@@ -73,31 +71,30 @@ class Collector {
     const std::string path = Join(settings_.root, name);
     if (settings_.recurse == 2) {
       const std::string top = settings_.root.empty() ? "." : settings_.root;
-      TakeMatches(top, os::FolderOf(name) == "." ? name : os::NameOf(name), kMaxDepth, name);
+      TakeMatches(top, os::NameOf(name), name);
       return;
     }
     const os::Facts facts = os::Examine(path);
     if (facts.kind == os::Kind::kNone && HasMask(os::NameOf(name))) {
-      TakeMatches(os::FolderOf(path), os::NameOf(name), 0, name);
+      TakeMatches(os::FolderOf(path), os::NameOf(name), name);
     } else if (facts.kind == os::Kind::kNone) {
       inputs_.missing.push_back(name);
     } else {
-      TakePath(path, facts, settings_.recurse == 1 ? kMaxDepth : 0);
+      TakePath(path, facts);
     }
   }
 
   ZipInputs Result() && { return std::move(inputs_); }
 
  private:
-  void TakeMatches(const std::string& folder, const std::string& mask, int depth,
-                   const std::string& asked) {
+  void TakeMatches(const std::string& folder, const std::string& mask, const std::string& asked) {
     const std::size_t before = inputs_.found.size();
     for (const std::string& entry : os::List(folder)) {
       const std::string path = Join(folder, entry);
       const os::Facts facts = os::Examine(path);
       if (IsHidden(facts)) continue;
-      if (MatchesMask(entry, mask)) TakePath(path, facts, settings_.recurse == 1 ? kMaxDepth : 0);
-      if (facts.kind == os::Kind::kFolder && depth > 0) TakeMatches(path, mask, depth - 1, "");
+      if (MatchesMask(entry, mask)) TakePath(path, facts);
+      if (facts.kind == os::Kind::kFolder && settings_.recurse == 2) TakeMatches(path, mask, "");
     }
     if (inputs_.found.size() == before && !asked.empty()) inputs_.missing.push_back(asked);
   }
@@ -107,15 +104,16 @@ class Collector {
     return !settings_.with_system_files && (facts.dos_attributes & kHiddenOrSystem) != 0;
   }
 
-  void TakePath(const std::string& path, const os::Facts& facts, int depth) {
+  // Folders that are links are not listed, so that this ends.
+  void TakePath(const std::string& path, const os::Facts& facts) {
     if (facts.kind == os::Kind::kFile) Add(path, facts, "");
     if (facts.kind != os::Kind::kFolder) return;
     if (!settings_.no_folder_entries && !settings_.junk_folders) Add(path, facts, "/");
-    if (depth <= 0) return;
+    if (settings_.recurse != 1) return;
     for (const std::string& entry : os::List(path)) {
       const std::string inner = Join(path, entry);
       const os::Facts inner_facts = os::Examine(inner);
-      if (!IsHidden(inner_facts)) TakePath(inner, inner_facts, depth - 1);
+      if (!IsHidden(inner_facts)) TakePath(inner, inner_facts);
     }
   }
 
