@@ -2,6 +2,7 @@
 """A small mutation run: changes one line of a room at a time and expects its tests to fail.
 
   scripts/mutate.sh ROOM [--sample N] [--seconds S] [--seed K] [--tests REGEX] [--lines FILE[:N[-M]]]
+                    [--again LOG]
 
 ROOM is a folder of src/, such as "startup" or "companion/rar". Everything happens in a copy of the
 checkout under build/mutate, uncommitted changes included; samples from outside are not in reach of
@@ -30,8 +31,10 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 COPY = ROOT / "build" / "mutate" / "tree"
 BUILD = ROOT / "build" / "mutate" / "build"
-TESTED_WITH = {"companion": ["packages"], "engine": ["rollback"]}  # their tests reach it too
-LEFT_OUT = re.compile("^(fuzz_|seam)")  # they take a minute, or judge the text of the sources
+# Folders whose tests reach the room as well.
+TESTED_WITH = {"companion": ["packages"], "engine": ["rollback", "whole"]}
+# They take a minute or more, or judge the text of the sources.
+LEFT_OUT = re.compile("^(fuzz_|seam|crash_matrix)")
 
 SWAPS = [(re.compile(r"(?<= )(<=|>=|==|!=|<|>)(?= )"),
           {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="}),
@@ -239,6 +242,7 @@ def parse():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--tests", default="", help="these tests instead of the room's own")
     parser.add_argument("--lines", default="", help="only these, as FILE[:N[-M]] of the room")
+    parser.add_argument("--again", help="only the survivors that this run's output lists")
     parser.add_argument("--verbose", action="store_true", help="show every mutant's end")
     return parser.parse_args()
 
@@ -251,6 +255,16 @@ def line_filter(lines):
             return False
         return not first or int(first) <= number <= int(last or first)
     return chosen
+
+
+def form_of(mutant, original):
+    path, _, changed = mutant
+    return str(path.relative_to(COPY)), original.strip(), changed.strip()
+
+
+def survivors_in(log):
+    pattern = r"^survived.*\n  (\S+):\d+\n  - (.*)\n  \+ (.*)$"
+    return set(re.findall(pattern, Path(log).read_text(), re.MULTILINE))
 
 
 def main():
@@ -279,6 +293,10 @@ def main():
     sample = [draw.choice(line) for line in lines[:options.sample]]
     if options.lines:  # every change, not one of each line
         sample = [mutant for line in lines for mutant in line]
+    if options.again:
+        listed = survivors_in(options.again)
+        sample = [mutant for line in lines for mutant in line
+                  if form_of(mutant, mutant[0].read_text().split("\n")[mutant[1]]) in listed]
     judge = Judge(options.room, options.tests)
     print(f"{options.room}: {len(lines)} lines can be changed; tests: {', '.join(judge.limits)}",
           flush=True)
