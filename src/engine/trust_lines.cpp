@@ -52,7 +52,6 @@ std::optional<BoundPackage> ReadBoundPackage(const std::string& text) {
 
 bool TryReadManifestLine(const std::vector<std::string>& lines,
                          std::optional<BoundPackage>& manifest, std::string& reason) {
-  manifest.reset();
   if (ValuesOf(lines, kManifest).empty()) return true;
   std::string value;
   if (!TryReadOnly(lines, kManifest, value, reason)) return false;

@@ -57,6 +57,8 @@ TEST_F(RunTest, TheLogTellsWhatARunDecidedAndDid) {
   ports_->log_files = files.get();
   tmw::ForgetRunLog();
   old_version_ = "3.6.0.1";
+  release_.dict = "Справочник1";
+  release_.user = "Таблица1";
   Publish();
   sandbox_.Write("Продукт/Bin/Программа.dll", "old program, longer");
   Run();
@@ -71,7 +73,8 @@ TEST_F(RunTest, TheLogTellsWhatARunDecidedAndDid) {
         " loaded address=" + server_.Url("/TMW_version.dat") + " bytes=",
         std::string(" versions installed=3.6.0.1 offered=3.6.0.2 is_updater_old=false"),
         " manifest address=" + address + " release=", std::string(" needed file="),
-        std::string(" need files=true tables="), std::string(" question title=\"Обновление "),
+        std::string(" needed table=Справочник1 bytes=10\n"),
+        std::string(" need files=true tables=true"), std::string(" question title=\"Обновление "),
         std::string(" answer title=\"Обновление программы\" yes=true"),
         " open address=" + address + "/f1.tmz", " loaded address=" + address + "/f1.tmz bytes=",
         std::string(" checked file="), std::string(" good=true"), std::string(" removed file="),

@@ -4,7 +4,9 @@
 #include <functional>
 
 #include "engine/database_backup.h"
+#include "engine/user_database.h"
 #include "foundation/api_errors.h"
+#include "packages/hash_api.h"
 #include "tests/companion/rar_entries.h"
 #include "tests/engine/database_run_fixture.h"
 
@@ -53,6 +55,10 @@ TEST_F(DatabaseRunTest, BothDatabasesAreBuiltAndPlacedAndTheOldOneIsBackedUp) {
       "данных...; main Установка обновленной базы данных...; sub Установка справочной базы "
       "данных...; sub Установка рабочей базы данных...; sub Установка скриптов обновления...; icon "
       "brush; main Удаление временных файлов...; asleep; mode 2; ");
+  EXPECT_EQ(
+      listener_.steps,
+      "1/6 2/6 3/6 help.txt Banks.table updates.tmz structures.tmz 4/6 3.6.0-3.6.1 3.6.1-3.6.2 "
+      "5/6 6/6 ");
   EXPECT_EQ(clock_.sleeps, (std::vector<std::int32_t>{1000, 1000}));
   EXPECT_EQ(Run().size(), 1U) << "nothing is left to do";
   EXPECT_FALSE(updated_);
@@ -136,6 +142,15 @@ TEST_F(DatabaseRunTest, OnlyAnArchiveOfTodaysDatabaseCountsAsItsBackup) {
                 tmw::GetApiErrorText(EFBIG, ""));
   EXPECT_EQ(backups(), expected);
 #endif
+}
+
+TEST_F(DatabaseRunTest, ADatabaseOfAnEarlierVersionDoesNotReplaceTheUsers) {
+  const Text books = sandbox_.Read("db/Tamrin.mdb");
+  const Text built = sandbox_.Write("built.mdb", books);
+  EXPECT_FALSE(
+      tmw::ReplaceUserDatabase({built, tmw::GetFileHash(built), {3, 6, 1}, tmw::HashOfUserRows()}));
+  EXPECT_TRUE(front_end_.log.at(0).starts_with("warning|Ошибка загрузки|")) << front_end_.log[0];
+  EXPECT_TRUE(sandbox_.Read("db/Tamrin.mdb") == books && !sandbox_.Has("db/Tamrin.mdb.new"));
 }
 
 TEST_F(DatabaseRunTest, AnAmountThatIsChangedWhileTheUpdateIsMadeIsKept) {

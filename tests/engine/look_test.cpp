@@ -185,6 +185,36 @@ TEST(Look, LoadingTakesTheMostRoomAtSomeMoment) {
     EXPECT_EQ(tmw::DownloadPeak(items), peak);
 }
 
+TEST_F(LookTest, AServerComputerNeedsRoomForItsDatabasesToo) {
+  tmw::Manifest manifest;
+  manifest.Tables = {{false, "A", "", 10, "", true},
+                     {false, "Current", "", 20, "", false},
+                     {false, "Loaded", "", 30, "", true},
+                     {true, "User", "", 0, "", true}};
+  manifest.ScriptsPackage.PackSize = 100;
+  manifest.StructuresPackage.PackSize = 200;
+  const auto base = static_cast<std::int64_t>(sandbox_.Read("db/Tamrin.mdb").size());
+  sandbox_.Write("db/Tamrin_LastVer.mdb", std::string(11, 'x'));
+  sandbox_.Write("tmp/R/Parts/A.table.tmz.part", "1234");
+  sandbox_.Write("tmp/R/Loaded/Loaded.table", "x");
+  const auto release = tmw::MakeReleasePaths(Path("tmp"), "R");
+  std::vector<tmw::SpaceNeed> expected = {
+      {Path("db"), 0, base},
+      {Path("db"), 0, base + base - 11},  // the backup, and what the other one grows by
+      {sandbox_.Path(), 0, 11},
+      {Path("tmp/R"), 196, (10 + 100 + 200 + 30) * 8 + 5 * base}};
+  for (const auto moment : {tmw::SpaceMoment::kBeforeDownload, tmw::SpaceMoment::kBeforeRemoval}) {
+    const auto needs = tmw::PlanSpace(manifest, false, release, moment);
+    ASSERT_EQ(needs.size(), expected.size());
+    for (std::size_t i = 0; i < needs.size(); ++i) {
+      EXPECT_EQ(needs[i].Folder, expected[i].Folder);
+      EXPECT_EQ(needs[i].Announced, expected[i].Announced) << i;
+      EXPECT_EQ(needs[i].Estimated, expected[i].Estimated) << i;
+    }
+    expected.pop_back();
+  }
+}
+
 TEST_F(LookTest, EveryFileConcernedIsLookedAt) {
   sandbox_.Write("db/DBUpdates/1.xml", "x");
   tmw::Manifest manifest;

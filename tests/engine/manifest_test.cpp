@@ -22,8 +22,8 @@ const std::string kGood =
     "<Dict TableName=\"Dict1\" SrvFile=\"d.bin\" SrvSize=\"5\" Hash=\"hd\"/></DataBase>"
     "<Files><Folder name=\"{p}Bin\\Sub/\"><File OrigName=\"a.dll\" SrvName=\"parts/a.tmz\" "
     "OrigSize=\" 7 \" SrvSize=\"9\" PackType=\"4\" Hash=\"Hf\" IsCom=\" TRUE \"/></Folder>"
-    "<Folder name=\"{p}\"><File OrigName=\"b\" SrvName=\"b.tmz\" OrigSize=\"1\" SrvSize=\"2\" "
-    "PackType=\"1\" Hash=\"hb\" IsCom=\"да\"/></Folder></Files>"
+    "<Folder name=\"{p}\"><File OrigName=\"b\" OrigSize=\"1\" Hash=\"hb\" "
+    "SrvName=\"b.tmz\" SrvSize=\"2\" PackType=\"1\" IsCom=\"да\"/></Folder></Files>"
     "<DBUpdates SrvName=\"u.tmz\" PackSize=\"3\" PackHash=\"hu\"/>"
     "<DBStruct SrvName=\"s.tmz\" PackSize=\"4\" PackHash=\"hs\"/></KSUpdateManifest>";
 
@@ -69,6 +69,9 @@ TEST_F(ManifestTest, FaultsAreNamed) {
   const std::string other_version =
       "Загруженный файл обновления предназначен для другой версии программного продукта (3.6.0.3, "
       "в то время как ожидается 3.6.0.2).";
+  const std::string other_content =
+      "raised В списке файлов дважды и с разным содержимым встречается файл \"A.dll\".";
+  const std::string file_b = "OrigName=\"b\" OrigSize=\"1\" Hash=\"hb\"";
   const std::string bad_size =
       "raised Ошибочное значение атрибута /KSUpdateManifest/Files[2]/Folder[1]/File/@SrvSize (";
   const struct {
@@ -87,8 +90,9 @@ TEST_F(ManifestTest, FaultsAreNamed) {
       {"\"9\"", "\"99999999999\"", bad_size + "\"99999999999\"): число"},
       {"{p}Bin", "{q}", "raised Unknown Const name: q"},
       {"\"Dict1\"", "\"USER1\"", "raised В списке файлов дважды встречается таблица \"User1\"."},
-      {"OrigName=\"b\"", "OrigName=\"A.dll\"",
-       "raised В списке файлов дважды и с разным содержимым встречается файл \"A.dll\"."},
+      {file_b, "OrigName=\"A.dll\" OrigSize=\"7\" Hash=\"hb\"", other_content},
+      {file_b, "OrigName=\"A.dll\" OrigSize=\"8\" Hash=\"Hf\"", other_content},
+      {file_b, "OrigName=\"A.dll\" OrigSize=\"7\" Hash=\"Hf\"", ""},
       {"OrigName=\"b\"", "OrigName=\"DICT1.table\"",
        "raised В списке файлов дважды и с разным содержимым встречается файл \"Dict1.table\"."},
       {"OrigName=\"b\"", "OrigName=\"tmwebupdate.Serial\"",

@@ -64,7 +64,12 @@ TEST_F(SelfUpdateTest, AFirstCopyRestartsFromTheTemporaryFolder) {
   EXPECT_FALSE(Restarts());
   EXPECT_EQ(front_end_.log, Log{kError + "Файл \"" + here + companion_ + missing});
   sandbox_.Write("Продукт/tm/" + companion_, "library");
+  std::filesystem::create_directories(ToPath(Temp(companion_)));
+  EXPECT_FALSE(Restarts());
+  EXPECT_TRUE(front_end_.log.at(0).starts_with("error|Ошибка копирования")) << front_end_.log[0];
+  std::filesystem::remove(ToPath(Temp(companion_)));
   ASSERT_TRUE(Restarts());
+  EXPECT_TRUE(listener_.Has("sub Файл " + companion_ + "..."));
   const std::string copy = Temp(program_);
   EXPECT_EQ(processes_.starts,
             Log{copy + "|\"" + copy + "\" -t -v 3.5.0.1 -w http://x/ -e \"Tamrin\"|" +

@@ -113,7 +113,10 @@ TEST_F(UpdateListTest, ACancelAndADatabaseThatCannotBeOpenedEndIt) {
 }
 
 TEST_F(UpdateListTest, AVolumeBeyondTwoGigabytesIsAnError) {
-  manifest_.ScriptsPackage.PackSize = 2'147'483'647;
+  manifest_.ScriptsPackage.PackSize = 2'147'483'647 - 22'004;
+  EXPECT_TRUE(Build(false));
+  EXPECT_EQ(need_.DownloadVolume, 2'147'483'647);
+  ++manifest_.ScriptsPackage.PackSize;
   const auto error = Caught([&] { static_cast<void>(Build(false)); });
   EXPECT_EQ(error.Number, tmw::kOverflowErrorNumber);
   EXPECT_EQ(error.Description, "Переполнение: объем загрузки превышает 2 гигабайта.");
