@@ -14,7 +14,7 @@
 namespace tmw {
 namespace {
 
-constexpr std::array<const char*, 3> kColumns = {"MajorVersion", "MinorVersion", "BuildNumber"};
+constexpr const char* kColumns[] = {"MajorVersion", "MinorVersion", "BuildNumber"};
 
 // The columns are numeric, of whatever size.
 std::int32_t ToLong(const ports::DatabaseValue& value) {
@@ -55,7 +55,6 @@ std::optional<DbVersion> ParseDbVersion(std::string_view text) {
 
 DbVersion GetDataBaseVersion(ports::Database& database) try {
   const auto rows = database.OpenRecordset("DBVersion", ports::RecordsetType::kDynaset);
-  rows->MoveFirst();
   DbVersion version{};
   for (std::size_t i = 0; i < version.size(); ++i)
     version[i] = ToLong(rows->Value(rows->FieldPosition(kColumns[i])));

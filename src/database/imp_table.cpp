@@ -108,7 +108,6 @@ void ImpTable::Replace(TableTextReader& reader, bool has_rows, ports::Database& 
     blamed_line_ = reader.IndexLine(i);
     database.CreateIndex(table.name, indexes[i]);
   }
-  blamed_line_ = 0;
 }
 
 void ImpTable::Fill(TableTextReader& reader, const ports::TableDefinition& table,

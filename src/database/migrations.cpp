@@ -40,8 +40,7 @@ void SupplyMigration(std::unique_ptr<Migration> migration) {
 }
 
 void WithdrawMigration(std::string_view name) {
-  const auto found = SuppliedMigrations().find(name);
-  if (found != SuppliedMigrations().end()) SuppliedMigrations().erase(found);
+  SuppliedMigrations().erase(std::string(name));
 }
 
 void RunMigration(const std::string& name, ports::Database& database) {

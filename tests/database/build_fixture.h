@@ -73,7 +73,9 @@ class BuildTest : public testing::Test, protected tmw::SilentEvents {
     sub_action = text;
     if (on_sub_action) on_sub_action(text);
   }
+  void OnSetupProgress(std::int32_t max, bool /*show_count*/) override { most = max; }
   void OnSetProgress(std::int32_t value) override {
+    EXPECT_LE(value, most);
     if (on_progress) on_progress(value);
   }
   void OnCheckCancelPressed(bool& cancel) override { cancel = questions_left-- == 0; }
@@ -87,6 +89,7 @@ class BuildTest : public testing::Test, protected tmw::SilentEvents {
   tmw::DatabaseBuild build;
   std::string main_action;
   std::string sub_action;
+  std::int32_t most = 0;  // of the progress
   std::function<void(const std::string&)> on_sub_action;
   std::function<void(std::int32_t)> on_progress;
   int questions_left = -1;  // until the user cancels; below 0: they never do

@@ -1,35 +1,18 @@
 #include "database/open_mdb.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "ports/ports.h"
-#include "tests/fakes/hand_clock.h"
+#include "tests/database/build_fixture.h"
 #include "tests/fakes/scripted_engine.h"
-#include "tests/fakes/scripted_front_end.h"
 #include "tests/support/processes.h"
-#include "tests/support/sandbox.h"
-#include "tests/support/scoped_ports.h"
 #include "tests/support/scripted_server.h"
 
+namespace tests {
 namespace {
 
 constexpr const char* kWhat = "рабочей копии базы данных";
 
-class OpenMdbTest : public testing::Test {
+class OpenMdbTest : public BuildTest {
  protected:
-  OpenMdbTest() {
-    ports->clock = &clock;
-    ports->front_end = &front_end;
-  }
-
-  tests::Sandbox sandbox;
-  tests::ScopedPorts ports;
-  tests::HandClock clock;
-  tests::ScriptedFrontEnd front_end;
-  std::string path = sandbox.Path("b.mdb");
+  const std::string path = sandbox.Path("b.mdb");
 };
 
 TEST_F(OpenMdbTest, AMissingFileAndAForeignOneAreTold) {
@@ -50,9 +33,9 @@ TEST_F(OpenMdbTest, AMissingFileAndAForeignOneAreTold) {
 
 TEST_F(OpenMdbTest, AFileInUseIsRetriedTenTimesAndThenTheUserIsAsked) {
   ports->database->CreateDatabase(path)->Close();
-  const std::int32_t holder = tests::StartChild("lock \"" + path + "\" shared \"" +
-                                                sandbox.Path("report") + "\" sleep 20000");
-  ASSERT_EQ(tests::AwaitLine(sandbox, "report"), "locked");
+  const std::int32_t holder =
+      StartChild("lock \"" + path + "\" shared \"" + sandbox.Path("report") + "\" sleep 20000");
+  ASSERT_EQ(AwaitLine(sandbox, "report"), "locked");
   front_end.answers = {true, true, false};
   EXPECT_EQ(tmw::OpenMdb(path, kWhat, true, false), nullptr);
   std::vector<std::int32_t> waits(10, 1000);
@@ -72,15 +55,15 @@ TEST_F(OpenMdbTest, AFileInUseIsRetriedTenTimesAndThenTheUserIsAsked) {
 
   front_end.answers.assign(100, true);
   front_end.on_events = [&] {
-    if (front_end.event_rounds == 3) tests::KillProcess(holder);
-    tests::Peer::Pause(20);
+    if (front_end.event_rounds == 3) KillProcess(holder);
+    Peer::Pause(20);
   };
   EXPECT_NE(tmw::OpenMdb(path, kWhat, true, false), nullptr) << "the holder let go meanwhile";
 }
 
 TEST_F(OpenMdbTest, EveryNumberForAFileThatOthersHaveOpenIsRetriedAndNoOther) {
   ports->database->CreateDatabase(path)->Close();
-  tests::ScriptedEngine engine(*ports->database);
+  ScriptedEngine engine(*ports->database);
   ports->database = &engine;
   const struct {
     std::int32_t number;
@@ -96,3 +79,4 @@ TEST_F(OpenMdbTest, EveryNumberForAFileThatOthersHaveOpenIsRetriedAndNoOther) {
 }
 
 }  // namespace
+}  // namespace tests
