@@ -32,7 +32,7 @@ ROOT = Path(__file__).resolve().parent.parent
 COPY = ROOT / "build" / "mutate" / "tree"
 BUILD = ROOT / "build" / "mutate" / "build"
 # Folders whose tests reach the room as well.
-TESTED_WITH = {"companion": ["packages"], "engine": ["rollback", "whole"]}
+TESTED_WITH = {"companion": ["packages"], "engine": ["rollback", "whole"], "database": ["engine"]}
 # They take a minute or more, or judge the text of the sources.
 LEFT_OUT = re.compile("^(fuzz_|seam|crash_matrix)")
 

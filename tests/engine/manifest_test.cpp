@@ -1,17 +1,8 @@
 #include "engine/manifest.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "foundation/file_utils.h"
-#include "foundation/program_error.h"
 #include "ports/xml_document.h"
-#include "services/product_settings.h"
-#include "tests/fakes/memory_settings.h"
+#include "tests/engine/run_fixture.h"
 #include "tests/support/caught.h"
-#include "tests/support/sandbox.h"
-#include "tests/support/scoped_ports.h"
 
 namespace tests {
 namespace {
@@ -27,16 +18,13 @@ const std::string kGood =
     "<DBUpdates SrvName=\"u.tmz\" PackSize=\"3\" PackHash=\"hu\"/>"
     "<DBStruct SrvName=\"s.tmz\" PackSize=\"4\" PackHash=\"hs\"/></KSUpdateManifest>";
 
-class ManifestTest : public testing::Test {
+class ManifestTest : public RunTest {
  protected:
   ManifestTest() {
-    ports_->settings = &settings_;
-    const std::string general = "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\";
-    settings_.Set(ports::SettingsRoot::kMachine, general + "RootPath", sandbox_.Path());
-    settings_.Set(ports::SettingsRoot::kMachine, general + "DataBasePath", sandbox_.Path("db"));
+    settings_.Set(ports::SettingsRoot::kMachine,
+                  "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\DataBasePath", Path("Продукт/db"));
     tmw::ForgetProductPaths();
   }
-  ~ManifestTest() override { tmw::ForgetProductPaths(); }
 
   // Reads the good manifest with one text in the place of another. Returns "", the reason of a
   // refusal or "raised " and the error.
@@ -56,9 +44,6 @@ class ManifestTest : public testing::Test {
     return reason;
   }
 
-  Sandbox sandbox_;
-  ScopedPorts ports_;
-  MemorySettings settings_;
   tmw::Manifest manifest_;
 };
 

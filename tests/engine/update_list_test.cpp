@@ -1,34 +1,17 @@
 #include "engine/update_list.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "packages/hash_api.h"
-#include "ports/database.h"
-#include "services/product_settings.h"
-#include "tests/engine/run_listener.h"
-#include "tests/fakes/memory_settings.h"
-#include "tests/fakes/scripted_front_end.h"
+#include "tests/engine/run_fixture.h"
 #include "tests/support/caught.h"
-#include "tests/support/sandbox.h"
-#include "tests/support/scoped_ports.h"
 
 namespace tests {
 namespace {
 
 using Log = std::vector<std::string>;
 
-class UpdateListTest : public testing::Test {
+class UpdateListTest : public RunTest {
  protected:
   UpdateListTest() {
-    ports_->settings = &settings_;
-    ports_->front_end = &front_end_;
-    settings_.Set(ports::SettingsRoot::kMachine,
-                  "SOFTWARE\\Kestrel Soft\\Tamrin\\General\\DataBasePath", sandbox_.Path());
-    tmw::ForgetProductPaths();
     sandbox_.Write("current", "abc");
     sandbox_.Write("other", "abd");
     sandbox_.Write("longer", "abcd");
@@ -36,7 +19,7 @@ class UpdateListTest : public testing::Test {
       AddFile(name, tmw::GetFileHash(sandbox_.Path("current")));
     AddFile("current", "BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD");
     const auto database =
-        ports::CurrentPorts().database->CreateDatabase(sandbox_.Path("Tamrin.mdb"));
+        ports::CurrentPorts().database->OpenDatabase(Path("db/Tamrin.mdb"), true, false);
     for (const char* const table : {"Current", "Other"})
       database->Execute("create table " + std::string(table) + " (A long)", true);
     database->Close();
@@ -47,7 +30,6 @@ class UpdateListTest : public testing::Test {
     manifest_.ScriptsPackage.PackSize = 10'000;
     manifest_.StructuresPackage.PackSize = 20'000;
   }
-  ~UpdateListTest() override { tmw::ForgetProductPaths(); }
 
   void AddFile(const std::string& name, const std::string& hash) {
     tmw::WuFileNode file;
@@ -63,11 +45,6 @@ class UpdateListTest : public testing::Test {
     return tmw::BuildUpdateList(manifest_, is_client, listener_, need_);
   }
 
-  Sandbox sandbox_;
-  ScopedPorts ports_;
-  MemorySettings settings_;
-  ScriptedFrontEnd front_end_;
-  RunListener listener_;
   tmw::Manifest manifest_;
   tmw::UpdateNeed need_;
 };
@@ -106,7 +83,7 @@ TEST_F(UpdateListTest, ACancelAndADatabaseThatCannotBeOpenedEndIt) {
   }
   EXPECT_EQ(front_end_.log, Log{});
   listener_ = RunListener();
-  std::filesystem::remove(ToPath(sandbox_.Path("Tamrin.mdb")));
+  std::filesystem::remove(ToPath(Path("db/Tamrin.mdb")));
   EXPECT_FALSE(Build(true));
   ASSERT_EQ(front_end_.log.size(), 1U);
   EXPECT_TRUE(front_end_.log[0].starts_with("warning|Ошибка обновления базы данных|"));
