@@ -55,6 +55,7 @@ std::optional<DbVersion> ParseDbVersion(std::string_view text) {
 
 DbVersion GetDataBaseVersion(ports::Database& database) try {
   const auto rows = database.OpenRecordset("DBVersion", ports::RecordsetType::kDynaset);
+  rows->MoveFirst();
   DbVersion version{};
   for (std::size_t i = 0; i < version.size(); ++i)
     version[i] = ToLong(rows->Value(rows->FieldPosition(kColumns[i])));
