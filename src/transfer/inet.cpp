@@ -24,7 +24,7 @@ void OpenLocalFile(BinaryFile& file, const std::string& name) {
 
 // Writes the whole body to the file, chunk by chunk.
 void CopyBody(InetOpenedUrl& url, BinaryFile& file, std::int64_t max_bytes) {
-  std::array<char, kReadSize + 1> buffer{};
+  std::array<char, kReadSize> buffer{};
   std::int64_t total = 0;
   std::int32_t count = 0;
   while (url.ReadChunk(buffer.data(), kReadSize, count)) {

@@ -79,7 +79,6 @@ bool InetFileDownloader::TryOnce(const std::string& url, const std::string& targ
   DetectOrCreatePartFile(target + std::string(names::kPartEnding), check_for_continue);
   if (IsCancelPressed()) return false;
   PerformDownloading();
-  part_file_.reset();
   if (IsCancelPressed()) return false;
   if (pos_ < kept_) RaiseShorterThanPart(url);
   CommitPartFile(part_file_name_, target);

@@ -22,12 +22,6 @@ FilterRequest Asked(FilterKind kind, std::uint32_t channels = 0) {
   return request;
 }
 
-TEST(RarFilters, DeltaAddsUpEachChannel) {
-  // Two channels, stored one after the other, as differences with inverted sign.
-  EXPECT_EQ(Undo(Asked(FilterKind::kDelta, 2), 0, {0xFF, 0xFF, 0xFF, 0xF0, 0x10}),
-            (Bytes{1, 0x10, 2, 0x00, 3}));
-}
-
 TEST(RarFilters, X86TargetsBecomeRelative) {
   constexpr auto kCall = FilterKind::kX86Call;
   constexpr std::uint8_t kFF = 0xFF;

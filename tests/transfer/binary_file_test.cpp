@@ -59,6 +59,8 @@ TEST(BinaryFiles, AnOpenFileIsReplacedByTheNextAndKeepsOtherWritersOut) {
   Open(file, sandbox.Path("b"), ports::win32::kCreateNew);
   Open(other, sandbox.Path("a"), ports::win32::kOpenExisting);
   EXPECT_EQ(other.GetSize(), 5);
+  EXPECT_THROW(Open(other, sandbox.Path("none"), ports::win32::kOpenExisting), ProgramError);
+  EXPECT_EQ(other.GetSize() + static_cast<int>(other.WriteBuffer("abc", 3, true)), 0);
 }
 
 }  // namespace

@@ -41,21 +41,53 @@ tests::Script Body(const std::string& body) {
   };
 }
 
-// Counts the openings of the side file.
-class CountingFiles final : public ports::BinaryFiles {
+// Passes everything on, except the call of that number, which fails or does only a part.
+class FaultyFiles final : public ports::BinaryFiles {
  public:
   int openings = 0;
-  explicit CountingFiles(ports::BinaryFiles& real) : real_(real) {}
+  int calls = 0;
+  int fault_at = 0;
+  bool writes_nothing = false;
+
+  explicit FaultyFiles(ports::BinaryFiles& real) : real_(real) {}
   ports::Outcome<std::unique_ptr<ports::BinaryFileHandle>> Open(const std::string& path,
                                                                 std::uint32_t access,
                                                                 std::uint32_t share,
                                                                 std::uint32_t disposition,
                                                                 std::uint32_t flags) override {
+    using Result = ports::Outcome<std::unique_ptr<ports::BinaryFileHandle>>;
     ++openings;
-    return real_.Open(path, access, share, disposition, flags);
+    if (Fails()) return Result::Failure(5);
+    auto opened = real_.Open(path, access, share, disposition, flags);
+    if (opened) opened.value = std::make_unique<Handle>(*this, std::move(opened.value));
+    return opened;
   }
 
  private:
+  struct Handle final : ports::BinaryFileHandle {
+    FaultyFiles& files;
+    std::unique_ptr<ports::BinaryFileHandle> real;
+
+    Handle(FaultyFiles& all, std::unique_ptr<ports::BinaryFileHandle> handle)
+        : files(all), real(std::move(handle)) {}
+    std::uint32_t Size() override { return real->Size(); }
+    ports::Status Seek(std::int32_t position, std::uint32_t method) override {
+      return files.Fails() ? ports::Status::Failure(5) : real->Seek(position, method);
+    }
+    ports::Outcome<std::uint32_t> Write(const void* data, std::uint32_t length) override {
+      if (!files.Fails()) return real->Write(data, length);
+      return {files.writes_nothing, 5, 0};
+    }
+    ports::Status Flush() override {
+      return files.Fails() ? ports::Status::Failure(5) : real->Flush();
+    }
+    ports::Status Close() override {
+      return files.Fails() ? ports::Status::Failure(5) : real->Close();
+    }
+  };
+
+  bool Fails() { return ++calls == fault_at; }
+
   ports::BinaryFiles& real_;
 };
 
@@ -94,7 +126,7 @@ TEST_F(Downloader, ACancelAtEveryPlaceKeepsTheOldFileAndTheSideFileForTheNextRun
 }
 
 TEST_F(Downloader, TheSideFileIsClosedEveryMebibyteAndEveryTwoSeconds) {
-  CountingFiles files(*ports_->binary_files);
+  FaultyFiles files(*ports_->binary_files);
   tests::HandClock clock;
   ports_->binary_files = &files;
   ports_->clock = &clock;
@@ -112,6 +144,29 @@ TEST_F(Downloader, TheSideFileIsClosedEveryMebibyteAndEveryTwoSeconds) {
     };
     ASSERT_EQ(Get(server), "done");
     EXPECT_NEAR(files.openings, listener_.chunks / chunks_an_opening, 2);
+  }
+}
+
+TEST_F(Downloader, AnyCallOfTheDiskThatFailsEndsTheDownloadAndKeepsTheOldFile) {
+  const std::string body = Pattern(3 * kChunk);
+  const tests::ScriptedServer server(Body(body));
+  FaultyFiles files(*ports_->binary_files);
+  ports_->binary_files = &files;
+  for (const bool writes_nothing : {false, true}) {
+    files.writes_nothing = writes_nothing;
+    for (files.fault_at = 1;; ++files.fault_at) {
+      SCOPED_TRACE(files.fault_at);
+      sandbox_.Write("f", "old");
+      sandbox_.Write("f.part", body.substr(0, 10));
+      files.calls = 0;
+      const std::string outcome = Get(server);
+      if (outcome == "done") break;
+      EXPECT_NE(outcome, "cancelled");
+      EXPECT_EQ(sandbox_.Read("f"), "old");
+      EXPECT_TRUE(body.starts_with(sandbox_.Read("f.part")));
+    }
+    EXPECT_GT(files.fault_at, 7);  // opening, seek, writes, closing; opening, flush, closing
+    EXPECT_EQ(sandbox_.Read("f"), body);
   }
 }
 

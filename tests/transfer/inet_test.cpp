@@ -1,6 +1,8 @@
 #include "transfer/inet.h"
 
 #include "foundation/encodings.h"
+#include "tests/fakes/hand_clock.h"
+#include "tests/fakes/scripted_front_end.h"
 #include "tests/support/caught.h"
 #include "tests/support/scripted_server.h"
 #include "tests/transfer/download_fixture.h"
@@ -14,10 +16,11 @@ using tests::Caught;
 void Serve(tests::Peer& peer, const std::string& head) {
   const bool is_cut = head.starts_with("GET /cut");
   const bool is_there = is_cut || head.starts_with("GET /good");
-  peer.Send(is_there
-                ? "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 5\r\n\r\n123"
+  const std::string there = "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 5\r\n\r\n123";
+  peer.Send(is_cut ? there
+            : is_there
+                ? there + "45"
                 : "HTTP/1.1 404 Not Found\r\nConnection: close\r\nContent-Length: 4\r\n\r\npage");
-  if (is_there && !is_cut) peer.Send("45");
 }
 
 class Inet : public tests::DownloadTest {
@@ -29,6 +32,76 @@ class Inet : public tests::DownloadTest {
   tests::ScriptedServer server_{Serve};
   const std::string file_ = sandbox_.Path("f");
 };
+
+// An internet layer without a network, of which the call of that number fails. Whatever waits for
+// the server takes nearly the time that it may take.
+class ScriptedInternet final : public ports::Internet {
+ public:
+  int calls = 0;
+  int fails_at = 0;
+  tests::HandClock clock;
+
+  ports::Outcome<std::unique_ptr<ports::InternetSession>> OpenSession(
+      const ports::InternetSessionOptions&) override {
+    return Answer<std::unique_ptr<ports::InternetSession>>(std::make_unique<Opened>(*this), 0);
+  }
+
+ private:
+  static constexpr std::int64_t kLong = ports::kInternetStallLimit - 1;
+
+  struct Opened final : ports::InternetSession, ports::InternetRequest {
+    ScriptedInternet& all;
+    explicit Opened(ScriptedInternet& internet) : all(internet) {}
+    ports::Outcome<std::unique_ptr<ports::InternetRequest>> OpenUrl(
+        const std::string&, std::uint32_t, std::uintptr_t, const ports::WaitHandler&) override {
+      return all.Answer<std::unique_ptr<ports::InternetRequest>>(std::make_unique<Opened>(all),
+                                                                 kLong);
+    }
+    ports::Outcome<ports::InternetChunk> Read(void*, std::uint32_t) override {
+      return all.Answer(ports::InternetChunk{}, kLong);
+    }
+    ports::Status Seek(std::int32_t, const ports::WaitHandler&) override {
+      return all.Answer(0, kLong).ToStatus();
+    }
+    std::int64_t WholeLength() override { return -1; }
+    ports::Outcome<std::int32_t> HttpStatusCode() override { return all.Answer(200, 0); }
+    ports::Outcome<std::string> HttpStatusText() override { return all.Answer(std::string(), 0); }
+    ports::Status Close() override { return all.Answer(0, 0).ToStatus(); }
+  };
+
+  template <typename T>
+  ports::Outcome<T> Answer(T value, std::int64_t milliseconds) {
+    clock.now += milliseconds;
+    return {++calls != fails_at, 5, std::move(value)};
+  }
+};
+
+TEST(InetFailures, AreRaisedWhicheverCallFails) {
+  const tests::ScopedPorts ports;
+  const auto use = [&](ScriptedInternet& internet) {
+    ports->clock = &internet.clock;
+    ports->internet = &internet;
+    const auto connection = tests::Connect(1);
+    InetOpenedUrl url;
+    url.OpenUrl(connection, "http://h/f", 0);
+    std::int32_t count = 0;
+    EXPECT_TRUE(url.ReadChunk(nullptr, 0, count));
+    url.SetFilePos(1);
+    EXPECT_TRUE(url.ReadChunk(nullptr, 0, count));
+    (void)url.GetHttpStatusText();
+    url.Reopen();
+    url.CloseHandle();
+    connection->CloseHandle();
+    EXPECT_TRUE(url.Handle() == nullptr && connection->Handle() == nullptr);
+  };
+  ScriptedInternet sound;
+  use(sound);
+  for (int number = 1; number <= sound.calls; ++number) {
+    ScriptedInternet internet;
+    internet.fails_at = number;
+    EXPECT_THROW(use(internet), ProgramError) << number;
+  }
+}
 
 TEST(Urls, AreJoinedWithOneSlashAndClassifiedByTheirBeginning) {
   const char* const cases[][3] = {{"", "", ""},        {"", "/t", "/t"},     {"x", "", "x/"},
@@ -84,7 +157,10 @@ TEST_F(Inet, NamesAreAskedForInPercentEncodedUtf8) {
 }
 
 TEST_F(Inet, TheSecondUrlIsTriedOnlyWhenTheFirstFailsAndBothFailuresAreTold) {
+  tests::ScriptedFrontEnd front_end;
+  ports_->front_end = &front_end;
   const std::string cut = Caught([&] { DownloadFile(server_.Url("/cut"), file_); }).Description;
+  EXPECT_GE(front_end.event_rounds, 40);  // while it pauses
   const struct {
     const char* first;
     std::string second;
