@@ -93,6 +93,7 @@ TEST(InetFailures, AreRaisedWhicheverCallFails) {
     url.CloseHandle();
     connection->CloseHandle();
     EXPECT_TRUE(url.Handle() == nullptr && connection->Handle() == nullptr);
+    EXPECT_THROW(url.OpenUrl(connection, "http://h/f", 0), ProgramError);
   };
   ScriptedInternet sound;
   use(sound);
