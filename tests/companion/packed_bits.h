@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
-#include <map>
 #include <random>
 #include <span>
 #include <utility>
@@ -49,28 +49,25 @@ class BitWriter {
 // How often a symbol of each table occurs, or the length of its code.
 using PerSymbol = std::vector<std::uint32_t>;
 
-// The lengths of a prefix code, 1 to 15; 0 for a symbol that does not occur.
-inline PerSymbol CodeLengths(PerSymbol counts) {
+// The lengths of a prefix code; 0 for a symbol that does not occur. The most frequent `steep`
+// symbols have 1, 2, ... bits, the others nearly the same number.
+inline PerSymbol CodeLengths(const PerSymbol& counts, std::size_t steep) {
   PerSymbol lengths(counts.size());
-  std::multimap<std::uint64_t, std::vector<std::size_t>> groups;
+  std::vector<std::size_t> used;
   for (std::size_t i = 0; i < counts.size(); ++i)
-    if (counts[i] > 0) groups.insert({counts[i], {i}});
-  if (groups.size() == 1) ++lengths[groups.begin()->second[0]];
-  // The two rarest groups are joined: one bit more for each member.
-  while (groups.size() > 1) {
-    auto first = groups.extract(groups.begin());
-    const auto second = groups.extract(groups.begin());
-    auto& members = first.mapped();
-    members.insert(members.end(), second.mapped().begin(), second.mapped().end());
-    for (const std::size_t member : members)
-      ++lengths[member];
-    first.key() += second.key();
-    groups.insert(std::move(first));
+    if (counts[i] > 0) used.push_back(i);
+  if (used.empty()) return lengths;
+  std::stable_sort(used.begin(), used.end(),
+                   [&](std::size_t a, std::size_t b) { return counts[a] > counts[b]; });
+  steep = std::min(steep, used.size() - 1);
+  const std::size_t rest = used.size() - steep;
+  const std::size_t bits = std::max<std::size_t>(std::bit_width(rest - 1), steep == 0 ? 1 : 0);
+  const std::size_t shorter = (std::size_t{1} << bits) - rest;
+  for (std::size_t i = 0; i < used.size(); ++i) {
+    const std::size_t length = i < steep ? i + 1 : steep + bits - (i < steep + shorter ? 1 : 0);
+    lengths[used[i]] = static_cast<std::uint32_t>(std::max<std::size_t>(length, 1));
   }
-  if (*std::max_element(lengths.begin(), lengths.end()) <= 15) return lengths;
-  for (std::uint32_t& count : counts)
-    count = (count + 1) / 2;
-  return CodeLengths(counts);
+  return lengths;
 }
 
 // The symbols of a canonical code as bits.
@@ -118,12 +115,9 @@ inline void PutLengths(BitWriter& out, const PerSymbol& before, const PerSymbol&
     }
     ++counts[stored.back().symbol];
   }
-  if (is_steep) {
-    std::uint32_t weight = 1;
-    for (std::uint32_t& count : counts)
-      count = std::min(weight <<= 1U, 1U << 14U);
-  }
-  const PerSymbol code = CodeLengths(counts);
+  for (std::uint32_t& count : counts)
+    count += is_steep ? 1 : 0;
+  const PerSymbol code = CodeLengths(counts, is_steep ? 11 : 2);
   for (std::size_t i = 0; i < 20;) {
     std::size_t zeros = 0;
     while (i + zeros < 20 && zeros < 17 && code[i + zeros] == 0)
@@ -159,7 +153,7 @@ class SymbolBlock {
       PerSymbol counts(sizes_[table], every_symbol ? 1 : 0);
       for (const Part& part : parts_)
         if (part.table == table) counts[part.value] += 4;
-      const PerSymbol lengths = CodeLengths(counts);
+      const PerSymbol lengths = CodeLengths(counts, 6);
       all.insert(all.end(), lengths.begin(), lengths.end());
     }
     return all;
