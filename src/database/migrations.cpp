@@ -1,8 +1,8 @@
 #include "database/migrations.h"
 
 #include <algorithm>
-#include <array>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -12,7 +12,7 @@
 namespace tmw {
 namespace {
 
-constexpr std::array<std::string_view, 6> kKnown = {
+constexpr std::string_view kKnown[] = {
     "NormalizePfrNumbers",  "ConvertNonImnsAccStreams", "NormalizePfrNumbers2",
     "ConvertAuthorityDocs", "ConvertPfrCitizenship",    "ConvertPfrMultiMainRates",
 };
@@ -27,7 +27,7 @@ Supplied& SuppliedMigrations() {
 Migration& Find(const std::string& name) {
   const auto found = SuppliedMigrations().find(name);
   if (found != SuppliedMigrations().end()) return *found->second;
-  const bool is_known = std::find(kKnown.begin(), kKnown.end(), name) != kKnown.end();
+  const bool is_known = std::find(std::begin(kKnown), std::end(kKnown), name) != std::end(kKnown);
   RaiseProgramError(is_known ? database_texts::kMigrationNotSupplied
                              : database_texts::kMigrationUnknown);
 }

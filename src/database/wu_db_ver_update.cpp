@@ -17,7 +17,6 @@ constexpr const char* kRootEnding = "_Database_Update";
 std::int32_t WuDbVerUpdate::LoadFromFile(const std::string& file,
                                          const std::string& product_code) try {
   file_ = file;
-  actions_.clear();
   XmlDocument document;
   std::string explanation;
   if (!XmlLoadDocumentSafe(document, file, explanation)) {

@@ -60,8 +60,8 @@ class ScriptedDatabase final : public ports::Database {
   std::deque<std::int32_t>& failures_;
 };
 
-// An engine that hands everything on to a real one. It notes what is opened and when it idles, and
-// fails by script.
+// An engine that hands everything on to a real one. It notes what is opened and compacted and when
+// it idles, and fails by script.
 class ScriptedEngine final : public ports::DatabaseEngine {
  public:
   explicit ScriptedEngine(ports::DatabaseEngine& real) : real_(real) {}
@@ -81,6 +81,7 @@ class ScriptedEngine final : public ports::DatabaseEngine {
     return real_.CreateDatabase(path);
   }
   void CompactDatabase(const std::string& source, const std::string& target) override {
+    log.push_back("compact " + source);
     real_.CompactDatabase(source, target);
   }
   void Idle(ports::IdleOption option) override {
