@@ -28,7 +28,8 @@ class RecordingProcesses : public ports::Processes {
   // the second.
   std::optional<std::pair<ports::SystemCode, ports::SystemCode>> refusals;
   std::function<void()> on_start;
-  int waits = 0;  // for processes to end
+  int waits = 0;                 // for processes to end
+  std::int32_t ended_with = -1;  // this process
   bool can_gain_rights = false;
   ports::StartRequest last_start;
   ports::ElevatedStartRequest last_elevated_start;
@@ -63,7 +64,10 @@ class RecordingProcesses : public ports::Processes {
   std::string ProgramEnding() const override { return ".exe"; }
   bool HasTerminal() const override { return false; }
   bool PrintsToTerminal() const override { return false; }
-  ports::Status Terminate(std::int32_t) override { throw ProcessEnded(); }
+  ports::Status Terminate(std::int32_t code) override {
+    ended_with = code;
+    throw ProcessEnded();
+  }
 
  private:
   class EndedProcess final : public ports::Process {

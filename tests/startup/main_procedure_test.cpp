@@ -4,6 +4,7 @@
 
 #include "foundation/error_environment.h"
 #include "foundation/error_handling.h"
+#include "foundation/file_names.h"
 #include "foundation/program_error.h"
 #include "services/mutexes.h"
 #include "services/product_settings.h"
@@ -85,6 +86,7 @@ class StartUp : public testing::Test {
   void Run(const std::string& arguments) {
     processes_.own_arguments = arguments;
     Main([this] { return std::make_unique<ScriptedWindow>(run_); });
+    EXPECT_EQ(processes_.waits, 0);
   }
 
   tests::Sandbox sandbox_;
@@ -106,15 +108,21 @@ TEST_F(StartUp, ARollbackUnderWayIsFinishedBeforeAnythingElse) {
   Run("");
   ASSERT_EQ(front_end_.log.size(), 1U);
   EXPECT_TRUE(front_end_.log[0].ends_with("TmRollback.exe\", которая его завершает, не найдена."));
-  product.Write("tm/TmRollback.exe", "");
-  for (const bool finishes : {false, true}) {
-    front_end_.answers = {finishes};
-    Run("");
-    EXPECT_TRUE(front_end_.log.back().ends_with("\r\n\r\nЗавершить возврат?"));
-    EXPECT_EQ(GetRunOutcome(), finishes ? RunOutcome::kDone : RunOutcome::kRefused);
-    EXPECT_EQ(processes_.starts.size(), finishes ? 1U : 0U);
+  processes_.own_program = product.Path("own/TmWebUpdate");
+  processes_.on_start = [&] { EXPECT_TRUE(mutexes_.log.back().starts_with("close ")); };
+  for (const std::string place : {"own/TmRollback.exe", "tm/TmRollback.exe"}) {
+    product.Write(place, "");
+    for (const bool finishes : {false, true}) {
+      front_end_.answers = {finishes};
+      processes_.starts.clear();
+      Run("");
+      EXPECT_TRUE(front_end_.log.back().ends_with("\r\n\r\nЗавершить возврат?"));
+      EXPECT_EQ(GetRunOutcome(), finishes ? RunOutcome::kDone : RunOutcome::kRefused);
+      EXPECT_EQ(processes_.starts.size(), finishes ? 1U : 0U);
+    }
+    EXPECT_NE(processes_.starts[0].find(NativePath(place) + "\" --finish|"), std::string::npos);
+    EXPECT_TRUE(processes_.last_start.continues_chain);
   }
-  EXPECT_NE(processes_.starts[0].find("TmRollback.exe\" --finish|"), std::string::npos);
   EXPECT_EQ(run_.calls, Log());
   ForgetProductPaths();
 }
@@ -161,7 +169,6 @@ TEST_F(StartUp, SettingsOfTheProduct) {
                 std::string("CLIENT"));
   user("ProxyServer", std::string("proxy:3128"));
   user("ProxyType", 2);
-  user("IsCustomUrl", std::string("0"));
   user("CustomUrl", std::string("http://custom/"));
   user("NoFtp", std::string("Yes"));
   ASSERT_TRUE(Parse(""));
@@ -178,7 +185,7 @@ TEST_F(StartUp, SettingsOfTheProduct) {
   EXPECT_FALSE(GetUpdaterSettings().IsDefaultUrl);
 
   user("CustomUrl", std::string());
-  user("ProxyType", 7);
+  user("ProxyType", 5);
   ASSERT_TRUE(Parse(""));
   EXPECT_EQ(GetUpdaterSettings().Url, kPrimaryUrl);
   EXPECT_TRUE(GetUpdaterSettings().IsDefaultUrl);
@@ -220,6 +227,7 @@ TEST_F(StartUp, ARunWaitsLocksUpdatesTellsReleasesAndStartsTheProduct) {
   const std::string start = processes_.starts.front();
   EXPECT_EQ(start.substr(0, start.find('|')), product_);
   EXPECT_NE(start.find("|\"" + product_ + "\" /a|"), std::string::npos) << start;
+  EXPECT_FALSE(processes_.last_start.continues_chain);
   EXPECT_EQ(GetRunOutcome(), RunOutcome::kDone);
 }
 
@@ -233,13 +241,18 @@ TEST_F(StartUp, TheFinalMessageNeedsAnUpdateAndAnAttendedRun) {
 }
 
 TEST_F(StartUp, GivingUpOnARunningApplicationEndsEverything) {
-  mutexes_.held_by_others = {"Local\\Fsk_Mutex"};
-  Run("-e \"" + product_ + "\"");
-  ASSERT_EQ(front_end_.log.size(), 1U);
-  EXPECT_NE(front_end_.log.front().find("закрыть приложение \"Tamrin: Fsk\"."), std::string::npos);
-  EXPECT_EQ(run_.calls, Log{});
-  EXPECT_EQ(processes_.starts, Log{});
-  EXPECT_EQ(GetRunOutcome(), RunOutcome::kRefused);
+  for (const auto& [mutex, words] :
+       {std::pair("Local\\Fsk_Mutex", "закрыть приложение \"Tamrin: Fsk\"."),
+        {"Local\\TMW_WebUpdate_Mutex", "несколько"}}) {
+    mutexes_.held_by_others = {mutex};
+    front_end_.log.clear();
+    Run("-e \"" + product_ + "\"");
+    ASSERT_EQ(front_end_.log.size(), 1U);
+    EXPECT_NE(front_end_.log.front().find(words), std::string::npos) << front_end_.log[0];
+    EXPECT_EQ(run_.calls, Log{});
+    EXPECT_EQ(processes_.starts, Log{});
+    EXPECT_EQ(GetRunOutcome(), RunOutcome::kRefused);
+  }
 }
 
 TEST_F(StartUp, AnErrorOfTheStartIsShownAndIsAFailure) {
@@ -276,6 +289,7 @@ TEST_F(StartUp, EndingTheUpdaterFreesTheLockFirst) {
   // The fake ends the process by an exception, which passes through the frames.
   EXPECT_THROW(ExitUpdater(), ProgramError);
   EXPECT_EQ(mutexes_.log, Log{"close Local\\TMW_WebUpdate_Mutex"});
+  EXPECT_EQ(processes_.ended_with, 0);
 }
 
 #ifndef _WIN32  // where a test can fork
