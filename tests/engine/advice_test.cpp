@@ -68,17 +68,15 @@ TEST_F(RunTest, TheLogTellsWhatARunDecidedAndDid) {
   tmw::ForgetRunLog();
   const std::string address = server_.Url("/TMW_3.6.0.2");
   std::size_t at = 0;
-  for (const std::string& entry :
-       {" open address=" + server_.Url("/TMW_version.dat"), std::string(" answer status=200"),
-        " loaded address=" + server_.Url("/TMW_version.dat") + " bytes=",
-        std::string(" versions installed=3.6.0.1 offered=3.6.0.2 is_updater_old=false"),
-        " manifest address=" + address + " release=", std::string(" needed file="),
-        std::string(" needed table=Справочник1 bytes=10\n"),
-        std::string(" need files=true tables=true"), std::string(" question title=\"Обновление "),
-        std::string(" answer title=\"Обновление программы\" yes=true"),
-        " open address=" + address + "/f1.tmz", " loaded address=" + address + "/f1.tmz bytes=",
-        std::string(" checked file="), std::string(" good=true"), std::string(" removed file="),
-        std::string(" installed file=")}) {
+  for (const std::string& entry : std::vector<std::string>{
+           " open address=" + server_.Url("/TMW_version.dat"), " answer status=200",
+           " loaded address=" + server_.Url("/TMW_version.dat") + " bytes=",
+           " versions installed=3.6.0.1 offered=3.6.0.2 is_updater_old=false",
+           " manifest address=" + address + " release=", " needed file=",
+           " needed table=Справочник1 bytes=10\n", " need files=true tables=true",
+           " question title=\"Обновление ", " answer title=\"Обновление программы\" yes=true",
+           " open address=" + address + "/f1.tmz", " loaded address=" + address + "/f1.tmz bytes=",
+           " checked file=", " good=true", " removed file=", " installed file="}) {
     const std::size_t found = log.find(entry, at);
     ASSERT_NE(found, std::string::npos) << entry << "\n" << log;
     at = found;
