@@ -230,8 +230,14 @@ TEST_F(Zipping, WhileItIsWrittenOnlyItsOwnerMayReadAZipFile) {
 }
 
 TEST_F(Zipping, OptionsChangeWhatIsPacked) {
-  sandbox.Write("in/a.txt", "one\ntwo\n");
-  sandbox.Write("in/sub/A.txt", "one\r\ntwo\r\n");
+  std::string lf;
+  std::string crlf = "ab";  // so that the first piece that is read ends between CR and LF
+  for (int i = 0; i < 10000; ++i) {
+    lf += "one\ntwo\n";
+    crlf += "one\r\ntwo\r\n";
+  }
+  sandbox.Write("in/a.txt", lf);
+  sandbox.Write("in/sub/A.txt", crlf);
   sandbox.Write("in/sub/data.bin", std::string("\0\n", 2));
   std::tm date{};  // the beginning of a day, local
   date.tm_year = 126;
@@ -247,18 +253,18 @@ TEST_F(Zipping, OptionsChangeWhatIsPacked) {
   } kCases[] = {
       {"a folder alone", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("in/"); }, "in/ 0\n"},
       {"recursion", [](TmZipper& z) { z.Recurse = 1; },
-       "in/ 0\nin/a.txt 8\nin/sub/ 0\nin/sub/A.txt 10\nin/sub/data.bin 2\n"},
+       "in/ 0\nin/a.txt 80000\nin/sub/ 0\nin/sub/A.txt 100002\nin/sub/data.bin 2\n"},
       {"no folder entries", [](TmZipper& z) { z.Recurse = 1, z.NoDirEntries = 1; },
-       "in/a.txt 8\nin/sub/A.txt 10\nin/sub/data.bin 2\n"},
+       "in/a.txt 80000\nin/sub/A.txt 100002\nin/sub/data.bin 2\n"},
       {"names alone", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1; },
-       "A.txt 10\na.txt 8\ndata.bin 2\n"},
+       "A.txt 100002\na.txt 80000\ndata.bin 2\n"},
       {"CR LF to LF", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.CRLF_LF = 1; },
-       "A.txt 8\na.txt 8\ndata.bin 2\n"},
+       "A.txt 80002\na.txt 80000\ndata.bin 2\n"},
       {"LF to CR LF", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.LF_CRLF = 1; },
-       "A.txt 10\na.txt 10\ndata.bin 2\n"},
+       "A.txt 100002\na.txt 100000\ndata.bin 2\n"},
       {"not older than a date",
        [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 1, z.IncludeDate = 1, z.ZipDate = "01/01/26"; },
-       "A.txt 10\na.txt 8\n"},
+       "A.txt 100002\na.txt 80000\n"},
       {"older than a date",
        [](TmZipper& z) {
          z.Recurse = 1, z.JunkDir = 1, z.ExcludeDate = 1, z.ZipDate = "01/01/26", z.LatestTime = 1;
@@ -268,11 +274,11 @@ TEST_F(Zipping, OptionsChangeWhatIsPacked) {
        [](TmZipper& z) {
          z.Recurse = 2, z.NoDirEntries = 1, z.ClearFileNames(), z.AddFileName("*.txt");
        },
-       "in/a.txt 8\nin/sub/A.txt 10\n"},
+       "in/a.txt 80000\nin/sub/A.txt 100002\n"},
       {"a mask", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("in/?.*xt*"); },
-       "in/a.txt 8\n"},
+       "in/a.txt 80000\n"},
       {"moving", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 0, z.Move = 1; },
-       "in/ 0\nin/a.txt 8\nin/sub/ 0\nin/sub/A.txt 10\nin/sub/data.bin 2\n"},
+       "in/ 0\nin/a.txt 80000\nin/sub/ 0\nin/sub/A.txt 100002\nin/sub/data.bin 2\n"},
   };
   for (const auto& test : kCases) {
     TmZipper zipper = Zipper("in");

@@ -172,7 +172,6 @@ class Command {
     std::shared_ptr<os::ReadableFile> file = os::OpenForReading(input.path, error);
     if (!file) throw Failure{ports::kZipOpenFailed, error};
     if (settings_.level > 0 && file->Size() > 0) entry.method = kMethodDeflated;
-    if (settings_.level >= 8) entry.flags |= 2U;
     const LineEnds line_ends = settings_.crlf_to_lf   ? LineEnds::kToLf
                                : settings_.lf_to_crlf ? LineEnds::kToCrLf
                                                       : LineEnds::kAsTheyAre;
