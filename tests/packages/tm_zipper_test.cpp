@@ -15,6 +15,7 @@
 #include "platform/factories.h"
 #include "ports/companion_library.h"
 #include "ports/ports.h"
+#include "services/advice.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/packages/judge.h"
 #include "tests/support/caught.h"
@@ -198,6 +199,7 @@ TEST_F(Zipping, ADiskThatFillsUpLeavesTheOldStateAndNoZipFile) {
     EXPECT_FALSE(tmw::UnrarAllFiles(package, sandbox.Path("out"), "", error));
   }
   EXPECT_TRUE(error.ends_with("Ошибка записи распаковываемого файла.")) << error;
+  EXPECT_EQ(tmw::TakeNotedFailure(), tmw::FailureKind::kDiskFull);
   EXPECT_EQ(Files(), (std::vector<std::string>{"base.mdb", "out", "p.rar"}));
 }
 
