@@ -38,7 +38,7 @@ TEST(ZipFormat, OtherProgramsReadLargeNumbersAndManyEntries) {
     directory.comment = "comment";
     file << MakeDirectory(directory, offset);
     file.close();
-    for (const std::string judge : {"unzip -tq ", "7z t "}) {
+    for (const std::string judge : {"unzip -tq ", "7z t ", "python3 -m zipfile -t "}) {
       const auto [status, output] = Judge(judge + InQuotes(path));
       EXPECT_EQ(status, 0) << output;
     }

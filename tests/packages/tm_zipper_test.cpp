@@ -154,13 +154,14 @@ TEST_F(Zipping, OtherProgramsReadWhatIsWritten) {
     c = static_cast<char>("0123456789абв"[random() % 16]);
   sandbox.Write("База Әлии Müller.mdb", large);
   sandbox.Write("exact.bin", large.substr(0, 1 << 20));  // ends exactly at the end of a piece
-  SetTime("exact.bin", 1700000001);                      // an odd second
   sandbox.Write("empty", "");
   for (const int level : {0, 1, 9}) {
     TmZipper zipper = Zipper(sandbox.Path("База Әлии Müller.mdb"));
     zipper.AddFileName(sandbox.Path("exact.bin"));
     zipper.AddFileName("empty");
     zipper.Level = level;
+    zipper.Extra = level == 1 ? 1 : 0;  // leaves the exact time out
+    SetTime("exact.bin", level == 1 ? 1700000000 : 1700000001);
     ASSERT_EQ(zipper.DoZipping(), 0);
     const std::string zip = InQuotes(zipper.ZipFileName);
     for (const std::string judge : {"unzip -tq ", "7z t ", "python3 -m zipfile -t "}) {
@@ -277,7 +278,7 @@ TEST_F(Zipping, OptionsChangeWhatIsPacked) {
          z.Recurse = 2, z.NoDirEntries = 1, z.ClearFileNames(), z.AddFileName("*.txt");
        },
        "in/a.txt 80000\nin/sub/A.txt 100002\n"},
-      {"a mask", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("in/?.*xt*"); },
+      {"a mask", [](TmZipper& z) { z.ClearFileNames(), z.AddFileName("./in/?.*xt*"); },
        "in/a.txt 80000\n"},
       {"moving", [](TmZipper& z) { z.Recurse = 1, z.JunkDir = 0, z.Move = 1; },
        "in/ 0\nin/a.txt 80000\nin/sub/ 0\nin/sub/A.txt 100002\nin/sub/data.bin 2\n"},
