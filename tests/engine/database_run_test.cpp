@@ -9,6 +9,7 @@
 #include "packages/hash_api.h"
 #include "tests/companion/rar_entries.h"
 #include "tests/engine/database_run_fixture.h"
+#include "tests/fakes/faulty_file_system.h"
 
 #ifndef _WIN32
 #include "tests/support/linux/small_files_only.h"
@@ -144,12 +145,18 @@ TEST_F(DatabaseRunTest, OnlyAnArchiveOfTodaysDatabaseCountsAsItsBackup) {
 #endif
 }
 
-TEST_F(DatabaseRunTest, ADatabaseOfAnEarlierVersionDoesNotReplaceTheUsers) {
+TEST_F(DatabaseRunTest, ADatabaseOfAnEarlierVersionOrABadCopyDoesNotReplaceTheUsers) {
   const Text books = sandbox_.Read("db/Tamrin.mdb");
   const Text built = sandbox_.Write("built.mdb", books);
   EXPECT_FALSE(
       tmw::ReplaceUserDatabase({built, tmw::GetFileHash(built), {3, 6, 1}, tmw::HashOfUserRows()}));
   EXPECT_TRUE(front_end_.log.at(0).starts_with("warning|Ошибка загрузки|")) << front_end_.log[0];
+  FaultyFileSystem files(*ports_->files);
+  ports_->files = &files;
+  files.on_folder_flush = [&] { sandbox_.Write("db/Tamrin.mdb.new", books + "x"); };
+  EXPECT_FALSE(
+      tmw::ReplaceUserDatabase({built, tmw::GetFileHash(built), {3, 6, 0}, tmw::HashOfUserRows()}));
+  EXPECT_NE(front_end_.log.at(1).find("не совпадает с исходным"), Text::npos) << front_end_.log[1];
   EXPECT_TRUE(sandbox_.Read("db/Tamrin.mdb") == books && !sandbox_.Has("db/Tamrin.mdb.new"));
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -52,6 +53,7 @@ class FaultyFileSystem final : public ports::FileSystem {
   Code executable_code = 0;
   Code temporary_code = 0;
   Path virtual_store;  // the copy of every file
+  std::function<void()> on_folder_flush;
   std::vector<std::string> log;
 
   explicit FaultyFileSystem(ports::FileSystem& real) : real_(real) {}
@@ -114,6 +116,7 @@ class FaultyFileSystem final : public ports::FileSystem {
     return Do("create folder", 0, [&] { return real_.CreateProtectedFolder(path); });
   }
   Status FlushFolder(const Path& folder) override {
+    if (on_folder_flush) on_folder_flush();
     return Do("flush folder", 0, [&] { return real_.FlushFolder(folder); });
   }
   Status FlushTree(const Path& folder) override { return real_.FlushTree(folder); }
