@@ -179,6 +179,10 @@ TEST_F(DatabaseRunTest, AnAmountThatIsChangedWhileTheUpdateIsMadeIsKept) {
   };
   EXPECT_TRUE(Run().back().starts_with("warning|Ошибка загрузки|Пока готовилась новая база"));
   EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|13\r\n2|-3\r\n");
+  clock_.on_sleep = nullptr;
+  front_end_.answers = {true};
+  Run();
+  EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), "1|13|2001\r\n2|-3|2002\r\n");
 }
 
 }  // namespace

@@ -33,7 +33,6 @@ class WholeRunTest : public DatabaseRunTest {
     sandbox_.Write("db/Tamrin_LastVer.mdb", "old");
     sandbox_.Write("db/DBUpdates/1.xml", "old");
     sandbox_.Write("db/Tamrin.mdb", kept_);
-    database_ = kept_;
   }
 
   void EndFaults() {
@@ -101,13 +100,13 @@ class WholeRunTest : public DatabaseRunTest {
            sandbox_.Has("Продукт/TMW_Installing.txt");
   }
 
-  void ExpectAllNew(const std::string& notes = "7\r\n") const {
+  void ExpectAllNew() const {
     EXPECT_EQ(sandbox_.Read("Продукт/Bin/Программа.dll"), "new program");
     EXPECT_EQ(sandbox_.Read("Продукт/help.txt"), "new help");
     EXPECT_EQ(sandbox_.Read("Продукт/tm/tmwebupdate.EXE"), "new updater");
     EXPECT_EQ(Rows("db/Tamrin.mdb", "DBVersion"), "3|6|2\r\n");
     EXPECT_EQ(Rows("db/Tamrin.mdb", "Книга"), kNewBook);
-    EXPECT_EQ(Rows("db/Tamrin.mdb", "Заметки"), notes);
+    EXPECT_EQ(Rows("db/Tamrin.mdb", "Заметки"), "7\r\n");
     EXPECT_EQ(Rows("db/Tamrin_LastVer.mdb", "DBVersion"), "3|6|2\r\n");
     EXPECT_EQ(sandbox_.Read("db/DBUpdates/1.xml"), good_.scripts[0].second);
     EXPECT_TRUE(sandbox_.Has("db/Tamrin_0.zip"));
@@ -120,7 +119,6 @@ class WholeRunTest : public DatabaseRunTest {
   std::unique_ptr<FaultyFileSystem> disk_;
   Release good_;
   const std::string kept_ = sandbox_.Read("db/Tamrin.mdb");
-  std::string database_;  // what the user database holds until it is replaced
   std::unique_ptr<ports::Database> holder_;
 };
 
