@@ -261,7 +261,9 @@ TEST_F(RollbackTest, AnUpdateThatDiedAtAnyChangeIsBroughtBack) {
 
 TEST_F(RollbackTest, WhatWasKeptFirstStaysWhateverRunComesNext) {
   const auto die_while_installing = [&] {
-    When("icon install", [] { throw tmw::ProgramError(1001, "x"); });
+    When("sub added.dll", [&] {
+      if (Installed()[Path("Продукт/help.txt")] == "new help") throw tmw::ProgramError(1001, "x");
+    });
     EXPECT_FALSE(Update());
     EndFaults();
     old_version_ = "3.6.0.0";
