@@ -129,7 +129,6 @@ TEST(ServerList, TakesLinesWithoutASchemeAsPlainHttp) {
   EXPECT_EQ(reason, "Файл со списком серверов для загрузки пуст.");
   EXPECT_FALSE(TryChooseServer(" \r\n\r\n", false, 0, server, reason));
   EXPECT_EQ(reason, "Не найдено ни одного сервера для загрузки обновления.");
-  EXPECT_EQ(PickServer(0xFFFFFF, 1), 0U);
 }
 
 TEST(FriendlySize, SwitchesUnitsAtEightHundred) {
