@@ -76,11 +76,21 @@ TEST(RarDecoders, MatchesOfEveryKindComeOutAcrossWindowsEnd) {
     WriteAtRandom(*writer, format.size, format.reach, format.longest);
     const Bytes packed = writer->Finish();
     const auto decoder = MakeDecompressor(FamilyOf(writer->entry));
-    // After a small entry the window has to grow.
-    const auto small = format.make();
-    WriteAtRandom(*small, 2000, 2000, format.longest);
-    small->entry.unpacked_size = small->content.bytes.size();
-    EXPECT_TRUE(Unpack(*decoder, small->entry, small->Finish()).content == small->content.bytes);
+    // After a small entry the window has to grow, before it is full and loses the beginning.
+    for (const std::size_t size : {std::size_t{300}, std::size_t{300000}}) {
+      const auto other = format.make();
+      for (unsigned i = 0; i < 300; ++i)
+        other->Literal(static_cast<std::uint8_t>(i * 7));
+      while (other->content.bytes.size() < size)
+        other->Match(300, 200);
+      if (size > 300 && format.reach > size)
+        other->Match(static_cast<std::uint32_t>(other->content.bytes.size()) - 8, 100);
+      for (std::size_t i = 0; i < size / 5; ++i)  // so much that all is decoded at one go
+        other->Literal(static_cast<std::uint8_t>(i * 7));
+      other->EndBlock(true);
+      other->entry.unpacked_size = other->content.bytes.size();
+      EXPECT_TRUE(Unpack(*decoder, other->entry, other->Finish()).content == other->content.bytes);
+    }
     for (const bool is_size_known : {true, false}) {
       if (is_size_known) writer->entry.unpacked_size = writer->content.bytes.size();
       const Unpacked result = Unpack(*decoder, writer->entry, packed, is_size_known ? 77777 : 1009);

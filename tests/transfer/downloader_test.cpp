@@ -72,20 +72,17 @@ class FaultyFiles final : public ports::BinaryFiles {
         : files(all), real(std::move(handle)) {}
     std::uint32_t Size() override { return real->Size(); }
     ports::Status Seek(std::int32_t position, std::uint32_t method) override {
-      return files.Fails() ? ports::Status::Failure(5) : real->Seek(position, method);
+      return files.Judge(real->Seek(position, method));
     }
     ports::Outcome<std::uint32_t> Write(const void* data, std::uint32_t length) override {
       if (!files.Fails()) return real->Write(data, length);
       return {files.writes_nothing, 5, 0};
     }
-    ports::Status Flush() override {
-      return files.Fails() ? ports::Status::Failure(5) : real->Flush();
-    }
-    ports::Status Close() override {
-      return files.Fails() ? ports::Status::Failure(5) : real->Close();
-    }
+    ports::Status Flush() override { return files.Judge(real->Flush()); }
+    ports::Status Close() override { return files.Judge(real->Close()); }
   };
 
+  ports::Status Judge(ports::Status status) { return Fails() ? ports::Status::Failure(5) : status; }
   bool Fails() { return ++calls == fault_at; }
 
   ports::BinaryFiles& real_;
