@@ -90,7 +90,8 @@ class PrefixCode {
 
 // Code lengths as the formats store them: as differences to the lengths before them, with runs of a
 // repeated length (16 short, 17 long) and of zeros (18, 19), in a code whose own 20 lengths come
-// first. The steep one has symbols of all lengths up to 15.
+// first. The steep one has symbols of all lengths up to 15, the longest for the most
+// frequent.
 inline void PutLengths(BitWriter& out, const PerSymbol& before, const PerSymbol& lengths,
                        bool is_steep) {
   struct Stored {
@@ -116,7 +117,7 @@ inline void PutLengths(BitWriter& out, const PerSymbol& before, const PerSymbol&
     ++counts[stored.back().symbol];
   }
   for (std::uint32_t& count : counts)
-    count += is_steep ? 1 : 0;
+    if (is_steep) count = 1000 - count;
   const PerSymbol code = CodeLengths(counts, is_steep ? 11 : 2);
   for (std::size_t i = 0; i < 20;) {
     std::size_t zeros = 0;

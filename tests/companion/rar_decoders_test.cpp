@@ -85,8 +85,12 @@ TEST(RarDecoders, MatchesOfEveryKindComeOutAcrossWindowsEnd) {
         other->Match(300, 200);
       if (size > 300 && format.reach > size)
         other->Match(static_cast<std::uint32_t>(other->content.bytes.size()) - 8, 100);
-      for (std::size_t i = 0; i < size / 5; ++i)  // so much that all is decoded at one go
-        other->Literal(static_cast<std::uint8_t>(i * 7));
+      // So much that the window fills at one go, with codes whose lengths never repeat.
+      for (std::size_t block = 0; block < size / 100; ++block) {
+        other->EndBlock(false);
+        for (unsigned i = 0; i < 256; ++i)
+          other->Literal(static_cast<std::uint8_t>(i < 192 ? i : (i - 192) * 3));
+      }
       other->EndBlock(true);
       other->entry.unpacked_size = other->content.bytes.size();
       EXPECT_TRUE(Unpack(*decoder, other->entry, other->Finish()).content == other->content.bytes);

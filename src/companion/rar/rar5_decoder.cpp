@@ -102,7 +102,6 @@ void Rar5Decoder::DecodeBlock(const Block& block) {
     const std::ptrdiff_t buffered = reader_.UncheckedBits();
     const auto in_block = static_cast<std::ptrdiff_t>(block.end - reader_.Position());
     if (DecodeSymbols(flushed_ + kFlushSize, std::min(buffered, in_block))) ReadFilter();
-    reader_.CheckNotOverrun();
   }
   reader_.MoveTo(block.next);
 }
