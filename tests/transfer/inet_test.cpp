@@ -84,6 +84,7 @@ TEST(InetFailures, AreRaisedWhicheverCallFails) {
     std::int32_t count = 0;
     EXPECT_TRUE(url.ReadChunk(nullptr, 0, count));
     url.SetFilePos(1);
+    url.SetFilePos(2);
     EXPECT_TRUE(url.ReadChunk(nullptr, 0, count));
     EXPECT_TRUE(url.ReadChunk(nullptr, 0, count));
     (void)url.GetHttpStatusText();
@@ -159,7 +160,7 @@ TEST_F(Inet, TheSecondUrlIsTriedOnlyWhenTheFirstFailsAndBothFailuresAreTold) {
   tests::ScriptedFrontEnd front_end;
   ports_->front_end = &front_end;
   const std::string cut = Caught([&] { DownloadFile(server_.Url("/cut"), file_); }).Description;
-  EXPECT_GE(front_end.event_rounds, 40);  // while it pauses
+  EXPECT_GT(front_end.event_rounds, 40);  // while it waits, and in every pause
   const struct {
     const char* first;
     std::string second;
