@@ -51,15 +51,14 @@ TEST(RarArchive, HeadersAreListedAndEntriesSkipped) {
   std::uint32_t flags = 1;
   std::uint32_t packed = 0;
   std::uint32_t unpacked = 0;
-  ASSERT_TRUE(archive.ReadHeader(name, flags, packed, unpacked));
-  EXPECT_EQ(name, "один.txt");
-  EXPECT_EQ(flags, 0U);
-  EXPECT_EQ(packed, 12U);
-  EXPECT_EQ(unpacked, 12U);
-  archive.ProcessFile(0, "", "");
-  ASSERT_TRUE(archive.ReadHeader(name, flags, packed, unpacked));
-  EXPECT_EQ(name, "dir/two");
-  EXPECT_FALSE(archive.ReadHeader(name, flags, packed, unpacked));
+  std::string listed;
+  while (archive.ReadHeader(name, flags, packed, unpacked)) {
+    listed += name;
+    for (const std::uint32_t number : {flags, packed, unpacked})
+      listed += " " + std::to_string(number);
+    listed += "\n";
+  }
+  EXPECT_EQ(listed, "один.txt 0 12 12\ndir/two 0 7 7\n");
   archive.CloseHandle();
   EXPECT_EQ(archive.Handle(), nullptr);
 }
