@@ -86,7 +86,7 @@ TEST(RarDecoders, MatchesOfEveryKindComeOutAcrossWindowsEnd) {
       if (size > 300 && format.reach > size)
         other->Match(static_cast<std::uint32_t>(other->content.bytes.size()) - 8, 100);
       // So much that the window fills at one go, with codes whose lengths never repeat.
-      for (std::size_t block = 0; block < size / 100; ++block) {
+      for (std::size_t block = 0; block < size / 300; ++block) {
         other->EndBlock(false);
         for (unsigned i = 0; i < 256; ++i)
           other->Literal(static_cast<std::uint8_t>(i < 192 ? i : (i - 192) * 3));
