@@ -127,7 +127,7 @@ void RefuseNetworkInstallation() {
 bool LockAgainstOthers() {
   if (!WaitForOthersAndLock()) return false;
   const std::string root = MachineSetting(names::kRootPathSetting);
-  return root.empty() || !IsFolderExists(root) || LockProductFolder(root);
+  return root.empty() || LockProductFolder(root);
 }
 
 bool IsRollbackMarked() {
