@@ -1,5 +1,6 @@
 #include "database/access_helpers.h"
 
+#include "foundation/file_names.h"
 #include "foundation/program_error.h"
 #include "tests/database/build_fixture.h"
 #include "tests/support/caught.h"
@@ -10,7 +11,7 @@ namespace {
 namespace utils = tmw::database_utils;
 
 TEST_F(BuildTest, TheUserDatabaseIsOpenedOnceAndWhatFailedIsNamed) {
-  EXPECT_EQ(utils::GetUserDBFileName(), sandbox.Path("db/Tamrin.mdb"));
+  EXPECT_EQ(utils::GetUserDBFileName(), tmw::JoinPath(sandbox.Path("db"), "Tamrin.mdb"));
   std::filesystem::remove(ToPath(sandbox.Path("db/Tamrin.mdb")));
   EXPECT_EQ(Caught([] { utils::GetCachedUserDB(); }).Number, 3024);
 

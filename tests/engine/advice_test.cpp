@@ -73,7 +73,7 @@ TEST_F(RunTest, TheLogTellsWhatARunDecidedAndDid) {
            " loaded address=" + server_.Url("/TMW_version.dat") + " bytes=",
            " versions installed=3.6.0.1 offered=3.6.0.2 is_updater_old=false",
            " manifest address=" + address + " release=", " needed file=",
-           " needed table=Справочник1 bytes=10\n", " need files=true tables=true",
+           " needed table=Справочник1 bytes=10", " need files=true tables=true",
            " question title=\"Обновление ", " answer title=\"Обновление программы\" yes=true",
            " open address=" + address + "/f1.tmz", " loaded address=" + address + "/f1.tmz bytes=",
            " checked file=", " good=true", " removed file=", " installed file="}) {

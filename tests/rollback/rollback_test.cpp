@@ -262,7 +262,8 @@ TEST_F(RollbackTest, AnUpdateThatDiedAtAnyChangeIsBroughtBack) {
 TEST_F(RollbackTest, WhatWasKeptFirstStaysWhateverRunComesNext) {
   const auto die_while_installing = [&] {
     When("sub added.dll", [&] {
-      if (Installed()[Path("Продукт/help.txt")] == "new help") throw tmw::ProgramError(1001, "x");
+      const std::string help = Path(tmw::NativePath("Продукт/help.txt"));
+      if (Installed()[help] == "new help") throw tmw::ProgramError(1001, "x");
     });
     EXPECT_FALSE(Update());
     EndFaults();
