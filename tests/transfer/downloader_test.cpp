@@ -45,6 +45,7 @@ tests::Script Body(const std::string& body) {
 class FaultyFiles final : public ports::BinaryFiles {
  public:
   int openings = 0;
+  int flushes = 0;
   int calls = 0;
   int fault_at = 0;
   bool writes_nothing = false;
@@ -78,7 +79,10 @@ class FaultyFiles final : public ports::BinaryFiles {
       if (!files.Fails()) return real->Write(data, length);
       return {files.writes_nothing, 5, 0};
     }
-    ports::Status Flush() override { return files.Judge(real->Flush()); }
+    ports::Status Flush() override {
+      ++files.flushes;
+      return files.Judge(real->Flush());
+    }
     ports::Status Close() override { return files.Judge(real->Close()); }
   };
 
@@ -163,6 +167,7 @@ TEST_F(Downloader, AnyCallOfTheDiskThatFailsEndsTheDownloadAndKeepsTheOldFile) {
       EXPECT_TRUE(body.starts_with(sandbox_.Read("f.part")));
     }
     EXPECT_GT(files.fault_at, 7);  // opening, seek, writes, closing; opening, flush, closing
+    EXPECT_GT(std::exchange(files.flushes, 0), 1);  // the one that failed and the last
     EXPECT_EQ(sandbox_.Read("f"), body);
   }
 }
