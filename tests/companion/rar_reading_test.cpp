@@ -157,27 +157,18 @@ TEST(RarReading, OnlyThePermissionBitsOfAModeAreApplied) {
 
 constexpr const char* kContent = "0123456789";
 
-// A sound archive of one entry "a.txt", with a difference.
-std::string With(RarFormat format, const std::function<void(EntryHeader&)>& change) {
-  EntryHeader header = FileHeader("a.txt", kContent);
-  change(header);
-  return Archive(format, header, kContent);
-}
-
-std::string WithBlake2(std::uint8_t difference) {
-  companion::rar::Blake2sp sum;
-  sum.Update(reinterpret_cast<const std::uint8_t*>(kContent), 10);
-  auto digest = sum.Finish();
-  digest[31] ^= difference;
-  const std::string record = MakeVint(2) + MakeVint(0) + std::string(digest.begin(), digest.end());
-  return With(RarFormat::kRar5,
-              [&](EntryHeader& h) { h.extra = MakeVint(record.size()) + record; });
-}
-
 TEST(RarReading, DamageEndsWithTheCodeOfItsCause) {
   for (const RarFormat format : kBoth) {
     const bool is_rar5 = format == RarFormat::kRar5;
-    const auto with = [&](void (*change)(EntryHeader&)) { return With(format, change); };
+    const auto with = [&](const std::function<void(EntryHeader&)>& change) {
+      EntryHeader changed = FileHeader("a.txt", kContent);
+      change(changed);
+      return Archive(format, changed, kContent);
+    };
+    companion::rar::Blake2sp sum;
+    sum.Update(reinterpret_cast<const std::uint8_t*>(kContent), 10);
+    const auto digest = sum.Finish();
+    std::string blake2 = "\x22\x02" + MakeVint(0) + std::string(digest.begin(), digest.end());
     const std::string main = MakeBeginning(format);
     const std::string signature = main.substr(0, is_rar5 ? 8 : 7);
     const std::string header = MakeEntryHeader(format, FileHeader("a.txt", kContent));
@@ -231,8 +222,9 @@ TEST(RarReading, DamageEndsWithTheCodeOfItsCause) {
            h.extra = MakeVint(2) + MakeVint(1) + MakeVint(0);
          }),
          "22 | 10", false},
-        {"a BLAKE2 sum", WithBlake2(0), "0 | 10", true},
-        {"a wrong BLAKE2 sum", WithBlake2(1), "12 | 10", true},
+        {"a BLAKE2 sum", with([&](EntryHeader& h) { h.extra = blake2; }), "0 | 10", true},
+        {"a wrong BLAKE2 sum", with([&](EntryHeader& h) { ++blake2.back(), h.extra = blake2; }),
+         is_rar5 ? "12 | 10" : "0 | 10", true},
     };
     for (const auto& each : cases) {
       Sandbox sandbox;
@@ -240,20 +232,14 @@ TEST(RarReading, DamageEndsWithTheCodeOfItsCause) {
       EXPECT_EQ(RunArchive(path, 1, "").Codes(), each.codes) << each.what;
       EXPECT_EQ(RunArchive(path, 2, sandbox.Path("out")).Codes(), each.codes) << each.what;
       EXPECT_EQ(sandbox.Has("out/a.txt"), each.leaves_file) << each.what;
+      // Skipping asks for the data, but not for its content.
+      const std::string codes = each.codes;
+      const bool is_present = codes[0] != '|' && codes.ends_with(" | 10");
+      EXPECT_EQ(RunArchive(path, 0, "").Codes(), is_present ? "0 | 10" : codes) << each.what;
+      EXPECT_EQ(RunArchive(sandbox.Path(), 0, "").Codes(), "open 15");
+      EXPECT_EQ(RunArchive(sandbox.Path("none.rar"), 0, "").Codes(), "open 15");
     }
   }
-}
-
-TEST(RarReading, SkippingAsksForTheDataButNotForItsContent) {
-  Sandbox sandbox;
-  const std::string sound = With(RarFormat::kRar4, [](EntryHeader&) {});
-  const std::string cut = sound.substr(0, sound.find(kContent) + 4);
-  EXPECT_EQ(RunArchive(sandbox.Write("a.rar", cut), 0, "").Codes(), "18 | 18");
-  const std::string wrong = With(RarFormat::kRar5, [](EntryHeader& h) { h.crc ^= 1; });
-  EXPECT_EQ(RunArchive(sandbox.Write("b.rar", wrong), 0, "").Codes(), "0 | 10");
-  EXPECT_EQ(RunArchive(sandbox.Write("b.rar", wrong), 1, "").Codes(), "12 | 10");
-  EXPECT_EQ(RunArchive(sandbox.Path("none.rar"), 0, "").Codes(), "open 15");
-  EXPECT_EQ(RunArchive(sandbox.Path(), 0, "").Codes(), "open 15");
 }
 
 TEST(RarReading, ADestinationThatCannotBeMadeIsCode16) {

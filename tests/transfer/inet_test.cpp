@@ -1,7 +1,6 @@
 #include "transfer/inet.h"
 
 #include "foundation/encodings.h"
-#include "tests/fakes/hand_clock.h"
 #include "tests/fakes/scripted_front_end.h"
 #include "tests/support/caught.h"
 #include "tests/support/scripted_server.h"
@@ -33,76 +32,6 @@ class Inet : public tests::DownloadTest {
   const std::string file_ = sandbox_.Path("f");
 };
 
-// An internet layer without a network: every call takes a third of the time after which a silent
-// server has stalled, and the one of that number fails.
-class ScriptedInternet final : public ports::Internet {
- public:
-  template <typename T>
-  using Made = ports::Outcome<std::unique_ptr<T>>;
-
-  int calls = 0;
-  int fails_at = 0;
-  tests::HandClock clock;
-
-  Made<ports::InternetSession> OpenSession(const ports::InternetSessionOptions&) override {
-    return Answer<std::unique_ptr<ports::InternetSession>>(std::make_unique<Opened>(*this));
-  }
-
- private:
-  struct Opened final : ports::InternetSession, ports::InternetRequest {
-    ScriptedInternet& all;
-    explicit Opened(ScriptedInternet& internet) : all(internet) {}
-    Made<ports::InternetRequest> OpenUrl(const std::string&, std::uint32_t, std::uintptr_t,
-                                         const ports::WaitHandler&) override {
-      return all.Answer<std::unique_ptr<ports::InternetRequest>>(std::make_unique<Opened>(all));
-    }
-    ports::Outcome<ports::InternetChunk> Read(void*, std::uint32_t) override {
-      return all.Answer(ports::InternetChunk{});
-    }
-    ports::Status Seek(std::int32_t, const ports::WaitHandler&) override { return Close(); }
-    std::int64_t WholeLength() override { return -1; }
-    ports::Outcome<std::int32_t> HttpStatusCode() override { return all.Answer(200); }
-    ports::Outcome<std::string> HttpStatusText() override { return all.Answer(std::string()); }
-    ports::Status Close() override { return all.Answer(0).ToStatus(); }
-  };
-
-  template <typename T>
-  ports::Outcome<T> Answer(T value) {
-    clock.now += ports::kInternetStallLimit / 3;
-    return {++calls != fails_at, 5, std::move(value)};
-  }
-};
-
-TEST(InetFailures, AreRaisedWhicheverCallFails) {
-  const tests::ScopedPorts ports;
-  const auto use = [&](ScriptedInternet& internet) {
-    ports->clock = &internet.clock;
-    ports->internet = &internet;
-    const auto connection = tests::Connect(1);
-    InetOpenedUrl url;
-    url.OpenUrl(connection, "http://h/f", 0);
-    std::int32_t count = 0;
-    EXPECT_TRUE(url.ReadChunk(nullptr, 0, count));
-    url.SetFilePos(1);
-    url.SetFilePos(2);
-    EXPECT_TRUE(url.ReadChunk(nullptr, 0, count));
-    EXPECT_TRUE(url.ReadChunk(nullptr, 0, count));
-    (void)url.GetHttpStatusText();
-    url.Reopen();
-    url.CloseHandle();
-    connection->CloseHandle();
-    EXPECT_TRUE(url.Handle() == nullptr && connection->Handle() == nullptr);
-    EXPECT_THROW(url.OpenUrl(connection, "http://h/f", 0), ProgramError);
-  };
-  ScriptedInternet sound;
-  use(sound);
-  for (int number = 1; number <= sound.calls; ++number) {
-    ScriptedInternet internet;
-    internet.fails_at = number;
-    EXPECT_THROW(use(internet), ProgramError) << number;
-  }
-}
-
 TEST(Urls, AreJoinedWithOneSlashAndClassifiedByTheirBeginning) {
   const char* const cases[][3] = {{"", "", ""},        {"", "/t", "/t"},     {"x", "", "x/"},
                                   {"x/", "/y", "x/y"}, {"x//", "y", "x//y"}, {"x", "//y", "x//y"}};
@@ -129,6 +58,9 @@ TEST_F(Inet, TheSessionFollowsTheSettings) {
     const auto connection = MakeInetConnection(settings);
     EXPECT_EQ(connection->AccessType, c.access_type);
     EXPECT_EQ(connection->Proxy, c.proxy);
+    connection->CloseHandle();
+    InetOpenedUrl url;
+    EXPECT_THROW(url.OpenUrl(connection, server_.Url("/good"), 0), ProgramError);
   }
 }
 
