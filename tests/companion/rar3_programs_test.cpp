@@ -164,7 +164,7 @@ Bytes RunModel(const Bytes& packed, std::uint32_t order) {
 TEST(Rar3Model, ModelObeysItsCommandsBetweenOtherBlocks) {
   Rar3Writer writer;
   writer.Declaration(kHasLength | kHasRegisters, Declare({}, kCalls, 0, 0, {}));
-  for (const std::uint8_t digit : std::string("0123456789"))
+  for (std::uint8_t digit = '0'; digit <= '9'; ++digit)
     writer.Literal(digit);
   while (writer.content.bytes.size() < 70000)
     writer.Match(10, 250);
@@ -233,10 +233,10 @@ TEST(Rar3Model, ModelAgreesWithAnIndependentDecoder) {
   Bytes packed(20000);
   for (std::uint8_t& byte : packed)
     byte = static_cast<std::uint8_t>(random());
-  for (const std::size_t place :
-       {715,   785,   2823,  3131,  3551,  3550,  3605,  4547,  4885,  4920,
-        4920,  5333,  5564,  5568,  6995,  7311,  8841,  10583, 10792, 11911,
-        13030, 13285, 13363, 13713, 15212, 15435, 16396, 16574, 18801, 19877}) {
+  for (const std::size_t place : std::initializer_list<std::size_t>{
+           715,   785,   2823,  3131,  3551,  3550,  3605,  4547,  4885,  4920,
+           4920,  5333,  5564,  5568,  6995,  7311,  8841,  10583, 10792, 11911,
+           13030, 13285, 13363, 13713, 15212, 15435, 16396, 16574, 18801, 19877}) {
     for (std::size_t i = place - 4; i < place + 2; ++i)
       packed[i] = static_cast<std::uint8_t>(random());
   }
