@@ -258,8 +258,10 @@ TEST_F(WorkingDbTest, DictionariesThatStayAreCarriedOverWithTheirContent) {
   ScriptedEngine engine(*ports->database);
   on_sub_action = [&, &own = *ports->database](const std::string& text) {
     actions.push_back(text);
-    if (text == "Удаление устаревших таблиц...")  // the copy is ready by then
-      own.OpenDatabase(user, true, false)->Execute("insert into Б values (2, 7)", true);
+    if (text != "Удаление устаревших таблиц...") return;  // the copy is ready by then
+    const auto database = own.OpenDatabase(user, true, false);
+    database->Execute("insert into Б values (2, 7)", true);
+    database->Close();
   };
   ports->database = &engine;
   ASSERT_TRUE(tmw::BuildEtalonDB(build, *this));
