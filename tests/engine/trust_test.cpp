@@ -64,12 +64,6 @@ TEST_F(TrustTest, AFaultyManifestLineEndsTheRun) {
   release_.is_bound = true;
   Publish();
   EXPECT_EQ(Refusal(), kFormat + "дважды встречается строка manifest.");
-  release_.is_bound = false;
-  release_.more_lines = "manifests:1\r\n";
-  Publish();
-  SwapRelease();
-  Run();
-  EXPECT_TRUE(updated_) << "nothing is bound";
 }
 
 const std::string kUnchanged = "На данном компьютере ничего не изменено.";

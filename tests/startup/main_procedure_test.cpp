@@ -31,7 +31,6 @@ constexpr const char* kAutoUpdate = "SOFTWARE\\Kestrel Soft\\Tamrin\\AutoUpdate\
 // A run whose end the test decides.
 struct ScriptedRun {
   bool updated = false;
-  std::string new_version;
   bool fails = false;
   Log calls;
 };
@@ -45,7 +44,7 @@ class ScriptedWindow final : public ProgressWindow {
     if (run_.fails) RaiseProgramError("Сбой");
   }
   bool Updated() const override { return run_.updated; }
-  std::string NewVersion() const override { return run_.new_version; }
+  std::string NewVersion() const override { return "3.1.0.7"; }
 
  private:
   ScriptedRun& run_;
@@ -208,7 +207,6 @@ TEST_F(StartUp, ANetworkInstallationIsRefusedAndTheProductStartedAgain) {
 
 TEST_F(StartUp, ARunWaitsLocksUpdatesTellsReleasesAndStartsTheProduct) {
   run_.updated = true;
-  run_.new_version = "3.1.0.7";
   const std::string without_ending = product_.substr(0, product_.size() - 4);
   Log at_start;
   processes_.on_start = [&] { at_start = mutexes_.log; };
@@ -257,7 +255,7 @@ TEST_F(StartUp, GivingUpOnARunningApplicationEndsEverything) {
 
 TEST_F(StartUp, AnErrorOfTheStartIsShownAndIsAFailure) {
   for (const bool is_updated : {false, true}) {
-    run_ = {is_updated, "", !is_updated, {}};
+    run_ = {is_updated, !is_updated, {}};
     processes_.refusals = {2, 2};  // the product cannot be started again
     auto saved = SetErrorEnvironment(
         {[this] { return std::make_unique<NotingWindow>(run_.calls); }, nullptr});
