@@ -256,7 +256,8 @@ TEST_F(Attacks, ThatNeverEndOrTakeForever) {
   ports::Internet* const usual_internet = std::exchange(ports_->internet, internet.get());
   OpenSession(1);
   good_.more_lines.replace(good_.more_lines.find("2026"), 4, "9999");
-  const std::string more = "Сервер передает больше данных, чем объявлено";
+  const std::string more = "Сервер передает больше данных, чем объявлено в списке файлов: \"" +
+                           server_.Url("/TMW_3.6.2.0");
   const struct {
     const char* name;
     const char* ending;  // of the path
@@ -265,9 +266,9 @@ TEST_F(Attacks, ThatNeverEndOrTakeForever) {
                 {"signature", ".minisig", "Подпись не загружена"},
                 {"server list", "TMW_links.dat", "Файла со списком серверов"},
                 {"manifest", "_PackageManifest.tmz", "_PackageManifest.tmz"},
-                {"program", "/f1.tmz", more},
-                {"dictionary", "/Banks.table.tmz", more},
-                {"scripts", "/updates.tmz", more}};
+                {"program", "/f1.tmz", more + "/f1.tmz"},
+                {"dictionary", "/Banks.table.tmz", more + "/Banks.table.tmz"},
+                {"scripts", "/updates.tmz", more + "/updates.tmz"}};
   for (const auto& place : places) {
     for (const bool is_slow : {false, true}) {
       const auto prepare = [&] {
