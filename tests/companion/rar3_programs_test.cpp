@@ -94,7 +94,7 @@ TEST(Rar3Programs, ProgramsOfTheOriginalPackerAreKnown) {
     again.Put(each.registers.empty() ? 0 : 3, 7);
     for (std::size_t i = 0; !each.registers.empty() && i < 2; ++i)
       again.Number(i < each.registers.size() ? each.registers[i] : 0);
-    again.Raw(Bytes(100, 1));
+    again.Raw(Bytes(300, 1));
     writer.Declaration(kNamesProgram | kStartsLater | kHasRegisters | kHasData, again.bytes());
     constexpr std::uint32_t kRest = kAhead + 2 * kLength + 9;
     writer.Declaration(kNamesProgram | kHasLength | kHasRegisters,

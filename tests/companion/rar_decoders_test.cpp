@@ -138,7 +138,14 @@ TEST(RarDecoders, LargeDictionaryTakesNoMemoryBeforeContentComes) {
   SlidingWindow window;
   window.SetDictionary(std::uint64_t{1} << 30U);
   window.Reserve(1000, std::uint64_t{1} << 30U);
-  EXPECT_LE(window.Take().mask, 16U << 20U);
+  SlidingWindow::Cursor cursor = window.Take();
+  EXPECT_LE(cursor.mask, 16U << 20U);
+  // A copy goes on at the beginning, even with a single byte.
+  cursor.position = cursor.mask - 2;
+  cursor.Put('a');
+  cursor.Put('b');
+  EXPECT_TRUE(cursor.Copy(2, 2));
+  EXPECT_EQ(cursor.data[0], 'b');
 }
 
 TEST(RarDecoders, Rar5FilterReachesOverWindowAndBlocks) {

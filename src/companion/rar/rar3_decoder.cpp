@@ -164,7 +164,6 @@ Rar3Decoder::Next Rar3Decoder::FinishCodes() {
   if (left <= 0 || (!is_command && left < kRestBits)) return Next::kEndOfEntry;
   if (!is_command || window_.Position() > entry_end_) throw Failure{ports::kRarBadData};
   reader_.Cursor() = in;
-  reader_.CheckNotOverrun();
   if (symbol == kEndSymbol) return EndCodes();
   ReadFilter([this] { return static_cast<std::uint8_t>(reader_.Take(8)); });
   return Next::kSameBlock;
