@@ -142,8 +142,7 @@ TEST(RarDecoders, LargeDictionaryTakesNoMemoryBeforeContentComes) {
   EXPECT_LE(cursor.mask, 16U << 20U);
   // A copy goes on at the beginning, even with a single byte.
   cursor.position = cursor.mask - 2;
-  cursor.Put('a');
-  cursor.Put('b');
+  cursor.Put('a'), cursor.Put('b');
   EXPECT_TRUE(cursor.Copy(2, 2));
   EXPECT_EQ(cursor.data[0], 'b');
 }

@@ -253,13 +253,12 @@ TEST(RarInterface, OldEntryPointsDoTheSame) {
   EXPECT_STREQ(header.FileName, "a.txt");
   EXPECT_EQ(header.UnpSize, 7U);
   static std::string received;
-  RARSetCallback(
-      handle,
-      [](std::uint32_t, std::intptr_t, std::intptr_t address, std::intptr_t length) COMPANION_CALL {
-        received.assign(reinterpret_cast<const char*>(address), static_cast<std::size_t>(length));
-        return 1;
-      },
-      0);
+  const auto take = [](std::uint32_t, std::intptr_t, std::intptr_t address,
+                       std::intptr_t length) COMPANION_CALL {
+    received.assign(reinterpret_cast<const char*>(address), static_cast<std::size_t>(length));
+    return 1;
+  };
+  RARSetCallback(handle, take, 0);
   EXPECT_EQ(RARProcessFile(handle, 2, nullptr, target.c_str()), 0);
   EXPECT_EQ(sandbox.Read("out/b.txt"), "content");
   EXPECT_EQ(received, "content");

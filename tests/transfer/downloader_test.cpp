@@ -79,10 +79,7 @@ class FaultyFiles final : public ports::BinaryFiles {
       if (!files.Fails()) return real->Write(data, length);
       return {files.writes_nothing, 5, 0};
     }
-    ports::Status Flush() override {
-      ++files.flushes;
-      return files.Judge(real->Flush());
-    }
+    ports::Status Flush() override { return ++files.flushes, files.Judge(real->Flush()); }
     ports::Status Close() override { return files.Judge(real->Close()); }
   };
 
