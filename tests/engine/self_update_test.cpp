@@ -34,6 +34,7 @@ class SelfUpdateTest : public RunTest {
   bool Restarts() {
     Run();
     EXPECT_EQ(processes_.waits, 0);
+    EXPECT_TRUE(!has_exited_ || listener_.Has("main Перезапуск программы обновления..."));
     return has_exited_;
   }
 

@@ -18,6 +18,7 @@ class RollbackTest : public WholeRunTest {
  protected:
   RollbackTest() {
     good_.files.push_back({"added.dll", "added", "{p}Новая/Папка"});
+    good_.files.push_back({"extra.dll", "added", "{p}Bin"});
     good_.files.push_back({"Отчет.tms", "new script", "{p}Bin"});
     Renew();
   }
@@ -102,7 +103,7 @@ TEST_F(RollbackTest, FilesAndBooksComeBackAndThePresentBooksAreSetAside) {
   ASSERT_EQ(front_end_.log.size(), 2U);
   for (const char* const words : {"Предыдущая версия: 3.6.0.0", "будет отменено: 3.6.2.0",
                                   "возвращено: 7, удалено "
-                                  "добавленных обновлением: 2",
+                                  "добавленных обновлением: 3",
                                   "останутся в файле \"", "вместе с базой данных?"}) {
     EXPECT_NE(front_end_.log[0].find(words), std::string::npos) << front_end_.log[0];
   }
@@ -261,7 +262,7 @@ TEST_F(RollbackTest, AnUpdateThatDiedAtAnyChangeIsBroughtBack) {
 
 TEST_F(RollbackTest, WhatWasKeptFirstStaysWhateverRunComesNext) {
   const auto die_while_installing = [&] {
-    When("sub added.dll", [&] {
+    When("sub Отчет.tms", [&] {
       const std::string help = Path(tmw::NativePath("Продукт/help.txt"));
       if (Installed()[help] == "new help") throw tmw::ProgramError(1001, "x");
     });
