@@ -62,8 +62,8 @@ bool ComponentLoader::DownloadTables(const std::vector<WuTableNode>& tables) {
 
 bool ComponentLoader::DownloadDatabasePackages(const Manifest& manifest) {
   // An earlier form of the same release may have left files that this one does not have.
-  DeleteFiles(JoinPath(release_.Scripts, std::string(names::kScriptMask)), true);
-  DeleteFiles(JoinPath(release_.Structures, "*" + std::string(names::kTableStructureEnding)), true);
+  DeleteFiles(JoinPath(release_.Scripts, std::string(names::kScriptMask)));
+  DeleteFiles(JoinPath(release_.Structures, "*" + std::string(names::kTableStructureEnding)));
   return DownloadSrvMiltiFiles(release_.Scripts, manifest.ScriptsPackage, false) &&
          !events_.CancelPressed() &&
          DownloadSrvMiltiFiles(release_.Structures, manifest.StructuresPackage, false) &&
