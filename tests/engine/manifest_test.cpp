@@ -125,7 +125,7 @@ TEST(FolderConstants, AreReplacedOnceAndBracesCanBeEscaped) {
       {"{}", "nothing"},
       {"", ""},
       {"{{}}", "{}"},
-      {"plain", "plain"},
+      {"a{p}tail", "aC:\\{p}\\tail"},
   };
   for (const auto& c : cases)
     EXPECT_EQ(tmw::ParseConsts(c[0], constants), c[1]) << c[0];
