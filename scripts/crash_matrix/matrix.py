@@ -76,7 +76,8 @@ class Trial:
         killed = folder / "killed"
         world.fill(killed, self.home)
         after = f"after {call.name} {call.number}, {call.path}: "
-        links = tracing.explore(killed, self.stage.command, self.home, folder)
+        links = tracing.explore(killed, self.stage.command, self.home, folder,
+                                self.stage.judge.codes)
         calls = [(link, call) for link in links for call in link.calls]
         shift = number % max(1, len(calls) // DOUBLE[1])  # not the same ones each time
         return [result for link, call in spread(calls[shift:], DOUBLE[1])
@@ -93,11 +94,11 @@ def _begin(stage, folder, numbers):
 
 
 def _work(task):
-    method, *rest = task
+    method, number, link, call, how = task
     try:
-        return getattr(_trial, method)(*rest)
+        return getattr(_trial, method)(number, link, call, how)
     except SystemExit as fault:
-        return [Result(str(rest), tried=False, unmended=[str(fault)])]
+        return [Result(f"{how} at {call}", tried=False, unmended=[str(fault)])]
 
 
 def judge_stage(stage, folder, options):

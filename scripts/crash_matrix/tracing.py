@@ -147,11 +147,12 @@ def stop(home, link, call, number, how):
     return None, exact, near
 
 
-def explore(start, command, home, folder):
-    """Cuts a chain into its links. Their states are kept in the folder."""
+def explore(start, command, home, folder, codes=(0,)):
+    """Cuts a chain into its links. Their states are kept in the folder. It must end with a code of
+    these."""
     links, state = [], start
     while True:
-        calls, following = _record(state, command, home, folder)
+        calls, following = _record(state, command, home, folder, codes)
         links.append(Link(state, tuple(command), tuple(calls)))
         if following is None:
             return links
@@ -164,13 +165,13 @@ def explore(start, command, home, folder):
         world.fill(state, home)
 
 
-def _record(state, command, home, folder):
+def _record(state, command, home, folder, codes):
     world.fill(home, state)
     trace = folder / "trace"
     code, shown = _start(home, command, [QUICK, "-y", "-s", "512", "-o", trace, "-e",
                                          f"trace={','.join(CHANGING)},execve,clock_nanosleep,nanosleep",
                                          *NO_WAITS], member=True)
-    if code != 0:
+    if code not in codes:
         raise SystemExit(f"an undisturbed run failed ({code}): {shown}")
     calls, numbers, turns, first, following = [], {}, {}, None, None
     for process, name, arguments, result in _events(trace):

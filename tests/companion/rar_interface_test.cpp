@@ -252,13 +252,14 @@ TEST(RarInterface, OldEntryPointsDoTheSame) {
   ASSERT_EQ(RARReadHeader(handle, &header), 0);
   EXPECT_STREQ(header.FileName, "a.txt");
   EXPECT_EQ(header.UnpSize, 7U);
-  static std::string received;
-  const auto take = [](std::uint32_t, std::intptr_t, std::intptr_t address,
+  std::string received;
+  const auto take = [](std::uint32_t message, std::intptr_t user_data, std::intptr_t address,
                        std::intptr_t length) COMPANION_CALL {
-    received.assign(reinterpret_cast<const char*>(address), static_cast<std::size_t>(length));
-    return 1;
+    reinterpret_cast<std::string*>(user_data)->append(reinterpret_cast<const char*>(address),
+                                                      static_cast<std::size_t>(length));
+    return message == ports::kRarProcessData ? 1 : -1;
   };
-  RARSetCallback(handle, take, 0);
+  RARSetCallback(handle, take, reinterpret_cast<std::intptr_t>(&received));
   EXPECT_EQ(RARProcessFile(handle, 2, nullptr, target.c_str()), 0);
   EXPECT_EQ(sandbox.Read("out/b.txt"), "content");
   EXPECT_EQ(received, "content");
