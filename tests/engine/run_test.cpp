@@ -346,7 +346,9 @@ TEST_F(RunTest, WhatFailsItsCheckIsNamedAndNotInstalled) {
        "Ошибка загрузки файла Программа.dll:\r\nКонтрольная сумма файла не совпадает с ожидаемой."},
       {{{"PackType=\"1", "PackType=\"4"}},
        "Ошибка распаковки файла Программа.dll: неизвестный метод упаковки ("},
-      {{{"PackType=\"1", "PackType=\"2"}}, "Ошибка проверки загруженного файла "},
+      {{{"PackType=\"1", "PackType=\"2"}},
+       "Ошибка проверки загруженного файла " +
+           Path(tmw::NativePath("tmp/TMW_WebUpdate/R 3.6.0.2/Parts/Программа.dll.tmz"))},
   };
   for (const auto& [edits, box] : cases) {
     release_.manifest_edits = edits;
