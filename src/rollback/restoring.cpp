@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <ranges>
 
 #include "database/database_paths.h"
 #include "foundation/file_utils.h"
@@ -117,8 +118,8 @@ std::vector<std::string> RemoveAdded(const tmw::KeptList& list, Group group) {
 }
 
 void RemoveMadeFolders(const tmw::KeptList& list) {
-  for (auto folder = list.MadeFolders.rbegin(); folder != list.MadeFolders.rend(); ++folder)
-    static_cast<void>(ports::CurrentPorts().files->RemoveFolder(*folder));
+  for (const std::string& folder : std::views::reverse(list.MadeFolders))
+    static_cast<void>(ports::CurrentPorts().files->RemoveFolder(folder));
 }
 
 }  // namespace rollback
