@@ -262,6 +262,16 @@ TEST_F(RunTest, TheUpdatersOwnFilesAreReplacedInOneStepBeforeAnyOtherIsRemoved) 
   EXPECT_EQ(seen, (Log{"old updater, help", "old updater, help", "old updater, help, mark",
                        "new updater, library, help, mark", "new updater, library, mark"}));
   EXPECT_EQ(sandbox_.Read("Продукт/tm/" + library), "new library");
+
+  sandbox_.Write("Продукт/tm/TMWEBUPDATE.exe", "old updater");
+  on_line_ = [&](const std::string& line) {
+    if (line != "icon trash") return;
+    sandbox_.Write("tmp/TMW_WebUpdate/R 3.6.0.2/Loaded/TMWEBUPDATE.exe", "new upd4ter");
+  };
+  front_end_.answers = {true, true};
+  Run();
+  EXPECT_FALSE(updated_);
+  EXPECT_EQ(state(), "old updater, library, help, mark");
 }
 
 TEST_F(RunTest, AFileThatChangesAfterItsCheckIsNotInstalledAndIsLoadedAnew) {

@@ -282,6 +282,7 @@ TEST_F(SignedTest, ASettingReplacesBuiltInKeysUnlessTheEnvironmentChoseItsFile) 
   settings_ = {};
   settings_.Set(ports::SettingsRoot::kMachine, kUpdateKeys, 1);
   EXPECT_FALSE(tmw::TryReadUpdateKeys(one, keys, reason)) << "of another type";
+  EXPECT_TRUE(reason.ends_with("должен быть строкой (REG_SZ).")) << reason;
 }
 
 }  // namespace
