@@ -25,6 +25,7 @@ class RunListener final : public tmw::UpdaterEvents {
   void OnSetupProgress(std::int32_t max, bool show_count) override {
     max_ = max;
     Add("range " + std::to_string(max) + (show_count ? " counted" : ""));
+    most_ = max;
   }
   void OnSetProgress(std::int32_t value) override {
     EXPECT_LE(value, max_);
@@ -55,6 +56,7 @@ class RunListener final : public tmw::UpdaterEvents {
 
   std::int32_t max_ = 0;
   bool is_cancelled_ = false;
+  std::int32_t most_ = 0;
 };
 
 }  // namespace tests
