@@ -1,5 +1,8 @@
 #include "jetsql/csv_reader.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "foundation/program_error.h"
 #include "jetsql/jetsql_texts.h"
 
@@ -42,32 +45,37 @@ std::string CsvReader::ReadQuoted() {
   return value;
 }
 
-std::optional<std::string> CsvReader::ReadValue() {
-  if (Peek() == '"') return ReadQuoted();
-  std::string value;
+void CsvReader::ReadValue(std::optional<std::string>& value) {
+  if (Peek() == '"') {
+    value = ReadQuoted();
+    return;
+  }
+  // The memory of the row before is used again.
+  if (!value) value.emplace();
+  value->clear();
   for (int c = Peek(); c != kEnd && c != separator_ && c != '\r' && c != '\n'; c = Peek()) {
     // As much as is at hand at once.
     const std::size_t begin = position_;
     while (position_ < piece_.size() && piece_[position_] != separator_ &&
            piece_[position_] != '\r' && piece_[position_] != '\n')
       ++position_;
-    value.append(piece_, begin, position_ - begin);
+    value->append(piece_, begin, position_ - begin);
   }
-  if (value.empty()) return std::nullopt;
-  return value;
+  if (value->empty()) value.reset();
 }
 
 bool CsvReader::Next(Row& row) {
-  row.clear();
   while (!has_one_column_ && (Peek() == '\r' || Peek() == '\n'))
     Take();
   if (Peek() == kEnd) return false;
   const bool is_first = row_line_ == 0;
   row_line_ = line_;
-  for (;;) {
-    row.push_back(ReadValue());
+  for (std::size_t count = 1;; ++count) {
+    row.resize(std::max(row.size(), count));
+    ReadValue(row[count - 1]);
     const int c = Take();
     if (c == separator_) continue;
+    row.resize(count);
     if (c == '\r' && Peek() == '\n') Take();
     if (is_first) has_one_column_ = row.size() == 1;
     return true;

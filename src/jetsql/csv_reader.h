@@ -31,7 +31,7 @@ class CsvReader {
 
   int Peek();
   int Take();
-  std::optional<std::string> ReadValue();
+  void ReadValue(std::optional<std::string>& value);
   std::string ReadQuoted();
 
   TextSource source_;
