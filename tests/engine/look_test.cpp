@@ -185,6 +185,13 @@ TEST(Look, LoadingTakesTheMostRoomAtSomeMoment) {
     EXPECT_EQ(tmw::DownloadPeak(items), peak);
 }
 
+TEST(Look, AShortageNamesTheFolderThatNeedsMostOnTheDisk) {
+  const auto one_disk = [](const std::string&) { return ports::DiskSpace{"d", 14}; };
+  const auto shortage = tmw::FindShortage({{"a", 4, 6}, {"b", 5, 0}}, one_disk);
+  ASSERT_TRUE(shortage);
+  EXPECT_TRUE(shortage->Folder == "a" && shortage->Needed == 15 && !shortage->IsCertain);
+}
+
 TEST_F(LookTest, AServerComputerNeedsRoomForItsDatabasesToo) {
   tmw::Manifest manifest;
   manifest.Tables = {{false, "A", "", 10, "", true},
