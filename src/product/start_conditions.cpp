@@ -18,13 +18,14 @@ bool HasClientLists(const std::string& root) {
   return !CollectFileNamesInFolder(folder, std::string(names::kNetworkMarkMask)).empty();
 }
 
-bool WaitForOthersAndLock(const WaitingTexts& texts) {
+bool WaitForOthersAndLock(const std::string& root, const WaitingTexts& texts) {
   for (const names::GuardedApplication& application : names::kGuardedApplications) {
     if (!WaitUntilAppMutexClosed(std::string(application.mutex), std::string(application.title),
                                  texts))
       return false;
   }
-  return LockUpdaterMutex(std::string(names::kUpdaterMutex), texts);
+  return LockUpdaterMutex(std::string(names::kUpdaterMutex), texts) &&
+         (root.empty() || LockProductFolder(root, texts));
 }
 
 }  // namespace tmw

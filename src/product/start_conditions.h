@@ -14,7 +14,8 @@ bool IsClientInstallation();
 bool HasClientLists(const std::string& root);
 
 // Waits, with the user's consent, until the product's applications are closed, and takes the
-// updater's mutex. Returns false if the user gives up.
-bool WaitForOthersAndLock(const WaitingTexts& texts = kUpdaterWaits);
+// updater's mutex and the lock of the product's root folder; an empty root is not known and has
+// none. Returns false if the user gives up.
+bool WaitForOthersAndLock(const std::string& root, const WaitingTexts& texts = kUpdaterWaits);
 
 }  // namespace tmw

@@ -142,8 +142,7 @@ RunOutcome Work(const Options& options) {
   if (tmw::HasClientLists(root)) return Refuse(texts::kNetworkInstallation);
   if (!tmw::IsRollbackUnderWay() && !tmw::IsFolderExists(tmw::KeptRoot()))
     return Refuse(texts::kNothingKept);
-  if (!tmw::WaitForOthersAndLock(kWaits) || !tmw::LockProductFolder(root, kWaits))
-    return RunOutcome::kRefused;
+  if (!tmw::WaitForOthersAndLock(root, kWaits)) return RunOutcome::kRefused;
   if (!tmw::RunsInWorkingPlace(WorkingPlace())) return GoOnAsCopy();
   const RunOutcome outcome = BringBackInWindow(options.wishes);
   tmw::ReleaseUpdaterLock();

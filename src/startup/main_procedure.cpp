@@ -124,12 +124,6 @@ void RefuseNetworkInstallation() {
   RunMainExeFile();
 }
 
-bool LockAgainstOthers() {
-  if (!WaitForOthersAndLock()) return false;
-  const std::string root = MachineSetting(names::kRootPathSetting);
-  return root.empty() || LockProductFolder(root);
-}
-
 bool IsRollbackMarked() {
   const bool has_root = !MachineSetting(names::kRootPathSetting).empty() ||
                         ports::CurrentPorts().settings->HasFolderDefaults();
@@ -183,7 +177,7 @@ void Main(const ProgressWindowFactory& make_progress_window) try {
     RefuseNetworkInstallation();
     return;
   }
-  if (!LockAgainstOthers()) return;
+  if (!WaitForOthersAndLock(MachineSetting(names::kRootPathSetting))) return;
   if (IsRollbackMarked()) {
     OfferToFinishRollback();
     return;
