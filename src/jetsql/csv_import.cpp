@@ -64,16 +64,18 @@ bool IsCode(std::string_view text) {
   return has_leading_zero || static_cast<std::size_t>(digits) > kExactDigits;
 }
 
-bool IsWhole(const std::string& text) {
+std::optional<std::int32_t> ReadWhole(const std::string& text) {
   std::int32_t number = 0;
   const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
-  return read.ec == std::errc() && read.ptr == text.data() + text.size() && !IsCode(text);
+  const bool is_whole =
+      read.ec == std::errc() && read.ptr == text.data() + text.size() && !IsCode(text);
+  return is_whole ? std::optional(number) : std::nullopt;
 }
 
-bool IsNumber(const std::string& text) {
+std::optional<double> ReadNumber(const std::string& text) {
   std::size_t length = 0;
-  static_cast<void>(tmw::ReadNumberPrefix(text, &length));
-  return length == text.size() && !text.empty();
+  const double number = tmw::ReadNumberPrefix(text, &length);
+  return length == text.size() && !text.empty() ? std::optional(number) : std::nullopt;
 }
 
 bool IsDate(const std::string& text) {
@@ -109,8 +111,8 @@ struct ColumnFacts {
   void Add(const std::string& value) {
     has_value = true;
     all_truth = all_truth && IsTruth(tmw::LowerCase(value));
-    all_whole = all_whole && IsWhole(value);
-    all_numbers = all_numbers && IsNumber(value) && !IsCode(value);
+    all_whole = all_whole && ReadWhole(value);
+    all_numbers = all_numbers && ReadNumber(value) && !IsCode(value);
     all_dates = all_dates && IsDate(value);
     longest = std::max(longest, tmw::Utf8ToUtf16(value).size());
   }
@@ -161,16 +163,16 @@ DatabaseValue ValueOf(const std::optional<std::string>& text, DataType type) {
   if (!text) return ports::NullValue{};
   const bool is_whole_kind =
       type == DataType::kLong || type == DataType::kInteger || type == DataType::kByte;
-  if (is_whole_kind && IsWhole(*text)) {
-    std::int32_t number = 0;
-    std::from_chars(text->data(), text->data() + text->size(), number);
-    return number;
+  if (is_whole_kind) {
+    if (const auto number = ReadWhole(*text)) return *number;
   }
   if (type == DataType::kDate && IsDate(*text)) {
     if (const auto days = ReadDate(*text)) return ports::DateValue{*days};
   }
   const bool is_floating = type == DataType::kDouble || type == DataType::kSingle;
-  if (is_floating && IsNumber(*text)) return tmw::ReadNumberPrefix(*text);
+  if (is_floating) {
+    if (const auto number = ReadNumber(*text)) return *number;
+  }
   if (type == DataType::kBinary || type == DataType::kLongBinary) {
     std::string bytes;
     const bool has_prefix = text->starts_with("0x");
