@@ -89,7 +89,7 @@ bool DecodeUtf8(std::string_view text, char32_t malformed, std::u16string& resul
     const std::size_t run = AsciiRun(text, i);
     to = std::copy_n(text.data() + i, run, to);
     i += run;
-    // Most texts are not ASCII for a whole word.
+    // A word of Cyrillic letters is taken without looking for ASCII after each of them.
     while (i < text.size() && static_cast<unsigned char>(text[i]) >= 0x80) {
       char32_t c = NextCodePoint(text, i);
       if (c == kMalformed) c = malformed;

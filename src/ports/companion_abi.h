@@ -10,8 +10,7 @@
 // names in code page 1251; on Linux every path and name is UTF-8 instead. 16-bit texts are UTF-16
 // units on both systems.
 //
-// COMPANION_CALL, the calling convention of the entry points and callbacks, is defined by the
-// build:
+// The build defines COMPANION_CALL, the calling convention of entry points and callbacks:
 // __stdcall on Windows, nothing on Linux.
 
 namespace ports {
