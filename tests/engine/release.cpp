@@ -1,9 +1,7 @@
 #include "tests/engine/release.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <span>
 #include <string_view>
 
 #include "foundation/encodings.h"
@@ -18,10 +16,6 @@ namespace {
 void WriteBytes(const std::string& path, const std::string& bytes) {
   std::filesystem::create_directories(ToPath(path).parent_path());
   std::ofstream(ToPath(path), std::ios::binary) << bytes;
-}
-
-std::string HashOf(const std::string& bytes) {
-  return sha256::CSHA256().SHA256(bytes);
 }
 
 std::string Attribute(const std::string& name, const std::string& value) {
@@ -56,7 +50,8 @@ class Writer {
       WriteBytes(source_, text);
       Pack(release_.dict + ".table.tmz", release_.dict + ".table");
       manifest += "<Dict" + Attribute("TableName", release_.dict) + Attribute("SrvFile", "x") +
-                  Attribute("SrvSize", "10") + Attribute("Hash", HashOf(text)) + "/>";
+                  Attribute("SrvSize", "10") + Attribute("Hash", sha256::CSHA256().SHA256(text)) +
+                  "/>";
     }
     manifest += "</DataBase>" +
                 PackageElement("DBUpdates", release_.scripts_package, release_.scripts) +
@@ -91,7 +86,8 @@ class Writer {
            Attribute("OrigSize", SizeOf(source_)) +
            Attribute("SrvSize", SizeOf(Path(server_name))) +
            Attribute("PackType", std::to_string(file.pack_type)) +
-           Attribute("Hash", HashOf(tmw::ReadFileBytes(source_))) + com + "/></Folder></Files>";
+           Attribute("Hash", sha256::CSHA256().SHA256(tmw::ReadFileBytes(source_))) + com +
+           "/></Folder></Files>";
   }
 
   std::string PackageElement(const std::string& element, const std::string& name,
@@ -103,7 +99,7 @@ class Writer {
       AddEntry(writer, entry, content);
     writer.Finish();
     return "<" + element + Attribute("SrvName", name) + Attribute("PackSize", SizeOf(Path(name))) +
-           Attribute("PackHash", HashOf(tmw::ReadFileBytes(Path(name)))) + "/>";
+           Attribute("PackHash", sha256::CSHA256().SHA256(tmw::ReadFileBytes(Path(name)))) + "/>";
   }
 
   void AddEntry(packing::StoredRarWriter& writer, const std::string& entry,
@@ -144,11 +140,13 @@ void WriteRelease(const Release& release, const std::string& folder, const std::
   for (const auto& [name, file] : release.updater_components) {
     const std::string bytes = file.empty() ? "" : tmw::ReadFileBytes(file);
     WriteBytes(writer.Path(name), bytes);
-    digest += "updater:" + name + "|" + std::to_string(bytes.size()) + "|" + HashOf(bytes) + "\r\n";
+    digest += "updater:" + name + "|" + std::to_string(bytes.size()) + "|" +
+              sha256::CSHA256().SHA256(bytes) + "\r\n";
   }
   if (release.is_bound) {
     const std::string package = tmw::ReadFileBytes(writer.Path("_PackageManifest.tmz"));
-    digest += "manifest:" + std::to_string(package.size()) + "|" + HashOf(package) + "\r\n";
+    digest += "manifest:" + std::to_string(package.size()) + "|" +
+              sha256::CSHA256().SHA256(package) + "\r\n";
   }
   digest += release.more_lines;
   WriteBytes(folder + "/TMW_links.dat", "\r\n  " + url + "  \r\n");
